@@ -1,0 +1,14 @@
+# What every target of the project is compiled with, on one INTERFACE target.
+add_library(qov_options INTERFACE)
+target_compile_features(qov_options INTERFACE cxx_std_20)
+target_compile_options(qov_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+
+if(RYXMERGE_WARNINGS_AS_ERRORS)
+  target_compile_options(qov_options INTERFACE -Werror)
+endif()
+
+if(RYXMERGE_SANITIZE)
+  target_compile_options(qov_options INTERFACE -fsanitize=address,undefined
+                                               -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  target_link_options(qov_options INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Qov/Jbf/Block.h"
+
+namespace QovJbf {
+
+/// Replaces a block's content in place.
+class BlockTransformation {
+ public:
+  virtual ~BlockTransformation() = default;
+  virtual void operator()(Block& block) = 0;
+};
+
+}  // namespace QovJbf

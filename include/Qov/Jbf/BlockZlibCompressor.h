@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Qov/Jbf/BlockTransformation.h"
+
+namespace QovJbf {
+
+/// Makes of a block its compressed form: the u32 length of the content, then a zlib stream.
+/// Raises MemoryAllocationError, also when zlib fails; the block is then empty.
+class BlockZlibCompressor : public BlockTransformation {
+ public:
+  explicit BlockZlibCompressor(int level) : mLevel(level) {}
+  void operator()(Block& block) override;
+
+ private:
+  int mLevel;
+};
+
+}  // namespace QovJbf

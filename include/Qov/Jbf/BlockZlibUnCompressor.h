@@ -1,0 +1,25 @@
+#pragma once
+
+#include <exception>
+
+#include "Qov/Jbf/BlockTransformation.h"
+
+namespace QovJbf {
+
+/// Restores what BlockZlibCompressor made; the cursor ends behind the content.
+///
+/// A damaged stream writes "Error CODE while uncompressing block " to standard error and throws
+/// a DamagedBlock. No more memory is taken than zlib's largest ratio allows for the compressed
+/// bytes, whatever the length in front of them says.
+class BlockZlibUnCompressor : public BlockTransformation {
+ public:
+  void operator()(Block& block) override;
+};
+
+/// What a zlib stream that cannot be inflated is reported as.
+class DamagedBlock : public std::exception {
+ public:
+  const char* what() const noexcept override;
+};
+
+}  // namespace QovJbf

@@ -1,0 +1,126 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Qov/Jbf/Block.h"
+#include "Qov/Jbf/BlockIo.h"
+#include "Qov/Util/Exception.h"
+
+namespace QovJbf {
+
+/// What IndexItem::mFlags says of a block.
+namespace BlockFlag {
+/// Compressed when written, uncompressed when loaded.
+inline constexpr std::uint8_t kCompressed = 0x01;
+/// Written out as soon as it is full, and its memory freed.
+inline constexpr std::uint8_t kFreezeWhenFull = 0x20;
+}  // namespace BlockFlag
+
+/// One physical block of a stream. In a file, 139 bytes:
+///   id: u8 | name length: u32, 128 | name: 128 bytes, zero-padded | size: u32 | flags: u8 |
+///   flags2: u8
+struct IndexItem {
+  static constexpr std::uint32_t NameLength = 128;
+  static constexpr std::uint32_t kEncodedSize = 1 + 4 + NameLength + 4 + 1 + 1;
+
+  std::uint8_t mId = 0;          ///< A creation counter; carried only.
+  std::string mName;             ///< The stream; the first NameLength bytes are stored.
+  std::uint64_t mPosition = 0;   ///< Offset in the file, computed along the chain, never stored.
+  std::uint32_t mSize = 0;       ///< Bytes in the file, after transformations.
+  std::uint8_t mFlags = 0;       ///< BlockFlag bits.
+  std::uint8_t mFlags2 = 0;      ///< Carried only.
+  bool mFrozen = false;          ///< Written; may not be written again.
+  bool mLoaded = false;          ///< Its bytes are in memory, read from the file.
+  std::uint32_t mRawSize = 0;    ///< Bytes before transformations, of a frozen block.
+};
+
+void CopyToBlock(Block& block, const IndexItem& item);
+void CopyFromBlock(Block& block, IndexItem& item);
+
+/// The physical blocks of one stream in order, and how big each may grow.
+struct BlockSizeLimiter {
+  std::vector<std::uint64_t> mBlocks;
+  std::uint32_t mLimit = 0;
+  /// Where reading is: an index into mBlocks. Blocks before it are exhausted.
+  std::size_t mReading = 0;
+  /// mStarts[i] is the uncompressed offset of block i, as far as it is known.
+  std::vector<std::uint64_t> mStarts;
+};
+
+/// The table of named streams of one container file.
+///
+/// A stream is cut into physical blocks: a new one is begun when the last one has reached the
+/// limit of its stream (TELMORAX_MAX_RYX_BLOCK_SIZE, decimal, at most 4294967294; 200 MiB when
+/// unset). A single Put is never cut. Slots for blocks are made 20 at first, then 200 at a time;
+/// the last free slot of each batch becomes an index block that lists the batch after it.
+///
+/// Errors bear the source "include/Qov/Jbf/Index".
+class Index {
+ public:
+  Index() = default;
+  Index(Index&&) = default;
+  Index& operator=(Index&&) = default;
+
+  std::uint64_t CreateBlock(const std::string& name);
+  /// Appends `n` free slots; returns the stored size of an index of `n` items.
+  std::uint64_t CreateEmptyBlocks(std::uint64_t n);
+  /// The block into which the next bytes of `name` go, made if need be.
+  std::uint64_t GetWritingBlockIndex(const std::string& name);
+  /// The block from which the next bytes of `name` come, of those in memory. Raises
+  /// ElementNotFound for an unknown or exhausted stream.
+  std::uint64_t GetReadingBlockIndex(const std::string& name);
+  /// The same, loading blocks on demand; an exhausted stream gives its last block.
+  std::uint64_t GetReadingBlockIndex(const std::string& name, std::FILE* file);
+  BlockSizeLimiter& GetBlockSizeLimiter(const std::string& name);
+  bool HasStream(const std::string& name) const { return mLimiters.contains(name); }
+
+  /// Raw bytes. Into a frozen block: ElementNotFound.
+  void Put(const std::string& name, const void* source, std::uint64_t n);
+  /// One encoded value. Into a frozen block: MiscellaneousError.
+  template <class T>
+  void Put(const std::string& name, const T& value) {
+    CopyToBlock(GetOpenBlock(name), value);
+  }
+  /// Leaves the target as it is when the stream is absent.
+  void Get(const std::string& name, void* target, std::uint64_t n);
+  void Get(const std::string& name, void* target, std::uint64_t n, std::FILE* file);
+
+  /// The uncompressed bytes of `name` so far; raises ElementNotFound if there is no such stream.
+  std::uint64_t GetStreamLength(const std::string& name) const;
+  /// Sets flags on all blocks that `name` has now; nothing if it has none.
+  void AddFlags(const std::string& name, std::uint8_t flags);
+  /// Puts reading at byte `offset` of the uncompressed stream. What is passed over is not
+  /// inflated; going back is possible.
+  void SetStreamPosition(const std::string& name, std::uint64_t offset, std::FILE* file);
+
+  void WriteBufferToFileStream(std::uint64_t k, std::FILE* file);
+  void WriteIndexBufferToFileStream(std::uint64_t k, std::FILE* file);
+  void WriteAllBuffersToFileStream(std::FILE* file);
+  /// Writes the full blocks that are to be frozen, in file order, and frees their memory.
+  void FlushFrozen(std::FILE* file);
+  /// Reads the root index at the current place of `file` and the index blocks it leads to.
+  void ReadIndexBufferFromFileStream(std::FILE* file, std::uint32_t length);
+
+  const std::vector<IndexItem>& GetItems() const { return mItems; }
+  const Block& GetBlock(std::uint64_t k) const { return mBlocks[k]; }
+  Block& GetBlock(std::uint64_t k) { return mBlocks[k]; }
+  /// Where block `k` begins in the file, computed along the chain.
+  std::uint64_t GetPosition(std::uint64_t k);
+
+ private:
+  Block& GetOpenBlock(const std::string& name);
+  // ... the owner of this file adds what it needs.
+
+  std::vector<IndexItem> mItems;
+  std::vector<Block> mBlocks;
+  std::map<std::string, BlockSizeLimiter> mLimiters;
+  std::uint8_t mNextId = 1;
+  std::uint64_t mIndexPosition = 12;
+  std::uint64_t mIndexLength = 0;
+};
+
+}  // namespace QovJbf

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "Qov/Jbf/Index.h"
+#include "Qov/Jbf/StreamReader.h"
+
+namespace QovJbf {
+
+/// The container version whose rules hold for the records being read. "1.3", except while a
+/// loader reads the view points of an older file.
+extern std::string ryx_file_version;
+/// The container version that this program writes.
+inline constexpr const char* kCurrentFileVersion = "1.3";
+
+/// One open container file: a stream of bytes and its index.
+///
+///   offset 0      8 bytes   0x89 "JBF" 0x0D 0x0A 0x1A 0x0A
+///   offset 8      4 bytes   version text, zero-terminated
+///   offset 12     u32 L     length of the root index, 2784
+///   offset 16     L bytes   root index: u32 20, then 20 items
+///   offset 16+L   ...       the blocks, back to back, in the order of their items
+///
+/// To write: OpenFile("wb+"), WriteHeader, GetIndex().Put..., WriteAllBuffers, CloseFile.
+/// To read: OpenFile("rb"), IsJbFile, ReadVersion, CheckSupport, ReadIndex, then Get or Require.
+class JbFile {
+ public:
+  JbFile() = default;
+  virtual ~JbFile();
+  JbFile(const JbFile&) = delete;
+  JbFile& operator=(const JbFile&) = delete;
+
+  /// Modes "wb+", "rb+" and "rb". Raises MiscellaneousError.
+  std::FILE* OpenFile(const std::string& path, const char* mode);
+  /// Writes what is still buffered: a failing close raises WriteError.
+  virtual void CloseFile();
+
+  bool IsJbFile();
+  /// The version text at offset 8, at most 4 characters.
+  std::string ReadVersion();
+  /// Raises UnknownVersion for a version newer than ours. `isCurrent` tells whether the file
+  /// stores 64-bit light-data offsets (0.7 and later).
+  static void CheckSupport(const std::string& version, bool& isCurrent);
+  /// Magic and current version.
+  void WriteHeader();
+  void ReadIndex();
+
+  /// Reads one value; leaves it as it is when the stream is absent.
+  template <class T>
+  void Get(const std::string& name, T& value) {
+    try {
+      Require(name, value);
+    } catch (const Qov::Util::Exception& error) {
+      if (error.GetType() != Qov::Util::Exception::ErrorType::ElementNotFound) throw;
+    }
+  }
+  /// Reads one value; raises ElementNotFound when the stream is absent.
+  template <class T>
+  void Require(const std::string& name, T& value) {
+    CopyFromBlock(GetReadingBlock(name), value);
+  }
+  /// Raw bytes; an absent stream raises ElementNotFound.
+  void RequireBytes(const std::string& name, void* target, std::uint32_t n);
+
+  /// Puts reading of `name` at byte `position` of its uncompressed bytes.
+  void SetBlockPosition(const std::string& name, std::uint64_t position);
+  /// Sets BlockFlag bits on all blocks that `name` has now.
+  void AddBlockTransformation(const std::string& name, std::uint8_t flags);
+
+  /// A reader of `name` that outlives this object; an absent stream gives one of length 0.
+  std::shared_ptr<StreamReader> OpenStreamReader(const std::string& name);
+
+  bool HasStream(const std::string& name);
+  Index& GetIndex() { return mIndex; }
+  std::FILE* GetStream() const { return mStream; }
+  const std::string& GetPath() const { return mPath; }
+
+ private:
+  Block& GetReadingBlock(const std::string& name);
+
+  std::string mPath;
+  std::FILE* mStream = nullptr;
+  Index mIndex;
+};
+
+}  // namespace QovJbf

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Qov/Log/Record.h"
+
+/// A small logging framework: publishers are destinations, filters say which records pass,
+/// formatters make text of a record, and a logger ties one of each together.
+/// It is used from one thread.
+namespace Qov::Log {
+
+class Filter {
+ public:
+  virtual ~Filter() = default;
+  virtual bool operator()(const Util::LogRecord& record) = 0;
+};
+
+/// Passes records of level N and above.
+template <std::uint16_t N>
+class LevelFilter : public Filter {
+ public:
+  bool operator()(const Util::LogRecord& record) override { return record.mLevel >= N; }
+};
+
+class Formatter {
+ public:
+  virtual ~Formatter() = default;
+  virtual std::string operator()(const Util::LogRecord& record) = 0;
+};
+
+/// "Index : 758 @ the message", with the last part of the source's path and a newline.
+class DefaultFormatter : public Formatter {
+ public:
+  std::string operator()(const Util::LogRecord& record) override;
+};
+
+class Publisher {
+ public:
+  virtual ~Publisher() = default;
+  virtual Publisher& operator<<(const char* text) = 0;
+  virtual void flush() = 0;
+};
+
+class StreamPublisher : public Publisher {
+ public:
+  explicit StreamPublisher(std::ostream& stream) : mStream(stream) {}
+  Publisher& operator<<(const char* text) override;
+  void flush() override;
+
+ private:
+  std::ostream& mStream;
+};
+
+/// Writes to a file that is emptied when it is opened.
+class FilePublisher : public Publisher {
+ public:
+  explicit FilePublisher(const char* path) : mStream(path, std::ios::out | std::ios::trunc) {}
+  Publisher& operator<<(const char* text) override;
+  void flush() override;
+
+ private:
+  std::ofstream mStream;
+};
+
+class NullPublisher : public Publisher {
+ public:
+  Publisher& operator<<(const char*) override { return *this; }
+  void flush() override {}
+};
+
+/// The process's log. Reach it through Util::SingletonHolder<Manager>.
+class Manager {
+ public:
+  /// Registers the filter and the formatter named "__Default__": errors, one line each.
+  Manager();
+
+  /// Registers a destination that gets the error records. A name that is there already is
+  /// replaced. The manager takes over ownership.
+  void AddPublisher(const std::string& name, Publisher* publisher);
+  void AddFilter(const std::string& name, std::unique_ptr<Filter> filter);
+  void AddFormatter(const std::string& name, std::unique_ptr<Formatter> formatter);
+  /// Ties registered parts together. An unknown name raises "Element Not Found".
+  void AddLogger(const std::string& publisher, const std::string& filter,
+                 const std::string& formatter);
+
+  /// Registers a destination for the records of kTraceLevel and above.
+  void TraceTo(const std::string& name, std::unique_ptr<Publisher> publisher);
+
+  void Dispatch(const Util::LogRecord& record);
+
+ private:
+  struct Logger {
+    std::size_t mPublisher;
+    std::size_t mFilter;
+    std::size_t mFormatter;
+  };
+
+  template <class Part>
+  struct Registry {
+    std::map<std::string, std::size_t> mIndices;
+    std::vector<std::unique_ptr<Part>> mParts;
+  };
+
+  Registry<Publisher> mPublishers;
+  Registry<Filter> mFilters;
+  Registry<Formatter> mFormatters;
+  std::vector<Logger> mLoggers;
+};
+
+/// Send the records of kTraceLevel and above to standard error, to a file, or nowhere.
+void LogTraceToConsole();
+void LogTraceToFile(const char* path);
+void LogTraceToNull();
+
+}  // namespace Qov::Log

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace Qov::Util {
+
+/// Prints the text of a broken assumption with its place and stops the process.
+[[noreturn]] void FailAssertion(const char* text, const char* file, int line);
+
+}  // namespace Qov::Util
+
+/// Checks an assumption about the program itself, in every kind of build: what fails here is a
+/// mistake in the code, never a bad input.
+#define QOV_ASSERT(condition)                                            \
+  (static_cast<bool>(condition) ? static_cast<void>(0)                   \
+                                : ::Qov::Util::FailAssertion(#condition, __FILE__, __LINE__))

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <ctime>
+#include <exception>
+
+namespace Qov::Util {
+
+/// The one error of the system: a kind, a description, the place that raised it and a report.
+///
+/// Throw it through Raise() only, which logs the same text first.
+class Exception : public std::exception {
+ public:
+  enum class ErrorType : std::uint32_t {
+    MemoryAllocationError = 0,
+    OutOfBounds = 1,
+    UnknownVersion = 2,
+    NotInitialized = 3,
+    ElementExists = 4,
+    ElementNotFound = 5,
+    InvalidMethod = 6,
+    InvalidEnumeration = 7,
+    InvalidObject = 8,
+    ReadError = 9,
+    WriteError = 10,
+    FormatNotSupported = 11,
+    BadCasting = 12,
+    NotImplemented = 13,
+    MismatchError = 14,
+    SystemError = 15,
+    MiscellaneousError = 16,
+    ZeroLength = 17,
+    ModelError = 18,
+    StateError = 19,
+    Reserved = 20,
+    InvalidException = 21,
+  };
+
+  static constexpr std::uint16_t kLevel = 2000;
+  static constexpr std::size_t kDescriptionSize = 5120;
+  static constexpr std::size_t kMessageSize = 5632;
+
+  /// The description is the table text of `type`.
+  Exception(ErrorType type, const char* file, unsigned long line, const char* method);
+  Exception(ErrorType type, const char* description, const char* file, unsigned long line,
+            const char* method);
+
+  /// The whole report, several lines of it.
+  const char* what() const noexcept override { return mMessage.data(); }
+  virtual ErrorType GetType() const { return mType; }
+  /// The description alone, cut to kDescriptionSize bytes.
+  virtual const char* GetLogMessage() const { return mDescription.data(); }
+
+  std::uint16_t GetLevel() const { return kLevel; }
+  const char* GetFile() const { return mFile; }
+  unsigned long GetLine() const { return mLine; }
+
+  /// The text that the table of error kinds gives for `type`.
+  static const char* GetDescription(const ErrorType& type);
+
+ private:
+  void Construct(ErrorType type, const char* description, const char* file, unsigned long line,
+                 const char* method);
+
+  ErrorType mType;
+  std::array<char, kDescriptionSize + 1> mDescription;  // one more byte than is ever filled
+  const char* mFile;
+  unsigned long mLine;
+  const char* mMethod;
+  std::time_t mTime;
+  std::array<char, kMessageSize> mMessage;
+};
+
+}  // namespace Qov::Util
