@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
-#include <iosfwd>
 #include <map>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -106,7 +106,14 @@ class Manager {
   struct Registry {
     std::map<std::string, std::size_t> mIndices;
     std::vector<std::unique_ptr<Part>> mParts;
+
+    /// Adds the part, or puts it in the place of the one of that name. Gives its index.
+    std::size_t Put(const std::string& name, std::unique_ptr<Part> part);
+    std::size_t IndexOf(const std::string& name) const;
   };
+
+  /// Replacing a publisher drops the loggers of the earlier one.
+  void PutPublisher(const std::string& name, std::unique_ptr<Publisher> publisher);
 
   Registry<Publisher> mPublishers;
   Registry<Filter> mFilters;

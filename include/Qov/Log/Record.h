@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
@@ -13,7 +14,7 @@ struct LogRecord {
   static constexpr std::size_t kMessageSize = 5120;
 
   std::uint16_t mLevel;
-  std::array<char, kMessageSize> mMessage;
+  std::array<char, kMessageSize> mMessage;  // ends with a zero byte
   const char* mFile;
   unsigned long mLine;
   const char* mMethod;
@@ -39,7 +40,10 @@ class Record {
 
   Record& operator<<(const char* text);
   Record& operator<<(const std::string& text) { return *this << text.c_str(); }
-  Record& operator<<(std::uint64_t number);
+  template <std::integral Number>
+  Record& operator<<(Number number) {
+    return *this << std::to_string(number);
+  }
 
  private:
   Util::LogRecord mRecord;

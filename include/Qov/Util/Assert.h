@@ -9,6 +9,6 @@ namespace Qov::Util {
 
 /// Checks an assumption about the program itself, in every kind of build: what fails here is a
 /// mistake in the code, never a bad input.
-#define QOV_ASSERT(condition)                                            \
-  (static_cast<bool>(condition) ? static_cast<void>(0)                   \
+#define QOV_ASSERT(condition)                          \
+  (static_cast<bool>(condition) ? static_cast<void>(0) \
                                 : ::Qov::Util::FailAssertion(#condition, __FILE__, __LINE__))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <exception>
@@ -60,8 +61,7 @@ class Exception : public std::exception {
   static const char* GetDescription(const ErrorType& type);
 
  private:
-  void Construct(ErrorType type, const char* description, const char* file, unsigned long line,
-                 const char* method);
+  void FormatMessage();
 
   ErrorType mType;
   std::array<char, kDescriptionSize + 1> mDescription;  // one more byte than is ever filled
