@@ -16,7 +16,7 @@ extern std::uint32_t default_block_size;
 /// The buffer comes from realloc and goes to free, because the transformations swap buffers.
 /// Errors: MemoryAllocationError when there is no memory or the block would pass 4294967295
 /// bytes (nothing is written then); OutOfBounds when reading or seeking past the end; ReadError
-/// and WriteError of the file. After an error the content is as before.
+/// and WriteError of the file. After an error size and cursor are as before.
 class Block {
  public:
   Block() = default;
@@ -54,6 +54,9 @@ class Block {
   void ReleaseSpareMemory();
   /// Hands the buffer to the caller, who frees it, and resets the block.
   unsigned char* Detach();
+  /// Takes over a buffer from malloc whose first `size` bytes are the new content. The cursor
+  /// ends behind them.
+  void Attach(unsigned char* data, std::uint64_t capacity, std::uint32_t size);
 
   const unsigned char* GetData() const { return mData; }
   std::uint64_t GetCapacity() const { return mCapacity; }
@@ -61,6 +64,8 @@ class Block {
   std::uint32_t GetPosition() const { return mPosition; }
   /// The bytes between the cursor and the end.
   std::uint32_t GetRemaining() const { return mSize - mPosition; }
+  /// True after ReleaseMemory: there is a size, but nothing can be read or written.
+  bool IsReleased() const { return mData == nullptr && mSize > 0; }
 
  private:
   void Swap(Block& other) noexcept;

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -23,9 +25,11 @@
 ///   vector<T>                  u32 count, then the elements
 ///   map<K, V>                  u32 count, then key and value of each entry in key order
 ///
-/// Reading a string of length 0 leaves the target as it was; a zero byte within a string ends
-/// it. Counts and lengths are compared with the bytes that are left before memory is taken for
-/// them ("Not enough bytes in the block", OutOfBounds).
+/// Reading a string of length 0 leaves the target as it was, but empties a wstring; a zero byte
+/// within a string ends it. A wstring's bytes from 0x80 on are read as negative characters.
+/// A vector keeps the elements that it has as targets of the first elements read. Counts and
+/// lengths are compared with the bytes that are left before memory is taken for them ("Not enough
+/// bytes in the block", OutOfBounds).
 ///
 /// Types of other modules join by overloading CopyToBlock and CopyFromBlock in this namespace.
 namespace QovJbf {
@@ -44,6 +48,8 @@ void CopyToBlock(Block& block, const QovRyx::Vector2& value);
 void CopyToBlock(Block& block, const QovRyx::Vector3& value);
 void CopyToBlock(Block& block, const QovRyx::ColourValue& value);
 void CopyToBlock(Block& block, const QovRyx::Quaternion& value);
+/// A literal would be taken for a bool.
+void CopyToBlock(Block& block, const char* value) = delete;
 
 void CopyFromBlock(Block& block, std::uint32_t& value);
 void CopyFromBlock(Block& block, std::int32_t& value);
@@ -77,6 +83,111 @@ void CopyToBlock(Block& block, const std::map<K, V>& values);
 template <class K, class V>
 void CopyFromBlock(Block& block, std::map<K, V>& values);
 
-// To be filled in by the owner of this file: the templates' bodies.
+/// The fewest bytes that a T takes in a block, against which counts are checked; 0 if nothing is
+/// known of T. Other modules may specialise it for their types.
+template <class T>
+inline constexpr std::size_t kLeastEncodedSize = std::is_arithmetic_v<T> ? sizeof(T) : 0;
+template <>
+inline constexpr std::size_t kLeastEncodedSize<std::string> = sizeof(std::uint32_t);
+template <>
+inline constexpr std::size_t kLeastEncodedSize<std::wstring> = sizeof(std::uint32_t);
+template <class T>
+inline constexpr std::size_t kLeastEncodedSize<std::vector<T>> = sizeof(std::uint32_t);
+template <class K, class V>
+inline constexpr std::size_t kLeastEncodedSize<std::map<K, V>> = sizeof(std::uint32_t);
+template <class A, class B>
+inline constexpr std::size_t kLeastEncodedSize<std::pair<A, B>> =
+    kLeastEncodedSize<A> + kLeastEncodedSize<B>;
+template <class T, std::size_t N>
+inline constexpr std::size_t kLeastEncodedSize<std::array<T, N>> = N* kLeastEncodedSize<T>;
+
+namespace Detail {
+
+/// True for elements whose array in memory is what stands in the block.
+template <class T>
+inline constexpr bool kIsRawElement = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
+
+/// Raises OutOfBounds unless `count` elements of at least `leastSize` bytes can follow.
+void CheckCount(const Block& block, std::uint64_t count, std::uint64_t leastSize);
+/// Writes a count, unless its elements, of at least `leastSize` bytes, would not fit.
+void PutCount(Block& block, std::size_t count, std::size_t leastSize);
+
+template <class T>
+std::uint32_t GetCount(Block& block) {
+  std::uint32_t count = 0;
+  CopyFromBlock(block, count);
+  CheckCount(block, count, kLeastEncodedSize<T>);
+  return count;
+}
+
+}  // namespace Detail
+
+template <class T, std::size_t N>
+void CopyToBlock(Block& block, const std::array<T, N>& values) {
+  for (const T& value : values) CopyToBlock(block, value);
+}
+
+template <class T, std::size_t N>
+void CopyFromBlock(Block& block, std::array<T, N>& values) {
+  for (T& value : values) CopyFromBlock(block, value);
+}
+
+template <class T>
+void CopyToBlock(Block& block, const std::vector<T>& values) {
+  Detail::PutCount(block, values.size(), kLeastEncodedSize<T>);
+  if constexpr (Detail::kIsRawElement<T>) {
+    block.Put(values.data(), static_cast<std::uint32_t>(values.size() * sizeof(T)));
+  } else {
+    for (const T& value : values) CopyToBlock(block, value);
+  }
+}
+
+template <class T>
+void CopyFromBlock(Block& block, std::vector<T>& values) {
+  const std::uint32_t count = Detail::GetCount<T>(block);
+  if constexpr (Detail::kIsRawElement<T>) {
+    values.resize(count);
+    block.Get(values.data(), static_cast<std::uint32_t>(count * sizeof(T)));
+  } else {
+    // One at a time, so that a count without elements fails on the bytes and not on memory.
+    if (values.size() > count) values.resize(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      if (i == values.size()) values.emplace_back();
+      CopyFromBlock(block, values[i]);
+    }
+  }
+}
+
+template <class A, class B>
+void CopyToBlock(Block& block, const std::pair<A, B>& value) {
+  CopyToBlock(block, value.first);
+  CopyToBlock(block, value.second);
+}
+
+template <class A, class B>
+void CopyFromBlock(Block& block, std::pair<A, B>& value) {
+  CopyFromBlock(block, value.first);
+  CopyFromBlock(block, value.second);
+}
+
+template <class K, class V>
+void CopyToBlock(Block& block, const std::map<K, V>& values) {
+  Detail::PutCount(block, values.size(), kLeastEncodedSize<std::pair<K, V>>);
+  for (const auto& [key, value] : values) {
+    CopyToBlock(block, key);
+    CopyToBlock(block, value);
+  }
+}
+
+template <class K, class V>
+void CopyFromBlock(Block& block, std::map<K, V>& values) {
+  const std::uint32_t count = Detail::GetCount<std::pair<K, V>>(block);
+  values.clear();
+  for (std::uint32_t i = 0; i < count; ++i) {
+    std::pair<K, V> entry{};
+    CopyFromBlock(block, entry);
+    values.insert_or_assign(std::move(entry.first), std::move(entry.second));
+  }
+}
 
 }  // namespace QovJbf

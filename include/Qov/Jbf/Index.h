@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,19 +28,23 @@ struct IndexItem {
   static constexpr std::uint32_t NameLength = 128;
   static constexpr std::uint32_t kEncodedSize = 1 + 4 + NameLength + 4 + 1 + 1;
 
-  std::uint8_t mId = 0;          ///< A creation counter; carried only.
-  std::string mName;             ///< The stream; the first NameLength bytes are stored.
-  std::uint64_t mPosition = 0;   ///< Offset in the file, computed along the chain, never stored.
-  std::uint32_t mSize = 0;       ///< Bytes in the file, after transformations.
-  std::uint8_t mFlags = 0;       ///< BlockFlag bits.
-  std::uint8_t mFlags2 = 0;      ///< Carried only.
-  bool mFrozen = false;          ///< Written; may not be written again.
-  bool mLoaded = false;          ///< Its bytes are in memory, read from the file.
-  std::uint32_t mRawSize = 0;    ///< Bytes before transformations, of a frozen block.
+  std::uint8_t mId = 0;         ///< A creation counter; carried only.
+  std::string mName;            ///< The stream; the first NameLength bytes are stored.
+  std::uint64_t mPosition = 0;  ///< Offset in the file, computed along the chain, never stored.
+  std::uint32_t mSize = 0;      ///< Bytes in the file, after transformations.
+  std::uint8_t mFlags = 0;      ///< BlockFlag bits.
+  std::uint8_t mFlags2 = 0;     ///< Carried only.
+  bool mFrozen = false;         ///< Written; may not be written again.
+  bool mLoaded = false;         ///< Its bytes are in memory, read from the file.
+  std::uint32_t mRawSize = 0;   ///< Bytes before transformations, of a frozen block.
 };
 
 void CopyToBlock(Block& block, const IndexItem& item);
 void CopyFromBlock(Block& block, IndexItem& item);
+/// An item whose name is empty.
+template <>
+inline constexpr std::size_t kLeastEncodedSize<IndexItem> =
+    IndexItem::kEncodedSize - IndexItem::NameLength;
 
 /// The physical blocks of one stream in order, and how big each may grow.
 struct BlockSizeLimiter {
@@ -49,6 +54,8 @@ struct BlockSizeLimiter {
   std::size_t mReading = 0;
   /// mStarts[i] is the uncompressed offset of block i, as far as it is known.
   std::vector<std::uint64_t> mStarts;
+  /// How many blocks at the front are known to be frozen.
+  std::size_t mFrozen = 0;
 };
 
 /// The table of named streams of one container file.
@@ -89,12 +96,15 @@ class Index {
   void Get(const std::string& name, void* target, std::uint64_t n);
   void Get(const std::string& name, void* target, std::uint64_t n, std::FILE* file);
 
-  /// The uncompressed bytes of `name` so far; raises ElementNotFound if there is no such stream.
+  /// The uncompressed bytes of `name` so far, a stream that is being written; raises
+  /// ElementNotFound if there is no such stream.
   std::uint64_t GetStreamLength(const std::string& name) const;
-  /// Sets flags on all blocks that `name` has now; nothing if it has none.
+  /// Sets flags on all blocks that `name` has now and that are not frozen; nothing if it has
+  /// none.
   void AddFlags(const std::string& name, std::uint8_t flags);
-  /// Puts reading at byte `offset` of the uncompressed stream. What is passed over is not
-  /// inflated; going back is possible.
+  /// Puts reading at byte `offset` of the uncompressed stream, or at its end if that is nearer.
+  /// What is passed over is not inflated; going back is possible. A stream that does not exist
+  /// gets an empty block. `file` may be null if all is in memory.
   void SetStreamPosition(const std::string& name, std::uint64_t offset, std::FILE* file);
 
   void WriteBufferToFileStream(std::uint64_t k, std::FILE* file);
@@ -102,7 +112,8 @@ class Index {
   void WriteAllBuffersToFileStream(std::FILE* file);
   /// Writes the full blocks that are to be frozen, in file order, and frees their memory.
   void FlushFrozen(std::FILE* file);
-  /// Reads the root index at the current place of `file` and the index blocks it leads to.
+  /// Reads the root index at the current place of `file` and the index blocks it leads to. What
+  /// this index held before is kept if that fails and replaced otherwise.
   void ReadIndexBufferFromFileStream(std::FILE* file, std::uint32_t length);
 
   const std::vector<IndexItem>& GetItems() const { return mItems; }
@@ -113,7 +124,28 @@ class Index {
 
  private:
   Block& GetOpenBlock(const std::string& name);
-  // ... the owner of this file adds what it needs.
+  BlockSizeLimiter& MakeLimiter(const std::string& name);
+  void CreateFirstBlocks();
+  std::uint64_t TakeFreeBlock();
+  void MakeIndexBlock(std::uint64_t k);
+  void EncodeItems(std::uint64_t first, std::uint64_t count, Block& block) const;
+  void SetSize(std::uint64_t k, std::uint32_t size);
+
+  std::optional<std::uint32_t> FindRawLength(std::uint64_t k) const;
+  std::uint32_t GetRawLength(std::uint64_t k, std::FILE* file);
+  std::size_t FindBlock(BlockSizeLimiter& stream, std::uint64_t offset, std::FILE* file);
+  void ExtendStarts(BlockSizeLimiter& stream) const;
+  bool IsOnlyInFile(std::uint64_t k) const;
+  Block ReadStoredBlock(std::uint64_t k, std::FILE* file);
+  void LoadBlock(std::uint64_t k, std::FILE* file);
+  void MoveReading(BlockSizeLimiter& stream, std::size_t to);
+
+  void AppendItems(Block& block, std::uint64_t fileLength);
+  void RebuildLimiters();
+
+  bool IsWrittenUpTo(std::uint64_t k);
+  void FlushFrozen(BlockSizeLimiter& stream, std::FILE* file);
+  void WriteAtPosition(std::uint64_t k, std::FILE* file);
 
   std::vector<IndexItem> mItems;
   std::vector<Block> mBlocks;
@@ -121,6 +153,8 @@ class Index {
   std::uint8_t mNextId = 1;
   std::uint64_t mIndexPosition = 12;
   std::uint64_t mIndexLength = 0;
+  std::size_t mPositioned = 0;  ///< How many items at the front have a valid mPosition.
+  std::size_t mWritten = 0;     ///< How many items at the front are frozen or index blocks.
 };
 
 }  // namespace QovJbf

@@ -48,9 +48,10 @@ class JbFile {
   void WriteHeader();
   void ReadIndex();
 
-  /// Reads one value; leaves it as it is when the stream is absent.
+  /// Reads one value; leaves it as it is when the stream is absent or no file is open.
   template <class T>
   void Get(const std::string& name, T& value) {
+    if (mStream == nullptr) return;
     try {
       Require(name, value);
     } catch (const Qov::Util::Exception& error) {
@@ -71,6 +72,7 @@ class JbFile {
   void AddBlockTransformation(const std::string& name, std::uint8_t flags);
 
   /// A reader of `name` that outlives this object; an absent stream gives one of length 0.
+  /// Raises ReadError when no file is open.
   std::shared_ptr<StreamReader> OpenStreamReader(const std::string& name);
 
   bool HasStream(const std::string& name);
@@ -79,10 +81,13 @@ class JbFile {
   const std::string& GetPath() const { return mPath; }
 
  private:
+  void ReadIndexIfNeeded();
   Block& GetReadingBlock(const std::string& name);
 
   std::string mPath;
   std::FILE* mStream = nullptr;
+  bool mIsWritable = false;
+  std::shared_ptr<SourceFile> mpSource;
   Index mIndex;
 };
 

@@ -1,0 +1,140 @@
+#include "Qov/Jbf/BlockIo.h"
+
+#include <limits>
+
+#include "Qov/Util/Raise.h"
+
+namespace QovJbf {
+
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+namespace {
+
+constexpr const char* kSource = "include/Qov/Jbf/Block";
+
+template <class T>
+void PutImage(Block& block, const T& value) {
+  block.Put(&value, sizeof value);
+}
+
+template <class T>
+void GetImage(Block& block, T& value) {
+  block.Get(&value, sizeof value);
+}
+
+std::string GetCharacters(Block& block) {
+  std::uint32_t length = 0;
+  CopyFromBlock(block, length);
+  Detail::CheckCount(block, length, 1);
+  std::string characters(length, '\0');
+  block.Get(characters.data(), length);
+  return characters;
+}
+
+}  // namespace
+
+namespace Detail {
+
+void CheckCount(const Block& block, std::uint64_t count, std::uint64_t leastSize) {
+  if (count * leastSize > block.GetRemaining()) {
+    Raise(kSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+  }
+}
+
+void PutCount(Block& block, std::size_t count, std::size_t leastSize) {
+  constexpr std::uint64_t kMaximum = std::numeric_limits<std::uint32_t>::max();
+  const std::uint64_t room = kMaximum - block.GetPosition();
+  if (count > kMaximum || sizeof(std::uint32_t) + count * leastSize > room) {
+    Raise(kSource, ErrorType::MemoryAllocationError);
+  }
+  CopyToBlock(block, static_cast<std::uint32_t>(count));
+}
+
+}  // namespace Detail
+
+void CopyToBlock(Block& block, const std::uint32_t& value) { PutImage(block, value); }
+void CopyToBlock(Block& block, const std::int32_t& value) { PutImage(block, value); }
+void CopyToBlock(Block& block, const std::uint64_t& value) { PutImage(block, value); }
+void CopyToBlock(Block& block, const std::uint16_t& value) { PutImage(block, value); }
+void CopyToBlock(Block& block, const std::uint8_t& value) { PutImage(block, value); }
+void CopyToBlock(Block& block, const float& value) { PutImage(block, value); }
+void CopyToBlock(Block& block, const double& value) { PutImage(block, value); }
+
+void CopyToBlock(Block& block, const bool& value) {
+  CopyToBlock(block, static_cast<std::uint8_t>(value ? 1 : 0));
+}
+
+void CopyToBlock(Block& block, const std::string& value) {
+  Detail::PutCount(block, value.size(), 1);
+  block.Put(value.data(), static_cast<std::uint32_t>(value.size()));
+}
+
+void CopyToBlock(Block& block, const std::wstring& value) {
+  std::string narrow;
+  narrow.reserve(value.size());
+  for (const wchar_t character : value) narrow.push_back(static_cast<char>(character & 0xFF));
+  CopyToBlock(block, narrow);
+}
+
+void CopyToBlock(Block& block, const QovRyx::Vector2& value) {
+  for (const float part : {value.mX, value.mY}) CopyToBlock(block, part);
+}
+
+void CopyToBlock(Block& block, const QovRyx::Vector3& value) {
+  for (const float part : {value.mX, value.mY, value.mZ}) CopyToBlock(block, part);
+}
+
+void CopyToBlock(Block& block, const QovRyx::ColourValue& value) {
+  for (const float part : {value.mR, value.mG, value.mB, value.mA}) CopyToBlock(block, part);
+}
+
+void CopyToBlock(Block& block, const QovRyx::Quaternion& value) {
+  for (const float part : {value.mX, value.mY, value.mZ, value.mW}) CopyToBlock(block, part);
+}
+
+void CopyFromBlock(Block& block, std::uint32_t& value) { GetImage(block, value); }
+void CopyFromBlock(Block& block, std::int32_t& value) { GetImage(block, value); }
+void CopyFromBlock(Block& block, std::uint64_t& value) { GetImage(block, value); }
+void CopyFromBlock(Block& block, std::uint16_t& value) { GetImage(block, value); }
+void CopyFromBlock(Block& block, std::uint8_t& value) { GetImage(block, value); }
+void CopyFromBlock(Block& block, float& value) { GetImage(block, value); }
+void CopyFromBlock(Block& block, double& value) { GetImage(block, value); }
+
+void CopyFromBlock(Block& block, bool& value) {
+  std::uint8_t byte = 0;
+  CopyFromBlock(block, byte);
+  value = byte != 0;
+}
+
+void CopyFromBlock(Block& block, std::string& value) {
+  const std::string characters = GetCharacters(block);
+  if (!characters.empty()) value = characters.c_str();  // up to the first zero byte
+}
+
+void CopyFromBlock(Block& block, std::wstring& value) {
+  std::string narrow;
+  CopyFromBlock(block, narrow);
+  value.clear();
+  for (const char character : narrow) {
+    value.push_back(static_cast<wchar_t>(static_cast<signed char>(character)));
+  }
+}
+
+void CopyFromBlock(Block& block, QovRyx::Vector2& value) {
+  for (float* part : {&value.mX, &value.mY}) CopyFromBlock(block, *part);
+}
+
+void CopyFromBlock(Block& block, QovRyx::Vector3& value) {
+  for (float* part : {&value.mX, &value.mY, &value.mZ}) CopyFromBlock(block, *part);
+}
+
+void CopyFromBlock(Block& block, QovRyx::ColourValue& value) {
+  for (float* part : {&value.mR, &value.mG, &value.mB, &value.mA}) CopyFromBlock(block, *part);
+}
+
+void CopyFromBlock(Block& block, QovRyx::Quaternion& value) {
+  for (float* part : {&value.mX, &value.mY, &value.mZ, &value.mW}) CopyFromBlock(block, *part);
+}
+
+}  // namespace QovJbf

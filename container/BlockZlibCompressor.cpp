@@ -1,0 +1,45 @@
+#include "Qov/Jbf/BlockZlibCompressor.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "MallocBuffer.h"
+#include "RawLength.h"
+
+namespace QovJbf {
+
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+namespace {
+
+constexpr const char* kSource = "include/Qov/Jbf/BlockZlibCompressor";
+
+// A fifth more than the content is generous for all but the shortest blocks: a few bytes that do
+// not compress need 13 more, which only zlib's own bound covers.
+std::uint64_t GetOutputSize(std::uint32_t rawLength) {
+  const auto estimate = static_cast<std::uint64_t>(static_cast<float>(rawLength) * 1.2F) + 12;
+  return std::max<std::uint64_t>(estimate, compressBound(rawLength));
+}
+
+}  // namespace
+
+void BlockZlibCompressor::operator()(Block& block) {
+  const std::uint32_t rawLength = block.GetSize();
+  const MallocBuffer input(block.Detach());
+  uLongf length = GetOutputSize(rawLength);
+  const std::uint64_t capacity = kRawLengthSize + length;
+  MallocBuffer output = AllocateBuffer(kSource, capacity);
+  std::memcpy(output.get(), &rawLength, kRawLengthSize);
+  const int result =
+      compress2(output.get() + kRawLengthSize, &length, input.get(), rawLength, mLevel);
+  if (result != Z_OK || length > std::numeric_limits<std::uint32_t>::max() - kRawLengthSize) {
+    Raise(kSource, ErrorType::MemoryAllocationError);
+  }
+  block.Attach(output.release(), capacity, static_cast<std::uint32_t>(kRawLengthSize + length));
+}
+
+}  // namespace QovJbf

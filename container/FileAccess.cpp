@@ -1,0 +1,46 @@
+#include "FileAccess.h"
+
+#include <sys/types.h>
+
+#include <limits>
+
+#include "Qov/Util/Raise.h"
+
+namespace QovJbf {
+
+namespace {
+
+constexpr std::uint64_t kLargestOffset = std::numeric_limits<off_t>::max();
+
+[[noreturn]] void RaiseReadError(const char* source) {
+  Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::ReadError, "Unable to read from file");
+}
+
+}  // namespace
+
+std::uint64_t GetFileLength(const char* source, std::FILE* file) {
+  if (file == nullptr || fseeko(file, 0, SEEK_END) != 0) RaiseReadError(source);
+  const off_t length = ftello(file);
+  if (length < 0) RaiseReadError(source);
+  return static_cast<std::uint64_t>(length);
+}
+
+void SeekToRead(const char* source, std::FILE* file, std::uint64_t position) {
+  if (file == nullptr || position > kLargestOffset ||
+      fseeko(file, static_cast<off_t>(position), SEEK_SET) != 0) {
+    RaiseReadError(source);
+  }
+}
+
+void ReadAt(const char* source, std::FILE* file, std::uint64_t position, void* target,
+            std::size_t n) {
+  SeekToRead(source, file, position);
+  if (std::fread(target, 1, n, file) != n) RaiseReadError(source);
+}
+
+void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,
+                 std::uint64_t n) {
+  if (n > fileLength || position > fileLength - n) RaiseReadError(source);
+}
+
+}  // namespace QovJbf

@@ -1,0 +1,168 @@
+#include "Qov/Jbf/Index.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "IndexLayout.h"
+#include "Limits.h"
+#include "Qov/Util/Assert.h"
+#include "Qov/Util/Raise.h"
+
+// How the table of items and the streams in it grow. A new file has 20 items, all free:
+//
+//   0 ... 18 | 19              items that the root index lists
+//              20 ... 218 | 219           items that the index block in 19 lists
+//                           220 ... 419   items that the index block in 219 lists
+//
+// The last free item of a batch becomes an index block as soon as it is asked for.
+namespace QovJbf {
+
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+namespace {
+
+constexpr const char* kLimitVariable = "TELMORAX_MAX_RYX_BLOCK_SIZE";
+constexpr std::uint32_t kDefaultLimit = 209715200;
+
+constexpr std::uint64_t EncodedIndexSize(std::uint64_t items) {
+  return items * IndexItem::kEncodedSize + sizeof(std::uint32_t);
+}
+
+}  // namespace
+
+std::uint64_t Index::CreateBlock(const std::string& name) {
+  const std::uint64_t k = mItems.size();
+  mItems.emplace_back();
+  mItems.back().mId = mNextId++;
+  mItems.back().mName = name;
+  mBlocks.emplace_back();
+  MakeLimiter(name).mBlocks.push_back(k);
+  return k;
+}
+
+std::uint64_t Index::CreateEmptyBlocks(std::uint64_t n) {
+  for (std::uint64_t i = 0; i < n; ++i) CreateBlock(kEmptyBlockName);
+  // Free blocks are taken from the back, the lowest first.
+  std::vector<std::uint64_t>& free = MakeLimiter(kEmptyBlockName).mBlocks;
+  std::reverse(free.begin(), free.end());
+  return EncodedIndexSize(n);
+}
+
+void Index::CreateFirstBlocks() {
+  mIndexLength = CreateEmptyBlocks(kRootItems) + sizeof(std::uint32_t);
+  mPositioned = 0;
+}
+
+std::uint64_t Index::GetWritingBlockIndex(const std::string& name) {
+  const auto found = mLimiters.find(name);
+  if (found != mLimiters.end() && !found->second.mBlocks.empty()) {
+    const std::uint64_t last = found->second.mBlocks.back();
+    const bool isOpen = !mItems[last].mFrozen;
+    if (isOpen && mBlocks[last].GetSize() < found->second.mLimit) return last;
+    if (isOpen) mBlocks[last].ReleaseSpareMemory();
+  }
+  if (IsEmptyBlockName(name)) return CreateBlock(name);
+  const std::uint64_t k = TakeFreeBlock();
+  BlockSizeLimiter& stream = MakeLimiter(name);
+  ExtendStarts(stream);
+  stream.mBlocks.push_back(k);
+  mItems[k].mName = name;
+  return k;
+}
+
+std::uint64_t Index::TakeFreeBlock() {
+  if (!HasStream(kEmptyBlockName)) CreateFirstBlocks();
+  BlockSizeLimiter& free = GetBlockSizeLimiter(kEmptyBlockName);
+  if (free.mBlocks.empty()) {
+    Raise(kIndexSource, ErrorType::MismatchError, "This point should not be reached");
+  }
+  std::uint64_t k = free.mBlocks.back();
+  free.mBlocks.pop_back();
+  if (free.mBlocks.empty()) {
+    MakeIndexBlock(k);
+    k = free.mBlocks.back();
+    free.mBlocks.pop_back();
+  }
+  return k;
+}
+
+void Index::MakeIndexBlock(std::uint64_t k) {
+  BlockSizeLimiter& indexBlocks = MakeLimiter(kIndexBlockName);
+  indexBlocks.mLimit = static_cast<std::uint32_t>(CreateEmptyBlocks(kBlockItems));
+  indexBlocks.mBlocks.push_back(k);
+  mItems[k].mName = kIndexBlockName;
+  mItems[k].mFlags |= BlockFlag::kFreezeWhenFull;
+  EncodeItems(k + 1, kBlockItems, mBlocks[k]);
+  SetSize(k, mBlocks[k].GetSize());
+}
+
+void Index::EncodeItems(std::uint64_t first, std::uint64_t count, Block& block) const {
+  if (first + count > mItems.size()) Raise(kIndexSource, ErrorType::MismatchError);
+  block.Reset();
+  block.AllocateAdditionalMemory(EncodedIndexSize(count) + 1);
+  CopyToBlock(block, static_cast<std::uint32_t>(count));
+  for (std::uint64_t i = first; i < first + count; ++i) CopyToBlock(block, mItems[i]);
+}
+
+BlockSizeLimiter& Index::GetBlockSizeLimiter(const std::string& name) {
+  const auto found = mLimiters.find(name);
+  if (found == mLimiters.end()) Raise(kIndexSource, ErrorType::ElementNotFound);
+  return found->second;
+}
+
+BlockSizeLimiter& Index::MakeLimiter(const std::string& name) {
+  const auto [position, isNew] = mLimiters.try_emplace(name);
+  if (isNew) position->second.mLimit = ReadSizeVariable(kLimitVariable, kDefaultLimit);
+  return position->second;
+}
+
+void Index::Put(const std::string& name, const void* source, std::uint64_t n) {
+  if (n > std::numeric_limits<std::uint32_t>::max()) {
+    Raise(kIndexSource, ErrorType::MemoryAllocationError);
+  }
+  const std::uint64_t k = GetWritingBlockIndex(name);
+  if (mItems[k].mFrozen) Raise(kIndexSource, ErrorType::ElementNotFound);
+  mBlocks[k].Put(source, static_cast<std::uint32_t>(n));
+}
+
+Block& Index::GetOpenBlock(const std::string& name) {
+  const std::uint64_t k = GetWritingBlockIndex(name);
+  if (mItems[k].mFrozen) {
+    Raise(kIndexSource, ErrorType::MiscellaneousError, "Attempt to write into a frozen block");
+  }
+  return mBlocks[k];
+}
+
+void Index::AddFlags(const std::string& name, std::uint8_t flags) {
+  const auto found = mLimiters.find(name);
+  if (found == mLimiters.end()) return;
+  // The flags of a frozen block say how its bytes lie in the file.
+  const BlockSizeLimiter& stream = found->second;
+  for (std::size_t i = stream.mFrozen; i < stream.mBlocks.size(); ++i) {
+    IndexItem& item = mItems[stream.mBlocks[i]];
+    if (!item.mFrozen) item.mFlags = static_cast<std::uint8_t>(item.mFlags | flags);
+  }
+}
+
+std::uint64_t Index::GetPosition(std::uint64_t k) {
+  QOV_ASSERT(k < mItems.size());
+  for (; mPositioned <= k; ++mPositioned) {
+    IndexItem& item = mItems[mPositioned];
+    if (mPositioned == 0) {
+      item.mPosition = mIndexPosition + mIndexLength;
+    } else {
+      const IndexItem& previous = mItems[mPositioned - 1];
+      item.mPosition = previous.mPosition + previous.mSize;
+    }
+  }
+  return mItems[k].mPosition;
+}
+
+void Index::SetSize(std::uint64_t k, std::uint32_t size) {
+  if (mItems[k].mSize == size) return;
+  mItems[k].mSize = size;
+  mPositioned = std::min<std::size_t>(mPositioned, k + 1);
+}
+
+}  // namespace QovJbf

@@ -1,0 +1,227 @@
+#include "Qov/Jbf/Index.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "FileAccess.h"
+#include "IndexLayout.h"
+#include "Qov/Jbf/BlockZlibUnCompressor.h"
+#include "Qov/Log/Record.h"
+#include "Qov/Util/Raise.h"
+#include "RawLength.h"
+
+// How the bytes of a stream come back. At most one block of a stream that lies in a file is in
+// memory: the one at BlockSizeLimiter::mReading.
+namespace QovJbf {
+
+using Qov::Log::Trace;
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+namespace {
+
+// An absent stream leaves the target of a Get as it is; every other error goes on.
+template <class Reader>
+void ReadUnlessAbsent(const Reader& read) {
+  try {
+    read();
+  } catch (const Qov::Util::Exception& error) {
+    if (error.GetType() != ErrorType::ElementNotFound) throw;
+  }
+}
+
+void GetBytes(Block& block, void* target, std::uint64_t n) {
+  if (n > std::numeric_limits<std::uint32_t>::max()) {
+    Raise(kIndexSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+  }
+  block.Get(target, static_cast<std::uint32_t>(n));
+}
+
+Block ReadWholeBlock(std::FILE* file, std::uint64_t position, std::uint32_t size) {
+  CheckInFile(kIndexSource, GetFileLength(kIndexSource, file), position, size);
+  SeekToRead(kIndexSource, file, position);
+  Block block;
+  block.AllocateAdditionalMemory(std::uint64_t{size} + 1);  // so much that Read adds nothing
+  block.Read(file, size);
+  return block;
+}
+
+}  // namespace
+
+std::uint64_t Index::GetReadingBlockIndex(const std::string& name) {
+  BlockSizeLimiter& stream = GetBlockSizeLimiter(name);
+  for (std::size_t i = stream.mReading; i < stream.mBlocks.size(); ++i) {
+    const std::uint64_t k = stream.mBlocks[i];
+    if (mBlocks[k].GetRemaining() == 0) continue;
+    MoveReading(stream, i);
+    return k;
+  }
+  Raise(kIndexSource, ErrorType::ElementNotFound);
+}
+
+std::uint64_t Index::GetReadingBlockIndex(const std::string& name, std::FILE* file) {
+  BlockSizeLimiter& stream = GetBlockSizeLimiter(name);
+  if (stream.mBlocks.empty()) Raise(kIndexSource, ErrorType::ElementNotFound);
+  while (true) {
+    const std::uint64_t k = stream.mBlocks[stream.mReading];
+    if (IsOnlyInFile(k)) LoadBlock(k, file);
+    const bool isLast = stream.mReading + 1 == stream.mBlocks.size();
+    if (isLast || mBlocks[k].GetRemaining() > 0) return k;
+    MoveReading(stream, stream.mReading + 1);
+  }
+}
+
+void Index::Get(const std::string& name, void* target, std::uint64_t n) {
+  ReadUnlessAbsent([&] { GetBytes(mBlocks[GetReadingBlockIndex(name)], target, n); });
+}
+
+void Index::Get(const std::string& name, void* target, std::uint64_t n, std::FILE* file) {
+  ReadUnlessAbsent([&] { GetBytes(mBlocks[GetReadingBlockIndex(name, file)], target, n); });
+}
+
+bool Index::IsOnlyInFile(std::uint64_t k) const {
+  return !mItems[k].mLoaded && mItems[k].mSize > 0 && mBlocks[k].GetData() == nullptr;
+}
+
+Block Index::ReadStoredBlock(std::uint64_t k, std::FILE* file) {
+  Block block = ReadWholeBlock(file, GetPosition(k), mItems[k].mSize);
+  if ((mItems[k].mFlags & BlockFlag::kCompressed) == 0) return block;
+  std::uint32_t rawLength = 0;
+  CopyFromBlock(block, rawLength);
+  BlockZlibUnCompressor()(block);
+  // Offsets into the stream count what the length field says, so it has to be right.
+  if (block.GetSize() != rawLength) ThrowDamagedBlock(Z_DATA_ERROR);
+  block.SetPosition(0);
+  return block;
+}
+
+void Index::LoadBlock(std::uint64_t k, std::FILE* file) {
+  mBlocks[k] = ReadStoredBlock(k, file);
+  mItems[k].mLoaded = true;
+}
+
+// Blocks that came from the file and are passed over go back there.
+void Index::MoveReading(BlockSizeLimiter& stream, std::size_t to) {
+  const std::uint64_t left = stream.mBlocks[stream.mReading];
+  if (stream.mReading != to && mItems[left].mLoaded) {
+    mBlocks[left].Reset();
+    mItems[left].mLoaded = false;
+  }
+  stream.mReading = to;
+}
+
+std::optional<std::uint32_t> Index::FindRawLength(std::uint64_t k) const {
+  const IndexItem& item = mItems[k];
+  if (mBlocks[k].GetData() != nullptr) return mBlocks[k].GetSize();
+  if (item.mFrozen) return item.mRawSize;
+  const bool isCompressed = (item.mFlags & BlockFlag::kCompressed) != 0;
+  if (isCompressed && item.mSize > 0) return std::nullopt;
+  return item.mSize;
+}
+
+std::uint32_t Index::GetRawLength(std::uint64_t k, std::FILE* file) {
+  if (const auto known = FindRawLength(k)) return *known;
+  const std::uint64_t position = GetPosition(k);
+  CheckInFile(kIndexSource, GetFileLength(kIndexSource, file), position, mItems[k].mSize);
+  std::uint32_t rawLength = 0;
+  ReadAt(kIndexSource, file, position, &rawLength, sizeof rawLength);
+  CheckRawLength(kIndexSource, rawLength, mItems[k].mSize);
+  return rawLength;
+}
+
+std::uint64_t Index::GetStreamLength(const std::string& name) const {
+  const auto found = mLimiters.find(name);
+  if (found == mLimiters.end()) Raise(kIndexSource, ErrorType::ElementNotFound);
+  const BlockSizeLimiter& stream = found->second;
+  const std::size_t known = stream.mStarts.size();
+  std::uint64_t length = known > 0 ? stream.mStarts.back() : 0;
+  for (std::size_t i = known > 0 ? known - 1 : 0; i < stream.mBlocks.size(); ++i) {
+    const auto rawLength = FindRawLength(stream.mBlocks[i]);
+    if (!rawLength) Raise(kIndexSource, ErrorType::NotInitialized);
+    length += *rawLength;
+  }
+  return length;
+}
+
+// Called before a block is added: all that are there have their final lengths.
+void Index::ExtendStarts(BlockSizeLimiter& stream) const {
+  std::vector<std::uint64_t>& starts = stream.mStarts;
+  if (starts.empty()) starts.push_back(0);
+  while (starts.size() <= stream.mBlocks.size()) {
+    const auto rawLength = FindRawLength(stream.mBlocks[starts.size() - 1]);
+    if (!rawLength) return;
+    starts.push_back(starts.back() + *rawLength);
+  }
+}
+
+// The last block that begins at or before `offset`.
+std::size_t Index::FindBlock(BlockSizeLimiter& stream, std::uint64_t offset, std::FILE* file) {
+  std::vector<std::uint64_t>& starts = stream.mStarts;
+  if (starts.empty()) starts.push_back(0);
+  while (starts.size() < stream.mBlocks.size() && starts.back() <= offset) {
+    starts.push_back(starts.back() + GetRawLength(stream.mBlocks[starts.size() - 1], file));
+  }
+  const auto after = std::upper_bound(starts.begin(), starts.end(), offset);
+  return static_cast<std::size_t>(after - starts.begin()) - 1;
+}
+
+void Index::SetStreamPosition(const std::string& name, std::uint64_t offset, std::FILE* file) {
+  if (!HasStream(name)) CreateBlock(name);
+  BlockSizeLimiter& stream = GetBlockSizeLimiter(name);
+  if (stream.mBlocks.empty()) return;
+  const std::size_t target = FindBlock(stream, offset, file);
+  const std::uint64_t k = stream.mBlocks[target];
+  MoveReading(stream, target);
+  if (IsOnlyInFile(k)) LoadBlock(k, file);
+  const std::uint64_t within = offset - stream.mStarts[target];
+  mBlocks[k].SetPosition(std::min<std::uint64_t>(within, mBlocks[k].GetSize()));
+  // Open blocks are the last ones of their stream; their cursors are where writing left them.
+  for (std::size_t i = stream.mBlocks.size() - 1; i > target; --i) {
+    Block& later = mBlocks[stream.mBlocks[i]];
+    if (later.GetData() == nullptr) break;
+    later.SetPosition(0);
+  }
+}
+
+void Index::AppendItems(Block& block, std::uint64_t fileLength) {
+  const std::uint32_t count = Detail::GetCount<IndexItem>(block);
+  // Compressed index blocks could list more than the machine can hold.
+  CheckInFile(kIndexSource, fileLength, mItems.size(), count);
+  for (std::uint32_t i = 0; i < count; ++i) CopyFromBlock(block, mItems.emplace_back());
+}
+
+void Index::ReadIndexBufferFromFileStream(std::FILE* file, std::uint32_t length) {
+  Trace(kIndexSource) << "Reading index block ... ";
+  const off_t position = ftello(file);
+  if (position < 0) Raise(kIndexSource, ErrorType::ReadError, "Unable to read from file");
+  Index read;
+  read.mIndexPosition = static_cast<std::uint64_t>(position);
+  read.mIndexLength = length;
+  const std::uint64_t fileLength = GetFileLength(kIndexSource, file);
+  Block root = ReadWholeBlock(file, read.mIndexPosition, length);
+  read.AppendItems(root, fileLength);
+  for (std::uint64_t k = 0; k < read.mItems.size(); ++k) {
+    if (!IsIndexBlock(read.mItems[k])) continue;
+    Block block = read.ReadStoredBlock(k, file);
+    read.mItems[k].mLoaded = true;
+    read.AppendItems(block, fileLength);
+  }
+  read.RebuildLimiters();
+  *this = std::move(read);
+  Trace(kIndexSource) << "Index block read.";
+}
+
+void Index::RebuildLimiters() {
+  mBlocks.resize(mItems.size());
+  for (std::uint64_t k = 0; k < mItems.size(); ++k) {
+    MakeLimiter(mItems[k].mName).mBlocks.push_back(k);
+  }
+  // The list of free blocks is kept with the lowest at its end.
+  if (!HasStream(kEmptyBlockName)) return;
+  std::vector<std::uint64_t>& free = GetBlockSizeLimiter(kEmptyBlockName).mBlocks;
+  std::reverse(free.begin(), free.end());
+}
+
+}  // namespace QovJbf

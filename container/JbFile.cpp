@@ -1,0 +1,164 @@
+#include "Qov/Jbf/JbFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <utility>
+
+#include "FileAccess.h"
+#include "IndexLayout.h"
+#include "Qov/Log/Record.h"
+#include "Qov/Util/Raise.h"
+#include "SourceFile.h"
+
+namespace QovJbf {
+
+using Qov::Log::Trace;
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+namespace {
+
+constexpr const char* kSource = "include/Qov/Jbf/JbFile";
+
+constexpr std::array<unsigned char, 8> kMagic = {0x89, 'J', 'B', 'F', '\r', '\n', 0x1A, '\n'};
+constexpr std::uint64_t kVersionPosition = 8;
+constexpr std::size_t kVersionSize = 4;
+
+// "1.3" gives 13. Text that is no number, or a negative one, gives 0; a huge one the maximum.
+std::uint32_t GetVersionNumber(const std::string& version) {
+  constexpr double kMaximum = 4.0e8;
+  const double parsed = std::strtod(version.c_str(), nullptr);
+  const double clamped = parsed > 0.0 ? std::min(parsed, kMaximum) : 0.0;
+  return static_cast<std::uint32_t>((static_cast<float>(clamped) + 0.001) * 10.0);
+}
+
+void WriteBytes(std::FILE* file, const void* data, std::size_t n) {
+  if (std::fwrite(data, 1, n, file) != n) {
+    Raise(kSource, ErrorType::WriteError, "Unable to write to file");
+  }
+}
+
+}  // namespace
+
+std::string ryx_file_version = kCurrentFileVersion;
+
+JbFile::~JbFile() {
+  try {
+    JbFile::CloseFile();
+  } catch (const std::exception&) {
+    // The error was logged; who needs to know of it closes the file before.
+  }
+}
+
+std::FILE* JbFile::OpenFile(const std::string& path, const char* mode) {
+  if (mStream != nullptr) {
+    Raise(kSource, ErrorType::MiscellaneousError, "File stream is already in use");
+  }
+  mStream = OpenSharingHandles(path, mode);
+  if (mStream == nullptr) {
+    Raise(kSource, ErrorType::MiscellaneousError, "Unable to open file \"" + path + "\"");
+  }
+  mPath = path;
+  mIsWritable = std::strpbrk(mode, "wa+") != nullptr;
+  mpSource.reset();
+  return mStream;
+}
+
+void JbFile::CloseFile() {
+  Trace(kSource) << "Closing file ...";
+  if (mStream == nullptr) return;
+  const bool isClosed = std::fclose(std::exchange(mStream, nullptr)) == 0;
+  if (!isClosed && mIsWritable) {
+    Raise(kSource, ErrorType::WriteError, "Unable to write to file");
+  }
+  Trace(kSource) << "File closed.";
+}
+
+bool JbFile::IsJbFile() {
+  std::array<unsigned char, kMagic.size()> magic{};
+  SeekToRead(kSource, mStream, 0);
+  return std::fread(magic.data(), 1, magic.size(), mStream) == magic.size() && magic == kMagic;
+}
+
+std::string JbFile::ReadVersion() {
+  std::array<char, kVersionSize + 1> text{};
+  ReadAt(kSource, mStream, kVersionPosition, text.data(), kVersionSize);
+  return text.data();
+}
+
+void JbFile::CheckSupport(const std::string& version, bool& isCurrent) {
+  constexpr std::uint32_t kNarrowOffsets = 6;  // 0.6, the last version with 32-bit ones
+  const std::uint32_t file = GetVersionNumber(version);
+  const std::uint32_t supported = GetVersionNumber(kCurrentFileVersion);
+  isCurrent = file > kNarrowOffsets;
+  if (file <= supported) return;
+  Raise(kSource, ErrorType::UnknownVersion,
+        "This file is of ryx file version " + std::to_string(file) +
+            ".\nThis version of Pelorin only supports ryx file version upto " +
+            std::to_string(supported) + ".\n");
+}
+
+void JbFile::WriteHeader() {
+  std::array<char, kVersionSize> version{};
+  std::snprintf(version.data(), version.size(), "%s", kCurrentFileVersion);
+  if (mStream == nullptr || fseeko(mStream, 0, SEEK_SET) != 0) {
+    Raise(kSource, ErrorType::WriteError, "Unable to write to file");
+  }
+  WriteBytes(mStream, kMagic.data(), kMagic.size());
+  WriteBytes(mStream, version.data(), version.size());
+}
+
+void JbFile::ReadIndex() {
+  Trace(kSource) << "Reading index positions ... ";
+  std::uint32_t length = 0;
+  ReadAt(kSource, mStream, kRootPosition, &length, sizeof length);
+  mIndex.ReadIndexBufferFromFileStream(mStream, length);
+  Trace(kSource) << "Index read. ";
+}
+
+void JbFile::ReadIndexIfNeeded() {
+  if (mStream != nullptr && mIndex.GetItems().empty()) ReadIndex();
+}
+
+Block& JbFile::GetReadingBlock(const std::string& name) {
+  ReadIndexIfNeeded();
+  if (mStream == nullptr) Raise(kSource, ErrorType::ElementNotFound);
+  return mIndex.GetBlock(mIndex.GetReadingBlockIndex(name, mStream));
+}
+
+void JbFile::RequireBytes(const std::string& name, void* target, std::uint32_t n) {
+  GetReadingBlock(name).Get(target, n);
+}
+
+void JbFile::SetBlockPosition(const std::string& name, std::uint64_t position) {
+  ReadIndexIfNeeded();
+  mIndex.SetStreamPosition(name, position, mStream);
+}
+
+void JbFile::AddBlockTransformation(const std::string& name, std::uint8_t flags) {
+  mIndex.AddFlags(name, flags);
+}
+
+bool JbFile::HasStream(const std::string& name) {
+  ReadIndexIfNeeded();
+  return mIndex.HasStream(name);
+}
+
+std::shared_ptr<StreamReader> JbFile::OpenStreamReader(const std::string& name) {
+  if (mStream == nullptr) Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+  std::vector<StreamReader::StoredBlock> blocks;
+  if (HasStream(name)) {
+    for (const std::uint64_t k : mIndex.GetBlockSizeLimiter(name).mBlocks) {
+      const IndexItem& item = mIndex.GetItems()[k];
+      const bool isCompressed = (item.mFlags & BlockFlag::kCompressed) != 0;
+      if (item.mSize > 0) blocks.push_back({mIndex.GetPosition(k), item.mSize, isCompressed});
+    }
+  }
+  if (!mpSource) mpSource = std::make_shared<SourceFile>(mPath, mStream);
+  return std::make_shared<StreamReader>(mpSource, std::move(blocks));
+}
+
+}  // namespace QovJbf

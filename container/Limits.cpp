@@ -1,0 +1,15 @@
+#include "Limits.h"
+
+#include <cstdlib>
+
+namespace QovJbf {
+
+std::uint32_t ReadSizeVariable(const char* name, std::uint32_t otherwise) {
+  constexpr unsigned long kMaximum = 4294967294UL;
+  const char* text = std::getenv(name);
+  if (text == nullptr) return otherwise;
+  const unsigned long value = std::strtoul(text, nullptr, 10);
+  return value <= kMaximum ? static_cast<std::uint32_t>(value) : otherwise;
+}
+
+}  // namespace QovJbf

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+#include "Qov/Util/Raise.h"
+
+namespace QovJbf {
+
+struct FreeDeleter {
+  void operator()(unsigned char* data) const { std::free(data); }
+};
+
+/// A buffer that a block can take over, or that a block gave away.
+using MallocBuffer = std::unique_ptr<unsigned char, FreeDeleter>;
+
+/// Raises MemoryAllocationError from `source`.
+inline MallocBuffer AllocateBuffer(const char* source, std::uint64_t size) {
+  MallocBuffer buffer(static_cast<unsigned char*>(std::malloc(size > 0 ? size : 1)));
+  if (!buffer) Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+  return buffer;
+}
+
+}  // namespace QovJbf

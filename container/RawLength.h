@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+
+namespace QovJbf {
+
+/// A compressed block: u32 length of the content, then a zlib stream.
+inline constexpr std::uint32_t kRawLengthSize = 4;
+
+/// Raises OutOfBounds ("Not enough bytes in the block") from `source` if no zlib stream of the
+/// `storedSize` bytes of a compressed block, length field included, can inflate to `rawLength`.
+void CheckRawLength(const char* source, std::uint32_t rawLength, std::uint32_t storedSize);
+
+/// Reports a stream that zlib refuses: a line with its result code on standard error, then a
+/// DamagedBlock.
+[[noreturn]] void ThrowDamagedBlock(int zlibResult);
+
+}  // namespace QovJbf

@@ -1,0 +1,105 @@
+#include "Qov/Jbf/StreamReader.h"
+
+#include <algorithm>
+
+#include "BlockInflater.h"
+#include "FileAccess.h"
+#include "Qov/Util/Raise.h"
+#include "RawLength.h"
+#include "SourceFile.h"
+#include "StreamReaderSource.h"
+
+namespace QovJbf {
+
+struct StreamReader::State {
+  std::uint32_t ReadRawLength(const StoredBlock& block) const;
+  void ReadFromBlock(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
+  void Inflate(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
+
+  std::shared_ptr<SourceFile> mpSource;
+  std::vector<StoredBlock> mBlocks;
+  std::vector<std::uint64_t> mStarts;  // uncompressed offsets, and the length as one more
+  std::size_t mInflated = 0;           // the block that mpInflater is in
+  std::unique_ptr<BlockInflater> mpInflater;
+};
+
+std::uint32_t StreamReader::State::ReadRawLength(const StoredBlock& block) const {
+  CheckInFile(kStreamReaderSource, mpSource->GetLength(), block.mPosition, block.mSize);
+  if (!block.mCompressed) return block.mSize;
+  std::uint32_t rawLength = 0;
+  if (block.mSize >= kRawLengthSize) mpSource->Read(block.mPosition, &rawLength, kRawLengthSize);
+  CheckRawLength(kStreamReaderSource, rawLength, block.mSize);
+  return rawLength;
+}
+
+void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, unsigned char* target,
+                                        std::uint32_t n) {
+  if (!mBlocks[i].mCompressed) {
+    mpSource->Read(mBlocks[i].mPosition + within, target, n);
+    return;
+  }
+  try {
+    Inflate(i, within, target, n);
+  } catch (...) {
+    mpInflater.reset();
+    throw;
+  }
+}
+
+void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned char* target,
+                                  std::uint32_t n) {
+  if (!mpInflater || mInflated != i || mpInflater->GetOffset() > within) {
+    mpInflater.reset();
+    const StoredBlock& block = mBlocks[i];
+    const auto rawLength = static_cast<std::uint32_t>(mStarts[i + 1] - mStarts[i]);
+    mpInflater = std::make_unique<BlockInflater>(*mpSource, block.mPosition + kRawLengthSize,
+                                                 block.mSize - kRawLengthSize, rawLength);
+    mInflated = i;
+  }
+  mpInflater->Skip(within - mpInflater->GetOffset());
+  mpInflater->Read(target, n);
+  if (mpInflater->IsAtEnd()) mpInflater.reset();
+}
+
+StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<StoredBlock> blocks)
+    : mpState(std::make_unique<State>()) {
+  mpState->mpSource = std::move(source);
+  mpState->mBlocks = std::move(blocks);
+  mpState->mStarts.reserve(mpState->mBlocks.size() + 1);
+  mpState->mStarts.push_back(0);
+  for (const StoredBlock& block : mpState->mBlocks) {
+    mpState->mStarts.push_back(mpState->mStarts.back() + mpState->ReadRawLength(block));
+  }
+}
+
+StreamReader::~StreamReader() = default;
+
+std::uint64_t StreamReader::GetLength() const { return mpState->mStarts.back(); }
+
+void StreamReader::Read(std::uint64_t offset, void* target, std::size_t n) {
+  if (n > GetLength() || offset > GetLength() - n) {
+    Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::OutOfBounds,
+                     "Not enough bytes in the block");
+  }
+  const std::vector<std::uint64_t>& starts = mpState->mStarts;
+  const auto after = std::upper_bound(starts.begin(), starts.end(), offset);
+  auto* bytes = static_cast<unsigned char*>(target);
+  for (auto i = static_cast<std::size_t>(after - starts.begin()) - 1; n > 0; ++i) {
+    const auto part =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(n, starts[i + 1] - offset));
+    if (part > 0) {
+      mpState->ReadFromBlock(i, static_cast<std::uint32_t>(offset - starts[i]), bytes, part);
+    }
+    bytes += part;
+    offset += part;
+    n -= part;
+  }
+}
+
+bool StreamReader::ReadsFrom(const std::string& path) const {
+  return mpState->mpSource->IsSameAs(path);
+}
+
+const std::string& StreamReader::GetPath() const { return mpState->mpSource->GetPath(); }
+
+}  // namespace QovJbf

@@ -1,0 +1,158 @@
+#include "Qov/Jbf/BlockIo.h"
+
+#include <gtest/gtest.h>
+
+#include "ContainerSupport.h"
+
+namespace OtherModule {
+
+/// A record whose encoding the container knows nothing of.
+struct Tagged {
+  std::uint8_t mTag = 0;
+  std::string mText;
+  friend bool operator==(const Tagged&, const Tagged&) = default;
+};
+
+}  // namespace OtherModule
+
+namespace QovJbf {
+
+inline void CopyToBlock(Block& block, const OtherModule::Tagged& value) {
+  CopyToBlock(block, value.mTag);
+  CopyToBlock(block, value.mText);
+}
+
+inline void CopyFromBlock(Block& block, OtherModule::Tagged& value) {
+  CopyFromBlock(block, value.mTag);
+  CopyFromBlock(block, value.mText);
+}
+
+namespace {
+
+using namespace Qov::Test;
+using OtherModule::Tagged;
+
+template <class T>
+std::string Encoded(const T& value) {
+  Block block;
+  CopyToBlock(block, value);
+  return HexOf(block);
+}
+
+template <class T>
+T Decoded(const std::string& bytes, T target = T()) {
+  Block block = BlockOf(bytes);
+  CopyFromBlock(block, target);
+  EXPECT_EQ(block.GetRemaining(), 0U);
+  return target;
+}
+
+template <class T>
+void ExpectRoundTrip(const T& value, const std::string& hex) {
+  Block block;
+  CopyToBlock(block, value);
+  EXPECT_EQ(HexOf(block), hex);
+  EXPECT_EQ(Decoded<T>(ContentOf(block)), value);
+}
+
+TEST(BlockIoTest, EncodesNumbersAsTheirImages) {
+  ExpectRoundTrip(std::uint32_t{0x01020304}, "04030201");
+  ExpectRoundTrip(std::int32_t{-2}, "feffffff");
+  ExpectRoundTrip(std::uint64_t{0x0102030405060708}, "0807060504030201");
+  ExpectRoundTrip(std::uint16_t{0x0102}, "0201");
+  ExpectRoundTrip(std::uint8_t{0xFE}, "fe");
+  ExpectRoundTrip(1.5F, "0000c03f");
+  ExpectRoundTrip(-2.0, "00000000000000c0");
+  ExpectRoundTrip(true, "01");
+  ExpectRoundTrip(QovRyx::Vector2{1, 2}, "0000803f00000040");
+  ExpectRoundTrip(QovRyx::Vector3{1, 2, 3}, "0000803f0000004000004040");
+  ExpectRoundTrip(QovRyx::ColourValue{1, 2, 3, 4}, "0000803f000000400000404000008040");
+  ExpectRoundTrip(QovRyx::Quaternion{1, 2, 3, 4}, "0000803f000000400000404000008040");
+  EXPECT_TRUE(Decoded<bool>("\x80"));
+}
+
+TEST(BlockIoTest, EncodesCollectionsElementByElement) {
+  ExpectRoundTrip(std::vector<std::uint8_t>{1, 2}, "020000000102");
+  ExpectRoundTrip(std::vector<float>{1, 2}, "020000000000803f00000040");
+  ExpectRoundTrip(std::vector<double>{-2}, "0100000000000000000000c0");
+  ExpectRoundTrip(std::vector<std::string>{"a", ""},
+                  "02000000"
+                  "0100000061"
+                  "00000000");
+  ExpectRoundTrip(std::vector<std::wstring>{L"b"},
+                  "01000000"
+                  "0100000062");
+  ExpectRoundTrip(std::array<std::uint16_t, 2>{1, 2}, "01000200");
+  ExpectRoundTrip(std::vector<std::pair<std::string, float>>{{"a", 1.0F}},
+                  "01000000"
+                  "0100000061"
+                  "0000803f");
+  ExpectRoundTrip(std::vector<std::pair<std::int32_t, std::string>>{{-1, "a"}},
+                  "01000000"
+                  "ffffffff"
+                  "0100000061");
+  ExpectRoundTrip(std::map<std::string, std::uint32_t>{{"b", 2}, {"a", 1}},
+                  "02000000"
+                  "0100000061"
+                  "01000000"
+                  "0100000062"
+                  "02000000");
+}
+
+TEST(BlockIoTest, TakesInRecordsOfOtherModules) {
+  const Tagged record{7, "x"};
+  ExpectRoundTrip(std::vector<Tagged>{record},
+                  "01000000"
+                  "07"
+                  "0100000078");
+  ExpectRoundTrip(std::array<Tagged, 1>{record},
+                  "07"
+                  "0100000078");
+  ExpectRoundTrip(std::map<std::uint8_t, std::vector<Tagged>>{{1, {record}}},
+                  "01000000"
+                  "01"
+                  "01000000"
+                  "07"
+                  "0100000078");
+}
+
+TEST(BlockIoTest, LeavesAStringAsItIsWhenAnEmptyOneIsRead) {
+  EXPECT_EQ(Decoded<std::string>(Image(0U), "before"), "before");
+  EXPECT_EQ(Decoded<std::string>(Image(2U) + std::string("\0x", 2), "before"), "");
+  EXPECT_EQ(Decoded<std::string>(Image(3U) + std::string("a\0b", 3)), "a");
+  const std::vector<std::string> before = {"kept", "dropped"};
+  EXPECT_EQ(Decoded(Image(1U) + Image(0U), before), std::vector<std::string>{"kept"});
+}
+
+TEST(BlockIoTest, NarrowsWideCharacters) {
+  EXPECT_EQ(Encoded(std::wstring(L"\u00E9\u0141")),
+            "02000000"
+            "e941");
+  EXPECT_EQ(Decoded<std::wstring>(Image(1U) + "\xE9"), std::wstring(1, wchar_t{-0x17}));
+  EXPECT_EQ(Decoded<std::wstring>(Image(0U), L"before"), L"");
+}
+
+template <class T>
+void ExpectTooShort(const std::string& bytes) {
+  Block block = BlockOf(bytes);
+  T target{};
+  ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block",
+              [&] { CopyFromBlock(block, target); });
+}
+
+TEST(BlockIoTest, DoesNotTakeMemoryForCountsThatLie) {
+  const std::string lie = Image(0xFFFFFFFFU) + "12345678";
+  ExpectTooShort<std::string>(lie);
+  ExpectTooShort<std::wstring>(lie);
+  ExpectTooShort<std::vector<std::uint8_t>>(lie);
+  ExpectTooShort<std::vector<double>>(lie);
+  ExpectTooShort<std::vector<std::string>>(lie);
+  ExpectTooShort<std::vector<Tagged>>(lie);
+  ExpectTooShort<std::vector<std::vector<float>>>(lie);
+  ExpectTooShort<std::map<std::string, std::uint32_t>>(lie);
+  ExpectTooShort<std::vector<std::uint32_t>>(Image(3U) + "12345678");
+  ExpectTooShort<std::uint64_t>("1234567");
+}
+
+}  // namespace
+}  // namespace QovJbf

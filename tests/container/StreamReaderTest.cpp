@@ -1,0 +1,189 @@
+#include "Qov/Jbf/StreamReader.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <zlib.h>
+
+#include "ContainerSupport.h"
+#include "Qov/Jbf/BlockZlibUnCompressor.h"
+
+namespace QovJbf {
+namespace {
+
+using namespace Qov::Test;
+
+constexpr std::uint8_t kHeavy = BlockFlag::kCompressed | BlockFlag::kFreezeWhenFull;
+constexpr const char* kStream = "Heavy Data";
+
+std::shared_ptr<StreamReader> OpenReader(const std::string& path) {
+  JbFile file;
+  file.OpenFile(path, "rb");
+  return file.OpenStreamReader(kStream);
+}
+
+std::string ReadPart(StreamReader& reader, std::uint64_t offset, std::size_t n) {
+  std::string part(n, '\0');
+  reader.Read(offset, part.data(), n);
+  return part;
+}
+
+class StreamReaderTest : public testing::Test {
+ protected:
+  void Write(const std::string& content, std::size_t piece, std::uint8_t flags) {
+    WriteContainer(mPath, [&](JbFile& file) { PutInPieces(file, kStream, content, piece, flags); });
+  }
+
+  TempDir mFolder;
+  const std::string mPath = mFolder / "container";
+};
+
+TEST_F(StreamReaderTest, ReadsWhatWasWrittenAtAnyOffset) {
+  const std::string content = SomeBytes(300000, 1);
+  std::mt19937 random(2);
+  for (const std::uint8_t flags : {kHeavy, BlockFlag::kFreezeWhenFull}) {
+    for (const char* limit : {"1000", "70000", "1000000"}) {
+      const ScopedEnvironment environment(kLimitVariable, limit);
+      Write(content, 333, flags);
+      const auto reader = OpenReader(mPath);
+      ASSERT_EQ(reader->GetLength(), content.size());
+      EXPECT_EQ(ReadPart(*reader, 0, content.size()), content);
+      for (int i = 0; i < 50; ++i) {
+        const std::size_t offset = random() % content.size();
+        const std::size_t n = random() % std::min<std::size_t>(content.size() - offset, 20000);
+        ASSERT_EQ(ReadPart(*reader, offset, n), content.substr(offset, n)) << offset << ' ' << n;
+      }
+    }
+  }
+}
+
+TEST_F(StreamReaderTest, EndsAtTheEnd) {
+  Write("0123456789", 10, kHeavy);
+  const auto reader = OpenReader(mPath);
+  EXPECT_EQ(ReadPart(*reader, 10, 0), "");
+  const auto expectTooFar = [&](std::uint64_t offset, std::size_t n) {
+    ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block",
+                [&] { reader->Read(offset, nullptr, n); });
+  };
+  expectTooFar(10, 1);
+  expectTooFar(0, 11);
+  expectTooFar(0xFFFFFFFFFFFFFFFF, 2);
+  EXPECT_EQ(ReadPart(*reader, 9, 1), "9");
+
+  JbFile file;
+  ExpectError(ErrorType::ReadError, "", [&] { file.OpenStreamReader(kStream); });
+  file.OpenFile(mPath, "rb");
+  EXPECT_EQ(file.OpenStreamReader("absent")->GetLength(), 0U);
+}
+
+TEST_F(StreamReaderTest, ServesMoreFilesThanMayBeOpen) {
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit few{16, before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &few);
+  std::vector<std::shared_ptr<StreamReader>> readers;
+  for (unsigned i = 0; i < 60; ++i) {
+    WriteContainer(mFolder / std::to_string(i), [&](JbFile& file) {
+      PutInPieces(file, kStream, SomeBytes(5000, i), 5000, kHeavy);
+    });
+    readers.push_back(OpenReader(mFolder / std::to_string(i)));
+  }
+  for (const std::size_t offset : {0U, 2500U}) {
+    for (unsigned i = 0; i < readers.size(); ++i) {
+      EXPECT_EQ(ReadPart(*readers[i], offset, 2500), SomeBytes(5000, i).substr(offset, 2500));
+    }
+  }
+  setrlimit(RLIMIT_NOFILE, &before);
+}
+
+TEST_F(StreamReaderTest, NoticesAnExchangedFile) {
+  const std::string content = SomeBytes(1000, 1);
+  Write(content, 1000, BlockFlag::kFreezeWhenFull);
+  const std::string other = mFolder / "other";
+  WriteContainer(other, [&](JbFile& file) { PutInPieces(file, kStream, content, 1000, 0); });
+  const auto reader = OpenReader(mPath);
+  EXPECT_TRUE(reader->ReadsFrom(mPath));
+  EXPECT_TRUE(
+      reader->ReadsFrom(mFolder / "../" + mFolder.GetPath().filename().string() + "/container"));
+  EXPECT_FALSE(reader->ReadsFrom(other));
+  EXPECT_FALSE(reader->ReadsFrom(mFolder / "absent"));
+  EXPECT_EQ(reader->GetPath(), mPath);
+
+  std::filesystem::rename(other, mPath);
+  ExpectError(ErrorType::ReadError, "Unable to read from file", [&] { ReadPart(*reader, 0, 10); });
+  std::filesystem::remove(mPath);
+  ExpectError(ErrorType::ReadError, "Unable to read from file", [&] { ReadPart(*reader, 0, 10); });
+}
+
+/// One compressed block, whose length field and stream the tests falsify. It is the last thing
+/// in the file.
+class DamagedStreamTest : public StreamReaderTest {
+ protected:
+  DamagedStreamTest() {
+    Write(mContent, mContent.size(), kHeavy);
+    mBytes = ReadBytes(mPath);
+  }
+
+  std::shared_ptr<StreamReader> OpenWith(std::size_t at, const std::string& bytes) {
+    WriteBytes(mPath, std::string(mBytes).replace(at, bytes.size(), bytes));
+    return OpenReader(mPath);
+  }
+
+  const std::string mContent = SomeBytes(100000, 1);
+  std::string mBytes;
+  const CapturedError mError;
+};
+
+TEST_F(DamagedStreamTest, ChecksTheLastBytes) {
+  const auto reader = OpenWith(mBytes.size() - 1, "?");
+  EXPECT_EQ(ReadPart(*reader, 0, 99999), mContent.substr(0, 99999));
+  EXPECT_THROW(ReadPart(*reader, 99999, 1), DamagedBlock);
+  EXPECT_EQ(mError.Text(), "Error -3 while uncompressing block \n");
+  EXPECT_EQ(ReadPart(*reader, 5, 10), mContent.substr(5, 10)) << "an error is not for good";
+}
+
+TEST_F(DamagedStreamTest, FindsLengthsThatAreWrong) {
+  const auto tooShort = OpenWith(2800, Image(99999U));
+  EXPECT_EQ(tooShort->GetLength(), 99999U);
+  EXPECT_EQ(ReadPart(*tooShort, 0, 99998), mContent.substr(0, 99998));
+  EXPECT_THROW(ReadPart(*tooShort, 0, 99999), DamagedBlock);
+  const auto tooLong = OpenWith(2800, Image(100001U));
+  EXPECT_EQ(ReadPart(*tooLong, 0, 100000), mContent);
+  EXPECT_THROW(ReadPart(*tooLong, 100000, 1), DamagedBlock);
+  ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block",
+              [&] { OpenWith(2800, Image(0xFFFFFFFFU)); });
+}
+
+TEST_F(DamagedStreamTest, FindsBlocksThatAreCutOrLieOutsideTheFile) {
+  const std::size_t sizeField = 20 + 133;
+  const auto cut = OpenWith(sizeField, Image(20000U));
+  EXPECT_THROW(ReadPart(*cut, 0, 100000), DamagedBlock);
+  const auto stored = static_cast<std::uint32_t>(mBytes.size() - 2800);
+  ExpectError(ErrorType::ReadError, "Unable to read from file",
+              [&] { OpenWith(sizeField, Image(stored + 1)); });
+  ExpectError(ErrorType::OutOfBounds, "Not enough bytes", [&] { OpenWith(sizeField, Image(3U)); });
+
+  const auto truncated = OpenWith(0, mBytes.substr(0, 8));
+  std::filesystem::resize_file(mPath, mBytes.size() - 1);
+  EXPECT_THROW(ReadPart(*truncated, 0, 100000), std::exception);
+}
+
+TEST_F(DamagedStreamTest, InflatesNothingThatItPassesOver) {
+  const ScopedEnvironment limit(kLimitVariable, "1000");
+  Write(mContent, 1000, kHeavy);
+  mBytes = ReadBytes(mPath);
+  // The first block's stream is wreckage; only reading from it can tell.
+  const auto reader = OpenWith(2804, std::string(50, '?'));
+  EXPECT_EQ(ReadPart(*reader, 50000, 3000), mContent.substr(50000, 3000));
+  EXPECT_EQ(ReadPart(*reader, 1500, 1), mContent.substr(1500, 1));
+  EXPECT_THROW(ReadPart(*reader, 999, 2), DamagedBlock);
+
+  JbFile file;
+  file.OpenFile(mPath, "rb");
+  std::string part(1000, '\0');
+  file.SetBlockPosition(kStream, 70000);
+  file.RequireBytes(kStream, part.data(), 1000);
+  EXPECT_EQ(part, mContent.substr(70000, 1000));
+}
+
+}  // namespace
+}  // namespace QovJbf
