@@ -1,0 +1,205 @@
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Qov/Jbf/Block.h"
+#include "Qov/Jbf/BlockIo.h"
+#include "Qov/Ryx/OpaqueRecord.h"
+
+/// The frame and the field lists of versioned records.
+///
+///   size: u32        bytes of the whole record, this field and the tag among them
+///   tag: string      the version of the body
+///   body             the fields of rung "0.1", then those that each later rung added
+///
+/// Files of the container versions "0.1", "0.1a", "0.1b" and "0.2" hold records without the size;
+/// which rule holds is told by QovJbf::ryx_file_version. A reader skips what a newer writer
+/// appended, and leaves alone the members of rungs that an older writer did not know.
+///
+/// A record type says its fields once, in stream order, for every walker: the writer and the
+/// reader below, or one that prints.
+///
+///   struct CAEXYPlotMgrState {
+///     static constexpr const char* kTag = "0.2";
+///     std::uint32_t mValue1 = 0;
+///     ...
+///     template <class Self, class Walker>           // Self may be const
+///     static void Walk(Self& self, Walker& walk) {
+///       walk.Rung("0.1").Field("value1", self.mValue1).Field("plots", self.mPlots);
+///       walk.Rung("0.2").Field("value2", self.mValue2);
+///     }
+///   };
+///
+/// The type of a member decides how it lies in the block: whatever has CopyToBlock and
+/// CopyFromBlock will do, other records, vectors of records and maps to records included.
+///
+/// Values that are only carried are unsigned integers, so that every bit pattern survives: 32-bit
+/// ones, whatever they mean to others, are std::uint32_t, and flags are std::uint8_t.
+namespace QovJbf {
+
+/// A type that is written as a versioned record with the tag T::kTag.
+template <class T>
+concept VersionedRecord = requires {
+  { T::kTag } -> std::convertible_to<const char*>;
+};
+
+/// A record that is kept as tag and bytes.
+template <class T>
+concept KeptRecord = VersionedRecord<T> && std::derived_from<T, QovRyx::OpaqueRecord>;
+
+/// How far the body of a record with a given tag goes. Tags beyond the ladder, "0.8" among them,
+/// reach every rung.
+class RungLadder {
+ public:
+  explicit RungLadder(std::string_view tag);
+  /// `rung` is the tag of the version that brought it: "0.1" to "0.9".
+  bool Reaches(std::string_view rung) const;
+
+ private:
+  int mHeight;
+};
+
+/// Writes a record's frame: size and tag when it is made, the true size when it is closed.
+class FrameWriter {
+ public:
+  FrameWriter(Block& block, const std::string& tag);
+  void Close();
+
+ private:
+  Block& mBlock;
+  std::uint32_t mStart;
+};
+
+/// Reads a record's frame: size and tag when it is made; Close() checks the size and goes to the
+/// record's end.
+class FrameReader {
+ public:
+  /// Raises OutOfBounds ("Not enough bytes in the block") for a record that passes the block's end.
+  explicit FrameReader(Block& block);
+  /// Raises UnknownVersion if more was read than the record holds.
+  void Close();
+
+  /// The tag, byte for byte.
+  const std::string& GetTag() const { return mTag; }
+  /// Where the record ends; the block's end if the file has no sizes.
+  std::uint32_t GetEnd() const { return mEnd; }
+
+ private:
+  Block& mBlock;
+  bool mHasSize;
+  std::uint32_t mEnd;
+  std::string mTag;
+};
+
+/// The walker that writes the fields of the rungs that `tag` reaches.
+class FieldWriter {
+ public:
+  FieldWriter(Block& block, std::string_view tag) : mBlock(block), mLadder(tag) {}
+
+  FieldWriter& Rung(std::string_view rung) {
+    mOpen = mLadder.Reaches(rung);
+    return *this;
+  }
+  template <class T>
+  FieldWriter& Field(const char* /*name*/, const T& value) {
+    if (mOpen) CopyToBlock(mBlock, value);
+    return *this;
+  }
+
+ private:
+  Block& mBlock;
+  RungLadder mLadder;
+  bool mOpen = false;
+};
+
+/// The walker that reads them.
+class FieldReader {
+ public:
+  FieldReader(Block& block, std::string_view tag) : mBlock(block), mLadder(tag) {}
+
+  FieldReader& Rung(std::string_view rung) {
+    mOpen = mLadder.Reaches(rung);
+    return *this;
+  }
+  template <class T>
+  FieldReader& Field(const char* /*name*/, T& value) {
+    if (mOpen) CopyFromBlock(mBlock, value);
+    return *this;
+  }
+
+ private:
+  Block& mBlock;
+  RungLadder mLadder;
+  bool mOpen = false;
+};
+
+/// Writes a kept record as it was read.
+void CopyToBlock_Kept(Block& block, const QovRyx::OpaqueRecord& record);
+/// Reads one. Raises FormatNotSupported, with `name`, when the file has no sizes: nothing tells
+/// then where the record ends.
+void CopyFromBlock_Kept(Block& block, QovRyx::OpaqueRecord& record, const char* name);
+
+/// Appends `record` at the cursor, with its type's current tag.
+template <VersionedRecord T>
+void CopyToBlock_Versioned(Block& block, const T& record) {
+  if constexpr (KeptRecord<T>) {
+    CopyToBlock_Kept(block, record);
+  } else {
+    FrameWriter frame(block, T::kTag);
+    FieldWriter walk(block, T::kTag);
+    T::Walk(record, walk);
+    frame.Close();
+  }
+}
+
+/// Reads one record at the cursor and leaves the cursor behind it. Members that the record's
+/// version does not carry keep their values, so pass a default-constructed record.
+///
+/// Raises UnknownVersion when the body is longer than the record's size; the record is partly
+/// filled then.
+template <VersionedRecord T>
+void CopyFromBlock_Versioned(Block& block, T& record) {
+  if constexpr (KeptRecord<T>) {
+    CopyFromBlock_Kept(block, record, T::kName);
+  } else {
+    FrameReader frame(block);
+    FieldReader walk(block, frame.GetTag());
+    T::Walk(record, walk);
+    frame.Close();
+  }
+}
+
+// What makes records ordinary values to Index::Put, JbFile::Get and the containers of BlockIo.h.
+
+template <VersionedRecord T>
+void CopyToBlock(Block& block, const T& record) {
+  CopyToBlock_Versioned(block, record);
+}
+
+template <VersionedRecord T>
+void CopyFromBlock(Block& block, T& record) {
+  CopyFromBlock_Versioned(block, record);
+}
+
+template <VersionedRecord T>
+void CopyToBlock(Block& block, const std::vector<T>& records) {
+  CopyToBlock(block, static_cast<std::uint32_t>(records.size()));
+  for (const T& record : records) CopyToBlock(block, record);
+}
+
+/// The vector grows record by record: a count that is not true ends where the bytes end, and
+/// takes no memory before.
+template <VersionedRecord T>
+void CopyFromBlock(Block& block, std::vector<T>& records) {
+  std::uint32_t count = 0;
+  CopyFromBlock(block, count);
+  records.clear();
+  for (std::uint32_t i = 0; i < count; ++i) CopyFromBlock(block, records.emplace_back());
+}
+
+}  // namespace QovJbf

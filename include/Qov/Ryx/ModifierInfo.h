@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+#include "Qov/Ryx/BlockVersionedIo.h"
+
+namespace QovRyx {
+
+/// One entry of a file's history: a program that wrote it.
+struct ModifierInfo {
+  static constexpr const char* kTag = "0.1";
+
+  /// Whether this program records host and user too; not stored.
+  bool mRecordMachine = false;
+  std::string mApplication;
+  std::string mApplicationVersion;
+  std::string mFileVersion;
+  std::string mDate;
+  std::string mHost;
+  std::string mUser;
+  std::string mComment;
+
+  template <class Self, class Walker>
+  static void Walk(Self& self, Walker& walk) {
+    walk.Rung("0.1")
+        .Field("application", self.mApplication)
+        .Field("applicationVersion", self.mApplicationVersion)
+        .Field("fileVersion", self.mFileVersion)
+        .Field("date", self.mDate)
+        .Field("host", self.mHost)
+        .Field("user", self.mUser)
+        .Field("comment", self.mComment);
+  }
+
+  friend bool operator==(const ModifierInfo&, const ModifierInfo&) = default;
+};
+
+}  // namespace QovRyx

@@ -1,0 +1,119 @@
+#include "Qov/Ryx/BlockVersionedIo.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+#include "Qov/Jbf/JbFile.h"
+#include "Qov/Util/Assert.h"
+#include "Qov/Util/Raise.h"
+
+namespace QovJbf {
+
+namespace {
+
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+constexpr const char* kSource = "include/Qov/Ryx/BlockVersionedIo";
+/// The line that an overrun is reported with, wherever the check stands.
+constexpr unsigned long kOverrunLine = 184;
+
+constexpr int kLastRung = 7;
+constexpr int kAboveAllRungs = std::numeric_limits<int>::max();
+
+/// N of "0.N"; 0 for anything else.
+int ParseRung(std::string_view tag) {
+  const bool isRung = tag.size() == 3 && tag.substr(0, 2) == "0." && tag[2] >= '1' && tag[2] <= '9';
+  return isRung ? tag[2] - '0' : 0;
+}
+
+/// Files of these versions were written before records got their size.
+bool HasRecordSizes(const std::string& fileVersion) {
+  constexpr std::array<std::string_view, 4> kWithoutSizes{"0.1", "0.1a", "0.1b", "0.2"};
+  return std::find(kWithoutSizes.begin(), kWithoutSizes.end(), fileVersion) == kWithoutSizes.end();
+}
+
+/// Fails as reading would, but before memory is taken.
+[[noreturn]] void RaiseNotEnoughBytes() {
+  Raise(kSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+}
+
+std::string ReadTag(Block& block) {
+  std::uint32_t length = 0;
+  CopyFromBlock(block, length);
+  if (length > block.GetRemaining()) RaiseNotEnoughBytes();
+  std::string tag(length, '\0');
+  block.Get(tag.data(), length);
+  return tag;
+}
+
+/// Reads the size and returns where the record ends.
+std::uint32_t ReadEnd(Block& block) {
+  const std::uint32_t start = block.GetPosition();
+  std::uint32_t size = 0;
+  CopyFromBlock(block, size);
+  if (size > block.GetSize() - start) RaiseNotEnoughBytes();
+  return start + size;
+}
+
+}  // namespace
+
+RungLadder::RungLadder(std::string_view tag) : mHeight(ParseRung(tag.substr(0, tag.find('\0')))) {
+  if (mHeight == 0 || mHeight > kLastRung) mHeight = kAboveAllRungs;
+}
+
+bool RungLadder::Reaches(std::string_view rung) const {
+  const int height = ParseRung(rung);
+  QOV_ASSERT(height != 0);
+  return height <= mHeight;
+}
+
+FrameWriter::FrameWriter(Block& block, const std::string& tag)
+    : mBlock(block), mStart(block.GetPosition()) {
+  CopyToBlock(mBlock, std::uint32_t{0});
+  CopyToBlock(mBlock, tag);
+}
+
+void FrameWriter::Close() {
+  const std::uint32_t end = mBlock.GetPosition();
+  mBlock.SetPosition(mStart);
+  CopyToBlock(mBlock, end - mStart);
+  mBlock.SetPosition(end);
+}
+
+FrameReader::FrameReader(Block& block)
+    : mBlock(block),
+      mHasSize(HasRecordSizes(ryx_file_version)),
+      mEnd(mHasSize ? ReadEnd(block) : block.GetSize()),
+      mTag(ReadTag(block)) {}
+
+void FrameReader::Close() {
+  if (!mHasSize) return;
+  if (mBlock.GetPosition() > mEnd) Raise(kSource, ErrorType::UnknownVersion, kOverrunLine);
+  mBlock.SetPosition(mEnd);
+}
+
+void CopyToBlock_Kept(Block& block, const QovRyx::OpaqueRecord& record) {
+  FrameWriter frame(block, record.mTag);
+  block.Put(record.mBody.data(), static_cast<std::uint32_t>(record.mBody.size()));
+  frame.Close();
+}
+
+void CopyFromBlock_Kept(Block& block, QovRyx::OpaqueRecord& record, const char* name) {
+  if (!HasRecordSizes(ryx_file_version)) {
+    const std::string where = " in a file of version " + ryx_file_version;
+    Raise(kSource, ErrorType::FormatNotSupported, "Format Not Supported: " + (name + where));
+  }
+  FrameReader frame(block);
+  const std::uint32_t start = block.GetPosition();
+  const std::uint32_t size = frame.GetEnd() > start ? frame.GetEnd() - start : 0;
+  std::vector<std::uint8_t> body(size);
+  block.Get(body.data(), size);
+  frame.Close();
+  record.mTag = frame.GetTag();
+  record.mBody = std::move(body);
+}
+
+}  // namespace QovJbf

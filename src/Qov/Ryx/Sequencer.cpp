@@ -1,0 +1,100 @@
+#include "Qov/Ryx/Sequencer.h"
+
+#include <type_traits>
+
+/// How the actions of a sequencer lie in its record:
+///
+///   types: vector<u16>   the type code of each slot, cut to 16 bits
+///   bodies               for each slot in order, the record of its class
+///
+/// The two directions differ, and files rely on both: a reader takes an InvalidAction record for
+/// every type that it does not know, while an InvalidAction among the actions is written
+/// as its type alone. A null slot, which only reading such a type leaves, is written with the
+/// record, so that what was read once can be read again.
+namespace QovRyx {
+
+namespace {
+
+std::uint16_t StoredType(const BasicAction* action) {
+  return static_cast<std::uint16_t>(action == nullptr ? InvalidAction::kType
+                                                      : action->ActionType());
+}
+
+void WriteBody(QovJbf::Block& block, const BasicAction* action) {
+  if (action == nullptr) {
+    CopyToBlock(block, InvalidAction());
+    return;
+  }
+  VisitAction(*action, [&block](const auto& concrete) {
+    if constexpr (!std::is_same_v<decltype(concrete), const InvalidAction&>) {
+      CopyToBlock(block, concrete);
+    }
+  });
+}
+
+template <class T>
+std::unique_ptr<BasicAction> ReadAs(QovJbf::Block& block) {
+  auto action = std::make_unique<T>();
+  CopyFromBlock(block, *action);
+  return action;
+}
+
+std::unique_ptr<BasicAction> ReadBody(QovJbf::Block& block, std::uint16_t type) {
+  switch (type) {
+    case RotateAction::kType:
+      return ReadAs<RotateAction>(block);
+    case MoveAction::kType:
+      return ReadAs<MoveAction>(block);
+    case TransformAction::kType:
+      return ReadAs<TransformAction>(block);
+    case ApplyColorAction::kType:
+      return ReadAs<ApplyColorAction>(block);
+    case ApplyViewPointAction::kType:
+      return ReadAs<ApplyViewPointAction>(block);
+    case PlayAudioAction::kType:
+      return ReadAs<PlayAudioAction>(block);
+    default:
+      ReadAs<InvalidAction>(block);
+      return nullptr;
+  }
+}
+
+std::unique_ptr<BasicAction> Clone(const BasicAction& action) {
+  std::unique_ptr<BasicAction> clone;
+  VisitAction(action, [&clone](const auto& concrete) {
+    clone = std::make_unique<std::remove_cvref_t<decltype(concrete)>>(concrete);
+  });
+  return clone;
+}
+
+}  // namespace
+
+ActionList::ActionList(const ActionList& other) {
+  mSlots.reserve(other.mSlots.size());
+  for (const auto& slot : other.mSlots) mSlots.push_back(slot ? Clone(*slot) : nullptr);
+}
+
+ActionList& ActionList::operator=(const ActionList& other) { return *this = ActionList(other); }
+
+}  // namespace QovRyx
+
+namespace QovJbf {
+
+void CopyToBlock(Block& block, const QovRyx::ActionList& actions) {
+  std::vector<std::uint16_t> types;
+  types.reserve(actions.mSlots.size());
+  for (const auto& slot : actions.mSlots) types.push_back(QovRyx::StoredType(slot.get()));
+  CopyToBlock(block, types);
+  for (const auto& slot : actions.mSlots) QovRyx::WriteBody(block, slot.get());
+}
+
+void CopyFromBlock(Block& block, QovRyx::ActionList& actions) {
+  std::vector<std::uint16_t> types;
+  CopyFromBlock(block, types);
+  actions.mSlots.clear();
+  for (const std::uint16_t type : types) {
+    actions.mSlots.push_back(QovRyx::ReadBody(block, type));
+  }
+}
+
+}  // namespace QovJbf

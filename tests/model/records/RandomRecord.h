@@ -1,0 +1,111 @@
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Qov/Ryx/Sequencer.h"
+#include "Qov/Ryx/ViewPoint.h"
+
+namespace Qov::Test {
+
+/// A walker that fills the fields of the rungs that a tag reaches with random values: any bit
+/// pattern for numbers and flags.
+class RandomFiller {
+ public:
+  RandomFiller(std::uint32_t seed, std::string_view tag) : mRandom(seed), mLadder(tag) {}
+
+  RandomFiller& Rung(std::string_view rung) {
+    mOpen = mLadder.Reaches(rung);
+    return *this;
+  }
+  template <class T>
+  RandomFiller& Field(const char* /*name*/, T& value) {
+    if (mOpen) Fill(value);
+    return *this;
+  }
+
+ private:
+  std::uint32_t Next() { return static_cast<std::uint32_t>(mRandom()); }
+  std::uint32_t NextCount() { return Next() % 3; }
+
+  void Fill(std::uint32_t& value) { value = Next(); }
+  void Fill(std::int32_t& value) { value = std::bit_cast<std::int32_t>(Next()); }
+  void Fill(std::uint8_t& value) { value = static_cast<std::uint8_t>(Next()); }
+  void Fill(float& value) { value = std::bit_cast<float>(Next()); }
+  void Fill(std::string& value) {
+    value.resize(Next() % 6);
+    for (char& c : value) c = static_cast<char>(1 + Next() % 255);
+  }
+  void Fill(QovRyx::Vector3& value) {
+    Fill(value.mX);
+    Fill(value.mY);
+    Fill(value.mZ);
+  }
+  void Fill(QovRyx::ColourValue& value) {
+    Fill(value.mR);
+    Fill(value.mG);
+    Fill(value.mB);
+    Fill(value.mA);
+  }
+  template <class T, std::size_t N>
+  void Fill(std::array<T, N>& values) {
+    for (T& value : values) Fill(value);
+  }
+  template <class T>
+  void Fill(std::vector<T>& values) {
+    values.resize(NextCount());
+    for (T& value : values) Fill(value);
+  }
+  template <class V>
+  void Fill(std::map<std::string, V>& values) {
+    for (std::uint32_t i = NextCount(); i > 0; --i) {
+      std::string key;
+      Fill(key);
+      Fill(values[key]);
+    }
+  }
+  template <QovJbf::VersionedRecord T>
+  void Fill(T& record) {
+    if constexpr (QovJbf::KeptRecord<T>) {
+      Fill(record.mTag);
+      Fill(record.mBody);
+    } else {
+      RandomFiller nested(Next(), T::kTag);
+      T::Walk(record, nested);
+    }
+  }
+  template <class T>
+  void AddAction(QovRyx::ActionList& actions) {
+    auto action = std::make_unique<T>();
+    Fill(*action);
+    actions.mSlots.push_back(std::move(action));
+  }
+  void Fill(QovRyx::ActionList& actions) {
+    AddAction<QovRyx::PlayAudioAction>(actions);
+    AddAction<QovRyx::RotateAction>(actions);
+    actions.mSlots.push_back(nullptr);
+    AddAction<QovRyx::ApplyColorAction>(actions);
+  }
+
+  std::mt19937 mRandom;
+  QovJbf::RungLadder mLadder;
+  bool mOpen = false;
+};
+
+/// A record whose rungs up to `tag` are random and whose others are as constructed.
+template <class T>
+T RandomRecord(std::uint32_t seed, std::string_view tag = T::kTag) {
+  T record;
+  RandomFiller filler(seed, tag);
+  T::Walk(record, filler);
+  return record;
+}
+
+}  // namespace Qov::Test
