@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "Qov/Jbf/StreamReader.h"
+
+namespace QovRyx {
+
+/// Delivers the values of one array from the file that holds them, each time it is asked.
+///
+/// All loaders of a file share one StreamReader: arrays read in stored order cost one pass over
+/// the file. Elements are 4 bytes wide.
+class DataLoader {
+ public:
+  /// `offset` counts uncompressed bytes; `shuffledWidth` is the width that the stored bytes are
+  /// shuffled by, 0 if they are plain. Raises OutOfBounds if the array does not lie inside the
+  /// stream.
+  DataLoader(std::shared_ptr<QovJbf::StreamReader> reader, std::uint64_t offset,
+             std::uint64_t count, std::uint8_t shuffledWidth);
+
+  /// Number of elements.
+  std::uint64_t GetCount() const { return mCount; }
+  const QovJbf::StreamReader& GetReader() const { return *mpReader; }
+
+  /// Fills `values` with all elements, bits unchanged. Raises what StreamReader::Read raises.
+  void LoadTo(std::vector<std::uint32_t>& values) const { Load(values); }
+  void LoadTo(std::vector<float>& values) const { Load(values); }
+
+ private:
+  template <class T>
+  void Load(std::vector<T>& values) const;
+
+  std::shared_ptr<QovJbf::StreamReader> mpReader;
+  std::uint64_t mOffset;
+  std::uint64_t mCount;
+  std::uint8_t mShuffledWidth;
+};
+
+}  // namespace QovRyx

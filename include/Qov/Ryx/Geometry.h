@@ -1,0 +1,85 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "Qov/Jbf/JbFile.h"
+#include "Qov/Ryx/Node.h"
+#include "Qov/Ryx/NumericArray.h"
+
+namespace QovRyx {
+
+/// The arrays of one mesh: coordinates, connectivity, ids and results, all called variables.
+class Geometry : public Node {
+ public:
+  static constexpr std::uint32_t kNoKind = 0xFFFFFFFF;
+
+  /// The place of a variable in a model.
+  struct Link {
+    std::uint32_t mNode = 0;      ///< Tree id of a geometry.
+    std::uint32_t mVariable = 0;  ///< Position among its variables.
+    friend bool operator==(const Link&, const Link&) = default;
+  };
+
+  struct VarStruct {
+    std::string mName;              ///< Change it through RenameVariable only.
+    std::uint32_t mKind = kNoKind;  ///< 24 bits, or kNoKind.
+    std::uint8_t mFlag = 0;         ///< Carried.
+    QovUtil::AttributeMap mAttributes;
+    NumericArray mValues;
+    std::uint32_t mKindHighByte = 0;
+    std::uint8_t mFlag1 = 0;  ///< This and the next four are carried.
+    std::uint8_t mFlag2 = 0;
+    std::uint32_t mValue1 = 0;
+    std::uint32_t mValue2 = 0;
+    std::uint8_t mFlag3 = 0;
+    bool mLinked = false;  ///< The values are those of the variable that mLink names.
+    Link mLink;
+    /// Where the values lie in the heavy stream of the file being written or read.
+    std::optional<std::uint64_t> mOffset;
+
+    /// Connectivity and ids: unsigned integers, stored before all other arrays.
+    bool IsIntegerKind() const { return mKind == 4 || mKind == 5 || mKind == 6 || mKind == 9; }
+  };
+
+  using Node::Node;
+  std::string GetType() const override { return "Geometry"; }
+  /// "0.6" when files of that container version are written, else "0.7".
+  std::string GetVersion() const override;
+
+  const std::vector<VarStruct>& GetVariables() const { return mVariables; }
+  /// For changing anything but the name.
+  VarStruct& EditVariable(std::size_t position) { return mVariables[position]; }
+  void AppendVariable(VarStruct variable) { mVariables.push_back(std::move(variable)); }
+  void RenameVariable(std::size_t position, std::string name);
+  /// The position of the first variable of that name.
+  std::optional<std::size_t> FindVariable(const std::string& name);
+  /// The same; appends a default variable of that name if there is none.
+  std::uint64_t GetOrAddVariableIndex(const std::string& name);
+
+  /// Writes the descriptors of all variables, whose values are already in the heavy stream.
+  /// Raises ElementNotFound for a variable without an offset.
+  void WriteJb(QovJbf::JbFile& file, const std::string& lightKey, const std::string& heavyKey,
+               const std::string& attributeKey, const std::string& version);
+  /// Reads descriptors as that version of a geometry record lays them out. `inlineOffset` is
+  /// where values that follow inline are taken from in the heavy stream, and is moved past them.
+  void ReadJb(QovJbf::JbFile& file, const std::string& lightKey, const std::string& attributeKey,
+              const std::string& version, std::uint64_t& inlineOffset);
+  /// Lets every variable read its values through `reader`. Raises OutOfBounds if an array does
+  /// not lie inside the stream.
+  void AttachValues(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled);
+
+ private:
+  std::vector<VarStruct> mVariables;
+  /// First position of each name, for the first mNumIndexed variables.
+  std::unordered_map<std::string, std::size_t> mPositions;
+  std::size_t mNumIndexed = 0;
+};
+
+}  // namespace QovRyx

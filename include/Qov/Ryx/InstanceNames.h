@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Qov/Ryx/Tree.h"
+
+/// Names of results in a model merged from instances: BASE 0x1E INSTANCE, where the part after
+/// the last 0x1E names the load case or time step, and F1, F2, ... in front of it the file.
+namespace QovRyx {
+
+inline constexpr char kInstanceSeparator = '\x1E';
+
+/// For each geometry: a result's name to the names of the results that share its values.
+using PartLinksMap = std::map<std::uint32_t, std::map<std::string, std::vector<std::string>>>;
+
+/// Gives every result an instance part, with the suffix of file number `k` in front if
+/// `useSuffix`. Results that are left without one become results of the smallest instance part
+/// of their geometry (byte by byte, so LC10 comes before LC2), and `links`, which is made anew,
+/// says that those of the other instance parts share their values.
+void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix);
+
+/// Puts the suffix into the names that have an instance part; leaves `links` empty.
+void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix);
+
+/// Makes the linked results that `links` describes, or updates them if they are there. A
+/// geometry that `tree` lacks raises ElementNotFound.
+void GenerateLinkedResults(Tree& tree, const PartLinksMap& links);
+
+/// Whether the name's base is one of the mesh arrays. The character before the separator does
+/// not count: "Coordinates |..." is one, "Coordinates|..." is not.
+bool isMeshResult(const std::string& name);
+
+/// Whether there is text behind the last separator.
+bool HasInstancePart(const std::string& name);
+
+}  // namespace QovRyx

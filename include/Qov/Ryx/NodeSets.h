@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Qov/Jbf/JbFile.h"
+#include "Qov/Ryx/Node.h"
+
+namespace QovRyx {
+
+/// Named lists of numbers, such as the nodes on a boundary.
+///
+/// As with results, the lists of a loaded model stay in its file until they are asked for.
+class NodeSets : public Node {
+ public:
+  struct Set {
+    std::string mName;
+    std::vector<std::uint32_t> mValues;
+    friend bool operator==(const Set&, const Set&) = default;
+  };
+
+  using Node::Node;
+  std::string GetType() const override { return "NodeSets"; }
+
+  /// How many sets there are; reads no list.
+  std::uint32_t GetNumSets() const { return mNumSets; }
+  /// All sets, read from the file if they lie there. Raises MismatchError if the stored pieces
+  /// disagree, OutOfBounds if one of them passes the end of the stream.
+  std::vector<Set> GetSets() const;
+  void SetSets(std::vector<Set> sets);
+
+  /// Appends the sets to the heavy stream (docs/format.md, "Node sets") and notes where.
+  void SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey);
+  void WriteLightData(QovJbf::JbFile& file, const std::string& lightKey) const;
+  void ReadLightData(QovJbf::JbFile& file, const std::string& lightKey);
+  /// Lets the sets be read from where the light data says that they lie in `reader`.
+  void LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader);
+  /// Where the bytes of the sets end in the stream that they are read from.
+  std::uint64_t GetStoredEnd() const;
+  /// What the sets have still to be read from, or null.
+  const QovJbf::StreamReader* GetReader() const { return mpReader.get(); }
+
+  QovUtil::AttributeMap mAttributes;
+
+ private:
+  std::vector<Set> mSets;
+  std::uint32_t mNumSets = 0;
+  std::shared_ptr<QovJbf::StreamReader> mpReader;
+  std::uint64_t mSourceOffset = 0;
+  // As in the light data of the file that is being read or written.
+  std::uint64_t mStoredOffset = 0;
+  std::uint32_t mNumStoredValues = 0;
+};
+
+}  // namespace QovRyx

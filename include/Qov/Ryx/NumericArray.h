@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "Qov/Ryx/DataLoader.h"
+#include "Qov/Util/Assert.h"
+
+namespace QovRyx {
+
+/// An array of 4-byte elements, uint32_t or float, of which `width` make one item (1 for a
+/// scalar, 3 for a vector). Its values lie in a file or in memory; copies share them.
+class NumericArray {
+ public:
+  /// Empty, of width 1.
+  NumericArray() = default;
+  /// Values in memory, all zero bits. `size` in bytes.
+  NumericArray(std::uint64_t size, std::uint8_t width)
+      : mSize(size),
+        mWidth(width),
+        mpData(std::make_shared<std::vector<std::uint32_t>>(size / kElementSize)) {}
+  /// Values in a file.
+  NumericArray(std::uint64_t size, std::uint8_t width, std::shared_ptr<const DataLoader> loader)
+      : mSize(size), mWidth(width), mpLoader(std::move(loader)) {}
+
+  /// An array in memory with these values.
+  template <class T>
+  static NumericArray Of(const std::vector<T>& values, std::uint8_t width = 1) {
+    NumericArray array(values.size() * sizeof(T), width);
+    array.CopyMemoryFrom(values);
+    return array;
+  }
+
+  std::uint8_t GetWidth() const { return mWidth; }
+  std::uint64_t GetNumElements() const { return mSize / kElementSize; }
+  /// In bytes.
+  std::uint64_t GetSize() const { return mSize; }
+  const std::shared_ptr<const DataLoader>& GetLoader() const { return mpLoader; }
+
+  /// Copies the vector's bytes into the array in memory, whose size they must have.
+  template <class T>
+  void CopyMemoryFrom(const std::vector<T>& rVector) {
+    static_assert(sizeof(T) == kElementSize);
+    QOV_ASSERT(mSize == rVector.size() * sizeof(T));
+    if (!rVector.empty()) std::memcpy(mpData->data(), rVector.data(), mSize);
+  }
+
+  /// All values, read from the file if that is where they are; none if the array has neither
+  /// (as the array of a result whose link leads nowhere).
+  template <class T>
+  void GetValues(std::vector<T>& values) const {
+    static_assert(sizeof(T) == kElementSize);
+    if (mpLoader && mpLoader->GetCount() != 0) {
+      mpLoader->LoadTo(values);
+      return;
+    }
+    values.resize(mpData ? mpData->size() : 0);
+    if (!values.empty()) std::memcpy(values.data(), mpData->data(), values.size() * sizeof(T));
+  }
+
+ private:
+  static constexpr std::size_t kElementSize = 4;
+
+  std::uint64_t mSize = 0;
+  std::uint8_t mWidth = 1;
+  std::shared_ptr<std::vector<std::uint32_t>> mpData;
+  std::shared_ptr<const DataLoader> mpLoader;
+};
+
+}  // namespace QovRyx

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Qov/Ryx/Tree.h"
+
+/// The merges. Each loads its inputs, joins them and writes one new file; the arrays stream
+/// through. Each returns 0, or 2 after it wrote the text of an error and a newline to standard
+/// error; an output that was begun is then left as it is. An output that is one of the inputs
+/// (the same device and inode) is refused before anything is read.
+namespace QovRyx {
+
+/// One model with the tree of the first file and the results of all of them. Result names are
+/// made distinct by file (InstanceNames.h). `useSuffix` puts the file's number into every name;
+/// with `autoRename` it goes only into names that have an instance part, and only those results
+/// are taken from the further files. `appendFlag` has no effect.
+int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
+                       bool appendFlag, bool useSuffix, bool autoRename);
+
+/// One model with everything of all files beneath a new root group named "Merge".
+int merge_as_datasets(const std::vector<std::string>& files, const std::string& output);
+
+/// The model with the view-point paths of the view-point files added. A view-point file of
+/// version "0.1" contributes nothing.
+int merge_viewpoints_with_ryx(const std::string& model,
+                              const std::vector<std::string>& viewPointFiles,
+                              const std::string& output);
+
+/// Only the refusal of an output that is one of `inputs`, for a run of several merges whose
+/// first would already write over an input of a later one.
+int refuse_output_among_inputs(const std::vector<std::string>& inputs, const std::string& output);
+
+/// Appends all results of `from` to the geometries of the same ids in `into`. An id that `into`
+/// lacks raises ElementNotFound; one that is no geometry there is passed over. Links to results
+/// of the same geometry still lead to them (the positions are changed in `from` as well).
+/// `appendFlag` has no effect.
+void AppendResults(Tree& from, Tree& into, bool appendFlag);
+
+/// The same for results whose names have an instance part only; a linked one becomes a link to
+/// its own new position.
+void AppendOtherInstanceResults(Tree& from, Tree& into);
+
+}  // namespace QovRyx

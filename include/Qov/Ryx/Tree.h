@@ -1,0 +1,119 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Qov/Adt/AdtTree.h"
+#include "Qov/Jbf/JbFile.h"
+#include "Qov/Ryx/Geometry.h"
+#include "Qov/Ryx/Group.h"
+#include "Qov/Ryx/ModifierInfo.h"
+#include "Qov/Ryx/Node.h"
+#include "Qov/Ryx/NodeSets.h"
+#include "Qov/Ryx/Sequencer.h"
+#include "Qov/Ryx/Shape.h"
+#include "Qov/Ryx/ViewPoint.h"
+
+namespace QovRyx {
+
+/// Whether the last writer of the file that was loaded last was one of the legacy builds whose
+/// probe records differ.
+extern bool g_b217Ryx;
+
+/// The id-keyed tree of a model. The root entry carries no node unless a model puts one there.
+using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
+
+/// One model in memory: the tree of nodes and the state of the model as a whole.
+///
+/// Loading reads descriptors; arrays and node sets stay in the file and are read when they are
+/// asked for or when the model is saved. So the files of a model must stay as they are while it
+/// lives.
+///
+/// Every error is a Qov::Util::Exception (or QovJbf::DamagedBlock for a block that zlib
+/// refuses). After a failed Load or Merge the tree holds part of the file: discard it. After a
+/// failed Save the file is incomplete and the tree is as before but for its history.
+class Tree {
+ public:
+  enum class SupportedFileFormats { Ryx = 0 };
+  enum class ReadMode { Everything = 0 };
+  /// From the id that a node has in the tree to the one it had in the file.
+  using IdMap = std::map<std::uint32_t, std::uint32_t>;
+
+  /// An empty model. With `recordMachine` saving notes the host and the user in the history.
+  explicit Tree(bool recordMachine);
+  Tree(const std::string& application, const std::string& applicationVersion, bool recordMachine);
+  ~Tree();
+  Tree(const Tree&) = delete;
+  Tree& operator=(const Tree&) = delete;
+
+  /// Reads a model file. If the root carries a group that takes models, the file's nodes are
+  /// entered beneath it with shifted ids, else with the ids of the file.
+  void Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
+            const SupportedFileFormats& format);
+  /// Reads a further file's nodes; its history and views are left out.
+  void Merge(const std::string& path, const ReadMode& mode, const SupportedFileFormats& format);
+  /// Reads the view point, the paths (appended to those that are there) and the sequencer of a
+  /// file; changes nothing if it has none.
+  void LoadViewPathVec(QovJbf::JbFile& file);
+  /// Writes the model and adds this program to its history. `create` false updates a file in
+  /// place. Refuses to write over a file that arrays have still to be read from
+  /// (MiscellaneousError).
+  void Save(const std::string& path, bool create, const std::string& comment,
+            const SupportedFileFormats& format);
+
+  NodeTree& GetNodes() { return mNodes; }
+  const NodeTree& GetNodes() const { return mNodes; }
+
+  bool HasViewPoints() const { return mHasViewPoints; }
+  void SetHasViewPoints(bool has) { mHasViewPoints = has; }
+  ViewPoint& GetViewPoint() { return mViewPoint; }
+  const ViewPoint& GetViewPoint() const { return mViewPoint; }
+  std::vector<ViewPointPath>& GetViewPointPaths() { return mViewPointPaths; }
+  const std::vector<ViewPointPath>& GetViewPointPaths() const { return mViewPointPaths; }
+  SequencerData& GetSequencerData() { return mSequencerData; }
+  const SequencerData& GetSequencerData() const { return mSequencerData; }
+  const std::vector<ModifierInfo>& GetModifiers() const { return mModifiers; }
+  /// The container version of the file last loaded or saved.
+  const std::string& GetFileVersion() const { return mFileVersion; }
+
+ private:
+  void OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets);
+  std::uint32_t GetAttachParent();
+  void LoadGlobalInfo(QovJbf::JbFile& file);
+  void LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent, bool wideOffsets);
+  void UpdateBufferLinks();
+  void SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle);
+  void FlushAndClose(QovJbf::JbFile& file, const std::string& comment);
+  void SaveTree(QovJbf::JbFile& file);
+  void SaveViewPoints(QovJbf::JbFile& file);
+  void SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment);
+  void RefuseToOverwriteSources(const std::string& path) const;
+
+  NodeTree mNodes;
+  bool mHasViewPoints = false;
+  ViewPoint mViewPoint;
+  std::vector<ViewPointPath> mViewPointPaths;
+  SequencerData mSequencerData;
+  std::string mFileVersion;
+  std::vector<ModifierInfo> mModifiers;
+  ModifierInfo mCurrentModifier;
+  bool mRecordMachine = false;
+};
+
+/// The geometry that an entry carries, or null if it carries something else.
+inline Geometry* AsGeometry(const NodeTree::Node& entry) {
+  return dynamic_cast<Geometry*>(entry.mData.get());
+}
+
+/// Calls `visit(id, geometry)` for every geometry, in ascending id order.
+template <class Visitor>
+void ForEachGeometry(const NodeTree& nodes, Visitor visit) {
+  for (const auto& [id, entry] : nodes) {
+    if (Geometry* geometry = AsGeometry(entry)) visit(id, *geometry);
+  }
+}
+
+}  // namespace QovRyx

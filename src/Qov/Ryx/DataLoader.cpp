@@ -1,0 +1,38 @@
+#include "Qov/Ryx/DataLoader.h"
+
+#include <utility>
+
+#include "Qov/Util/ByteShuffle.h"
+#include "Qov/Util/Raise.h"
+
+namespace QovRyx {
+namespace {
+
+constexpr const char* kSource = "include/Qov/Ryx/DataLoader";
+constexpr std::uint64_t kElementSize = 4;
+
+}  // namespace
+
+DataLoader::DataLoader(std::shared_ptr<QovJbf::StreamReader> reader, std::uint64_t offset,
+                       std::uint64_t count, std::uint8_t shuffledWidth)
+    : mpReader(std::move(reader)), mOffset(offset), mCount(count), mShuffledWidth(shuffledWidth) {
+  const std::uint64_t length = mpReader->GetLength();
+  if (mCount != 0 && (mOffset > length || mCount > (length - mOffset) / kElementSize)) {
+    Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::OutOfBounds,
+                     "Not enough bytes in the block");
+  }
+}
+
+template <class T>
+void DataLoader::Load(std::vector<T>& values) const {
+  static_assert(sizeof(T) == kElementSize);
+  values.resize(mCount);
+  if (mCount == 0) return;
+  mpReader->Read(mOffset, values.data(), mCount * kElementSize);
+  QovUtil::UnShuffleMultiVectorBytes(values, mShuffledWidth);
+}
+
+template void DataLoader::Load(std::vector<std::uint32_t>&) const;
+template void DataLoader::Load(std::vector<float>&) const;
+
+}  // namespace QovRyx

@@ -1,0 +1,154 @@
+#include "Qov/Ryx/NodeSets.h"
+
+#include <utility>
+
+#include "Qov/Util/Raise.h"
+
+// The pieces of a node set in the heavy stream, plain:
+//   name ends: vector<u32>    0, then for each set the end of its name in the joined names
+//   names: string             all names joined
+//   value ends: vector<u32>   0, then for each set the end of its values in the joined values
+//   values: vector<u32>       all values joined
+// Its light data:
+//   size of what follows: u32, 16
+//   number of sets: u32
+//   offset of the pieces: u64, in uncompressed bytes of the heavy stream
+//   number of values: u32
+
+namespace QovRyx {
+namespace {
+
+constexpr const char* kSource = "include/Qov/Ryx/NodeSets";
+constexpr std::uint32_t kLightDataSize = 16;
+constexpr std::uint64_t kCountSize = 4;
+
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+/// Takes the pieces one after the other from a stream.
+class PieceReader {
+ public:
+  PieceReader(QovJbf::StreamReader& reader, std::uint64_t offset)
+      : mReader(reader), mOffset(offset) {}
+
+  std::vector<std::uint32_t> TakeNumbers() {
+    const std::uint32_t count = TakeCount(sizeof(std::uint32_t));
+    std::vector<std::uint32_t> numbers(count);
+    TakeBytes(numbers.data(), numbers.size() * sizeof(std::uint32_t));
+    return numbers;
+  }
+  std::string TakeText() {
+    std::string text(TakeCount(1), '\0');
+    TakeBytes(text.data(), text.size());
+    return text;
+  }
+  void PassOver(std::uint64_t elementSize) { mOffset += TakeCount(elementSize) * elementSize; }
+  std::uint64_t GetOffset() const { return mOffset; }
+
+ private:
+  /// The count in front of a piece, whose elements are there.
+  std::uint32_t TakeCount(std::uint64_t elementSize) {
+    std::uint32_t count = 0;
+    TakeBytes(&count, kCountSize);
+    if (count > (mReader.GetLength() - mOffset) / elementSize) {
+      Raise(kSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+    }
+    return count;
+  }
+  void TakeBytes(void* target, std::size_t n) {
+    if (n != 0) mReader.Read(mOffset, target, n);
+    mOffset += n;
+  }
+
+  QovJbf::StreamReader& mReader;
+  std::uint64_t mOffset;
+};
+
+/// Ends must start with 0, never fall, and lead to the end of what they cut.
+void CheckEnds(const std::vector<std::uint32_t>& ends, std::size_t numSets, std::size_t length) {
+  bool sound = ends.size() == numSets + 1 && ends.front() == 0 && ends.back() == length;
+  for (std::size_t i = 1; sound && i < ends.size(); ++i) sound = ends[i - 1] <= ends[i];
+  if (!sound) Raise(kSource, ErrorType::MismatchError, "The pieces of a node set disagree");
+}
+
+std::vector<NodeSets::Set> ReadSets(QovJbf::StreamReader& reader, std::uint64_t offset,
+                                    std::uint32_t numSets) {
+  PieceReader pieces(reader, offset);
+  const auto nameEnds = pieces.TakeNumbers();
+  const std::string names = pieces.TakeText();
+  CheckEnds(nameEnds, numSets, names.size());
+  const auto valueEnds = pieces.TakeNumbers();
+  const auto values = pieces.TakeNumbers();
+  CheckEnds(valueEnds, numSets, values.size());
+
+  std::vector<NodeSets::Set> sets(numSets);
+  for (std::size_t i = 0; i < sets.size(); ++i) {
+    sets[i].mName = names.substr(nameEnds[i], nameEnds[i + 1] - nameEnds[i]);
+    sets[i].mValues.assign(values.begin() + valueEnds[i], values.begin() + valueEnds[i + 1]);
+  }
+  return sets;
+}
+
+}  // namespace
+
+std::vector<NodeSets::Set> NodeSets::GetSets() const {
+  return mpReader ? ReadSets(*mpReader, mSourceOffset, mNumSets) : mSets;
+}
+
+void NodeSets::SetSets(std::vector<Set> sets) {
+  mNumSets = static_cast<std::uint32_t>(sets.size());
+  mSets = std::move(sets);
+  mpReader.reset();
+}
+
+void NodeSets::SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey) {
+  std::vector<std::uint32_t> nameEnds{0};
+  std::string names;
+  std::vector<std::uint32_t> valueEnds{0};
+  std::vector<std::uint32_t> values;
+  for (const Set& set : GetSets()) {
+    names += set.mName;
+    nameEnds.push_back(static_cast<std::uint32_t>(names.size()));
+    values.insert(values.end(), set.mValues.begin(), set.mValues.end());
+    valueEnds.push_back(static_cast<std::uint32_t>(values.size()));
+  }
+  QovJbf::Index& index = file.GetIndex();
+  mStoredOffset = index.HasStream(heavyKey) ? index.GetStreamLength(heavyKey) : 0;
+  mNumStoredValues = static_cast<std::uint32_t>(values.size());
+  index.Put(heavyKey, nameEnds);
+  index.Put(heavyKey, names);
+  index.Put(heavyKey, valueEnds);
+  index.Put(heavyKey, values);
+}
+
+void NodeSets::LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader) {
+  mpReader = std::move(reader);
+  mSourceOffset = mStoredOffset;
+}
+
+std::uint64_t NodeSets::GetStoredEnd() const {
+  PieceReader pieces(*mpReader, mSourceOffset);
+  pieces.PassOver(sizeof(std::uint32_t));
+  pieces.PassOver(1);
+  pieces.PassOver(sizeof(std::uint32_t));
+  pieces.PassOver(sizeof(std::uint32_t));
+  return pieces.GetOffset();
+}
+
+void NodeSets::WriteLightData(QovJbf::JbFile& file, const std::string& lightKey) const {
+  QovJbf::Index& index = file.GetIndex();
+  index.Put(lightKey, kLightDataSize);
+  index.Put(lightKey, mNumSets);
+  index.Put(lightKey, mStoredOffset);
+  index.Put(lightKey, mNumStoredValues);
+}
+
+void NodeSets::ReadLightData(QovJbf::JbFile& file, const std::string& lightKey) {
+  std::uint32_t size = 0;
+  file.Require(lightKey, size);
+  file.Require(lightKey, mNumSets);
+  file.Require(lightKey, mStoredOffset);
+  file.Require(lightKey, mNumStoredValues);
+}
+
+}  // namespace QovRyx

@@ -1,0 +1,23 @@
+#include "Qov/Ryx/Tree.h"
+
+#include <cstdlib>
+
+namespace QovRyx {
+
+bool g_b217Ryx = false;
+
+Tree::Tree(bool recordMachine) : mRecordMachine(recordMachine) {
+  std::srand(0);  // whatever draws random numbers later draws the same ones in every run
+  mViewPoint.mName = "no name";
+}
+
+Tree::Tree(const std::string& application, const std::string& applicationVersion,
+           bool recordMachine)
+    : Tree(recordMachine) {
+  mCurrentModifier.mApplication = application;
+  mCurrentModifier.mApplicationVersion = applicationVersion;
+}
+
+Tree::~Tree() = default;
+
+}  // namespace QovRyx

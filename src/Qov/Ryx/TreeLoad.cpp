@@ -1,0 +1,145 @@
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "LinkResolver.h"
+#include "Qov/Log/Record.h"
+#include "Qov/Ryx/FileVersionScope.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Ryx/Tree.h"
+#include "Qov/Util/Raise.h"
+#include "TreeReader.h"
+
+namespace QovRyx {
+namespace {
+
+constexpr const char* kSource = "include/Qov/Ryx/Tree";
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+/// Builds whose probe records differ; dots and commas are as they wrote them.
+constexpr std::array<std::string_view, 8> kLegacyWriters = {
+    "2010 R1 4.1.110.825", "2010 R1 4.1.110.912", "2010 R1 4.1.110.915", "2010 R1 4,1,311,128",
+    "2010 R1 4,1,311,130", "2010 R1 4,1,311,131", "2010 R1 4,1,311,209", "2010 R1 4,1,311,217",
+};
+
+bool IsLegacyWriter(const ModifierInfo& modifier) {
+  return std::find(kLegacyWriters.begin(), kLegacyWriters.end(), modifier.mApplicationVersion) !=
+         kLegacyWriters.end();
+}
+
+/// A signed count in the view-point stream; nothing is read for a negative one.
+std::int32_t RequireCount(QovJbf::JbFile& file) {
+  std::int32_t count = 0;
+  file.Require(kViewPoints, count);
+  return count;
+}
+
+ViewPointPath RequireViewPointPath(QovJbf::JbFile& file) {
+  ViewPointPath path;
+  file.Require(kViewPoints, path.mName);
+  for (std::int32_t left = RequireCount(file); left > 0; --left) {
+    ViewPoint viewPoint;
+    file.Require(kViewPoints, viewPoint);
+    path.mViewPoints.push_back(std::move(viewPoint));
+  }
+  return path;
+}
+
+}  // namespace
+
+void Tree::Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
+                const SupportedFileFormats& format) {
+  static_cast<void>(mode);  // there is only one
+  if (format != SupportedFileFormats::Ryx) return;
+  QovJbf::JbFile file;
+  bool wideOffsets = false;
+  OpenForReading(file, path, wideOffsets);
+  const std::uint32_t attachParent = GetAttachParent();
+  LoadGlobalInfo(file);
+  LoadTree(file, idMap, attachParent, wideOffsets);
+  UpdateBufferLinks();
+  if (mFileVersion != "0.1") {
+    const FileVersionScope scope(mFileVersion);
+    LoadViewPathVec(file);
+  }
+  file.CloseFile();
+}
+
+void Tree::Merge(const std::string& path, const ReadMode& mode,
+                 const SupportedFileFormats& format) {
+  static_cast<void>(mode);
+  if (format != SupportedFileFormats::Ryx) return;
+  QovJbf::JbFile file;
+  bool wideOffsets = false;
+  OpenForReading(file, path, wideOffsets);
+  IdMap idMap;
+  LoadTree(file, idMap, GetAttachParent(), wideOffsets);
+  file.CloseFile();
+}
+
+void Tree::OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets) {
+  file.OpenFile(path, "rb");
+  if (!file.IsJbFile()) {
+    Raise(kSource, ErrorType::FormatNotSupported, path + " is not a Ryx file");
+  }
+  mFileVersion = file.ReadVersion();
+  QovJbf::JbFile::CheckSupport(mFileVersion, wideOffsets);
+  file.ReadIndex();
+}
+
+/// 1 if the root takes the nodes of files in beneath it, else 0.
+std::uint32_t Tree::GetAttachParent() {
+  mNodes.SetCurrentId(NodeTree::kRootId);
+  const auto* group = dynamic_cast<const Group*>(mNodes.GetCurrentNode().mData.get());
+  return group != nullptr && group->TakesModels() ? NodeTree::kRootId : 0;
+}
+
+void Tree::LoadGlobalInfo(QovJbf::JbFile& file) {
+  if (file.HasStream(kGlobalInformation)) {
+    std::uint32_t count = 0;
+    file.Require(kGlobalInformation, count);
+    for (; count > 0; --count) {
+      ModifierInfo modifier;
+      file.Require(kGlobalInformation, modifier);
+      mModifiers.push_back(std::move(modifier));
+    }
+  }
+  if (!mModifiers.empty()) g_b217Ryx = IsLegacyWriter(mModifiers.back());
+}
+
+void Tree::LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent,
+                    bool wideOffsets) {
+  TreeReader(file, mNodes, attachParent, wideOffsets).Read(idMap);
+}
+
+void Tree::UpdateBufferLinks() {
+  Qov::Log::Trace(kSource) << "Updating buffer links ...";
+  LinkResolver resolver(mNodes);
+  ForEachGeometry(mNodes, [&resolver](std::uint32_t, Geometry& geometry) {
+    for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
+      Geometry::VarStruct& variable = geometry.EditVariable(i);
+      if (!variable.mLinked) continue;
+      const Geometry::VarStruct* target = resolver.Resolve(variable.mLink);
+      variable.mValues = target == nullptr ? NumericArray() : target->mValues;
+    }
+  });
+  Qov::Log::Trace(kSource) << "Buffer links updated.";
+}
+
+void Tree::LoadViewPathVec(QovJbf::JbFile& file) {
+  if (!file.HasStream(kViewPoints)) return;
+  ViewPoint viewPoint;
+  file.Require(kViewPoints, viewPoint);
+  mViewPoint = std::move(viewPoint);
+  for (std::int32_t left = RequireCount(file); left > 0; --left) {
+    mViewPointPaths.push_back(RequireViewPointPath(file));
+  }
+  SequencerData sequencerData;
+  file.Require(kViewPoints, sequencerData);
+  mSequencerData = std::move(sequencerData);
+  mHasViewPoints = true;
+}
+
+}  // namespace QovRyx

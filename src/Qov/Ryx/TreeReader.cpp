@@ -1,0 +1,181 @@
+#include "TreeReader.h"
+
+#include <limits>
+#include <utility>
+
+#include "Qov/Ryx/AttributesIo.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Util/Raise.h"
+
+// A tree stream: i32 count, then for each entry in ascending id order
+//   id, parent, previous sibling, next sibling, first child, last child: u32 each
+//   name, type, version: string each; all empty for an entry without a node
+//   offset in the light stream: u64, or u32 in files before container version 0.7
+
+namespace QovRyx {
+namespace {
+
+constexpr const char* kSource = "include/Qov/Ryx/Tree";
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+bool IsOldest(const std::string& version) { return version == "0.1" || version == "0.0a"; }
+
+/// Layouts of a geometry record whose values lie in the heavy stream shuffled, at an offset.
+bool HasShuffledValues(const std::string& version) { return version == "0.6" || version == "0.7"; }
+
+template <class T, std::size_t N>
+void RequireRaw(QovJbf::JbFile& file, std::array<T, N>& values) {
+  file.RequireBytes(kLightData, values.data(), sizeof(values));
+}
+
+}  // namespace
+
+TreeReader::TreeReader(QovJbf::JbFile& file, NodeTree& nodes, std::uint32_t attachParent,
+                       bool wideOffsets)
+    : mFile(file),
+      mNodes(nodes),
+      mAttachParent(attachParent),
+      mWideOffsets(wideOffsets),
+      mBase(attachParent == 0 ? 0 : nodes.GetNextId() - 1),
+      mpHeavy(file.OpenStreamReader(kHeavyData)) {}
+
+void TreeReader::Read(Tree::IdMap& idMap) {
+  std::int32_t count = 0;
+  mFile.Require(kRyxTree, count);
+  if (count < 1) Raise(kSource, ErrorType::ModelError, "The tree has no root");
+  for (std::int32_t i = 0; i < count; ++i) {
+    Record record = ReadRecord();
+    const std::uint32_t id = record.mEntry.mId;
+    idMap.emplace(id, id - mBase);
+    record.mEntry.mData = ReadNode(record);
+    Enter(std::move(record), i == 0);
+  }
+  for (const LoadedGeometry& loaded : mGeometries) {
+    loaded.mGeometry->AttachValues(mpHeavy, loaded.mShuffled);
+  }
+}
+
+TreeReader::Record TreeReader::ReadRecord() {
+  Record record;
+  NodeTree::Node& entry = record.mEntry;
+  for (std::uint32_t* link : {&entry.mId, &entry.mParent, &entry.mPreviousSibling,
+                              &entry.mNextSibling, &entry.mFirstChild, &entry.mLastChild}) {
+    mFile.Require(kRyxTree, *link);
+    *link = Shift(*link);
+  }
+  if (entry.mParent == 0) entry.mParent = mAttachParent;
+  for (std::string* text : {&record.mName, &record.mType, &record.mVersion}) {
+    mFile.Require(kRyxTree, *text);
+  }
+  std::uint64_t lightOffset = 0;
+  if (mWideOffsets) {
+    mFile.Require(kRyxTree, lightOffset);
+  } else {
+    std::uint32_t narrow = 0;
+    mFile.Require(kRyxTree, narrow);
+    lightOffset = narrow;
+  }
+  if (lightOffset != 0) mFile.SetBlockPosition(kLightData, lightOffset);
+  return record;
+}
+
+/// The highest id of all stays free, so that there is always a next one.
+bool TreeReader::CanShift(std::uint32_t id) const {
+  return id != 0 && id < std::numeric_limits<std::uint32_t>::max() - mBase;
+}
+
+std::uint32_t TreeReader::Shift(std::uint32_t id) const {
+  if (id == 0) return 0;
+  if (!CanShift(id)) {
+    Raise(
+        kSource, ErrorType::ModelError,
+        "Node id " + std::to_string(id) + " is too high to be shifted by " + std::to_string(mBase));
+  }
+  return id + mBase;
+}
+
+std::unique_ptr<Node> TreeReader::ReadNode(const Record& record) {
+  if (record.mType.empty()) return nullptr;
+  if (record.mType == "Group") return ReadGroup(record);
+  if (record.mType == "Shape") return ReadShape(record);
+  if (record.mType == "Geometry") return ReadGeometry(record);
+  if (record.mType == "NodeSets") return ReadNodeSets(record);
+  return std::make_unique<FutureNode>(record.mName);
+}
+
+std::unique_ptr<Node> TreeReader::ReadGroup(const Record& record) {
+  auto group = std::make_unique<Group>(record.mName);
+  if (IsOldest(record.mVersion)) return group;
+  RequireRaw(mFile, group->mTranslation);
+  RequireRaw(mFile, group->mRotation);
+  RequireRaw(mFile, group->mScale);
+  if (record.mVersion == "0.2") return group;
+  QovUtil::ReadAttributesFromJbf(mFile, kAttributes, group->mAttributes);
+  if (record.mVersion == "0.3") return group;
+  mFile.Require(kLightData, group->mTakesModels);
+  return group;
+}
+
+std::unique_ptr<Node> TreeReader::ReadShape(const Record& record) {
+  auto shape = std::make_unique<Shape>(record.mName);
+  if (!IsOldest(record.mVersion)) mFile.Require(kResources, shape->mMaterial.mValues);
+  return shape;
+}
+
+std::unique_ptr<Node> TreeReader::ReadGeometry(const Record& record) {
+  auto geometry = std::make_unique<Geometry>(record.mName);
+  const bool shuffled = HasShuffledValues(record.mVersion);
+  if (!shuffled) MoveBehindSets();
+  geometry->ReadJb(mFile, kLightData, kAttributes, record.mVersion, mInlineOffset);
+  ShiftLinks(*geometry);
+  mGeometries.push_back({geometry.get(), shuffled});
+  return geometry;
+}
+
+std::unique_ptr<Node> TreeReader::ReadNodeSets(const Record& record) {
+  auto sets = std::make_unique<NodeSets>(record.mName);
+  sets->ReadLightData(mFile, kLightData);
+  sets->LoadDataBlocks(mpHeavy);
+  mPrecedingSets = sets.get();
+  return sets;
+}
+
+/// Inline values that follow node sets in the tree follow them in the heavy stream too.
+void TreeReader::MoveBehindSets() {
+  if (mPrecedingSets == nullptr) return;
+  mInlineOffset = mPrecedingSets->GetStoredEnd();
+  mPrecedingSets = nullptr;
+}
+
+/// A link that leads nowhere may hold any number; one that cannot be shifted stays as it is.
+void TreeReader::ShiftLinks(Geometry& geometry) const {
+  for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
+    Geometry::VarStruct& variable = geometry.EditVariable(i);
+    if (variable.mLinked && CanShift(variable.mLink.mNode)) variable.mLink.mNode += mBase;
+  }
+}
+
+void TreeReader::Enter(Record record, bool isFirst) {
+  NodeTree::Node& entry = record.mEntry;
+  if (isFirst && entry.mId != mBase + NodeTree::kRootId) {
+    Raise(kSource, ErrorType::ModelError, "The first node of the tree is not its root");
+  }
+  if (isFirst && mAttachParent != 0) {
+    mNodes.SetCurrentId(mAttachParent);
+    NodeTree::Node& child = mNodes.AddChild(std::move(entry.mData));
+    child.mNextSibling = entry.mNextSibling;
+    child.mFirstChild = entry.mFirstChild;
+    child.mLastChild = entry.mLastChild;
+    return;
+  }
+  const NodeTree::Node* present = mNodes.FindNode(entry.mId);
+  const bool isEmptyRoot = isFirst && present != nullptr && !present->mData;
+  if (entry.mId == 0 || (present != nullptr && !isEmptyRoot)) {
+    Raise(kSource, ErrorType::ElementExists,
+          "Node id " + std::to_string(entry.mId - mBase) + " cannot be entered into the tree");
+  }
+  mNodes.PutNode(std::move(entry));
+}
+
+}  // namespace QovRyx

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Qov/Ryx/Tree.h"
+
+namespace QovRyx {
+
+/// Reads the records of one file's tree and enters them into a model.
+class TreeReader {
+ public:
+  /// With `attachParent` 0 the ids of the file are kept; else they are shifted past those of
+  /// the model, and the file's root becomes a child of that entry.
+  TreeReader(QovJbf::JbFile& file, NodeTree& nodes, std::uint32_t attachParent, bool wideOffsets);
+
+  void Read(Tree::IdMap& idMap);
+
+ private:
+  struct Record {
+    NodeTree::Node mEntry;
+    std::string mName;
+    std::string mType;
+    std::string mVersion;
+  };
+  struct LoadedGeometry {
+    Geometry* mGeometry;
+    bool mShuffled;
+  };
+
+  Record ReadRecord();
+  bool CanShift(std::uint32_t id) const;
+  std::uint32_t Shift(std::uint32_t id) const;
+  std::unique_ptr<Node> ReadNode(const Record& record);
+  std::unique_ptr<Node> ReadGroup(const Record& record);
+  std::unique_ptr<Node> ReadShape(const Record& record);
+  std::unique_ptr<Node> ReadGeometry(const Record& record);
+  std::unique_ptr<Node> ReadNodeSets(const Record& record);
+  void ShiftLinks(Geometry& geometry) const;
+  void Enter(Record record, bool isFirst);
+  void MoveBehindSets();
+
+  QovJbf::JbFile& mFile;
+  NodeTree& mNodes;
+  std::uint32_t mAttachParent;
+  bool mWideOffsets;
+  std::uint32_t mBase;
+  std::shared_ptr<QovJbf::StreamReader> mpHeavy;
+  std::vector<LoadedGeometry> mGeometries;
+  /// Where the next values that stand inline lie, and the node sets that they come behind.
+  std::uint64_t mInlineOffset = 0;
+  const NodeSets* mPrecedingSets = nullptr;
+};
+
+}  // namespace QovRyx

@@ -1,0 +1,177 @@
+#include <unistd.h>
+
+#include <array>
+#include <ctime>
+#include <set>
+
+#include "HeavyPass.h"
+#include "Qov/Log/Record.h"
+#include "Qov/Ryx/AttributesIo.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Ryx/Tree.h"
+#include "Qov/Util/Raise.h"
+
+namespace QovRyx {
+namespace {
+
+constexpr const char* kSource = "include/Qov/Ryx/Tree";
+
+std::string FormatLocalTime() {
+  const std::time_t now = std::time(nullptr);
+  std::array<char, 120> text{};
+  std::tm local{};
+  if (localtime_r(&now, &local) == nullptr) return {};
+  std::strftime(text.data(), text.size(), "%a %b %d %H:%M:%S %Y %Z", &local);
+  return text.data();
+}
+
+std::string GetHostName() {
+  std::array<char, 80> name{};
+  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+std::string GetUserName() {
+  const char* name = getlogin();
+  return name == nullptr ? "" : name;
+}
+
+template <class T, std::size_t N>
+void PutRaw(QovJbf::Index& index, const std::array<T, N>& values) {
+  index.Put(kLightData, values.data(), sizeof(values));
+}
+
+void SaveGroup(QovJbf::JbFile& file, const Group& group) {
+  PutRaw(file.GetIndex(), group.mTranslation);
+  PutRaw(file.GetIndex(), group.mRotation);
+  PutRaw(file.GetIndex(), group.mScale);
+  QovUtil::WriteAttributesToJbf(file, kAttributes, group.mAttributes);
+  file.GetIndex().Put(kLightData, group.mTakesModels);
+}
+
+void SavePayload(QovJbf::JbFile& file, Node& node) {
+  if (const auto* group = dynamic_cast<const Group*>(&node)) {
+    SaveGroup(file, *group);
+  } else if (const auto* shape = dynamic_cast<const Shape*>(&node)) {
+    file.GetIndex().Put(kResources, shape->mMaterial.mValues);
+  } else if (auto* geometry = dynamic_cast<Geometry*>(&node)) {
+    geometry->WriteJb(file, kLightData, kHeavyData, kAttributes, geometry->GetVersion());
+  } else if (const auto* sets = dynamic_cast<const NodeSets*>(&node)) {
+    sets->WriteLightData(file, kLightData);
+  }
+}
+
+void SaveRecord(QovJbf::JbFile& file, const NodeTree::Node& entry) {
+  QovJbf::Index& index = file.GetIndex();
+  for (const std::uint32_t link : {entry.mId, entry.mParent, entry.mPreviousSibling,
+                                   entry.mNextSibling, entry.mFirstChild, entry.mLastChild}) {
+    index.Put(kRyxTree, link);
+  }
+  const Node* node = entry.mData.get();
+  index.Put(kRyxTree, node == nullptr ? std::string() : node->GetName());
+  index.Put(kRyxTree, node == nullptr ? std::string() : node->GetType());
+  index.Put(kRyxTree, node == nullptr ? std::string() : node->GetVersion());
+  index.Put(kRyxTree, index.GetStreamLength(kLightData));
+  if (node != nullptr) SavePayload(file, *entry.mData);
+}
+
+void SaveViewPointPath(QovJbf::Index& index, const ViewPointPath& path) {
+  index.Put(kViewPoints, path.mName);
+  index.Put(kViewPoints, static_cast<std::uint32_t>(path.mViewPoints.size()));
+  for (const ViewPoint& viewPoint : path.mViewPoints) index.Put(kViewPoints, viewPoint);
+}
+
+}  // namespace
+
+void Tree::Save(const std::string& path, bool create, const std::string& comment,
+                const SupportedFileFormats& format) {
+  if (format != SupportedFileFormats::Ryx) return;
+  RefuseToOverwriteSources(path);
+  QovJbf::JbFile file;
+  file.OpenFile(path, create ? "wb+" : "rb+");
+  mFileVersion = QovJbf::kCurrentFileVersion;
+  file.WriteHeader();
+  SaveHeavyBlocks(file, true);
+  FlushAndClose(file, comment);
+}
+
+void Tree::RefuseToOverwriteSources(const std::string& path) const {
+  std::set<const QovJbf::StreamReader*> readers;
+  ForEachGeometry(mNodes, [&readers](std::uint32_t, const Geometry& geometry) {
+    for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
+      const auto& loader = variable.mValues.GetLoader();
+      if (loader) readers.insert(&loader->GetReader());
+    }
+  });
+  for (const auto& [id, entry] : mNodes) {
+    const auto* sets = dynamic_cast<const NodeSets*>(entry.mData.get());
+    if (sets != nullptr && sets->GetReader() != nullptr) readers.insert(sets->GetReader());
+  }
+  for (const QovJbf::StreamReader* reader : readers) {
+    if (reader->ReadsFrom(path)) {
+      Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MiscellaneousError,
+                       "Output file \"" + path + "\" is also an input");
+    }
+  }
+}
+
+void Tree::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
+  HeavyPass pass(file, shuffle);
+  ForEachGeometry(mNodes, [&pass](std::uint32_t, Geometry& geometry) {
+    pass.SaveConnectivityBlocks(geometry);
+  });
+  ForEachGeometry(mNodes,
+                  [&pass](std::uint32_t, Geometry& geometry) { pass.SaveOtherBlocks(geometry); });
+  // The node sets too, while full blocks can still go to the file.
+  for (auto& [id, entry] : mNodes) {
+    if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) pass.SaveNodeSets(*sets);
+  }
+}
+
+void Tree::FlushAndClose(QovJbf::JbFile& file, const std::string& comment) {
+  SaveTree(file);
+  if (mHasViewPoints) SaveViewPoints(file);
+  SaveGlobalInfo(file, comment);
+  for (const std::string& stream : {kHeavyData, kRyxTree, kLightData, kAttributes, kResources,
+                                    kGlobalInformation, kViewPoints}) {
+    file.AddBlockTransformation(stream, QovJbf::BlockFlag::kCompressed);
+  }
+  file.GetIndex().WriteAllBuffersToFileStream(file.GetStream());
+  file.CloseFile();
+}
+
+void Tree::SaveTree(QovJbf::JbFile& file) {
+  Qov::Log::Trace(kSource) << "Saving ryx tree ...";
+  // Every record holds the length of the light data so far, which may be 0 to the end.
+  file.GetIndex().GetWritingBlockIndex(kLightData);
+  file.GetIndex().Put(kRyxTree, static_cast<std::int32_t>(mNodes.GetSize()));
+  for (const auto& [id, entry] : mNodes) SaveRecord(file, entry);
+  Qov::Log::Trace(kSource) << "Ryx tree saved.";
+}
+
+void Tree::SaveViewPoints(QovJbf::JbFile& file) {
+  QovJbf::Index& index = file.GetIndex();
+  index.Put(kViewPoints, mViewPoint);
+  index.Put(kViewPoints, static_cast<std::uint32_t>(mViewPointPaths.size()));
+  for (const ViewPointPath& path : mViewPointPaths) SaveViewPointPath(index, path);
+  index.Put(kViewPoints, mSequencerData);
+  file.AddBlockTransformation(kViewPoints, QovJbf::BlockFlag::kCompressed);
+}
+
+void Tree::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment) {
+  Qov::Log::Trace(kSource) << "Saving global information ...";
+  mCurrentModifier.mDate = FormatLocalTime();
+  mCurrentModifier.mFileVersion = mFileVersion;
+  if (mRecordMachine) {
+    mCurrentModifier.mHost = GetHostName();
+    mCurrentModifier.mUser = GetUserName();
+  }
+  mCurrentModifier.mComment = comment;
+  mModifiers.push_back(mCurrentModifier);
+  QovJbf::Index& index = file.GetIndex();
+  index.Put(kGlobalInformation, static_cast<std::uint32_t>(mModifiers.size()));
+  for (const ModifierInfo& modifier : mModifiers) index.Put(kGlobalInformation, modifier);
+  file.AddBlockTransformation(kGlobalInformation, QovJbf::BlockFlag::kCompressed);
+  Qov::Log::Trace(kSource) << "Global information saved.";
+}
+
+}  // namespace QovRyx

@@ -1,0 +1,11 @@
+# The merge operations, on top of the model.
+set(QOV_MERGE_HEADERS
+  Ryx/FileArrangement.h
+  Ryx/InstanceNames.h
+  Ryx/RyxMerge.h)
+set(QOV_MERGE_SOURCES
+  AppendResults.cpp
+  FileArrangement.cpp
+  InstanceNames.cpp
+  MergeSteps.cpp
+  RyxMerge.cpp)

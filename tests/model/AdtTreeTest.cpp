@@ -1,0 +1,72 @@
+#include "Qov/Adt/AdtTree.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "Qov/Ryx/Group.h"
+#include "Qov/Ryx/Node.h"
+#include "support/Errors.h"
+
+namespace {
+
+using NodeTree = QovAdt::Tree<std::unique_ptr<QovRyx::Node>>;
+using Links = std::array<std::uint32_t, 6>;
+
+Links LinksOf(const NodeTree& tree, std::uint32_t id) {
+  const auto& node = tree.GetReqNode(id);
+  return {node.mId,          node.mParent,     node.mPreviousSibling,
+          node.mNextSibling, node.mFirstChild, node.mLastChild};
+}
+
+template <class Call>
+void ExpectNotFound(Call call) {
+  Qov::Test::ExpectError(Qov::Test::ErrorType::ElementNotFound, "Element Not Found", call);
+}
+
+TEST(AdtTree, StartsWithTheRootAlone) {
+  NodeTree tree;
+  EXPECT_EQ(tree.GetSize(), 1U);
+  EXPECT_EQ(tree.GetNextId(), 2U);
+  EXPECT_EQ(LinksOf(tree, 1), (Links{1, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(tree.GetCurrentNode().mData, nullptr);
+}
+
+TEST(AdtTree, LinksChildrenInTheOrderTheyCome) {
+  NodeTree tree;
+  for (int i = 0; i < 3; ++i) {
+    tree.SetCurrentId(1);
+    tree.AddChild(nullptr);
+  }
+  EXPECT_EQ(tree.GetCurrentId(), 4U);
+  EXPECT_EQ(LinksOf(tree, 1), (Links{1, 0, 0, 0, 2, 4}));
+  EXPECT_EQ(LinksOf(tree, 2), (Links{2, 1, 0, 3, 0, 0}));
+  EXPECT_EQ(LinksOf(tree, 3), (Links{3, 1, 2, 4, 0, 0}));
+  EXPECT_EQ(LinksOf(tree, 4), (Links{4, 1, 3, 0, 0, 0}));
+}
+
+TEST(AdtTree, RefusesIdsThatWereNeverHandedOut) {
+  NodeTree tree;
+  tree.PutNode({.mId = 7, .mParent = 1, .mData = nullptr});
+  EXPECT_EQ(tree.GetNextId(), 8U);
+  ExpectNotFound([&] { tree.SetCurrentId(8); });
+  ExpectNotFound([&] { tree.GetReqNode(5); });
+  tree.SetCurrentId(5);  // below the next id, though there is no such entry
+  ExpectNotFound([&] { tree.GetCurrentNode(); });
+}
+
+TEST(AdtTree, MovesToTheFirstNodeOfNameTypeAndVersion) {
+  NodeTree tree;
+  tree.AddChild(std::make_unique<QovRyx::FutureNode>("Cut-Sections"));
+  tree.AddChild(std::make_unique<QovRyx::Group>("Cut-Sections"));
+  tree.AddChild(std::make_unique<QovRyx::Group>("Cut-Sections"));
+  tree.MoveToNode(QovRyx::Group("Cut-Sections"), QovRyx::NodesWithSameName());
+  EXPECT_EQ(tree.GetCurrentId(), 3U);
+  ExpectNotFound(
+      [&] { tree.MoveToNode(QovRyx::Group("cut-sections"), QovRyx::NodesWithSameName()); });
+  EXPECT_EQ(tree.GetCurrentId(), 3U);
+}
+
+}  // namespace

@@ -1,0 +1,86 @@
+#include "Qov/Ryx/AttributesIo.h"
+
+#include <gtest/gtest.h>
+
+#include "support/Errors.h"
+#include "support/Streams.h"
+#include "support/TempDir.h"
+
+namespace {
+
+using QovUtil::AttributeMap;
+
+const std::string kKey = "Attributes";
+
+TEST(AttributesIo, WritesSixColumnsWithTheStringsLast) {
+  QovJbf::JbFile file;
+  QovUtil::WriteAttributesToJbf(
+      file, kKey, {{"b", std::string("mm")}, {"a", std::uint32_t{7}}, {"B", 2.0}, {"c", 1.0F}});
+  EXPECT_EQ(Qov::Test::StreamBytes(file, kKey),
+            "04000000"                  // four names, byte by byte in order
+            "0100000042"                // B
+            "0100000061"                // a
+            "0100000062"                // b
+            "0100000063"                // c
+            "0400000003000201"          // types: double, unsigned, string, float
+            "0100000007000000"          // unsigned
+            "010000000000803f"          // float
+            "010000000000000000000040"  // double
+            "01000000020000006d6d");    // string
+}
+
+TEST(AttributesIo, ReadsBackWhatItWrote) {
+  const Qov::Test::TempDir dir;
+  const AttributeMap empty;
+  const AttributeMap full = {{"", std::string()},
+                             {"Mass", 1.5},
+                             {"mass", 2.5F},
+                             {"n\xff", std::uint32_t{0xFFFFFFFF}},
+                             {"unit", std::string("kg")}};
+  QovJbf::JbFile written;
+  QovUtil::WriteAttributesToJbf(written, kKey, empty);
+  QovUtil::WriteAttributesToJbf(written, kKey, full);
+  Qov::Test::WriteTo(written, dir / "a.jbf");
+
+  QovJbf::JbFile read;
+  read.OpenFile(dir / "a.jbf", "rb");
+  AttributeMap first;
+  AttributeMap second;
+  QovUtil::ReadAttributesFromJbf(read, kKey, first);
+  QovUtil::ReadAttributesFromJbf(read, kKey, second);
+  EXPECT_EQ(first, empty);
+  EXPECT_EQ(second, full);
+}
+
+struct BadColumns {
+  std::vector<std::string> mNames;
+  std::vector<std::uint8_t> mTypes;
+  std::vector<std::uint32_t> mUnsigned;
+};
+
+TEST(AttributesIo, RefusesColumnsThatDisagree) {
+  const std::vector<BadColumns> cases = {
+      {{"a"}, {}, {}},          // no type
+      {{"a"}, {0}, {}},         // no value
+      {{"a"}, {0}, {1, 2}},     // a value too many
+      {{"a"}, {0, 0}, {1, 2}},  // a type too many
+      {{}, {}, {1}},            // a value for no name
+      {{"a"}, {4}, {1}},        // no such type
+  };
+  for (const BadColumns& bad : cases) {
+    const Qov::Test::TempDir dir;
+    QovJbf::JbFile written;
+    written.GetIndex().Put(kKey, bad.mNames);
+    written.GetIndex().Put(kKey, bad.mTypes);
+    written.GetIndex().Put(kKey, bad.mUnsigned);
+    for (int i = 0; i < 3; ++i) written.GetIndex().Put(kKey, std::uint32_t{0});
+    Qov::Test::WriteTo(written, dir / "a.jbf");
+    QovJbf::JbFile read;
+    read.OpenFile(dir / "a.jbf", "rb");
+    AttributeMap attributes;
+    Qov::Test::ExpectError(Qov::Test::ErrorType::MismatchError, "attribute map disagree",
+                           [&] { QovUtil::ReadAttributesFromJbf(read, kKey, attributes); });
+  }
+}
+
+}  // namespace

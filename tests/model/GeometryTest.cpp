@@ -1,0 +1,80 @@
+#include "Qov/Ryx/Geometry.h"
+
+#include <gtest/gtest.h>
+
+#include "support/Errors.h"
+#include "support/Streams.h"
+
+namespace {
+
+using QovRyx::Geometry;
+using QovRyx::NumericArray;
+
+Geometry::VarStruct MakeVariable(const std::string& name, std::uint32_t kind) {
+  Geometry::VarStruct variable;
+  variable.mName = name;
+  variable.mKind = kind;
+  return variable;
+}
+
+TEST(Geometry, FindsTheFirstVariableOfAName) {
+  Geometry geometry("g");
+  for (const char* name : {"a", "b", "a"}) geometry.AppendVariable(MakeVariable(name, 12));
+  EXPECT_EQ(geometry.GetOrAddVariableIndex("a"), 0U);
+  geometry.RenameVariable(0, "b");
+  EXPECT_EQ(geometry.GetOrAddVariableIndex("a"), 2U);
+  EXPECT_EQ(geometry.GetOrAddVariableIndex("b"), 0U);
+  EXPECT_EQ(geometry.GetOrAddVariableIndex("new"), 3U);
+  EXPECT_EQ(geometry.GetVariables()[3].mKind, Geometry::kNoKind);
+  EXPECT_EQ(geometry.GetOrAddVariableIndex("new"), 3U);
+}
+
+TEST(Geometry, WritesDescriptors) {
+  Geometry geometry("g");
+  auto stored = MakeVariable("S", 0x28);
+  stored.mKindHighByte = 5;
+  stored.mValues = NumericArray::Of(std::vector<float>{1.0F, 2.0F, 3.0F}, 3);
+  stored.mFlag1 = 2;
+  stored.mFlag2 = 3;
+  stored.mValue1 = 4;
+  stored.mValue2 = 5;
+  stored.mFlag3 = 6;
+  stored.mFlag = 7;
+  stored.mOffset = 0x1122334455;
+  auto linked = MakeVariable("L", Geometry::kNoKind);
+  linked.mKindHighByte = 9;  // has no place beside "no kind"
+  linked.mLinked = true;
+  linked.mLink = {5, 1};
+  geometry.AppendVariable(stored);
+  geometry.AppendVariable(linked);
+
+  QovJbf::JbFile file;
+  geometry.WriteJb(file, "Light Data", "Heavy Data", "Attributes", geometry.GetVersion());
+  EXPECT_EQ(Qov::Test::StreamBytes(file, "Light Data"),
+            "02000000"
+            "0100000053"        // S
+            "28000005"          // kind and its high byte
+            "00"                // not linked
+            "0c00000003"        // size, width
+            "0203"              // flags
+            "0400000005000000"  // values
+            "06"                // flag
+            "5544332211000000"  // offset
+            "07"                // flag
+            "010000004c"        // L
+            "ffffffff"          // no kind
+            "01"                // linked
+            "0500000001000000"  // to the second variable of node 5
+            "00");
+}
+
+TEST(Geometry, WantsAnOffsetForEveryStoredVariable) {
+  Geometry geometry("g");
+  geometry.AppendVariable(MakeVariable("S", 12));
+  QovJbf::JbFile file;
+  Qov::Test::ExpectError(Qov::Test::ErrorType::ElementNotFound, "Element Not Found", [&] {
+    geometry.WriteJb(file, "Light Data", "Heavy Data", "Attributes", "0.7");
+  });
+}
+
+}  // namespace

@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include "support/ModelCompare.h"
+#include "support/TempDir.h"
+
+namespace Qov::Test {
+namespace {
+
+using namespace QovRyx;
+
+constexpr Geometry::Link kNowhere{99, 0};
+
+/// Two geometries, ids 2 and 3. Variable 0 of the first is the only one with values of its own.
+void BuildLinks(Tree& tree, const std::vector<Geometry::Link>& links) {
+  Geometry& first = AddNode<Geometry>(tree, 1, "first");
+  first.AppendVariable(MakeVariable("values", 12, NumericArray::Of(Ramp(4, 1.0F))));
+  Geometry& second = AddNode<Geometry>(tree, 1, "second");
+  for (const auto& link : links) second.AppendVariable(MakeLinked("linked", link));
+}
+
+std::vector<float> ValuesOf(const Tree& tree, std::uint32_t id, std::size_t position) {
+  std::vector<float> values;
+  AsGeometry(tree.GetNodes().GetReqNode(id))->GetVariables()[position].mValues.GetValues(values);
+  return values;
+}
+
+TEST(Links, AreFollowedAlongChainsAndNotRoundCircles) {
+  const TempDir dir;
+  Tree tree(false);
+  BuildLinks(tree, {{3, 2}, {2, 0}, {3, 1}, {3, 4}, {3, 5}, {3, 3}, {3, 6}, kNowhere, {2, 7}});
+  SaveTree(tree, dir / "links.ryx");
+  Tree loaded(false);
+  LoadTree(loaded, dir / "links.ryx");
+  for (const std::size_t chained : {0U, 1U, 2U})
+    EXPECT_EQ(ValuesOf(loaded, 3, chained), Ramp(4, 1.0F));
+  for (const std::size_t lost : {3U, 4U, 5U, 6U, 7U, 8U})
+    EXPECT_TRUE(ValuesOf(loaded, 3, lost).empty());
+}
+
+TEST(Links, AreShiftedWithTheIdsOfTheirFile) {
+  const TempDir dir;
+  Tree tree(false);
+  BuildLinks(tree, {{2, 0}, {0xFFFFFFFF, 3}});
+  SaveTree(tree, dir / "links.ryx");
+
+  Tree merged(false);
+  auto root = std::make_unique<Group>("Merge");
+  root->mTakesModels = 1;
+  merged.GetNodes().GetCurrentNode().mData = std::move(root);
+  LoadTree(merged, dir / "links.ryx");
+  merged.Merge(dir / "links.ryx", Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+
+  const auto linkOf = [&](std::uint32_t id, std::size_t position) {
+    return AsGeometry(merged.GetNodes().GetReqNode(id))->GetVariables()[position].mLink;
+  };
+  EXPECT_EQ(linkOf(4, 0), (Geometry::Link{3, 0}));
+  EXPECT_EQ(linkOf(7, 0), (Geometry::Link{6, 0}));
+  EXPECT_EQ(linkOf(7, 1), (Geometry::Link{0xFFFFFFFF, 3}));  // leads nowhere, as before
+
+  SaveTree(merged, dir / "merged.ryx");
+  Tree loaded(false);
+  LoadTree(loaded, dir / "merged.ryx");
+  EXPECT_EQ(ValuesOf(loaded, 4, 0), Ramp(4, 1.0F));
+  EXPECT_EQ(ValuesOf(loaded, 7, 0), Ramp(4, 1.0F));
+}
+
+TEST(Links, InALongChainAreFollowedWithoutRecursion) {
+  Tree tree(false);
+  const TempDir dir;
+  std::vector<Geometry::Link> links;
+  for (std::uint32_t i = 0; i < 100000; ++i) links.push_back({3, i + 1});
+  BuildLinks(tree, links);
+  SaveTree(tree, dir / "chain.ryx");
+  Tree loaded(false);
+  LoadTree(loaded, dir / "chain.ryx");
+  EXPECT_TRUE(ValuesOf(loaded, 3, 0).empty());
+}
+
+}  // namespace
+}  // namespace Qov::Test

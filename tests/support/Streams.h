@@ -1,0 +1,74 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "Qov/Jbf/JbFile.h"
+
+namespace Qov::Test {
+
+/// The uncompressed bytes of every stream of a container file.
+using Streams = std::map<std::string, std::string>;
+
+inline Streams ReadStreams(const std::string& path) {
+  QovJbf::JbFile file;
+  file.OpenFile(path, "rb");
+  file.ReadIndex();
+  Streams streams;
+  for (const QovJbf::IndexItem& item : file.GetIndex().GetItems()) {
+    if (item.mName.front() == '\v' || streams.contains(item.mName)) continue;
+    const auto reader = file.OpenStreamReader(item.mName);
+    std::string& bytes = streams[item.mName];
+    bytes.resize(reader->GetLength());
+    reader->Read(0, bytes.data(), bytes.size());
+  }
+  return streams;
+}
+
+/// Puts the current version in the header, or another one.
+inline void WriteVersion(const std::string& path, const std::string& version) {
+  std::FILE* file = std::fopen(path.c_str(), "rb+");
+  std::fseek(file, 8, SEEK_SET);
+  std::fwrite(version.c_str(), 1, 4, file);
+  std::fclose(file);
+}
+
+/// Writes what was put into `file`, plain.
+inline void WriteTo(QovJbf::JbFile& file, const std::string& path,
+                    const std::string& version = "1.3") {
+  file.OpenFile(path, "wb+");
+  file.WriteHeader();
+  file.GetIndex().WriteAllBuffersToFileStream(file.GetStream());
+  file.CloseFile();
+  WriteVersion(path, version);
+}
+
+inline void WriteStreams(const std::string& path, const Streams& streams,
+                         const std::string& version = "1.3") {
+  QovJbf::JbFile file;
+  for (const auto& [name, bytes] : streams) {
+    file.GetIndex().GetWritingBlockIndex(name);
+    if (!bytes.empty()) file.GetIndex().Put(name, bytes.data(), bytes.size());
+  }
+  WriteTo(file, path, version);
+}
+
+/// Bytes as hex digits.
+inline std::string ToHex(const std::string& bytes) {
+  static constexpr const char* kDigits = "0123456789abcdef";
+  std::string hex;
+  for (const char c : bytes) {
+    hex += kDigits[static_cast<unsigned char>(c) >> 4];
+    hex += kDigits[static_cast<unsigned char>(c) & 15];
+  }
+  return hex;
+}
+
+/// The bytes put into the only block of a stream so far, as hex digits.
+inline std::string StreamBytes(QovJbf::JbFile& file, const std::string& stream) {
+  QovJbf::Index& index = file.GetIndex();
+  const auto& block = index.GetBlock(index.GetBlockSizeLimiter(stream).mBlocks.front());
+  return ToHex({reinterpret_cast<const char*>(block.GetData()), block.GetSize()});
+}
+
+}  // namespace Qov::Test
