@@ -1,0 +1,37 @@
+#include <exception>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CommandLine.h"
+#include "MergeRun.h"
+#include "SetLogFile.h"
+
+namespace {
+
+constexpr int kUsageError = 1;
+constexpr int kErrorOutsideMerges = 3;
+
+int Run(const std::string& program, const std::vector<std::string>& arguments) {
+  const std::optional<CommandLine> commandLine = ParseCommandLine(arguments);
+  if (!commandLine) {
+    std::cerr << "Usage: " << program << " <files_to_merge> <output_file>" << std::endl;
+    return kUsageError;
+  }
+  SetLogFile();
+  return RunMerge(*commandLine);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string program = argc > 0 ? argv[0] : "RyxMerge";
+  try {
+    const int numNames = argc > 0 ? 1 : 0;
+    return Run(program, std::vector<std::string>(argv + numNames, argv + argc));
+  } catch (const std::exception& error) {
+    std::cerr << program << ": " << error.what() << std::endl;
+    return kErrorOutsideMerges;
+  }
+}
