@@ -1,0 +1,75 @@
+#pragma once
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/TempDir.h"
+
+namespace Qov::Test {
+
+/// What a program left: its status (128 and the signal's number if it was killed) and streams.
+struct Outcome {
+  int mStatus = -1;
+  std::string mOut;
+  std::string mErr;
+};
+
+/// What a program runs under.
+struct Surroundings {
+  std::map<std::string, std::string> mEnvironment;
+  rlim_t mMaxOpenFiles = 0;  ///< 0 leaves the limit as it is.
+};
+
+inline std::string ReadFile(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+inline void WriteFile(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+/// The rest of the life of a child process.
+[[noreturn]] inline void BecomeProgram(std::vector<std::string>& command,
+                                       const Surroundings& surroundings, const TempDir& streams) {
+  const auto redirect = [&streams](int target, const char* name) {
+    ::dup2(::open((streams / name).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), target);
+  };
+  redirect(STDOUT_FILENO, "out");
+  redirect(STDERR_FILENO, "err");
+  for (const auto& [name, value] : surroundings.mEnvironment) {
+    ::setenv(name.c_str(), value.c_str(), 1);
+  }
+  if (surroundings.mMaxOpenFiles != 0) {
+    const rlimit limit{surroundings.mMaxOpenFiles, surroundings.mMaxOpenFiles};
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+  }
+  std::vector<char*> pointers;
+  for (std::string& word : command) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  ::execv(pointers[0], pointers.data());
+  ::_exit(127);
+}
+
+/// Runs a program to its end. The first word of the command is its path.
+inline Outcome RunProgram(std::vector<std::string> command, const Surroundings& surroundings) {
+  const TempDir streams;
+  const pid_t child = ::fork();
+  if (child == 0) BecomeProgram(command, surroundings, streams);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return {code, ReadFile(streams / "out"), ReadFile(streams / "err")};
+}
+
+}  // namespace Qov::Test

@@ -1,0 +1,67 @@
+#include <gmock/gmock.h>
+
+#include "Suggestion.h"
+#include "Terminal.h"
+#include "TextTable.h"
+
+namespace Qov::Tools {
+namespace {
+
+using testing::ElementsAre;
+
+const TextStyle kPipe;
+const TextStyle kUtf8Terminal{true, true, true, 80};
+const TextStyle kAsciiTerminal{true, false, false, 80};
+
+TEST(RyxEscape, SuitsWhereTheTextGoes) {
+  struct Case {
+    std::string mText, mPipe, mUtf8, mAscii;
+  };
+  const std::vector<Case> cases = {
+      {"Stress\x1ELC1", "Stress\\x1ELC1", "Stress\u241ELC1", "Stress\\x1ELC1"},
+      {"Stress\\x1ELC1", "Stress\\\\x1ELC1", "Stress\\\\x1ELC1", "Stress\\\\x1ELC1"},
+      {"\u241E", "\\xE2\\x90\\x9E", "\\xE2\\x90\\x9E", "\\xE2\\x90\\x9E"},
+      {"\u00E4\u20AC\U0001F600", "\u00E4\u20AC\U0001F600", "\u00E4\u20AC\U0001F600",
+       "\\xC3\\xA4\\xE2\\x82\\xAC\\xF0\\x9F\\x98\\x80"},
+  };
+  for (const Case& text : cases) {
+    EXPECT_EQ(Escape(text.mText, kPipe), text.mPipe);
+    EXPECT_EQ(Escape(text.mText, kUtf8Terminal), text.mUtf8);
+    EXPECT_EQ(Escape(text.mText, kAsciiTerminal), text.mAscii);
+  }
+}
+
+TEST(RyxEscape, TakesOnlyWellFormedUtf8ForText) {
+  EXPECT_EQ(Escape("\xC0\xAF", kPipe), "\\xC0\\xAF");                    // overlong
+  EXPECT_EQ(Escape("\xE0\x80\xAF", kPipe), "\\xE0\\x80\\xAF");           // overlong
+  EXPECT_EQ(Escape("\xED\xA0\x80", kPipe), "\\xED\\xA0\\x80");           // a surrogate
+  EXPECT_EQ(Escape("\xF4\x90\x80\x80", kPipe), "\\xF4\\x90\\x80\\x80");  // above U+10FFFF
+  EXPECT_EQ(Escape("a\xE2\x82", kPipe), "a\\xE2\\x82");                  // cut off
+  EXPECT_EQ(Escape("\xE2(\x82", kPipe), "\\xE2(\\x82");
+  EXPECT_EQ(Escape(std::string("\0\x1F\x7F", 3), kUtf8Terminal), "\\x00\\x1F\\x7F");
+}
+
+TEST(RyxTextTable, KeepsColumnsInPlaceWhateverTheCellsHold) {
+  TextTable table({{"NAME"}, {"COUNT", TextTable::Align::Right}, {"EMPTY"}, {"NOTE"}}, 6);
+  table.AddRow({"short", "7", "", "a last cell may be long"});
+  table.AddRow({"longer than that", "123", "", ""});
+  table.AddRow({"\u00E4\u00F6\u00FC", "1000000", "", "x"});
+  EXPECT_THAT(table.GetLines(), ElementsAre("NAME   COUNT  NOTE",                     //
+                                            "short      7  a last cell may be long",  //
+                                            "longer than that",                       //
+                                            "         123",                           //
+                                            "\u00E4\u00F6\u00FC    1000000",          //
+                                            "              x"));
+}
+
+TEST(RyxSuggest, NamesTheNearestWordOrNone) {
+  const std::vector<std::string> words = {"ls", "sample", "--help"};
+  EXPECT_EQ(Suggest("sampel", words), "sample");
+  EXPECT_EQ(Suggest("l", words), "ls");
+  EXPECT_EQ(Suggest("-help", words), "--help");
+  EXPECT_EQ(Suggest("merge", words), "");
+  EXPECT_EQ(Suggest(std::string(100000, 's'), words), "");
+}
+
+}  // namespace
+}  // namespace Qov::Tools

@@ -1,0 +1,212 @@
+#include "ModelReport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <exception>
+
+#include "ErrorText.h"
+#include "ModelStatistics.h"
+#include "TextTable.h"
+#include "TreeLines.h"
+#include "TreeWalk.h"
+#include "ValueText.h"
+
+namespace Qov::Tools {
+namespace {
+
+using QovRyx::Geometry;
+using Lines = std::vector<std::string>;
+using Align = TextTable::Align;
+
+/// Columns wider than this are taken for exceptions.
+std::size_t WidthLimit(const TextStyle& style) {
+  constexpr std::size_t kLimit = 40;
+  return style.mTerminal ? std::clamp<std::size_t>(style.mWidth / 3, 12, kLimit) : kLimit;
+}
+
+/// Makes the lines that belong to a node.
+class NodeReport {
+ public:
+  NodeReport(const QovRyx::Tree& tree, const TextStyle& style)
+      : mTree(tree), mStyle(style), mStatistics(tree.GetNodes(), style) {}
+
+  std::string Label(const TreeWalk::Step& step) const;
+  Lines Content(const QovRyx::Node& node);
+  bool HasTrouble() const { return mTrouble; }
+
+ private:
+  Lines Results(const Geometry& geometry);
+  Lines Sets(const QovRyx::NodeSets& sets);
+  std::string LinkText(const Geometry::VarStruct& variable) const;
+  std::string Trouble(const std::string& text);
+  std::vector<std::string> ResultRow(const Geometry::VarStruct& variable);
+
+  const QovRyx::Tree& mTree;
+  TextStyle mStyle;
+  ModelStatistics mStatistics;
+  bool mTrouble = false;
+};
+
+std::string NodeReport::Label(const TreeWalk::Step& step) const {
+  if (step.mEntry == nullptr) return fmt::format("(there is no node {})", step.mId);
+  if (step.mAgain) return fmt::format("(node {} again)", step.mId);
+  const QovRyx::Node* node = step.mEntry->mData.get();
+  if (node == nullptr) return fmt::format("(node {} without content)", step.mId);
+  const std::string mark = fmt::format("[{} {}]", node->GetType(), step.mId);
+  return Bold(Escape(node->GetName(), mStyle), mStyle) + " " + Dim(mark, mStyle);
+}
+
+Lines AttributeLines(const QovUtil::AttributeMap& attributes, const TextStyle& style) {
+  if (attributes.empty()) return {};
+  return {AttributesText(attributes, style)};
+}
+
+Lines NodeReport::Content(const QovRyx::Node& node) {
+  if (const auto* group = dynamic_cast<const QovRyx::Group*>(&node)) {
+    return AttributeLines(group->mAttributes, mStyle);
+  }
+  if (const auto* geometry = dynamic_cast<const Geometry*>(&node)) return Results(*geometry);
+  if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(&node)) return Sets(*sets);
+  return {};
+}
+
+std::string NodeReport::Trouble(const std::string& text) {
+  mTrouble = true;
+  return "(cannot be read: " + text + ")";
+}
+
+Lines NodeReport::Results(const Geometry& geometry) {
+  if (geometry.GetVariables().empty()) return {};
+  TextTable table({{"NAME"},
+                   {"KIND", Align::Right},
+                   {"WIDTH", Align::Right},
+                   {"COUNT", Align::Right},
+                   {"MINIMUM", Align::Right},
+                   {"MAXIMUM", Align::Right},
+                   {"NAN", Align::Right},
+                   {"LINK"},
+                   {"ATTRIBUTES"},
+                   {"TROUBLE"}},
+                  WidthLimit(mStyle));
+  for (const auto& variable : geometry.GetVariables()) table.AddRow(ResultRow(variable));
+  return table.GetLines();
+}
+
+std::vector<std::string> NodeReport::ResultRow(const Geometry::VarStruct& variable) {
+  const QovRyx::NumericArray& array = variable.mValues;
+  std::vector<std::string> row{Escape(variable.mName, mStyle),
+                               KindText(variable),
+                               fmt::format("{}", array.GetWidth()),
+                               CountText(array),
+                               "",
+                               "",
+                               "",
+                               LinkText(variable),
+                               AttributesText(variable.mAttributes, mStyle),
+                               ""};
+  const ModelStatistics::Entry* entry = mStatistics.Find(array);
+  if (entry == nullptr) return row;
+  const ArrayStatistics& statistics = entry->mStatistics;
+  if (statistics.HasRange()) {
+    row[4] = NumberText(statistics.mMinimum, entry->mIntegers);
+    row[5] = NumberText(statistics.mMaximum, entry->mIntegers);
+  }
+  if (statistics.mNumNaN != 0) row[6] = fmt::format("{}", statistics.mNumNaN);
+  if (!entry->mError.empty()) row[9] = Trouble(entry->mError);
+  return row;
+}
+
+/// "node: result", and whether values are found there.
+std::string NodeReport::LinkText(const Geometry::VarStruct& variable) const {
+  if (!variable.mLinked) return "";
+  const auto* entry = mTree.GetNodes().FindNode(variable.mLink.mNode);
+  const Geometry* target = entry == nullptr ? nullptr : QovRyx::AsGeometry(*entry);
+  if (target == nullptr || variable.mLink.mVariable >= target->GetVariables().size()) {
+    return fmt::format("leads nowhere (node {}, result {})", variable.mLink.mNode,
+                       variable.mLink.mVariable);
+  }
+  const Geometry::VarStruct& named = target->GetVariables()[variable.mLink.mVariable];
+  const bool found = !named.mLinked || variable.mValues.GetLoader() != nullptr;
+  return fmt::format("{} [{}]: {}{}", Escape(target->GetName(), mStyle), variable.mLink.mNode,
+                     Escape(named.mName, mStyle), found ? "" : ", which leads nowhere");
+}
+
+Lines NodeReport::Sets(const QovRyx::NodeSets& sets) {
+  Lines lines = AttributeLines(sets.mAttributes, mStyle);
+  try {
+    TextTable table({{"SET"}, {"COUNT", Align::Right}}, WidthLimit(mStyle));
+    const auto content = sets.GetSets();
+    for (const auto& set : content) {
+      table.AddRow({Escape(set.mName, mStyle), fmt::format("{}", set.mValues.size())});
+    }
+    const Lines rows = content.empty() ? Lines{} : table.GetLines();
+    lines.insert(lines.end(), rows.begin(), rows.end());
+  } catch (const std::exception& error) {
+    lines.push_back(Trouble(DescribeError(error, mStyle)));
+  }
+  return lines;
+}
+
+std::string Plural(std::size_t count, const char* noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+std::string PathText(const QovRyx::ViewPointPath& path, const TextStyle& style) {
+  std::string text = fmt::format("  path {} ({})", Escape(path.mName, style),
+                                 Plural(path.mViewPoints.size(), "view"));
+  const char* separator = ": ";
+  for (const QovRyx::ViewPoint& view : path.mViewPoints) {
+    text += separator + (view.mName.empty() ? "(no name)" : Escape(view.mName, style));
+    separator = ", ";
+  }
+  return text;
+}
+
+std::string ModifierText(const QovRyx::ModifierInfo& modifier, const TextStyle& style) {
+  std::string text = modifier.mApplication.empty() ? "(unnamed program)" : modifier.mApplication;
+  if (!modifier.mApplicationVersion.empty()) text += " " + modifier.mApplicationVersion;
+  text += ", file version " + modifier.mFileVersion + ", " + modifier.mDate;
+  for (const std::string* further : {&modifier.mUser, &modifier.mHost, &modifier.mComment}) {
+    if (!further->empty()) text += ", " + *further;
+  }
+  return "  " + Escape(text, style);
+}
+
+}  // namespace
+
+bool ReportNodes(const QovRyx::Tree& tree, Output& output) {
+  NodeReport report(tree, output.GetStyle());
+  const TreeLines lines(output.GetStyle());
+  TreeWalk walk(tree.GetNodes());
+  bool astray = false;
+  while (const auto step = walk.Next()) {
+    if (step->mAstray && !astray) output.Line("Reached by no link:");
+    astray = astray || step->mAstray;
+    output.Line(lines.BeforeEntry(walk, *step) + report.Label(*step));
+    if (step->mEntry == nullptr || step->mAgain || !step->mEntry->mData) continue;
+    const std::string before = lines.BeforeContent(walk, *step);
+    for (const auto& line : report.Content(*step->mEntry->mData)) output.Line(before + line);
+  }
+  return !report.HasTrouble();
+}
+
+void ReportViews(const QovRyx::Tree& tree, Output& output) {
+  if (!tree.HasViewPoints()) return;
+  const TextStyle& style = output.GetStyle();
+  output.Line("Views");
+  output.Line("  current view " + Escape(tree.GetViewPoint().mName, style));
+  for (const auto& path : tree.GetViewPointPaths()) output.Line(PathText(path, style));
+  const QovRyx::SequencerData& sequencer = tree.GetSequencerData();
+  output.Line(fmt::format("  sequencer {} ({}, {})", Escape(sequencer.mName, style),
+                          Plural(sequencer.mActions.mSlots.size(), "action"),
+                          Plural(sequencer.mSequences.size(), "sequence")));
+}
+
+void ReportHistory(const QovRyx::Tree& tree, Output& output) {
+  if (tree.GetModifiers().empty()) return;
+  output.Line("History");
+  for (const auto& entry : tree.GetModifiers()) output.Line(ModifierText(entry, output.GetStyle()));
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+
+#include "ArrayStatistics.h"
+#include "Qov/Ryx/Tree.h"
+#include "Terminal.h"
+
+namespace Qov::Tools {
+
+/// Whether the variable's values are unsigned integers, not floats.
+bool HoldsIntegers(const QovRyx::Geometry::VarStruct& variable);
+
+/// The statistics of all arrays that lie in a loaded model's file, each read once, one at a time,
+/// in the order in which they are stored.
+class ModelStatistics {
+ public:
+  struct Entry {
+    ArrayStatistics mStatistics;
+    bool mIntegers = false;
+    std::string mError;  ///< Why the array could not be read; empty if it could.
+  };
+
+  ModelStatistics(const QovRyx::NodeTree& nodes, const TextStyle& style);
+
+  /// Null for an array that has no values in a file. Linked variables share the entry of the one
+  /// whose values they take.
+  const Entry* Find(const QovRyx::NumericArray& array) const;
+
+ private:
+  std::unordered_map<const QovRyx::DataLoader*, Entry> mEntries;
+};
+
+}  // namespace Qov::Tools

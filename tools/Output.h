@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdio>
+#include <string_view>
+
+#include "Terminal.h"
+
+namespace Qov::Tools {
+
+/// Thrown when whoever read the output has gone: there is nothing left to do, and no error.
+struct ClosedPipe {};
+
+/// Lines of text for a stream that stays the caller's.
+class Output {
+ public:
+  Output(std::FILE* stream, const TextStyle& style) : mStream(stream), mStyle(style) {}
+
+  /// Writes the text and a newline. Throws ClosedPipe, or raises WriteError.
+  void Line(std::string_view text = "");
+  /// To be called at the end, so that no failure to write goes unnoticed. Throws as Line does.
+  void Flush();
+
+  const TextStyle& GetStyle() const { return mStyle; }
+
+ private:
+  std::FILE* mStream;
+  TextStyle mStyle;
+};
+
+/// Makes sure that no file that is opened later takes the place of a standard stream that the
+/// caller closed, where it would receive our lines. To be called first.
+void OccupyStandardStreams();
+
+}  // namespace Qov::Tools

@@ -1,0 +1,133 @@
+#include "Program.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "ErrorText.h"
+#include "Suggestion.h"
+
+namespace Qov::Tools {
+namespace {
+
+constexpr const char* kName = "ryx";
+constexpr const char* kFooter =
+    "Every subcommand has its own help with an example: ryx SUBCOMMAND --help\n"
+    "Exit status: 0 all is well, 2 something could not be done.";
+
+/// The parser and the subcommands that it fills.
+struct CommandLine {
+  CommandLine();
+
+  CLI::App mApp{"Looks into ryx models and makes them.", kName};
+  std::vector<std::unique_ptr<Command>> mCommands = MakeCommands();
+};
+
+CommandLine::CommandLine() {
+  mApp.set_version_flag("--version", std::string(kName) + " " QOV_TOOLS_VERSION);
+  mApp.footer(kFooter);
+  for (const auto& command : mCommands) {
+    CLI::App* subcommand = mApp.add_subcommand(command->GetName(), command->GetSummary());
+    subcommand->footer(command->GetFooter());
+    command->Declare(*subcommand);
+  }
+}
+
+void PrintText(std::string text, Output& output) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  output.Line(text);
+}
+
+const CLI::App& ChosenApp(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? app : *chosen.front();
+}
+
+/// Everything that could stand where a word was not understood.
+std::vector<std::string> KnownWords(const CLI::App& app) {
+  std::vector<std::string> words;
+  for (const CLI::App* subcommand : app.get_subcommands([](const CLI::App*) { return true; })) {
+    words.push_back(subcommand->get_name());
+  }
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) words.push_back("--" + name);
+  }
+  return words;
+}
+
+std::string DescribeUnknownWord(const CLI::App& app, const std::string& word,
+                                const TextStyle& style) {
+  const bool isOption = word.starts_with('-');
+  const char* kind = isOption ? "option" : app.get_parent() == nullptr ? "subcommand" : "argument";
+  std::string text = fmt::format("unknown {} \"{}\"", kind, Escape(word, style));
+  const std::string suggestion = Suggest(word, KnownWords(app));
+  if (!suggestion.empty()) text += fmt::format(", did you mean \"{}\"?", suggestion);
+  return text;
+}
+
+int ReportMisuse(const CLI::App& app, const CLI::ParseError& error, Output& errors) {
+  const CLI::App& chosen = ChosenApp(app);
+  const std::vector<std::string> unknown = app.remaining(true);
+  const std::string text = unknown.empty()
+                               ? Escape(error.what(), errors.GetStyle())
+                               : DescribeUnknownWord(chosen, unknown.front(), errors.GetStyle());
+  errors.Line(fmt::format("{}: {}", kName, text));
+  errors.Line(
+      fmt::format("Try \"{}{} --help\".", kName, &chosen == &app ? "" : " " + chosen.get_name()));
+  return kTrouble;
+}
+
+int RunChosen(CommandLine& line, Output& output, Output& errors) {
+  for (const auto& command : line.mCommands) {
+    if (!line.mApp.got_subcommand(command->GetName())) continue;
+    const int status = command->Run(output, errors);
+    output.Flush();
+    return status;
+  }
+  PrintText(line.mApp.help(), errors);
+  return kTrouble;
+}
+
+int ParseAndRun(int argc, const char* const* argv, Output& output, Output& errors) {
+  CommandLine line;
+  try {
+    line.mApp.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    PrintText(line.mApp.help(), output);
+    output.Flush();
+    return kSuccess;
+  } catch (const CLI::CallForVersion& version) {
+    PrintText(version.what(), output);
+    output.Flush();
+    return kSuccess;
+  } catch (const CLI::ParseError& error) {
+    return ReportMisuse(line.mApp, error, errors);
+  }
+  return RunChosen(line, output, errors);
+}
+
+int ReportTrouble(const std::exception& error, Output& errors) {
+  try {
+    errors.Line(fmt::format("{}: {}", kName, DescribeError(error, errors.GetStyle())));
+  } catch (...) {
+    // There is nobody left to tell; the status does.
+  }
+  return kTrouble;
+}
+
+}  // namespace
+
+int RunProgram(int argc, const char* const* argv, Output& output, Output& errors) {
+  try {
+    return ParseAndRun(argc, argv, output, errors);
+  } catch (const ClosedPipe&) {
+    return kSuccess;
+  } catch (const std::exception& error) {
+    return ReportTrouble(error, errors);
+  }
+}
+
+}  // namespace Qov::Tools

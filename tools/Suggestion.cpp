@@ -1,0 +1,41 @@
+#include "Suggestion.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+
+namespace Qov::Tools {
+namespace {
+
+/// How many letters have to be inserted, removed or replaced to make one word of the other.
+std::size_t EditDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = row[0]++;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
+std::string Suggest(std::string_view word, const std::vector<std::string>& candidates) {
+  constexpr std::size_t kLongestWord = 64;  // nobody mistypes a name of ours into more
+  std::string best;
+  if (word.size() > kLongestWord) return best;
+  std::size_t bestDistance = std::max<std::size_t>(3, word.size() / 3 + 1);
+  for (const std::string& candidate : candidates) {
+    const std::size_t distance = EditDistance(word, candidate);
+    if (distance >= bestDistance || distance >= candidate.size()) continue;
+    best = candidate;
+    bestDistance = distance;
+  }
+  return best;
+}
+
+}  // namespace Qov::Tools

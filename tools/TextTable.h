@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Qov::Tools {
+
+/// Cells in aligned columns. A column in which every cell is empty is left out. A cell that is
+/// wider than the limit does not push its column out: the rest of its row goes to a line of its
+/// own.
+class TextTable {
+ public:
+  enum class Align { Left, Right };
+  struct Column {
+    std::string mHeading;
+    Align mAlign = Align::Left;
+  };
+
+  TextTable(std::vector<Column> columns, std::size_t widthLimit);
+
+  /// One cell a column, escaped.
+  void AddRow(std::vector<std::string> cells);
+  /// The headings and the rows, without trailing blanks.
+  std::vector<std::string> GetLines() const;
+
+ private:
+  using Row = std::vector<std::string>;
+
+  bool IsShown(std::size_t column) const { return mWidths[column] != 0; }
+  void AppendLines(const Row& row, std::vector<std::string>& lines) const;
+
+  std::vector<Column> mColumns;
+  std::size_t mWidthLimit;
+  std::vector<Row> mRows;
+  std::vector<std::size_t> mWidths;  // 0: no cell has any text yet
+};
+
+}  // namespace Qov::Tools

@@ -1,0 +1,36 @@
+#include "TreeLines.h"
+
+#include <fmt/format.h>
+
+namespace Qov::Tools {
+namespace {
+
+constexpr std::size_t kDeepestDrawn = 32;
+constexpr const char* kBlank = "    ";
+
+}  // namespace
+
+std::string TreeLines::BeforeEntry(const TreeWalk& walk, const TreeWalk::Step& step) const {
+  if (step.mDepth > kDeepestDrawn) {
+    return Passing(walk, kDeepestDrawn) + fmt::format("[level {}] ", step.mDepth + 1);
+  }
+  const char* more = mStyle.mUtf8 ? "├── " : "|-- ";
+  const char* last = mStyle.mUtf8 ? "└── " : "`-- ";
+  return Passing(walk, step.mDepth) + (walk.IsOpen(step.mDepth) ? more : last);
+}
+
+std::string TreeLines::BeforeContent(const TreeWalk& walk, const TreeWalk::Step& step) const {
+  if (step.mDepth > kDeepestDrawn) return Passing(walk, kDeepestDrawn) + kBlank;
+  const bool hasChildren = walk.IsOpen(step.mDepth + 1);
+  return Passing(walk, step.mDepth + (hasChildren ? 2 : 1)) + (hasChildren ? "" : "  ");
+}
+
+/// The lines of the levels above, as far as something follows on them.
+std::string TreeLines::Passing(const TreeWalk& walk, std::size_t depth) const {
+  const char* line = mStyle.mUtf8 ? "│   " : "|   ";
+  std::string text;
+  for (std::size_t i = 0; i < depth; ++i) text += walk.IsOpen(i) ? line : kBlank;
+  return text;
+}
+
+}  // namespace Qov::Tools

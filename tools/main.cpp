@@ -1,0 +1,14 @@
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+
+#include "Program.h"
+
+int main(int argc, char** argv) {
+  Qov::Tools::OccupyStandardStreams();
+  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is noticed where it is written to
+  Qov::Tools::Output output(stdout, Qov::Tools::DetectStyle(STDOUT_FILENO));
+  Qov::Tools::Output errors(stderr, Qov::Tools::DetectStyle(STDERR_FILENO));
+  return Qov::Tools::RunProgram(argc, argv, output, errors);
+}
