@@ -1,0 +1,77 @@
+# Shared by the scripts of this repository: source it, do not run it.
+# shellcheck shell=bash
+#
+# It stops the script at the first command that fails and says in which step that was, and it
+# changes to the top folder of the repository.
+
+set -Eeuo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+current_step="start"
+trap 'echo "FAILED: $current_step" >&2' ERR
+
+# What the programs and their tests are built with.
+# shellcheck disable=SC2034  # used by the scripts
+build_packages=(
+  g++ cmake ninja-build
+  zlib1g-dev libboost-filesystem-dev libboost-system-dev
+  libcli11-dev libfmt-dev nlohmann-json3-dev
+  libgtest-dev libgmock-dev
+)
+
+step() {
+  current_step="$*"
+  printf '\n==> %s\n' "$*"
+}
+
+is_installed() {
+  [[ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" == installed ]]
+}
+
+as_root() {
+  if [[ $EUID -eq 0 ]]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    echo "Root rights are needed for: $*" >&2
+    return 1
+  fi
+}
+
+# install_packages PACKAGE...: installs those that are missing; does nothing when all are there.
+install_packages() {
+  step "Checking the packages"
+  if ! command -v dpkg-query >/dev/null; then
+    echo "Not a Debian system. These packages, or their like, must be there: $*"
+    return
+  fi
+  local package missing=()
+  for package in "$@"; do
+    is_installed "$package" || missing+=("$package")
+  done
+  if [[ ${#missing[@]} -eq 0 ]]; then
+    echo "All are there."
+    return
+  fi
+  step "Installing ${missing[*]}"
+  as_root apt-get update -q
+  as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -q -y --no-install-recommends "${missing[@]}"
+}
+
+# build PRESET [TARGET...]: configures and builds into build/PRESET.
+build() {
+  local preset=$1
+  shift
+  step "Configuring the $preset build"
+  cmake --preset "$preset"
+  step "Building $preset${*:+: $*}"
+  cmake --build --preset "$preset" --parallel "$(nproc)" ${@:+--target "$@"}
+}
+
+# run_tests PRESET
+run_tests() {
+  step "Running the tests of the $1 build"
+  ctest --preset "$1" --output-on-failure --no-tests=error -j 2
+}

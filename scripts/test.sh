@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the programs and runs all tests.
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+install_packages "${build_packages[@]}"
+build release
+run_tests release
+
+step "All tests passed. The programs are build/release/bin/RyxMerge and build/release/bin/ryx."
