@@ -32,6 +32,11 @@ void BlockInflater::Skip(std::uint32_t n) {
   }
 }
 
+void BlockInflater::SkipToEnd() {
+  Skip(mRawLength - mOffset);
+  Finish();
+}
+
 void BlockInflater::Inflate(unsigned char* target, std::uint32_t n) {
   mStream.next_out = target;
   mStream.avail_out = n;

@@ -31,6 +31,8 @@ class BlockInflater {
   /// The `n` bytes must be there. Reaching the end checks the stream's checksum.
   void Read(unsigned char* target, std::uint32_t n);
   void Skip(std::uint32_t n);
+  /// Passes over the rest and checks the stream's checksum.
+  void SkipToEnd();
 
  private:
   static constexpr std::size_t kBufferSize = 32768;

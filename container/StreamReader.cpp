@@ -15,11 +15,13 @@ struct StreamReader::State {
   std::uint32_t ReadRawLength(const StoredBlock& block) const;
   void ReadFromBlock(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
   void Inflate(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
+  void VerifyInflated();
 
   std::shared_ptr<SourceFile> mpSource;
   std::vector<StoredBlock> mBlocks;
   std::vector<std::uint64_t> mStarts;  // uncompressed offsets, and the length as one more
   std::size_t mInflated = 0;           // the block that mpInflater is in
+  std::vector<bool> mVerified;         // blocks that were inflated to their end once
   std::unique_ptr<BlockInflater> mpInflater;
 };
 
@@ -48,6 +50,7 @@ void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, uns
 
 void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned char* target,
                                   std::uint32_t n) {
+  if (mInflated != i) VerifyInflated();
   if (!mpInflater || mInflated != i || mpInflater->GetOffset() > within) {
     mpInflater.reset();
     const StoredBlock& block = mBlocks[i];
@@ -58,7 +61,18 @@ void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned 
   }
   mpInflater->Skip(within - mpInflater->GetOffset());
   mpInflater->Read(target, n);
-  if (mpInflater->IsAtEnd()) mpInflater.reset();
+  if (!mpInflater->IsAtEnd()) return;
+  mVerified[i] = true;
+  mpInflater.reset();
+}
+
+// What was read from a block is good only if its checksum is, which stands at its end. A block is
+// left in the middle no more often than once without having been verified.
+void StreamReader::State::VerifyInflated() {
+  const std::unique_ptr<BlockInflater> left = std::move(mpInflater);
+  if (!left || mVerified[mInflated]) return;
+  left->SkipToEnd();
+  mVerified[mInflated] = true;
 }
 
 StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<StoredBlock> blocks)
@@ -70,6 +84,7 @@ StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<Store
   for (const StoredBlock& block : mpState->mBlocks) {
     mpState->mStarts.push_back(mpState->mStarts.back() + mpState->ReadRawLength(block));
   }
+  mpState->mVerified.resize(mpState->mBlocks.size());
 }
 
 StreamReader::~StreamReader() = default;
@@ -95,6 +110,8 @@ void StreamReader::Read(std::uint64_t offset, void* target, std::size_t n) {
     n -= part;
   }
 }
+
+void StreamReader::Verify() { mpState->VerifyInflated(); }
 
 bool StreamReader::ReadsFrom(const std::string& path) const {
   return mpState->mpSource->IsSameAs(path);

@@ -37,9 +37,25 @@ TEST_F(BadInput, IsToldAndLeavesNothingBehind) {
     WriteFile(mDir / "cut.ryx", whole.substr(0, size));
     ExpectFailure(mDir / "cut.ryx", "Exception \"");
   }
-  // The history at the end is taken from the first file only.
+  // Nothing of a second file's history is read; yet the file is not whole.
   WriteFile(mDir / "cut.ryx", whole.substr(0, whole.size() - 1));
-  EXPECT_EQ(Run({mDir / "cut.ryx", mDir / "whole.ryx", mOutput}).mStatus, 2);
+  ExpectFailure(mDir / "cut.ryx", "The file was \"" + mDir / "cut.ryx" + "\".");
+}
+
+/// The node sets at the end of a further instance's heavy block are not read, nor is the checksum
+/// behind them that vouches for the results in front.
+TEST_F(BadInput, DamageBehindTheLastArrayIsFound) {
+  std::string damaged = ReadFile(Plate("damaged.ryx"));
+  std::uint32_t size = 0;
+  std::memcpy(&size, damaged.data() + 16 + 4 + 133, sizeof(size));
+  damaged[2800 + size - 1] ^= 1;
+  WriteFile(mDir / "damaged.ryx", damaged);
+  const Outcome outcome =
+      Run({"--merge-as-instances", Plate("good.ryx"), mDir / "damaged.ryx", mOutput});
+  EXPECT_EQ(outcome.mStatus, 2);
+  EXPECT_THAT(outcome.mErr, HasSubstr("Error -3 while uncompressing block \nDamaged compressed "
+                                      "block\nThe file was \"" +
+                                      mDir / "damaged.ryx" + "\"."));
 }
 
 TEST_F(BadInput, NewerVersionIsNamed) {

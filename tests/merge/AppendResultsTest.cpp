@@ -53,7 +53,38 @@ TEST_F(AppendingResults, LinkPositionDoesNotWrapRoundToAResultThatIsThere) {
   constexpr std::uint32_t kHighest = std::numeric_limits<std::uint32_t>::max();
   mSource.AppendVariable(MakeLinked("Nowhere", {kId, kHighest - 1}));
   AppendResults(mFrom, mInto, true);
-  EXPECT_EQ(mTarget.GetVariables().back().mLink.mVariable, kHighest);
+  EXPECT_EQ(mTarget.GetVariables().back().mLink.mVariable, kHighest - 1);
+}
+
+TEST_F(AppendingResults, LinksToOtherGeometriesLeadToTheSameResults) {
+  Geometry& otherTarget = AddNode<Geometry>(mInto, NodeTree::kRootId, "Other");
+  Append(otherTarget, "X");
+  Geometry& otherSource = AddNode<Geometry>(mFrom, NodeTree::kRootId, "Other");
+  Append(otherSource, "Y|1");
+  otherSource.AppendVariable(MakeLinked("Z|1", {kId, 1}));
+  mSource.AppendVariable(MakeLinked("Z|1", {kId + 1, 0}));
+  mSource.AppendVariable(MakeLinked("Lost|1", {kId + 1, 9}));
+  mSource.EditVariable(5).mLeadsNowhere = true;
+  AppendResults(mFrom, mInto, true);
+  EXPECT_EQ(VariableTexts(mTarget)[9], "Z|1 -> 3,1");
+  EXPECT_EQ(VariableTexts(mTarget)[10], "Lost|1 -> 3,9");
+  EXPECT_THAT(VariableTexts(otherTarget), ElementsAre("X", "Y|1", "Z|1 -> 2,6"));
+}
+
+TEST_F(AppendingResults, ValuesOfAnotherGeometryAreTakenAlongWhereItStaysBehind) {
+  AddNode<Group>(mInto, NodeTree::kRootId, "Other");
+  AddNode<Geometry>(mFrom, NodeTree::kRootId, "Other");
+  Geometry::VarStruct linked = MakeLinked("Z|1", {kId + 1, 0});
+  linked.mValues = NumericArray::Of(Ramp(3, 8.0F));  // as loading would give it
+  mSource.AppendVariable(linked);
+  AppendResults(mFrom, mInto, true);
+  AppendOtherInstanceResults(mFrom, mInto);
+  for (const auto& texts = VariableTexts(mTarget); const std::size_t i : {9U, 12U}) {
+    EXPECT_EQ(texts[i], "Z|1");
+    std::vector<float> values;
+    mTarget.GetVariables()[i].mValues.GetValues(values);
+    EXPECT_EQ(values, Ramp(3, 8.0F));
+  }
 }
 
 TEST_F(AppendingResults, WhereTheTargetHasAnotherNodeNothingIsAppendedAndWhereNoneItFails) {

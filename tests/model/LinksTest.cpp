@@ -37,6 +37,25 @@ TEST(Links, AreFollowedAlongChainsAndNotRoundCircles) {
     EXPECT_TRUE(ValuesOf(loaded, 3, lost).empty());
 }
 
+TEST(Links, ThatLedNowhereDoNotComeToLeadToNodesOfOtherFiles) {
+  const TempDir dir;
+  Tree tree(false);
+  BuildLinks(tree, {{5, 0}, {99, 1}, {2, 7}});
+  SaveTree(tree, dir / "links.ryx");
+  Tree merged(false);
+  auto root = std::make_unique<Group>("Merge");
+  root->mTakesModels = 1;
+  merged.GetNodes().GetCurrentNode().mData = std::move(root);
+  LoadTree(merged, dir / "links.ryx");
+  merged.Merge(dir / "links.ryx", Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+  SaveTree(merged, dir / "merged.ryx");
+  Tree loaded(false);
+  LoadTree(loaded, dir / "merged.ryx");
+  EXPECT_EQ(VariableTexts(*AsGeometry(loaded.GetNodes().GetReqNode(4))),
+            (std::vector<std::string>{"linked -> 0,0", "linked -> 100,1", "linked -> 3,7"}));
+  for (const std::size_t lost : {0U, 1U, 2U}) EXPECT_TRUE(ValuesOf(loaded, 4, lost).empty());
+}
+
 TEST(Links, AreShiftedWithTheIdsOfTheirFile) {
   const TempDir dir;
   Tree tree(false);

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "Qov/Jbf/BlockTransformation.h"
+#include "Qov/Util/ConcernsFile.h"
 
 namespace QovJbf {
 
@@ -17,7 +18,7 @@ class BlockZlibUnCompressor : public BlockTransformation {
 };
 
 /// What a zlib stream that cannot be inflated is reported as.
-class DamagedBlock : public std::exception {
+class DamagedBlock : public std::exception, public Qov::Util::ConcernsFile {
  public:
   const char* what() const noexcept override;
 };

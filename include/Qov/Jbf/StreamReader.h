@@ -37,8 +37,12 @@ class StreamReader {
   std::uint64_t GetLength() const;
   /// Reads `n` bytes at `offset` of the uncompressed stream. Raises OutOfBounds ("Not enough
   /// bytes in the block") past the end, ReadError when the file gives less than it should,
-  /// DamagedBlock when zlib refuses; the last block read to its end is checked by its checksum.
+  /// DamagedBlock when zlib refuses. A block is checked by its checksum when reading reaches its
+  /// end or goes on to another one.
   void Read(std::uint64_t offset, void* target, std::size_t n);
+  /// Checks the block that was read last, whose end nothing may have been read from. Only then is
+  /// it sure that all that was read is what was once written. Throws DamagedBlock if it is not.
+  void Verify();
 
   /// True if `path` is the very file that this reads from (device and inode).
   bool ReadsFrom(const std::string& path) const;

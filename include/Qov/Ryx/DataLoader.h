@@ -22,7 +22,7 @@ class DataLoader {
 
   /// Number of elements.
   std::uint64_t GetCount() const { return mCount; }
-  const QovJbf::StreamReader& GetReader() const { return *mpReader; }
+  QovJbf::StreamReader& GetReader() const { return *mpReader; }
 
   /// Fills `values` with all elements, bits unchanged. Raises what StreamReader::Read raises.
   void LoadTo(std::vector<std::uint32_t>& values) const { Load(values); }

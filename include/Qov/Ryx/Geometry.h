@@ -41,6 +41,7 @@ class Geometry : public Node {
     std::uint8_t mFlag3 = 0;
     bool mLinked = false;  ///< The values are those of the variable that mLink names.
     Link mLink;
+    bool mLeadsNowhere = false;  ///< mLink named nothing in the file that it was read from.
     /// Where the values lie in the heavy stream of the file being written or read.
     std::optional<std::uint64_t> mOffset;
 

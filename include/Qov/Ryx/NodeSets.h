@@ -40,7 +40,7 @@ class NodeSets : public Node {
   /// Where the bytes of the sets end in the stream that they are read from.
   std::uint64_t GetStoredEnd() const;
   /// What the sets have still to be read from, or null.
-  const QovJbf::StreamReader* GetReader() const { return mpReader.get(); }
+  QovJbf::StreamReader* GetReader() const { return mpReader.get(); }
 
   QovUtil::AttributeMap mAttributes;
 

@@ -32,13 +32,15 @@ int merge_viewpoints_with_ryx(const std::string& model,
 int refuse_output_among_inputs(const std::vector<std::string>& inputs, const std::string& output);
 
 /// Appends all results of `from` to the geometries of the same ids in `into`. An id that `into`
-/// lacks raises ElementNotFound; one that is no geometry there is passed over. Links to results
-/// of the same geometry still lead to them (the positions are changed in `from` as well).
-/// `appendFlag` has no effect.
+/// lacks raises ElementNotFound; one that is no geometry there is passed over. Links still lead to
+/// the same results (they are changed in `from` as well); a result whose link led to one that is
+/// passed over takes its values along, and a link that led nowhere stays as it is. `appendFlag`
+/// has no effect.
 void AppendResults(Tree& from, Tree& into, bool appendFlag);
 
-/// The same for results whose names have an instance part only; a linked one becomes a link to
-/// its own new position.
+/// The same for results whose names have an instance part only. A link to a result of the same
+/// geometry becomes one to its own new position; what is linked to another geometry takes its
+/// values along.
 void AppendOtherInstanceResults(Tree& from, Tree& into);
 
 }  // namespace QovRyx

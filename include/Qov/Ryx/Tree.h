@@ -58,6 +58,8 @@ class Tree {
   /// Reads the view point, the paths (appended to those that are there) and the sequencer of a
   /// file; changes nothing if it has none.
   void LoadViewPathVec(QovJbf::JbFile& file);
+  /// Puts what LoadViewPathVec reads into a file that is being written.
+  void SaveViewPathVec(QovJbf::JbFile& file) const;
   /// Writes the model and adds this program to its history. `create` false updates a file in
   /// place. Refuses to write over a file that arrays have still to be read from
   /// (MiscellaneousError).
@@ -80,6 +82,8 @@ class Tree {
   const std::string& GetFileVersion() const { return mFileVersion; }
 
  private:
+  void LoadFile(const std::string& path, IdMap& idMap);
+  void MergeFile(const std::string& path);
   void OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets);
   std::uint32_t GetAttachParent();
   void LoadGlobalInfo(QovJbf::JbFile& file);
@@ -88,9 +92,9 @@ class Tree {
   void SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle);
   void FlushAndClose(QovJbf::JbFile& file, const std::string& comment);
   void SaveTree(QovJbf::JbFile& file);
-  void SaveViewPoints(QovJbf::JbFile& file);
   void SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment);
   void RefuseToOverwriteSources(const std::string& path) const;
+  void CutFalseLinks();
 
   NodeTree mNodes;
   bool mHasViewPoints = false;
@@ -107,6 +111,9 @@ class Tree {
 inline Geometry* AsGeometry(const NodeTree::Node& entry) {
   return dynamic_cast<Geometry*>(entry.mData.get());
 }
+
+/// The variable that a link names, or null if it names nothing.
+const Geometry::VarStruct* FindVariable(const NodeTree& nodes, const Geometry::Link& link);
 
 /// Calls `visit(id, geometry)` for every geometry, in ascending id order.
 template <class Visitor>

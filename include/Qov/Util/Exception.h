@@ -6,12 +6,14 @@
 #include <ctime>
 #include <exception>
 
+#include "Qov/Util/ConcernsFile.h"
+
 namespace Qov::Util {
 
 /// The one error of the system: a kind, a description, the place that raised it and a report.
 ///
 /// Throw it through Raise() only, which logs the same text first.
-class Exception : public std::exception {
+class Exception : public std::exception, public ConcernsFile {
  public:
   enum class ErrorType : std::uint32_t {
     MemoryAllocationError = 0,

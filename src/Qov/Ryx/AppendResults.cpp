@@ -1,7 +1,7 @@
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <map>
 
 #include "GeometryEntries.h"
 #include "Qov/Ryx/InstanceNames.h"
@@ -10,43 +10,76 @@
 namespace QovRyx {
 namespace {
 
-/// A position that no link can name becomes the highest one, at which no result ever stands.
-std::uint32_t AsLinkPosition(std::uint64_t position) {
-  constexpr std::uint64_t kHighest = std::numeric_limits<std::uint32_t>::max();
-  return static_cast<std::uint32_t>(std::min(position, kHighest));
+using Positions = std::map<std::uint32_t, std::uint64_t>;
+
+/// Where the results of each geometry will begin among those of the geometry of its id in `into`.
+/// Geometries that are none there are left out.
+Positions FindStarts(Tree& from, Tree& into) {
+  Positions starts;
+  ForEachGeometryEntry(from, [&](std::uint32_t id, Geometry&) {
+    const Geometry* target = AsGeometry(into.GetNodes().GetReqNode(id));
+    if (target != nullptr) starts[id] = target->GetVariables().size();
+  });
+  return starts;
 }
 
-/// Calls `append(source, target)` for each geometry of `from` and the one of its id in `into`.
-template <class Append>
-void ForEachTarget(Tree& from, Tree& into, Append append) {
-  ForEachGeometryEntry(from, [&](std::uint32_t id, Geometry& source) {
-    Geometry* target = AsGeometry(into.GetNodes().GetReqNode(id));
-    if (target != nullptr) append(source, *target);
-  });
+/// Gives a result the values that it shared so far, for good.
+void Unlink(Geometry::VarStruct& result) {
+  result.mLinked = false;
+  result.mLink = {};
+}
+
+/// Lets a link lead to the same result as before, at its new position. One that led nowhere
+/// stays as it is.
+void MoveLink(Geometry::VarStruct& result, const Positions& starts) {
+  if (!result.mLinked || result.mLeadsNowhere) return;
+  const auto start = starts.find(result.mLink.mNode);
+  if (start == starts.end()) {
+    Unlink(result);
+    return;
+  }
+  const std::uint64_t position = start->second + result.mLink.mVariable;
+  if (position <= std::numeric_limits<std::uint32_t>::max()) {
+    result.mLink.mVariable = static_cast<std::uint32_t>(position);
+  }
+}
+
+/// A link within a geometry becomes one to its own new position. The result that it led to may
+/// have stayed behind. One to another geometry would name a stranger there.
+void LinkToItself(Geometry::VarStruct& result, std::uint32_t id, std::uint64_t position) {
+  if (result.mLink.mNode == id) {
+    result.mLink.mVariable = static_cast<std::uint32_t>(position);
+  } else if (!result.mLeadsNowhere) {
+    Unlink(result);
+  }
 }
 
 }  // namespace
 
 void AppendResults(Tree& from, Tree& into, bool /*appendFlag*/) {
-  ForEachTarget(from, into, [](Geometry& source, Geometry& target) {
-    const std::uint64_t base = target.GetVariables().size();
+  const Positions starts = FindStarts(from, into);
+  for (const auto& [id, start] : starts) {
+    Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
+    Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));
     for (std::size_t i = 0; i != source.GetVariables().size(); ++i) {
       Geometry::VarStruct& result = source.EditVariable(i);
-      if (result.mLinked) result.mLink.mVariable = AsLinkPosition(result.mLink.mVariable + base);
+      MoveLink(result, starts);
       target.AppendVariable(result);
     }
-  });
+  }
 }
 
 void AppendOtherInstanceResults(Tree& from, Tree& into) {
-  ForEachTarget(from, into, [](Geometry& source, Geometry& target) {
+  for (const auto& [id, start] : FindStarts(from, into)) {
+    Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
+    Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));
     for (std::size_t i = 0; i != source.GetVariables().size(); ++i) {
       Geometry::VarStruct& result = source.EditVariable(i);
       if (!HasInstancePart(result.mName)) continue;
-      if (result.mLinked) result.mLink.mVariable = AsLinkPosition(target.GetVariables().size());
+      if (result.mLinked) LinkToItself(result, id, target.GetVariables().size());
       target.AppendVariable(result);
     }
-  });
+  }
 }
 
 }  // namespace QovRyx

@@ -28,7 +28,8 @@ void DataLoader::Load(std::vector<T>& values) const {
   static_assert(sizeof(T) == kElementSize);
   values.resize(mCount);
   if (mCount == 0) return;
-  mpReader->Read(mOffset, values.data(), mCount * kElementSize);
+  Qov::Util::Concerning(mpReader->GetPath(),
+                        [&] { mpReader->Read(mOffset, values.data(), mCount * kElementSize); });
   QovUtil::UnShuffleMultiVectorBytes(values, mShuffledWidth);
 }
 

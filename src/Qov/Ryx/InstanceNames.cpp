@@ -73,6 +73,7 @@ void LinkResult(Geometry& geometry, std::uint32_t id, const std::string& name,
   result.mAttributes = primary.mAttributes;
   result.mLinked = primary.mLinked;
   result.mLink = primary.mLink;
+  result.mLeadsNowhere = primary.mLeadsNowhere;
   if (result.mLinked) return;
   result.mLinked = true;
   result.mLink = {id, static_cast<std::uint32_t>(primaryPosition)};

@@ -24,7 +24,7 @@ class LinkResolver {
 
  private:
   const Geometry::VarStruct* Follow(Geometry::Link link, std::vector<std::uint64_t>& path) {
-    while (const Geometry::VarStruct* variable = Find(link)) {
+    while (const Geometry::VarStruct* variable = FindVariable(mNodes, link)) {
       if (!variable->mLinked) return variable;
       const std::uint64_t key = std::uint64_t{link.mNode} << 32 | link.mVariable;
       const auto [known, isNew] = mTargets.try_emplace(key, nullptr);
@@ -33,13 +33,6 @@ class LinkResolver {
       link = variable->mLink;
     }
     return nullptr;
-  }
-
-  const Geometry::VarStruct* Find(const Geometry::Link& link) const {
-    const auto* entry = mNodes.FindNode(link.mNode);
-    const Geometry* geometry = entry == nullptr ? nullptr : AsGeometry(*entry);
-    if (geometry == nullptr || link.mVariable >= geometry->GetVariables().size()) return nullptr;
-    return &geometry->GetVariables()[link.mVariable];
   }
 
   const NodeTree& mNodes;

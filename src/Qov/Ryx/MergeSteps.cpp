@@ -16,6 +16,12 @@ bool IsSameFile(const struct stat& left, const struct stat& right) {
 
 }  // namespace
 
+void ReportConcernedFile(const std::exception& error) {
+  const auto* concerns = dynamic_cast<const Qov::Util::ConcernsFile*>(&error);
+  if (concerns == nullptr || concerns->GetConcernedFile().empty()) return;
+  std::cerr << "The file was \"" << concerns->GetConcernedFile() << "\"." << std::endl;
+}
+
 void RefuseOutputAmongInputs(const std::vector<std::string>& inputs, const std::string& output) {
   struct stat target {};
   if (::stat(output.c_str(), &target) != 0) return;
@@ -40,7 +46,8 @@ void MergeModel(Tree& tree, const std::string& path) {
 
 void SaveModel(Tree& tree, const std::string& output) {
   Qov::Log::Trace(kMergeSource) << "Saving \"" << output << "\" ...";
-  tree.Save(output, true, "", Tree::SupportedFileFormats::Ryx);
+  Qov::Util::Concerning(output,
+                        [&] { tree.Save(output, true, "", Tree::SupportedFileFormats::Ryx); });
 }
 
 std::unique_ptr<Tree> MakeDatasetTree() {

@@ -17,6 +17,9 @@ inline constexpr const char* kMergeSource = "src/Qov/Ryx/RyxMerge";
 inline constexpr int kMergeDone = 0;
 inline constexpr int kMergeFailed = 2;
 
+/// Says on standard error which file an error is about, if that is known.
+void ReportConcernedFile(const std::exception& error);
+
 /// Runs one merge under the handler that all of them have.
 template <class Step>
 int RunMergeStep(Step step) {
@@ -25,6 +28,7 @@ int RunMergeStep(Step step) {
     return kMergeDone;
   } catch (const std::exception& error) {
     std::cerr << error.what() << std::endl;
+    ReportConcernedFile(error);
     return kMergeFailed;
   }
 }

@@ -92,7 +92,9 @@ std::vector<NodeSets::Set> ReadSets(QovJbf::StreamReader& reader, std::uint64_t 
 }  // namespace
 
 std::vector<NodeSets::Set> NodeSets::GetSets() const {
-  return mpReader ? ReadSets(*mpReader, mSourceOffset, mNumSets) : mSets;
+  if (!mpReader) return mSets;
+  return Qov::Util::Concerning(mpReader->GetPath(),
+                               [this] { return ReadSets(*mpReader, mSourceOffset, mNumSets); });
 }
 
 void NodeSets::SetSets(std::vector<Set> sets) {

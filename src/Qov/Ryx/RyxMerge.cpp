@@ -106,7 +106,9 @@ int merge_viewpoints_with_ryx(const std::string& model,
     RefuseOutputAmongInputs(viewPointFiles, output);
     Tree tree(false);
     LoadModel(tree, model);
-    for (const std::string& path : viewPointFiles) AddViewPoints(tree, path);
+    for (const std::string& path : viewPointFiles) {
+      Qov::Util::Concerning(path, [&] { AddViewPoints(tree, path); });
+    }
     SaveModel(tree, output);
   });
 }

@@ -20,4 +20,11 @@ Tree::Tree(const std::string& application, const std::string& applicationVersion
 
 Tree::~Tree() = default;
 
+const Geometry::VarStruct* FindVariable(const NodeTree& nodes, const Geometry::Link& link) {
+  const NodeTree::Node* entry = nodes.FindNode(link.mNode);
+  const Geometry* geometry = entry == nullptr ? nullptr : AsGeometry(*entry);
+  if (geometry == nullptr || link.mVariable >= geometry->GetVariables().size()) return nullptr;
+  return &geometry->GetVariables()[link.mVariable];
+}
+
 }  // namespace QovRyx

@@ -47,12 +47,34 @@ ViewPointPath RequireViewPointPath(QovJbf::JbFile& file) {
   return path;
 }
 
+/// Refuses a file that ends before its last block does, even if nothing was read from there.
+void CheckComplete(QovJbf::JbFile& file) {
+  QovJbf::Index& index = file.GetIndex();
+  const std::size_t last = index.GetItems().size() - 1;
+  const std::uint64_t end = index.GetPosition(last) + index.GetItems()[last].mSize;
+  if (fseeko(file.GetStream(), 0, SEEK_END) != 0 ||
+      static_cast<std::uint64_t>(ftello(file.GetStream())) < end) {
+    Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+  }
+}
+
 }  // namespace
 
 void Tree::Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
                 const SupportedFileFormats& format) {
   static_cast<void>(mode);  // there is only one
   if (format != SupportedFileFormats::Ryx) return;
+  Qov::Util::Concerning(path, [&] { LoadFile(path, idMap); });
+}
+
+void Tree::Merge(const std::string& path, const ReadMode& mode,
+                 const SupportedFileFormats& format) {
+  static_cast<void>(mode);
+  if (format != SupportedFileFormats::Ryx) return;
+  Qov::Util::Concerning(path, [&] { MergeFile(path); });
+}
+
+void Tree::LoadFile(const std::string& path, IdMap& idMap) {
   QovJbf::JbFile file;
   bool wideOffsets = false;
   OpenForReading(file, path, wideOffsets);
@@ -64,18 +86,17 @@ void Tree::Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
     const FileVersionScope scope(mFileVersion);
     LoadViewPathVec(file);
   }
+  CheckComplete(file);
   file.CloseFile();
 }
 
-void Tree::Merge(const std::string& path, const ReadMode& mode,
-                 const SupportedFileFormats& format) {
-  static_cast<void>(mode);
-  if (format != SupportedFileFormats::Ryx) return;
+void Tree::MergeFile(const std::string& path) {
   QovJbf::JbFile file;
   bool wideOffsets = false;
   OpenForReading(file, path, wideOffsets);
   IdMap idMap;
   LoadTree(file, idMap, GetAttachParent(), wideOffsets);
+  CheckComplete(file);
   file.CloseFile();
 }
 

@@ -53,6 +53,15 @@ void TreeReader::Read(Tree::IdMap& idMap) {
   }
   for (const LoadedGeometry& loaded : mGeometries) {
     loaded.mGeometry->AttachValues(mpHeavy, loaded.mShuffled);
+    NoteLostLinks(*loaded.mGeometry);
+  }
+}
+
+/// Later files may bring nodes of the ids that these links name.
+void TreeReader::NoteLostLinks(Geometry& geometry) const {
+  for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
+    Geometry::VarStruct& variable = geometry.EditVariable(i);
+    variable.mLeadsNowhere = variable.mLinked && FindVariable(mNodes, variable.mLink) == nullptr;
   }
 }
 

@@ -74,6 +74,22 @@ void SaveRecord(QovJbf::JbFile& file, const NodeTree::Node& entry) {
   if (node != nullptr) SavePayload(file, *entry.mData);
 }
 
+/// Everything that values of the model are read from.
+std::set<QovJbf::StreamReader*> FindReaders(const NodeTree& nodes) {
+  std::set<QovJbf::StreamReader*> readers;
+  ForEachGeometry(nodes, [&readers](std::uint32_t, const Geometry& geometry) {
+    for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
+      const auto& loader = variable.mValues.GetLoader();
+      if (loader) readers.insert(&loader->GetReader());
+    }
+  });
+  for (const auto& [id, entry] : nodes) {
+    const auto* sets = dynamic_cast<const NodeSets*>(entry.mData.get());
+    if (sets != nullptr && sets->GetReader() != nullptr) readers.insert(sets->GetReader());
+  }
+  return readers;
+}
+
 void SaveViewPointPath(QovJbf::Index& index, const ViewPointPath& path) {
   index.Put(kViewPoints, path.mName);
   index.Put(kViewPoints, static_cast<std::uint32_t>(path.mViewPoints.size()));
@@ -86,6 +102,7 @@ void Tree::Save(const std::string& path, bool create, const std::string& comment
                 const SupportedFileFormats& format) {
   if (format != SupportedFileFormats::Ryx) return;
   RefuseToOverwriteSources(path);
+  CutFalseLinks();
   QovJbf::JbFile file;
   file.OpenFile(path, create ? "wb+" : "rb+");
   mFileVersion = QovJbf::kCurrentFileVersion;
@@ -95,23 +112,25 @@ void Tree::Save(const std::string& path, bool create, const std::string& comment
 }
 
 void Tree::RefuseToOverwriteSources(const std::string& path) const {
-  std::set<const QovJbf::StreamReader*> readers;
-  ForEachGeometry(mNodes, [&readers](std::uint32_t, const Geometry& geometry) {
-    for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
-      const auto& loader = variable.mValues.GetLoader();
-      if (loader) readers.insert(&loader->GetReader());
-    }
-  });
-  for (const auto& [id, entry] : mNodes) {
-    const auto* sets = dynamic_cast<const NodeSets*>(entry.mData.get());
-    if (sets != nullptr && sets->GetReader() != nullptr) readers.insert(sets->GetReader());
-  }
-  for (const QovJbf::StreamReader* reader : readers) {
+  for (const QovJbf::StreamReader* reader : FindReaders(mNodes)) {
     if (reader->ReadsFrom(path)) {
       Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MiscellaneousError,
                        "Output file \"" + path + "\" is also an input");
     }
   }
+}
+
+/// A result whose link named nothing must not come to share the values of a result that another
+/// file brought to that place.
+void Tree::CutFalseLinks() {
+  ForEachGeometry(mNodes, [this](std::uint32_t, Geometry& geometry) {
+    for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
+      Geometry::VarStruct& variable = geometry.EditVariable(i);
+      if (variable.mLeadsNowhere && FindVariable(mNodes, variable.mLink) != nullptr) {
+        variable.mLink = {};
+      }
+    }
+  });
 }
 
 void Tree::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
@@ -125,11 +144,14 @@ void Tree::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
   for (auto& [id, entry] : mNodes) {
     if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) pass.SaveNodeSets(*sets);
   }
+  for (QovJbf::StreamReader* reader : FindReaders(mNodes)) {
+    Qov::Util::Concerning(reader->GetPath(), [reader] { reader->Verify(); });
+  }
 }
 
 void Tree::FlushAndClose(QovJbf::JbFile& file, const std::string& comment) {
   SaveTree(file);
-  if (mHasViewPoints) SaveViewPoints(file);
+  if (mHasViewPoints) SaveViewPathVec(file);
   SaveGlobalInfo(file, comment);
   for (const std::string& stream : {kHeavyData, kRyxTree, kLightData, kAttributes, kResources,
                                     kGlobalInformation, kViewPoints}) {
@@ -148,7 +170,7 @@ void Tree::SaveTree(QovJbf::JbFile& file) {
   Qov::Log::Trace(kSource) << "Ryx tree saved.";
 }
 
-void Tree::SaveViewPoints(QovJbf::JbFile& file) {
+void Tree::SaveViewPathVec(QovJbf::JbFile& file) const {
   QovJbf::Index& index = file.GetIndex();
   index.Put(kViewPoints, mViewPoint);
   index.Put(kViewPoints, static_cast<std::uint32_t>(mViewPointPaths.size()));

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+
+namespace Qov::Util {
+
+/// What the errors of this system have beside their text: the file that they are about. Most
+/// errors are raised where only bytes are known; who knows the file names it on the way up.
+class ConcernsFile {
+ public:
+  /// The path of the file, empty if nobody named it.
+  const std::string& GetConcernedFile() const { return mPath; }
+  /// The first name stays: it was given closest to the cause.
+  void SetConcernedFile(const std::string& path) {
+    if (mPath.empty()) mPath = path;
+  }
+
+ protected:
+  ConcernsFile() = default;
+  ConcernsFile(const ConcernsFile&) = default;
+  ConcernsFile& operator=(const ConcernsFile&) = default;
+  ~ConcernsFile() = default;
+
+ private:
+  std::string mPath;
+};
+
+/// Calls `work`, which reads or writes the file `path`, and names the file in its errors.
+template <class Work>
+auto Concerning(const std::string& path, Work work) {
+  try {
+    return work();
+  } catch (ConcernsFile& error) {
+    error.SetConcernedFile(path);
+    throw;
+  }
+}
+
+}  // namespace Qov::Util
