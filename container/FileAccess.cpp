@@ -4,16 +4,23 @@
 
 #include <limits>
 
+#include "Qov/Log/Record.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovJbf {
+
+using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
 
 constexpr std::uint64_t kLargestOffset = std::numeric_limits<off_t>::max();
 
 [[noreturn]] void RaiseReadError(const char* source) {
-  Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::ReadError, "Unable to read from file");
+  Qov::Util::Raise(source, ErrorType::ReadError, "Unable to read from file");
+}
+
+[[noreturn]] void RaiseWriteError(const char* source) {
+  Qov::Util::Raise(source, ErrorType::WriteError, "Unable to write to file");
 }
 
 }  // namespace
@@ -36,6 +43,20 @@ void ReadAt(const char* source, std::FILE* file, std::uint64_t position, void* t
             std::size_t n) {
   SeekToRead(source, file, position);
   if (std::fread(target, 1, n, file) != n) RaiseReadError(source);
+}
+
+void SeekToWrite(const char* source, std::FILE* file, std::uint64_t position) {
+  // Seeking would flush too, but not tell a full disk from a bad position.
+  if (std::fflush(file) != 0) RaiseWriteError(source);
+  if (fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0) return;
+  Qov::Log::Trace(source) << "File positioning failed";
+  Qov::Util::Raise(source, ErrorType::WriteError, "Saving the buffer failed");
+}
+
+void WriteAt(const char* source, std::FILE* file, std::uint64_t position, const void* data,
+             std::size_t n) {
+  SeekToWrite(source, file, position);
+  if (std::fwrite(data, 1, n, file) != n) RaiseWriteError(source);
 }
 
 void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <limits>
 
+#include "BlockOutput.h"
 #include "IndexLayout.h"
 #include "Limits.h"
+#include "MallocBuffer.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
 
@@ -30,6 +32,11 @@ constexpr std::uint64_t EncodedIndexSize(std::uint64_t items) {
 }
 
 }  // namespace
+
+Index::Index() = default;
+Index::~Index() = default;
+Index::Index(Index&&) noexcept = default;
+Index& Index::operator=(Index&&) noexcept = default;
 
 std::uint64_t Index::CreateBlock(const std::string& name) {
   const std::uint64_t k = mItems.size();
@@ -59,16 +66,25 @@ std::uint64_t Index::GetWritingBlockIndex(const std::string& name) {
   if (found != mLimiters.end() && !found->second.mBlocks.empty()) {
     const std::uint64_t last = found->second.mBlocks.back();
     const bool isOpen = !mItems[last].mFrozen;
-    if (isOpen && mBlocks[last].GetSize() < found->second.mLimit) return last;
+    if (isOpen && GetFill(last) < found->second.mLimit) return last;
     if (isOpen) mBlocks[last].ReleaseSpareMemory();
   }
   if (IsEmptyBlockName(name)) return CreateBlock(name);
+  return AddBlock(name);
+}
+
+std::uint64_t Index::AddBlock(const std::string& name) {
   const std::uint64_t k = TakeFreeBlock();
   BlockSizeLimiter& stream = MakeLimiter(name);
   ExtendStarts(stream);
   stream.mBlocks.push_back(k);
   mItems[k].mName = name;
+  mItems[k].mStreamed = stream.mStreamed;
   return k;
+}
+
+std::uint32_t Index::GetFill(std::uint64_t k) const {
+  return mItems[k].mStreamed ? mItems[k].mRawSize : mBlocks[k].GetSize();
 }
 
 std::uint64_t Index::TakeFreeBlock() {
@@ -118,20 +134,40 @@ BlockSizeLimiter& Index::MakeLimiter(const std::string& name) {
 }
 
 void Index::Put(const std::string& name, const void* source, std::uint64_t n) {
+  const std::uint64_t k = GetBlockForBytes(name, n);
+  if (mItems[k].mStreamed) {
+    StreamBytes(k, source, n);
+  } else {
+    mBlocks[k].Put(source, static_cast<std::uint32_t>(n));
+  }
+}
+
+void Index::Put(const std::string& name, std::uint64_t n, const PieceSource& source) {
+  const std::uint64_t k = GetBlockForBytes(name, n);
+  if (mItems[k].mStreamed) {
+    Stream(k, n, source);
+  } else {
+    const MallocBuffer bytes = AllocateBuffer(kIndexSource, n);
+    source(bytes.get(), n);
+    mBlocks[k].Put(bytes.get(), static_cast<std::uint32_t>(n));
+  }
+}
+
+std::uint64_t Index::GetBlockForBytes(const std::string& name, std::uint64_t n) {
   if (n > std::numeric_limits<std::uint32_t>::max()) {
     Raise(kIndexSource, ErrorType::MemoryAllocationError);
   }
   const std::uint64_t k = GetWritingBlockIndex(name);
   if (mItems[k].mFrozen) Raise(kIndexSource, ErrorType::ElementNotFound);
-  mBlocks[k].Put(source, static_cast<std::uint32_t>(n));
+  return k;
 }
 
-Block& Index::GetOpenBlock(const std::string& name) {
+std::uint64_t Index::GetOpenBlock(const std::string& name) {
   const std::uint64_t k = GetWritingBlockIndex(name);
   if (mItems[k].mFrozen) {
     Raise(kIndexSource, ErrorType::MiscellaneousError, "Attempt to write into a frozen block");
   }
-  return mBlocks[k];
+  return k;
 }
 
 void Index::AddFlags(const std::string& name, std::uint8_t flags) {

@@ -62,6 +62,7 @@ std::uint64_t Index::GetReadingBlockIndex(const std::string& name) {
 }
 
 std::uint64_t Index::GetReadingBlockIndex(const std::string& name, std::FILE* file) {
+  if (file != nullptr) WriteAllHandedOver(file);
   BlockSizeLimiter& stream = GetBlockSizeLimiter(name);
   if (stream.mBlocks.empty()) Raise(kIndexSource, ErrorType::ElementNotFound);
   while (true) {
@@ -115,7 +116,7 @@ void Index::MoveReading(BlockSizeLimiter& stream, std::size_t to) {
 std::optional<std::uint32_t> Index::FindRawLength(std::uint64_t k) const {
   const IndexItem& item = mItems[k];
   if (mBlocks[k].GetData() != nullptr) return mBlocks[k].GetSize();
-  if (item.mFrozen) return item.mRawSize;
+  if (item.mFrozen || item.mStreamed) return item.mRawSize;
   const bool isCompressed = (item.mFlags & BlockFlag::kCompressed) != 0;
   if (isCompressed && item.mSize > 0) return std::nullopt;
   return item.mSize;
@@ -168,6 +169,7 @@ std::size_t Index::FindBlock(BlockSizeLimiter& stream, std::uint64_t offset, std
 }
 
 void Index::SetStreamPosition(const std::string& name, std::uint64_t offset, std::FILE* file) {
+  if (file != nullptr) WriteAllHandedOver(file);
   if (!HasStream(name)) CreateBlock(name);
   BlockSizeLimiter& stream = GetBlockSizeLimiter(name);
   if (stream.mBlocks.empty()) return;

@@ -1,9 +1,10 @@
 #include "Qov/Jbf/Index.h"
 
-#include <sys/types.h>
+#include <utility>
 
+#include "BlockOutput.h"
+#include "FileAccess.h"
 #include "IndexLayout.h"
-#include "Qov/Jbf/BlockZlibCompressor.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/Raise.h"
 
@@ -17,43 +18,59 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
 
-constexpr int kCompressionLevel = 6;
-
-void SeekToWrite(std::FILE* file, std::uint64_t position) {
-  if (fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0) return;
-  Trace(kIndexSource) << "File positioning failed";
-  Raise(kIndexSource, ErrorType::WriteError, "Saving the buffer failed");
-}
-
 bool HasFlag(const IndexItem& item, std::uint8_t flag) { return (item.mFlags & flag) != 0; }
 
 }  // namespace
 
 void Index::WriteBufferToFileStream(std::uint64_t k, std::FILE* file) {
+  HandOver(k);
+  WriteAllHandedOver(file);
+}
+
+// Gives block `k`, which is complete, to the workers or straight to those that wait for their
+// turn in the file.
+void Index::HandOver(std::uint64_t k) {
   Trace(kIndexSource) << "Writing buffer " << k << " to stream.";
   IndexItem& item = mItems[k];
-  Block& block = mBlocks[k];
   if (item.mFrozen || IsOnlyInFile(k)) Raise(kIndexSource, ErrorType::MismatchError);
-  const std::uint32_t rawSize = block.GetSize();
+  const std::uint32_t rawSize = GetFill(k);
   if (rawSize > 0) Trace(kIndexSource) << "Buffer length: " << rawSize;
-  if (HasFlag(item, BlockFlag::kCompressed)) {
-    BlockZlibCompressor{kCompressionLevel}(block);
-    Trace(kIndexSource) << "Buffer length after transformations: " << block.GetSize();
+  if (item.mStreamed) {
+    item.mFlags |= BlockFlag::kCompressed;
+    GetOutput().Finish(k);
+  } else {
+    GetOutput().Add(k, std::move(mBlocks[k]), HasFlag(item, BlockFlag::kCompressed));
   }
-  SetSize(k, block.GetSize());
   if (HasFlag(item, BlockFlag::kFreezeWhenFull)) {
     item.mFrozen = true;
     item.mRawSize = rawSize;
   }
-  Trace(kIndexSource) << "Writing buffer at position: " << GetPosition(k);
-  WriteAtPosition(k, file);
-  Trace(kIndexSource) << "Buffer " << k << " written to stream.";
 }
 
-void Index::WriteAtPosition(std::uint64_t k, std::FILE* file) {
-  SeekToWrite(file, GetPosition(k));
-  mBlocks[k].Write(file, false);
-  mBlocks[k].ReleaseMemory();
+// Blocks follow one another in the file: the first one that is not written yet has its place when
+// no block before it can change any more.
+void Index::WriteWhatIsReady(std::FILE* file) {
+  while (mpOutput && !mpOutput->IsEmpty()) {
+    const std::uint64_t k = mpOutput->GetFirst();
+    if (!mpOutput->IsWhole(k) && !IsWrittenUpTo(k)) return;
+    if (!mpOutput->WriteFirst(file, GetPosition(k))) return;
+    SetSize(k, mpOutput->RemoveFirst());
+    if (HasFlag(mItems[k], BlockFlag::kCompressed)) {
+      Trace(kIndexSource) << "Buffer length after transformations: " << mItems[k].mSize;
+    }
+    Trace(kIndexSource) << "Writing buffer at position: " << GetPosition(k);
+    Trace(kIndexSource) << "Buffer " << k << " written to stream.";
+  }
+}
+
+void Index::WriteAllHandedOver(std::FILE* file) {
+  WriteWhatIsReady(file);
+  while (mpOutput && mpOutput->HasWhole()) {
+    // Else it waits for an open block, for ever.
+    if (!mpOutput->IsWhole(mpOutput->GetFirst())) Raise(kIndexSource, ErrorType::NotImplemented);
+    mpOutput->Wait();
+    WriteWhatIsReady(file);
+  }
 }
 
 void Index::WriteIndexBufferToFileStream(std::uint64_t k, std::FILE* file) {
@@ -64,7 +81,9 @@ void Index::WriteIndexBufferToFileStream(std::uint64_t k, std::FILE* file) {
   SetSize(k, mBlocks[k].GetSize());
   item.mFrozen = HasFlag(item, BlockFlag::kFreezeWhenFull);
   item.mRawSize = item.mSize;
-  WriteAtPosition(k, file);
+  SeekToWrite(kIndexSource, file, GetPosition(k));
+  mBlocks[k].Write(file, false);
+  mBlocks[k].ReleaseMemory();
   Trace(kIndexSource) << "Index buffer " << k << " written to stream.";
 }
 
@@ -72,11 +91,15 @@ void Index::WriteAllBuffersToFileStream(std::FILE* file) {
   Trace(kIndexSource) << "Writing all buffers to file stream ...";
   if (mItems.empty()) CreateFirstBlocks();
   IsWrittenUpTo(mItems.size());
-  for (std::uint64_t k = mWritten; k < mItems.size(); ++k) WriteBufferToFileStream(k, file);
+  for (std::uint64_t k = mWritten; k < mItems.size(); ++k) {
+    HandOver(k);
+    WriteWhatIsReady(file);
+  }
+  WriteAllHandedOver(file);
 
   Block root;
   EncodeItems(0, kRootItems, root);
-  SeekToWrite(file, kRootPosition);
+  SeekToWrite(kIndexSource, file, kRootPosition);
   root.Write(file, true);
   if (HasStream(kIndexBlockName)) {
     for (const std::uint64_t k : GetBlockSizeLimiter(kIndexBlockName).mBlocks) {
@@ -89,18 +112,19 @@ void Index::WriteAllBuffersToFileStream(std::FILE* file) {
 void Index::FlushFrozen(std::FILE* file) {
   Trace(kIndexSource) << "Flushing frozen blocks ... ";
   for (auto& [name, stream] : mLimiters) {
-    if (!IsEmptyBlockName(name) && !name.starts_with(kIndexBlockName)) FlushFrozen(stream, file);
+    if (!IsEmptyBlockName(name) && !name.starts_with(kIndexBlockName)) HandOverFull(stream);
   }
+  WriteWhatIsReady(file);
   Trace(kIndexSource) << "Frozen blocks flushed. ";
 }
 
-void Index::FlushFrozen(BlockSizeLimiter& stream, std::FILE* file) {
+void Index::HandOverFull(BlockSizeLimiter& stream) {
   for (std::size_t i = stream.mFrozen; i < stream.mBlocks.size(); ++i) {
     const std::uint64_t k = stream.mBlocks[i];
-    const bool isFull = mBlocks[k].GetSize() >= stream.mLimit;
+    const bool isFull = GetFill(k) >= stream.mLimit;
     if (!mItems[k].mFrozen && HasFlag(mItems[k], BlockFlag::kFreezeWhenFull) && isFull) {
       if (!IsWrittenUpTo(k)) Raise(kIndexSource, ErrorType::NotImplemented);
-      WriteBufferToFileStream(k, file);
+      HandOver(k);
     }
     if (mItems[k].mFrozen && stream.mFrozen == i) ++stream.mFrozen;
   }

@@ -70,6 +70,7 @@ std::FILE* JbFile::OpenFile(const std::string& path, const char* mode) {
 void JbFile::CloseFile() {
   Trace(kSource) << "Closing file ...";
   if (mStream == nullptr) return;
+  mIndex.StopWriting();
   const bool isClosed = std::fclose(std::exchange(mStream, nullptr)) == 0;
   if (!isClosed && mIsWritable) {
     Raise(kSource, ErrorType::WriteError, "Unable to write to file");
@@ -140,6 +141,10 @@ void JbFile::SetBlockPosition(const std::string& name, std::uint64_t position) {
 
 void JbFile::AddBlockTransformation(const std::string& name, std::uint8_t flags) {
   mIndex.AddFlags(name, flags);
+}
+
+void JbFile::CompressWhileFilling(const std::string& name, std::uint64_t expectedLength) {
+  mIndex.StreamToFile(name, mStream, expectedLength);
 }
 
 bool JbFile::HasStream(const std::string& name) {

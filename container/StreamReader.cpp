@@ -1,6 +1,7 @@
 #include "Qov/Jbf/StreamReader.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "BlockInflater.h"
 #include "FileAccess.h"
@@ -112,6 +113,28 @@ void StreamReader::Read(std::uint64_t offset, void* target, std::size_t n) {
 }
 
 void StreamReader::Verify() { mpState->VerifyInflated(); }
+
+std::optional<StreamReader::BlockExtent> StreamReader::FindBlock(std::uint64_t offset,
+                                                                 std::uint64_t n) const {
+  const std::vector<std::uint64_t>& starts = mpState->mStarts;
+  if (offset >= starts.back()) return std::nullopt;
+  const auto after = std::upper_bound(starts.begin(), starts.end(), offset);
+  if (n > *after - offset) return std::nullopt;
+  const auto i = static_cast<std::size_t>(after - starts.begin()) - 1;
+  const StoredBlock& block = mpState->mBlocks[i];
+  return BlockExtent{i,           starts[i],         static_cast<std::uint32_t>(*after - starts[i]),
+                     block.mSize, block.mCompressed, i + 1 == mpState->mBlocks.size()};
+}
+
+void StreamReader::ReadStored(const BlockExtent& block, std::uint64_t begin, void* target,
+                              std::size_t n) {
+  CheckInFile(kStreamReaderSource, block.mStoredSize, begin, n);
+  mpState->mpSource->Read(mpState->mBlocks[block.mBlock].mPosition + begin, target, n);
+  const bool hasLength = block.mCompressed && begin == 0 && n >= kRawLengthSize;
+  if (hasLength && std::memcmp(target, &block.mRawLength, kRawLengthSize) != 0) {
+    Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::MismatchError);
+  }
+}
 
 bool StreamReader::ReadsFrom(const std::string& path) const {
   return mpState->mpSource->IsSameAs(path);

@@ -1,16 +1,18 @@
 #include "Qov/Util/ByteShuffle.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 #include <new>
 
+#include "BytePlanes.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovUtil {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Util/ByteShuffle";
-constexpr std::size_t kElementSize = 4;
 
 /// A copy of the first `size` bytes of an array, from which it is then filled again.
 std::unique_ptr<unsigned char[]> CopyBytes(const void* bytes, std::size_t size) {
@@ -20,31 +22,32 @@ std::unique_ptr<unsigned char[]> CopyBytes(const void* bytes, std::size_t size) 
   return copy;
 }
 
-/// Spreads `count` elements that lie `stride` bytes apart over four planes of `count` bytes.
-void SplitPlanes(const unsigned char* elements, std::size_t stride, std::size_t count,
-                 unsigned char* planes) {
-  unsigned char* const plane1 = planes + count;
-  unsigned char* const plane2 = plane1 + count;
-  unsigned char* const plane3 = plane2 + count;
-  for (std::size_t i = 0; i < count; ++i, elements += stride) {
-    planes[i] = elements[0];
-    plane1[i] = elements[1];
-    plane2[i] = elements[2];
-    plane3[i] = elements[3];
+/// Tuples of one array, as many as fit well into the fastest cache along with their planes.
+std::size_t GetTileSize(std::size_t width) {
+  constexpr std::size_t kTileElements = 2048;
+  constexpr std::size_t kLeastTuples = 16;
+  return std::max(kTileElements / width, kLeastTuples);
+}
+
+/// Where the bytes of the tuples from `begin` on stand in the planes of one component.
+template <class Byte>
+std::array<Byte*, kElementSize> GetPlanes(Byte* planes, std::size_t count, std::size_t component,
+                                          std::size_t begin) {
+  Byte* const first = planes + kElementSize * count * component + begin;
+  return {first, first + count, first + 2 * count, first + 3 * count};
+}
+
+void Gather(const unsigned char* tuples, std::size_t width, std::size_t count,
+            unsigned char* elements) {
+  for (std::size_t i = 0; i < count; ++i) {
+    std::memcpy(elements + kElementSize * i, tuples + kElementSize * width * i, kElementSize);
   }
 }
 
-/// The inverse of SplitPlanes.
-void JoinPlanes(const unsigned char* planes, std::size_t count, unsigned char* elements,
-                std::size_t stride) {
-  const unsigned char* const plane1 = planes + count;
-  const unsigned char* const plane2 = plane1 + count;
-  const unsigned char* const plane3 = plane2 + count;
-  for (std::size_t i = 0; i < count; ++i, elements += stride) {
-    elements[0] = planes[i];
-    elements[1] = plane1[i];
-    elements[2] = plane2[i];
-    elements[3] = plane3[i];
+void Scatter(const unsigned char* elements, std::size_t width, std::size_t count,
+             unsigned char* tuples) {
+  for (std::size_t i = 0; i < count; ++i) {
+    std::memcpy(tuples + kElementSize * width * i, elements + kElementSize * i, kElementSize);
   }
 }
 
@@ -53,24 +56,35 @@ void JoinPlanes(const unsigned char* planes, std::size_t count, unsigned char* e
 void ShuffleBytes(void* values, std::size_t size, std::size_t width) {
   const std::size_t count = width == 0 ? 0 : size / width;
   if (count == 0) return;
-  const std::size_t planesSize = kElementSize * count;
-  const auto tuples = CopyBytes(values, width * planesSize);
+  const auto tuples = CopyBytes(values, kElementSize * width * count);
   auto* planes = static_cast<unsigned char*>(values);
-  for (std::size_t component = 0; component < width; ++component) {
-    SplitPlanes(tuples.get() + kElementSize * component, kElementSize * width, count,
-                planes + planesSize * component);
+  const std::size_t tileSize = GetTileSize(width);
+  std::vector<unsigned char> elements(kElementSize * tileSize);
+  for (std::size_t begin = 0; begin < count; begin += tileSize) {
+    const std::size_t n = std::min(tileSize, count - begin);
+    const unsigned char* const tile = tuples.get() + kElementSize * width * begin;
+    for (std::size_t component = 0; component < width; ++component) {
+      Gather(tile + kElementSize * component, width, n, elements.data());
+      SplitPlanes(elements.data(), n, GetPlanes(planes, count, component, begin));
+    }
   }
 }
 
 void UnShuffleBytes(void* values, std::size_t size, std::size_t width) {
   const std::size_t count = width == 0 ? 0 : size / width;
   if (count == 0) return;
-  const std::size_t planesSize = kElementSize * count;
-  const auto planes = CopyBytes(values, width * planesSize);
+  const auto planes = CopyBytes(values, kElementSize * width * count);
   auto* tuples = static_cast<unsigned char*>(values);
-  for (std::size_t component = 0; component < width; ++component) {
-    JoinPlanes(planes.get() + planesSize * component, count, tuples + kElementSize * component,
-               kElementSize * width);
+  const std::size_t tileSize = GetTileSize(width);
+  std::vector<unsigned char> elements(kElementSize * tileSize);
+  for (std::size_t begin = 0; begin < count; begin += tileSize) {
+    const std::size_t n = std::min(tileSize, count - begin);
+    unsigned char* const tile = tuples + kElementSize * width * begin;
+    for (std::size_t component = 0; component < width; ++component) {
+      JoinPlanes(GetPlanes<const unsigned char>(planes.get(), count, component, begin), n,
+                 elements.data());
+      Scatter(elements.data(), width, n, tile + kElementSize * component);
+    }
   }
 }
 

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <vector>
 
+#include "diagnostics/BytePlanes.h"
+
 namespace {
 
 using QovUtil::ShuffleMultiVectorBytes;
@@ -61,6 +63,50 @@ TEST(ByteShuffleTest, LeavesAloneWhatHoldsNoTuple) {
   ShuffleVectorBytes(empty);
   UnShuffleMultiVectorBytes(empty, 3);
   EXPECT_TRUE(empty.empty());
+}
+
+/// Where the definition puts each byte, through several tiles and their ends.
+TEST(ByteShuffleTest, FollowsItsDefinitionInArraysOfAnySize) {
+  for (const std::size_t size : {15U, 16U, 17U, 2047U, 2048U, 7001U}) {
+    for (const std::size_t width : {1U, 2U, 3U, 130U, 255U}) {
+      auto values = Sample<std::uint32_t>(size);
+      auto expected = Bytes(values);
+      const auto before = expected;
+      const std::size_t count = size / width;
+      for (std::size_t i = 0; i < 4 * count * width; ++i) {
+        const std::size_t byte = i % 4;
+        const std::size_t component = i / 4 % width;
+        const std::size_t tuple = i / 4 / width;
+        expected[4 * count * component + count * byte + tuple] = before[i];
+      }
+      ShuffleMultiVectorBytes(values, static_cast<unsigned char>(width));
+      ASSERT_EQ(Bytes(values), expected) << size << " elements, width " << width;
+    }
+  }
+}
+
+/// The kernels that are written for this processor, against those that serve any.
+TEST(BytePlanesTest, AreTheSameHoweverTheyAreSplit) {
+  for (const std::size_t count : {0U, 1U, 15U, 16U, 17U, 63U, 1000U}) {
+    const auto elements = Bytes(Sample<std::uint32_t>(count));
+    std::vector<unsigned char> bytes(4 * count);
+    std::vector<unsigned char> plainBytes(4 * count);
+    const auto planesOf = [count](std::vector<unsigned char>& all) {
+      return QovUtil::Planes{all.data(), all.data() + count, all.data() + 2 * count,
+                             all.data() + 3 * count};
+    };
+    const auto planes = planesOf(bytes);
+    QovUtil::SplitPlanes(elements.data(), count, planes);
+    QovUtil::SplitPlanesPlainly(elements.data(), 0, count, planesOf(plainBytes));
+    EXPECT_EQ(bytes, plainBytes) << count;
+    std::vector<unsigned char> joined(4 * count);
+    std::vector<unsigned char> plainlyJoined(4 * count);
+    const QovUtil::ConstPlanes source{planes[0], planes[1], planes[2], planes[3]};
+    QovUtil::JoinPlanes(source, count, joined.data());
+    QovUtil::JoinPlanesPlainly(source, 0, count, plainlyJoined.data());
+    EXPECT_EQ(joined, elements) << count;
+    EXPECT_EQ(plainlyJoined, elements) << count;
+  }
 }
 
 template <class T>

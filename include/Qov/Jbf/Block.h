@@ -4,12 +4,14 @@
 #include <cstdio>
 #include <utility>
 
+#include "Qov/Export.h"
+
 namespace QovJbf {
 
 /// The least number of bytes by which a block grows: 10 MiB, unless the environment variable
 /// TELMORAX_DEFAULT_RYX_BLOCK_SIZE says otherwise (decimal, at most 4294967294). A value once
 /// seen stays in force when the variable is gone.
-extern std::uint32_t default_block_size;
+QOV_EXPORT extern std::uint32_t default_block_size;
 
 /// A growable byte buffer with a cursor. All persistent data pass through one.
 ///
@@ -17,7 +19,7 @@ extern std::uint32_t default_block_size;
 /// Errors: MemoryAllocationError when there is no memory or the block would pass 4294967295
 /// bytes (nothing is written then); OutOfBounds when reading or seeking past the end; ReadError
 /// and WriteError of the file. After an error size and cursor are as before.
-class Block {
+class QOV_EXPORT Block {
  public:
   Block() = default;
   Block(Block&& other) noexcept { Swap(other); }

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/Block.h"
 #include "Qov/Jbf/ValueTypes.h"
 
@@ -34,37 +35,37 @@
 /// Types of other modules join by overloading CopyToBlock and CopyFromBlock in this namespace.
 namespace QovJbf {
 
-void CopyToBlock(Block& block, const std::uint32_t& value);
-void CopyToBlock(Block& block, const std::int32_t& value);
-void CopyToBlock(Block& block, const std::uint64_t& value);
-void CopyToBlock(Block& block, const std::uint16_t& value);
-void CopyToBlock(Block& block, const std::uint8_t& value);
-void CopyToBlock(Block& block, const float& value);
-void CopyToBlock(Block& block, const double& value);
-void CopyToBlock(Block& block, const bool& value);
-void CopyToBlock(Block& block, const std::string& value);
-void CopyToBlock(Block& block, const std::wstring& value);
-void CopyToBlock(Block& block, const QovRyx::Vector2& value);
-void CopyToBlock(Block& block, const QovRyx::Vector3& value);
-void CopyToBlock(Block& block, const QovRyx::ColourValue& value);
-void CopyToBlock(Block& block, const QovRyx::Quaternion& value);
+QOV_EXPORT void CopyToBlock(Block& block, const std::uint32_t& value);
+QOV_EXPORT void CopyToBlock(Block& block, const std::int32_t& value);
+QOV_EXPORT void CopyToBlock(Block& block, const std::uint64_t& value);
+QOV_EXPORT void CopyToBlock(Block& block, const std::uint16_t& value);
+QOV_EXPORT void CopyToBlock(Block& block, const std::uint8_t& value);
+QOV_EXPORT void CopyToBlock(Block& block, const float& value);
+QOV_EXPORT void CopyToBlock(Block& block, const double& value);
+QOV_EXPORT void CopyToBlock(Block& block, const bool& value);
+QOV_EXPORT void CopyToBlock(Block& block, const std::string& value);
+QOV_EXPORT void CopyToBlock(Block& block, const std::wstring& value);
+QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::Vector2& value);
+QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::Vector3& value);
+QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::ColourValue& value);
+QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::Quaternion& value);
 /// A literal would be taken for a bool.
 void CopyToBlock(Block& block, const char* value) = delete;
 
-void CopyFromBlock(Block& block, std::uint32_t& value);
-void CopyFromBlock(Block& block, std::int32_t& value);
-void CopyFromBlock(Block& block, std::uint64_t& value);
-void CopyFromBlock(Block& block, std::uint16_t& value);
-void CopyFromBlock(Block& block, std::uint8_t& value);
-void CopyFromBlock(Block& block, float& value);
-void CopyFromBlock(Block& block, double& value);
-void CopyFromBlock(Block& block, bool& value);
-void CopyFromBlock(Block& block, std::string& value);
-void CopyFromBlock(Block& block, std::wstring& value);
-void CopyFromBlock(Block& block, QovRyx::Vector2& value);
-void CopyFromBlock(Block& block, QovRyx::Vector3& value);
-void CopyFromBlock(Block& block, QovRyx::ColourValue& value);
-void CopyFromBlock(Block& block, QovRyx::Quaternion& value);
+QOV_EXPORT void CopyFromBlock(Block& block, std::uint32_t& value);
+QOV_EXPORT void CopyFromBlock(Block& block, std::int32_t& value);
+QOV_EXPORT void CopyFromBlock(Block& block, std::uint64_t& value);
+QOV_EXPORT void CopyFromBlock(Block& block, std::uint16_t& value);
+QOV_EXPORT void CopyFromBlock(Block& block, std::uint8_t& value);
+QOV_EXPORT void CopyFromBlock(Block& block, float& value);
+QOV_EXPORT void CopyFromBlock(Block& block, double& value);
+QOV_EXPORT void CopyFromBlock(Block& block, bool& value);
+QOV_EXPORT void CopyFromBlock(Block& block, std::string& value);
+QOV_EXPORT void CopyFromBlock(Block& block, std::wstring& value);
+QOV_EXPORT void CopyFromBlock(Block& block, QovRyx::Vector2& value);
+QOV_EXPORT void CopyFromBlock(Block& block, QovRyx::Vector3& value);
+QOV_EXPORT void CopyFromBlock(Block& block, QovRyx::ColourValue& value);
+QOV_EXPORT void CopyFromBlock(Block& block, QovRyx::Quaternion& value);
 
 template <class T, std::size_t N>
 void CopyToBlock(Block& block, const std::array<T, N>& values);
@@ -108,9 +109,9 @@ template <class T>
 inline constexpr bool kIsRawElement = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
 
 /// Raises OutOfBounds unless `count` elements of at least `leastSize` bytes can follow.
-void CheckCount(const Block& block, std::uint64_t count, std::uint64_t leastSize);
+QOV_EXPORT void CheckCount(const Block& block, std::uint64_t count, std::uint64_t leastSize);
 /// Writes a count, unless its elements, of at least `leastSize` bytes, would not fit.
-void PutCount(Block& block, std::size_t count, std::size_t leastSize);
+QOV_EXPORT void PutCount(Block& block, std::size_t count, std::size_t leastSize);
 
 template <class T>
 std::uint32_t GetCount(Block& block) {

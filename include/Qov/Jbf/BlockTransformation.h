@@ -1,11 +1,12 @@
 #pragma once
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/Block.h"
 
 namespace QovJbf {
 
 /// Replaces a block's content in place.
-class BlockTransformation {
+class QOV_EXPORT BlockTransformation {
  public:
   virtual ~BlockTransformation() = default;
   virtual void operator()(Block& block) = 0;

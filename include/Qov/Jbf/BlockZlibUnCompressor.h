@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/BlockTransformation.h"
 #include "Qov/Util/ConcernsFile.h"
 
@@ -12,13 +13,13 @@ namespace QovJbf {
 /// A damaged stream writes "Error CODE while uncompressing block " to standard error and throws
 /// a DamagedBlock. No more memory is taken than zlib's largest ratio allows for the compressed
 /// bytes, whatever the length in front of them says.
-class BlockZlibUnCompressor : public BlockTransformation {
+class QOV_EXPORT BlockZlibUnCompressor : public BlockTransformation {
  public:
   void operator()(Block& block) override;
 };
 
 /// What a zlib stream that cannot be inflated is reported as.
-class DamagedBlock : public std::exception, public Qov::Util::ConcernsFile {
+class QOV_EXPORT DamagedBlock : public std::exception, public Qov::Util::ConcernsFile {
  public:
   const char* what() const noexcept override;
 };

@@ -2,16 +2,22 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/Block.h"
 #include "Qov/Jbf/BlockIo.h"
 #include "Qov/Util/Exception.h"
 
 namespace QovJbf {
+
+class BlockOutput;
 
 /// What IndexItem::mFlags says of a block.
 namespace BlockFlag {
@@ -34,13 +40,14 @@ struct IndexItem {
   std::uint32_t mSize = 0;      ///< Bytes in the file, after transformations.
   std::uint8_t mFlags = 0;      ///< BlockFlag bits.
   std::uint8_t mFlags2 = 0;     ///< Carried only.
-  bool mFrozen = false;         ///< Written; may not be written again.
+  bool mFrozen = false;         ///< Written or about to be; may not be written again.
   bool mLoaded = false;         ///< Its bytes are in memory, read from the file.
-  std::uint32_t mRawSize = 0;   ///< Bytes before transformations, of a frozen block.
+  bool mStreamed = false;       ///< Compressed while it fills; its content is not in memory.
+  std::uint32_t mRawSize = 0;   ///< Bytes before transformations, of a frozen or streamed block.
 };
 
-void CopyToBlock(Block& block, const IndexItem& item);
-void CopyFromBlock(Block& block, IndexItem& item);
+QOV_EXPORT void CopyToBlock(Block& block, const IndexItem& item);
+QOV_EXPORT void CopyFromBlock(Block& block, IndexItem& item);
 /// An item whose name is empty.
 template <>
 inline constexpr std::size_t kLeastEncodedSize<IndexItem> =
@@ -50,6 +57,8 @@ inline constexpr std::size_t kLeastEncodedSize<IndexItem> =
 struct BlockSizeLimiter {
   std::vector<std::uint64_t> mBlocks;
   std::uint32_t mLimit = 0;
+  /// New blocks are compressed while they fill.
+  bool mStreamed = false;
   /// Where reading is: an index into mBlocks. Blocks before it are exhausted.
   std::size_t mReading = 0;
   /// mStarts[i] is the uncompressed offset of block i, as far as it is known.
@@ -65,12 +74,20 @@ struct BlockSizeLimiter {
 /// unset). A single Put is never cut. Slots for blocks are made 20 at first, then 200 at a time;
 /// the last free slot of each batch becomes an index block that lists the batch after it.
 ///
+/// Blocks are compressed on several threads at a time and written in the order of their items; the
+/// bytes of the file do not depend on it. RYXMERGE_THREADS says how many threads there are; with 1
+/// none is started. Without it they are as many as the processors and the memory allow.
+///
 /// Errors bear the source "include/Qov/Jbf/Index".
-class Index {
+class QOV_EXPORT Index {
  public:
-  Index() = default;
-  Index(Index&&) = default;
-  Index& operator=(Index&&) = default;
+  /// Fills its target with the next bytes of a value.
+  using PieceSource = std::function<void(void* target, std::size_t n)>;
+
+  Index();
+  ~Index();
+  Index(Index&&) noexcept;
+  Index& operator=(Index&&) noexcept;
 
   std::uint64_t CreateBlock(const std::string& name);
   /// Appends `n` free slots; returns the stored size of an index of `n` items.
@@ -90,8 +107,17 @@ class Index {
   /// One encoded value. Into a frozen block: MiscellaneousError.
   template <class T>
   void Put(const std::string& name, const T& value) {
-    CopyToBlock(GetOpenBlock(name), value);
+    const std::uint64_t k = GetOpenBlock(name);
+    CopyToBlock(mBlocks[k], value);
+    if (mItems[k].mStreamed) StreamEncoded(k);
   }
+  /// Raw bytes that `source` delivers piece by piece; what it throws leaves the stream with the
+  /// pieces that came before.
+  void Put(const std::string& name, std::uint64_t n, const PieceSource& source);
+  /// Appends a block whose `storedSize` bytes `source` delivers as they are to lie in `file`,
+  /// where they go at once. Raises NotImplemented if an earlier block is still open.
+  void PutStoredBlock(const std::string& name, std::uint32_t rawLength, std::uint32_t storedSize,
+                      bool isCompressed, const PieceSource& source, std::FILE* file);
   /// Leaves the target as it is when the stream is absent.
   void Get(const std::string& name, void* target, std::uint64_t n);
   void Get(const std::string& name, void* target, std::uint64_t n, std::FILE* file);
@@ -107,6 +133,13 @@ class Index {
   /// gets an empty block. `file` may be null if all is in memory.
   void SetStreamPosition(const std::string& name, std::uint64_t offset, std::FILE* file);
 
+  /// From now on new blocks of `name` are compressed while they fill and go to `file` as soon as
+  /// their place is known, so that blocks of any size take little memory. What is put cannot be
+  /// read back from this index. Memory is planned for `expectedLength` bytes of it, 0 if it is not
+  /// known how many will come.
+  void StreamToFile(const std::string& name, std::FILE* file, std::uint64_t expectedLength = 0);
+  /// Drops what is still to be written, before the file is closed.
+  void StopWriting();
   void WriteBufferToFileStream(std::uint64_t k, std::FILE* file);
   void WriteIndexBufferToFileStream(std::uint64_t k, std::FILE* file);
   void WriteAllBuffersToFileStream(std::FILE* file);
@@ -123,9 +156,12 @@ class Index {
   std::uint64_t GetPosition(std::uint64_t k);
 
  private:
-  Block& GetOpenBlock(const std::string& name);
+  std::uint64_t GetOpenBlock(const std::string& name);
+  std::uint64_t GetBlockForBytes(const std::string& name, std::uint64_t n);
+  std::uint32_t GetFill(std::uint64_t k) const;
   BlockSizeLimiter& MakeLimiter(const std::string& name);
   void CreateFirstBlocks();
+  std::uint64_t AddBlock(const std::string& name);
   std::uint64_t TakeFreeBlock();
   void MakeIndexBlock(std::uint64_t k);
   void EncodeItems(std::uint64_t first, std::uint64_t count, Block& block) const;
@@ -144,8 +180,16 @@ class Index {
   void RebuildLimiters();
 
   bool IsWrittenUpTo(std::uint64_t k);
-  void FlushFrozen(BlockSizeLimiter& stream, std::FILE* file);
-  void WriteAtPosition(std::uint64_t k, std::FILE* file);
+  void HandOverFull(BlockSizeLimiter& stream);
+
+  BlockOutput& GetOutput();
+  void HandOver(std::uint64_t k);
+  void WriteWhatIsReady(std::FILE* file);
+  void WriteAllHandedOver(std::FILE* file);
+  void StreamEncoded(std::uint64_t k);
+  void StreamBytes(std::uint64_t k, const void* bytes, std::uint64_t n);
+  void Stream(std::uint64_t k, std::uint64_t n, const PieceSource& source);
+  std::span<unsigned char> WaitForSpace(std::uint64_t k);
 
   std::vector<IndexItem> mItems;
   std::vector<Block> mBlocks;
@@ -155,6 +199,9 @@ class Index {
   std::uint64_t mIndexLength = 0;
   std::size_t mPositioned = 0;  ///< How many items at the front have a valid mPosition.
   std::size_t mWritten = 0;     ///< How many items at the front are frozen or index blocks.
+  std::unique_ptr<BlockOutput> mpOutput;  ///< What is being compressed; null until it is needed.
+  std::FILE* mpFile = nullptr;            ///< Where streamed blocks go.
+  std::uint64_t mExpectedLength = 0;      ///< Of the streamed blocks; 0 if it is not known.
 };
 
 }  // namespace QovJbf

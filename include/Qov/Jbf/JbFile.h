@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/Index.h"
 #include "Qov/Jbf/StreamReader.h"
 
@@ -12,7 +13,7 @@ namespace QovJbf {
 
 /// The container version whose rules hold for the records being read. "1.3", except while a
 /// loader reads the view points of an older file.
-extern std::string ryx_file_version;
+QOV_EXPORT extern std::string ryx_file_version;
 /// The container version that this program writes.
 inline constexpr const char* kCurrentFileVersion = "1.3";
 
@@ -24,20 +25,23 @@ inline constexpr const char* kCurrentFileVersion = "1.3";
 ///   offset 16     L bytes   root index: u32 20, then 20 items
 ///   offset 16+L   ...       the blocks, back to back, in the order of their items
 ///
-/// To write: OpenFile("wb+"), WriteHeader, GetIndex().Put..., WriteAllBuffers, CloseFile.
+/// To write: OpenFile("wb+"), WriteHeader, GetIndex().Put...,
+/// GetIndex().WriteAllBuffersToFileStream(GetStream()), CloseFile.
 /// To read: OpenFile("rb"), IsJbFile, ReadVersion, CheckSupport, ReadIndex, then Get or Require.
-class JbFile {
+class QOV_EXPORT JbFile {
  public:
   JbFile() = default;
   virtual ~JbFile();
   JbFile(const JbFile&) = delete;
   JbFile& operator=(const JbFile&) = delete;
 
-  /// Modes "wb+", "rb+" and "rb". Raises MiscellaneousError.
+  /// Modes "wb+", "rb+" and "rb". Raises MiscellaneousError. The handle stays this object's and
+  /// is closed with it.
   std::FILE* OpenFile(const std::string& path, const char* mode);
   /// Writes what is still buffered: a failing close raises WriteError.
   virtual void CloseFile();
 
+  /// Whether the file begins with the magic.
   bool IsJbFile();
   /// The version text at offset 8, at most 4 characters.
   std::string ReadVersion();
@@ -46,6 +50,8 @@ class JbFile {
   static void CheckSupport(const std::string& version, bool& isCurrent);
   /// Magic and current version.
   void WriteHeader();
+  /// Raises ReadError for a file that ends early and OutOfBounds for an index that makes no sense;
+  /// the index is as before then.
   void ReadIndex();
 
   /// Reads one value; leaves it as it is when the stream is absent or no file is open.
@@ -70,6 +76,9 @@ class JbFile {
   void SetBlockPosition(const std::string& name, std::uint64_t position);
   /// Sets BlockFlag bits on all blocks that `name` has now.
   void AddBlockTransformation(const std::string& name, std::uint8_t flags);
+  /// Lets new blocks of `name` go to the file while they fill, which keeps little of them in
+  /// memory. The file must be open for writing. It helps to know how many bytes will come.
+  void CompressWhileFilling(const std::string& name, std::uint64_t expectedLength = 0);
 
   /// A reader of `name` that outlives this object; an absent stream gives one of length 0.
   /// Raises ReadError when no file is open.

@@ -3,8 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "Qov/Export.h"
 
 namespace QovJbf {
 
@@ -18,7 +21,7 @@ class SourceFile;
 ///
 /// Arrays read in stored order cost one inflation of the stream. Blocks that are passed over are
 /// not inflated. Going back starts the block in question again.
-class StreamReader {
+class QOV_EXPORT StreamReader {
  public:
   /// Where a physical block lies in the file.
   struct StoredBlock {
@@ -43,6 +46,21 @@ class StreamReader {
   /// Checks the block that was read last, whose end nothing may have been read from. Only then is
   /// it sure that all that was read is what was once written. Throws DamagedBlock if it is not.
   void Verify();
+
+  /// A physical block of the stream, to be copied as it lies in the file.
+  struct BlockExtent {
+    std::size_t mBlock;        ///< Its number in the stream.
+    std::uint64_t mStart;      ///< Where its content begins in the uncompressed stream,
+    std::uint32_t mRawLength;  ///< and how long that is.
+    std::uint32_t mStoredSize;
+    bool mCompressed;
+    bool mIsLast;  ///< No other one follows it.
+  };
+  /// The block that holds all of the `n` bytes at `offset` of the uncompressed stream, if one does.
+  std::optional<BlockExtent> FindBlock(std::uint64_t offset, std::uint64_t n) const;
+  /// Reads `n` of the stored bytes of a block, from the one at `begin` on, as they lie in the file.
+  /// Raises MismatchError if the length of the content is no longer what it was.
+  void ReadStored(const BlockExtent& block, std::uint64_t begin, void* target, std::size_t n);
 
   /// True if `path` is the very file that this reads from (device and inode).
   bool ReadsFrom(const std::string& path) const;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Log/Record.h"
 
 /// A small logging framework: publishers are destinations, filters say which records pass,
@@ -16,7 +17,7 @@
 /// It is used from one thread.
 namespace Qov::Log {
 
-class Filter {
+class QOV_EXPORT Filter {
  public:
   virtual ~Filter() = default;
   virtual bool operator()(const Util::LogRecord& record) = 0;
@@ -29,26 +30,26 @@ class LevelFilter : public Filter {
   bool operator()(const Util::LogRecord& record) override { return record.mLevel >= N; }
 };
 
-class Formatter {
+class QOV_EXPORT Formatter {
  public:
   virtual ~Formatter() = default;
   virtual std::string operator()(const Util::LogRecord& record) = 0;
 };
 
 /// "Index : 758 @ the message", with the last part of the source's path and a newline.
-class DefaultFormatter : public Formatter {
+class QOV_EXPORT DefaultFormatter : public Formatter {
  public:
   std::string operator()(const Util::LogRecord& record) override;
 };
 
-class Publisher {
+class QOV_EXPORT Publisher {
  public:
   virtual ~Publisher() = default;
   virtual Publisher& operator<<(const char* text) = 0;
   virtual void flush() = 0;
 };
 
-class StreamPublisher : public Publisher {
+class QOV_EXPORT StreamPublisher : public Publisher {
  public:
   explicit StreamPublisher(std::ostream& stream) : mStream(stream) {}
   Publisher& operator<<(const char* text) override;
@@ -59,7 +60,7 @@ class StreamPublisher : public Publisher {
 };
 
 /// Writes to a file that is emptied when it is opened.
-class FilePublisher : public Publisher {
+class QOV_EXPORT FilePublisher : public Publisher {
  public:
   explicit FilePublisher(const char* path) : mStream(path, std::ios::out | std::ios::trunc) {}
   Publisher& operator<<(const char* text) override;
@@ -69,14 +70,14 @@ class FilePublisher : public Publisher {
   std::ofstream mStream;
 };
 
-class NullPublisher : public Publisher {
+class QOV_EXPORT NullPublisher : public Publisher {
  public:
   Publisher& operator<<(const char*) override { return *this; }
   void flush() override {}
 };
 
 /// The process's log. Reach it through Util::SingletonHolder<Manager>.
-class Manager {
+class QOV_EXPORT Manager {
  public:
   /// Registers the filter and the formatter named "__Default__": errors, one line each.
   Manager();
@@ -84,6 +85,7 @@ class Manager {
   /// Registers a destination that gets the error records. A name that is there already is
   /// replaced. The manager takes over ownership.
   void AddPublisher(const std::string& name, Publisher* publisher);
+  /// A name that is there already is replaced, for the loggers that use it too.
   void AddFilter(const std::string& name, std::unique_ptr<Filter> filter);
   void AddFormatter(const std::string& name, std::unique_ptr<Formatter> formatter);
   /// Ties registered parts together. An unknown name raises "Element Not Found".
@@ -93,6 +95,7 @@ class Manager {
   /// Registers a destination for the records of kTraceLevel and above.
   void TraceTo(const std::string& name, std::unique_ptr<Publisher> publisher);
 
+  /// Hands a record to every destination whose filter passes it, before it returns.
   void Dispatch(const Util::LogRecord& record);
 
  private:
@@ -122,8 +125,8 @@ class Manager {
 };
 
 /// Send the records of kTraceLevel and above to standard error, to a file, or nowhere.
-void LogTraceToConsole();
-void LogTraceToFile(const char* path);
-void LogTraceToNull();
+QOV_EXPORT void LogTraceToConsole();
+QOV_EXPORT void LogTraceToFile(const char* path);
+QOV_EXPORT void LogTraceToNull();
 
 }  // namespace Qov::Log

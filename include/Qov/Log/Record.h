@@ -7,6 +7,8 @@
 #include <ctime>
 #include <string>
 
+#include "Qov/Export.h"
+
 namespace Qov::Util {
 
 /// What a log line is made from. Text beyond the array is dropped.
@@ -31,7 +33,7 @@ inline constexpr std::uint16_t kTraceLevel = 1000;
 inline constexpr std::uint16_t kErrorLevel = 2000;
 
 /// A log line under construction: append to it; it is emitted when it goes out of scope.
-class Record {
+class QOV_EXPORT Record {
  public:
   Record(unsigned short level, const char* file, unsigned long line, const char* method);
   ~Record();

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "Qov/Export.h"
+
 namespace Qov::Util {
 
 /// Prints the text of a broken assumption with its place and stops the process.
-[[noreturn]] void FailAssertion(const char* text, const char* file, int line);
+[[noreturn]] QOV_EXPORT void FailAssertion(const char* text, const char* file, int line);
 
 }  // namespace Qov::Util
 

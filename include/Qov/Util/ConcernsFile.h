@@ -2,11 +2,13 @@
 
 #include <string>
 
+#include "Qov/Export.h"
+
 namespace Qov::Util {
 
 /// What the errors of this system have beside their text: the file that they are about. Most
 /// errors are raised where only bytes are known; who knows the file names it on the way up.
-class ConcernsFile {
+class QOV_EXPORT ConcernsFile {
  public:
   /// The path of the file, empty if nobody named it.
   const std::string& GetConcernedFile() const { return mPath; }

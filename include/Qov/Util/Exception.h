@@ -6,6 +6,7 @@
 #include <ctime>
 #include <exception>
 
+#include "Qov/Export.h"
 #include "Qov/Util/ConcernsFile.h"
 
 namespace Qov::Util {
@@ -13,7 +14,7 @@ namespace Qov::Util {
 /// The one error of the system: a kind, a description, the place that raised it and a report.
 ///
 /// Throw it through Raise() only, which logs the same text first.
-class Exception : public std::exception, public ConcernsFile {
+class QOV_EXPORT Exception : public std::exception, public ConcernsFile {
  public:
   enum class ErrorType : std::uint32_t {
     MemoryAllocationError = 0,

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "Qov/Export.h"
 #include "Qov/Util/Exception.h"
 
 namespace Qov::Util {
@@ -11,11 +12,12 @@ namespace Qov::Util {
 ///
 /// `source` is the path of the header that the failing code belongs to, without its ending
 /// ("include/Qov/Jbf/Block"); each module holds it in one constant. The line is the caller's.
-[[noreturn]] void Raise(const char* source, Exception::ErrorType type,
-                        const std::string& description, unsigned long line = __builtin_LINE());
+[[noreturn]] QOV_EXPORT void Raise(const char* source, Exception::ErrorType type,
+                                   const std::string& description,
+                                   unsigned long line = __builtin_LINE());
 
 /// The same, with the table text of `type` as the description.
-[[noreturn]] void Raise(const char* source, Exception::ErrorType type,
-                        unsigned long line = __builtin_LINE());
+[[noreturn]] QOV_EXPORT void Raise(const char* source, Exception::ErrorType type,
+                                   unsigned long line = __builtin_LINE());
 
 }  // namespace Qov::Util

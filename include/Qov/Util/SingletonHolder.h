@@ -1,10 +1,13 @@
 #pragma once
 
+#include "Qov/Export.h"
+
 namespace Qov::Util {
 
-/// Holds the one instance of T of the process, made when it is first asked for.
+/// Holds the one instance of T of the process, made when it is first asked for and destroyed when
+/// the process ends. A program and the shared library see the same one.
 template <class T>
-class SingletonHolder {
+class QOV_EXPORT SingletonHolder {
  public:
   SingletonHolder() = delete;
 

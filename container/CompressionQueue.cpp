@@ -1,0 +1,150 @@
+#include "CompressionQueue.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <utility>
+
+#include "BlockDeflater.h"
+#include "Qov/Util/Assert.h"
+#include "Qov/Util/Raise.h"
+
+namespace QovJbf {
+
+namespace {
+
+constexpr const char* kSource = "include/Qov/Jbf/BlockZlibCompressor";
+
+}  // namespace
+
+/// The lock of the queue guards all but mDeflater, which belongs to the worker in Run.
+class CompressionQueue::Job {
+ private:
+  friend class CompressionQueue;
+
+  std::deque<Chunk> mInput;
+  bool mIsWhole = false;   // there will be no more input
+  bool mIsEnded = false;   // there will be no more output
+  bool mIsPosted = false;  // a worker has it or is going to
+  std::vector<Chunk> mOutput;
+  std::optional<BlockDeflater> mDeflater;
+};
+
+CompressionQueue::CompressionQueue(unsigned threads, std::uint64_t memory, int level)
+    : mLevel(level), mBound(memory), mWorkers(threads) {}
+
+CompressionQueue::~CompressionQueue() { mIsEnding = true; }
+
+CompressionQueue::JobHandle CompressionQueue::Begin() { return std::make_shared<Job>(); }
+
+void CompressionQueue::Add(const JobHandle& job, Chunk part) {
+  {
+    const std::lock_guard lock(mMutex);
+    QOV_ASSERT(part.mSize > 0);
+    job->mInput.push_back(std::move(part));
+    ++mNumWaiting;
+  }
+  Post(job);
+}
+
+void CompressionQueue::Finish(const JobHandle& job) {
+  {
+    const std::lock_guard lock(mMutex);
+    job->mIsWhole = true;
+    ++mNumWaiting;
+  }
+  Post(job);
+}
+
+// A job that a worker has already goes on with what was added.
+void CompressionQueue::Post(const JobHandle& job) {
+  {
+    const std::lock_guard lock(mMutex);
+    if (std::exchange(job->mIsPosted, true)) return;
+  }
+  mWorkers.Post([this, job] { Run(*job); });
+}
+
+CompressionQueue::Output CompressionQueue::TakeOutput(Job& job) {
+  const std::lock_guard lock(mMutex);
+  RaiseIfFailed();
+  return {std::exchange(job.mOutput, {}), job.mIsEnded};
+}
+
+bool CompressionQueue::HasRoom() {
+  const std::lock_guard lock(mMutex);
+  return mPool.GetUsed() + ChunkPool::kChunkSize <= mBound || mNumWaiting == 0 || mHasFailed;
+}
+
+void CompressionQueue::RaiseBound(std::uint64_t memory) {
+  const std::lock_guard lock(mMutex);
+  mBound = std::max(mBound, memory);
+}
+
+void CompressionQueue::Wait() {
+  std::unique_lock lock(mMutex);
+  mProgress.wait(lock,
+                 [this] { return mNumDelivered != mNumSeen || mNumWaiting == 0 || mHasFailed; });
+  mNumSeen = mNumDelivered;
+  RaiseIfFailed();
+}
+
+void CompressionQueue::RaiseIfFailed() const {
+  if (mHasFailed) Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+}
+
+// From here on, on a worker.
+
+void CompressionQueue::Run(Job& job) {
+  try {
+    while (auto part = TakeInput(job)) Compress(job, std::move(*part));
+  } catch (const std::exception&) {
+    const std::lock_guard lock(mMutex);
+    mHasFailed = true;
+    mProgress.notify_all();
+  }
+}
+
+// The next part of the content, an empty one for its end, or nothing if that has not come yet.
+std::optional<Chunk> CompressionQueue::TakeInput(Job& job) {
+  const std::lock_guard lock(mMutex);
+  if (mHasFailed || mIsEnding) return std::nullopt;
+  Chunk part;
+  if (!job.mInput.empty()) {
+    part = std::move(job.mInput.front());
+    job.mInput.pop_front();
+  } else if (!job.mIsWhole || job.mIsEnded) {
+    job.mIsPosted = false;
+    return std::nullopt;
+  }
+  return part;
+}
+
+void CompressionQueue::Compress(Job& job, Chunk part) {
+  if (!job.mDeflater) job.mDeflater.emplace(mPool, mLevel);
+  const bool isEnd = part.mSize == 0;
+  for (std::size_t at = 0; at < part.mSize && !mIsEnding; at += ChunkPool::kChunkSize) {
+    const std::size_t n = std::min(ChunkPool::kChunkSize, part.mSize - at);
+    Deliver(job, job.mDeflater->Add(part.mData.get() + at, n));
+  }
+  mPool.Return(std::move(part));
+  if (isEnd) {
+    Deliver(job, job.mDeflater->Finish());
+    job.mDeflater.reset();
+  }
+  const std::lock_guard lock(mMutex);
+  job.mIsEnded = isEnd;
+  --mNumWaiting;
+  ++mNumDelivered;
+  mProgress.notify_all();
+}
+
+void CompressionQueue::Deliver(Job& job, std::vector<Chunk> output) {
+  if (output.empty()) return;
+  const std::lock_guard lock(mMutex);
+  std::move(output.begin(), output.end(), std::back_inserter(job.mOutput));
+  ++mNumDelivered;
+  mProgress.notify_all();
+}
+
+}  // namespace QovJbf

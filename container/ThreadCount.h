@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace QovJbf {
+
+/// What this process may use of the machine: the whole of it, or the part that its control groups
+/// (of either version) grant.
+class MachineShare {
+ public:
+  /// Looks at the system files beneath `root`.
+  explicit MachineShare(std::string root = "");
+
+  /// Processors, at least 1: those that the process may run on, or fewer if it may use only so
+  /// much of their time.
+  unsigned CountProcessors() const;
+  /// Bytes of memory that can be had without swapping; UINT64_MAX if the system does not tell.
+  std::uint64_t GetFreeMemory() const;
+
+ private:
+  std::string mRoot;
+};
+
+/// How many threads are to compress blocks of `blockSize` bytes: RYXMERGE_THREADS says so, else a
+/// thread for each processor, but no more than half of the free memory can feed.
+unsigned GetThreadCount(std::uint64_t blockSize, const MachineShare& share = MachineShare());
+
+/// Bytes of chunks in use that keep so many threads busy with `length` bytes in blocks of
+/// `blockSize`, 0 if it is not known how many there will be.
+///
+/// Blocks are filled one after the other, so a thread can begin one only when all of the one
+/// before is queued: that takes a block for every thread but one. Half a block more makes up for
+/// blocks that compress at different speeds. When the blocks do not go round evenly, the last
+/// thread has less to do than the first: it may begin late, when less is queued before it, and
+/// still end with the others.
+std::uint64_t GetCompressionMemory(unsigned threads, std::uint64_t blockSize,
+                                   std::uint64_t length = 0);
+
+}  // namespace QovJbf

@@ -1,0 +1,147 @@
+#include <gtest/gtest.h>
+
+#include "ContainerSupport.h"
+#include "Qov/Util/Raise.h"
+
+namespace QovJbf {
+namespace {
+
+using namespace Qov::Test;
+
+constexpr std::uint8_t kHeavy = BlockFlag::kCompressed | BlockFlag::kFreezeWhenFull;
+constexpr const char* kStream = "Heavy Data";
+constexpr const char* kThreadsVariable = "RYXMERGE_THREADS";
+
+/// A container whose heavy stream goes to the file while it fills.
+class StreamedBlocksTest : public testing::Test {
+ protected:
+  /// Puts pieces of many sizes in every way that there is, then some small streams.
+  static void Fill(JbFile& file) {
+    Index& index = file.GetIndex();
+    std::mt19937 random(7);
+    for (unsigned i = 0; i < 60; ++i) {
+      const std::string bytes = SomeBytes(random() % 100000, i);
+      file.AddBlockTransformation(kStream, kHeavy);
+      switch (i % 3) {
+        case 0:
+          index.Put(kStream, bytes.data(), bytes.size());
+          break;
+        case 1:
+          index.Put(kStream, bytes);
+          break;
+        default:
+          PutInHalves(index, bytes);
+      }
+      index.FlushFrozen(file.GetStream());
+    }
+    for (unsigned i = 0; i < 5; ++i) index.Put("small " + std::to_string(i), SomeBytes(5000, i));
+    file.AddBlockTransformation("small 1", BlockFlag::kCompressed);
+    file.AddBlockTransformation("small 4", BlockFlag::kCompressed);
+    file.AddBlockTransformation(kStream, BlockFlag::kCompressed);
+  }
+
+  static void PutInHalves(Index& index, const std::string& bytes) {
+    std::size_t done = 0;
+    index.Put(kStream, bytes.size(), [&](void* target, std::size_t n) {
+      bytes.copy(static_cast<char*>(target), n, done);
+      done += n;
+    });
+    EXPECT_EQ(done, bytes.size());
+  }
+
+  std::string BytesOf(bool isStreamed) {
+    WriteContainer(mPath, [&](JbFile& file) {
+      if (isStreamed) file.CompressWhileFilling(kStream);
+      Fill(file);
+    });
+    return ReadBytes(mPath);
+  }
+
+  TempDir mFolder;
+  const std::string mPath = mFolder / "container";
+};
+
+TEST_F(StreamedBlocksTest, AreTheSameBytesOnAnyNumberOfThreads) {
+  for (const auto& limit : {std::optional<std::string>("100"), std::optional<std::string>("5000"),
+                            std::optional<std::string>("1000000"), std::optional<std::string>()}) {
+    const ScopedEnvironment blockSize(kLimitVariable, limit);
+    std::string expected;
+    {
+      const ScopedEnvironment threads(kThreadsVariable, "1");
+      expected = BytesOf(false);
+    }
+    for (const char* threads : {"1", "2", "3", "8"}) {
+      const ScopedEnvironment environment(kThreadsVariable, threads);
+      EXPECT_TRUE(BytesOf(true) == expected) << threads << " threads, " << limit.value_or("no");
+      EXPECT_TRUE(BytesOf(false) == expected) << threads << " threads, " << limit.value_or("no");
+    }
+  }
+}
+
+TEST_F(StreamedBlocksTest, AreInTheFileBeforeTheyAreFull) {
+  const ScopedEnvironment threads(kThreadsVariable, "1");
+  JbFile file;
+  file.OpenFile(mPath, "wb+");
+  file.WriteHeader();
+  file.CompressWhileFilling(kStream);
+  const std::string noise = SomeBytes(4000000, 1);
+  file.GetIndex().Put(kStream, noise.data(), noise.size());
+  EXPECT_EQ(file.GetIndex().GetStreamLength(kStream), noise.size());
+  EXPECT_FALSE(file.GetIndex().GetItems()[0].mFrozen);
+  EXPECT_EQ(file.GetIndex().GetBlock(0).GetCapacity(), 0U);
+  EXPECT_GT(std::filesystem::file_size(mPath), 1000000U);
+
+  // Behind a block that is open they have no place yet.
+  JbFile other;
+  other.OpenFile(mFolder / "other", "wb+");
+  other.CompressWhileFilling(kStream);
+  other.GetIndex().Put("first", std::uint32_t{1});
+  other.GetIndex().Put(kStream, noise.data(), noise.size());
+  EXPECT_LT(std::filesystem::file_size(mFolder / "other"), 2800U);
+  other.WriteHeader();
+  other.GetIndex().WriteAllBuffersToFileStream(other.GetStream());
+  other.CloseFile();
+  EXPECT_EQ(ReadStreams(mFolder / "other").at(kStream), noise);
+}
+
+TEST_F(StreamedBlocksTest, RefuseWhatTheyCannotHold) {
+  JbFile file;
+  file.OpenFile(mPath, "wb+");
+  file.CompressWhileFilling(kStream);
+  Index& index = file.GetIndex();
+  index.Put(kStream, std::uint32_t{1});
+  const auto unread = [](void*, std::size_t) { FAIL() << "nothing must be read"; };
+  ExpectError(ErrorType::MemoryAllocationError, "",
+              [&] { index.Put(kStream, 0xFFFFFFFFU - 3, unread); });
+  ExpectError(ErrorType::MemoryAllocationError, "",
+              [&] { index.Put(kStream, 0x100000000U, unread); });
+  EXPECT_EQ(index.GetStreamLength(kStream), 4U);
+}
+
+TEST_F(StreamedBlocksTest, LetErrorsThrough) {
+  const ScopedEnvironment blockSize(kLimitVariable, "600000");
+  for (const char* threads : {"1", "3"}) {
+    const ScopedEnvironment environment(kThreadsVariable, threads);
+    JbFile file;
+    file.OpenFile(mPath, "wb+");
+    file.CompressWhileFilling(kStream);
+    const std::string noise = SomeBytes(2000000, 1);
+    for (int i = 0; i < 4; ++i) file.GetIndex().Put(kStream, noise.data(), noise.size());
+    ExpectError(ErrorType::ReadError, "a source that fails", [&] {
+      file.GetIndex().Put(kStream, noise.size(), [](void*, std::size_t) {
+        Qov::Util::Raise("test", ErrorType::ReadError, "a source that fails");
+      });
+    });
+
+    JbFile full;
+    full.OpenFile("/dev/full", "wb+");
+    full.CompressWhileFilling(kStream);
+    ExpectError(ErrorType::WriteError, "Unable to write to file", [&] {
+      full.GetIndex().Put(kStream, noise.data(), noise.size());
+      full.GetIndex().WriteAllBuffersToFileStream(full.GetStream());
+    });
+  }
+}
+
+}  // namespace
+}  // namespace QovJbf

@@ -1,0 +1,115 @@
+#include "container/ThreadCount.h"
+
+#include <gtest/gtest.h>
+
+#include "ContainerSupport.h"
+
+namespace QovJbf {
+namespace {
+
+using namespace Qov::Test;
+
+constexpr std::uint64_t kMegabyte = 1 << 20;
+constexpr std::uint64_t kUnknown = 0xFFFFFFFFFFFFFFFF;
+
+/// A machine by its system files.
+class ThreadCountTest : public testing::Test {
+ protected:
+  void Write(const std::string& path, const std::string& text) {
+    std::filesystem::create_directories((mRoot.GetPath() / path).parent_path());
+    WriteBytes(mRoot / path, text);
+  }
+  void WriteAvailable(std::uint64_t megabytes) {
+    Write("proc/meminfo", "MemTotal: 99999999 kB\nMemFree: 1 kB\nMemAvailable: " +
+                              std::to_string(megabytes * 1024) + " kB\n");
+  }
+  MachineShare Share() const { return MachineShare(mRoot.GetPath().string()); }
+
+  const unsigned mAllowed = MachineShare("/nowhere").CountProcessors();
+  TempDir mRoot;
+  const ScopedEnvironment mThreads{"RYXMERGE_THREADS", std::nullopt};
+};
+
+TEST_F(ThreadCountTest, TakesAllWhereNothingIsSaid) {
+  EXPECT_GE(mAllowed, 1U);
+  EXPECT_EQ(Share().GetFreeMemory(), kUnknown);
+  Write("proc/self/cgroup", "0::/\n1:cpu:/gone\nnonsense\n");
+  Write("sys/fs/cgroup/cpu.max", "max 100000\n");
+  Write("sys/fs/cgroup/memory.max", "max\n");
+  Write("sys/fs/cgroup/memory.current", "5\n");
+  EXPECT_EQ(Share().CountProcessors(), mAllowed);
+  EXPECT_EQ(Share().GetFreeMemory(), kUnknown);
+  WriteAvailable(700);
+  EXPECT_EQ(Share().GetFreeMemory(), 700 * kMegabyte);
+}
+
+TEST_F(ThreadCountTest, KeepsToTheLimitsOfTheGroupAndThoseAroundIt) {
+  WriteAvailable(900);
+  Write("proc/self/cgroup", "0::/outer/inner\n");
+  Write("sys/fs/cgroup/outer/inner/cpu.max", "max 100000\n");
+  Write("sys/fs/cgroup/outer/cpu.max", "50000 100000\n");
+  EXPECT_EQ(Share().CountProcessors(), 1U);
+  Write("sys/fs/cgroup/outer/cpu.max", "100001 100000\n");
+  EXPECT_EQ(Share().CountProcessors(), std::min(mAllowed, 2U));
+
+  Write("sys/fs/cgroup/outer/memory.max", std::to_string(300 * kMegabyte));
+  Write("sys/fs/cgroup/outer/memory.current", std::to_string(250 * kMegabyte));
+  EXPECT_EQ(Share().GetFreeMemory(), 50 * kMegabyte);
+  Write("sys/fs/cgroup/outer/memory.stat",
+        "active_file 7\ninactive_file " + std::to_string(100 * kMegabyte) + "\n");
+  EXPECT_EQ(Share().GetFreeMemory(), 150 * kMegabyte);
+  Write("sys/fs/cgroup/outer/memory.current", std::to_string(500 * kMegabyte));
+  EXPECT_EQ(Share().GetFreeMemory(), 0U);
+}
+
+TEST_F(ThreadCountTest, ReadsTheOlderGroupsToo) {
+  WriteAvailable(900);
+  Write("proc/self/cgroup", "4:memory:/of/the/host\n3:cpu,cpuacct:/mine\n0::/\n");
+  Write("sys/fs/cgroup/cpu,cpuacct/mine/cpu.cfs_quota_us", "-1\n");
+  Write("sys/fs/cgroup/cpu,cpuacct/mine/cpu.cfs_period_us", "100000\n");
+  EXPECT_EQ(Share().CountProcessors(), mAllowed);
+  Write("sys/fs/cgroup/cpu,cpuacct/mine/cpu.cfs_quota_us", "100000\n");
+  EXPECT_EQ(Share().CountProcessors(), 1U);
+  Write("sys/fs/cgroup/memory/memory.limit_in_bytes", std::to_string(80 * kMegabyte));
+  Write("sys/fs/cgroup/memory/memory.usage_in_bytes", std::to_string(30 * kMegabyte));
+  EXPECT_EQ(Share().GetFreeMemory(), 50 * kMegabyte);
+}
+
+TEST_F(ThreadCountTest, FitsTheThreadsIntoHalfOfTheFreeMemory) {
+  EXPECT_EQ(GetCompressionMemory(2, 200 * kMegabyte), 300 * kMegabyte);
+  EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), mAllowed);
+  WriteAvailable(599);
+  EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), 1U);
+  WriteAvailable(600);
+  EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), std::min(mAllowed, 2U));
+  EXPECT_EQ(GetThreadCount(16 * kMegabyte, Share()), std::min(mAllowed, 19U));
+  WriteAvailable(0);
+  EXPECT_EQ(GetThreadCount(100, Share()), 1U);
+}
+
+TEST_F(ThreadCountTest, NeedsLessWhenTheLastThreadMayBeLate) {
+  const auto memory = [](unsigned threads, std::uint64_t hundredths) {
+    return GetCompressionMemory(threads, 100 * kMegabyte, hundredths * kMegabyte) / kMegabyte;
+  };
+  EXPECT_EQ(memory(2, 400), 150U);
+  EXPECT_EQ(memory(2, 420), 110U) << "20 less for the second one";
+  EXPECT_EQ(memory(2, 380), 110U);
+  EXPECT_EQ(memory(2, 350), 50U);
+  EXPECT_EQ(memory(2, 90), 50U);
+  EXPECT_EQ(memory(2, 390), 130U);
+  EXPECT_EQ(memory(3, 600), 250U);
+  EXPECT_EQ(memory(3, 750), 150U);
+  EXPECT_EQ(memory(1, 310), 50U);
+}
+
+TEST_F(ThreadCountTest, ObeysTheEnvironment) {
+  WriteAvailable(0);
+  for (const auto& [text, threads] : std::initializer_list<std::pair<const char*, unsigned>>{
+           {"1", 1}, {"7", 7}, {"100000", 256}, {"0", 1}, {"many", 1}, {"", 1}}) {
+    const ScopedEnvironment environment("RYXMERGE_THREADS", text);
+    EXPECT_EQ(GetThreadCount(100, Share()), threads) << text;
+  }
+}
+
+}  // namespace
+}  // namespace QovJbf
