@@ -6,6 +6,7 @@
 
 #include "CommandLine.h"
 #include "MergeRun.h"
+#include "ProgressLine.h"
 #include "SetLogFile.h"
 
 namespace {
@@ -20,6 +21,7 @@ int Run(const std::string& program, const std::vector<std::string>& arguments) {
     return kUsageError;
   }
   SetLogFile();
+  const TerminalProgress progress;
   return RunMerge(*commandLine);
 }
 

@@ -5,6 +5,7 @@ namespace {
 using namespace Qov::Test;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::HasSubstr;
 
 class Merging : public RyxMergeProgram {
  protected:
@@ -56,6 +57,49 @@ TEST_F(Merging, ArrangesASeriesByItsNumbers) {
   };
   EXPECT_EQ(firstFile("--arrange-files"), 2.0F);
   EXPECT_EQ(firstFile("--Arrange-files"), 10.0F);
+}
+
+TEST_F(Merging, LogEndsWithWhatCameOfIt) {
+  const std::string a = Plate("a.ryx");
+  const std::string b = Plate("b.ryx");
+  QovRyx::Tree other("PlateMaker", "1.0", false);
+  BuildPlate(other, {"Stress|LC1"}, 3);
+  AddNode<QovRyx::Geometry>(other, PlateIds::kGroup, "Stray")
+      .AppendVariable(MakeVariable("Area", 12, QovRyx::NumericArray::Of(Ramp(5, 0.0F))));
+  SaveTree(other, mDir / "other.ryx");
+  // A first file whose node of that id is no geometry.
+  QovRyx::Tree first("PlateMaker", "1.0", false);
+  BuildPlate(first, {"Stress|LC1", "Stress|LC2"}, 1);
+  AddNode<QovRyx::Group>(first, PlateIds::kGroup, "Group");
+  SaveTree(first, mDir / "first.ryx");
+
+  const auto summary = [this] {
+    std::string text;
+    std::istringstream lines(ReadFile(mLog));
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with("RyxMerge : ")) text += line.substr(line.find("@ ") + 2) + "\n";
+    }
+    return text;
+  };
+  ASSERT_EQ(Run({a, b, mOutput}).mStatus, 0);
+  const auto numBytes = [](const std::string& path) { return ReadFile(path).size(); };
+  EXPECT_THAT(summary(), testing::ContainsRegex("Merged 2 files as datasets in [0-9]+.[0-9]+ s\n"
+                                                "Nodes: 11 written, 0 of further files left out\n"
+                                                "Results: 8 copied, 0 linked, 0 dropped\n"));
+  EXPECT_THAT(summary(), EndsWith("Bytes: " + std::to_string(numBytes(a) + numBytes(b)) +
+                                  " read, " + std::to_string(numBytes(mOutput)) + " written\n"));
+  ASSERT_EQ(Run({"--merge-as-instances", a, b, mOutput}).mStatus, 0);
+  EXPECT_THAT(summary(), HasSubstr("as instances in"));
+  EXPECT_THAT(summary(), HasSubstr("Nodes: 5 written, 5 of further files left out\n"
+                                   "Results: 8 copied, 2 linked, 0 dropped\n"));
+  ASSERT_EQ(Run({"--merge-as-instances", "--auto-rename-instances", mDir / "first.ryx",
+                 mDir / "other.ryx", mOutput})
+                .mStatus,
+            0);
+  EXPECT_THAT(summary(), HasSubstr("Results: 5 copied, 0 linked, 3 dropped (2 without an instance "
+                                   "part, 1 of nodes that are no geometries in the first file)\n"));
+  ASSERT_EQ(Run({a, Views("v.vpt"), mOutput}).mStatus, 0);
+  EXPECT_THAT(summary(), HasSubstr("Added the views of 1 files in "));
 }
 
 TEST_F(Merging, AddsViewPointsToAMergeOnceAndLeavesTheCopy) {

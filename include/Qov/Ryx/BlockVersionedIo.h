@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/Block.h"
 #include "Qov/Jbf/BlockIo.h"
 #include "Qov/Ryx/OpaqueRecord.h"
@@ -54,7 +55,7 @@ concept KeptRecord = VersionedRecord<T> && std::derived_from<T, QovRyx::OpaqueRe
 
 /// How far the body of a record with a given tag goes. Tags beyond the ladder, "0.8" among them,
 /// reach every rung.
-class RungLadder {
+class QOV_EXPORT RungLadder {
  public:
   explicit RungLadder(std::string_view tag);
   /// `rung` is the tag of the version that brought it: "0.1" to "0.9".
@@ -65,7 +66,7 @@ class RungLadder {
 };
 
 /// Writes a record's frame: size and tag when it is made, the true size when it is closed.
-class FrameWriter {
+class QOV_EXPORT FrameWriter {
  public:
   FrameWriter(Block& block, const std::string& tag);
   void Close();
@@ -77,7 +78,7 @@ class FrameWriter {
 
 /// Reads a record's frame: size and tag when it is made; Close() checks the size and goes to the
 /// record's end.
-class FrameReader {
+class QOV_EXPORT FrameReader {
  public:
   /// Raises OutOfBounds ("Not enough bytes in the block") for a record that passes the block's end.
   explicit FrameReader(Block& block);
@@ -139,10 +140,10 @@ class FieldReader {
 };
 
 /// Writes a kept record as it was read.
-void CopyToBlock_Kept(Block& block, const QovRyx::OpaqueRecord& record);
+QOV_EXPORT void CopyToBlock_Kept(Block& block, const QovRyx::OpaqueRecord& record);
 /// Reads one. Raises FormatNotSupported, with `name`, when the file has no sizes: nothing tells
 /// then where the record ends.
-void CopyFromBlock_Kept(Block& block, QovRyx::OpaqueRecord& record, const char* name);
+QOV_EXPORT void CopyFromBlock_Kept(Block& block, QovRyx::OpaqueRecord& record, const char* name);
 
 /// Appends `record` at the cursor, with its type's current tag.
 template <VersionedRecord T>

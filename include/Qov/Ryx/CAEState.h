@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/ValueTypes.h"
 #include "Qov/Ryx/BlockVersionedIo.h"
 #include "Qov/Ryx/OpaqueRecord.h"
@@ -12,31 +13,31 @@
 /// How one view shows simulation results. All values are only carried.
 namespace QovRyx {
 
-struct CAELegendState : OpaqueRecord {
+struct QOV_EXPORT CAELegendState : OpaqueRecord {
   static constexpr const char* kName = "QovRyx::CAELegendState";
   static constexpr const char* kTag = "0.7";
   CAELegendState();
 };
 
-struct CAEProbeState : OpaqueRecord {
+struct QOV_EXPORT CAEProbeState : OpaqueRecord {
   static constexpr const char* kName = "QovRyx::CAEProbeState";
   static constexpr const char* kTag = "0.6";
   CAEProbeState();
 };
 
-struct CAEAnimationState : OpaqueRecord {
+struct QOV_EXPORT CAEAnimationState : OpaqueRecord {
   static constexpr const char* kName = "QovRyx::CAEAnimationState";
   static constexpr const char* kTag = "0.5";
   CAEAnimationState();
 };
 
-struct CAEXYPlotV1State : OpaqueRecord {
+struct QOV_EXPORT CAEXYPlotV1State : OpaqueRecord {
   static constexpr const char* kName = "QovRyx::CAEXYPlotV1State";
   static constexpr const char* kTag = "0.3";
   CAEXYPlotV1State();
 };
 
-struct CAEScalarInfo : OpaqueRecord {
+struct QOV_EXPORT CAEScalarInfo : OpaqueRecord {
   static constexpr const char* kName = "QovRyx::CAEScalarInfo";
   static constexpr const char* kTag = "0.1";
   CAEScalarInfo();

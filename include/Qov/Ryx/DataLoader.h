@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/StreamReader.h"
 
 namespace QovRyx {
@@ -12,7 +13,7 @@ namespace QovRyx {
 ///
 /// All loaders of a file share one StreamReader: arrays read in stored order cost one pass over
 /// the file. Elements are 4 bytes wide.
-class DataLoader {
+class QOV_EXPORT DataLoader {
  public:
   /// `offset` counts uncompressed bytes; `shuffledWidth` is the width that the stored bytes are
   /// shuffled by, 0 if they are plain. Raises OutOfBounds if the array does not lie inside the
@@ -23,10 +24,17 @@ class DataLoader {
   /// Number of elements.
   std::uint64_t GetCount() const { return mCount; }
   QovJbf::StreamReader& GetReader() const { return *mpReader; }
+  /// Where the array begins in the reader's uncompressed stream.
+  std::uint64_t GetOffset() const { return mOffset; }
+  /// The width that the stored bytes are shuffled by, 0 if they are plain.
+  std::uint8_t GetShuffledWidth() const { return mShuffledWidth; }
 
   /// Fills `values` with all elements, bits unchanged. Raises what StreamReader::Read raises.
   void LoadTo(std::vector<std::uint32_t>& values) const { Load(values); }
   void LoadTo(std::vector<float>& values) const { Load(values); }
+  /// Reads `n` of the 4 * GetCount() bytes of the array, from the one at `begin` on, as they are
+  /// stored.
+  void ReadStored(std::uint64_t begin, void* target, std::size_t n) const;
 
  private:
   template <class T>

@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
+
 namespace QovRyx {
 
 /// A path taken apart for ordering: what stands before ".ryx", and the digits at its end.
-struct NameTokens {
+struct QOV_EXPORT NameTokens {
   NameTokens(const std::string& path, std::uint64_t position);
 
   /// By number among paths that differ in it only, else by position. Not a strict weak ordering
@@ -23,6 +25,6 @@ struct NameTokens {
 };
 
 /// The paths in the order of their trailing numbers: run2, run10, run1 become run1, run2, run10.
-std::vector<std::string> arrange_files(const std::vector<std::string>& paths);
+QOV_EXPORT std::vector<std::string> arrange_files(const std::vector<std::string>& paths);
 
 }  // namespace QovRyx

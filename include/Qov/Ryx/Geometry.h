@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Node.h"
 #include "Qov/Ryx/NumericArray.h"
@@ -16,7 +17,7 @@
 namespace QovRyx {
 
 /// The arrays of one mesh: coordinates, connectivity, ids and results, all called variables.
-class Geometry : public Node {
+class QOV_EXPORT Geometry : public Node {
  public:
   static constexpr std::uint32_t kNoKind = 0xFFFFFFFF;
 

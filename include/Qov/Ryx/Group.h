@@ -4,12 +4,13 @@
 #include <cstdint>
 #include <string>
 
+#include "Qov/Export.h"
 #include "Qov/Ryx/Node.h"
 
 namespace QovRyx {
 
 /// A node that holds others together.
-class Group : public Node {
+class QOV_EXPORT Group : public Node {
  public:
   using Node::Node;
   std::string GetType() const override { return "Group"; }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Ryx/Tree.h"
 
 /// Names of results in a model merged from instances: BASE 0x1E INSTANCE, where the part after
@@ -20,20 +21,21 @@ using PartLinksMap = std::map<std::uint32_t, std::map<std::string, std::vector<s
 /// `useSuffix`. Results that are left without one become results of the smallest instance part
 /// of their geometry (byte by byte, so LC10 comes before LC2), and `links`, which is made anew,
 /// says that those of the other instance parts share their values.
-void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix);
+QOV_EXPORT void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix);
 
 /// Puts the suffix into the names that have an instance part; leaves `links` empty.
-void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix);
+QOV_EXPORT void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& links,
+                                    bool useSuffix);
 
 /// Makes the linked results that `links` describes, or updates them if they are there. A
 /// geometry that `tree` lacks raises ElementNotFound.
-void GenerateLinkedResults(Tree& tree, const PartLinksMap& links);
+QOV_EXPORT void GenerateLinkedResults(Tree& tree, const PartLinksMap& links);
 
 /// Whether the name's base is one of the mesh arrays. The character before the separator does
 /// not count: "Coordinates |..." is one, "Coordinates|..." is not.
-bool isMeshResult(const std::string& name);
+QOV_EXPORT bool isMeshResult(const std::string& name);
 
 /// Whether there is text behind the last separator.
-bool HasInstancePart(const std::string& name);
+QOV_EXPORT bool HasInstancePart(const std::string& name);
 
 }  // namespace QovRyx

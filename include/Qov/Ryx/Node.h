@@ -3,13 +3,15 @@
 #include <string>
 #include <utility>
 
+#include "Qov/Export.h"
 #include "Qov/Util/AttributeValue.h"
 
 namespace QovRyx {
 
 /// What an entry of a model's tree carries. The type and version are written to the file, and
-/// reading goes by them.
-class Node {
+/// reading goes by them. The entry owns its node; neither moves while the other lives, so that
+/// pointers to a node stay good until it is taken out of the tree.
+class QOV_EXPORT Node {
  public:
   explicit Node(std::string name) : mName(std::move(name)) {}
   virtual ~Node() = default;
@@ -26,7 +28,7 @@ class Node {
 };
 
 /// A node of a type that this version does not know. Its name is kept.
-class FutureNode : public Node {
+class QOV_EXPORT FutureNode : public Node {
  public:
   using Node::Node;
   std::string GetType() const override { return "FutureNode"; }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Node.h"
 
@@ -13,7 +14,7 @@ namespace QovRyx {
 /// Named lists of numbers, such as the nodes on a boundary.
 ///
 /// As with results, the lists of a loaded model stay in its file until they are asked for.
-class NodeSets : public Node {
+class QOV_EXPORT NodeSets : public Node {
  public:
   struct Set {
     std::string mName;
@@ -37,6 +38,12 @@ class NodeSets : public Node {
   void ReadLightData(QovJbf::JbFile& file, const std::string& lightKey);
   /// Lets the sets be read from where the light data says that they lie in `reader`.
   void LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader);
+  /// Where the sets begin in the stream that they are read from.
+  std::uint64_t GetSourceOffset() const { return mSourceOffset; }
+  /// How many bytes they take there at least; how long the names are is not known.
+  std::uint64_t GetLeastStoredSize() const;
+  /// Notes that the bytes of the sets, unchanged, lie there in the file being written.
+  void SetStoredOffset(std::uint64_t offset) { mStoredOffset = offset; }
   /// Where the bytes of the sets end in the stream that they are read from.
   std::uint64_t GetStoredEnd() const;
   /// What the sets have still to be read from, or null.

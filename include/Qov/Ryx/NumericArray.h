@@ -48,7 +48,9 @@ class NumericArray {
     if (!rVector.empty()) std::memcpy(mpData->data(), rVector.data(), mSize);
   }
 
-  /// All values, read from the file if that is where they are; none if the array has neither
+  /// Replaces `values`, whose memory is used again, by all values, their bits unchanged whatever
+  /// T is. They are read from the file if that is where they are, which raises what
+  /// DataLoader::LoadTo raises; none if the array has neither
   /// (as the array of a result whose link leads nowhere).
   template <class T>
   void GetValues(std::vector<T>& values) const {

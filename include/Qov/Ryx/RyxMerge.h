@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Ryx/Tree.h"
 
 /// The merges. Each loads its inputs, joins them and writes one new file; the arrays stream
@@ -15,32 +16,33 @@ namespace QovRyx {
 /// made distinct by file (InstanceNames.h). `useSuffix` puts the file's number into every name;
 /// with `autoRename` it goes only into names that have an instance part, and only those results
 /// are taken from the further files. `appendFlag` has no effect.
-int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
-                       bool appendFlag, bool useSuffix, bool autoRename);
+QOV_EXPORT int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
+                                  bool appendFlag, bool useSuffix, bool autoRename);
 
 /// One model with everything of all files beneath a new root group named "Merge".
-int merge_as_datasets(const std::vector<std::string>& files, const std::string& output);
+QOV_EXPORT int merge_as_datasets(const std::vector<std::string>& files, const std::string& output);
 
 /// The model with the view-point paths of the view-point files added. A view-point file of
 /// version "0.1" contributes nothing.
-int merge_viewpoints_with_ryx(const std::string& model,
-                              const std::vector<std::string>& viewPointFiles,
-                              const std::string& output);
+QOV_EXPORT int merge_viewpoints_with_ryx(const std::string& model,
+                                         const std::vector<std::string>& viewPointFiles,
+                                         const std::string& output);
 
 /// Only the refusal of an output that is one of `inputs`, for a run of several merges whose
 /// first would already write over an input of a later one.
-int refuse_output_among_inputs(const std::vector<std::string>& inputs, const std::string& output);
+QOV_EXPORT int refuse_output_among_inputs(const std::vector<std::string>& inputs,
+                                          const std::string& output);
 
 /// Appends all results of `from` to the geometries of the same ids in `into`. An id that `into`
 /// lacks raises ElementNotFound; one that is no geometry there is passed over. Links still lead to
 /// the same results (they are changed in `from` as well); a result whose link led to one that is
 /// passed over takes its values along, and a link that led nowhere stays as it is. `appendFlag`
 /// has no effect.
-void AppendResults(Tree& from, Tree& into, bool appendFlag);
+QOV_EXPORT void AppendResults(Tree& from, Tree& into, bool appendFlag);
 
 /// The same for results whose names have an instance part only. A link to a result of the same
 /// geometry becomes one to its own new position; what is linked to another geometry takes its
 /// values along.
-void AppendOtherInstanceResults(Tree& from, Tree& into);
+QOV_EXPORT void AppendOtherInstanceResults(Tree& from, Tree& into);
 
 }  // namespace QovRyx

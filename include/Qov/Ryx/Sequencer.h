@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Ryx/BlockVersionedIo.h"
 
 /// Animation sequences: actions, their settings, and named sequences of steps. All values are
@@ -14,7 +15,7 @@
 namespace QovRyx {
 
 /// An action of a sequencer.
-class BasicAction {
+class QOV_EXPORT BasicAction {
  public:
   virtual ~BasicAction() = default;
   /// The code of the concrete class.
@@ -26,7 +27,7 @@ class BasicAction {
   BasicAction& operator=(const BasicAction&) = default;
 };
 
-class RotateAction : public BasicAction {
+class QOV_EXPORT RotateAction : public BasicAction {
  public:
   static constexpr int kType = 0;
   static constexpr const char* kTag = "0.1";
@@ -41,7 +42,7 @@ class RotateAction : public BasicAction {
   }
 };
 
-class MoveAction : public BasicAction {
+class QOV_EXPORT MoveAction : public BasicAction {
  public:
   static constexpr int kType = 1;
   static constexpr const char* kTag = "0.1";
@@ -56,7 +57,7 @@ class MoveAction : public BasicAction {
   }
 };
 
-class TransformAction : public BasicAction {
+class QOV_EXPORT TransformAction : public BasicAction {
  public:
   static constexpr int kType = 2;
   static constexpr const char* kTag = "0.1";
@@ -71,7 +72,7 @@ class TransformAction : public BasicAction {
   }
 };
 
-class ApplyColorAction : public BasicAction {
+class QOV_EXPORT ApplyColorAction : public BasicAction {
  public:
   static constexpr int kType = 3;
   static constexpr const char* kTag = "0.1";
@@ -85,7 +86,7 @@ class ApplyColorAction : public BasicAction {
   }
 };
 
-class ApplyViewPointAction : public BasicAction {
+class QOV_EXPORT ApplyViewPointAction : public BasicAction {
  public:
   static constexpr int kType = 4;
   static constexpr const char* kTag = "0.1";
@@ -99,7 +100,7 @@ class ApplyViewPointAction : public BasicAction {
   }
 };
 
-class PlayAudioAction : public BasicAction {
+class QOV_EXPORT PlayAudioAction : public BasicAction {
  public:
   static constexpr int kType = 5;
   static constexpr const char* kTag = "0.1";
@@ -114,7 +115,7 @@ class PlayAudioAction : public BasicAction {
 };
 
 /// Stands for an action of no known kind.
-class InvalidAction : public BasicAction {
+class QOV_EXPORT InvalidAction : public BasicAction {
  public:
   static constexpr int kType = -1;
   static constexpr const char* kTag = "0.1";
@@ -149,7 +150,7 @@ void VisitAction(const BasicAction& action, Visitor&& visitor) {
 
 /// The actions of a sequencer, owned. A slot is null where a file named an action of no known
 /// kind. Copies are deep.
-class ActionList {
+class QOV_EXPORT ActionList {
  public:
   ActionList() = default;
   ActionList(const ActionList& other);
@@ -252,7 +253,7 @@ struct SequencerData {
 
 namespace QovJbf {
 
-void CopyToBlock(Block& block, const QovRyx::ActionList& actions);
-void CopyFromBlock(Block& block, QovRyx::ActionList& actions);
+QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::ActionList& actions);
+QOV_EXPORT void CopyFromBlock(Block& block, QovRyx::ActionList& actions);
 
 }  // namespace QovJbf

@@ -2,13 +2,14 @@
 
 #include <string>
 
+#include "Qov/Export.h"
 #include "Qov/Ryx/MaterialValues.h"
 #include "Qov/Ryx/Node.h"
 
 namespace QovRyx {
 
 /// How a shape's surface looks. Not a node of the tree: it lives inside its shape.
-class Material : public Node {
+class QOV_EXPORT Material : public Node {
  public:
   using Node::Node;
   std::string GetType() const override { return "Material"; }
@@ -19,7 +20,7 @@ class Material : public Node {
 };
 
 /// A node that gives the geometry beneath it a material.
-class Shape : public Node {
+class QOV_EXPORT Shape : public Node {
  public:
   using Node::Node;
   std::string GetType() const override { return "Shape"; }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Qov/Adt/AdtTree.h"
+#include "Qov/Export.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Geometry.h"
 #include "Qov/Ryx/Group.h"
@@ -21,7 +22,7 @@ namespace QovRyx {
 
 /// Whether the last writer of the file that was loaded last was one of the legacy builds whose
 /// probe records differ.
-extern bool g_b217Ryx;
+QOV_EXPORT extern bool g_b217Ryx;
 
 /// The id-keyed tree of a model. The root entry carries no node unless a model puts one there.
 using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
@@ -30,12 +31,13 @@ using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
 ///
 /// Loading reads descriptors; arrays and node sets stay in the file and are read when they are
 /// asked for or when the model is saved. So the files of a model must stay as they are while it
-/// lives.
+/// lives. A tree is used by one thread, and while it is loaded or saved no other tree is: the
+/// log and the version that is being read belong to the process.
 ///
 /// Every error is a Qov::Util::Exception (or QovJbf::DamagedBlock for a block that zlib
 /// refuses). After a failed Load or Merge the tree holds part of the file: discard it. After a
 /// failed Save the file is incomplete and the tree is as before but for its history.
-class Tree {
+class QOV_EXPORT Tree {
  public:
   enum class SupportedFileFormats { Ryx = 0 };
   enum class ReadMode { Everything = 0 };
@@ -49,8 +51,9 @@ class Tree {
   Tree(const Tree&) = delete;
   Tree& operator=(const Tree&) = delete;
 
-  /// Reads a model file. If the root carries a group that takes models, the file's nodes are
-  /// entered beneath it with shifted ids, else with the ids of the file.
+  /// Reads a model file; `idMap` gets an entry for each of its nodes. If the root carries a group
+  /// that takes models, the file's nodes are entered beneath it with shifted ids, else with the
+  /// ids of the file.
   void Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
             const SupportedFileFormats& format);
   /// Reads a further file's nodes; its history and views are left out.
@@ -65,10 +68,22 @@ class Tree {
   /// (MiscellaneousError).
   void Save(const std::string& path, bool create, const std::string& comment,
             const SupportedFileFormats& format);
+  /// Moves a shape of `source` and the geometry that is its first child beneath the first group
+  /// of that name, as its last child. The objects are this tree's afterwards and `source` keeps
+  /// their entries, empty. Links among the geometry's own results lead to its new entry, which
+  /// becomes current; results linked to other geometries get the values themselves.
+  ///
+  /// Raises ElementNotFound if there is no such group, no such entry or no child; MismatchError
+  /// if the entries carry something else; ModelError if there are no ids left. Nothing has been
+  /// moved then.
+  void AddShape(Tree& source, const std::uint32_t& shapeId, const std::string& groupName);
 
+  /// The entries and what they carry, which they own: references last until the entry's node is
+  /// replaced or moved away, or the tree is gone. Adding entries leaves them valid.
   NodeTree& GetNodes() { return mNodes; }
   const NodeTree& GetNodes() const { return mNodes; }
 
+  /// Whether Save writes the view point, the paths and the sequencer. Reading them says yes.
   bool HasViewPoints() const { return mHasViewPoints; }
   void SetHasViewPoints(bool has) { mHasViewPoints = has; }
   ViewPoint& GetViewPoint() { return mViewPoint; }
@@ -77,6 +92,7 @@ class Tree {
   const std::vector<ViewPointPath>& GetViewPointPaths() const { return mViewPointPaths; }
   SequencerData& GetSequencerData() { return mSequencerData; }
   const SequencerData& GetSequencerData() const { return mSequencerData; }
+  /// The programs that wrote the model, oldest first; Save adds this one.
   const std::vector<ModifierInfo>& GetModifiers() const { return mModifiers; }
   /// The container version of the file last loaded or saved.
   const std::string& GetFileVersion() const { return mFileVersion; }
@@ -113,7 +129,8 @@ inline Geometry* AsGeometry(const NodeTree::Node& entry) {
 }
 
 /// The variable that a link names, or null if it names nothing.
-const Geometry::VarStruct* FindVariable(const NodeTree& nodes, const Geometry::Link& link);
+QOV_EXPORT const Geometry::VarStruct* FindVariable(const NodeTree& nodes,
+                                                   const Geometry::Link& link);
 
 /// Calls `visit(id, geometry)` for every geometry, in ascending id order.
 template <class Visitor>

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Jbf/ValueTypes.h"
 #include "Qov/Ryx/BlockVersionedIo.h"
 #include "Qov/Ryx/ViewState.h"
@@ -14,7 +15,7 @@ namespace QovRyx {
 
 /// A saved view: where the model was looked at from, and its display state at that moment. All
 /// values are only carried.
-struct ViewPoint {
+struct QOV_EXPORT ViewPoint {
   static constexpr const char* kTag = "0.2";
 
   // The bits of the floats that the values start as.
@@ -76,7 +77,8 @@ struct ViewPointPath {
 namespace QovJbf {
 
 // Everything below a view point is compiled once, in ViewPoint.cpp.
-extern template void CopyToBlock_Versioned(Block& block, const QovRyx::ViewPoint& record);
-extern template void CopyFromBlock_Versioned(Block& block, QovRyx::ViewPoint& record);
+extern template QOV_EXPORT void CopyToBlock_Versioned(Block& block,
+                                                      const QovRyx::ViewPoint& record);
+extern template QOV_EXPORT void CopyFromBlock_Versioned(Block& block, QovRyx::ViewPoint& record);
 
 }  // namespace QovJbf

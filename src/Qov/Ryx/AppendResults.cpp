@@ -4,6 +4,7 @@
 #include <map>
 
 #include "GeometryEntries.h"
+#include "MergeSummary.h"
 #include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Ryx/RyxMerge.h"
 
@@ -14,11 +15,15 @@ using Positions = std::map<std::uint32_t, std::uint64_t>;
 
 /// Where the results of each geometry will begin among those of the geometry of its id in `into`.
 /// Geometries that are none there are left out.
-Positions FindStarts(Tree& from, Tree& into) {
+Positions FindStarts(Tree& from, Tree& into, DroppedResults& dropped) {
   Positions starts;
-  ForEachGeometryEntry(from, [&](std::uint32_t id, Geometry&) {
+  ForEachGeometryEntry(from, [&](std::uint32_t id, const Geometry& source) {
     const Geometry* target = AsGeometry(into.GetNodes().GetReqNode(id));
-    if (target != nullptr) starts[id] = target->GetVariables().size();
+    if (target != nullptr) {
+      starts[id] = target->GetVariables().size();
+    } else {
+      dropped.mWithoutGeometry += source.GetVariables().size();
+    }
   });
   return starts;
 }
@@ -57,7 +62,12 @@ void LinkToItself(Geometry::VarStruct& result, std::uint32_t id, std::uint64_t p
 }  // namespace
 
 void AppendResults(Tree& from, Tree& into, bool /*appendFlag*/) {
-  const Positions starts = FindStarts(from, into);
+  DroppedResults ignored;
+  AppendResults(from, into, ignored);
+}
+
+void AppendResults(Tree& from, Tree& into, DroppedResults& dropped) {
+  const Positions starts = FindStarts(from, into, dropped);
   for (const auto& [id, start] : starts) {
     Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
     Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));
@@ -70,12 +80,20 @@ void AppendResults(Tree& from, Tree& into, bool /*appendFlag*/) {
 }
 
 void AppendOtherInstanceResults(Tree& from, Tree& into) {
-  for (const auto& [id, start] : FindStarts(from, into)) {
+  DroppedResults ignored;
+  AppendOtherInstanceResults(from, into, ignored);
+}
+
+void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped) {
+  for (const auto& [id, start] : FindStarts(from, into, dropped)) {
     Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
     Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));
     for (std::size_t i = 0; i != source.GetVariables().size(); ++i) {
       Geometry::VarStruct& result = source.EditVariable(i);
-      if (!HasInstancePart(result.mName)) continue;
+      if (!HasInstancePart(result.mName)) {
+        ++dropped.mWithoutInstance;
+        continue;
+      }
       if (result.mLinked) LinkToItself(result, id, target.GetVariables().size());
       target.AppendVariable(result);
     }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Qov/Util/Assert.h"
 #include "Qov/Util/ByteShuffle.h"
 #include "Qov/Util/Raise.h"
 
@@ -28,9 +29,13 @@ void DataLoader::Load(std::vector<T>& values) const {
   static_assert(sizeof(T) == kElementSize);
   values.resize(mCount);
   if (mCount == 0) return;
-  Qov::Util::Concerning(mpReader->GetPath(),
-                        [&] { mpReader->Read(mOffset, values.data(), mCount * kElementSize); });
+  ReadStored(0, values.data(), mCount * kElementSize);
   QovUtil::UnShuffleMultiVectorBytes(values, mShuffledWidth);
+}
+
+void DataLoader::ReadStored(std::uint64_t begin, void* target, std::size_t n) const {
+  QOV_ASSERT(begin + n <= mCount * kElementSize);
+  Qov::Util::Concerning(mpReader->GetPath(), [&] { mpReader->Read(mOffset + begin, target, n); });
 }
 
 template void DataLoader::Load(std::vector<std::uint32_t>&) const;

@@ -1,29 +1,85 @@
 #include "HeavyPass.h"
 
+#include <algorithm>
+
+#include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/ByteShuffle.h"
 
 namespace QovRyx {
 
+std::uint64_t CountHeavyBytes(const NodeTree& nodes) {
+  std::uint64_t numBytes = 0;
+  ForEachGeometry(nodes, [&numBytes](std::uint32_t, const Geometry& geometry) {
+    for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
+      if (!variable.mLinked) numBytes += variable.mValues.GetSize();
+    }
+  });
+  return numBytes;
+}
+
+bool IsStoredAlike(const NumericArray& array, bool shuffle) {
+  const auto& loader = array.GetLoader();
+  return loader && loader->GetCount() != 0 &&
+         loader->GetShuffledWidth() == (shuffle ? array.GetWidth() : 0);
+}
+
+HeavyPass::HeavyPass(QovJbf::JbFile& file, bool shuffle, std::uint64_t expectedLength)
+    : mFile(file), mShuffle(shuffle), mExpectedLength(expectedLength) {
+  mFile.CompressWhileFilling(kHeavyData, expectedLength);
+}
+
+void HeavyPass::CopyBlocks(NodeTree& nodes) {
+  mCopies.emplace(nodes, mShuffle);
+  mCopies->CopyTo(mFile);
+  mExpectedLength -= std::min(mExpectedLength, mCopies->GetNumBytes());
+  mFile.CompressWhileFilling(kHeavyData, mExpectedLength);
+}
+
 void HeavyPass::SaveBlocks(Geometry& geometry, bool integerKinds) {
   for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
     Geometry::VarStruct& variable = geometry.EditVariable(i);
-    if (!variable.mLinked && variable.IsIntegerKind() == integerKinds) SaveArray(variable);
+    if (variable.mLinked || variable.IsIntegerKind() != integerKinds) continue;
+    if (!IsCopied(&variable)) SaveArray(variable);
   }
 }
 
 void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
-  variable.mValues.GetValues(mValues);
-  QovJbf::Index& index = mFile.GetIndex();
+  const QovJbf::Index& index = mFile.GetIndex();
   variable.mOffset = index.HasStream(kHeavyData) ? index.GetStreamLength(kHeavyData) : 0;
+  if (IsStoredAlike(variable.mValues, mShuffle)) {
+    CopyStored(*variable.mValues.GetLoader());
+  } else {
+    StoreValues(variable.mValues);
+  }
+}
+
+/// Piece by piece, without holding the array in memory.
+void HeavyPass::CopyStored(const DataLoader& loader) {
+  MarkBlocks();
+  std::uint64_t done = 0;
+  mFile.GetIndex().Put(kHeavyData, loader.GetCount() * sizeof(std::uint32_t),
+                       [&loader, &done](void* target, std::size_t n) {
+                         loader.ReadStored(done, target, n);
+                         done += n;
+                         ProgressReport::Advance(n);
+                       });
+  mFile.GetIndex().FlushFrozen(mFile.GetStream());
+}
+
+void HeavyPass::StoreValues(const NumericArray& array) {
+  array.GetValues(mValues);
   if (mValues.empty()) return;
   MarkBlocks();
-  if (mShuffle) QovUtil::ShuffleMultiVectorBytes(mValues, variable.mValues.GetWidth());
-  index.Put(kHeavyData, mValues.data(), mValues.size() * sizeof(std::uint32_t));
-  index.FlushFrozen(mFile.GetStream());
+  if (mShuffle) QovUtil::ShuffleMultiVectorBytes(mValues, array.GetWidth());
+  const std::uint64_t size = mValues.size() * sizeof(std::uint32_t);
+  mFile.GetIndex().Put(kHeavyData, mValues.data(), size);
+  ProgressReport::Advance(size);
+  mFile.GetIndex().FlushFrozen(mFile.GetStream());
 }
 
 void HeavyPass::SaveNodeSets(NodeSets& sets) {
+  if (IsCopied(&sets)) return;
   MarkBlocks();
   sets.SaveDataBlocks(mFile, kHeavyData);
   mFile.GetIndex().FlushFrozen(mFile.GetStream());

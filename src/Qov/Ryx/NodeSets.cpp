@@ -128,6 +128,12 @@ void NodeSets::LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader) {
   mSourceOffset = mStoredOffset;
 }
 
+std::uint64_t NodeSets::GetLeastStoredSize() const {
+  constexpr std::uint64_t kNumPieces = 4;
+  const std::uint64_t numEnds = 2 * (std::uint64_t{mNumSets} + 1);
+  return kNumPieces * kCountSize + (numEnds + mNumStoredValues) * sizeof(std::uint32_t);
+}
+
 std::uint64_t NodeSets::GetStoredEnd() const {
   PieceReader pieces(*mpReader, mSourceOffset);
   pieces.PassOver(sizeof(std::uint32_t));

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "MergeSteps.h"
+#include "MergeSummary.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/InstanceNames.h"
@@ -34,16 +35,18 @@ void Rename(Tree& tree, std::uint64_t k, PartLinksMap& links, const InstanceNami
 }
 
 /// The results of file number `k` go over to the master; nothing else of it does.
-void AddInstance(Tree& master, const std::string& path, std::uint64_t k, bool appendFlag,
-                 const InstanceNaming& naming) {
+void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
+                 const InstanceNaming& naming, MergeSummary& summary) {
   Tree tree(false);
   LoadModel(tree, path);
+  summary.AddInput(path);
+  summary.AddNodesLeftOut(tree.GetNodes().GetSize());
   PartLinksMap links;
   Rename(tree, k, links, naming);
   if (naming.mAutoRename) {
-    AppendOtherInstanceResults(tree, master);
+    AppendOtherInstanceResults(tree, master, summary.GetDropped());
   } else {
-    AppendResults(tree, master, appendFlag);
+    AppendResults(tree, master, summary.GetDropped());
   }
   GenerateLinkedResults(master, links);
 }
@@ -72,29 +75,35 @@ void AddViewPoints(Tree& tree, const std::string& path) {
 }  // namespace
 
 int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
-                       bool appendFlag, bool useSuffix, bool autoRename) {
+                       bool /*appendFlag*/, bool useSuffix, bool autoRename) {
   return RunMergeStep([&] {
     RefuseOutputAmongInputs(files, output);
+    MergeSummary summary;
     const InstanceNaming naming{useSuffix, autoRename};
     Tree master(false);
     LoadModel(master, files.at(0));
+    summary.AddInput(files[0]);
     PartLinksMap links;
     Rename(master, 1, links, naming);
     GenerateLinkedResults(master, links);
     for (std::size_t i = 1; i < files.size(); ++i) {
-      AddInstance(master, files[i], i + 1, appendFlag, naming);
+      AddInstance(master, files[i], i + 1, naming, summary);
     }
     SaveModel(master, output);
+    summary.Tell("Merged " + std::to_string(files.size()) + " files as instances", master, output);
   });
 }
 
 int merge_as_datasets(const std::vector<std::string>& files, const std::string& output) {
   return RunMergeStep([&] {
     RefuseOutputAmongInputs(files, output);
+    MergeSummary summary;
+    for (const std::string& path : files) summary.AddInput(path);
     const std::unique_ptr<Tree> tree = MakeDatasetTree();
     LoadModel(*tree, files.at(0));
     for (std::size_t i = 1; i < files.size(); ++i) MergeModel(*tree, files[i]);
     SaveModel(*tree, output);
+    summary.Tell("Merged " + std::to_string(files.size()) + " files as datasets", *tree, output);
   });
 }
 
@@ -104,12 +113,17 @@ int merge_viewpoints_with_ryx(const std::string& model,
   return RunMergeStep([&] {
     RefuseOutputAmongInputs({model}, output);
     RefuseOutputAmongInputs(viewPointFiles, output);
+    MergeSummary summary;
+    summary.AddInput(model);
     Tree tree(false);
     LoadModel(tree, model);
     for (const std::string& path : viewPointFiles) {
+      summary.AddInput(path);
       Qov::Util::Concerning(path, [&] { AddViewPoints(tree, path); });
     }
     SaveModel(tree, output);
+    summary.Tell("Added the views of " + std::to_string(viewPointFiles.size()) + " files", tree,
+                 output);
   });
 }
 

@@ -7,6 +7,7 @@
 #include "HeavyPass.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/AttributesIo.h"
+#include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Ryx/Tree.h"
 #include "Qov/Util/Raise.h"
@@ -107,6 +108,7 @@ void Tree::Save(const std::string& path, bool create, const std::string& comment
   file.OpenFile(path, create ? "wb+" : "rb+");
   mFileVersion = QovJbf::kCurrentFileVersion;
   file.WriteHeader();
+  const ProgressReport report(CountHeavyBytes(mNodes));
   SaveHeavyBlocks(file, true);
   FlushAndClose(file, comment);
 }
@@ -134,7 +136,8 @@ void Tree::CutFalseLinks() {
 }
 
 void Tree::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
-  HeavyPass pass(file, shuffle);
+  HeavyPass pass(file, shuffle, CountHeavyBytes(mNodes));
+  if (AreBlockCopiesWanted()) pass.CopyBlocks(mNodes);
   ForEachGeometry(mNodes, [&pass](std::uint32_t, Geometry& geometry) {
     pass.SaveConnectivityBlocks(geometry);
   });

@@ -8,4 +8,5 @@ set(QOV_MERGE_SOURCES
   FileArrangement.cpp
   InstanceNames.cpp
   MergeSteps.cpp
+  MergeSummary.cpp
   RyxMerge.cpp)

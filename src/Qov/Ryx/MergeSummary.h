@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "Qov/Ryx/Tree.h"
+
+namespace QovRyx {
+
+/// Results of further files that a merge did not take, by the rule that kept them out.
+struct DroppedResults {
+  std::uint64_t mWithoutInstance = 0;  ///< The name has no instance part.
+  std::uint64_t mWithoutGeometry = 0;  ///< The first file's node of that id is no geometry.
+
+  std::uint64_t GetTotal() const { return mWithoutInstance + mWithoutGeometry; }
+};
+
+/// What the functions of the same names in RyxMerge.h do, and what they dropped.
+void AppendResults(Tree& from, Tree& into, DroppedResults& dropped);
+void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped);
+
+/// Notes what goes into a merge and, once it is done, tells in the trace log what came of it.
+class MergeSummary {
+ public:
+  void AddInput(const std::string& path);
+  /// Of a further file of which only results are taken.
+  void AddNodesLeftOut(std::uint64_t n) { mNodesLeftOut += n; }
+  DroppedResults& GetDropped() { return mDropped; }
+
+  /// `what` names the merge: "Merged 2 files as datasets". `tree` is what was written.
+  void Tell(const std::string& what, const Tree& tree, const std::string& output) const;
+
+ private:
+  void TellNodes(const Tree& tree) const;
+  void TellResults(const Tree& tree) const;
+
+  std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
+  std::uint64_t mBytesRead = 0;
+  std::uint64_t mNodesLeftOut = 0;
+  DroppedResults mDropped;
+};
+
+}  // namespace QovRyx

@@ -1,0 +1,173 @@
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <fstream>
+
+#include "Qov/Ryx/StreamNames.h"
+#include "support/Errors.h"
+#include "support/ModelCompare.h"
+#include "support/RandomModel.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TempDir.h"
+
+namespace {
+
+/// Bytes that zlib has put out or taken in, uncompressed.
+std::uint64_t gInflated = 0;
+std::uint64_t gDeflated = 0;
+
+}  // namespace
+
+// The linker sends the library's calls of zlib here.
+extern "C" {
+int __real_inflate(z_streamp stream, int flush);
+int __real_deflate(z_streamp stream, int flush);
+
+int __wrap_inflate(z_streamp stream, int flush) {
+  const auto before = stream->total_out;
+  const int result = __real_inflate(stream, flush);
+  gInflated += stream->total_out - before;
+  return result;
+}
+
+int __wrap_deflate(z_streamp stream, int flush) {
+  const auto before = stream->total_in;
+  const int result = __real_deflate(stream, flush);
+  gDeflated += stream->total_in - before;
+  return result;
+}
+}
+
+namespace Qov::Test {
+namespace {
+
+using namespace QovRyx;
+
+constexpr std::size_t kNumNodes = 20000;
+constexpr std::uint64_t kArraySize = kNumNodes * 4;
+constexpr std::uint64_t kLittle = 2000;
+
+class BlockCopiesTest : public testing::Test {
+ protected:
+  BlockCopiesTest() {
+    SavePlate(mDir / "a.ryx", {"Stress", "Strain"}, 1, kNumNodes);
+    SavePlate(mDir / "b.ryx", {"Stress"}, 2, kNumNodes);
+  }
+
+  /// Saves with copies of blocks, and counts what zlib has to do for heavy data.
+  void SaveCopied(Tree& tree, const std::string& path) {
+    const ScopedEnvironment copy("RYXMERGE_COPY_BLOCKS", "1");
+    const ScopedEnvironment threads("RYXMERGE_THREADS", "1");
+    gInflated = gDeflated = 0;
+    SaveTree(tree, path);
+  }
+
+  std::string Resave(const std::string& from, const std::string& to) {
+    Tree tree(false);
+    LoadTree(tree, from);
+    SaveCopied(tree, to);
+    return DescribeModel(to);
+  }
+
+  TempDir mDir;
+  const ScopedEnvironment mThreads{"RYXMERGE_THREADS", "1"};
+};
+
+TEST_F(BlockCopiesTest, NeedNoZlib) {
+  Tree tree(false);
+  auto root = std::make_unique<Group>("Merge");
+  root->mTakesModels = 1;
+  tree.GetNodes().GetCurrentNode().mData = std::move(root);
+  for (const char* name : {"a.ryx", "b.ryx"}) {
+    tree.Merge(mDir / name, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+  }
+  const std::string expected = DescribeModel(tree);
+  SaveCopied(tree, mDir / "merged.ryx");
+  EXPECT_EQ(gInflated, 0U);
+  EXPECT_LT(gDeflated, kLittle);
+  EXPECT_EQ(DescribeModel(mDir / "merged.ryx"), expected);
+
+  // What was copied can be copied again, and read as any other file.
+  EXPECT_EQ(Resave(mDir / "merged.ryx", mDir / "again.ryx"), expected);
+  Tree again(false);
+  LoadTree(again, mDir / "again.ryx");
+  SaveTree(again, mDir / "plain.ryx");
+  EXPECT_EQ(DescribeModel(mDir / "plain.ryx"), expected);
+}
+
+TEST_F(BlockCopiesTest, TakeOnlyWhatIsHalfWanted) {
+  // Of the seven arrays' worth of values in the block three are the coordinates.
+  Tree tree(false);
+  LoadTree(tree, mDir / "a.ryx");
+  auto* geometry = dynamic_cast<Geometry*>(tree.GetNodes().GetReqNode(4).mData.get());
+  ASSERT_NE(geometry, nullptr);
+  const auto replace = [&](std::size_t i) {
+    const std::uint8_t width = geometry->GetVariables()[i].mValues.GetWidth();
+    geometry->EditVariable(i).mValues = NumericArray::Of(Ramp(kNumNodes * width, 5.0F), width);
+  };
+  replace(1);
+  replace(2);
+  std::string expected = DescribeModel(tree);
+  SaveCopied(tree, mDir / "most.ryx");
+  EXPECT_EQ(gInflated, 0U);
+  EXPECT_GT(gDeflated, 2 * kArraySize);
+  EXPECT_LT(gDeflated, 2 * kArraySize + kLittle);
+  EXPECT_EQ(DescribeModel(mDir / "most.ryx"), expected);
+
+  replace(0);
+  expected = DescribeModel(tree);
+  SaveCopied(tree, mDir / "few.ryx");
+  EXPECT_GT(gInflated, kArraySize);
+  EXPECT_GT(gDeflated, 6 * kArraySize);
+  EXPECT_EQ(DescribeModel(mDir / "few.ryx"), expected);
+}
+
+TEST_F(BlockCopiesTest, LeaveOutArraysThatAreToBeShuffledAnew) {
+  Tree tree(false);
+  LoadTree(tree, mDir / "a.ryx");
+  auto* geometry = dynamic_cast<Geometry*>(tree.GetNodes().GetReqNode(4).mData.get());
+  ASSERT_NE(geometry, nullptr);
+  NumericArray& values = geometry->EditVariable(2).mValues;
+  values = NumericArray(values.GetSize(), 5, values.GetLoader());
+  const std::string expected = DescribeModel(tree);
+  SaveCopied(tree, mDir / "copied.ryx");
+  EXPECT_GT(gDeflated, kArraySize);
+  EXPECT_LT(gDeflated, kArraySize + kLittle);
+  EXPECT_EQ(DescribeModel(mDir / "copied.ryx"), expected);
+  SaveTree(tree, mDir / "plain.ryx");
+  EXPECT_EQ(DescribeModel(mDir / "plain.ryx"), expected);
+}
+
+TEST_F(BlockCopiesTest, CheckLengthsAndNothingElse) {
+  Tree tree(false);
+  LoadTree(tree, mDir / "a.ryx");
+  const auto overwrite = [&](std::streamoff at, char byte) {
+    std::fstream file(mDir / "a.ryx", std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(at).put(byte);
+  };
+  overwrite(2800 + 1000, '?');
+  EXPECT_NO_THROW(SaveCopied(tree, mDir / "copied.ryx"));
+  EXPECT_ANY_THROW(DescribeModel(mDir / "copied.ryx"));
+  overwrite(2800, '?');  // the length of the content
+  ExpectError(ErrorType::MismatchError, "", [&] { SaveCopied(tree, mDir / "copied.ryx"); });
+}
+
+class RandomCopiesTest : public BlockCopiesTest,
+                         public testing::WithParamInterface<std::uint32_t> {};
+
+TEST_P(RandomCopiesTest, HoldWhatTheModelHolds) {
+  for (const char* limit : {"200", "3000", "100000"}) {
+    const ScopedEnvironment blockSize("TELMORAX_MAX_RYX_BLOCK_SIZE", limit);
+    Tree tree("maker", "1", false);
+    RandomModel(GetParam()).Fill(tree);
+    SaveTree(tree, mDir / "first.ryx");
+    const std::string expected = DescribeModel(mDir / "first.ryx");
+    EXPECT_EQ(Resave(mDir / "first.ryx", mDir / "second.ryx"), expected) << limit;
+    EXPECT_EQ(Resave(mDir / "second.ryx", mDir / "third.ryx"), expected) << limit;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomCopiesTest, testing::Range(1U, 21U));
+
+}  // namespace
+}  // namespace Qov::Test

@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <random>
+
+#include "Qov/Ryx/StreamNames.h"
+#include "support/ModelCompare.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TempDir.h"
+
+namespace Qov::Test {
+namespace {
+
+using namespace QovRyx;
+
+/// Every block of a file with its bytes, but not the history, which grows and bears the time.
+std::vector<std::string> ReadBlocks(const std::string& path) {
+  QovJbf::JbFile file;
+  file.OpenFile(path, "rb");
+  file.ReadIndex();
+  std::ifstream stream(path, std::ios::binary);
+  std::vector<std::string> blocks;
+  for (std::uint64_t k = 0; k < file.GetIndex().GetItems().size(); ++k) {
+    const QovJbf::IndexItem& item = file.GetIndex().GetItems()[k];
+    if (item.mName == kGlobalInformation || item.mName.front() == '\v') continue;
+    blocks.push_back(item.mName + std::to_string(item.mFlags) + ":");
+    std::string bytes(item.mSize, '\0');
+    stream.seekg(static_cast<std::streamoff>(file.GetIndex().GetPosition(k)));
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    blocks.back() += bytes;
+  }
+  return blocks;
+}
+
+/// Arrays of many lengths and widths, some long enough for several chunks of a block.
+void AddNoise(Tree& tree) {
+  std::mt19937 random(1);
+  Geometry& geometry = AddNode<Geometry>(tree, 1, "noise");
+  for (unsigned i = 0; i < 12; ++i) {
+    std::vector<std::uint32_t> values(random() % (i % 4 == 0 ? 200000 : 3000));
+    for (std::uint32_t& value : values) value = static_cast<std::uint32_t>(random()) & 0x7F00FF03;
+    const std::uint8_t width = i % 3 == 0 ? 3 : 1;
+    geometry.AppendVariable(MakeVariable(std::to_string(i), i, NumericArray::Of(values, width)));
+  }
+}
+
+TEST(HeavyPass, WritesTheSameBytesOnAnyNumberOfThreads) {
+  const TempDir dir;
+  Tree built("maker", "1", false);
+  BuildPlate(built, {"Stress"}, 1, 5000);
+  AddNoise(built);
+  SaveTree(built, dir / "built.ryx");
+  Tree loaded(false);
+  LoadTree(loaded, dir / "built.ryx");
+  for (const auto& limit : {std::optional<std::string>("100"), std::optional<std::string>("5000"),
+                            std::optional<std::string>("1000000"), std::optional<std::string>()}) {
+    const ScopedEnvironment blockSize("TELMORAX_MAX_RYX_BLOCK_SIZE", limit);
+    std::vector<std::string> expected;
+    for (const char* threads : {"1", "2", "3", "8"}) {
+      const ScopedEnvironment environment("RYXMERGE_THREADS", threads);
+      for (Tree* tree : {&built, &loaded}) {  // from memory, and copied from the other file
+        SaveTree(*tree, dir / "out.ryx");
+        const std::vector<std::string> blocks = ReadBlocks(dir / "out.ryx");
+        if (expected.empty()) expected = blocks;
+        EXPECT_TRUE(blocks == expected)
+            << threads << " threads, " << limit.value_or("no") << " limit";
+      }
+    }
+    EXPECT_EQ(DescribeModel(dir / "out.ryx"), DescribeModel(built));
+  }
+}
+
+}  // namespace
+}  // namespace Qov::Test
