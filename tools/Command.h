@@ -11,6 +11,7 @@ namespace Qov::Tools {
 /// Exit statuses. What a subcommand finds is told by 0 and 1; trouble of every kind, a command
 /// line that makes no sense included, is 2.
 inline constexpr int kSuccess = 0;
+inline constexpr int kFindings = 1;
 inline constexpr int kTrouble = 2;
 
 /// A subcommand of the program.
@@ -29,8 +30,14 @@ class Command {
   virtual int Run(Output& output, Output& errors) = 0;
 };
 
+std::unique_ptr<Command> MakeCheckCommand();
+std::unique_ptr<Command> MakeDiffCommand();
+std::unique_ptr<Command> MakeDumpCommand();
+std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeLsCommand();
+std::unique_ptr<Command> MakePlanCommand();
 std::unique_ptr<Command> MakeSampleCommand();
+std::unique_ptr<Command> MakeVerifyCommand();
 
 /// All subcommands, in the order in which the help lists them.
 std::vector<std::unique_ptr<Command>> MakeCommands();

@@ -4,7 +4,13 @@ namespace Qov::Tools {
 
 std::vector<std::unique_ptr<Command>> MakeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
+  commands.push_back(MakeInfoCommand());
   commands.push_back(MakeLsCommand());
+  commands.push_back(MakeCheckCommand());
+  commands.push_back(MakeDiffCommand());
+  commands.push_back(MakeDumpCommand());
+  commands.push_back(MakePlanCommand());
+  commands.push_back(MakeVerifyCommand());
   commands.push_back(MakeSampleCommand());
   return commands;
 }

@@ -1,11 +1,13 @@
 #include <fmt/format.h>
 
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Command.h"
-#include "ErrorText.h"
 #include "ModelInput.h"
+#include "ModelJson.h"
 #include "ModelReport.h"
 
 namespace Qov::Tools {
@@ -16,7 +18,18 @@ constexpr const char* kFooter =
     "of WIDTH values. In names \\x1E (on a terminal, where it can be shown, \u241E) stands in\n"
     "front of the load case or time step.\n"
     "\n"
-    "Example: ryx ls plate.ryx plate.vpt";
+    "With --node, --name or --type only nodes that meet all of them are shown, and, without what\n"
+    "they hold, those above them. Patterns know *, ? and [...].\n"
+    "\n"
+    "Example: ryx ls plate.ryx plate.vpt\n"
+    "         ryx ls --type geometry --name \"Skin*\" plate.ryx";
+
+/// How files are listed.
+struct LsOptions {
+  NodeCriteria mCriteria;
+  bool mResults = true;
+  bool mJson = false;
+};
 
 class LsCommand : public Command {
  public:
@@ -25,77 +38,118 @@ class LsCommand : public Command {
     return "Show the tree of models, their results, views and history";
   }
   const char* GetFooter() const override { return kFooter; }
-  void Declare(CLI::App& app) override {
-    app.add_option("FILE", mPaths, "Model or view-point files")->required();
-  }
+  void Declare(CLI::App& app) override;
   int Run(Output& output, Output& errors) override;
 
  private:
   std::vector<std::string> mPaths;
+  LsOptions mOptions;
 };
+
+void LsCommand::Declare(CLI::App& app) {
+  NodeCriteria& criteria = mOptions.mCriteria;
+  app.add_option("FILE", mPaths, "Model or view-point files")->required();
+  app.add_flag("--results,!--no-results", mOptions.mResults,
+               "Show the results of geometries (the default), or leave them unread");
+  app.add_option("--node", criteria.mIds, "Show the node of this id; may be given again")
+      ->type_name("ID")
+      ->allow_extra_args(false);
+  app.add_option("--name", criteria.mName, "Show nodes whose names fit, as \"Wing*\"")
+      ->type_name("PATTERN");
+  app.add_option("--type", criteria.mType, "Show nodes of this type")
+      ->type_name("TYPE")
+      ->check(CLI::IsMember({"Group", "Shape", "Geometry", "NodeSets", "FutureNode"},
+                            CLI::ignore_case));
+  app.add_flag("--json", mOptions.mJson, "Print one JSON document");
+}
 
 /// Lists files one after the other.
 class FileLister {
  public:
-  FileLister(Output& output, Output& errors) : mOutput(output), mErrors(errors) {}
+  FileLister(const LsOptions& options, Output& output, Output& errors)
+      : mOptions(options), mOutput(output), mErrors(errors) {}
 
   /// Returns false if not all of the file could be read.
   bool List(const std::string& path);
+  /// To be called when all files are listed.
+  void Close();
 
  private:
-  std::string Load(const std::string& path, QovRyx::Tree& tree) const;
   bool Show(const std::string& path, const QovRyx::Tree& tree);
+  bool ShowTree(const std::string& path, const QovRyx::Tree& tree, const NodeFilter& filter,
+                const ModelStatistics* statistics);
+  bool AddJson(const QovRyx::Tree& tree, const NodeFilter& filter,
+               const ModelStatistics* statistics);
 
+  const LsOptions& mOptions;
   Output& mOutput;
   Output& mErrors;
   bool mHasShownFile = false;
+  Json mFiles = Json::array();
 };
 
-/// Returns what went wrong, or an empty string.
-std::string FileLister::Load(const std::string& path, QovRyx::Tree& tree) const {
-  try {
-    LoadModelOrViews(path, tree);
-  } catch (const std::exception& error) {
-    std::string text = DescribeError(error, mErrors.GetStyle());
-    const std::string subject = Escape(path, mErrors.GetStyle()) + " ";
-    return text.starts_with(subject) ? text.substr(subject.size()) : text;
-  }
-  return "";
+/// Returns false if parts of the model could not be read.
+bool FileLister::Show(const std::string& path, const QovRyx::Tree& tree) {
+  const NodeFilter filter(tree.GetNodes(), mOptions.mCriteria);
+  std::optional<ModelStatistics> statistics;
+  const TextStyle style = mOptions.mJson ? TextStyle() : mOutput.GetStyle();
+  if (mOptions.mResults) statistics.emplace(tree.GetNodes(), filter, style);
+  const ModelStatistics* results = statistics ? &*statistics : nullptr;
+  return mOptions.mJson ? AddJson(tree, filter, results) : ShowTree(path, tree, filter, results);
 }
 
-bool FileLister::Show(const std::string& path, const QovRyx::Tree& tree) {
+bool FileLister::ShowTree(const std::string& path, const QovRyx::Tree& tree,
+                          const NodeFilter& filter, const ModelStatistics* statistics) {
   if (mHasShownFile) mOutput.Line();
   mHasShownFile = true;
   mOutput.Line(Escape(path, mOutput.GetStyle()));
-  const bool complete = ReportNodes(tree, mOutput);
-  ReportViews(tree, mOutput);
-  ReportHistory(tree, mOutput);
+  const bool complete = ReportNodes(tree, filter, statistics, mOutput);
+  if (filter.IsEmpty()) mOutput.Line("(no node is like that)");
+  if (!filter.IsActive()) {
+    ReportViews(tree, mOutput);
+    ReportHistory(tree, mOutput);
+  }
   mOutput.Flush();
   return complete;
 }
 
-bool HoldsAnything(const QovRyx::Tree& tree) {
-  const auto& nodes = tree.GetNodes();
-  return nodes.GetSize() > 1 || nodes.begin()->second.mData || tree.HasViewPoints() ||
-         !tree.GetModifiers().empty();
+bool FileLister::AddJson(const QovRyx::Tree& tree, const NodeFilter& filter,
+                         const ModelStatistics* statistics) {
+  bool complete = true;
+  Json& file = mFiles.back();
+  file["nodes"] = NodesJson(tree, filter, statistics, complete);
+  if (filter.IsActive()) return complete;
+  file["views"] = ViewsJson(tree);
+  file["history"] = HistoryJson(tree);
+  return complete;
 }
 
 bool FileLister::List(const std::string& path) {
   QovRyx::Tree tree(false);
-  std::string trouble = Load(path, tree);
+  mFiles.push_back({{"path", JsonText(path)}});
+  std::string trouble = LoadWhatCanBeRead(path, tree, mErrors.GetStyle());
   const bool isShown = trouble.empty() || HoldsAnything(tree);
   if (isShown && !Show(path, tree) && trouble.empty()) trouble = "parts of it cannot be read";
   if (trouble.empty()) return true;
+  mFiles.back()["trouble"] = trouble;
   mErrors.Line(fmt::format("ryx ls: {}: {}", Escape(path, mErrors.GetStyle()), trouble));
   return false;
 }
 
+void FileLister::Close() {
+  if (!mOptions.mJson) return;
+  Json document = MakeJsonDocument("ls");
+  document["files"] = std::move(mFiles);
+  mOutput.Line(FormatJson(document));
+}
+
 int LsCommand::Run(Output& output, Output& errors) {
-  FileLister lister(output, errors);
+  FileLister lister(mOptions, output, errors);
   int status = kSuccess;
   for (const std::string& path : mPaths) {
     if (!lister.List(path)) status = kTrouble;
   }
+  lister.Close();
   return status;
 }
 

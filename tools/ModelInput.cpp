@@ -1,5 +1,10 @@
 #include "ModelInput.h"
 
+#include <fmt/format.h>
+
+#include <exception>
+
+#include "ErrorText.h"
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
@@ -12,6 +17,10 @@ using QovRyx::Tree;
 /// The oldest files have no views that could be read.
 constexpr const char* kVersionWithoutViews = "0.1";
 
+[[noreturn]] void Refuse(const char* text) {
+  Util::Raise("tools/ModelInput", Util::Exception::ErrorType::FormatNotSupported, text);
+}
+
 /// Reads the views if the file holds nothing else; tells whether that was so.
 bool LoadViewsOnly(QovJbf::JbFile& file, Tree& tree) {
   if (!file.IsJbFile()) return false;
@@ -20,13 +29,56 @@ bool LoadViewsOnly(QovJbf::JbFile& file, Tree& tree) {
   QovJbf::JbFile::CheckSupport(version, isCurrent);
   file.ReadIndex();
   if (file.HasStream(QovRyx::kRyxTree)) return false;
-  if (!file.HasStream(QovRyx::kViewPoints) || version == kVersionWithoutViews) {
-    Util::Raise("tools/ModelInput", Util::Exception::ErrorType::FormatNotSupported,
-                "holds neither a model nor view points");
-  }
+  if (!file.HasStream(QovRyx::kViewPoints)) Refuse("holds neither a model nor view points");
+  if (version == kVersionWithoutViews) Refuse("view points of version 0.1 are not read");
   const QovRyx::FileVersionScope scope(version);
   tree.LoadViewPathVec(file);
   return true;
+}
+
+/// Where the reading of the file stopped, as far as what is in the tree tells.
+std::string DescribeProgress(QovJbf::JbFile& file, const Tree& tree) {
+  std::int32_t count = 0;
+  file.Get(QovRyx::kRyxTree, count);
+  const std::size_t numRead = HoldsNodes(tree) ? tree.GetNodes().GetSize() : 0;
+  if (count > 0 && numRead < static_cast<std::size_t>(count)) {
+    return fmt::format(" (stopped after {} of {} nodes)", numRead, count);
+  }
+  if (file.HasStream(QovRyx::kGlobalInformation) && tree.GetModifiers().empty()) {
+    return " (in the history)";
+  }
+  const bool lacksViews = file.HasStream(QovRyx::kViewPoints) && !tree.HasViewPoints();
+  return lacksViews ? " (in the view points)" : "";
+}
+
+/// Calls `read`, whose failure is not the first one and not the one to tell.
+template <class Read>
+void Try(Read read) {
+  try {
+    read();
+  } catch (const std::exception&) {
+  }
+}
+
+/// Reads what comes behind the part of a file that could not be read. Returns what is known of
+/// the place where that is.
+std::string Salvage(const std::string& path, Tree& tree) {
+  std::string progress;
+  if (!HoldsNodes(tree)) {
+    Try([&] { tree.Merge(path, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx); });
+  }
+  Try([&] {
+    QovJbf::JbFile file;
+    file.OpenFile(path, "rb");
+    file.ReadIndex();
+    Try([&] { progress = DescribeProgress(file, tree); });
+    const std::string version = file.ReadVersion();
+    if (tree.HasViewPoints() || version == kVersionWithoutViews) return;
+    tree.GetViewPointPaths().clear();
+    const QovRyx::FileVersionScope scope(version);
+    tree.LoadViewPathVec(file);
+  });
+  return progress;
 }
 
 }  // namespace
@@ -39,6 +91,26 @@ void LoadModelOrViews(const std::string& path, Tree& tree) {
   if (viewsOnly) return;
   Tree::IdMap ids;
   tree.Load(path, ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+}
+
+std::string LoadWhatCanBeRead(const std::string& path, Tree& tree, const TextStyle& style) {
+  try {
+    LoadModelOrViews(path, tree);
+    return "";
+  } catch (const std::exception& error) {
+    std::string text = DescribeError(error, style);
+    const std::string subject = Escape(path, style) + " ";
+    if (text.starts_with(subject)) text.erase(0, subject.size());
+    return text + Salvage(path, tree);
+  }
+}
+
+bool HoldsNodes(const Tree& tree) {
+  return tree.GetNodes().GetSize() > 1 || tree.GetNodes().begin()->second.mData;
+}
+
+bool HoldsAnything(const Tree& tree) {
+  return HoldsNodes(tree) || tree.HasViewPoints() || !tree.GetModifiers().empty();
 }
 
 }  // namespace Qov::Tools

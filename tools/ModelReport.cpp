@@ -6,7 +6,7 @@
 #include <exception>
 
 #include "ErrorText.h"
-#include "ModelStatistics.h"
+#include "ResultLink.h"
 #include "TextTable.h"
 #include "TreeLines.h"
 #include "TreeWalk.h"
@@ -28,8 +28,8 @@ std::size_t WidthLimit(const TextStyle& style) {
 /// Makes the lines that belong to a node.
 class NodeReport {
  public:
-  NodeReport(const QovRyx::Tree& tree, const TextStyle& style)
-      : mTree(tree), mStyle(style), mStatistics(tree.GetNodes(), style) {}
+  NodeReport(const QovRyx::Tree& tree, const ModelStatistics* statistics, const TextStyle& style)
+      : mTree(tree), mStyle(style), mpStatistics(statistics) {}
 
   std::string Label(const TreeWalk::Step& step) const;
   Lines Content(const QovRyx::Node& node);
@@ -44,7 +44,7 @@ class NodeReport {
 
   const QovRyx::Tree& mTree;
   TextStyle mStyle;
-  ModelStatistics mStatistics;
+  const ModelStatistics* mpStatistics;
   bool mTrouble = false;
 };
 
@@ -77,7 +77,7 @@ std::string NodeReport::Trouble(const std::string& text) {
 }
 
 Lines NodeReport::Results(const Geometry& geometry) {
-  if (geometry.GetVariables().empty()) return {};
+  if (mpStatistics == nullptr || geometry.GetVariables().empty()) return {};
   TextTable table({{"NAME"},
                    {"KIND", Align::Right},
                    {"WIDTH", Align::Right},
@@ -105,7 +105,7 @@ std::vector<std::string> NodeReport::ResultRow(const Geometry::VarStruct& variab
                                LinkText(variable),
                                AttributesText(variable.mAttributes, mStyle),
                                ""};
-  const ModelStatistics::Entry* entry = mStatistics.Find(array);
+  const ModelStatistics::Entry* entry = mpStatistics->Find(array);
   if (entry == nullptr) return row;
   const ArrayStatistics& statistics = entry->mStatistics;
   if (statistics.HasRange()) {
@@ -120,16 +120,14 @@ std::vector<std::string> NodeReport::ResultRow(const Geometry::VarStruct& variab
 /// "node: result", and whether values are found there.
 std::string NodeReport::LinkText(const Geometry::VarStruct& variable) const {
   if (!variable.mLinked) return "";
-  const auto* entry = mTree.GetNodes().FindNode(variable.mLink.mNode);
-  const Geometry* target = entry == nullptr ? nullptr : QovRyx::AsGeometry(*entry);
-  if (target == nullptr || variable.mLink.mVariable >= target->GetVariables().size()) {
+  const ResultLink link(mTree.GetNodes(), variable);
+  if (link.mVariable == nullptr) {
     return fmt::format("leads nowhere (node {}, result {})", variable.mLink.mNode,
                        variable.mLink.mVariable);
   }
-  const Geometry::VarStruct& named = target->GetVariables()[variable.mLink.mVariable];
-  const bool found = !named.mLinked || variable.mValues.GetLoader() != nullptr;
-  return fmt::format("{} [{}]: {}{}", Escape(target->GetName(), mStyle), variable.mLink.mNode,
-                     Escape(named.mName, mStyle), found ? "" : ", which leads nowhere");
+  return fmt::format("{} [{}]: {}{}", Escape(link.mGeometry->GetName(), mStyle),
+                     variable.mLink.mNode, Escape(link.mVariable->mName, mStyle),
+                     link.mFound ? "" : ", which leads nowhere");
 }
 
 Lines NodeReport::Sets(const QovRyx::NodeSets& sets) {
@@ -146,10 +144,6 @@ Lines NodeReport::Sets(const QovRyx::NodeSets& sets) {
     lines.push_back(Trouble(DescribeError(error, mStyle)));
   }
   return lines;
-}
-
-std::string Plural(std::size_t count, const char* noun) {
-  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 std::string PathText(const QovRyx::ViewPointPath& path, const TextStyle& style) {
@@ -175,16 +169,22 @@ std::string ModifierText(const QovRyx::ModifierInfo& modifier, const TextStyle& 
 
 }  // namespace
 
-bool ReportNodes(const QovRyx::Tree& tree, Output& output) {
-  NodeReport report(tree, output.GetStyle());
+std::string Plural(std::size_t count, const char* noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+bool ReportNodes(const QovRyx::Tree& tree, const NodeFilter& filter,
+                 const ModelStatistics* statistics, Output& output) {
+  NodeReport report(tree, statistics, output.GetStyle());
   const TreeLines lines(output.GetStyle());
-  TreeWalk walk(tree.GetNodes());
+  TreeWalk walk(tree.GetNodes(), filter.GetShown());
   bool astray = false;
   while (const auto step = walk.Next()) {
     if (step->mAstray && !astray) output.Line("Reached by no link:");
     astray = astray || step->mAstray;
     output.Line(lines.BeforeEntry(walk, *step) + report.Label(*step));
     if (step->mEntry == nullptr || step->mAgain || !step->mEntry->mData) continue;
+    if (!filter.IsChosen(step->mId)) continue;
     const std::string before = lines.BeforeContent(walk, *step);
     for (const auto& line : report.Content(*step->mEntry->mData)) output.Line(before + line);
   }
@@ -198,7 +198,8 @@ void ReportViews(const QovRyx::Tree& tree, Output& output) {
   output.Line("  current view " + Escape(tree.GetViewPoint().mName, style));
   for (const auto& path : tree.GetViewPointPaths()) output.Line(PathText(path, style));
   const QovRyx::SequencerData& sequencer = tree.GetSequencerData();
-  output.Line(fmt::format("  sequencer {} ({}, {})", Escape(sequencer.mName, style),
+  const std::string name = sequencer.mName.empty() ? "" : " " + Escape(sequencer.mName, style);
+  output.Line(fmt::format("  sequencer{} ({}, {})", name,
                           Plural(sequencer.mActions.mSlots.size(), "action"),
                           Plural(sequencer.mSequences.size(), "sequence")));
 }

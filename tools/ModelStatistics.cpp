@@ -1,6 +1,7 @@
 #include "ModelStatistics.h"
 
 #include <exception>
+#include <unordered_set>
 #include <vector>
 
 #include "ErrorText.h"
@@ -29,6 +30,22 @@ ModelStatistics::Entry MakeEntry(const Geometry::VarStruct& variable, const Text
   return entry;
 }
 
+using Loaders = std::unordered_set<const QovRyx::DataLoader*>;
+
+/// What delivers the values of the results that are shown. Those of a linked one may be values of
+/// a geometry that is not.
+Loaders FindShown(const QovRyx::NodeTree& nodes, const NodeFilter& filter) {
+  Loaders loaders;
+  QovRyx::ForEachGeometry(nodes, [&](std::uint32_t id, const Geometry& geometry) {
+    if (!filter.IsChosen(id)) return;
+    for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
+      const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();
+      if (loader != nullptr) loaders.insert(loader);
+    }
+  });
+  return loaders;
+}
+
 }  // namespace
 
 bool HoldsIntegers(const Geometry::VarStruct& variable) {
@@ -36,12 +53,27 @@ bool HoldsIntegers(const Geometry::VarStruct& variable) {
   return variable.IsIntegerKind() || variable.mKindHighByte == kUnsignedResult;
 }
 
-ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const TextStyle& style) {
+bool HoldsIntegers(const QovRyx::NodeTree& nodes, const Geometry::VarStruct& variable) {
+  const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();
+  const Geometry::VarStruct* owner = &variable;
+  if (variable.mLinked && loader != nullptr) {
+    QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const Geometry& geometry) {
+      for (const Geometry::VarStruct& other : geometry.GetVariables()) {
+        if (!other.mLinked && other.mValues.GetLoader().get() == loader) owner = &other;
+      }
+    });
+  }
+  return HoldsIntegers(*owner);
+}
+
+ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter,
+                                 const TextStyle& style) {
+  const Loaders shown = FindShown(nodes, filter);
   for (const bool integerKinds : {true, false}) {  // so they are stored
     QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const Geometry& geometry) {
       for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
         const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();
-        if (loader == nullptr || variable.mLinked) continue;
+        if (variable.mLinked || !shown.contains(loader)) continue;
         if (variable.IsIntegerKind() != integerKinds) continue;
         mEntries.emplace(loader, MakeEntry(variable, style));
       }

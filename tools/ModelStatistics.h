@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "ArrayStatistics.h"
+#include "NodeFilter.h"
 #include "Qov/Ryx/Tree.h"
 #include "Terminal.h"
 
@@ -12,8 +13,11 @@ namespace Qov::Tools {
 /// Whether the variable's values are unsigned integers, not floats.
 bool HoldsIntegers(const QovRyx::Geometry::VarStruct& variable);
 
-/// The statistics of all arrays that lie in a loaded model's file, each read once, one at a time,
-/// in the order in which they are stored.
+/// The same of a variable that may be linked: it goes by the one whose values it takes.
+bool HoldsIntegers(const QovRyx::NodeTree& nodes, const QovRyx::Geometry::VarStruct& variable);
+
+/// The statistics of the arrays of a loaded model that are shown and lie in its file, each read
+/// once, one at a time, in the order in which they are stored.
 class ModelStatistics {
  public:
   struct Entry {
@@ -22,7 +26,8 @@ class ModelStatistics {
     std::string mError;  ///< Why the array could not be read; empty if it could.
   };
 
-  ModelStatistics(const QovRyx::NodeTree& nodes, const TextStyle& style);
+  /// Errors are escaped for `style`.
+  ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter, const TextStyle& style);
 
   /// Null for an array that has no values in a file. Linked variables share the entry of the one
   /// whose values they take.

@@ -20,8 +20,12 @@ namespace {
 
 }  // namespace
 
+void Output::Write(std::string_view bytes) {
+  if (std::fwrite(bytes.data(), 1, bytes.size(), mStream) != bytes.size()) RaiseFailure();
+}
+
 void Output::Line(std::string_view text) {
-  if (std::fwrite(text.data(), 1, text.size(), mStream) != text.size()) RaiseFailure();
+  Write(text);
   if (std::fputc('\n', mStream) == EOF) RaiseFailure();
 }
 

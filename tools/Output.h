@@ -17,6 +17,8 @@ class Output {
 
   /// Writes the text and a newline. Throws ClosedPipe, or raises WriteError.
   void Line(std::string_view text = "");
+  /// Writes bytes as they are; throws as Line does.
+  void Write(std::string_view bytes);
   /// To be called at the end, so that no failure to write goes unnoticed. Throws as Line does.
   void Flush();
 

@@ -4,10 +4,13 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Command.h"
+#include "Completion.h"
 #include "ErrorText.h"
+#include "ProgressLine.h"
 #include "Suggestion.h"
 
 namespace Qov::Tools {
@@ -16,13 +19,14 @@ namespace {
 constexpr const char* kName = "ryx";
 constexpr const char* kFooter =
     "Every subcommand has its own help with an example: ryx SUBCOMMAND --help\n"
-    "Exit status: 0 all is well, 2 something could not be done.";
+    "Exit status: 0 all is well, 1 there are findings or differences, 2 something could not be\n"
+    "done.";
 
 /// The parser and the subcommands that it fills.
 struct CommandLine {
   CommandLine();
 
-  CLI::App mApp{"Looks into ryx models and makes them.", kName};
+  CLI::App mApp{"Shows, checks and compares ryx models, and makes samples.", kName};
   std::vector<std::unique_ptr<Command>> mCommands = MakeCommands();
 };
 
@@ -44,18 +48,6 @@ void PrintText(std::string text, Output& output) {
 const CLI::App& ChosenApp(const CLI::App& app) {
   const auto chosen = app.get_subcommands();
   return chosen.empty() ? app : *chosen.front();
-}
-
-/// Everything that could stand where a word was not understood.
-std::vector<std::string> KnownWords(const CLI::App& app) {
-  std::vector<std::string> words;
-  for (const CLI::App* subcommand : app.get_subcommands([](const CLI::App*) { return true; })) {
-    words.push_back(subcommand->get_name());
-  }
-  for (const CLI::Option* option : app.get_options()) {
-    for (const std::string& name : option->get_lnames()) words.push_back("--" + name);
-  }
-  return words;
 }
 
 std::string DescribeUnknownWord(const CLI::App& app, const std::string& word,
@@ -83,6 +75,7 @@ int ReportMisuse(const CLI::App& app, const CLI::ParseError& error, Output& erro
 int RunChosen(CommandLine& line, Output& output, Output& errors) {
   for (const auto& command : line.mCommands) {
     if (!line.mApp.got_subcommand(command->GetName())) continue;
+    const TerminalProgress progress;
     const int status = command->Run(output, errors);
     output.Flush();
     return status;
@@ -91,8 +84,17 @@ int RunChosen(CommandLine& line, Output& output, Output& errors) {
   return kTrouble;
 }
 
+int PrintCompletions(const CommandLine& line, std::vector<std::string> words, Output& output) {
+  for (const std::string& word : Complete(line.mApp, std::move(words))) output.Line(word);
+  output.Flush();
+  return kSuccess;
+}
+
 int ParseAndRun(int argc, const char* const* argv, Output& output, Output& errors) {
   CommandLine line;
+  if (argc > 1 && argv[1] == std::string(kCompleteWord)) {
+    return PrintCompletions(line, {argv + 2, argv + argc}, output);
+  }
   try {
     line.mApp.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {

@@ -9,6 +9,7 @@
 #include "ViewPointFile.h"
 #include "sample/Assembly.h"
 #include "sample/Plate.h"
+#include "sample/Solids.h"
 #include "sample/Views.h"
 
 namespace Qov::Tools {
@@ -17,14 +18,21 @@ namespace {
 namespace fs = std::filesystem;
 using QovRyx::Tree;
 
+constexpr const char* kSource = "tools/Sample";
+
 constexpr const char* kFooter =
     "Writes plate.ryx and plate_more_load.ryx (one mesh, two load cases each), plate.vpt (view\n"
     "points), steps/run1.ryx to run12.ryx (one mesh, twelve time steps) and assembly.ryx (25\n"
     "parts) into DIR, which is made if it is not there. Files of these names are overwritten.\n"
     "\n"
-    "Example: ryx sample models";
+    "With an option it writes run1.ryx to runN.ryx instead, steps of time of one model of solid\n"
+    "parts, as big as you like: a part has about one million bytes of arrays at size 20, and 8\n"
+    "times as many at size 40. Results are named after a load case only if --cases is given.\n"
+    "\n"
+    "Example: ryx sample models\n"
+    "         ryx sample models --size 40 --parts 3 --steps 10";
 
-constexpr int kNumSteps = 12;
+constexpr std::uint32_t kNumSteps = 12;
 constexpr double kSecondsAStep = 5.0;
 
 class SampleCommand : public Command {
@@ -34,17 +42,33 @@ class SampleCommand : public Command {
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     app.add_option("DIR", mDirectory, "Where the models go")->required();
+    DeclareSize(app, "--size", mSolids.mSize, "Cells along the edge of a part");
+    DeclareSize(app, "--parts", mSolids.mNumParts, "Parts in a model");
+    DeclareSize(app, "--steps", mNumSteps, "Steps of time, each of which is a file");
+    DeclareSize(app, "--cases", mSolids.mNumCases, "Load cases in a file");
   }
   int Run(Output& output, Output& errors) override;
 
  private:
+  template <class Number>
+  void DeclareSize(CLI::App& app, const char* name, Number& number, const char* help) {
+    constexpr int kMost = 1000000;
+    app.add_option(name, number, help)
+        ->option_text("N")
+        ->check(CLI::Range(1, kMost))
+        ->each([this](const std::string&) { mHasSize = true; });
+  }
+
   std::string mDirectory;
+  bool mHasSize = false;
+  SolidsPlan mSolids;
+  std::uint32_t mNumSteps = kNumSteps;
 };
 
 /// A link would lead the writing out of the directory.
 void RefuseLink(const fs::path& path) {
   if (!fs::is_symlink(path)) return;
-  Util::Raise("tools/Sample", Util::Exception::ErrorType::MiscellaneousError,
+  Util::Raise(kSource, Util::Exception::ErrorType::MiscellaneousError,
               path.string() + " is a symbolic link and is not written through");
 }
 
@@ -82,19 +106,38 @@ class SampleWriter {
   Output& mOutput;
 };
 
-int SampleCommand::Run(Output& output, Output& /*errors*/) {
-  SampleWriter writer(mDirectory, output);
+void WriteFamily(SampleWriter& writer) {
   const auto cases = PlateLoadCases();
   writer.WriteModel("plate.ryx", [&](Tree& tree) { BuildPlate(tree, {cases[0], cases[1]}); });
   writer.WriteModel("plate_more_load.ryx", [&](Tree& tree) {
     BuildPlate(tree, {cases[2], cases[3]});
   });
   writer.WriteViews("plate.vpt");
-  for (int step = 1; step <= kNumSteps; ++step) {
+  for (std::uint32_t step = 1; step <= kNumSteps; ++step) {
     writer.WriteModel(fmt::format("steps/run{}.ryx", step),
                       [&](Tree& tree) { BuildHeatedPlate(tree, step * kSecondsAStep); });
   }
   writer.WriteModel("assembly.ryx", BuildAssembly);
+}
+
+void WriteSolids(SampleWriter& writer, const SolidsPlan& plan, std::uint32_t numSteps) {
+  if (!plan.HasIdsForAll()) {
+    Util::Raise(kSource, Util::Exception::ErrorType::OutOfBounds,
+                "The elements of that many parts of that size cannot all have an id");
+  }
+  for (std::uint32_t step = 1; step <= numSteps; ++step) {
+    writer.WriteModel(fmt::format("run{}.ryx", step),
+                      [&](Tree& tree) { BuildSolids(tree, plan, step); });
+  }
+}
+
+int SampleCommand::Run(Output& output, Output& /*errors*/) {
+  SampleWriter writer(mDirectory, output);
+  if (mHasSize) {
+    WriteSolids(writer, mSolids, mNumSteps);
+  } else {
+    WriteFamily(writer);
+  }
   return kSuccess;
 }
 

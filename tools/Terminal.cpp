@@ -5,18 +5,20 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
+#include <system_error>
 
 #include "Qov/Ryx/InstanceNames.h"
+#include "Utf8.h"
 
 namespace Qov::Tools {
 namespace {
 
 constexpr char32_t kSeparatorMark = U'\u241E';
 constexpr std::string_view kSeparatorMarkBytes = "\u241E";
-
-bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 std::string_view Environment(const char* name) {
   const char* value = std::getenv(name);
@@ -38,36 +40,6 @@ unsigned TerminalWidth(int descriptor) {
   return known ? size.ws_col : TextStyle().mWidth;
 }
 
-/// A character at the start of a text. Length 0: the bytes there are none.
-struct Character {
-  char32_t mCode = 0;
-  std::size_t mLength = 0;
-};
-
-std::size_t SequenceLength(unsigned char first) {
-  if (first < 0x80) return 1;
-  if (first >= 0xC2 && first < 0xE0) return 2;
-  if (first >= 0xE0 && first < 0xF0) return 3;
-  if (first >= 0xF0 && first < 0xF5) return 4;
-  return 0;
-}
-
-/// Strict: no overlong forms, no surrogates, nothing above U+10FFFF.
-Character DecodeFirst(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text.front());
-  const std::size_t length = SequenceLength(first);
-  if (length == 0 || length > text.size()) return {};
-  char32_t code = length == 1 ? first : first & (0x7FU >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    if (!IsContinuation(text[i])) return {};
-    code = code << 6 | (static_cast<unsigned char>(text[i]) & 0x3FU);
-  }
-  const bool overlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
-  const bool surrogate = code >= 0xD800 && code < 0xE000;
-  if (overlong || surrogate || code > 0x10FFFF) return {};
-  return {code, length};
-}
-
 bool IsBetween(char32_t code, char32_t first, char32_t last) {
   return code >= first && code <= last;
 }
@@ -80,10 +52,14 @@ bool IsTreacherous(char32_t code) {
   return control || invisible || code == kSeparatorMark;
 }
 
-std::string HexBytes(std::string_view bytes) {
-  std::string text;
-  for (const char byte : bytes) text += fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));
-  return text;
+/// The byte that a text begins with as \xNN.
+std::optional<char> EscapedByte(std::string_view text) {
+  if (text.size() < 4 || !text.starts_with("\\x")) return std::nullopt;
+  unsigned byte = 0;
+  const char* end = text.data() + 4;
+  const auto [stop, error] = std::from_chars(text.data() + 2, end, byte, 16);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return static_cast<char>(byte);
 }
 
 std::string Coloured(std::string_view text, const char* code, const TextStyle& style) {
@@ -106,7 +82,7 @@ std::string Escape(std::string_view text, const TextStyle& style) {
   const bool asciiOnly = style.mTerminal && !style.mUtf8;
   std::string escaped;
   while (!text.empty()) {
-    const Character character = DecodeFirst(text);
+    const Utf8Character character = DecodeFirst(text);
     const std::string_view bytes = text.substr(0, std::max<std::size_t>(character.mLength, 1));
     if (style.mUtf8 && bytes.front() == QovRyx::kInstanceSeparator) {
       escaped += kSeparatorMarkBytes;
@@ -123,9 +99,28 @@ std::string Escape(std::string_view text, const TextStyle& style) {
   return escaped;
 }
 
+std::string Unescape(std::string_view escaped) {
+  std::string text;
+  while (!escaped.empty()) {
+    std::size_t length = 1;
+    if (const auto byte = EscapedByte(escaped)) {
+      text += *byte;
+      length = 4;
+    } else if (escaped.starts_with(kSeparatorMarkBytes)) {
+      text += QovRyx::kInstanceSeparator;
+      length = kSeparatorMarkBytes.size();
+    } else {
+      text += escaped.front();
+      if (escaped.starts_with("\\\\")) length = 2;
+    }
+    escaped.remove_prefix(length);
+  }
+  return text;
+}
+
 std::size_t DisplayWidth(std::string_view text) {
   return text.size() -
-         static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
+         static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsUtf8Continuation));
 }
 
 std::string Dim(std::string_view text, const TextStyle& style) {

@@ -24,6 +24,10 @@ TextStyle DetectStyle(int descriptor);
 /// terminal that can show it.
 std::string Escape(std::string_view text, const TextStyle& style);
 
+/// The text that Escape made the given one of, whatever the style was. What no escaped text holds
+/// stays as it is.
+std::string Unescape(std::string_view escaped);
+
 /// The columns that an escaped text takes.
 std::size_t DisplayWidth(std::string_view text);
 

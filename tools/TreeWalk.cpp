@@ -4,9 +4,10 @@ namespace Qov::Tools {
 
 using QovRyx::NodeTree;
 
-TreeWalk::TreeWalk(const NodeTree& nodes) : mNodes(nodes), mCandidate(nodes.begin()) {
+TreeWalk::TreeWalk(const NodeTree& nodes, const Ids* shown)
+    : mNodes(nodes), mpShown(shown), mCandidate(nodes.begin()) {
   const NodeTree::Node& root = mNodes.GetReqNode(NodeTree::kRootId);
-  mNextIds.push_back(root.mData ? root.mId : root.mFirstChild);
+  mNextIds.push_back(PassHidden(root.mData ? root.mId : root.mFirstChild));
   if (!root.mData) mSeen.insert(root.mId);
 }
 
@@ -18,7 +19,7 @@ std::optional<TreeWalk::Step> TreeWalk::Next() {
 
 std::optional<TreeWalk::Step> TreeWalk::NextAstray() {
   for (; mCandidate != mNodes.end(); ++mCandidate) {
-    if (mSeen.contains(mCandidate->first)) continue;
+    if (mSeen.contains(mCandidate->first) || IsHidden(mCandidate->first)) continue;
     mNextIds.push_back(mCandidate->first);
     Step step = Visit(mCandidate->first);
     step.mAstray = true;
@@ -31,9 +32,20 @@ TreeWalk::Step TreeWalk::Visit(std::uint32_t id) {
   Step step{id, mNextIds.size() - 1, mNodes.FindNode(id), false, false};
   step.mAgain = step.mEntry != nullptr && !mSeen.insert(id).second;
   const bool goOn = step.mEntry != nullptr && !step.mAgain;
-  mNextIds.back() = goOn ? step.mEntry->mNextSibling : 0;
-  if (goOn) mNextIds.push_back(step.mEntry->mFirstChild);
+  mNextIds.back() = goOn ? PassHidden(step.mEntry->mNextSibling) : 0;
+  if (goOn) mNextIds.push_back(PassHidden(step.mEntry->mFirstChild));
   return step;
+}
+
+/// The first of the siblings from `id` on that is shown, or 0. Each is passed over once, so that
+/// siblings in a circle come to an end.
+std::uint32_t TreeWalk::PassHidden(std::uint32_t id) {
+  while (id != 0 && IsHidden(id)) {
+    const NodeTree::Node* entry = mNodes.FindNode(id);
+    if (entry == nullptr || !mSeen.insert(id).second) return 0;
+    id = entry->mNextSibling;
+  }
+  return id;
 }
 
 }  // namespace Qov::Tools

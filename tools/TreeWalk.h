@@ -26,7 +26,10 @@ class TreeWalk {
     bool mAstray = false;
   };
 
-  explicit TreeWalk(const QovRyx::NodeTree& nodes);
+  using Ids = std::unordered_set<std::uint32_t>;
+
+  /// With `shown` all entries but those are passed over, and what is beneath them.
+  explicit TreeWalk(const QovRyx::NodeTree& nodes, const Ids* shown = nullptr);
 
   /// The next step; nothing at the end. A root without a node is left out, its children are of
   /// depth 0.
@@ -37,11 +40,14 @@ class TreeWalk {
  private:
   std::optional<Step> NextAstray();
   Step Visit(std::uint32_t id);
+  bool IsHidden(std::uint32_t id) const { return mpShown != nullptr && !mpShown->contains(id); }
+  std::uint32_t PassHidden(std::uint32_t id);
 
   const QovRyx::NodeTree& mNodes;
+  const Ids* mpShown;
   /// By depth: the id to go on with, 0 if there is none.
   std::vector<std::uint32_t> mNextIds;
-  std::unordered_set<std::uint32_t> mSeen;
+  Ids mSeen;
   QovRyx::NodeTree::NodeMap::const_iterator mCandidate;
 };
 

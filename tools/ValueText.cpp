@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <variant>
 
 namespace Qov::Tools {
@@ -22,19 +23,23 @@ struct ValueFormatter {
   std::string operator()(std::uint32_t value) const { return fmt::format("{}", value); }
   std::string operator()(double value) const { return Point(fmt::format("{}", value)); }
   std::string operator()(float value) const {
-    return Point(fmt::format("{}", value)) + (std::isfinite(value) ? "f" : "");
+    return FloatText(value) + (std::isfinite(value) ? "f" : "");
   }
-  std::string operator()(const std::string& value) const {
-    std::string quoted = "\"";
-    for (const char letter : Escape(value, mStyle)) {
-      if (letter == '"') quoted += '\\';
-      quoted += letter;
-    }
-    return quoted + '"';
-  }
+  std::string operator()(const std::string& value) const { return QuotedText(value, mStyle); }
 };
 
 }  // namespace
+
+std::string QuotedText(const std::string& text, const TextStyle& style) {
+  std::string quoted = "\"";
+  for (const char letter : Escape(text, style)) {
+    if (letter == '"') quoted += '\\';
+    quoted += letter;
+  }
+  return quoted + '"';
+}
+
+std::string FloatText(float value) { return Point(fmt::format("{}", value)); }
 
 std::string AttributesText(const QovUtil::AttributeMap& attributes, const TextStyle& style) {
   std::string text;
@@ -51,11 +56,24 @@ std::string KindText(const Geometry::VarStruct& variable) {
   return fmt::format("{}:{}", variable.mKindHighByte, variable.mKind);
 }
 
-std::string CountText(const QovRyx::NumericArray& array) {
+ItemCount::ItemCount(const QovRyx::NumericArray& array) {
   const std::uint64_t width = std::max<std::uint64_t>(array.GetWidth(), 1);
-  const std::uint64_t items = array.GetNumElements() / width;
-  const std::uint64_t rest = array.GetNumElements() % width;
-  return rest == 0 ? fmt::format("{}", items) : fmt::format("{} + {}", items, rest);
+  mItems = array.GetNumElements() / width;
+  mRest = array.GetNumElements() % width;
+}
+
+std::string CountText(const QovRyx::NumericArray& array) {
+  const ItemCount count(array);
+  return count.mRest == 0 ? fmt::format("{}", count.mItems)
+                          : fmt::format("{} + {}", count.mItems, count.mRest);
+}
+
+std::string SizeText(std::uint64_t bytes) {
+  static constexpr const char* kUnits[] = {"KiB", "MiB", "GiB", "TiB"};
+  double size = static_cast<double>(bytes) / 1024;
+  std::size_t unit = 0;
+  for (; size >= 1024 && unit + 1 < std::size(kUnits); ++unit) size /= 1024;
+  return fmt::format("{:.1f} {}", size, kUnits[unit]);
 }
 
 std::string NumberText(double value, bool integer) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "ryxFixture.h"
@@ -14,6 +15,7 @@ using QovRyx::NumericArray;
 using QovRyx::Shape;
 using testing::HasSubstr;
 using testing::Not;
+using Tools::Json;
 
 class RyxLs : public RyxProgram {
  protected:
@@ -82,6 +84,61 @@ TEST_F(RyxLs, ShowsOddResultsAndLinks) {
   const Outcome outcome = Run({"ls", path});
   EXPECT_EQ(outcome.mStatus, 0) << outcome.mErr;
   ExpectGolden("ls_odd.txt", outcome.mOut);
+}
+
+TEST_F(RyxLs, FiltersKeepTheNodesAbove) {
+  ASSERT_EQ(Run({"sample", mDir / ""}).mStatus, 0);
+  const std::string path = mDir / "assembly.ryx";
+  const Outcome named = Run({"ls", path, "--name", "Post [34]", "--type", "geometry"});
+  EXPECT_EQ(named.mStatus, 0) << named.mErr;
+  const Outcome numbered = Run({"ls", "--node", "5", "--node", "84", path, "--no-results"});
+  const Outcome none = Run({"ls", path, "--name", "Post", "--json"});
+  ExpectGolden("ls_filters.txt", named.mOut + numbered.mOut);
+  EXPECT_EQ(ParseJson(none, "ls")["files"][0]["nodes"], Json::array());
+  const Outcome outcome = Run({"ls", path, "--type", "NodeSets", "--json"});
+  const Json nodes = ParseJson(outcome, "ls")["files"][0]["nodes"];
+  EXPECT_EQ(nodes.back()["sets"].size(), 2U);
+  EXPECT_FALSE(nodes.front().contains("attributes"));
+}
+
+TEST_F(RyxLs, WithoutResultsNoValuesAreRead) {
+  const std::string path = SaveModel(
+      "model.ryx", [](QovRyx::Tree& tree) { BuildOddResults(AddNode<Geometry>(tree, 1, "G")); });
+  std::string bytes = ReadFile(path);
+  for (std::size_t i = 2810; i < 2830; ++i) bytes[i] = 'x';
+  WriteFile(path, bytes);
+  EXPECT_EQ(Run({"ls", "--no-results", path}).mStatus, 0);
+  EXPECT_EQ(Run({"ls", "--node", "1", path}).mStatus, 0);
+  EXPECT_EQ(Run({"ls", "--node", "2", path}).mStatus, 2);
+}
+
+TEST_F(RyxLs, DocumentHoldsTheSame) {
+  const std::string path = SaveModel("odd.ryx", [](QovRyx::Tree& tree) {
+    Group& group = AddNode<Group>(tree, NodeTree::kRootId, "Top \\ \xFF\x9B");
+    group.mAttributes = {{"whole", 4.0}, {"tiny", 1e-30F}, {"nan", std::nanf("")}};
+    AddNode<Geometry>(tree, 2, "Values");
+    BuildOddResults(*QovRyx::AsGeometry(tree.GetNodes().GetReqNode(3)));
+    BuildOddLinks(AddNode<Geometry>(tree, 2, "Links"));
+    PutGroup(tree, 9, 99, 2);
+  });
+  const Outcome outcome = Run({"ls", "--json", path});
+  EXPECT_EQ(outcome.mStatus, 0) << outcome.mErr;
+  const Json nodes = ParseJson(outcome, "ls")["files"][0]["nodes"];
+  EXPECT_EQ(nodes[0]["name"], "Top \\\\ \\xFF\\x9B");
+  EXPECT_EQ(nodes[0]["attributes"]["nan"]["value"], "NaN");
+  const Json& results = nodes[1]["results"];
+  EXPECT_EQ(results[0]["name"], "Holes\x1ELC1");
+  EXPECT_EQ(results[0]["nan"], 2);
+  EXPECT_EQ(results[2]["minimum"], "-Infinity");
+  EXPECT_EQ(results[3]["rest"], 2);
+  EXPECT_EQ(results[5]["maximum"], 4294967295U);
+  EXPECT_EQ(results[6]["maximum"], 0.1);
+  const Json& links = nodes[2]["results"];
+  EXPECT_EQ(links[1]["link"], Json::parse(R"({"node": 4, "result": 0, "found": true,
+                                              "nodeName": "Links", "resultName": "To holes"})"));
+  EXPECT_EQ(links[5]["link"]["found"], false);
+  EXPECT_EQ(nodes[3]["astray"], true);
+  EXPECT_EQ(nodes.back()["missing"], true);
 }
 
 TEST_F(RyxLs, SendsNoByteOfANameThatCouldDoHarm) {

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <cmath>
+
+#include "Json.h"
 #include "Suggestion.h"
 #include "Terminal.h"
 #include "TextTable.h"
@@ -39,6 +42,25 @@ TEST(RyxEscape, TakesOnlyWellFormedUtf8ForText) {
   EXPECT_EQ(Escape("a\xE2\x82", kPipe), "a\\xE2\\x82");                  // cut off
   EXPECT_EQ(Escape("\xE2(\x82", kPipe), "\\xE2(\\x82");
   EXPECT_EQ(Escape(std::string("\0\x1F\x7F", 3), kUtf8Terminal), "\\x00\\x1F\\x7F");
+}
+
+TEST(RyxEscape, IsUndoneByUnescape) {
+  const std::vector<std::string> texts = {"Stress\x1ELC1", "Stress\\x1ELC1", "\u241E",        "\\",
+                                          "\\\\x41",       "\xFF\xC3(",      "\u00E4 \u20AC", ""};
+  for (const std::string& text : texts) {
+    for (const TextStyle& style : {kPipe, kUtf8Terminal, kAsciiTerminal}) {
+      EXPECT_EQ(Unescape(Escape(text, style)), text);
+    }
+  }
+  EXPECT_EQ(Unescape("C:\\temp \\x4 \\xG1"), "C:\\temp \\x4 \\xG1");
+}
+
+TEST(RyxJson, HoldsAnyTextAndAnyNumber) {
+  const Json document{{"name", JsonText("\x1E\\ \xFF\u00E4\x7F")},
+                      {"numbers", {JsonNumber(NAN), JsonNumber(-INFINITY), JsonFloat(0.1F)}}};
+  EXPECT_EQ(FormatJson(document),
+            "{\n  \"name\": \"\\u001e\\\\\\\\ \\\\xFF\\u00e4\\u007f\",\n"
+            "  \"numbers\": [\n    \"NaN\",\n    \"-Infinity\",\n    0.1\n  ]\n}");
 }
 
 TEST(RyxTextTable, KeepsColumnsInPlaceWhateverTheCellsHold) {

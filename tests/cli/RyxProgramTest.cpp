@@ -3,6 +3,7 @@
 namespace Qov::Test {
 namespace {
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -19,12 +20,14 @@ TEST_F(RyxCommandLine, HelpGoesToStandardOutputWhenAskedFor) {
   EXPECT_EQ(general.mStatus, 0);
   EXPECT_THAT(general.mOut, HasSubstr("Usage: ryx [OPTIONS]"));
   EXPECT_EQ(Run({"--version"}).mOut, "ryx 1.0.0\n");
-  for (const std::string name : {"ls", "sample"}) {
+  std::istringstream words(Run({"__complete", ""}).mOut);
+  for (std::string name; std::getline(words, name);) {
+    if (name.starts_with('-')) continue;
     EXPECT_THAT(general.mOut, HasSubstr("\n  " + name + " "));
     const Outcome help = Run({name, "--help"});
     EXPECT_EQ(help.mStatus, 0);
     EXPECT_THAT(help.mOut, HasSubstr("Usage: ryx " + name));
-    EXPECT_THAT(help.mOut, HasSubstr("\nExample: ryx " + name + " "));
+    EXPECT_THAT(help.mOut, ContainsRegex("\nExamples?: ryx " + name + " "));
   }
 }
 
@@ -54,6 +57,35 @@ TEST_F(RyxCommandLine, MisuseIsExplainedOnStandardError) {
   EXPECT_EQ(bare.mStatus, 2);
   EXPECT_EQ(bare.mOut, "");
   EXPECT_THAT(bare.mErr, HasSubstr("Subcommands:"));
+}
+
+TEST_F(RyxCommandLine, ShellsLearnTheWordsFromTheProgram) {
+  struct Case {
+    std::string mTyped;
+    std::vector<std::string> mWords;
+  };
+  const std::vector<Case> cases = {
+      {"ryx in", {"info"}},
+      {"ryx --ver", {"--version"}},
+      {"ryx ls --n", {"--no-results", "--node", "--name"}},
+      {"ryx ls --type Ge", {"Geometry"}},
+      {"ryx dump x.ryx --format = n", {"npy"}},
+      {"ryx dump x.ryx -o \"\"", {}},
+      {"ryx info pla", {}},
+      {"ryx nonsense --", {}},
+  };
+  for (const Case& line : cases) {
+    const Outcome outcome = RunProgram(
+        {"/bin/bash", "-c",
+         "source " RYX_COMPLETION "; PATH=$(dirname " RYX_PROGRAM "):$PATH; COMP_WORDS=(" +
+             line.mTyped +
+             "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _ryx; printf '%s\\n' \"${COMPREPLY[@]}\""},
+        {});
+    std::string expected;
+    for (const std::string& word : line.mWords) expected += word + "\n";
+    EXPECT_EQ(outcome.mOut, expected.empty() ? "\n" : expected) << line.mTyped;
+    EXPECT_EQ(outcome.mErr, "");
+  }
 }
 
 TEST_F(RyxCommandLine, ClosedPipeEndsQuietlyAndAFullDiskDoesNot) {

@@ -6,6 +6,7 @@
 #include "ryxFixture.h"
 #include "sample/Fields.h"
 #include "sample/Plate.h"
+#include "sample/Solids.h"
 #include "support/Streams.h"
 
 namespace Qov::Test {
@@ -98,6 +99,64 @@ TEST_F(RyxSample, AssemblyHoldsWhatAMergeHasToCopeWith) {
   EXPECT_EQ(numLinked, 55U);
   EXPECT_EQ(numUnsigned, 10U);
   EXPECT_GT(numNaN, 100U);
+}
+
+TEST_F(RyxSample, GrowsAsAsked) {
+  const std::string folder = mDir / "grown";
+  const Outcome outcome = Run({"sample", folder, "--size", "3", "--parts", "3", "--steps", "2"});
+  ASSERT_EQ(outcome.mStatus, 0) << outcome.mErr;
+  EXPECT_EQ(outcome.mOut, folder + "/run1.ryx\n" + folder + "/run2.ryx\n");
+  ASSERT_EQ(Run({"sample", mDir / "again", "--size", "3", "--parts", "3"}).mStatus, 0);
+  EXPECT_EQ(FilesIn(mDir / "again").size(), 12U);
+  EXPECT_EQ(ReadStreams(folder + "/run2.ryx")["Heavy Data"],
+            ReadStreams(mDir / "again/run2.ryx")["Heavy Data"]);
+  EXPECT_NE(ReadStreams(folder + "/run1.ryx")["Heavy Data"],
+            ReadStreams(folder + "/run2.ryx")["Heavy Data"]);
+
+  ASSERT_EQ(Run({"sample", folder, "--cases", "2", "--steps", "1"}).mStatus, 0);
+  QovRyx::Tree tree(false);
+  LoadTree(tree, folder + "/run1.ryx");
+  std::vector<std::string> names;
+  QovRyx::ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const Geometry& geometry) {
+    EXPECT_EQ(geometry.GetVariables().size(), 5 + 2 * 4U);
+    names.push_back(geometry.GetVariables().back().mName);
+  });
+  EXPECT_EQ(names, std::vector<std::string>(2, Barred("Temperature|LC2")));
+
+  for (const std::string size : {"0", "-1", "many"}) {
+    EXPECT_EQ(Run({"sample", folder, "--size", size}).mStatus, 2) << size;
+  }
+  const Outcome tooMany = Run({"sample", folder, "--size", "1000", "--steps", "1"});
+  EXPECT_EQ(tooMany.mStatus, 2);
+  EXPECT_THAT(tooMany.mErr, HasSubstr("cannot all have an id"));
+}
+
+/// The tetrahedra of a part fill the block that its hexahedra would fill, none of them inside out.
+TEST(RyxSampleSolids, TetrahedraFillTheBlock) {
+  constexpr std::size_t kSize = 3;
+  QovRyx::Tree tree(false);
+  Tools::BuildSolids(tree, {kSize, 2, 0}, 1);
+  const auto& variables = QovRyx::AsGeometry(tree.GetNodes().GetReqNode(7))->GetVariables();
+  std::vector<float> at;
+  variables[0].mValues.GetValues(at);
+  std::vector<std::uint32_t> corners;
+  variables[1].mValues.GetValues(corners);
+  ASSERT_EQ(corners.size(), 4 * 5 * kSize * kSize * kSize);
+  double volume = 0.0;
+  for (std::size_t i = 0; i < corners.size(); i += 4) {
+    const auto edge = [&](std::size_t corner, std::size_t axis) {
+      return at[3 * corners[i + corner] + axis] - at[3 * corners[i] + axis];
+    };
+    double six = 0.0;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      const std::size_t next = (axis + 1) % 3;
+      const std::size_t last = (axis + 2) % 3;
+      six += edge(1, axis) * (edge(2, next) * edge(3, last) - edge(2, last) * edge(3, next));
+    }
+    EXPECT_GT(six, 0.0) << i / 4;
+    volume += six / 6;
+  }
+  EXPECT_NEAR(volume, std::pow(2.5 * kSize, 3), 1e-3);
 }
 
 /// Checks the closed solutions against each other: the stress that belongs to the change of the

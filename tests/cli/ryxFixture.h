@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "JsonShape.h"
 #include "RunProgram.h"
 #include "support/ModelBuilder.h"
 
@@ -27,6 +28,13 @@ class RyxProgram : public testing::Test {
     build(tree);
     SaveTree(tree, mDir / name);
     return mDir / name;
+  }
+
+  /// The document on standard output, checked against the page that describes it.
+  static Tools::Json ParseJson(const Outcome& outcome, const std::string& command) {
+    const Tools::Json document = Tools::Json::parse(outcome.mOut, nullptr, false);
+    EXPECT_EQ(JsonShape(command).Check(document), "") << outcome.mOut << outcome.mErr;
+    return document;
   }
 
   /// The text without what differs from run to run.

@@ -8,16 +8,17 @@
 
 namespace Qov::Tools {
 
-/// Quadrilaterals over points.
+/// Elements of one kind over points: quadrilaterals unless something else is said.
 struct Mesh {
   std::vector<QovRyx::Vector3> mPoints;
-  /// Positions of points, four a quadrilateral.
+  /// Positions of points, mNumCorners an element.
   std::vector<std::uint32_t> mCorners;
+  std::uint32_t mNumCorners = 4;
   /// The ids of points and elements count up from these.
   std::uint32_t mFirstNodeId = 1;
   std::uint32_t mFirstElementId = 1;
 
-  std::size_t GetNumElements() const { return mCorners.size() / 4; }
+  std::size_t GetNumElements() const { return mCorners.size() / mNumCorners; }
 };
 
 /// What a point's place decides.

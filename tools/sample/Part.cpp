@@ -67,7 +67,7 @@ std::unique_ptr<Geometry> MakeGeometry(const std::string& name, const Mesh& mesh
   };
   add(kMeshArrays[0], Coordinates(mesh), 3);
   add(kMeshArrays[1], mesh.mCorners, 1);
-  add(kMeshArrays[2], std::vector<std::uint32_t>(numElements, 4), 1);
+  add(kMeshArrays[2], std::vector<std::uint32_t>(numElements, mesh.mNumCorners), 1);
   add(kMeshArrays[3], CountUp(mesh.mFirstNodeId, mesh.mPoints.size()), 1);
   add(kMeshArrays[4], CountUp(mesh.mFirstElementId, numElements), 1);
   return geometry;

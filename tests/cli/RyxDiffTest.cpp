@@ -1,0 +1,315 @@
+#include <bit>
+#include <filesystem>
+#include <functional>
+#include <limits>
+
+#include "Qov/Ryx/StreamNames.h"
+#include "diff/ModelDiff.h"
+#include "ryxFixture.h"
+#include "support/Errors.h"
+#include "support/RandomModel.h"
+#include "support/SharedModels.h"
+#include "support/Streams.h"
+
+namespace Qov::Test {
+namespace {
+
+using QovRyx::Geometry;
+using QovRyx::Group;
+using QovRyx::NodeSets;
+using QovRyx::NumericArray;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Tools::DiffOptions;
+using Tools::ModelDifference;
+using Tree = QovRyx::Tree;
+
+class RyxDiff : public RyxProgram {
+ protected:
+  using Build = std::function<void(Tree&)>;
+
+  /// What differs, as "code path result: text".
+  static std::vector<std::string> Describe(const Tools::DiffReport& report) {
+    std::vector<std::string> texts;
+    for (const ModelDifference& found : report.mDifferences) {
+      std::string text = found.mCode;
+      for (const std::string& name : found.mPath) text += "/" + name;
+      texts.push_back(text + " " + Unbarred(found.mResult) + ": " + found.mText);
+    }
+    return texts;
+  }
+  static std::vector<std::string> DiffFiles(const std::string& a, const std::string& b,
+                                            const DiffOptions& options) {
+    Tree treeA(false);
+    Tree treeB(false);
+    LoadTree(treeA, a);
+    LoadTree(treeB, b);
+    return Describe(Tools::DiffModels(treeA, treeB, options));
+  }
+  static Tools::DiffReport DiffInMemory(const Build& buildA, const Build& buildB) {
+    Tree treeA(false);
+    Tree treeB(false);
+    buildA(treeA);
+    buildB(treeB);
+    return Tools::DiffModels(treeA, treeB, {});
+  }
+  std::vector<std::string> Diff(const Build& buildA, const Build& buildB,
+                                DiffOptions options = {}) const {
+    options.mIgnored.insert("history");
+    return DiffFiles(SaveModel("a.ryx", buildA), SaveModel("b.ryx", buildB), options);
+  }
+
+  static void Plate(Tree& tree) {
+    BuildPlate(tree, {"Stress|LC1", "Stress|LC2", "Stress|LC1"}, 1);
+    AddViewPointPath(tree, "walk", 2);
+  }
+  /// The plate with a change.
+  static Build Changed(const std::function<void(Tree&)>& change) {
+    return [change](Tree& tree) {
+      Plate(tree);
+      change(tree);
+    };
+  }
+  template <class T>
+  static T& Content(Tree& tree, std::uint32_t id) {
+    return dynamic_cast<T&>(*tree.GetNodes().GetReqNode(id).mData);
+  }
+  static Geometry& Mesh(Tree& tree) { return Content<Geometry>(tree, PlateIds::kGeometry); }
+
+  /// Two models of one result each, with these values.
+  std::vector<std::string> DiffValues(const std::vector<float>& a, const std::vector<float>& b,
+                                      const DiffOptions& options) const {
+    const auto build = [](const std::vector<float>& values) {
+      return [&values](Tree& tree) {
+        AddNode<Geometry>(tree, 1, "G")
+            .AppendVariable(MakeVariable("R|LC1", 12, NumericArray::Of(values, 2)));
+      };
+    };
+    return Diff(build(a), build(b), options);
+  }
+};
+
+TEST_F(RyxDiff, FindsNothingBetweenAModelAndItself) {
+  ASSERT_EQ(Run({"sample", mDir / ""}).mStatus, 0);
+  for (const char* name : {"plate.ryx", "assembly.ryx", "steps/run3.ryx"}) {
+    EXPECT_THAT(DiffFiles(mDir / name, mDir / name, {}), IsEmpty()) << name;
+  }
+  for (std::uint32_t seed = 0; seed < 60; ++seed) {
+    const auto build = [seed](Tree& tree) { RandomModel(seed).Fill(tree); };
+    EXPECT_THAT(Diff(build, build), IsEmpty()) << seed;
+  }
+  const Outcome views = Run({"diff", mDir / "plate.vpt", mDir / "plate.vpt"});
+  EXPECT_EQ(views.mStatus, 0);
+  EXPECT_THAT(views.mOut, HasSubstr("\nno differences\n"));
+}
+
+TEST_F(RyxDiff, FindsNothingBetweenASharedModelAndItself) {
+  if (!std::filesystem::is_directory(SharedModelsDir())) GTEST_SKIP() << "no shared models";
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(SharedModelsDir())) {
+    if (entry.path().extension() != ".ryx") continue;
+    EXPECT_THAT(DiffFiles(entry.path(), entry.path(), {}), IsEmpty()) << entry.path();
+  }
+}
+
+TEST_F(RyxDiff, FindsEachChangeAndIgnoresItIfAsked) {
+  struct Case {
+    const char* mIgnore;
+    const char* mExpected;
+    std::function<void(Tree&)> mChange;
+  };
+  const std::vector<Case> cases = {
+      {"groups", "group/Plate : the group differs: scale",
+       [](Tree& t) { Content<Group>(t, PlateIds::kGroup).mScale[1] = -1.0F; }},
+      {"attributes", "attributes/Plate : 2 attributes differ: mass (its type), new (only in B)",
+       [](Tree& t) {
+         auto& attributes = Content<Group>(t, PlateIds::kGroup).mAttributes;
+         attributes["mass"] = 4.25F;
+         attributes["new"] = 1U;
+       }},
+      {"materials", "material/Plate/Skin : the material differs: colour2, mode",
+       [](Tree& t) {
+         auto& values = Content<QovRyx::Shape>(t, PlateIds::kShape).mMaterial.mValues;
+         values.mColour2.mG = 1.0F;
+         values.mMode = 2;
+       }},
+      {"", "kind/Plate/Skin/Skin Stress|LC2: kind 12 and 5:12",
+       [](Tree& t) { Mesh(t).EditVariable(3).mKindHighByte = 5; }},
+      {"flags", "flags/Plate/Skin/Skin Stress|LC2: the carried flags and values differ",
+       [](Tree& t) { Mesh(t).EditVariable(3).mValue2 = 5; }},
+      {"attributes", "attributes/Plate/Skin/Skin Stress|LC2: 1 attribute differs: load (its value)",
+       [](Tree& t) { Mesh(t).EditVariable(3).mAttributes["load"] = 9.0F; }},
+      {"", "count/Plate/Skin/Skin Stress|LC2: 40 and 39 items",
+       [](Tree& t) { Mesh(t).EditVariable(3).mValues = NumericArray::Of(Ramp(39, 101)); }},
+      {"", "width/Plate/Skin/Skin Stress|LC2: width 1 and 2",
+       [](Tree& t) { Mesh(t).EditVariable(3).mValues = NumericArray::Of(Ramp(40, 101), 2); }},
+      {"values",
+       "values/Plate/Skin/Skin Stress|LC1: 1 of 40 values differ, most at item 5: 103.5 and 7.0",
+       [](Tree& t) {
+         std::vector<float> values = Ramp(40, 101);
+         values[5] = 7.0F;
+         Mesh(t).EditVariable(4).mValues = NumericArray::Of(values);
+       }},
+      {"values",
+       "values/Plate/Skin/Skin Connectivity: 40 of 40 values differ, most at item 0: 1 and 2",
+       [](Tree& t) { Mesh(t).EditVariable(1).mValues = NumericArray::Of(Count(40, 2)); }},
+      {"links", "link/Plate/Skin/Skin Stress|LC2: not linked in A, linked to node 4, result 2 in B",
+       [](Tree& t) {
+         Mesh(t).EditVariable(3).mLinked = true;
+         Mesh(t).EditVariable(3).mLink = {PlateIds::kGeometry, 2};
+         Mesh(t).EditVariable(3).mValues = NumericArray();
+       }},
+      {"", "only-in-b/Plate/Skin/Skin Stress|LC2: only in B",
+       [](Tree& t) { Mesh(t).AppendVariable(Mesh(t).GetVariables()[3]); }},
+      {"", "only-in-b/Plate[2] : only in B, with 3 nodes beneath it",
+       [](Tree& t) {
+         AddNode<Group>(t, 1, "Plate");
+         for (std::uint32_t id = 6; id < 9; ++id) AddNode<Group>(t, id, "Deeper");
+       }},
+      {"node-sets", "node-set/Plate/Sets : set right: the values differ from position 1 on",
+       [](Tree& t) {
+         auto& sets = Content<NodeSets>(t, PlateIds::kSets);
+         sets.SetSets({{"left", Count(5, 1)}, {"none", {}}, {"right", {21, 99, 23}}});
+       }},
+      {"views", "views : path walk, view 2 differs: viewState.miscState.text2",
+       [](Tree& t) { t.GetViewPointPaths()[0].mViewPoints[1].mViewState.mMiscState.mText2 = "x"; }},
+      {"views", "only-in-b : path walk: only in B",
+       [](Tree& t) { AddViewPointPath(t, "walk", 0); }},
+      {"views", "sequencer : sequencer differs: name",
+       [](Tree& t) { t.GetSequencerData().mName = "show"; }},
+  };
+  for (const Case& change : cases) {
+    EXPECT_THAT(Diff(Plate, Changed(change.mChange)), ElementsAre(change.mExpected));
+    DiffOptions options;
+    options.mIgnored = {change.mIgnore};
+    if (*change.mIgnore == '\0') continue;
+    EXPECT_THAT(Diff(Plate, Changed(change.mChange), options), IsEmpty()) << change.mExpected;
+  }
+}
+
+TEST_F(RyxDiff, SeesOrderOnlyWhereAsked) {
+  const auto groups = [](const std::vector<const char*>& names) {
+    return [names](Tree& tree) {
+      for (const char* name : names) {
+        AddNode<Geometry>(tree, 1, name)
+            .AppendVariable(MakeVariable(name, 12, NumericArray::Of(Ramp(3, 0))));
+      }
+    };
+  };
+  DiffOptions anyOrder;
+  anyOrder.mIgnored = {"order"};
+  EXPECT_THAT(Diff(groups({"A", "B", "C"}), groups({"C", "A", "B"})),
+              ElementsAre("order : the order of the nodes beneath it differs"));
+  EXPECT_THAT(Diff(groups({"A", "B", "C"}), groups({"C", "A", "B"}), anyOrder), IsEmpty());
+}
+
+TEST_F(RyxDiff, ComparesValuesBitForBitUnlessToldOtherwise) {
+  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  const float otherNaN = std::bit_cast<float>(0x7FC00001U);
+  const float above = std::nextafter(std::nextafter(2.0F, 3.0F), 3.0F);
+  const auto with = [](const Tools::Tolerance& tolerance) {
+    DiffOptions options;
+    options.mTolerances.SetDefault(tolerance);
+    return options;
+  };
+  EXPECT_THAT(DiffValues({kNaN, 0.0F}, {otherNaN, -0.0F}, {}),
+              ElementsAre("values/G R|LC1: 2 of 2 values differ, most at item 0, component 0: "
+                          "NaN (0x7FC00000) and NaN (0x7FC00001)"));
+  EXPECT_THAT(DiffValues({kNaN, 0.0F}, {otherNaN, -0.0F}, with({})), IsEmpty());
+  EXPECT_THAT(DiffValues({1.0F, 2.0F, 3.0F}, {1.5F, kNaN, 9.0F}, with({0.5, 0, 0})),
+              ElementsAre("values/G R|LC1: 2 of 3 values differ, most at item 0, component 1: "
+                          "2.0 and NaN (0x7FC00000)"));
+  EXPECT_THAT(DiffValues({100.0F, -1.0F}, {101.0F, -1.02F}, with({0, 0.01, 0})),
+              ElementsAre(HasSubstr("1 of 2 values differ, most at item 0, component 1")));
+  EXPECT_THAT(DiffValues({2.0F}, {above}, with({0, 0, 2})), IsEmpty());
+  EXPECT_THAT(DiffValues({2.0F}, {above}, with({0, 0, 1})), testing::SizeIs(1));
+  EXPECT_THAT(DiffValues({1e-45F}, {-1e-45F}, with({0, 0, 2})), IsEmpty());
+  EXPECT_THAT(DiffValues({kInfinity, std::numeric_limits<float>::max()}, {kInfinity, kInfinity},
+                         with({1e30, 0.5, 9})),
+              testing::SizeIs(1));
+}
+
+TEST_F(RyxDiff, TakesTheLastToleranceWhosePatternFits) {
+  DiffOptions options;
+  options.mTolerances.SetDefault({5.0, 0, 0});
+  options.mTolerances.Add(Tools::ParseNamedTolerance("R*:abs=0.25,ulp=3"));
+  EXPECT_THAT(DiffValues({1.0F}, {2.0F}, options), testing::SizeIs(1));
+  options.mTolerances.Add(Tools::ParseNamedTolerance("R\\x1ELC?:abs=1"));
+  EXPECT_THAT(DiffValues({1.0F}, {2.0F}, options), IsEmpty());
+  for (const char* wrong :
+       {"R", "R:", ":abs=1", "R:abs=", "R:abs=x", "R:abs=-1", "R:abs=1,", "R:ulp=1.5"}) {
+    ExpectError(ErrorType::MiscellaneousError, "should look like",
+                [wrong] { Tools::ParseNamedTolerance(wrong); });
+  }
+}
+
+TEST_F(RyxDiff, CountsWhatCannotBeComparedAsDifferent) {
+  const std::string path = SaveModel("a.ryx", Plate);
+  std::string bytes = ReadFile(path);
+  bytes[2900] = static_cast<char>(~bytes[2900]);  // in the heavy data
+  WriteFile(mDir / "b.ryx", bytes);
+  const auto found = DiffFiles(path, mDir / "b.ryx", {});
+  EXPECT_THAT(found, testing::Each(testing::StartsWith("unreadable/Plate/S")));
+  EXPECT_THAT(found, testing::SizeIs(5));  // the connectivity lies before the damage
+}
+
+TEST_F(RyxDiff, TakesTimeInProportionForVeryDifferentTrees) {
+  constexpr std::uint32_t kMany = 20000;
+  const auto wide = [](const char* prefix) {
+    return [prefix](Tree& tree) {
+      for (std::uint32_t i = 0; i < kMany; ++i) {
+        AddNode<Group>(tree, 1, (i % 2 == 0 ? "Same" : prefix) + std::to_string(i / 8));
+      }
+    };
+  };
+  EXPECT_EQ(Describe(DiffInMemory(wide("A"), wide("B"))).size(), kMany);
+  const auto deep = [](float scale) {
+    return [scale](Tree& tree) {
+      for (std::uint32_t i = 1; i < kMany; ++i) AddNode<Group>(tree, i, "G").mScale[0] = scale;
+    };
+  };
+  EXPECT_EQ(Describe(DiffInMemory(deep(1), deep(2))).size(), kMany - 1);
+}
+
+TEST_F(RyxDiff, TellsDifferencesAsTextAndJson) {
+  const std::string a = SaveModel("a.ryx", Plate);
+  const std::string b =
+      SaveModel("b.ryx", Changed([](Tree& tree) {
+                  Mesh(tree).EditVariable(0).mValues = NumericArray::Of(Ramp(120, 2), 3);
+                  Mesh(tree).RenameVariable(3, "evil\033[2J");
+                  AddNode<Group>(tree, PlateIds::kGroup, "New").mAttributes["x"] = 1U;
+                }));
+  const Outcome text = Run({"diff", "--ignore", "history,views", a, b});
+  EXPECT_EQ(text.mStatus, 1);
+  EXPECT_EQ(text.mErr, "");
+  ExpectGolden("diff.txt", text.mOut);
+
+  const Outcome json = Run({"diff", "--json", "--ignore", "history", a, b});
+  EXPECT_EQ(json.mStatus, 1);
+  const Tools::Json document = ParseJson(json, "diff");
+  EXPECT_EQ(document["differences"].size(), 4U);
+  const Tools::Json values = document["differences"][1]["values"];
+  EXPECT_EQ(values, Tools::Json::parse(R"({"count": 120, "differing": 120, "largest": 1.0,
+                                           "position": 0, "a": 1.0, "b": 2.0})"));
+  EXPECT_EQ(Run({"diff", "--ignore=history", "--abs", "1", a, a}).mStatus, 0);
+}
+
+TEST_F(RyxDiff, RefusesWhatMakesNoSense) {
+  const std::string a = SaveModel("a.ryx", Plate);
+  const Outcome missing = Run({"diff", "--json", a, mDir / "none"});
+  EXPECT_EQ(missing.mStatus, 2);
+  EXPECT_EQ(ParseJson(missing, "diff")["trouble"].size(), 1U);
+  EXPECT_EQ(Normalized(missing.mErr), "ryx diff: none: Unable to open file \"none\"\n");
+  for (const auto& wrong : {std::vector<std::string>{"--ignore", "everything"},
+                            {"--tolerance", "R:abs"},
+                            {"--abs", "-1"},
+                            {"--ulp", "x"}}) {
+    const Outcome outcome = Run({"diff", wrong[0], wrong[1], a, a});
+    EXPECT_EQ(outcome.mStatus, 2) << wrong[0];
+    EXPECT_THAT(outcome.mErr, HasSubstr(wrong[0])) << outcome.mErr;
+  }
+}
+
+}  // namespace
+}  // namespace Qov::Test

@@ -1,0 +1,146 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "ErrorText.h"
+#include "Json.h"
+#include "ModelInput.h"
+#include "diff/DiffReporting.h"
+#include "diff/ModelDiff.h"
+
+namespace Qov::Tools {
+namespace {
+
+constexpr const char* kFooter =
+    "Nodes are matched by their path, results by their name; the second of two equal names is\n"
+    "marked [2]. Without a tolerance values are compared bit for bit, with one two floats are the\n"
+    "same if they are within one of its limits, and a NaN is the same as any other; integers are\n"
+    "always compared exactly. --tolerance is for the results whose names, as ryx shows them in a\n"
+    "pipe, fit PATTERN, which may hold * and ?; the last one that fits counts.\n"
+    "WHAT is one or more of attributes, flags, groups, history, links, materials, node-sets,\n"
+    "order, values, version, views, with commas between.\n"
+    "Exit status: 0 the same, 1 different, 2 a file cannot be read.\n"
+    "\n"
+    "Example: ryx diff --ignore history --rel 1e-6 --tolerance 'Stress*:abs=0.5' a.ryx b.ryx";
+
+class DiffCommand : public Command {
+ public:
+  const char* GetName() const override { return "diff"; }
+  const char* GetSummary() const override { return "Show what differs between two models"; }
+  const char* GetFooter() const override { return kFooter; }
+  void Declare(CLI::App& app) override;
+  int Run(Output& output, Output& errors) override;
+
+ private:
+  DiffOptions MakeOptions() const;
+  Json MakeDocument(const DiffReport& report, const Json& trouble) const;
+
+  std::string mPathA;
+  std::string mPathB;
+  bool mJson = false;
+  CLI::Option* mAbsoluteOption = nullptr;
+  CLI::Option* mRelativeOption = nullptr;
+  CLI::Option* mUlpOption = nullptr;
+  Tolerance mDefault;
+  std::vector<std::string> mNamed;
+  std::vector<std::string> mIgnored;
+};
+
+/// The text of what is wrong with it, or an empty string, as the parser of arguments wants it.
+std::string ValidateTolerance(const std::string& text) {
+  try {
+    ParseNamedTolerance(text);
+  } catch (const std::exception& error) {
+    return DescribeError(error, {});
+  }
+  return "";
+}
+
+void DiffCommand::Declare(CLI::App& app) {
+  app.add_option("A", mPathA, "A model or view-point file")->required();
+  app.add_option("B", mPathB, "Another one")->required();
+  app.add_flag("--json", mJson, "Print one JSON document");
+  mAbsoluteOption = app.add_option("--abs", mDefault.mAbsolute, "How far floats may be apart")
+                        ->check(CLI::NonNegativeNumber);
+  mRelativeOption =
+      app.add_option("--rel", mDefault.mRelative, "The same, as a part of the larger one")
+          ->check(CLI::NonNegativeNumber);
+  mUlpOption = app.add_option("--ulp", mDefault.mUlps, "The same, in steps between floats")
+                   ->check(CLI::NonNegativeNumber);
+  app.add_option("--tolerance", mNamed, "PATTERN:abs=X,rel=X,ulp=N, for some results; repeatable")
+      ->check(ValidateTolerance, "")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->type_name("TEXT");
+  app.add_option("--ignore", mIgnored, "What not to compare")
+      ->check(CLI::IsMember(std::vector<std::string>(std::begin(kIgnorable), std::end(kIgnorable)))
+                  .description(""))
+      ->delimiter(',')
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->type_name("WHAT");
+}
+
+DiffOptions DiffCommand::MakeOptions() const {
+  DiffOptions options;
+  if (mAbsoluteOption->count() + mRelativeOption->count() + mUlpOption->count() != 0) {
+    options.mTolerances.SetDefault(mDefault);
+  }
+  for (const std::string& text : mNamed) options.mTolerances.Add(ParseNamedTolerance(text));
+  options.mIgnored = {mIgnored.begin(), mIgnored.end()};
+  return options;
+}
+
+/// Loads a file. Returns why it cannot be read, or an empty string.
+std::string Load(const std::string& path, QovRyx::Tree& tree, Output& errors) {
+  std::string trouble = LoadWhatCanBeRead(path, tree, errors.GetStyle());
+  if (!trouble.empty()) {
+    errors.Line(fmt::format("ryx diff: {}: {}", Escape(path, errors.GetStyle()), trouble));
+  }
+  return trouble;
+}
+
+int DiffCommand::Run(Output& output, Output& errors) {
+  QovRyx::Tree a(false);
+  QovRyx::Tree b(false);
+  Json trouble = Json::object();
+  const std::string troubleA = Load(mPathA, a, errors);
+  const std::string troubleB = Load(mPathB, b, errors);
+  if (!troubleA.empty()) trouble["a"] = troubleA;
+  if (!troubleB.empty()) trouble["b"] = troubleB;
+  DiffReport report;
+  if (trouble.empty()) report = DiffModels(a, b, MakeOptions());
+  if (mJson) {
+    output.Line(FormatJson(MakeDocument(report, trouble)));
+  } else if (trouble.empty()) {
+    output.Line("A: " + Escape(mPathA, output.GetStyle()));
+    output.Line("B: " + Escape(mPathB, output.GetStyle()));
+    PrintReport(report, output);
+  }
+  if (!trouble.empty()) return kTrouble;
+  return report.mDifferences.empty() ? kSuccess : kFindings;
+}
+
+Json DiffCommand::MakeDocument(const DiffReport& report, const Json& trouble) const {
+  Json document = MakeJsonDocument(GetName());
+  document["a"] = JsonText(mPathA);
+  document["b"] = JsonText(mPathB);
+  if (!trouble.empty()) {
+    document["trouble"] = trouble;
+    return document;
+  }
+  document["ignored"] = mIgnored;
+  AddJson(report, document);
+  return document;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeDiffCommand() { return std::make_unique<DiffCommand>(); }
+
+}  // namespace Qov::Tools

@@ -1,0 +1,258 @@
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "ModelInput.h"
+#include "ModelStatistics.h"
+#include "Qov/Util/Raise.h"
+#include "ResultLink.h"
+#include "dump/Choice.h"
+#include "dump/StateDump.h"
+#include "dump/StreamDump.h"
+#include "dump/ValueDump.h"
+
+namespace Qov::Tools {
+namespace {
+
+constexpr const char* kFooter =
+    "NODE is an id or a name, RESULT a position (from 0) or a name, both as \"ryx ls\" shows "
+    "them:\n"
+    "the separator in front of a load case is written \\x1E. Floats are printed as the shortest\n"
+    "numbers that read back as they are.\n"
+    "\n"
+    "Example: ryx dump plate.ryx Skin 'Stress\\x1ELC1' --format csv -o stress.csv\n"
+    "         ryx dump plate.ryx Skin 0 --format npy > points.npy\n"
+    "         ryx dump plate.vpt --view-point Front --format json\n"
+    "         ryx dump plate.ryx --stream \"Heavy Data\" --blocks";
+
+using ErrorType = Util::Exception::ErrorType;
+
+[[noreturn]] void Raise(ErrorType type, const std::string& text) {
+  Util::Raise("tools/Dump", type, text);
+}
+
+enum class DumpFormat { kText, kCsv, kJson, kNpy };
+
+class DumpCommand : public Command {
+ public:
+  const char* GetName() const override { return "dump"; }
+  const char* GetSummary() const override {
+    return "Print one result's values, or another part of a file";
+  }
+  const char* GetFooter() const override { return kFooter; }
+  void Declare(CLI::App& app) override;
+  int Run(Output& output, Output& errors) override;
+
+ private:
+  void CheckChoice() const;
+  DumpFormat GetFormat() const;
+  std::optional<Json> StartDocument() const;
+  void RefuseFormats(const char* what) const;
+  void RefuseTerminal(const Output& output) const;
+  int Show(Output& output, Output& errors) const;
+  void ShowModel(const QovRyx::Tree& tree, Output& output) const;
+  void ShowState(const QovRyx::Tree& tree, Output& output) const;
+  void ShowValues(const QovRyx::Tree& tree, Output& output) const;
+
+  std::string mPath;
+  std::optional<std::string> mNode;
+  std::optional<std::string> mResult;
+  std::string mFormat = "text";
+  std::string mOutputPath;
+  std::optional<std::string> mView;
+  bool mSequencer = false;
+  bool mHistory = false;
+  std::optional<std::string> mMaterial;
+  std::optional<std::string> mAttributes;
+  std::optional<std::string> mSets;
+  std::optional<std::string> mStream;
+  bool mBlocks = false;
+};
+
+void DumpCommand::Declare(CLI::App& app) {
+  app.add_option("FILE", mPath, "Model or view-point file")->required();
+  app.add_option("NODE", mNode, "A geometry");
+  app.add_option("RESULT", mResult, "Its result whose values are wanted");
+  app.add_option("--view-point", mView, "A view, by name or number; 0 is the current one")
+      ->type_name("VIEW");
+  app.add_flag("--sequencer", mSequencer, "The sequencer");
+  app.add_flag("--history", mHistory, "The programs that wrote the file, oldest first");
+  app.add_option("--material", mMaterial, "The material of a shape")->type_name("NODE");
+  app.add_option("--attributes", mAttributes, "Those of a group or of a geometry's results")
+      ->type_name("NODE");
+  app.add_option("--node-set", mSets, "Node sets, or one of them")->type_name("NODE[:SET]");
+  app.add_option("--stream", mStream, "The uncompressed bytes of a stream")->type_name("NAME");
+  app.add_flag("--blocks", mBlocks, "The block table of the file, or of the --stream");
+  app.add_option("--format", mFormat, "How to write it; csv and npy are for results")
+      ->check(CLI::IsMember({"text", "csv", "json", "npy"}));
+  app.add_option("-o,--output", mOutputPath, "Where to write it, instead of standard output")
+      ->type_name("FILE");
+}
+
+void DumpCommand::CheckChoice() const {
+  const int numChosen = (mNode ? 1 : 0) + (mView ? 1 : 0) + (mSequencer ? 1 : 0) +
+                        (mHistory ? 1 : 0) + (mMaterial ? 1 : 0) + (mAttributes ? 1 : 0) +
+                        (mSets ? 1 : 0) + (mStream || mBlocks ? 1 : 0);
+  if (mNode && !mResult) Raise(ErrorType::InvalidMethod, "say which RESULT of the node");
+  if (numChosen == 1) return;
+  Raise(ErrorType::InvalidMethod,
+        "say one thing to print: NODE and RESULT, --view-point, --sequencer, --history, "
+        "--material, --attributes, --node-set, --stream or --blocks");
+}
+
+DumpFormat DumpCommand::GetFormat() const {
+  if (mFormat == "csv") return DumpFormat::kCsv;
+  if (mFormat == "json") return DumpFormat::kJson;
+  return mFormat == "npy" ? DumpFormat::kNpy : DumpFormat::kText;
+}
+
+std::optional<Json> DumpCommand::StartDocument() const {
+  if (GetFormat() != DumpFormat::kJson) return std::nullopt;
+  Json document = MakeJsonDocument(GetName());
+  document["path"] = JsonText(mPath);
+  return document;
+}
+
+void DumpCommand::RefuseFormats(const char* what) const {
+  if (GetFormat() == DumpFormat::kText || GetFormat() == DumpFormat::kJson) return;
+  Raise(ErrorType::FormatNotSupported, fmt::format("{} cannot be written as {}", what, mFormat));
+}
+
+void DumpCommand::RefuseTerminal(const Output& output) const {
+  if (!output.GetStyle().mTerminal) return;
+  Raise(ErrorType::WriteError, "raw bytes are not for a terminal: use -o FILE or a pipe");
+}
+
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+bool AreSame(const std::string& left, const std::string& right) {
+  struct stat a {};
+  struct stat b {};
+  return stat(left.c_str(), &a) == 0 && stat(right.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
+         a.st_ino == b.st_ino;
+}
+
+File OpenOutput(const std::string& path, const std::string& input) {
+  if (AreSame(path, input)) Raise(ErrorType::MiscellaneousError, path + " is the input");
+  File file(std::fopen(path.c_str(), "wb"), &std::fclose);
+  if (!file) {
+    Raise(ErrorType::WriteError, "Unable to open " + path + ": " + std::strerror(errno));
+  }
+  return file;
+}
+
+int DumpCommand::Run(Output& output, Output& errors) {
+  CheckChoice();
+  if (mOutputPath.empty()) return Show(output, errors);
+  const File file = OpenOutput(mOutputPath, mPath);
+  Output fileOutput(file.get(), {});
+  const int status = Show(fileOutput, errors);
+  fileOutput.Flush();
+  return status;
+}
+
+int DumpCommand::Show(Output& output, Output& errors) const {
+  if (mBlocks) {
+    RefuseFormats("a block table");
+    ShowBlocks(mPath, mStream, StartDocument(), output);
+    return kSuccess;
+  }
+  if (mStream) {
+    if (GetFormat() != DumpFormat::kText) Raise(ErrorType::FormatNotSupported, "a stream is bytes");
+    RefuseTerminal(output);
+    WriteStream(mPath, *mStream, output);
+    return kSuccess;
+  }
+  QovRyx::Tree tree(false);
+  const std::string trouble = LoadWhatCanBeRead(mPath, tree, errors.GetStyle());
+  if (!trouble.empty()) {
+    errors.Line(fmt::format("ryx dump: {}: {}", Escape(mPath, errors.GetStyle()), trouble));
+  }
+  if (trouble.empty() || HoldsAnything(tree)) ShowModel(tree, output);
+  return trouble.empty() ? kSuccess : kTrouble;
+}
+
+void DumpCommand::ShowModel(const QovRyx::Tree& tree, Output& output) const {
+  if (mNode) {
+    ShowValues(tree, output);
+  } else {
+    RefuseFormats("this");
+    ShowState(tree, output);
+  }
+}
+
+void DumpCommand::ShowState(const QovRyx::Tree& tree, Output& output) const {
+  StateDump dump(tree, StartDocument(), output);
+  if (mView) dump.ShowView(*mView);
+  if (mSequencer) dump.ShowSequencer();
+  if (mHistory) dump.ShowHistory();
+  if (mMaterial) dump.ShowMaterial(*mMaterial);
+  if (mAttributes) dump.ShowAttributes(*mAttributes);
+  if (mSets) dump.ShowSets(*mSets);
+}
+
+/// Raises what keeps a linked result from having the values that it should have.
+void CheckLink(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& variable) {
+  const ResultLink link(tree.GetNodes(), variable);
+  if (!link.mFound) {
+    Raise(ErrorType::ElementNotFound, "the result shares the values of one that is not there");
+  }
+  // The links of a file that could not be read whole are not followed.
+  if (variable.mValues.GetNumElements() != link.mVariable->mValues.GetNumElements()) {
+    Raise(ErrorType::ReadError, "the values cannot be read");
+  }
+}
+
+Values ReadValues(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& variable) {
+  if (variable.mLinked) CheckLink(tree, variable);
+  Values values;
+  values.mIntegers = HoldsIntegers(tree.GetNodes(), variable);
+  values.mWidth = std::max<std::size_t>(variable.mValues.GetWidth(), 1);
+  variable.mValues.GetValues(values.mBits);
+  if (values.mBits.size() != variable.mValues.GetNumElements()) {
+    Raise(ErrorType::ReadError, "the values cannot be read");
+  }
+  return values;
+}
+
+void DumpCommand::ShowValues(const QovRyx::Tree& tree, Output& output) const {
+  const auto& entry = ChooseNode<QovRyx::Geometry>(tree, *mNode, "geometry");
+  const QovRyx::Geometry& geometry = *QovRyx::AsGeometry(entry);
+  const std::size_t position = ChooseResult(geometry, *mResult);
+  const auto& variable = geometry.GetVariables()[position];
+  if (GetFormat() == DumpFormat::kNpy) RefuseTerminal(output);
+  const Values values = ReadValues(tree, variable);
+  switch (GetFormat()) {
+    case DumpFormat::kText:
+      return WriteLines(values, ' ', output);
+    case DumpFormat::kCsv:
+      return WriteCsv(values, output);
+    case DumpFormat::kNpy:
+      return WriteNpy(values, output);
+    case DumpFormat::kJson:
+      break;
+  }
+  Json document = *StartDocument();
+  document["node"] = {{"id", entry.mId}, {"name", JsonText(geometry.GetName())}};
+  document["result"] = {{"position", position},
+                        {"name", JsonText(variable.mName)},
+                        {"type", values.mIntegers ? "u32" : "f32"},
+                        {"width", variable.mValues.GetWidth()},
+                        {"count", values.GetNumItems()}};
+  WriteJson(document, values, output);
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeDumpCommand() { return std::make_unique<DumpCommand>(); }
+
+}  // namespace Qov::Tools

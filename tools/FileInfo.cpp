@@ -1,0 +1,155 @@
+#include "FileInfo.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "ModelInput.h"
+#include "ModelJson.h"
+#include "ModelReport.h"
+#include "TextTable.h"
+#include "ValueText.h"
+
+namespace Qov::Tools {
+namespace {
+
+using Align = TextTable::Align;
+
+/// Labels stand in a column of their own.
+std::string Labelled(const char* label, const std::string& text) {
+  return fmt::format("  {:<11}{}", label, text);
+}
+
+std::string ExactSizeText(std::uint64_t bytes) {
+  return fmt::format("{} ({} bytes)", SizeText(bytes), bytes);
+}
+
+std::string ContainerText(const ContainerInfo& container, const TextStyle& style) {
+  return fmt::format("version {}, {} in {}", Escape(container.mVersion, style),
+                     Plural(container.mBlocks.size(), "block"),
+                     Plural(container.mStreams.size(), "stream"));
+}
+
+std::string NodesText(const ModelCounts& counts) {
+  std::string text;
+  for (const auto& [type, count] : counts.mNodes) {
+    if (!type.empty()) text += fmt::format(", {} {}", count, type);
+  }
+  const auto empty = counts.mNodes.find("");
+  if (empty != counts.mNodes.end()) text += fmt::format(", {} without content", empty->second);
+  return fmt::format("{}: {}", counts.GetNumNodes(), text.substr(2));
+}
+
+std::string ResultsText(const ModelCounts& counts) {
+  std::string text = fmt::format("{}", counts.mNumResults);
+  if (counts.mNumLinked != 0) text += fmt::format(", {} of them linked", counts.mNumLinked);
+  if (counts.mNumLost != 0) text += fmt::format(", {} to nowhere", counts.mNumLost);
+  return text + fmt::format("; {}", Plural(counts.mNumValues, "value"));
+}
+
+/// The count, and as many names as have room on a line.
+std::string InstancesText(const std::set<std::string>& names, const TextStyle& style) {
+  constexpr std::size_t kRoom = 60;
+  std::string text = fmt::format("{}", names.size());
+  const char* separator = ": ";
+  for (const std::string& name : names) {
+    if (DisplayWidth(text) > kRoom) return text + ", ...";
+    text += separator + Escape(name, style);
+    separator = ", ";
+  }
+  return text;
+}
+
+std::vector<std::string> StreamLines(const ContainerInfo& container, const TextStyle& style) {
+  TextTable table({{"STREAM"},
+                   {"BLOCKS", Align::Right},
+                   {"STORED", Align::Right},
+                   {"IN MEMORY", Align::Right},
+                   {"TROUBLE"}},
+                  40);
+  for (const StreamInfo& stream : container.mStreams) {
+    const bool isSound = stream.mTrouble.empty();
+    table.AddRow({Escape(stream.mName, style), fmt::format("{}", stream.mNumBlocks),
+                  fmt::format("{}", stream.mStored), isSound ? fmt::format("{}", stream.mRaw) : "?",
+                  isSound ? "" : "(cannot be read: " + stream.mTrouble + ")"});
+  }
+  return table.GetLines();
+}
+
+Json StreamsJson(const ContainerInfo& container) {
+  Json list = Json::array();
+  for (const StreamInfo& stream : container.mStreams) {
+    Json json{{"name", JsonText(stream.mName)},
+              {"blocks", stream.mNumBlocks},
+              {"stored", stream.mStored},
+              {"uncompressed", stream.mRaw}};
+    if (!stream.mTrouble.empty()) {
+      json["uncompressed"] = nullptr;
+      json["trouble"] = stream.mTrouble;
+    }
+    list.push_back(std::move(json));
+  }
+  return list;
+}
+
+Json CountsJson(const ModelCounts& counts) {
+  Json nodes = Json::object();
+  for (const auto& [type, count] : counts.mNodes) nodes[type.empty() ? "none" : type] = count;
+  Json instances = Json::array();
+  for (const std::string& name : counts.mInstances) instances.push_back(JsonText(name));
+  return {{"nodes", std::move(nodes)},        {"results", counts.mNumResults},
+          {"linked", counts.mNumLinked},      {"lost", counts.mNumLost},
+          {"values", counts.mNumValues},      {"nodeSets", counts.mNumSets},
+          {"instances", std::move(instances)}};
+}
+
+bool IsTroubled(const StreamInfo& stream) { return !stream.mTrouble.empty(); }
+
+}  // namespace
+
+FileInfo::FileInfo(const std::string& path)
+    : mPath(path),
+      mContainer(ReadContainer(path)),
+      mTrouble(LoadWhatCanBeRead(path, mTree, {})),
+      mCounts(mTree.GetNodes()) {
+  const bool partly =
+      std::any_of(mContainer.mStreams.begin(), mContainer.mStreams.end(), IsTroubled);
+  if (mTrouble.empty() && partly) mTrouble = "parts of it cannot be read";
+}
+
+bool FileInfo::HasContent() const {
+  return mTrouble.empty() || !mContainer.mStreams.empty() || HoldsAnything(mTree);
+}
+
+void FileInfo::Report(Output& output) const {
+  const TextStyle& style = output.GetStyle();
+  output.Line(Bold(Escape(mPath, style), style));
+  output.Line(Labelled("Container", ContainerText(mContainer, style)));
+  output.Line(Labelled("On disk", ExactSizeText(mContainer.mFileSize)));
+  output.Line(Labelled("In memory", ExactSizeText(mContainer.GetRawSize())));
+  if (HoldsNodes(mTree)) {
+    output.Line(Labelled("Nodes", NodesText(mCounts)));
+    output.Line(Labelled("Results", ResultsText(mCounts)));
+    output.Line(Labelled("Instances", InstancesText(mCounts.mInstances, style)));
+    output.Line(Labelled("Node sets", fmt::format("{}", mCounts.mNumSets)));
+  }
+  for (const std::string& line : StreamLines(mContainer, style)) output.Line("  " + line);
+  ReportViews(mTree, output);
+  ReportHistory(mTree, output);
+}
+
+Json FileInfo::MakeJson() const {
+  Json json{{"path", JsonText(mPath)}};
+  if (!mTrouble.empty()) json["trouble"] = mTrouble;
+  json["version"] = JsonText(mContainer.mVersion);
+  json["size"] = mContainer.mFileSize;
+  json["uncompressed"] = mContainer.GetRawSize();
+  json["blocks"] = mContainer.mBlocks.size();
+  json["streams"] = StreamsJson(mContainer);
+  json["model"] = HoldsNodes(mTree) ? CountsJson(mCounts) : Json();
+  json["views"] = ViewsJson(mTree);
+  json["history"] = HistoryJson(mTree);
+  return json;
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,34 @@
+#include "Json.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "Utf8.h"
+
+namespace Qov::Tools {
+
+Json JsonFloat(float value) {
+  if (!std::isfinite(value)) return JsonNumber(double{value});
+  return std::strtod(fmt::format("{}", value).c_str(), nullptr);
+}
+
+std::string JsonText(std::string_view bytes) {
+  std::string text;
+  while (!bytes.empty()) {
+    const std::size_t length = DecodeFirst(bytes).mLength;
+    const std::string_view character = bytes.substr(0, std::max<std::size_t>(length, 1));
+    if (length == 0) {
+      text += HexBytes(character);
+    } else {
+      text += character == "\\" ? "\\\\" : character;
+    }
+    bytes.remove_prefix(character.size());
+  }
+  return text;
+}
+
+std::string FormatJson(const Json& document) { return document.dump(2, ' ', true); }
+
+}  // namespace Qov::Tools

@@ -1,0 +1,218 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <unordered_set>
+
+#include "Command.h"
+#include "ValueText.h"
+#include "ledger/LedgerReport.h"
+#include "ledger/Obstacles.h"
+#include "ledger/SizeEstimate.h"
+
+namespace Qov::Tools {
+namespace {
+
+constexpr int kWouldFail = 1;
+
+constexpr const char* kFooter =
+    "Takes the command line of RyxMerge and tells what it would do: the order of the inputs, what\n"
+    "of each comes into the output and what does not, new names, links, and the size. Writes\n"
+    "nothing and reads no values of results.\n"
+    "\n"
+    "Exit status: 0 the merge can be done, 1 it would fail, 2 trouble.\n"
+    "\n"
+    "Example: ryx plan --merge-as-instances --arrange-files run*.ryx all.ryx";
+
+/// What is known before a merge.
+struct MergePlan {
+  MergeRequest mRequest;
+  std::vector<InputFile> mInputs;
+  std::vector<Obstacle> mObstacles;
+  std::optional<Ledger> mLedger;  ///< Nothing if there will be no output.
+  std::uint64_t mNumDuplicates = 0;
+  SizeEstimate mSize;
+};
+
+/// Results that bear the name of another one of their geometry, so that it alone is found by name.
+std::uint64_t CountDuplicates(const ExpectedModel& model) {
+  std::uint64_t count = 0;
+  for (const auto& [id, node] : model.mNodes) {
+    std::unordered_set<std::string_view> names;
+    for (const ExpectedResult& result : node.mResults) count += !names.insert(result.mName).second;
+  }
+  return count;
+}
+
+MergePlan MakePlan(MergeRequest request, const TextStyle& style) {
+  MergePlan plan;
+  plan.mInputs = LoadInputs(request, style);
+  plan.mRequest = std::move(request);
+  plan.mObstacles = FindFileObstacles(plan.mRequest, plan.mInputs);
+  if (plan.mRequest.mMode == MergeMode::Nothing) return plan;
+  for (const InputFile& input : plan.mInputs) {
+    if (!input.mError.empty()) return plan;
+  }
+  const std::size_t numFileObstacles = plan.mObstacles.size();
+  ExpectedModel model = ExpectModel(plan.mRequest.mMode, plan.mInputs, plan.mObstacles);
+  if (plan.mObstacles.size() != numFileObstacles) return plan;
+  plan.mLedger = TakeStock(model, plan.mInputs);
+  plan.mNumDuplicates = CountDuplicates(model);
+  plan.mSize = EstimateSize(plan.mRequest, plan.mInputs, model, *plan.mLedger);
+  return plan;
+}
+
+/// Shows a plan as text.
+class PlanReport {
+ public:
+  PlanReport(const MergePlan& plan, Output& output) : mPlan(plan), mOutput(output) {}
+
+  void Print();
+
+ private:
+  void PrintOrder();
+  void PrintObstacles();
+  void PrintSize();
+  void PrintDuplicates();
+  std::string Shown(const std::string& text) const { return Escape(text, mOutput.GetStyle()); }
+
+  const MergePlan& mPlan;
+  Output& mOutput;
+};
+
+void PlanReport::PrintOrder() {
+  const MergeRequest& request = mPlan.mRequest;
+  mOutput.Line(fmt::format("Merge as {} into {}", NameOf(request.mMode), Shown(request.mOutput)));
+  for (const InputFile& input : mPlan.mInputs) {
+    const std::string number = input.mIsViewFile ? "-" : std::to_string(input.mNumber);
+    std::string line = fmt::format("  {:>3}  {}", number, Shown(input.mPath));
+    if (!input.mNote.empty()) line += Dim(" (" + input.mNote + ")", mOutput.GetStyle());
+    mOutput.Line(line);
+  }
+}
+
+void PlanReport::PrintObstacles() {
+  constexpr std::size_t kMost = 20;
+  mOutput.Line();
+  mOutput.Line("The merge would fail:");
+  const auto& obstacles = mPlan.mObstacles;
+  for (std::size_t i = 0; i < std::min(kMost, obstacles.size()); ++i) {
+    std::string line = obstacles[i].mPath.empty() ? "" : Shown(obstacles[i].mPath) + ": ";
+    line += obstacles[i].mText;
+    if (!obstacles[i].mSubject.empty()) line += " (" + Shown(obstacles[i].mSubject) + ")";
+    mOutput.Line("  " + line);
+  }
+  if (obstacles.size() > kMost) {
+    mOutput.Line(fmt::format("  and {} more reasons", obstacles.size() - kMost));
+  }
+}
+
+void PlanReport::PrintSize() {
+  const SizeEstimate& size = mPlan.mSize;
+  std::string line = fmt::format("{} of values, about {} in the file", SizeText(size.mValues),
+                                 SizeText(size.mFile));
+  if (mPlan.mRequest.NeedsCopy()) line += ", and a copy of it is left behind";
+  mOutput.Line();
+  mOutput.Line(line);
+  if (!size.mFree) return;
+  mOutput.Line(fmt::format("{} are free: {}", SizeText(*size.mFree),
+                           size.Fits() ? "enough" : "probably not enough"));
+}
+
+void PlanReport::PrintDuplicates() {
+  if (mPlan.mNumDuplicates == 0) return;
+  mOutput.Line(fmt::format("{} results bear the name of another one of their geometry",
+                           mPlan.mNumDuplicates));
+}
+
+void PlanReport::Print() {
+  PrintOrder();
+  if (mPlan.mLedger) {
+    PrintLedger(*mPlan.mLedger, mPlan.mRequest.mOutput, mOutput);
+    PrintSize();
+    PrintDuplicates();
+  }
+  if (!mPlan.mObstacles.empty()) {
+    PrintObstacles();
+  } else if (mPlan.mRequest.mMode == MergeMode::Nothing) {
+    mOutput.Line("One model and no view points: nothing would be written");
+  } else {
+    mOutput.Line("The merge can be done");
+  }
+}
+
+Json OrderJson(const std::vector<InputFile>& inputs) {
+  Json order = Json::array();
+  for (const InputFile& input : inputs) {
+    Json entry = {{"path", JsonText(input.mPath)},
+                  {"type", input.mIsViewFile ? "view points" : "model"}};
+    if (!input.mIsViewFile) entry["number"] = input.mNumber;
+    if (!input.mNote.empty()) entry["note"] = input.mNote;
+    order.push_back(std::move(entry));
+  }
+  return order;
+}
+
+Json ObstaclesJson(const std::vector<Obstacle>& obstacles) {
+  Json list = Json::array();
+  for (const Obstacle& obstacle : obstacles) {
+    Json entry = {{"path", JsonText(obstacle.mPath)}, {"text", obstacle.mText}};
+    if (!obstacle.mSubject.empty()) entry["subject"] = JsonText(obstacle.mSubject);
+    list.push_back(std::move(entry));
+  }
+  return list;
+}
+
+Json PlanJson(const MergePlan& plan) {
+  Json document = MakeJsonDocument("plan");
+  document["mode"] = NameOf(plan.mRequest.mMode);
+  document["path"] = JsonText(plan.mRequest.mOutput);
+  document["order"] = OrderJson(plan.mInputs);
+  document["obstacles"] = ObstaclesJson(plan.mObstacles);
+  if (!plan.mLedger) return document;
+  document["size"] = {
+      {"values", plan.mSize.mValues}, {"file", plan.mSize.mFile}, {"needed", plan.mSize.mNeeded}};
+  if (plan.mSize.mFree) document["size"]["free"] = *plan.mSize.mFree;
+  document["duplicates"] = plan.mNumDuplicates;
+  document["ledger"] = LedgerJson(*plan.mLedger);
+  return document;
+}
+
+class PlanCommand : public Command {
+ public:
+  const char* GetName() const override { return "plan"; }
+  const char* GetSummary() const override { return "Tell what a merge would do, without doing it"; }
+  const char* GetFooter() const override { return kFooter; }
+  void Declare(CLI::App& app) override {
+    DeclareMergeOptions(app, mOptions);
+    app.add_flag("--json", mJson, "Print one JSON document");
+    app.add_option("PATH", mPaths, "Two or more inputs, and the output behind them")
+        ->required()
+        ->expected(3, -1);
+  }
+  int Run(Output& output, Output& errors) override;
+
+ private:
+  MergeOptions mOptions;
+  bool mJson = false;
+  std::vector<std::string> mPaths;
+};
+
+int PlanCommand::Run(Output& output, Output& /*errors*/) {
+  const std::vector<std::string> inputs(mPaths.begin(), mPaths.end() - 1);
+  const MergePlan plan =
+      MakePlan(MakeMergeRequest(mOptions, inputs, mPaths.back()), output.GetStyle());
+  if (mJson) {
+    output.Line(FormatJson(PlanJson(plan)));
+  } else {
+    PlanReport(plan, output).Print();
+  }
+  return plan.mObstacles.empty() ? kSuccess : kWouldFail;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakePlanCommand() { return std::make_unique<PlanCommand>(); }
+
+}  // namespace Qov::Tools

@@ -1,0 +1,39 @@
+#include "Utf8.h"
+
+#include <fmt/format.h>
+
+namespace Qov::Tools {
+namespace {
+
+std::size_t SequenceLength(unsigned char first) {
+  if (first < 0x80) return 1;
+  if (first >= 0xC2 && first < 0xE0) return 2;
+  if (first >= 0xE0 && first < 0xF0) return 3;
+  if (first >= 0xF0 && first < 0xF5) return 4;
+  return 0;
+}
+
+}  // namespace
+
+Utf8Character DecodeFirst(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text.front());
+  const std::size_t length = SequenceLength(first);
+  if (length == 0 || length > text.size()) return {};
+  char32_t code = length == 1 ? first : first & (0x7FU >> length);
+  for (std::size_t i = 1; i < length; ++i) {
+    if (!IsUtf8Continuation(text[i])) return {};
+    code = code << 6 | (static_cast<unsigned char>(text[i]) & 0x3FU);
+  }
+  const bool overlong = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
+  const bool surrogate = code >= 0xD800 && code < 0xE000;
+  if (overlong || surrogate || code > 0x10FFFF) return {};
+  return {code, length};
+}
+
+std::string HexBytes(std::string_view bytes) {
+  std::string text;
+  for (const char byte : bytes) text += fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));
+  return text;
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,112 @@
+#include "check/BlockVerdict.h"
+
+#include <fmt/format.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+// A compressed block: u32 length of the content, then a zlib stream.
+
+namespace Qov::Tools {
+namespace {
+
+constexpr std::uint32_t kLengthSize = 4;
+// What zlib can make of one byte at the most, and of a very short stream.
+constexpr std::uint64_t kLargestRatio = 1032;
+constexpr std::uint64_t kSlack = 64;
+
+class Inflation {
+ public:
+  Inflation(FileBytes& file, std::uint64_t position, std::uint32_t size)
+      : mFile(file), mPosition(position), mLeft(size) {
+    mIsReady = inflateInit(&mStream) == Z_OK;
+  }
+  ~Inflation() { inflateEnd(&mStream); }
+  Inflation(const Inflation&) = delete;
+  Inflation& operator=(const Inflation&) = delete;
+
+  /// Returns why the stream is damaged, or an empty string. Stops once it has made more than
+  /// `limit` bytes.
+  std::string Run(std::uint64_t limit, std::string* content);
+  std::uint64_t GetNumMade() const { return mStream.total_out; }
+  std::uint32_t GetNumUnread() const { return mLeft + mStream.avail_in; }
+
+ private:
+  void Refill();
+  std::string Describe(int result) const;
+
+  FileBytes& mFile;
+  std::uint64_t mPosition;
+  std::uint32_t mLeft;
+  z_stream mStream{};
+  bool mIsReady = false;
+  std::array<unsigned char, 65536> mInput;
+  std::array<unsigned char, 65536> mOutput;
+};
+
+void Inflation::Refill() {
+  const auto part = static_cast<std::uint32_t>(std::min<std::size_t>(mLeft, mInput.size()));
+  mFile.Read(mPosition, mInput.data(), part);
+  mPosition += part;
+  mLeft -= part;
+  mStream.next_in = mInput.data();
+  mStream.avail_in = part;
+}
+
+std::string Inflation::Describe(int result) const {
+  const std::string reason = mStream.msg == nullptr ? fmt::format("error {}", result) : mStream.msg;
+  return fmt::format("It cannot be inflated beyond {} bytes: {}.", mStream.total_out, reason);
+}
+
+std::string Inflation::Run(std::uint64_t limit, std::string* content) {
+  if (!mIsReady) return "There is not enough memory to inflate it.";
+  int result = Z_OK;
+  while (result != Z_STREAM_END && mStream.total_out <= limit) {
+    if (mStream.avail_in == 0) Refill();
+    mStream.next_out = mOutput.data();
+    mStream.avail_out = static_cast<unsigned>(mOutput.size());
+    result = inflate(&mStream, Z_NO_FLUSH);
+    const std::size_t made = mOutput.size() - mStream.avail_out;
+    if (content != nullptr) content->append(reinterpret_cast<const char*>(mOutput.data()), made);
+    if (result == Z_BUF_ERROR && mLeft + mStream.avail_in == 0) {
+      return fmt::format("It ends before its compressed data do, after {} bytes of content.",
+                         mStream.total_out);
+    }
+    if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR) return Describe(result);
+  }
+  return "";
+}
+
+}  // namespace
+
+BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
+                          std::string* content) {
+  BlockVerdict verdict;
+  if (size < kLengthSize) {
+    verdict.mIsImpossible = true;
+    verdict.mTrouble = fmt::format("It is compressed but has only {} bytes.", size);
+    return verdict;
+  }
+  file.Read(position, &verdict.mRawLength, kLengthSize);
+  const std::uint32_t stored = size - kLengthSize;
+  if (verdict.mRawLength > stored * kLargestRatio + kSlack) {
+    verdict.mIsImpossible = true;
+    verdict.mTrouble = fmt::format("It says that it inflates to {} bytes, more than {} can hold.",
+                                   verdict.mRawLength, stored);
+    return verdict;
+  }
+  const auto inflation = std::make_unique<Inflation>(file, position + kLengthSize, stored);
+  verdict.mTrouble = inflation->Run(verdict.mRawLength, content);
+  const std::uint64_t made = inflation->GetNumMade();
+  if (verdict.mTrouble.empty() && made != verdict.mRawLength) {
+    const std::string truth = made > verdict.mRawLength ? "more than that" : std::to_string(made);
+    verdict.mTrouble = fmt::format("It says that it inflates to {} bytes, but there are {}.",
+                                   verdict.mRawLength, truth);
+  }
+  verdict.mNumTrailing = verdict.mTrouble.empty() ? inflation->GetNumUnread() : 0;
+  return verdict;
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,292 @@
+#include "check/Container.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <exception>
+
+#include "Qov/Ryx/Progress.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Util/Raise.h"
+#include "check/BlockVerdict.h"
+
+// docs/format.md, "Container", says how a sound one looks.
+
+namespace Qov::Tools {
+namespace {
+
+using QovJbf::IndexItem;
+
+constexpr std::array<unsigned char, 8> kMagic = {0x89, 'J', 'B', 'F', '\r', '\n', 0x1A, '\n'};
+constexpr std::uint64_t kHeaderSize = 12;
+constexpr std::uint64_t kCountSize = 4;
+constexpr const char* kEmptySlot = "\vEmpty Block ";
+constexpr const char* kIndexBlock = "\vIndex Block ";
+constexpr std::uint8_t kKnownFlags =
+    QovJbf::BlockFlag::kCompressed | QovJbf::BlockFlag::kFreezeWhenFull;
+
+bool IsIndexBlock(const std::string& name) { return name.starts_with(kIndexBlock); }
+
+bool IsKnownStream(const std::string& name) {
+  const std::string* const known[] = {
+      &QovRyx::kHeavyData, &QovRyx::kRyxTree,    &QovRyx::kLightData,        &QovRyx::kAttributes,
+      &QovRyx::kResources, &QovRyx::kViewPoints, &QovRyx::kGlobalInformation};
+  return std::any_of(std::begin(known), std::end(known), [&](auto* one) { return *one == name; });
+}
+
+/// Whether a root index of that length could follow the header, whatever the magic says.
+bool LooksLikeRoot(std::uint32_t length, std::uint32_t count) {
+  return count != 0 && length == kCountSize + std::uint64_t{count} * IndexItem::kEncodedSize;
+}
+
+}  // namespace
+
+Container::Container(const std::string& path, Findings& findings)
+    : mFindings(findings), mPath(path), mBytes(path) {}
+
+bool Container::Check() {
+  if (!CheckHeader() || !ReadIndex()) return false;
+  CheckBlocks();
+  return OpenForReading();
+}
+
+bool Container::CheckHeader() {
+  std::array<unsigned char, kMagic.size()> magic{};
+  const auto numMagic = std::min<std::uint64_t>(mBytes.GetLength(), magic.size());
+  mBytes.Read(0, magic.data(), numMagic);
+  const bool isMagic =
+      numMagic > 0 && std::equal(magic.begin(), magic.begin() + numMagic, kMagic.begin());
+  std::array<std::uint32_t, 2> root{};
+  const bool hasRoot = mBytes.Holds(kHeaderSize, sizeof root);
+  if (hasRoot) mBytes.Read(kHeaderSize, root.data(), sizeof root);
+  if (!isMagic && !LooksLikeRoot(root[0], root[1])) {
+    Util::Raise("tools/check/Container", Util::Exception::ErrorType::FormatNotSupported,
+                mBytes.GetLength() == 0 ? "The file is empty" : "It is no ryx container");
+  }
+  if (!isMagic) mFindings.Error("magic", Place::InFile(0), "The file does not begin as it should.");
+  if (mBytes.GetLength() >= kHeaderSize) CheckVersion();
+  if (hasRoot && root[0] != 0 && root[1] != 0) return true;
+  mFindings.Error("unfinished", Place::InFile(kHeaderSize),
+                  "The file is unfinished: it has no index, as an interrupted save leaves it.");
+  return false;
+}
+
+void Container::CheckVersion() {
+  std::array<char, 5> text{};
+  mBytes.Read(kMagic.size(), text.data(), 4);
+  mVersion = text.data();
+  const Place place = Place::InFile(kMagic.size());
+  try {
+    QovJbf::JbFile::CheckSupport(mVersion, mHasWideOffsets);
+  } catch (const Util::Exception&) {
+    mFindings.Error("version", place,
+                    fmt::format("Version {} is newer than any that is known, {}.", Quoted(mVersion),
+                                QovJbf::kCurrentFileVersion));
+    return;
+  }
+  const bool isNumber = mVersion.size() >= 3 && (mVersion[0] == '0' || mVersion[0] == '1') &&
+                        mVersion[1] == '.' && mVersion[2] >= '0' && mVersion[2] <= '9';
+  if (isNumber) return;
+  mFindings.Warning("version", place, fmt::format("{} is no version.", Quoted(mVersion)));
+}
+
+bool Container::ReadIndex() {
+  if (!ReadRoot()) return false;
+  const QovRyx::ProgressReport progress(mBytes.GetLength());
+  std::uint64_t position = mFirstBlock;
+  for (std::size_t k = 0; k < mBlocks.size(); ++k) {
+    const bool isIndex = IsIndexBlock(mStreams[mBlocks[k].mStream].mName);
+    if (isIndex && !ReadIndexBlock(k, position)) return false;
+    position += mBlocks[k].mSize;
+    QovRyx::ProgressReport::Advance(mBlocks[k].mSize);
+  }
+  return true;
+}
+
+bool Container::ReadRoot() {
+  const Place place = Place::InFile(kHeaderSize);
+  std::uint32_t length = 0;
+  mBytes.Read(kHeaderSize, &length, sizeof length);
+  mFirstBlock = kHeaderSize + sizeof length + length;
+  if (mFirstBlock > mBytes.GetLength()) {
+    mFindings.Error("index", place,
+                    fmt::format("The root index should take {} bytes, but the file ends after {}.",
+                                length, mBytes.GetLength() - kHeaderSize - sizeof length));
+    return false;
+  }
+  std::string bytes(length, '\0');
+  mBytes.Read(kHeaderSize + sizeof length, bytes.data(), bytes.size());
+  return AppendItems(bytes, place);
+}
+
+bool Container::ReadIndexBlock(std::size_t k, std::uint64_t position) {
+  std::string bytes;
+  if (!TakeIndexBlock(k, position, bytes)) return false;
+  if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte == 0; })) {
+    mFindings.Error("unfinished", AtBlock(k, position),
+                    "The file is unfinished: a block of the index is empty, as an interrupted save "
+                    "leaves it.");
+    return false;
+  }
+  return AppendItems(bytes, AtBlock(k, position));
+}
+
+bool Container::TakeIndexBlock(std::size_t k, std::uint64_t position, std::string& bytes) {
+  const StoredBlock& block = mBlocks[k];
+  std::string trouble;
+  if (!mBytes.Holds(position, block.mSize)) {
+    trouble = "A block of the index lies beyond the end of the file.";
+  } else if ((block.mFlags & QovJbf::BlockFlag::kCompressed) != 0) {
+    trouble = InflateBlock(mBytes, position, block.mSize, &bytes).mTrouble;
+  } else {
+    bytes.resize(block.mSize);
+    mBytes.Read(position, bytes.data(), bytes.size());
+  }
+  if (trouble.empty()) return true;
+  mFindings.Error("index", AtBlock(k, position), trouble + " What it lists is lost.");
+  return false;
+}
+
+/// Takes the items of a piece of the index; false if they cannot all be taken.
+bool Container::AppendItems(const std::string& bytes, const Place& place) {
+  QovJbf::Block block;
+  block.Put(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+  block.SetPosition(0);
+  std::uint32_t count = 0;
+  std::uint32_t numTaken = 0;
+  try {
+    CopyFromBlock(block, count);
+    // More items than the file has bytes are refused: compressed pieces could list any number.
+    for (; numTaken < count && mBlocks.size() <= mBytes.GetLength(); ++numTaken) {
+      IndexItem item;
+      CopyFromBlock(block, item);
+      AppendItem(item);
+    }
+  } catch (const Util::Exception&) {
+    // What is missing is told below.
+  }
+  if (numTaken < count || count == 0) {
+    mFindings.Error(
+        "index", place,
+        fmt::format("The index should list {} blocks here, but {} can be read.", count, numTaken));
+    return false;
+  }
+  if (block.GetRemaining() == 0) return true;
+  mFindings.Warning("index", place,
+                    fmt::format("{} bytes of the index follow its last item, which nobody reads.",
+                                block.GetRemaining()));
+  return true;
+}
+
+void Container::AppendItem(const IndexItem& item) {
+  CheckItem(item);
+  const auto number = static_cast<std::uint32_t>(mStreams.size());
+  const auto [stream, isNew] = mStreamsByName.try_emplace(item.mName, number);
+  if (isNew) mStreams.emplace_back().mName = item.mName;
+  mBlocks.push_back({stream->second, item.mSize, item.mFlags});
+}
+
+void Container::CheckItem(const IndexItem& item) {
+  Place place = Place::InStream(item.mName);
+  place.mBlock = mBlocks.size();
+  if (item.mName.starts_with(kEmptySlot)) {
+    if (item.mSize == 0) return;
+    mFindings.Error("reserved-name", place,
+                    fmt::format("A slot that is free takes {} bytes.", item.mSize));
+  } else if (item.mName.starts_with('\v') && !IsIndexBlock(item.mName)) {
+    mFindings.Warning("reserved-name", place, "Names that begin so are reserved.");
+  } else if (item.mName.empty()) {
+    mFindings.Warning("reserved-name", place, "The block belongs to a stream without a name.");
+  }
+  if ((item.mFlags & ~kKnownFlags) == 0 && item.mFlags2 == 0) return;
+  mFindings.Warning("flags", place,
+                    fmt::format("The block has flags that are not known: 0x{:02X}, 0x{:02X}.",
+                                item.mFlags, item.mFlags2));
+}
+
+Place Container::AtBlock(std::size_t k, std::uint64_t position) const {
+  Place place = Place::InStream(mStreams[mBlocks[k].mStream].mName, position);
+  place.mBlock = k;
+  return place;
+}
+
+void Container::CheckBlocks() {
+  std::uint64_t position = mFirstBlock;
+  for (std::size_t k = 0; k < mBlocks.size(); ++k) {
+    CheckBlock(k, position);
+    position += mBlocks[k].mSize;
+  }
+  CheckEnd(position);
+  for (const Stream& stream : mStreams) {
+    if (stream.mName.empty() || stream.mName.front() == '\v' || IsKnownStream(stream.mName))
+      continue;
+    mFindings.Warning("unknown-stream", Place::InStream(stream.mName),
+                      "No stream of this name is known; a merge would leave it out.");
+  }
+}
+
+void Container::CheckBlock(std::size_t k, std::uint64_t position) {
+  const StoredBlock& block = mBlocks[k];
+  Stream& stream = mStreams[block.mStream];
+  if (block.mSize == 0) return;
+  const bool isCompressed = (block.mFlags & QovJbf::BlockFlag::kCompressed) != 0;
+  BlockVerdict verdict{isCompressed ? 0 : block.mSize, false, "", 0};
+  const bool isInFile = mBytes.Holds(position, block.mSize);
+  if (isInFile && isCompressed) verdict = InflateBlock(mBytes, position, block.mSize);
+  if (verdict.mNumTrailing != 0) {
+    mFindings.Warning("block-rest", AtBlock(k, position),
+                      fmt::format("{} bytes follow the compressed data.", verdict.mNumTrailing));
+  }
+  stream.mLength += verdict.mRawLength;
+  if (!isInFile) {
+    Damage(stream, "block-outside", AtBlock(k, position),
+           fmt::format("It should take {} bytes, but the file ends at byte {}.", block.mSize,
+                       mBytes.GetLength()));
+    stream.mIsRefused = true;
+  } else if (!verdict.mTrouble.empty()) {
+    Damage(stream, "block-damaged", AtBlock(k, position), verdict.mTrouble);
+    stream.mIsRefused = stream.mIsRefused || verdict.mIsImpossible;
+  }
+  if (!stream.mIsDamaged) stream.mSound = stream.mLength;
+}
+
+void Container::Damage(Stream& stream, const std::string& code, const Place& place,
+                       std::string text) {
+  stream.mIsDamaged = true;
+  mFindings.Error(code, place, std::move(text));
+}
+
+void Container::CheckEnd(std::uint64_t end) {
+  if (end >= mBytes.GetLength()) return;
+  mFindings.Warning("trailing-bytes", Place::InFile(end),
+                    fmt::format("{} bytes follow the last block.", mBytes.GetLength() - end));
+}
+
+/// The reading code sees the file as any program would.
+bool Container::OpenForReading() {
+  try {
+    mFile.OpenFile(mPath, "rb");
+    mFile.ReadIndex();
+    return true;
+  } catch (const Util::Exception& error) {
+    mFindings.Error("index", Place::InFile(kHeaderSize),
+                    fmt::format("The index cannot be read: {}.", error.GetLogMessage()));
+    return false;
+  }
+}
+
+const Container::Stream* Container::FindStream(const std::string& name) const {
+  const auto found = mStreamsByName.find(name);
+  return found == mStreamsByName.end() ? nullptr : &mStreams[found->second];
+}
+
+StreamCursor Container::OpenStream(const std::string& name) {
+  const Stream* stream = FindStream(name);
+  if (stream == nullptr) return {name, nullptr, 0, 0};
+  // A refused stream is longer than what is known of it.
+  if (stream->mIsRefused) return {name, nullptr, std::max<std::uint64_t>(stream->mLength, 1), 0};
+  return {name, mFile.OpenStreamReader(name), stream->mLength, stream->mSound};
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "Qov/Jbf/JbFile.h"
+#include "check/FileBytes.h"
+#include "check/Finding.h"
+#include "check/StreamCursor.h"
+
+namespace Qov::Tools {
+
+/// Checks a file as a container: its header, its index, and that every block is what the index
+/// says. Gives the streams to those who check what is in them.
+class Container {
+ public:
+  /// Raises what FileBytes raises, or FormatNotSupported for a file that is no container at all.
+  Container(const std::string& path, Findings& findings);
+
+  /// False if nothing more can be said about the file.
+  bool Check();
+
+  const std::string& GetVersion() const { return mVersion; }
+  /// Whether tree records hold 64-bit offsets.
+  bool HasWideOffsets() const { return mHasWideOffsets; }
+  bool HasStream(const std::string& name) const { return FindStream(name) != nullptr; }
+  /// A stream that is absent gives a cursor over nothing.
+  StreamCursor OpenStream(const std::string& name);
+
+ private:
+  struct Stream {
+    std::string mName;
+    std::uint64_t mLength = 0;  ///< Uncompressed bytes, as its blocks say.
+    std::uint64_t mSound = 0;   ///< How many of them, from the beginning, can be read.
+    bool mIsDamaged = false;
+    bool mIsRefused = false;  ///< Readers refuse it as a whole.
+  };
+  struct StoredBlock {
+    std::uint32_t mStream = 0;
+    std::uint32_t mSize = 0;
+    std::uint8_t mFlags = 0;
+  };
+
+  const Stream* FindStream(const std::string& name) const;
+  bool CheckHeader();
+  void CheckVersion();
+  bool ReadIndex();
+  bool ReadRoot();
+  bool ReadIndexBlock(std::size_t k, std::uint64_t position);
+  bool TakeIndexBlock(std::size_t k, std::uint64_t position, std::string& bytes);
+  bool AppendItems(const std::string& bytes, const Place& place);
+  void AppendItem(const QovJbf::IndexItem& item);
+  void CheckItem(const QovJbf::IndexItem& item);
+  Place AtBlock(std::size_t k, std::uint64_t position) const;
+  void CheckBlocks();
+  void CheckBlock(std::size_t k, std::uint64_t position);
+  void CheckEnd(std::uint64_t end);
+  void Damage(Stream& stream, const std::string& code, const Place& place, std::string text);
+  bool OpenForReading();
+  Findings& mFindings;
+  std::string mPath;
+  FileBytes mBytes;
+  QovJbf::JbFile mFile;
+  std::string mVersion;
+  bool mHasWideOffsets = true;
+  std::vector<StoredBlock> mBlocks;
+  std::vector<Stream> mStreams;
+  std::unordered_map<std::string, std::uint32_t> mStreamsByName;
+  std::uint64_t mFirstBlock = 0;
+};
+
+}  // namespace Qov::Tools

@@ -1,0 +1,34 @@
+#include "check/FileBytes.h"
+
+#include <filesystem>
+
+#include "Qov/Util/Raise.h"
+
+namespace Qov::Tools {
+namespace {
+
+constexpr const char* kSource = "tools/check/FileBytes";
+using ErrorType = Util::Exception::ErrorType;
+
+}  // namespace
+
+FileBytes::FileBytes(const std::string& path) {
+  std::error_code error;
+  if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
+    Util::Raise(kSource, ErrorType::MiscellaneousError, "It is no regular file");
+  }
+  mFile.open(path, std::ios::binary);
+  mLength = std::filesystem::file_size(path, error);
+  if (!mFile || error) {
+    Util::Raise(kSource, ErrorType::MiscellaneousError, "Unable to open file \"" + path + "\"");
+  }
+}
+
+void FileBytes::Read(std::uint64_t position, void* target, std::size_t n) {
+  mFile.clear();
+  mFile.seekg(static_cast<std::streamoff>(position));
+  mFile.read(static_cast<char*>(target), static_cast<std::streamsize>(n));
+  if (!mFile) Util::Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,73 @@
+#include "check/FileCheck.h"
+
+#include <fmt/format.h>
+
+#include <exception>
+
+#include "ErrorText.h"
+#include "ModelInput.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "check/Container.h"
+#include "check/HeavyStage.h"
+#include "check/LightStage.h"
+#include "check/ModelContent.h"
+#include "check/RecordStage.h"
+#include "check/TreeStage.h"
+
+namespace Qov::Tools {
+namespace {
+
+/// The oldest files have no views that could be read.
+constexpr const char* kVersionWithoutViews = "0.1";
+
+FileReport::Kind FindKind(const Container& container) {
+  if (container.HasStream(QovRyx::kRyxTree)) return FileReport::Kind::Model;
+  if (container.HasStream(QovRyx::kViewPoints)) return FileReport::Kind::ViewPoints;
+  return FileReport::Kind::Unknown;
+}
+
+void CheckModel(Container& container, Findings& findings) {
+  ModelContent model;
+  ReadTreeRecords(container, model, findings);
+  CheckTreeLinks(model, findings);
+  ReadLightData(container, model, findings);
+  CheckAttributes(container, model, findings);
+  CheckMaterials(container, model, findings);
+  CheckHeavyData(container, model, findings);
+}
+
+/// Whatever keeps the programs from reading a file is a finding, even if no stage knows of it.
+void CheckLoading(const std::string& path, Findings& findings) {
+  try {
+    QovRyx::Tree tree(false);
+    LoadModelOrViews(path, tree);
+  } catch (const std::exception& error) {
+    findings.Error("load", {}, fmt::format("The file is refused: {}.", DescribeError(error, {})));
+  }
+}
+
+}  // namespace
+
+void CheckFile(const std::string& path, FileReport& report) {
+  Findings& findings = report.mFindings;
+  Container container(path, findings);
+  const bool hasStreams = container.Check();
+  report.mVersion = container.GetVersion();
+  if (!hasStreams) return;
+  report.mKind = FindKind(container);
+  const bool isOldest = container.GetVersion() == kVersionWithoutViews;
+  const std::string nothing = "The container holds neither a model nor view points.";
+  if (report.mKind == FileReport::Kind::Unknown && isOldest) {
+    findings.Warning("no-model", {}, nothing);  // as its view-point files do
+  } else if (report.mKind == FileReport::Kind::Unknown) {
+    findings.Error("no-model", {}, nothing);
+  } else if (report.mKind == FileReport::Kind::Model) {
+    CheckModel(container, findings);
+  }
+  CheckHistory(container, findings);
+  CheckViews(container, findings);
+  const bool canLoad = report.mKind == FileReport::Kind::Model || !isOldest;
+  if (findings.GetNumErrors() == 0 && canLoad) CheckLoading(path, findings);
+}
+
+}  // namespace Qov::Tools

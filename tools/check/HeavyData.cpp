@@ -1,0 +1,239 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Qov/Ryx/Progress.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Util/ByteShuffle.h"
+#include "check/HeavyStage.h"
+#include "check/MeshCheck.h"
+#include "check/SetPieces.h"
+#include "check/TreeStage.h"
+
+namespace Qov::Tools {
+namespace {
+
+/// What lies in the heavy stream: an array, or the pieces of a node's sets.
+struct Extent {
+  StoredNode* mNode = nullptr;
+  std::size_t mVariable = 0;
+  std::uint64_t mOffset = 0;
+  std::uint64_t mEnd = 0;  ///< Of sets: not known yet.
+  bool mIsSets = false;
+
+  Place At(std::uint64_t byte) const {
+    Place place = Place::InStream(QovRyx::kHeavyData, byte);
+    return mIsSets ? mNode->At(std::move(place)) : mNode->At(std::move(place), mVariable);
+  }
+};
+
+/// Gives arrays that follow inline their places, by counting in the order of the tree.
+class InlinePlaces {
+ public:
+  InlinePlaces(Container& container, Findings& findings)
+      : mCursor(container.OpenStream(QovRyx::kHeavyData)), mFindings(findings) {}
+
+  void Assign(ModelContent& model) {
+    for (StoredNode& node : model.mNodes) {
+      for (StoredVariable& variable : node.mVariables) {
+        variable.mIsPlaced = !node.HasInlineValues();
+      }
+    }
+    for (StoredNode& node : model.mNodes) {
+      if (node.GetType() == NodeType::NodeSets && node.mHasLightData) mSets = &node;
+      if (node.GetType() != NodeType::Geometry || !node.HasInlineValues()) continue;
+      if (!node.mHasLightData || !PassOverSets()) return;
+      for (StoredVariable& variable : node.mVariables) {
+        variable.mOffset = mOffset;
+        variable.mIsPlaced = true;
+        if (!variable.mLinked) mOffset += variable.mSize;
+      }
+    }
+  }
+
+ private:
+  /// Sets that stand before a geometry lie before its values; false if their end is not found.
+  bool PassOverSets() {
+    if (mSets == nullptr) return true;
+    const Place place = mSets->At(Place::InStream(mCursor.GetName(), mSets->mSetsOffset));
+    if (mSets->mSetsOffset < mCursor.GetPosition()) {
+      mFindings.Error("array-overlap", place, "The sets begin within others before them.");
+      return false;
+    }
+    try {
+      mCursor.MoveTo(mSets->mSetsOffset);
+      PassOverSetPieces(mCursor);
+      mOffset = mCursor.GetPosition();
+    } catch (const StreamCursor::EndReached&) {
+      ReportEnd(mCursor, mSets->At({}), "the sets, which arrays follow,", mFindings);
+      return false;
+    }
+    mSets = nullptr;
+    return true;
+  }
+
+  StreamCursor mCursor;
+  Findings& mFindings;
+  std::uint64_t mOffset = 0;
+  const StoredNode* mSets = nullptr;
+};
+
+/// Goes through the stream once, in the order of what lies in it.
+class HeavySweep {
+ public:
+  HeavySweep(Container& container, MeshCheck& meshes, Findings& findings)
+      : mCursor(container.OpenStream(QovRyx::kHeavyData)), mMeshes(meshes), mFindings(findings) {}
+
+  void Run(ModelContent& model);
+
+ private:
+  void Collect(StoredNode& node);
+  void CheckShape(const StoredNode& node, std::size_t variable);
+  void Visit(Extent& extent);
+  bool CheckStart(const Extent& extent);
+  void VisitArray(const Extent& extent);
+  void VisitSets(Extent& extent);
+  void ReadValues(const Extent& extent);
+
+  StreamCursor mCursor;
+  MeshCheck& mMeshes;
+  Findings& mFindings;
+  std::vector<Extent> mExtents;
+  std::uint64_t mReached = 0;
+  const Extent* mLast = nullptr;  ///< What reaches there.
+};
+
+void HeavySweep::Collect(StoredNode& node) {
+  if (!node.mHasLightData) return;
+  if (node.GetType() == NodeType::NodeSets) {
+    mExtents.push_back({&node, 0, node.mSetsOffset, node.mSetsOffset, true});
+  }
+  for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
+    const StoredVariable& variable = node.mVariables[i];
+    if (variable.mLinked) continue;
+    CheckShape(node, i);
+    if (variable.GetNumElements() == 0 || !variable.mIsPlaced) continue;
+    // What remains of a size that is no multiple of 4 is stored only among inline values.
+    const std::uint64_t size =
+        node.HasInlineValues() ? variable.mSize : 4 * variable.GetNumElements();
+    mExtents.push_back({&node, i, variable.mOffset, variable.mOffset + size, false});
+  }
+}
+
+void HeavySweep::CheckShape(const StoredNode& node, std::size_t variable) {
+  const StoredVariable& array = node.mVariables[variable];
+  if (array.mSize % 4 != 0) {
+    mFindings.Warning("array-size", node.At({}, variable),
+                      fmt::format("Its size, {} bytes, is no multiple of 4.", array.mSize));
+  }
+  if (array.mWidth == 0 && array.mSize != 0) {
+    mFindings.Warning("array-width", node.At({}, variable), "Its width is 0.");
+  } else if (array.mWidth != 0 && array.GetNumElements() % array.mWidth != 0) {
+    mFindings.Warning("array-width", node.At({}, variable),
+                      fmt::format("It has {} values, no multiple of its width, {}.",
+                                  array.GetNumElements(), array.mWidth));
+  }
+}
+
+void HeavySweep::Run(ModelContent& model) {
+  for (StoredNode& node : model.mNodes) Collect(node);
+  std::stable_sort(mExtents.begin(), mExtents.end(), [](const Extent& a, const Extent& b) {
+    return a.mOffset < b.mOffset || (a.mOffset == b.mOffset && a.mEnd < b.mEnd);
+  });
+  const QovRyx::ProgressReport progress(mCursor.GetLength());
+  for (Extent& extent : mExtents) {
+    Visit(extent);
+    QovRyx::ProgressReport::Advance(extent.mEnd - std::min(extent.mOffset, extent.mEnd));
+  }
+  if (!model.mIsComplete || mReached >= mCursor.GetLength() || mCursor.IsCutShort()) return;
+  mFindings.Warning("stream-rest", Place::InStream(mCursor.GetName(), mReached),
+                    fmt::format("{} bytes follow the last array.", mCursor.GetLength() - mReached));
+}
+
+void HeavySweep::Visit(Extent& extent) {
+  if (extent.mEnd < extent.mOffset || extent.mEnd > mCursor.GetLength()) {
+    mFindings.Error("array-outside", extent.At(extent.mOffset),
+                    fmt::format("It should end at byte {}, but the stream has {}.", extent.mEnd,
+                                mCursor.GetLength()));
+    return;
+  }
+  if (!CheckStart(extent)) return;
+  if (extent.mIsSets) {
+    VisitSets(extent);
+  } else {
+    VisitArray(extent);
+  }
+}
+
+/// Compares where it begins with where the last one ends; false if it cannot be looked at.
+bool HeavySweep::CheckStart(const Extent& extent) {
+  if (extent.mOffset < mReached) {
+    const bool isSame = mLast->mOffset == extent.mOffset && mLast->mEnd == extent.mEnd;
+    const std::string other = mLast->At(mLast->mOffset).GetText();
+    if (isSame && !extent.mIsSets && !mLast->mIsSets) {
+      mFindings.Warning("array-shared", extent.At(extent.mOffset),
+                        fmt::format("It has the same bytes as {}.", other));
+    } else {
+      mFindings.Error("array-overlap", extent.At(extent.mOffset),
+                      fmt::format("It begins within {}, which ends at byte {}.", other, mReached));
+    }
+    return false;
+  }
+  if (extent.mOffset > mReached) {
+    mFindings.Warning(
+        "heavy-gap", extent.At(mReached),
+        fmt::format("{} bytes in front of it belong to nothing.", extent.mOffset - mReached));
+  }
+  return true;
+}
+
+void HeavySweep::VisitArray(const Extent& extent) {
+  mReached = extent.mEnd;
+  mLast = &extent;
+  const StoredVariable& variable = extent.mNode->mVariables[extent.mVariable];
+  if (!mMeshes.IsWanted(variable)) return;
+  try {
+    mCursor.MoveTo(extent.mOffset);
+    ReadValues(extent);
+  } catch (const StreamCursor::EndReached&) {
+    ReportEnd(mCursor, extent.At(0), "the array", mFindings);
+  }
+}
+
+void HeavySweep::ReadValues(const Extent& extent) {
+  const StoredVariable& variable = extent.mNode->mVariables[extent.mVariable];
+  if (4 * variable.GetNumElements() > mCursor.GetRemaining())
+    throw StreamCursor::EndReached{extent.mOffset};
+  std::vector<std::uint32_t> values(variable.GetNumElements());
+  mCursor.TakeBytes(values.data(), values.size() * sizeof(values[0]));
+  if (!extent.mNode->HasInlineValues()) {
+    QovUtil::UnShuffleMultiVectorBytes(values, variable.mWidth);
+  }
+  mMeshes.Summarize(variable, values);
+}
+
+void HeavySweep::VisitSets(Extent& extent) {
+  mLast = &extent;
+  try {
+    mCursor.MoveTo(extent.mOffset);
+    CheckSetPieces(mCursor, *extent.mNode, mFindings);
+  } catch (const StreamCursor::EndReached&) {
+    ReportEnd(mCursor, extent.At(0), "the sets of the node", mFindings);
+  }
+  extent.mEnd = mCursor.GetPosition();
+  mReached = std::max(mReached, extent.mEnd);
+}
+
+}  // namespace
+
+void CheckHeavyData(Container& container, ModelContent& model, Findings& findings) {
+  InlinePlaces(container, findings).Assign(model);
+  ResultLinks links(model);
+  links.Check(findings);
+  MeshCheck meshes(model, links);
+  HeavySweep(container, meshes, findings).Run(model);
+  meshes.Report(findings);
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,180 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Qov/Ryx/StreamNames.h"
+#include "check/LightStage.h"
+#include "check/TreeStage.h"
+
+namespace Qov::Tools {
+namespace {
+
+constexpr std::uint32_t kSetsSize = 16;
+/// Name length, kind word, the rest of a linked or an older variable.
+constexpr std::uint64_t kLeastVariableSize = 4 + 4 + 6;
+
+class LightReader {
+ public:
+  LightReader(StreamCursor& cursor, Findings& findings) : mCursor(cursor), mFindings(findings) {}
+
+  /// Reads the light data of all nodes in the order in which they lie in the stream, so that the
+  /// time is that of one pass, wherever the offsets lead.
+  void Read(ModelContent& model);
+
+ private:
+  bool MoveTo(const StoredNode& node);
+  void TakeNode(StoredNode& node);
+  void TakeGroup(const StoredNode& node);
+  void TakeGeometry(StoredNode& node);
+  StoredVariable TakeVariable(const StoredNode& node);
+  void TakeExtent(StoredVariable& variable);
+  void TakeSets(StoredNode& node);
+  Place At(const StoredNode& node, std::uint64_t byte) const {
+    return node.At(Place::InStream(mCursor.GetName(), byte));
+  }
+
+  StreamCursor& mCursor;
+  Findings& mFindings;
+};
+
+/// The nodes that have light data, in the order of their offsets.
+std::vector<StoredNode*> SortByOffset(ModelContent& model, Findings& findings) {
+  std::vector<StoredNode*> nodes;
+  for (StoredNode& node : model.mNodes) {
+    node.mHasLightData = node.GetLeastLightSize() == 0;
+    if (node.mHasLightData) continue;
+    if (node.mLightOffset != 0 || nodes.empty()) {
+      nodes.push_back(&node);
+      continue;
+    }
+    findings.Error("light-offset", node.At(Place::InStream(QovRyx::kRyxTree, node.mPosition)),
+                   "The offset of its light data is 0, where those of another node lie.");
+  }
+  std::stable_sort(nodes.begin(), nodes.end(), [](const StoredNode* a, const StoredNode* b) {
+    return a->mLightOffset < b->mLightOffset;
+  });
+  return nodes;
+}
+
+void LightReader::Read(ModelContent& model) {
+  for (StoredNode* node : SortByOffset(model, mFindings)) {
+    if (!MoveTo(*node)) continue;
+    try {
+      TakeNode(*node);
+      node->mHasLightData = true;
+    } catch (const StreamCursor::EndReached&) {
+      ReportEnd(mCursor, node->At({}), "the light data of the node", mFindings);
+    }
+  }
+  if (model.mIsComplete && !mCursor.IsCutShort() && !mCursor.IsAtEnd()) {
+    mFindings.Warning("stream-rest", Place::InStream(mCursor.GetName(), mCursor.GetPosition()),
+                      fmt::format("{} bytes follow the last that belong to a node.",
+                                  mCursor.GetLength() - mCursor.GetPosition()));
+  }
+}
+
+bool LightReader::MoveTo(const StoredNode& node) {
+  const std::uint64_t offset = node.mLightOffset;
+  const std::uint64_t reached = mCursor.GetPosition();
+  if (offset < reached) {
+    mFindings.Error("light-offset", At(node, offset),
+                    fmt::format("Its light data begin within those of another node, which end at "
+                                "byte {}.",
+                                reached));
+    return false;
+  }
+  if (offset > mCursor.GetLength()) {
+    mFindings.Error("light-offset", At(node, offset),
+                    fmt::format("Its light data begin behind the end of the stream, which has {} "
+                                "bytes.",
+                                mCursor.GetLength()));
+    return false;
+  }
+  try {
+    mCursor.MoveTo(offset);
+  } catch (const StreamCursor::EndReached&) {
+    mFindings.Warning("unchecked", At(node, offset),
+                      "The stream is damaged before this place: the node cannot be checked.");
+    return false;
+  }
+  if (offset != reached) {
+    mFindings.Warning(
+        "light-gap", At(node, reached),
+        fmt::format("{} bytes before its light data belong to no node.", offset - reached));
+  }
+  return true;
+}
+
+void LightReader::TakeNode(StoredNode& node) {
+  switch (node.GetType()) {
+    case NodeType::Geometry:
+      return TakeGeometry(node);
+    case NodeType::NodeSets:
+      return TakeSets(node);
+    default:
+      return TakeGroup(node);
+  }
+}
+
+void LightReader::TakeGroup(const StoredNode& node) { mCursor.PassOver(node.GetLeastLightSize()); }
+
+void LightReader::TakeGeometry(StoredNode& node) {
+  const std::uint64_t start = mCursor.GetPosition();
+  const auto count = mCursor.Take<std::int32_t>();
+  if (count < 0) {
+    mFindings.Error("variable-count", At(node, start),
+                    fmt::format("The number of its variables is {}.", count));
+    return;
+  }
+  const std::uint64_t most = mCursor.GetRemaining() / kLeastVariableSize;
+  node.mVariables.reserve(std::min(static_cast<std::uint64_t>(count), most));
+  for (std::int32_t i = 0; i < count; ++i) node.mVariables.push_back(TakeVariable(node));
+}
+
+StoredVariable LightReader::TakeVariable(const StoredNode& node) {
+  StoredVariable variable;
+  variable.mName = mCursor.TakeText();
+  variable.mKindWord = mCursor.Take<std::uint32_t>();
+  const GeometryLayout layout = node.GetLayout();
+  if (layout != GeometryLayout::Older) variable.mLinked = mCursor.Take<std::uint8_t>() != 0;
+  if (variable.mLinked) {
+    variable.mLinkNode = mCursor.Take<std::uint32_t>();
+    variable.mLinkVariable = mCursor.Take<std::uint32_t>();
+  } else {
+    TakeExtent(variable);
+    if (layout != GeometryLayout::Older) mCursor.PassOver(11);  // three flags and two values
+    if (layout == GeometryLayout::WideOffsets) variable.mOffset = mCursor.Take<std::uint64_t>();
+    if (layout == GeometryLayout::NarrowOffsets || layout == GeometryLayout::InlineValues) {
+      variable.mOffset = mCursor.Take<std::uint32_t>();
+    }
+  }
+  mCursor.PassOver(1);  // the flag of all
+  return variable;
+}
+
+void LightReader::TakeExtent(StoredVariable& variable) {
+  variable.mSize = mCursor.Take<std::uint32_t>();
+  variable.mWidth = mCursor.Take<std::uint8_t>();
+}
+
+void LightReader::TakeSets(StoredNode& node) {
+  const std::uint64_t start = mCursor.GetPosition();
+  const auto size = mCursor.Take<std::uint32_t>();
+  node.mNumSets = mCursor.Take<std::uint32_t>();
+  node.mSetsOffset = mCursor.Take<std::uint64_t>();
+  node.mNumSetValues = mCursor.Take<std::uint32_t>();
+  if (size == kSetsSize) return;
+  mFindings.Warning(
+      "set-size", At(node, start),
+      fmt::format("Its light data should say that {} bytes follow; they say {}.", kSetsSize, size));
+}
+
+}  // namespace
+
+void ReadLightData(Container& container, ModelContent& model, Findings& findings) {
+  StreamCursor cursor = container.OpenStream(QovRyx::kLightData);
+  LightReader(cursor, findings).Read(model);
+}
+
+}  // namespace Qov::Tools

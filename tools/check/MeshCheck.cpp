@@ -1,0 +1,118 @@
+#include "check/MeshCheck.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+#include <utility>
+
+#include "Qov/Ryx/InstanceNames.h"
+
+namespace Qov::Tools {
+namespace {
+
+/// Base name and instance part of a variable.
+using MeshName = std::pair<std::string_view, std::string_view>;
+
+/// A blank in front of the separator belongs to no name.
+MeshName SplitName(std::string_view name) {
+  const std::size_t separator = name.rfind(QovRyx::kInstanceSeparator);
+  if (separator == name.npos) return {name, {}};
+  std::string_view base = name.substr(0, separator);
+  if (base.ends_with(' ')) base.remove_suffix(1);
+  return {base, name.substr(separator + 1)};
+}
+
+bool HoldsIntegers(const StoredVariable& variable) {
+  const std::uint32_t kind = variable.mKindWord & 0xFFFFFFU;
+  return kind == 4 || kind == 5;
+}
+
+/// The mesh arrays of one geometry, by name.
+class MeshArrays {
+ public:
+  MeshArrays(const StoredNode& node, ResultLinks& links) : mNode(node), mLinks(links) {
+    for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
+      const MeshName name = SplitName(node.mVariables[i].mName);
+      if (name.first == "Coordinates" || name.first == "Polylength") mPositions.emplace(name, i);
+    }
+  }
+
+  /// The array of that name and instance part, or else the one that all instances share.
+  const StoredVariable* Find(std::string_view base, std::string_view instance) {
+    auto found = mPositions.find({base, instance});
+    if (found == mPositions.end()) found = mPositions.find({base, {}});
+    if (found == mPositions.end()) return nullptr;
+    return mLinks.Resolve(mNode, mNode.mVariables[found->second]).mVariable;
+  }
+
+ private:
+  const StoredNode& mNode;
+  ResultLinks& mLinks;
+  std::map<MeshName, std::size_t> mPositions;
+};
+
+}  // namespace
+
+MeshCheck::MeshCheck(const ModelContent& model, ResultLinks& links) {
+  for (const StoredNode& node : model.mNodes) Add(node, links);
+}
+
+void MeshCheck::Add(const StoredNode& node, ResultLinks& links) {
+  MeshArrays arrays(node, links);
+  for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
+    const MeshName name = SplitName(node.mVariables[i].mName);
+    if (name.first != "Connectivity") continue;
+    const StoredVariable* connectivity = links.Resolve(node, node.mVariables[i]).mVariable;
+    if (connectivity == nullptr || !HoldsIntegers(*connectivity)) continue;
+    const StoredVariable* lengths = arrays.Find("Polylength", name.second);
+    if (lengths != nullptr && !HoldsIntegers(*lengths)) lengths = nullptr;
+    mElements.push_back({&node, i, connectivity, arrays.Find("Coordinates", name.second), lengths});
+    mSummaries.try_emplace(connectivity);
+    if (lengths != nullptr) mSummaries.try_emplace(lengths);
+  }
+}
+
+void MeshCheck::Summarize(const StoredVariable& variable,
+                          const std::vector<std::uint32_t>& values) {
+  Summary& summary = mSummaries[&variable];
+  summary.mIsKnown = true;
+  if (values.empty()) return;
+  const auto largest = std::max_element(values.begin(), values.end());
+  summary.mLargest = *largest;
+  summary.mLargestAt = static_cast<std::uint64_t>(largest - values.begin());
+  for (const std::uint32_t value : values) summary.mSum += value;
+}
+
+const MeshCheck::Summary* MeshCheck::FindSummary(const StoredVariable* variable) const {
+  const auto found = mSummaries.find(variable);
+  return found == mSummaries.end() || !found->second.mIsKnown ? nullptr : &found->second;
+}
+
+void MeshCheck::ReportElements(const Elements& elements, Findings& findings) const {
+  const Place place = elements.mNode->At({}, elements.mPosition);
+  const std::uint64_t numCorners = elements.mConnectivity->GetNumElements();
+  const Summary* corners = FindSummary(elements.mConnectivity);
+  if (corners != nullptr && elements.mCoordinates != nullptr && numCorners > 0) {
+    const std::uint64_t width = std::max<std::uint64_t>(elements.mCoordinates->mWidth, 1);
+    const std::uint64_t numPoints = elements.mCoordinates->GetNumElements() / width;
+    if (corners->mLargest >= numPoints) {
+      findings.Error("connectivity", place,
+                     fmt::format("Its value {} at position {} names a point that is not there: "
+                                 "there are {}, from 0.",
+                                 corners->mLargest, corners->mLargestAt, numPoints));
+    }
+  }
+  const Summary* lengths = FindSummary(elements.mLengths);
+  if (lengths == nullptr || lengths->mSum == numCorners) return;
+  findings.Error("polylength", place,
+                 fmt::format("It has {} values, but the lengths of the elements sum up to {}.",
+                             numCorners, lengths->mSum));
+}
+
+void MeshCheck::Report(Findings& findings) const {
+  for (const Elements& elements : mElements) ReportElements(elements, findings);
+}
+
+}  // namespace Qov::Tools

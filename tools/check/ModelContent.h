@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "check/Finding.h"
+
+/// What the stages of a check hand on to one another: a model as it stands in its streams, wrong
+/// or not.
+namespace Qov::Tools {
+
+enum class NodeType { None, Group, Shape, Geometry, NodeSets, Unknown };
+
+/// A variable's descriptor.
+struct StoredVariable {
+  std::string mName;
+  std::uint32_t mKindWord = 0;
+  bool mLinked = false;
+  std::uint32_t mLinkNode = 0;
+  std::uint32_t mLinkVariable = 0;
+  std::uint32_t mSize = 0;  ///< Bytes.
+  std::uint8_t mWidth = 0;
+  std::uint64_t mOffset = 0;  ///< In the heavy stream.
+  bool mIsPlaced = false;     ///< Whether mOffset is known.
+
+  std::uint64_t GetNumElements() const { return mSize / 4; }
+};
+
+/// How a geometry's descriptors and values are laid out.
+enum class GeometryLayout { Older, InlineValues, NarrowOffsets, WideOffsets };
+
+/// A tree record and what its node's light data say.
+struct StoredNode {
+  std::uint64_t mPosition = 0;  ///< Of the record in its stream.
+  std::uint32_t mId = 0;
+  std::uint32_t mParent = 0;
+  std::uint32_t mPreviousSibling = 0;
+  std::uint32_t mNextSibling = 0;
+  std::uint32_t mFirstChild = 0;
+  std::uint32_t mLastChild = 0;
+  std::string mName;
+  std::string mType;
+  std::string mVersion;
+  std::uint64_t mLightOffset = 0;
+
+  bool mHasLightData = false;  ///< Whether they could be read, all of them.
+  std::vector<StoredVariable> mVariables;
+  std::uint32_t mNumSets = 0;
+  std::uint64_t mSetsOffset = 0;
+  std::uint32_t mNumSetValues = 0;
+
+  NodeType GetType() const;
+  GeometryLayout GetLayout() const;
+  bool HasInlineValues() const { return GetLayout() <= GeometryLayout::InlineValues; }
+  /// Of versions that had neither light data nor materials.
+  bool IsOldest() const { return mVersion == "0.1" || mVersion == "0.0a"; }
+  /// The bytes that light data of its type and version take at the least; 0 for none.
+  std::uint64_t GetLeastLightSize() const;
+
+  /// Adds this node to a place.
+  Place At(Place place) const;
+  Place At(Place place, std::size_t variable) const;
+};
+
+struct ModelContent {
+  std::vector<StoredNode> mNodes;  ///< In stored order.
+  /// Whether all records were read: what comes in step with them can be checked to its end.
+  bool mIsComplete = false;
+  /// By id; the first one if there are several.
+  std::unordered_map<std::uint32_t, std::size_t> mPositions;
+
+  const StoredNode* Find(std::uint32_t id) const;
+  StoredNode* Find(std::uint32_t id);
+};
+
+}  // namespace Qov::Tools

@@ -1,0 +1,113 @@
+#include "check/RecordCheck.h"
+
+#include <fmt/format.h>
+
+namespace Qov::Tools {
+namespace {
+
+constexpr std::uint32_t kLeastSize = 8;
+
+/// N of "0.N"; 0 for anything else.
+int RungNumber(std::string_view tag) {
+  const bool isRung = tag.size() == 3 && tag.substr(0, 2) == "0." && tag[2] >= '1' && tag[2] <= '9';
+  return isRung ? tag[2] - '0' : 0;
+}
+
+}  // namespace
+
+Place RecordCheck::At(std::uint32_t position, const std::string& path) const {
+  Place place = mPlace;
+  place.mByte = place.mByte.value_or(0) + position;
+  if (!path.empty()) place.mPart += place.mPart.empty() ? path : ": " + path;
+  return place;
+}
+
+std::uint32_t RecordCheck::TakeCount() {
+  std::uint32_t count = 0;
+  CopyFromBlock(mBlock, count);
+  return count;
+}
+
+RecordCheck::Frame RecordCheck::OpenFrame(const std::string& path) {
+  Frame frame;
+  frame.mStart = mBlock.GetPosition();
+  const std::uint32_t outerEnd = mOuterEnd == 0 ? mBlock.GetSize() : mOuterEnd;
+  const std::uint32_t room = outerEnd - std::min(outerEnd, frame.mStart);
+  const std::uint32_t size = room < kLeastSize ? 0 : TakeCount();
+  if (size < kLeastSize || size > room) {
+    const std::string said = room < kLeastSize ? "" : fmt::format(" says that it takes {},", size);
+    mFindings.Error("record-size", At(frame.mStart, path),
+                    fmt::format("The record{} has room for {} bytes.", said, room));
+    throw Abandoned{};
+  }
+  frame.mEnd = frame.mStart + size;
+  const std::uint32_t length = TakeCount();
+  if (length > size - kLeastSize) {
+    mFindings.Error(
+        "record-tag", At(frame.mStart, path),
+        fmt::format("The tag of the record should take {} of its {} bytes.", length, size));
+    mBlock.SetPosition(frame.mEnd);
+    return frame;
+  }
+  frame.mTag.resize(length);
+  mBlock.Get(frame.mTag.data(), length);
+  return frame;
+}
+
+void RecordCheck::CheckTag(const Frame& frame, std::string_view current, const std::string& path) {
+  const int rung = RungNumber(frame.mTag);
+  if (rung != 0 && rung <= RungNumber(current)) return;
+  mFindings.Warning("record-tag", At(frame.mStart, path),
+                    fmt::format("Tag {} is not known, {} is the newest of this record.",
+                                Quoted(frame.mTag), current));
+}
+
+void RecordCheck::CheckEnd(const Frame& frame, std::string_view current, const std::string& path) {
+  const std::uint32_t position = mBlock.GetPosition();
+  if (position > frame.mEnd) {
+    mFindings.Error("record-size", At(frame.mStart, path),
+                    fmt::format("The record says that it takes {} bytes, but its fields take {}.",
+                                frame.mEnd - frame.mStart, position - frame.mStart));
+  }
+  const int rung = RungNumber(frame.mTag);
+  if (position >= frame.mEnd || rung == 0 || rung > RungNumber(current)) return;
+  mFindings.Warning("record-rest", At(position, path),
+                    fmt::format("{} bytes of the record follow the last field of version {}.",
+                                frame.mEnd - position, frame.mTag));
+}
+
+void RecordCheck::ReportLost(const Frame& frame, const std::string& path) {
+  mFindings.Error("record-size", At(frame.mStart, path), "The fields of the record pass its end.");
+}
+
+void RecordCheck::Walker::Read(const std::string& path, QovRyx::ActionList& /*actions*/) {
+  std::vector<std::uint16_t> types;
+  CopyFromBlock(mCheck.mBlock, types);
+  for (std::size_t i = 0; i < types.size(); ++i) {
+    const std::string element = path + "[" + std::to_string(i) + "]";
+    switch (types[i]) {
+      case QovRyx::RotateAction::kType:
+        mCheck.Check<QovRyx::RotateAction>(element);
+        break;
+      case QovRyx::MoveAction::kType:
+        mCheck.Check<QovRyx::MoveAction>(element);
+        break;
+      case QovRyx::TransformAction::kType:
+        mCheck.Check<QovRyx::TransformAction>(element);
+        break;
+      case QovRyx::ApplyColorAction::kType:
+        mCheck.Check<QovRyx::ApplyColorAction>(element);
+        break;
+      case QovRyx::ApplyViewPointAction::kType:
+        mCheck.Check<QovRyx::ApplyViewPointAction>(element);
+        break;
+      case QovRyx::PlayAudioAction::kType:
+        mCheck.Check<QovRyx::PlayAudioAction>(element);
+        break;
+      default:
+        mCheck.Check<QovRyx::InvalidAction>(element);
+    }
+  }
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,126 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include "Qov/Ryx/BlockVersionedIo.h"
+#include "Qov/Ryx/Sequencer.h"
+#include "Qov/Util/Exception.h"
+#include "check/Finding.h"
+
+namespace Qov::Tools {
+
+/// Checks one record with all that are nested in it: sizes, tags, and that each body ends where
+/// its size says. After damage it goes on behind the record that holds it.
+class RecordCheck {
+ public:
+  /// `place` is where the block's first byte stands in its stream.
+  RecordCheck(QovJbf::Block& block, Place place, Findings& findings)
+      : mBlock(block), mPlace(std::move(place)), mFindings(findings) {}
+
+  /// Throws Abandoned if the record's size is impossible.
+  template <QovJbf::VersionedRecord T>
+  void Check(const std::string& path);
+
+  /// Nothing tells where a record ends, so that what follows cannot be found.
+  struct Abandoned {};
+
+ private:
+  struct Frame {
+    std::uint32_t mStart = 0;
+    std::uint32_t mEnd = 0;
+    std::string mTag;
+  };
+  class Walker;
+
+  Frame OpenFrame(const std::string& path);
+  void CheckTag(const Frame& frame, std::string_view current, const std::string& path);
+  void CheckEnd(const Frame& frame, std::string_view current, const std::string& path);
+  Place At(std::uint32_t position, const std::string& path) const;
+  void ReportLost(const Frame& frame, const std::string& path);
+  std::uint32_t TakeCount();
+
+  QovJbf::Block& mBlock;
+  Place mPlace;
+  Findings& mFindings;
+  std::uint32_t mOuterEnd = 0;  ///< Of the record around the one being read; 0 for none.
+};
+
+/// The walker over the fields: it reads what is no record and checks what is.
+class RecordCheck::Walker {
+ public:
+  Walker(RecordCheck& check, std::string_view tag, const std::string& path)
+      : mCheck(check), mLadder(tag), mPath(path) {}
+
+  Walker& Rung(std::string_view rung) {
+    mOpen = mLadder.Reaches(rung);
+    return *this;
+  }
+  template <class T>
+  Walker& Field(const char* name, T& value) {
+    if (mOpen) Read(mPath.empty() ? name : mPath + "." + name, value);
+    return *this;
+  }
+
+ private:
+  template <class T>
+  void Read(const std::string& /*path*/, T& value) {
+    CopyFromBlock(mCheck.mBlock, value);
+  }
+  template <QovJbf::VersionedRecord T>
+  void Read(const std::string& path, T& /*value*/) {
+    mCheck.Check<T>(path);
+  }
+  template <QovJbf::VersionedRecord T>
+  void Read(const std::string& path, std::vector<T>& /*values*/) {
+    const std::uint32_t count = mCheck.TakeCount();
+    for (std::uint32_t i = 0; i < count; ++i) {
+      mCheck.Check<T>(path + "[" + std::to_string(i) + "]");
+    }
+  }
+  template <class T>
+  requires QovJbf::VersionedRecord<T> || QovJbf::VersionedRecord<typename T::value_type>
+  void Read(const std::string& path, std::map<std::string, T>& /*values*/) {
+    const std::uint32_t count = mCheck.TakeCount();
+    for (std::uint32_t i = 0; i < count; ++i) {
+      std::string key;
+      CopyFromBlock(mCheck.mBlock, key);
+      T unused{};
+      Read(path + "[" + Quoted(key) + "]", unused);
+    }
+  }
+  void Read(const std::string& path, QovRyx::ActionList& actions);
+
+  RecordCheck& mCheck;
+  QovJbf::RungLadder mLadder;
+  const std::string& mPath;
+  bool mOpen = false;
+};
+
+template <QovJbf::VersionedRecord T>
+void RecordCheck::Check(const std::string& path) {
+  const Frame frame = OpenFrame(path);
+  const std::uint32_t outerEnd = mOuterEnd;
+  mOuterEnd = frame.mEnd;
+  CheckTag(frame, T::kTag, path);
+  if constexpr (!QovJbf::KeptRecord<T>) {
+    T record;
+    Walker walker(*this, frame.mTag, path);
+    try {
+      T::Walk(record, walker);
+      CheckEnd(frame, T::kTag, path);
+    } catch (const Util::Exception&) {
+      ReportLost(frame, path);
+    } catch (const Abandoned&) {
+      // The record within was reported.
+    }
+  }
+  mOuterEnd = outerEnd;
+  mBlock.SetPosition(frame.mEnd);
+}
+
+}  // namespace Qov::Tools

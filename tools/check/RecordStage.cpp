@@ -1,0 +1,133 @@
+#include "check/RecordStage.h"
+
+#include <fmt/format.h>
+
+#include "Qov/Ryx/MaterialValues.h"
+#include "Qov/Ryx/ModifierInfo.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Ryx/ViewPoint.h"
+#include "check/RecordCheck.h"
+#include "check/TreeStage.h"
+
+namespace Qov::Tools {
+namespace {
+
+/// Takes a record out of a stream and checks it. Throws EndReached or Abandoned where the next
+/// one cannot be found.
+template <class T>
+void TakeRecord(StreamCursor& cursor, Place place, Findings& findings) {
+  place.mStream = cursor.GetName();
+  place.mByte = cursor.GetPosition();
+  const auto size = cursor.Take<std::uint32_t>();
+  cursor.MoveTo(*place.mByte);
+  // What passes the end of the stream is told by the record's own check.
+  std::string bytes(std::min<std::uint64_t>(size, cursor.GetRemaining()), '\0');
+  if (bytes.size() < size && cursor.IsCutShort()) throw StreamCursor::EndReached{*place.mByte};
+  if (bytes.size() < sizeof size) bytes.resize(sizeof size);
+  cursor.TakeBytes(bytes.data(), bytes.size());
+  QovJbf::Block block;
+  block.Put(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+  block.SetPosition(0);
+  RecordCheck(block, std::move(place), findings).Check<T>("");
+}
+
+Place Part(std::string part) {
+  Place place;
+  place.mPart = std::move(part);
+  return place;
+}
+
+/// Runs a stage that takes records; false if it had to stop.
+template <class Stage>
+bool RunStage(StreamCursor& cursor, const char* what, Findings& findings, Stage stage) {
+  try {
+    stage();
+    return true;
+  } catch (const StreamCursor::EndReached&) {
+    ReportEnd(cursor, {}, what, findings);
+  } catch (const RecordCheck::Abandoned&) {
+    // Reported; what follows in the stream cannot be found.
+  }
+  return false;
+}
+
+void ReportRest(const StreamCursor& cursor, Findings& findings) {
+  if (cursor.IsAtEnd() || cursor.IsCutShort()) return;
+  findings.Warning(
+      "stream-rest", Place::InStream(cursor.GetName(), cursor.GetPosition()),
+      fmt::format("{} bytes follow the last record.", cursor.GetLength() - cursor.GetPosition()));
+}
+
+/// A signed count in the view-point stream; readers take a negative one for 0.
+std::int32_t TakeSignedCount(StreamCursor& cursor, const std::string& part, Findings& findings) {
+  Place place = Place::InStream(cursor.GetName(), cursor.GetPosition());
+  place.mPart = part;
+  const auto count = cursor.Take<std::int32_t>();
+  if (count < 0) findings.Error("view-count", place, fmt::format("The count is {}.", count));
+  return count;
+}
+
+void TakePath(StreamCursor& cursor, Findings& findings) {
+  const std::string part = "path " + Quoted(cursor.TakeText());
+  const std::int32_t count = TakeSignedCount(cursor, part, findings);
+  for (std::int32_t i = 0; i < count; ++i) {
+    TakeRecord<QovRyx::ViewPoint>(cursor, Part(fmt::format("{}, view {}", part, i)), findings);
+  }
+}
+
+void TakeViews(StreamCursor& cursor, Findings& findings) {
+  TakeRecord<QovRyx::ViewPoint>(cursor, Part("current view"), findings);
+  const std::int32_t count = TakeSignedCount(cursor, "paths", findings);
+  for (std::int32_t i = 0; i < count; ++i) TakePath(cursor, findings);
+  TakeRecord<QovRyx::SequencerData>(cursor, Part("sequencer"), findings);
+  ReportRest(cursor, findings);
+}
+
+/// Whether the views can be read by the rules of the file's version.
+bool AreReadable(const std::string& version, Findings& findings) {
+  const Place place = Place::InStream(QovRyx::kViewPoints);
+  if (version == "0.1") {
+    findings.Warning("views-unread", place, "Views of files of version 0.1 are not read.");
+    return false;
+  }
+  if (version != "0.1a" && version != "0.1b" && version != "0.2") return true;
+  findings.Error("views-unread", place,
+                 fmt::format("Views of files of version {} cannot be read: their records have no "
+                             "sizes.",
+                             version));
+  return false;
+}
+
+}  // namespace
+
+void CheckMaterials(Container& container, const ModelContent& model, Findings& findings) {
+  StreamCursor cursor = container.OpenStream(QovRyx::kResources);
+  const bool isThrough = RunStage(cursor, "the materials", findings, [&] {
+    for (const StoredNode& node : model.mNodes) {
+      if (node.GetType() != NodeType::Shape || node.IsOldest()) continue;
+      TakeRecord<QovRyx::MaterialValues>(cursor, node.At(Part("material")), findings);
+    }
+  });
+  if (isThrough && model.mIsComplete) ReportRest(cursor, findings);
+}
+
+void CheckHistory(Container& container, Findings& findings) {
+  if (!container.HasStream(QovRyx::kGlobalInformation)) return;
+  StreamCursor cursor = container.OpenStream(QovRyx::kGlobalInformation);
+  RunStage(cursor, "the history", findings, [&] {
+    const auto count = cursor.Take<std::uint32_t>();
+    for (std::uint32_t i = 0; i < count; ++i) {
+      TakeRecord<QovRyx::ModifierInfo>(cursor, Part(fmt::format("entry {}", i)), findings);
+    }
+    ReportRest(cursor, findings);
+  });
+}
+
+void CheckViews(Container& container, Findings& findings) {
+  if (!container.HasStream(QovRyx::kViewPoints)) return;
+  if (!AreReadable(container.GetVersion(), findings)) return;
+  StreamCursor cursor = container.OpenStream(QovRyx::kViewPoints);
+  RunStage(cursor, "the views", findings, [&] { TakeViews(cursor, findings); });
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "check/Container.h"
+#include "check/ModelContent.h"
+
+namespace Qov::Tools {
+
+/// Checks the materials, which come in step with the tree.
+void CheckMaterials(Container& container, const ModelContent& model, Findings& findings);
+void CheckHistory(Container& container, Findings& findings);
+/// Checks the views, their paths and the sequencer, if there are any.
+void CheckViews(Container& container, Findings& findings);
+
+}  // namespace Qov::Tools

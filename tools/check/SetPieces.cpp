@@ -1,0 +1,80 @@
+#include "check/SetPieces.h"
+
+#include <fmt/format.h>
+
+// name ends: vector<u32>, names: string, value ends: vector<u32>, values: vector<u32>
+
+namespace Qov::Tools {
+namespace {
+
+constexpr std::uint64_t kNumberSize = 4;
+
+/// What is known of a vector of ends once it is read.
+struct Ends {
+  std::uint64_t mPosition = 0;
+  std::uint32_t mCount = 0;
+  std::uint32_t mFirst = 0;
+  std::uint32_t mLast = 0;
+  bool mFalls = false;
+};
+
+Ends TakeEnds(StreamCursor& cursor) {
+  Ends ends;
+  ends.mPosition = cursor.GetPosition();
+  ends.mCount = cursor.TakeCount(kNumberSize);
+  for (std::uint32_t i = 0; i < ends.mCount; ++i) {
+    const auto end = cursor.Take<std::uint32_t>();
+    if (i == 0) ends.mFirst = end;
+    ends.mFalls = ends.mFalls || end < ends.mLast;
+    ends.mLast = end;
+  }
+  return ends;
+}
+
+std::uint32_t PassOverPiece(StreamCursor& cursor, std::uint64_t elementSize) {
+  const std::uint32_t count = cursor.TakeCount(elementSize);
+  cursor.PassOver(count * elementSize);
+  return count;
+}
+
+/// Compares ends with what they cut, which has `length` elements.
+void CheckEnds(const Ends& ends, std::uint32_t length, const char* what, const StoredNode& node,
+               const StreamCursor& cursor, Findings& findings) {
+  std::string trouble;
+  if (ends.mCount != std::uint64_t{node.mNumSets} + 1) {
+    trouble =
+        fmt::format("There are {} sets, but {} ends of {}.", node.mNumSets, ends.mCount, what);
+  } else if (ends.mFirst != 0 || ends.mFalls) {
+    trouble = fmt::format("The ends of {} do not rise from 0.", what);
+  } else if (ends.mLast != length) {
+    trouble =
+        fmt::format("The ends of {} lead to {}, but they end at {}.", what, ends.mLast, length);
+  }
+  if (trouble.empty()) return;
+  findings.Error("set-pieces", node.At(Place::InStream(cursor.GetName(), ends.mPosition)), trouble);
+}
+
+}  // namespace
+
+void CheckSetPieces(StreamCursor& cursor, const StoredNode& node, Findings& findings) {
+  const Ends nameEnds = TakeEnds(cursor);
+  const std::uint32_t namesLength = PassOverPiece(cursor, 1);
+  CheckEnds(nameEnds, namesLength, "names", node, cursor, findings);
+  const Ends valueEnds = TakeEnds(cursor);
+  const std::uint64_t valuesPosition = cursor.GetPosition();
+  const std::uint32_t numValues = PassOverPiece(cursor, kNumberSize);
+  CheckEnds(valueEnds, numValues, "values", node, cursor, findings);
+  if (numValues == node.mNumSetValues) return;
+  findings.Warning("set-count", node.At(Place::InStream(cursor.GetName(), valuesPosition)),
+                   fmt::format("The node says that its sets have {} values; there are {}.",
+                               node.mNumSetValues, numValues));
+}
+
+void PassOverSetPieces(StreamCursor& cursor) {
+  for (const std::uint64_t elementSize :
+       {kNumberSize, std::uint64_t{1}, kNumberSize, kNumberSize}) {
+    PassOverPiece(cursor, elementSize);
+  }
+}
+
+}  // namespace Qov::Tools

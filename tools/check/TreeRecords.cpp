@@ -1,0 +1,146 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <initializer_list>
+#include <limits>
+#include <string_view>
+
+#include "Qov/Ryx/StreamNames.h"
+#include "check/TreeStage.h"
+
+namespace Qov::Tools {
+namespace {
+
+/// Ids and offset, with the lengths of three texts.
+constexpr std::uint64_t kLeastRecordSize = 6 * 4 + 3 * 4 + 4;
+
+bool IsOneOf(const std::string& version, std::initializer_list<std::string_view> known) {
+  return std::find(known.begin(), known.end(), version) != known.end();
+}
+
+bool IsKnownVersion(const StoredNode& node) {
+  switch (node.GetType()) {
+    case NodeType::Group:
+      return IsOneOf(node.mVersion, {"0.0a", "0.1", "0.2", "0.3", "0.4"});
+    case NodeType::Shape:
+      return IsOneOf(node.mVersion, {"0.0a", "0.1", "0.2"});
+    case NodeType::Geometry:
+      return IsOneOf(node.mVersion, {"0.0a", "0.1", "0.2", "0.3", "0.4", "0.5", "0.6", "0.7"});
+    case NodeType::NodeSets:
+      return node.mVersion == "0.1";
+    default:
+      return true;
+  }
+}
+
+StoredNode TakeRecord(StreamCursor& cursor, bool wideOffsets) {
+  StoredNode node;
+  node.mPosition = cursor.GetPosition();
+  for (std::uint32_t* link : {&node.mId, &node.mParent, &node.mPreviousSibling, &node.mNextSibling,
+                              &node.mFirstChild, &node.mLastChild}) {
+    *link = cursor.Take<std::uint32_t>();
+  }
+  for (std::string* text : {&node.mName, &node.mType, &node.mVersion}) *text = cursor.TakeText();
+  node.mLightOffset = wideOffsets ? cursor.Take<std::uint64_t>() : cursor.Take<std::uint32_t>();
+  return node;
+}
+
+class RecordReader {
+ public:
+  RecordReader(StreamCursor& cursor, ModelContent& model, Findings& findings)
+      : mCursor(cursor), mModel(model), mFindings(findings) {}
+
+  void Read(bool wideOffsets);
+
+ private:
+  void Enter(StoredNode node);
+  void CheckId(const StoredNode& node);
+  void CheckKind(const StoredNode& node);
+  Place At(const StoredNode& node) const {
+    return node.At(Place::InStream(QovRyx::kRyxTree, node.mPosition));
+  }
+
+  StreamCursor& mCursor;
+  ModelContent& mModel;
+  Findings& mFindings;
+};
+
+void RecordReader::Read(bool wideOffsets) {
+  const auto count = mCursor.Take<std::int32_t>();
+  if (count < 1) {
+    mFindings.Error("tree-count", Place::InStream(QovRyx::kRyxTree, 0), "The tree has no root.");
+    return;
+  }
+  const auto most = mCursor.GetRemaining() / kLeastRecordSize;
+  mModel.mNodes.reserve(std::min(static_cast<std::uint64_t>(count), most));
+  for (std::int32_t i = 0; i < count; ++i) Enter(TakeRecord(mCursor, wideOffsets));
+  mModel.mIsComplete = true;
+  if (mCursor.IsAtEnd()) return;
+  mFindings.Warning(
+      "stream-rest", Place::InStream(QovRyx::kRyxTree, mCursor.GetPosition()),
+      fmt::format("{} bytes follow the last record.", mCursor.GetLength() - mCursor.GetPosition()));
+}
+
+void RecordReader::Enter(StoredNode node) {
+  CheckId(node);
+  CheckKind(node);
+  mModel.mPositions.emplace(node.mId, mModel.mNodes.size());
+  mModel.mNodes.push_back(std::move(node));
+}
+
+void RecordReader::CheckId(const StoredNode& node) {
+  const bool isFirst = mModel.mNodes.empty();
+  if (isFirst && node.mId != 1) {
+    mFindings.Error("node-id", At(node), "The first record should be the root, of id 1.");
+  } else if (node.mId == 0 || node.mId == std::numeric_limits<std::uint32_t>::max()) {
+    mFindings.Error("node-id", At(node), fmt::format("{} is no id for a node.", node.mId));
+  } else if (mModel.mPositions.contains(node.mId)) {
+    mFindings.Error("node-id", At(node), "There is another node with this id before it.");
+  } else if (!isFirst && node.mId < mModel.mNodes.back().mId) {
+    mFindings.Warning("node-order", At(node),
+                      fmt::format("It stands behind node {}, out of the order of the ids.",
+                                  mModel.mNodes.back().mId));
+  }
+}
+
+void RecordReader::CheckKind(const StoredNode& node) {
+  if (node.GetType() == NodeType::Unknown && node.mType != "FutureNode") {
+    mFindings.Warning("node-type", At(node),
+                      fmt::format("Nodes of type {} are not known; only the name would be kept.",
+                                  Quoted(node.mType)));
+  }
+  if (IsKnownVersion(node)) return;
+  mFindings.Warning("node-version", At(node),
+                    fmt::format("Version {} of a {} is not known; readers guess its layout.",
+                                Quoted(node.mVersion), node.mType));
+}
+
+}  // namespace
+
+void ReportEnd(const StreamCursor& cursor, Place place, const char* what, Findings& findings) {
+  place.mStream = cursor.GetName();
+  place.mByte = cursor.GetPosition();
+  if (cursor.IsCutShort()) {
+    findings.Warning(
+        "unchecked", std::move(place),
+        fmt::format("The stream is damaged: from here on {} cannot be checked.", what));
+  } else if (cursor.GetLength() == 0) {
+    findings.Error("stream-missing", std::move(place),
+                   fmt::format("The stream is missing or empty, but {} should be in it.", what));
+  } else {
+    findings.Error("stream-end", std::move(place),
+                   fmt::format("The stream ends after {} bytes, in the midst of {}.",
+                               cursor.GetLength(), what));
+  }
+}
+
+void ReadTreeRecords(Container& container, ModelContent& model, Findings& findings) {
+  StreamCursor cursor = container.OpenStream(QovRyx::kRyxTree);
+  try {
+    RecordReader(cursor, model, findings).Read(container.HasWideOffsets());
+  } catch (const StreamCursor::EndReached&) {
+    ReportEnd(cursor, {}, "the tree", findings);
+  }
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,99 @@
+#include "diff/DiffReporting.h"
+
+#include <fmt/format.h>
+
+#include <bit>
+
+namespace Qov::Tools {
+namespace {
+
+std::string PathText(const std::vector<std::string>& path) {
+  std::string text;
+  for (std::size_t i = 0; i < path.size(); ++i) text += (i == 0 ? "" : "/") + path[i];
+  return text;
+}
+
+/// "Plate/Skin [Geometry], result Stress: ..."
+std::string DifferenceText(const ModelDifference& difference) {
+  std::string text;
+  if (difference.mNodeA || difference.mNodeB) {
+    text = fmt::format("{} [{}]", PathText(difference.mPath), difference.mType);
+  }
+  if (difference.mPositionA || difference.mPositionB) text += ", result " + difference.mResult;
+  return text + (text.empty() ? "" : ": ") + difference.mText;
+}
+
+std::string CountsText(const char* what, const DiffReport::Counts& counts,
+                       const std::string& same) {
+  return fmt::format("{}: {} in both{}, {} only in A, {} only in B", what, counts.mInBoth, same,
+                     counts.mOnlyInA, counts.mOnlyInB);
+}
+
+/// An element as a number; JSON tells nothing of the bits of a NaN.
+Json ElementJson(std::uint32_t bits, bool integer) {
+  if (integer) return bits;
+  return JsonFloat(std::bit_cast<float>(bits));
+}
+
+Json ValuesJson(const ValueComparison& values) {
+  return {{"count", values.mNumValues},
+          {"differing", values.mNumDiffering},
+          {"largest", JsonNumber(values.mDifference)},
+          {"position", values.mPosition},
+          {"a", ElementJson(values.mBitsA, values.mIntegers)},
+          {"b", ElementJson(values.mBitsB, values.mIntegers)}};
+}
+
+Json PathJson(const std::vector<std::string>& path) {
+  Json json = Json::array();
+  for (const std::string& name : path) json.push_back(JsonText(name));
+  return json;
+}
+
+Json DifferenceJson(const ModelDifference& difference) {
+  Json json = {{"code", difference.mCode}, {"text", JsonText(difference.mText)}};
+  if (difference.mNodeA || difference.mNodeB) {
+    json["path"] = PathJson(difference.mPath);
+    json["type"] = JsonText(difference.mType);
+  }
+  if (difference.mNodeA) json["nodeA"] = *difference.mNodeA;
+  if (difference.mNodeB) json["nodeB"] = *difference.mNodeB;
+  if (difference.mPositionA || difference.mPositionB) {
+    json["result"] = JsonText(difference.mResult);
+  }
+  if (difference.mPositionA) json["resultA"] = *difference.mPositionA;
+  if (difference.mPositionB) json["resultB"] = *difference.mPositionB;
+  if (difference.mValues) json["values"] = ValuesJson(*difference.mValues);
+  return json;
+}
+
+}  // namespace
+
+void PrintReport(const DiffReport& report, Output& output) {
+  for (const ModelDifference& difference : report.mDifferences) {
+    output.Line(Escape(DifferenceText(difference), output.GetStyle()));
+  }
+  output.Line(CountsText("nodes", report.mNodes, ""));
+  output.Line(
+      CountsText("results", report.mResults, fmt::format(" ({} the same)", report.mResults.mSame)));
+  const std::size_t count = report.mDifferences.size();
+  output.Line(count == 0 ? "no differences"
+                         : fmt::format("{} difference{}", count, count == 1 ? "" : "s"));
+}
+
+void AddJson(const DiffReport& report, Json& document) {
+  document["same"] = report.mDifferences.empty();
+  document["nodes"] = {{"both", report.mNodes.mInBoth},
+                       {"onlyInA", report.mNodes.mOnlyInA},
+                       {"onlyInB", report.mNodes.mOnlyInB}};
+  document["results"] = {{"both", report.mResults.mInBoth},
+                         {"same", report.mResults.mSame},
+                         {"onlyInA", report.mResults.mOnlyInA},
+                         {"onlyInB", report.mResults.mOnlyInB}};
+  Json& differences = document["differences"] = Json::array();
+  for (const ModelDifference& difference : report.mDifferences) {
+    differences.push_back(DifferenceJson(difference));
+  }
+}
+
+}  // namespace Qov::Tools

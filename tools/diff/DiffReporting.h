@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Json.h"
+#include "Output.h"
+#include "diff/Difference.h"
+
+namespace Qov::Tools {
+
+/// A line for each difference, and a summary.
+void PrintReport(const DiffReport& report, Output& output);
+
+/// The same as members of a document (docs/json/diff.md).
+void AddJson(const DiffReport& report, Json& document);
+
+}  // namespace Qov::Tools

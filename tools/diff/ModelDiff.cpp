@@ -1,0 +1,156 @@
+#include "diff/ModelDiff.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <map>
+#include <vector>
+
+#include "ErrorText.h"
+#include "diff/AttributeDiff.h"
+#include "diff/RecordDiff.h"
+#include "diff/ResultDiff.h"
+#include "diff/StateDiff.h"
+
+namespace Qov::Tools {
+namespace {
+
+using QovRyx::Geometry;
+using QovRyx::Group;
+using QovRyx::NodeSets;
+using QovRyx::Shape;
+
+const QovRyx::Node* NodeOf(const PathTree::Item& item) {
+  return item.mEntry == nullptr ? nullptr : item.mEntry->mData.get();
+}
+
+/// Compares what nodes of one path hold.
+class NodeDiff {
+ public:
+  NodeDiff(const NodeMatching& matching, const DiffOptions& options, DiffReport& report)
+      : mMatching(matching),
+        mOptions(options),
+        mReport(report),
+        mResults(matching, options, report) {}
+
+  void Run();
+
+ private:
+  void Compare(const NodePair& pair);
+  void CompareGroups(const NodePair& pair, const Group& a, const Group& b);
+  void CompareMaterials(const NodePair& pair, const Shape& a, const Shape& b);
+  void CompareSets(const NodePair& pair, const NodeSets& a, const NodeSets& b);
+  void CompareSetLists(const NodePair& pair, const std::vector<NodeSets::Set>& a,
+                       const std::vector<NodeSets::Set>& b);
+  void CompareAttributes(const NodePair& pair, const QovUtil::AttributeMap& a,
+                         const QovUtil::AttributeMap& b);
+  void Add(const NodePair& pair, const char* code, std::string text) {
+    mReport.mDifferences.push_back(mMatching.MakeDifference(pair, code, std::move(text)));
+  }
+  template <class T, class Function>
+  void IfBoth(const NodePair& pair, Function function) {
+    const auto* a = dynamic_cast<const T*>(NodeOf(mMatching.GetA(pair)));
+    const auto* b = dynamic_cast<const T*>(NodeOf(mMatching.GetB(pair)));
+    if (a != nullptr && b != nullptr) function(*a, *b);
+  }
+
+  const NodeMatching& mMatching;
+  const DiffOptions& mOptions;
+  DiffReport& mReport;
+  ResultDiff mResults;
+};
+
+void NodeDiff::Run() {
+  for (const NodePair& pair : mMatching.GetPairs()) {
+    IfBoth<Geometry>(pair, [&](auto& a, auto& b) { mResults.Match(pair, a, b); });
+  }
+  for (const NodePair& pair : mMatching.GetPairs()) Compare(pair);
+  mResults.CompareAllValues();
+}
+
+void NodeDiff::Compare(const NodePair& pair) {
+  IfBoth<Group>(pair, [&](auto& a, auto& b) { CompareGroups(pair, a, b); });
+  IfBoth<Shape>(pair, [&](auto& a, auto& b) { CompareMaterials(pair, a, b); });
+  IfBoth<Geometry>(pair, [&](auto& a, auto& b) { mResults.CompareDescriptors(pair, a, b); });
+  IfBoth<NodeSets>(pair, [&](auto& a, auto& b) { CompareSets(pair, a, b); });
+}
+
+template <class T>
+void AppendIfDifferent(std::string& text, const char* name, const T& a, const T& b) {
+  if (std::memcmp(&a, &b, sizeof a) == 0) return;
+  if (!text.empty()) text += ", ";
+  text += name;
+}
+
+void NodeDiff::CompareGroups(const NodePair& pair, const Group& a, const Group& b) {
+  CompareAttributes(pair, a.mAttributes, b.mAttributes);
+  if (!mOptions.Compares("groups")) return;
+  std::string fields;
+  AppendIfDifferent(fields, "translation", a.mTranslation, b.mTranslation);
+  AppendIfDifferent(fields, "rotation", a.mRotation, b.mRotation);
+  AppendIfDifferent(fields, "scale", a.mScale, b.mScale);
+  AppendIfDifferent(fields, "whether it takes models", a.mTakesModels, b.mTakesModels);
+  if (!fields.empty()) Add(pair, "group", "the group differs: " + fields);
+}
+
+void NodeDiff::CompareMaterials(const NodePair& pair, const Shape& a, const Shape& b) {
+  if (!mOptions.Compares("materials")) return;
+  const std::string fields = DiffRecords(a.mMaterial.mValues, b.mMaterial.mValues);
+  if (!fields.empty()) Add(pair, "material", "the material differs: " + fields);
+}
+
+void NodeDiff::CompareAttributes(const NodePair& pair, const QovUtil::AttributeMap& a,
+                                 const QovUtil::AttributeMap& b) {
+  if (!mOptions.Compares("attributes")) return;
+  const std::string text = DiffAttributes(a, b);
+  if (!text.empty()) Add(pair, "attributes", text);
+}
+
+void NodeDiff::CompareSets(const NodePair& pair, const NodeSets& a, const NodeSets& b) {
+  if (!mOptions.Compares("node-sets")) return;
+  try {
+    CompareSetLists(pair, a.GetSets(), b.GetSets());
+  } catch (const std::exception& error) {
+    Add(pair, "unreadable", "the sets cannot be compared: " + DescribeError(error, {}));
+  }
+}
+
+/// Sets of one name are matched in order.
+void NodeDiff::CompareSetLists(const NodePair& pair, const std::vector<NodeSets::Set>& a,
+                               const std::vector<NodeSets::Set>& b) {
+  std::multimap<std::string, const NodeSets::Set*> setsOfB;
+  for (const NodeSets::Set& set : b) setsOfB.emplace(set.mName, &set);
+  for (const NodeSets::Set& set : a) {
+    const std::string what = "set " + set.mName;
+    const auto [found, end] = setsOfB.equal_range(set.mName);
+    if (found == end) {
+      Add(pair, "node-set", what + ": only in A");
+      continue;
+    }
+    const std::vector<std::uint32_t>& values = found->second->mValues;
+    if (set.mValues.size() != values.size()) {
+      Add(pair, "node-set",
+          fmt::format("{}: {} and {} values", what, set.mValues.size(), values.size()));
+    } else if (set.mValues != values) {
+      const auto first = std::mismatch(values.begin(), values.end(), set.mValues.begin()).first;
+      Add(pair, "node-set",
+          fmt::format("{}: the values differ from position {} on", what, first - values.begin()));
+    }
+    setsOfB.erase(found);
+  }
+  for (const auto& [name, set] : setsOfB) Add(pair, "node-set", "set " + name + ": only in B");
+}
+
+}  // namespace
+
+DiffReport DiffModels(const QovRyx::Tree& a, const QovRyx::Tree& b, const DiffOptions& options) {
+  DiffReport report;
+  CompareStates(a, b, options, report);
+  const NodeMatching matching(a.GetNodes(), b.GetNodes(), options, report);
+  NodeDiff(matching, options, report).Run();
+  return report;
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,92 @@
+#include "diff/NodeMatching.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+#include <string>
+
+namespace Qov::Tools {
+namespace {
+
+std::string KeyOf(const PathTree::Item& item) {
+  return fmt::format("{}\n{}\n{}", item.mOccurrence, item.mType, item.mName);
+}
+
+}  // namespace
+
+NodeMatching::NodeMatching(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b,
+                           const DiffOptions& options, DiffReport& report)
+    : mTreeA(a), mTreeB(b), mOptions(options), mReport(report) {
+  std::vector<NodePair> open{{PathTree::kTop, PathTree::kTop}};
+  while (!open.empty()) {
+    const NodePair pair = open.back();
+    open.pop_back();
+    if (pair.mItemA != PathTree::kTop) mPairs.push_back(pair);
+    MatchChildren(pair, open);
+  }
+  mReport.mNodes.mInBoth = mPairs.size();
+  mReport.mNodes.mOnlyInA = mTreeA.GetNumNodes() - mPairs.size();
+  mReport.mNodes.mOnlyInB = mTreeB.GetNumNodes() - mPairs.size();
+}
+
+void NodeMatching::MatchChildren(const NodePair& parent, std::vector<NodePair>& open) {
+  const auto& itemsA = mTreeA.GetItems();
+  const auto& itemsB = mTreeB.GetItems();
+  std::unordered_map<std::string, std::size_t> childrenOfB;
+  for (const std::size_t child : itemsB[parent.mItemB].mChildren) {
+    childrenOfB.emplace(KeyOf(itemsB[child]), child);
+  }
+  std::vector<NodePair> matched;
+  bool inOrder = true;
+  for (const std::size_t child : itemsA[parent.mItemA].mChildren) {
+    const auto found = childrenOfB.find(KeyOf(itemsA[child]));
+    if (found == childrenOfB.end()) {
+      ReportOnly(mTreeA, child, true);
+      continue;
+    }
+    inOrder = inOrder && (matched.empty() || matched.back().mItemB < found->second);
+    matched.push_back({child, found->second});
+    childrenOfB.erase(found);
+  }
+  for (const std::size_t child : itemsB[parent.mItemB].mChildren) {
+    if (childrenOfB.contains(KeyOf(itemsB[child]))) ReportOnly(mTreeB, child, false);
+  }
+  if (!inOrder && mOptions.Compares("order")) ReportOrder(parent);
+  open.insert(open.end(), matched.rbegin(), matched.rend());
+}
+
+/// What is beneath a node that only one model has is counted, not listed.
+void NodeMatching::ReportOnly(const PathTree& tree, std::size_t item, bool inA) {
+  const PathTree::Item& node = tree.GetItems()[item];
+  ModelDifference difference;
+  difference.mCode = inA ? "only-in-a" : "only-in-b";
+  difference.mPath = tree.GetPath(item);
+  difference.mType = node.mType;
+  (inA ? difference.mNodeA : difference.mNodeB) = node.mId;
+  difference.mText = fmt::format("only in {}", inA ? "A" : "B");
+  if (node.mNumBeneath != 0) {
+    difference.mText += fmt::format(", with {} node{} beneath it", node.mNumBeneath,
+                                    node.mNumBeneath == 1 ? "" : "s");
+  }
+  mReport.mDifferences.push_back(std::move(difference));
+}
+
+void NodeMatching::ReportOrder(const NodePair& parent) {
+  mReport.mDifferences.push_back(
+      MakeDifference(parent, "order", "the order of the nodes beneath it differs"));
+}
+
+ModelDifference NodeMatching::MakeDifference(const NodePair& pair, const char* code,
+                                             std::string text) const {
+  ModelDifference difference;
+  difference.mCode = code;
+  difference.mText = std::move(text);
+  if (pair.mItemA == PathTree::kTop) return difference;
+  difference.mPath = mTreeA.GetPath(pair.mItemA);
+  difference.mType = GetA(pair).mType;
+  difference.mNodeA = GetA(pair).mId;
+  difference.mNodeB = GetB(pair).mId;
+  return difference;
+}
+
+}  // namespace Qov::Tools

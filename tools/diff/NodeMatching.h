@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "diff/Difference.h"
+#include "diff/PathTree.h"
+
+namespace Qov::Tools {
+
+/// A node that is in both models: of the same path, that is names, types and positions among
+/// equal ones.
+struct NodePair {
+  std::size_t mItemA = 0;
+  std::size_t mItemB = 0;
+};
+
+/// Matches the nodes of two models. Takes time in proportion to their number.
+class NodeMatching {
+ public:
+  /// Adds what is in one model only, and changes of order, to `report`, with its counts.
+  NodeMatching(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b, const DiffOptions& options,
+               DiffReport& report);
+
+  /// Parents before children, as in A.
+  const std::vector<NodePair>& GetPairs() const { return mPairs; }
+  const PathTree::Item& GetA(const NodePair& pair) const { return mTreeA.GetItems()[pair.mItemA]; }
+  const PathTree::Item& GetB(const NodePair& pair) const { return mTreeB.GetItems()[pair.mItemB]; }
+  /// A difference that is about both nodes.
+  ModelDifference MakeDifference(const NodePair& pair, const char* code, std::string text) const;
+
+ private:
+  void MatchChildren(const NodePair& parent, std::vector<NodePair>& open);
+  void ReportOnly(const PathTree& tree, std::size_t item, bool inA);
+  void ReportOrder(const NodePair& parent);
+
+  PathTree mTreeA;
+  PathTree mTreeB;
+  const DiffOptions& mOptions;
+  DiffReport& mReport;
+  std::vector<NodePair> mPairs;
+};
+
+}  // namespace Qov::Tools

@@ -1,0 +1,76 @@
+#include "diff/PathTree.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "TreeWalk.h"
+
+namespace Qov::Tools {
+namespace {
+
+PathTree::Item MakeItem(const TreeWalk::Step& step) {
+  PathTree::Item item;
+  item.mId = step.mId;
+  if (step.mEntry == nullptr) {
+    item.mType = "missing node";
+  } else if (step.mAgain) {
+    item.mType = "node once more";
+  } else {
+    item.mEntry = step.mEntry;
+    const QovRyx::Node* node = step.mEntry->mData.get();
+    item.mType = node == nullptr ? "without content" : node->GetType();
+    item.mName = node == nullptr ? "" : node->GetName();
+  }
+  if (step.mAstray) item.mType += ", reached by no link";
+  return item;
+}
+
+}  // namespace
+
+PathTree::PathTree(const QovRyx::NodeTree& nodes) {
+  mItems.emplace_back();
+  std::vector<std::size_t> path{kTop};  // by depth, one more than the walk's
+  TreeWalk walk(nodes);
+  while (const auto step = walk.Next()) {
+    path.resize(step->mDepth + 1);
+    Item item = MakeItem(*step);
+    item.mParent = path.back();
+    mItems[item.mParent].mChildren.push_back(mItems.size());
+    path.push_back(mItems.size());
+    mItems.push_back(std::move(item));
+  }
+  CountOccurrences();
+  CountBeneath();
+}
+
+void PathTree::CountOccurrences() {
+  for (const Item& parent : mItems) {
+    std::unordered_map<std::string, std::size_t> counts;
+    for (const std::size_t child : parent.mChildren) {
+      mItems[child].mOccurrence = counts[mItems[child].mType + '\0' + mItems[child].mName]++;
+    }
+  }
+}
+
+void PathTree::CountBeneath() {
+  for (std::size_t i = mItems.size(); --i > 0;) {
+    mItems[mItems[i].mParent].mNumBeneath += mItems[i].mNumBeneath + 1;
+  }
+}
+
+std::vector<std::string> PathTree::GetPath(std::size_t item) const {
+  constexpr std::size_t kMostNames = 40;
+  std::vector<std::string> path;
+  for (; item != kTop && path.size() < kMostNames; item = mItems[item].mParent) {
+    const std::size_t occurrence = mItems[item].mOccurrence;
+    const std::string mark = occurrence == 0 ? "" : fmt::format("[{}]", occurrence + 1);
+    path.push_back(mItems[item].mName + mark);
+  }
+  if (item != kTop) path.push_back("...");
+  std::reverse(path.begin(), path.end());
+  return path;
+}
+
+}  // namespace Qov::Tools

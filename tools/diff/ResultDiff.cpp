@@ -1,0 +1,211 @@
+#include "diff/ResultDiff.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <numeric>
+#include <tuple>
+#include <utility>
+
+#include "ModelStatistics.h"
+#include "Qov/Ryx/Progress.h"
+#include "ValueText.h"
+#include "diff/AttributeDiff.h"
+
+namespace Qov::Tools {
+namespace {
+
+using QovRyx::Geometry;
+using Variable = Geometry::VarStruct;
+
+auto CarriedOf(const Variable& variable) {
+  return std::tie(variable.mFlag, variable.mFlag1, variable.mFlag2, variable.mFlag3,
+                  variable.mValue1, variable.mValue2);
+}
+
+std::string LinkText(const Variable& variable) {
+  if (!variable.mLinked) return "not linked";
+  return fmt::format("linked to node {}, result {}", variable.mLink.mNode,
+                     variable.mLink.mVariable);
+}
+
+std::string ValuesText(const ValueComparison& comparison, std::uint8_t width) {
+  const std::uint64_t items = std::max<std::uint64_t>(width, 1);
+  std::string place = fmt::format("item {}", comparison.mPosition / items);
+  if (width > 1) place += fmt::format(", component {}", comparison.mPosition % items);
+  return fmt::format("{} of {} values differ, most at {}: {} and {}", comparison.mNumDiffering,
+                     comparison.mNumValues, place,
+                     ElementText(comparison.mBitsA, comparison.mIntegers),
+                     ElementText(comparison.mBitsB, comparison.mIntegers));
+}
+
+}  // namespace
+
+void ResultDiff::Match(const NodePair& pair, const Geometry& a, const Geometry& b) {
+  std::unordered_map<std::string, std::vector<std::uint32_t>> positionsInB;
+  for (std::size_t i = b.GetVariables().size(); i-- > 0;) {
+    positionsInB[b.GetVariables()[i].mName].push_back(static_cast<std::uint32_t>(i));
+  }
+  Matched& matched = mMatched[mMatching.GetA(pair).mId];
+  matched.mNodeB = mMatching.GetB(pair).mId;
+  for (const Variable& variable : a.GetVariables()) {
+    const auto found = positionsInB.find(variable.mName);
+    const bool isMatched = found != positionsInB.end() && !found->second.empty();
+    matched.mPositions.push_back(isMatched ? found->second.back() : kUnmatched);
+    if (isMatched) found->second.pop_back();
+  }
+}
+
+void ResultDiff::CompareDescriptors(const NodePair& pair, const Geometry& a, const Geometry& b) {
+  const Matched& matched = mMatched.at(mMatching.GetA(pair).mId);
+  std::vector<bool> isInA(b.GetVariables().size());
+  bool inOrder = true;
+  std::size_t next = 0;
+  for (std::size_t i = 0; i < a.GetVariables().size(); ++i) {
+    const std::uint32_t inB = matched.mPositions[i];
+    if (inB == kUnmatched) {
+      ReportOnly(pair, a.GetVariables()[i], i, true);
+      continue;
+    }
+    isInA[inB] = true;
+    inOrder = inOrder && inB >= next;
+    next = inB;
+    CompareResult({&pair, &a.GetVariables()[i], &b.GetVariables()[inB], i, inB});
+  }
+  for (std::size_t i = 0; i < isInA.size(); ++i) {
+    if (!isInA[i]) ReportOnly(pair, b.GetVariables()[i], i, false);
+  }
+  if (inOrder || !mOptions.Compares("order")) return;
+  mReport.mDifferences.push_back(
+      mMatching.MakeDifference(pair, "order", "the order of the results differs"));
+}
+
+void ResultDiff::ReportOnly(const NodePair& pair, const Variable& variable, std::size_t position,
+                            bool inA) {
+  ModelDifference difference = mMatching.MakeDifference(pair, inA ? "only-in-a" : "only-in-b",
+                                                        fmt::format("only in {}", inA ? "A" : "B"));
+  difference.mResult = variable.mName;
+  (inA ? difference.mPositionA : difference.mPositionB) = position;
+  ++(inA ? mReport.mResults.mOnlyInA : mReport.mResults.mOnlyInB);
+  mReport.mDifferences.push_back(std::move(difference));
+}
+
+ModelDifference ResultDiff::MakeDifference(const ResultPair& results, const char* code,
+                                           std::string text) const {
+  ModelDifference difference = mMatching.MakeDifference(*results.mNodes, code, std::move(text));
+  difference.mResult = results.mA->mName;
+  difference.mPositionA = results.mPositionA;
+  difference.mPositionB = results.mPositionB;
+  return difference;
+}
+
+void ResultDiff::Add(const ResultPair& results, const char* code, std::string text) {
+  mDiffering.insert(results.mA);
+  mReport.mDifferences.push_back(MakeDifference(results, code, std::move(text)));
+}
+
+void ResultDiff::CompareResult(const ResultPair& results) {
+  const Variable& a = *results.mA;
+  const Variable& b = *results.mB;
+  ++mReport.mResults.mInBoth;
+  if (a.mKind != b.mKind || a.mKindHighByte != b.mKindHighByte) {
+    Add(results, "kind", fmt::format("kind {} and {}", KindText(a), KindText(b)));
+  }
+  if (mOptions.Compares("flags") && CarriedOf(a) != CarriedOf(b)) {
+    Add(results, "flags", "the carried flags and values differ");
+  }
+  if (mOptions.Compares("attributes")) {
+    const std::string text = DiffAttributes(a.mAttributes, b.mAttributes);
+    if (!text.empty()) Add(results, "attributes", text);
+  }
+  const bool isSameLink = a.mLinked && b.mLinked && LeadToTheSame(a, b);
+  if (mOptions.Compares("links") && !isSameLink && (a.mLinked || b.mLinked)) {
+    Add(results, "link", fmt::format("{} in A, {} in B", LinkText(a), LinkText(b)));
+  }
+  // What both share is compared where it is.
+  if (!isSameLink) CompareShape(results);
+}
+
+void ResultDiff::CompareShape(const ResultPair& results) {
+  const QovRyx::NumericArray& a = results.mA->mValues;
+  const QovRyx::NumericArray& b = results.mB->mValues;
+  if (a.GetWidth() != b.GetWidth()) {
+    Add(results, "width", fmt::format("width {} and {}", a.GetWidth(), b.GetWidth()));
+  }
+  if (a.GetSize() != b.GetSize()) {
+    const bool tellsApart = CountText(a) != CountText(b);
+    Add(results, "count",
+        tellsApart ? fmt::format("{} and {} items", CountText(a), CountText(b))
+                   : fmt::format("{} and {} bytes", a.GetSize(), b.GetSize()));
+  }
+  const bool canCompare = a.GetNumElements() == b.GetNumElements() && a.GetNumElements() != 0;
+  if (!canCompare || !mOptions.Compares("values")) return;
+  mTasks.push_back({results, mReport.mDifferences.size()});
+}
+
+/// Whether both links lead to one result that is in both models, or to the same nowhere.
+bool ResultDiff::LeadToTheSame(const Variable& a, const Variable& b) const {
+  const auto found = mMatched.find(a.mLink.mNode);
+  if (found == mMatched.end() || a.mLink.mVariable >= found->second.mPositions.size()) {
+    return a.mLink == b.mLink && a.mValues.GetSize() == 0 && b.mValues.GetSize() == 0;
+  }
+  return b.mLink.mNode == found->second.mNodeB &&
+         b.mLink.mVariable == found->second.mPositions[a.mLink.mVariable];
+}
+
+void ResultDiff::CompareAllValues() {
+  std::stable_sort(mTasks.begin(), mTasks.end(), [this](const Task& left, const Task& right) {
+    const auto key = [this](const Task& task) {
+      const Variable& variable = *task.mResults.mA;
+      return std::make_tuple(variable.mLinked, !variable.IsIntegerKind(),
+                             mMatching.GetA(*task.mResults.mNodes).mId);
+    };
+    return key(left) < key(right);
+  });
+  const QovRyx::ProgressReport progress(CountBytesToCompare());
+  std::multimap<std::size_t, ModelDifference> found;
+  for (const Task& task : mTasks) {
+    QovRyx::ProgressReport::Advance(task.mResults.mA->mValues.GetSize());
+    ValueComparison comparison = CompareValuesOnce(task);
+    if (comparison.IsEqual()) continue;
+    mDiffering.insert(task.mResults.mA);
+    const bool isTrouble = !comparison.mTrouble.empty();
+    ModelDifference difference =
+        MakeDifference(task.mResults, isTrouble ? "unreadable" : "values",
+                       isTrouble ? "the values cannot be compared: " + comparison.mTrouble
+                                 : ValuesText(comparison, task.mResults.mA->mValues.GetWidth()));
+    if (!isTrouble) difference.mValues = std::move(comparison);
+    found.emplace(task.mNumBefore, std::move(difference));
+  }
+  std::vector<ModelDifference> all;
+  for (std::size_t i = 0; i <= mReport.mDifferences.size(); ++i) {
+    for (auto [at, end] = found.equal_range(i); at != end; ++at)
+      all.push_back(std::move(at->second));
+    if (i < mReport.mDifferences.size()) all.push_back(std::move(mReport.mDifferences[i]));
+  }
+  mReport.mDifferences = std::move(all);
+  mReport.mResults.mSame = mReport.mResults.mInBoth - mDiffering.size();
+}
+
+std::uint64_t ResultDiff::CountBytesToCompare() const {
+  return std::accumulate(mTasks.begin(), mTasks.end(), std::uint64_t{0},
+                         [](std::uint64_t sum, const Task& task) {
+                           return sum + task.mResults.mA->mValues.GetSize();
+                         });
+}
+
+/// Many links can lead to the same two arrays.
+ValueComparison ResultDiff::CompareValuesOnce(const Task& task) {
+  const Variable& a = *task.mResults.mA;
+  const Variable& b = *task.mResults.mB;
+  const bool integers = HoldsIntegers(a) && HoldsIntegers(b);
+  const Tolerance* tolerance = mOptions.mTolerances.Find(a.mName);
+  if (!a.mLinked && !b.mLinked) return CompareValues(a.mValues, b.mValues, integers, tolerance);
+  const auto [known, isNew] = mCompared.try_emplace(
+      {a.mValues.GetLoader().get(), b.mValues.GetLoader().get(), tolerance, integers});
+  if (isNew) known->second = CompareValues(a.mValues, b.mValues, integers, tolerance);
+  return known->second;
+}
+
+}  // namespace Qov::Tools

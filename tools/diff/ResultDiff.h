@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <tuple>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "diff/NodeMatching.h"
+
+namespace Qov::Tools {
+
+/// Compares the results of the geometries that are in both models: first what their descriptors
+/// say, then the values, two arrays at a time, in the order in which A holds them.
+class ResultDiff {
+ public:
+  ResultDiff(const NodeMatching& matching, const DiffOptions& options, DiffReport& report)
+      : mMatching(matching), mOptions(options), mReport(report) {}
+
+  /// Matches results of one name in order. To be called for all pairs of geometries before the
+  /// others.
+  void Match(const NodePair& pair, const QovRyx::Geometry& a, const QovRyx::Geometry& b);
+  void CompareDescriptors(const NodePair& pair, const QovRyx::Geometry& a,
+                          const QovRyx::Geometry& b);
+  /// Adds what differs to the report, each where its result's other differences are.
+  void CompareAllValues();
+
+ private:
+  using Variable = QovRyx::Geometry::VarStruct;
+  static constexpr std::uint32_t kUnmatched = 0xFFFFFFFF;
+
+  struct ResultPair {
+    const NodePair* mNodes = nullptr;
+    const Variable* mA = nullptr;
+    const Variable* mB = nullptr;
+    std::size_t mPositionA = 0;
+    std::size_t mPositionB = 0;
+  };
+  struct Task {
+    ResultPair mResults;
+    std::size_t mNumBefore = 0;  ///< How many differences stand before what it finds.
+  };
+  /// The positions in B of the results of a geometry of A.
+  struct Matched {
+    std::uint32_t mNodeB = 0;
+    std::vector<std::uint32_t> mPositions;
+  };
+
+  void CompareResult(const ResultPair& results);
+  void CompareShape(const ResultPair& results);
+  bool LeadToTheSame(const Variable& a, const Variable& b) const;
+  std::uint64_t CountBytesToCompare() const;
+  ValueComparison CompareValuesOnce(const Task& task);
+  void ReportOnly(const NodePair& pair, const Variable& variable, std::size_t position, bool inA);
+  ModelDifference MakeDifference(const ResultPair& results, const char* code,
+                                 std::string text) const;
+  void Add(const ResultPair& results, const char* code, std::string text);
+
+  const NodeMatching& mMatching;
+  const DiffOptions& mOptions;
+  DiffReport& mReport;
+  std::unordered_map<std::uint32_t, Matched> mMatched;  ///< By the id of A's node.
+  std::vector<Task> mTasks;
+  std::map<std::tuple<const QovRyx::DataLoader*, const QovRyx::DataLoader*, const Tolerance*, bool>,
+           ValueComparison>
+      mCompared;                                   ///< Of linked results.
+  std::unordered_set<const Variable*> mDiffering;  ///< Of A.
+};
+
+}  // namespace Qov::Tools

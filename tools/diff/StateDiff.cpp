@@ -1,0 +1,96 @@
+#include "diff/StateDiff.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "diff/RecordDiff.h"
+
+namespace Qov::Tools {
+namespace {
+
+using QovRyx::Tree;
+using QovRyx::ViewPointPath;
+
+class StateComparison {
+ public:
+  explicit StateComparison(DiffReport& report) : mReport(report) {}
+
+  void CompareHistory(const Tree& a, const Tree& b);
+  void CompareViews(const Tree& a, const Tree& b);
+  void Add(const char* code, std::string text) {
+    ModelDifference difference;
+    difference.mCode = code;
+    difference.mText = std::move(text);
+    mReport.mDifferences.push_back(std::move(difference));
+  }
+
+ private:
+  template <class T>
+  void CompareRecords(const char* code, const std::string& what, const T& a, const T& b) {
+    const std::string fields = DiffRecords(a, b);
+    if (!fields.empty()) Add(code, fmt::format("{} differs: {}", what, fields));
+  }
+  template <class T>
+  void CompareLists(const char* code, const std::string& what, const std::vector<T>& a,
+                    const std::vector<T>& b) {
+    if (a.size() != b.size()) Add(code, fmt::format("{}: {} and {}", what, a.size(), b.size()));
+    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
+      CompareRecords(code, fmt::format("{} {}", what, i + 1), a[i], b[i]);
+    }
+  }
+  void ComparePaths(const std::vector<ViewPointPath>& a, const std::vector<ViewPointPath>& b);
+
+  DiffReport& mReport;
+};
+
+void StateComparison::CompareHistory(const Tree& a, const Tree& b) {
+  CompareLists("history", "history entry", a.GetModifiers(), b.GetModifiers());
+}
+
+void StateComparison::CompareViews(const Tree& a, const Tree& b) {
+  if (a.HasViewPoints() != b.HasViewPoints()) {
+    const bool inA = a.HasViewPoints();
+    Add(inA ? "only-in-a" : "only-in-b", fmt::format("views: only in {}", inA ? "A" : "B"));
+    return;
+  }
+  if (!a.HasViewPoints()) return;
+  CompareRecords("views", "current view", a.GetViewPoint(), b.GetViewPoint());
+  ComparePaths(a.GetViewPointPaths(), b.GetViewPointPaths());
+  CompareRecords("sequencer", "sequencer", a.GetSequencerData(), b.GetSequencerData());
+}
+
+/// Paths of one name are matched in order.
+void StateComparison::ComparePaths(const std::vector<ViewPointPath>& a,
+                                   const std::vector<ViewPointPath>& b) {
+  std::multimap<std::string, const ViewPointPath*> pathsOfB;
+  for (const ViewPointPath& path : b) pathsOfB.emplace(path.mName, &path);
+  for (const ViewPointPath& path : a) {
+    const std::string what = "path " + path.mName;
+    const auto [found, end] = pathsOfB.equal_range(path.mName);
+    if (found == end) {
+      Add("only-in-a", what + ": only in A");
+    } else {
+      CompareLists("views", what + ", view", path.mViewPoints, found->second->mViewPoints);
+      pathsOfB.erase(found);
+    }
+  }
+  for (const auto& [name, path] : pathsOfB) Add("only-in-b", "path " + name + ": only in B");
+}
+
+}  // namespace
+
+void CompareStates(const Tree& a, const Tree& b, const DiffOptions& options, DiffReport& report) {
+  StateComparison comparison(report);
+  if (options.Compares("version") && a.GetFileVersion() != b.GetFileVersion()) {
+    comparison.Add("version", fmt::format("container version {} and {}", a.GetFileVersion(),
+                                          b.GetFileVersion()));
+  }
+  if (options.Compares("history")) comparison.CompareHistory(a, b);
+  if (options.Compares("views")) comparison.CompareViews(a, b);
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Qov::Tools {
+
+/// How far two floats may be apart and still count as equal: it is enough that one of the three
+/// limits holds. Under any tolerance all NaNs are equal, and so are the two zeros.
+struct Tolerance {
+  double mAbsolute = 0.0;
+  double mRelative = 0.0;   ///< Times the larger of the two magnitudes.
+  std::uint32_t mUlps = 0;  ///< How many floats lie between them, and one.
+
+  bool Accepts(float a, float b) const;
+};
+
+/// A tolerance for the results whose names fit a pattern.
+struct NamedTolerance {
+  std::string mPattern;  ///< With *, ? and [...], as names are shown in a pipe.
+  Tolerance mTolerance;
+};
+
+/// Reads "PATTERN:abs=0.5,rel=1e-6,ulp=4", any of the three limits left out. Raises
+/// MiscellaneousError for anything else.
+NamedTolerance ParseNamedTolerance(const std::string& text);
+
+/// What holds for which result.
+class Tolerances {
+ public:
+  void SetDefault(const Tolerance& tolerance) { mDefault = tolerance; }
+  void Add(NamedTolerance tolerance) { mNamed.push_back(std::move(tolerance)); }
+
+  /// The last one whose pattern fits, else the default; null: bit for bit.
+  const Tolerance* Find(const std::string& name) const;
+
+ private:
+  std::optional<Tolerance> mDefault;
+  std::vector<NamedTolerance> mNamed;
+};
+
+}  // namespace Qov::Tools

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Qov/Ryx/Tree.h"
+
+/// Finding in a model what a word on the command line means: a number, or a name as it is shown.
+namespace Qov::Tools {
+
+/// One of the things that could be meant.
+struct Candidate {
+  std::uint64_t mNumber = 0;
+  std::string mName;
+};
+
+/// The position of the candidate with that number, or else with that name. `noun` says in errors
+/// what is looked for. Raises ElementNotFound if there is none, or more than one of that name.
+std::size_t Choose(const std::vector<Candidate>& candidates, const std::string& word,
+                   const std::string& noun);
+
+/// The entry that carries a T with that id or name.
+template <class T>
+const QovRyx::NodeTree::Node& ChooseNode(const QovRyx::Tree& tree, const std::string& word,
+                                         const std::string& noun) {
+  std::vector<Candidate> candidates;
+  for (const auto& [id, entry] : tree.GetNodes()) {
+    if (dynamic_cast<const T*>(entry.mData.get()) == nullptr) continue;
+    candidates.push_back({id, entry.mData->GetName()});
+  }
+  const std::uint64_t id = candidates[Choose(candidates, word, noun)].mNumber;
+  return tree.GetNodes().GetReqNode(static_cast<std::uint32_t>(id));
+}
+
+/// The position of the result of that position or name.
+std::size_t ChooseResult(const QovRyx::Geometry& geometry, const std::string& word);
+
+}  // namespace Qov::Tools

@@ -1,0 +1,79 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "ExpectNodes.h"
+
+namespace Qov::Tools {
+namespace {
+
+using Entry = QovRyx::NodeTree::Node;
+constexpr std::uint32_t kRootId = QovRyx::NodeTree::kRootId;
+constexpr std::uint32_t kHighestId = std::numeric_limits<std::uint32_t>::max();
+
+std::vector<std::uint32_t*> IdsOf(Entry& entry) {
+  return {&entry.mId,          &entry.mParent,     &entry.mPreviousSibling,
+          &entry.mNextSibling, &entry.mFirstChild, &entry.mLastChild};
+}
+
+/// Raises the ids of a node by `base`; false if one of them would get too high.
+bool ShiftIds(Entry& entry, std::uint32_t base) {
+  for (std::uint32_t* id : IdsOf(entry)) {
+    if (*id == 0) continue;
+    if (*id >= kHighestId - base) return false;
+    *id += base;
+  }
+  return true;
+}
+
+void ShiftLinks(std::vector<ExpectedResult>& results, std::uint32_t base) {
+  for (ExpectedResult& result : results) {
+    if (result.mLinked && !result.mLeadsNowhere) result.mLink.mNode += base;
+  }
+}
+
+/// Makes the root of an input the last child of the group.
+void AttachRoot(ExpectedModel& model, Entry& root) {
+  Entry& group = model.mNodes[kRootId].mLinks;
+  root.mParent = kRootId;
+  root.mPreviousSibling = group.mLastChild;
+  if (group.mLastChild == 0) {
+    group.mFirstChild = root.mId;
+  } else {
+    model.mNodes[group.mLastChild].mLinks.mNextSibling = root.mId;
+  }
+  group.mLastChild = root.mId;
+}
+
+/// Returns false if the ids of the input are too high for it to be taken.
+bool ExpectDataset(ExpectedModel& model, const InputFile& input, std::size_t position,
+                   std::vector<Obstacle>& obstacles) {
+  const std::uint32_t base = model.mNodes.rbegin()->first;
+  for (const auto& [id, entry] : input.GetNodes()) {
+    ExpectedNode node = ExpectNode(input, position, entry);
+    if (!ShiftIds(node.mLinks, base)) {
+      const std::string text = fmt::format("the ids of node {} cannot be raised by {}", id, base);
+      obstacles.push_back({input.mPath, text, entry.mData ? entry.mData->GetName() : ""});
+      return false;
+    }
+    if (node.mLinks.mParent == 0) node.mLinks.mParent = kRootId;
+    ShiftLinks(node.mResults, base);
+    if (id == kRootId) AttachRoot(model, node.mLinks);
+    model.mNodes.emplace(node.mLinks.mId, std::move(node));
+  }
+  return true;
+}
+
+}  // namespace
+
+void ExpectDatasets(const std::vector<InputFile>& inputs, ExpectedModel& model,
+                    std::vector<Obstacle>& obstacles) {
+  model.mNodes[kRootId].mLinks.mId = kRootId;
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    if (inputs[i].mIsViewFile) continue;
+    if (!ExpectDataset(model, inputs[i], i, obstacles)) return;
+  }
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,128 @@
+#include "InputFile.h"
+
+#include <exception>
+
+#include "ErrorText.h"
+#include "Qov/Ryx/FileVersionScope.h"
+#include "Qov/Util/Raise.h"
+
+namespace Qov::Tools {
+namespace {
+
+using QovRyx::Tree;
+
+constexpr off_t kHeaderSize = 12;
+constexpr const char* kVersionWithoutViews = "0.1";
+
+void LoadModel(InputFile& input) {
+  Tree::IdMap ids;
+  input.mpTree->Load(input.mPath, ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+}
+
+/// Of a further dataset neither history nor views are read, so they may be damaged.
+void LoadFurtherDataset(InputFile& input) {
+  try {
+    LoadModel(input);
+  } catch (const std::exception&) {
+    input.mpTree = std::make_unique<Tree>(false);
+    input.mpTree->Merge(input.mPath, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+    input.mNote = "its views or history cannot be read, and are not needed";
+  }
+}
+
+void CheckHeaderSize(QovJbf::JbFile& file) {
+  ::fseeko(file.GetStream(), 0, SEEK_END);
+  if (::ftello(file.GetStream()) >= kHeaderSize) return;
+  Util::Raise("tools/ledger/InputFile", Util::Exception::ErrorType::ReadError,
+              "\"" + file.GetPath() + "\" is too short for a view-point file");
+}
+
+void LoadViewFile(InputFile& input) {
+  QovJbf::JbFile file;
+  file.OpenFile(input.mPath, "rb");
+  CheckHeaderSize(file);
+  const std::string version = file.ReadVersion();
+  if (version == kVersionWithoutViews) {
+    input.mNote = "of version 0.1, whose views are not read";
+  } else {
+    const QovRyx::FileVersionScope scope(version);
+    input.mpTree->LoadViewPathVec(file);
+    if (!input.mpTree->HasViewPoints()) input.mNote = "holds no views";
+  }
+  file.CloseFile();
+}
+
+void Load(InputFile& input, MergeMode mode, const TextStyle& style) {
+  input.mpTree = std::make_unique<Tree>(false);
+  try {
+    if (input.mIsViewFile) {
+      LoadViewFile(input);
+    } else if (mode == MergeMode::Datasets && input.mNumber > 1) {
+      LoadFurtherDataset(input);
+    } else {
+      LoadModel(input);
+    }
+  } catch (const std::exception& error) {
+    input.mError = DescribeFileError(input.mPath, error, style);
+  }
+}
+
+}  // namespace
+
+std::string DescribeFileError(const std::string& path, const std::exception& error,
+                              const TextStyle& style) {
+  const std::string text = DescribeError(error, style);
+  const std::string subject = Escape(path, style) + " ";
+  return text.starts_with(subject) ? text.substr(subject.size()) : text;
+}
+
+std::vector<InputFile> LoadInputs(const MergeRequest& request, const TextStyle& style) {
+  std::vector<InputFile> inputs;
+  std::size_t numModels = 0;
+  for (const std::string& path : request.mInputs) {
+    InputFile input;
+    input.mPath = path;
+    input.mIsViewFile = IsViewPointFile(path);
+    if (!input.mIsViewFile) input.mNumber = ++numModels;
+    Load(input, request.mMode, style);
+    inputs.push_back(std::move(input));
+  }
+  return inputs;
+}
+
+Item ItemOf(const QovRyx::NodeTree::Node& entry) {
+  const QovRyx::Node* node = entry.mData.get();
+  if (node == nullptr) return Item::EmptyNode;
+  if (dynamic_cast<const QovRyx::Group*>(node) != nullptr) return Item::Group;
+  if (dynamic_cast<const QovRyx::Shape*>(node) != nullptr) return Item::Shape;
+  if (dynamic_cast<const QovRyx::Geometry*>(node) != nullptr) return Item::Geometry;
+  if (dynamic_cast<const QovRyx::NodeSets*>(node) != nullptr) return Item::NodeSets;
+  return Item::UnknownNode;
+}
+
+PerItem<std::uint64_t> CountItems(const Tree& tree) {
+  PerItem<std::uint64_t> counts{};
+  const auto count = [&counts](Item item) -> std::uint64_t& {
+    return counts[static_cast<std::size_t>(item)];
+  };
+  for (const auto& [id, entry] : tree.GetNodes()) {
+    ++count(ItemOf(entry));
+    if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(entry.mData.get())) {
+      count(Item::Set) += sets->GetNumSets();
+    } else if (const auto* geometry = QovRyx::AsGeometry(entry)) {
+      for (const auto& result : geometry->GetVariables()) {
+        ++count(result.mLinked ? Item::LinkedResult : Item::Result);
+      }
+    }
+  }
+  count(Item::HistoryEntry) = tree.GetModifiers().size();
+  if (!tree.HasViewPoints()) return counts;
+  count(Item::CurrentView) = count(Item::Sequencer) = 1;
+  count(Item::ViewPath) = tree.GetViewPointPaths().size();
+  for (const auto& path : tree.GetViewPointPaths()) {
+    count(Item::PathView) += path.mViewPoints.size();
+  }
+  return counts;
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,76 @@
+#include "Ledger.h"
+
+#include <algorithm>
+
+namespace Qov::Tools {
+namespace {
+
+struct Wording {
+  const char* mName;
+  const char* mExplanation;
+};
+
+constexpr PerItem<const char*> kItemNames = {
+    "groups",      "shapes",         "geometries",     "node sets",      "unknown nodes",
+    "empty nodes", "results",        "linked results", "sets",           "current views",
+    "view paths",  "views in paths", "sequencers",     "history entries"};
+
+/// In the order of DropRule.
+constexpr std::array<Wording, 11> kDropRules = {{
+    {"further structure", "only the results of a further instance are taken"},
+    {"no instance part", "only results with an instance part are taken from a further instance"},
+    {"no geometry", "the node is no geometry in the first model"},
+    {"shared name", "the instance shares another result under this name"},
+    {"linked to itself", "an appended link leads to its own place, which has no values"},
+    {"link replaced", "the values that it shared are not there any more"},
+    {"unlinked", "it takes along the values that it shared"},
+    {"further views", "only the views of the first model are taken"},
+    {"view replaced", "a later file has a current view"},
+    {"sequencer replaced", "a later file has a sequencer"},
+    {"further history", "only the history of the first model is taken"},
+}};
+
+/// In the order of MadeRule.
+constexpr std::array<Wording, 6> kMadeRules = {{
+    {"merge group", "the group that holds the models"},
+    {"shared result", "a link by which an instance shares a result of another one"},
+    {"linked to itself", "a result without values, in place of a link"},
+    {"link replaced", "a link that leads elsewhere"},
+    {"unlinked", "a result with the values that a link shared"},
+    {"history entry", "the merge itself"},
+}};
+
+template <class Tallies>
+bool AllAddUp(const Tallies& tallies) {
+  return std::all_of(tallies.begin(), tallies.end(),
+                     [](const auto& tally) { return tally.AddsUp(); });
+}
+
+template <class Rule>
+std::uint64_t Sum(const std::map<Rule, std::uint64_t>& counts) {
+  std::uint64_t sum = 0;
+  for (const auto& [rule, count] : counts) sum += count;
+  return sum;
+}
+
+}  // namespace
+
+const char* NameOf(Item item) { return kItemNames[static_cast<std::size_t>(item)]; }
+const char* NameOf(DropRule rule) { return kDropRules[static_cast<std::size_t>(rule)].mName; }
+const char* NameOf(MadeRule rule) { return kMadeRules[static_cast<std::size_t>(rule)].mName; }
+const char* Explain(DropRule rule) {
+  return kDropRules[static_cast<std::size_t>(rule)].mExplanation;
+}
+const char* Explain(MadeRule rule) {
+  return kMadeRules[static_cast<std::size_t>(rule)].mExplanation;
+}
+
+bool InputTally::AddsUp() const { return mFound == mCopied + Sum(mDropped); }
+bool OutputTally::AddsUp() const { return mFound == mCopied + Sum(mMade); }
+
+bool Ledger::AddsUp() const {
+  const auto inputAddsUp = [](const InputLedger& input) { return AllAddUp(input.mTallies); };
+  return std::all_of(mInputs.begin(), mInputs.end(), inputAddsUp) && AllAddUp(mOutput);
+}
+
+}  // namespace Qov::Tools

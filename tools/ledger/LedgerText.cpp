@@ -1,0 +1,131 @@
+#include "LedgerReport.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "TextTable.h"
+
+namespace Qov::Tools {
+namespace {
+
+using Align = TextTable::Align;
+constexpr std::size_t kWidthLimit = 40;
+
+/// Of anything that could be counted, if it is there at all.
+std::string CountOrNothing(std::uint64_t count) {
+  return count == 0 ? "-" : fmt::format("{}", count);
+}
+
+template <class Rule>
+std::uint64_t Sum(const std::map<Rule, std::uint64_t>& counts) {
+  std::uint64_t sum = 0;
+  for (const auto& [rule, count] : counts) sum += count;
+  return sum;
+}
+
+/// The counts of the rules, each explained once beneath all tables, and what they leave open.
+template <class Rule>
+std::string RulesText(const std::map<Rule, std::uint64_t>& counts, std::uint64_t found,
+                      std::uint64_t copied) {
+  std::string text;
+  const auto add = [&text](std::uint64_t count, const char* name) {
+    if (count != 0) text += fmt::format("{}{} {}", text.empty() ? "" : ", ", count, name);
+  };
+  for (const auto& [rule, count] : counts) add(count, NameOf(rule));
+  const std::uint64_t known = copied + Sum(counts);
+  add(found - std::min(found, known), "UNACCOUNTED FOR");
+  add(known - std::min(found, known), "MISSING");
+  return text;
+}
+
+void PrintTable(const TextTable& table, Output& output) {
+  for (const std::string& line : table.GetLines()) output.Line("  " + line);
+}
+
+void PrintTallies(const InputLedger& input, Output& output) {
+  TextTable table({{"ITEM"},
+                   {"FOUND", Align::Right},
+                   {"COPIED", Align::Right},
+                   {"DROPPED", Align::Right},
+                   {"WHY"}},
+                  kWidthLimit);
+  for (std::size_t i = 0; i < kNumItems; ++i) {
+    const InputTally& tally = input.mTallies[i];
+    if (tally == InputTally{}) continue;
+    table.AddRow({NameOf(static_cast<Item>(i)), CountOrNothing(tally.mFound),
+                  CountOrNothing(tally.mCopied), CountOrNothing(Sum(tally.mDropped)),
+                  RulesText(tally.mDropped, tally.mFound, tally.mCopied)});
+  }
+  PrintTable(table, output);
+}
+
+void PrintPairs(const char* heading, const char* arrow, const std::vector<NamePair>& pairs,
+                Output& output) {
+  if (pairs.empty()) return;
+  const TextStyle& style = output.GetStyle();
+  output.Line(std::string("  ") + heading);
+  for (const NamePair& pair : pairs) {
+    std::string line =
+        fmt::format("    {} {} {}", Escape(pair.mFrom, style), arrow, Escape(pair.mTo, style));
+    if (pair.mCount != 1) line += Dim(fmt::format(" ({} times)", pair.mCount), style);
+    output.Line(line);
+  }
+}
+
+void PrintOutputTallies(const Ledger& ledger, Output& output) {
+  TextTable table({{"ITEM"},
+                   {"COPIED", Align::Right},
+                   {"MADE", Align::Right},
+                   {"IN ALL", Align::Right},
+                   {"WHAT IS MADE"}},
+                  kWidthLimit);
+  for (std::size_t i = 0; i < kNumItems; ++i) {
+    const OutputTally& tally = ledger.mOutput[i];
+    if (tally == OutputTally{}) continue;
+    table.AddRow({NameOf(static_cast<Item>(i)), CountOrNothing(tally.mCopied),
+                  CountOrNothing(Sum(tally.mMade)), CountOrNothing(tally.mFound),
+                  RulesText(tally.mMade, tally.mFound, tally.mCopied)});
+  }
+  PrintTable(table, output);
+}
+
+/// What the words in the last columns mean, as far as they occur.
+void PrintLegend(const Ledger& ledger, Output& output) {
+  std::map<std::string, std::string> legend;
+  for (const InputLedger& input : ledger.mInputs) {
+    for (const InputTally& tally : input.mTallies) {
+      for (const auto& [rule, count] : tally.mDropped) legend[NameOf(rule)] = Explain(rule);
+    }
+  }
+  for (const OutputTally& tally : ledger.mOutput) {
+    for (const auto& [rule, count] : tally.mMade) legend.emplace(NameOf(rule), Explain(rule));
+  }
+  if (ledger.mOutput[static_cast<std::size_t>(Item::UnknownNode)].mFound != 0) {
+    legend[NameOf(Item::UnknownNode)] = "only their names and places are read and written";
+  }
+  if (legend.empty()) return;
+  output.Line();
+  for (const auto& [name, explanation] : legend) {
+    output.Line(Dim(fmt::format("{}: {}", name, explanation), output.GetStyle()));
+  }
+}
+
+}  // namespace
+
+void PrintLedger(const Ledger& ledger, const std::string& outputPath, Output& output) {
+  const TextStyle& style = output.GetStyle();
+  for (const InputLedger& input : ledger.mInputs) {
+    output.Line();
+    output.Line(Bold(Escape(input.mPath, style), style));
+    PrintTallies(input, output);
+    PrintPairs("renamed", "->", input.mRenamed, output);
+    PrintPairs("shared", "=>", input.mLinked, output);
+  }
+  output.Line();
+  output.Line(Bold(Escape(outputPath, style), style));
+  PrintOutputTallies(ledger, output);
+  PrintLegend(ledger, output);
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,51 @@
+#include "MergedNames.h"
+
+#include <set>
+
+namespace Qov::Tools {
+namespace {
+
+constexpr char kSeparator = '\x1E';
+
+/// A name without a separator gets one.
+std::string WithSuffix(const std::string& name, const std::string& suffix) {
+  const std::string instance = InstancePartOf(name);
+  const bool hasSeparator = name.find(kSeparator) != name.npos;
+  const std::string front = name.substr(0, name.size() - instance.size());
+  return front + (hasSeparator ? "" : std::string(1, kSeparator)) + suffix + instance;
+}
+
+/// Results without an instance part go to the first instance, and are shared with the others.
+void ShareCommonResults(MergedNames& merged) {
+  std::set<std::string> instances;
+  for (const std::string& name : merged.mNames) instances.insert(InstancePartOf(name));
+  instances.erase("");
+  if (instances.empty()) return;
+  const std::string first = instances.extract(instances.begin()).value();
+  for (std::string& name : merged.mNames) {
+    if (!InstancePartOf(name).empty()) continue;
+    const std::string common = name;
+    name += first;
+    for (const std::string& instance : instances) merged.mShared[name].push_back(common + instance);
+  }
+}
+
+}  // namespace
+
+std::string InstancePartOf(const std::string& name) {
+  const std::size_t separator = name.rfind(kSeparator);
+  return separator == name.npos ? "" : name.substr(separator + 1);
+}
+
+MergedNames NameResults(const QovRyx::Geometry& geometry, std::size_t fileNumber, MergeMode mode) {
+  const std::string suffix = mode == MergeMode::Instances ? "" : "F" + std::to_string(fileNumber);
+  MergedNames merged;
+  for (const auto& result : geometry.GetVariables()) {
+    const bool keep = mode == MergeMode::AutomaticInstances && InstancePartOf(result.mName).empty();
+    merged.mNames.push_back(keep ? result.mName : WithSuffix(result.mName, suffix));
+  }
+  if (mode != MergeMode::AutomaticInstances) ShareCommonResults(merged);
+  return merged;
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,61 @@
+#include "Obstacles.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+
+namespace Qov::Tools {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string FolderOf(const std::string& path) {
+  const fs::path folder = fs::path(path).parent_path();
+  return folder.empty() ? "." : folder.string();
+}
+
+bool Exists(const std::string& path) {
+  std::error_code ignored;
+  return fs::exists(fs::symlink_status(path, ignored));
+}
+
+/// Empty if the file can be written or made.
+std::string WhyNotWritable(const std::string& path) {
+  std::error_code ignored;
+  if (fs::is_directory(path, ignored)) return "is a folder";
+  if (fs::exists(path, ignored)) {
+    return ::access(path.c_str(), W_OK) == 0 ? "" : "cannot be written";
+  }
+  const std::string folder = FolderOf(path);
+  if (!fs::is_directory(folder, ignored)) return "would lie in a folder that does not exist";
+  return ::access(folder.c_str(), W_OK) == 0 ? "" : "would lie in a folder that cannot be written";
+}
+
+bool IsSameFile(const std::string& left, const std::string& right) {
+  std::error_code error;
+  return fs::equivalent(left, right, error) && !error;
+}
+
+}  // namespace
+
+std::vector<Obstacle> FindFileObstacles(const MergeRequest& request,
+                                        const std::vector<InputFile>& inputs) {
+  std::vector<Obstacle> obstacles;
+  if (request.CountModels() == 0)
+    obstacles.push_back({"", "there is no model among the inputs", ""});
+  for (const InputFile& input : inputs) {
+    if (!input.mError.empty()) obstacles.push_back({input.mPath, input.mError, ""});
+    if (IsSameFile(input.mPath, request.mOutput)) {
+      obstacles.push_back({input.mPath, "is the output as well", ""});
+    }
+  }
+  const std::string trouble = WhyNotWritable(request.mOutput);
+  if (!trouble.empty()) obstacles.push_back({request.mOutput, trouble, ""});
+  if (request.NeedsCopy() && Exists(request.GetCopyPath())) {
+    const char* text = "is already there; the merged model has to be copied to this place";
+    obstacles.push_back({request.GetCopyPath(), text, ""});
+  }
+  return obstacles;
+}
+
+}  // namespace Qov::Tools

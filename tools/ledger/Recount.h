@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "Differences.h"
+#include "ExpectedModel.h"
+
+namespace Qov::Tools {
+
+/// Holds an output against what it ought to be: nodes, results, attributes, materials, node sets,
+/// views and history, and every value, bit for bit.
+///
+/// One array of the output and one of an input are in memory at a time, taken in stored order.
+class Recount {
+ public:
+  /// What is not found sound in `output` is marked in `model`.
+  Recount(ExpectedModel& model, const std::vector<InputFile>& inputs, const QovRyx::Tree& output,
+          Differences& differences)
+      : mModel(model), mInputs(inputs), mOutput(output), mDifferences(differences) {}
+
+  /// Raises what reading an input raises; an output that cannot be read is a difference.
+  void Run();
+
+ private:
+  // Nodes (RecountNodes.cpp)
+  void CompareNodes();
+  void CompareNode(ExpectedNode& node);
+  void CompareContent(ExpectedNode& node, const QovRyx::Node& content);
+  // Results but for their values (RecountResults.cpp)
+  void MatchResults(ExpectedNode& node, const QovRyx::Geometry& geometry);
+  void CompareResult(const ExpectedNode& node, ExpectedResult& expected, const Result& result);
+  void CompareLinks();
+  // Values (RecountValues.cpp)
+  void CompareValues();
+  void CompareArrays(bool integerKinds);
+  void CompareArray(const ExpectedNode& node, ExpectedResult& expected, const Result& result);
+  void CompareSets(ExpectedNode& node);
+  // Views and history (RecountViews.cpp)
+  void CompareViews();
+  void ComparePaths();
+  void CompareHistory();
+
+  const Result* FindMatch(const ExpectedResult& expected) const;
+  void Report(ExpectedNode& node, const std::string& text);
+  void Report(const ExpectedNode& node, ExpectedResult& result, const std::string& text);
+  void Report(std::size_t input, const std::string& subject, const std::string& text);
+  Difference About(const ExpectedNode& node, const std::string& text) const;
+
+  ExpectedModel& mModel;
+  const std::vector<InputFile>& mInputs;
+  const QovRyx::Tree& mOutput;
+  Differences& mDifferences;
+  /// Each result of the output and the expected one that it is.
+  std::unordered_map<const Result*, ExpectedResult*> mMatches;
+  std::unordered_map<const ExpectedResult*, const Result*> mFound;
+};
+
+}  // namespace Qov::Tools

@@ -1,0 +1,121 @@
+#include <fmt/format.h>
+
+#include <cstring>
+
+#include "Recount.h"
+#include "SameAttributes.h"
+#include "SameRecord.h"
+
+namespace Qov::Tools {
+namespace {
+
+using QovRyx::Group;
+using Entry = QovRyx::NodeTree::Node;
+
+/// What is at the root of merged datasets.
+struct MergeGroup : Group {
+  MergeGroup() : Group("Merge") { mTakesModels = 1; }
+};
+
+bool HasSameLinks(const Entry& left, const Entry& right) {
+  return left.mParent == right.mParent && left.mPreviousSibling == right.mPreviousSibling &&
+         left.mNextSibling == right.mNextSibling && left.mFirstChild == right.mFirstChild &&
+         left.mLastChild == right.mLastChild;
+}
+
+template <class T, std::size_t N>
+bool HasSameBits(const std::array<T, N>& left, const std::array<T, N>& right) {
+  return std::memcmp(left.data(), right.data(), sizeof left) == 0;
+}
+
+bool IsSamePlacement(const Group& left, const Group& right) {
+  return HasSameBits(left.mTranslation, right.mTranslation) &&
+         HasSameBits(left.mRotation, right.mRotation) && HasSameBits(left.mScale, right.mScale) &&
+         left.mTakesModels == right.mTakesModels;
+}
+
+}  // namespace
+
+void Recount::Run() {
+  CompareNodes();
+  CompareLinks();
+  CompareValues();
+  CompareViews();
+  CompareHistory();
+}
+
+Difference Recount::About(const ExpectedNode& node, const std::string& text) const {
+  Difference difference;
+  difference.mNode = node.mLinks.mId;
+  if (node.mpSource != nullptr) difference.mInput = mInputs[node.mInput].mPath;
+  const QovRyx::Node* content = node.GetContent();
+  if (content != nullptr) difference.mNodeName = content->GetName();
+  difference.mText = text;
+  return difference;
+}
+
+void Recount::Report(ExpectedNode& node, const std::string& text) {
+  node.mSound = false;
+  mDifferences.Add(About(node, text));
+}
+
+void Recount::Report(const ExpectedNode& node, ExpectedResult& result, const std::string& text) {
+  result.mSound = false;
+  Difference difference = About(node, text);
+  difference.mSubject = result.mName;
+  difference.mInput = mInputs[result.mInput].mPath;
+  mDifferences.Add(std::move(difference));
+}
+
+void Recount::Report(std::size_t input, const std::string& subject, const std::string& text) {
+  Difference difference;
+  difference.mInput = mInputs[input].mPath;
+  difference.mSubject = subject;
+  difference.mText = text;
+  mDifferences.Add(std::move(difference));
+}
+
+void Recount::CompareNodes() {
+  for (auto& [id, node] : mModel.mNodes) CompareNode(node);
+  for (const auto& [id, entry] : mOutput.GetNodes()) {
+    if (mModel.mNodes.contains(id)) continue;
+    Difference difference;
+    difference.mNode = id;
+    if (entry.mData) difference.mNodeName = entry.mData->GetName();
+    difference.mText = "is a node too many";
+    mDifferences.Add(std::move(difference));
+  }
+}
+
+void Recount::CompareNode(ExpectedNode& node) {
+  const Entry* entry = mOutput.GetNodes().FindNode(node.mLinks.mId);
+  const Item wanted = node.mpSource == nullptr ? Item::Group : ItemOf(*node.mpSource);
+  if (entry == nullptr || ItemOf(*entry) != wanted) {
+    Report(node, entry == nullptr ? "is missing" : "is a node of another type");
+    for (ExpectedResult& result : node.mResults) Report(node, result, "is missing");
+    node.mNumSoundSets = 0;
+    return;
+  }
+  if (!HasSameLinks(*entry, node.mLinks)) Report(node, "stands elsewhere in the tree");
+  if (entry->mData) CompareContent(node, *entry->mData);
+}
+
+void Recount::CompareContent(ExpectedNode& node, const QovRyx::Node& content) {
+  static const MergeGroup kMergeGroup;
+  const QovRyx::Node& wanted = node.mpSource == nullptr ? kMergeGroup : *node.GetContent();
+  if (content.GetName() != wanted.GetName()) Report(node, "has another name");
+  if (const auto* group = dynamic_cast<const Group*>(&content)) {
+    const auto& wantedGroup = dynamic_cast<const Group&>(wanted);
+    if (!IsSamePlacement(*group, wantedGroup)) Report(node, "has another placement");
+    if (!IsSame(group->mAttributes, wantedGroup.mAttributes)) Report(node, "has other attributes");
+  } else if (const auto* shape = dynamic_cast<const QovRyx::Shape*>(&content)) {
+    const auto& wantedShape = dynamic_cast<const QovRyx::Shape&>(wanted);
+    if (!IsSameRecord(shape->mMaterial.mValues, wantedShape.mMaterial.mValues)) {
+      Report(node, "has another material");
+    }
+  } else if (const auto* geometry = dynamic_cast<const QovRyx::Geometry*>(&content)) {
+    MatchResults(node, *geometry);
+  }
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,115 @@
+#include <fmt/format.h>
+
+#include <deque>
+
+#include "LinkFollower.h"
+#include "Recount.h"
+#include "SameAttributes.h"
+
+namespace Qov::Tools {
+namespace {
+
+/// As it is stored: "no kind" has no high byte.
+template <class AnyResult>
+std::uint32_t KindWord(const AnyResult& result) {
+  constexpr unsigned kHighByteShift = 24;
+  if (result.mKind == QovRyx::Geometry::kNoKind) return result.mKind;
+  return result.mKind | result.mKindHighByte << kHighByteShift;
+}
+
+bool HasSameFlags(const Result& left, const Result& right) {
+  return left.mFlag1 == right.mFlag1 && left.mFlag2 == right.mFlag2 &&
+         left.mFlag3 == right.mFlag3 && left.mValue1 == right.mValue1 &&
+         left.mValue2 == right.mValue2;
+}
+
+/// The results of a geometry by name, to be taken in order.
+class ResultsByName {
+ public:
+  explicit ResultsByName(const QovRyx::Geometry& geometry) {
+    const auto& results = geometry.GetVariables();
+    for (std::size_t i = 0; i < results.size(); ++i) mPositions[results[i].mName].push_back(i);
+  }
+
+  std::optional<std::size_t> Take(const std::string& name) {
+    const auto found = mPositions.find(name);
+    if (found == mPositions.end() || found->second.empty()) return std::nullopt;
+    const std::size_t position = found->second.front();
+    found->second.pop_front();
+    return position;
+  }
+
+ private:
+  std::unordered_map<std::string, std::deque<std::size_t>> mPositions;
+};
+
+}  // namespace
+
+const Result* Recount::FindMatch(const ExpectedResult& expected) const {
+  const auto found = mFound.find(&expected);
+  return found == mFound.end() ? nullptr : found->second;
+}
+
+/// One that is missing or too many does not make those behind it differ.
+void Recount::MatchResults(ExpectedNode& node, const QovRyx::Geometry& geometry) {
+  ResultsByName byName(geometry);
+  std::size_t end = 0;  // behind the last one that was matched in order
+  for (ExpectedResult& expected : node.mResults) {
+    const std::optional<std::size_t> position = byName.Take(expected.mName);
+    if (!position) {
+      Report(node, expected, "is missing");
+      continue;
+    }
+    const Result& result = geometry.GetVariables()[*position];
+    mMatches[&result] = &expected;
+    mFound[&expected] = &result;
+    if (*position < end) Report(node, expected, "stands in another place");
+    end = std::max(end, *position + 1);
+    CompareResult(node, expected, result);
+  }
+  for (const Result& result : geometry.GetVariables()) {
+    if (mMatches.contains(&result)) continue;
+    Difference difference = About(node, "is a result too many");
+    difference.mInput.clear();
+    difference.mSubject = result.mName;
+    mDifferences.Add(std::move(difference));
+  }
+}
+
+void Recount::CompareResult(const ExpectedNode& node, ExpectedResult& expected,
+                            const Result& result) {
+  if (KindWord(expected) != KindWord(result)) Report(node, expected, "has another kind");
+  if (expected.mpFields->mFlag != result.mFlag) Report(node, expected, "has another flag");
+  if (!IsSame(expected.mpFields->mAttributes, result.mAttributes)) {
+    Report(node, expected, "has other attributes");
+  }
+  if (expected.mLinked != result.mLinked) {
+    Report(node, expected, expected.mLinked ? "is not linked" : "is linked");
+  } else if (!expected.mLinked && !HasSameFlags(*expected.mpSource, result)) {
+    Report(node, expected, "has other flags");
+  }
+}
+
+/// By what the links lead to in the end, over whatever other links.
+void Recount::CompareLinks() {
+  LinkFollower<ExpectedResult> expectedLinks = FollowLinks(mModel);
+  LinkFollower<Result> links = FollowLinks(mOutput.GetNodes());
+  for (auto& [id, node] : mModel.mNodes) {
+    for (ExpectedResult& expected : node.mResults) {
+      const Result* result = FindMatch(expected);
+      if (result == nullptr || !expected.mLinked || !result->mLinked) continue;
+      const ExpectedResult* wanted = expectedLinks.Follow(expected);
+      const Result* end = links.Follow(*result);
+      if (end == (wanted == nullptr ? nullptr : FindMatch(*wanted)) &&
+          (wanted == nullptr) == (end == nullptr)) {
+        continue;
+      }
+      Report(node, expected,
+             end == nullptr      ? "is linked to nothing"
+             : wanted == nullptr ? "is linked, but should have no values"
+                                 : "is linked to another result");
+    }
+  }
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,135 @@
+#include <fmt/format.h>
+
+#include <bit>
+#include <cstring>
+
+#include "ErrorText.h"
+#include "ModelStatistics.h"
+#include "Qov/Ryx/Progress.h"
+#include "Recount.h"
+
+namespace Qov::Tools {
+namespace {
+
+using Values = std::vector<std::uint32_t>;
+
+/// A value as it is meant, and its bits if there is more to them.
+std::string ValueText(std::uint32_t bits, bool integer) {
+  if (integer) return fmt::format("{}", bits);
+  const auto value = std::bit_cast<float>(bits);
+  return value == value ? fmt::format("{}", value) : fmt::format("{} (bits {:08x})", value, bits);
+}
+
+/// Empty if all are the same.
+std::string DescribeDifference(const Values& wanted, const Values& found, bool integer) {
+  std::size_t numDiffering = 0;
+  std::size_t first = 0;
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    if (wanted[i] == found[i]) continue;
+    if (numDiffering++ == 0) first = i;
+  }
+  if (numDiffering == 0) return "";
+  return fmt::format("{} of {} values differ; number {} is {}, should be {}", numDiffering,
+                     wanted.size(), first, ValueText(found[first], integer),
+                     ValueText(wanted[first], integer));
+}
+
+/// Reads something of the output; what hinders that is returned.
+template <class Read>
+std::string TryToRead(Read read) {
+  try {
+    read();
+    return "";
+  } catch (const std::exception& error) {
+    return "cannot be read: " + DescribeError(error, {});
+  }
+}
+
+std::string DescribeSetDifference(const QovRyx::NodeSets::Set& wanted,
+                                  const QovRyx::NodeSets::Set& found) {
+  if (wanted.mName != found.mName) return "has another name";
+  return wanted.mValues == found.mValues ? "" : "has other members";
+}
+
+std::uint64_t CountValueBytes(const ExpectedModel& model) {
+  std::uint64_t numBytes = 0;
+  for (const auto& [id, node] : model.mNodes) {
+    for (const ExpectedResult& result : node.mResults) {
+      if (!result.mLinked && result.mpValues) numBytes += result.mpValues->mValues.GetSize();
+    }
+  }
+  return numBytes;
+}
+
+}  // namespace
+
+/// So they are stored: the integer kinds, all others, the node sets.
+void Recount::CompareValues() {
+  const QovRyx::ProgressReport progress(CountValueBytes(mModel));
+  CompareArrays(true);
+  CompareArrays(false);
+  for (auto& [id, node] : mModel.mNodes) {
+    if (node.mSound || node.mNumSoundSets != 0) CompareSets(node);
+  }
+}
+
+void Recount::CompareArrays(bool integerKinds) {
+  for (auto& [id, node] : mModel.mNodes) {
+    for (ExpectedResult& expected : node.mResults) {
+      const Result* result = FindMatch(expected);
+      if (result == nullptr || result->mLinked || expected.mLinked) continue;
+      if (result->IsIntegerKind() == integerKinds) CompareArray(node, expected, *result);
+    }
+  }
+}
+
+void Recount::CompareArray(const ExpectedNode& node, ExpectedResult& expected,
+                           const Result& result) {
+  const QovRyx::NumericArray none;
+  const QovRyx::NumericArray& wanted = expected.mpValues ? expected.mpValues->mValues : none;
+  const QovRyx::NumericArray& found = result.mValues;
+  if (wanted.GetWidth() != found.GetWidth()) Report(node, expected, "has items of another width");
+  if (wanted.GetNumElements() != found.GetNumElements()) {
+    Report(node, expected,
+           fmt::format("has {} values, should have {}", found.GetNumElements(),
+                       wanted.GetNumElements()));
+    return;
+  }
+  Values wantedValues;
+  Values foundValues;
+  QovRyx::ProgressReport::Advance(wanted.GetSize());
+  wanted.GetValues(wantedValues);
+  std::string text = TryToRead([&] { found.GetValues(foundValues); });
+  if (text.empty()) text = DescribeDifference(wantedValues, foundValues, HoldsIntegers(result));
+  if (!text.empty()) Report(node, expected, text);
+}
+
+void Recount::CompareSets(ExpectedNode& node) {
+  const auto* source = dynamic_cast<const QovRyx::NodeSets*>(node.GetContent());
+  const auto* entry = mOutput.GetNodes().FindNode(node.mLinks.mId);
+  if (source == nullptr || entry == nullptr) return;
+  const auto* output = dynamic_cast<const QovRyx::NodeSets*>(entry->mData.get());
+  if (output == nullptr) return;
+  node.mNumSoundSets = 0;
+  const auto wanted = source->GetSets();
+  std::vector<QovRyx::NodeSets::Set> found;
+  const std::string trouble = TryToRead([&] { found = output->GetSets(); });
+  if (!trouble.empty()) {
+    Report(node, trouble);
+    return;
+  }
+  if (found.size() != wanted.size()) {
+    Report(node, fmt::format("has {} sets, should have {}", found.size(), wanted.size()));
+  }
+  for (std::size_t i = 0; i < std::min(found.size(), wanted.size()); ++i) {
+    Difference difference = About(node, DescribeSetDifference(wanted[i], found[i]));
+    difference.mSubject = wanted[i].mName;
+    if (difference.mText.empty()) {
+      ++node.mNumSoundSets;
+    } else {
+      mDifferences.Add(std::move(difference));
+    }
+  }
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,109 @@
+#include "SizeEstimate.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "ContainerInfo.h"
+#include "Qov/Ryx/StreamNames.h"
+
+namespace Qov::Tools {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double kContainerSize = 2800;  // the header and the root index
+
+/// The share of `part` in `whole`; all of it if there is nothing to share.
+double Share(std::uint64_t part, std::uint64_t whole) {
+  return whole == 0 ? 1.0 : static_cast<double>(part) / static_cast<double>(whole);
+}
+
+/// What one input takes in its file.
+struct InputSizes {
+  explicit InputSizes(const InputFile& input);
+
+  std::uint64_t mArrays = 0;  ///< Uncompressed.
+  std::uint64_t mSets = 0;    ///< The rest of the heavy data.
+  double mRatio = 1.0;        ///< Of the heavy data.
+  double mNodes = 0;          ///< Tree and materials; these and the following compressed.
+  double mDescriptors = 0;
+  double mViews = 0;
+  double mHistory = 0;
+};
+
+InputSizes::InputSizes(const InputFile& input) {
+  QovRyx::ForEachGeometry(input.GetNodes(), [this](std::uint32_t, const auto& geometry) {
+    for (const Result& result : geometry.GetVariables()) {
+      if (!result.mLinked) mArrays += result.mValues.GetSize();
+    }
+  });
+  for (const StreamInfo& stream : ReadContainer(input.mPath).mStreams) {
+    const auto stored = static_cast<double>(stream.mStored);
+    if (stream.mName == QovRyx::kHeavyData) {
+      mSets = stream.mRaw - std::min(mArrays, stream.mRaw);
+      mRatio = Share(stream.mStored, stream.mRaw);
+    } else if (stream.mName == QovRyx::kRyxTree || stream.mName == QovRyx::kResources) {
+      mNodes += stored;
+    } else if (stream.mName == QovRyx::kLightData || stream.mName == QovRyx::kAttributes) {
+      mDescriptors += stored;
+    } else if (stream.mName == QovRyx::kViewPoints) {
+      mViews = stored;
+    } else if (stream.mName == QovRyx::kGlobalInformation) {
+      mHistory = stored;
+    }
+  }
+}
+
+/// Bytes of the arrays of each input that the output will hold.
+std::vector<std::uint64_t> ArraysByInput(const ExpectedModel& model, std::size_t numInputs) {
+  std::vector<std::uint64_t> sizes(numInputs);
+  for (const auto& [id, node] : model.mNodes) {
+    for (const ExpectedResult& result : node.mResults) {
+      if (result.mpValues != nullptr) sizes[result.mInput] += result.mpValues->mValues.GetSize();
+    }
+  }
+  return sizes;
+}
+
+std::uint64_t Found(const InputLedger& books, Item item, bool copiedOnly) {
+  const InputTally& tally = books.mTallies[static_cast<std::size_t>(item)];
+  return copiedOnly ? tally.mCopied : tally.mFound;
+}
+
+std::optional<std::uint64_t> FreeRoom(const std::string& output) {
+  std::error_code error;
+  const fs::path folder = fs::path(output).parent_path();
+  const fs::space_info space = fs::space(folder.empty() ? "." : folder, error);
+  if (error) return std::nullopt;
+  const std::uintmax_t old = fs::file_size(output, error);
+  return space.available + (error ? 0 : old);
+}
+
+}  // namespace
+
+SizeEstimate EstimateSize(const MergeRequest& request, const std::vector<InputFile>& inputs,
+                          const ExpectedModel& model, const Ledger& ledger) {
+  SizeEstimate estimate;
+  double file = kContainerSize;
+  const std::vector<std::uint64_t> arrays = ArraysByInput(model, inputs.size());
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    const InputSizes sizes(inputs[i]);
+    const InputLedger& books = ledger.mInputs[i];
+    if (inputs[i].mNumber <= 1) file += sizes.mViews;
+    if (inputs[i].mIsViewFile) continue;
+    const bool hasNodes = inputs[i].mNumber == 1 || request.mMode == MergeMode::Datasets;
+    const std::uint64_t heavy = arrays[i] + (hasNodes ? sizes.mSets : 0);
+    estimate.mValues += heavy;
+    file += static_cast<double>(heavy) * sizes.mRatio;
+    file += hasNodes ? sizes.mNodes + sizes.mDescriptors
+                     : sizes.mDescriptors * Share(Found(books, Item::Result, true),
+                                                  Found(books, Item::Result, false));
+    if (inputs[i].mNumber == 1) file += sizes.mHistory;
+  }
+  estimate.mFile = static_cast<std::uint64_t>(file);
+  estimate.mNeeded = request.NeedsCopy() ? 2 * estimate.mFile : estimate.mFile;
+  estimate.mFree = FreeRoom(request.mOutput);
+  return estimate;
+}
+
+}  // namespace Qov::Tools

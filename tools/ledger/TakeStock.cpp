@@ -1,0 +1,169 @@
+#include <optional>
+#include <utility>
+
+#include "ExpectedModel.h"
+#include "LinkFollower.h"
+
+namespace Qov::Tools {
+namespace {
+
+using NamePairs = std::map<std::pair<std::string, std::string>, std::uint64_t>;
+
+std::vector<NamePair> AsList(const NamePairs& pairs) {
+  std::vector<NamePair> list;
+  for (const auto& [names, count] : pairs) list.push_back({names.first, names.second, count});
+  return list;
+}
+
+class StockTaker {
+ public:
+  StockTaker(ExpectedModel& model, const std::vector<InputFile>& inputs);
+
+  Ledger Take(const std::optional<PerItem<std::uint64_t>>& found);
+
+ private:
+  void TakeNode(const ExpectedNode& node);
+  void TakeResult(const ExpectedResult& result);
+  std::optional<MadeRule> FindFate(const ExpectedResult& result);
+  bool KeepsValues(const ExpectedResult& result);
+  void NoteNames(const ExpectedResult& result);
+  void TakeViews();
+  void TakeHistory();
+  void Copy(std::size_t input, Item item, std::uint64_t numSound, std::uint64_t count);
+  void Make(Item item, MadeRule rule, std::uint64_t numSound, std::uint64_t count);
+
+  ExpectedModel& mModel;
+  Ledger mLedger;
+  PerItem<std::uint64_t> mExpected{};
+  LinkFollower<ExpectedResult> mFollower;
+  std::vector<LinkFollower<Result>> mInputFollowers;
+  std::vector<NamePairs> mRenamed;
+  std::vector<NamePairs> mLinked;
+};
+
+StockTaker::StockTaker(ExpectedModel& model, const std::vector<InputFile>& inputs)
+    : mModel(model),
+      mLedger(model.mLedger),
+      mFollower(FollowLinks(model)),
+      mRenamed(inputs.size()),
+      mLinked(inputs.size()) {
+  for (const InputFile& input : inputs) mInputFollowers.push_back(FollowLinks(input.GetNodes()));
+}
+
+/// What has come over, and how much of that there ought to be.
+void StockTaker::Copy(std::size_t input, Item item, std::uint64_t numSound, std::uint64_t count) {
+  mLedger.mInputs[input][item].mCopied += numSound;
+  mLedger.OutputOf(item).mCopied += numSound;
+  mExpected[static_cast<std::size_t>(item)] += count;
+}
+
+void StockTaker::Make(Item item, MadeRule rule, std::uint64_t numSound, std::uint64_t count) {
+  if (numSound != 0) mLedger.OutputOf(item).mMade[rule] += numSound;
+  mExpected[static_cast<std::size_t>(item)] += count;
+}
+
+/// Whether a result of an input has the same values in the output as it has there.
+bool StockTaker::KeepsValues(const ExpectedResult& result) {
+  const Result* before = mInputFollowers[result.mInput].Follow(*result.mpSource);
+  const ExpectedResult* after = mFollower.Follow(result);
+  return before == (after == nullptr ? nullptr : after->mpValues);
+}
+
+/// How a result was made that is not simply copied.
+std::optional<MadeRule> StockTaker::FindFate(const ExpectedResult& result) {
+  if (result.mpSource == nullptr || result.mMade == MadeRule::Unlinked) return result.mMade;
+  const bool sameForm = result.mLinked == result.mpSource->mLinked;
+  if (sameForm && (!result.mLinked || KeepsValues(result))) return std::nullopt;
+  return result.mMade ? result.mMade : MadeRule::LinkReplaced;
+}
+
+DropRule DropRuleFor(MadeRule made) {
+  switch (made) {
+    case MadeRule::SharedResult:
+      return DropRule::SharedName;
+    case MadeRule::LinkedToItself:
+      return DropRule::LinkedToItself;
+    case MadeRule::Unlinked:
+      return DropRule::Unlinked;
+    default:
+      return DropRule::LinkReplaced;
+  }
+}
+
+void StockTaker::TakeResult(const ExpectedResult& result) {
+  const Item item = result.mLinked ? Item::LinkedResult : Item::Result;
+  const std::optional<MadeRule> made = FindFate(result);
+  if (!made) {
+    Copy(result.mInput, item, result.mSound, 1);
+  } else {
+    Make(item, *made, result.mSound, 1);
+  }
+  if (result.mpSource != nullptr && made) {
+    const Item was = result.mpSource->mLinked ? Item::LinkedResult : Item::Result;
+    ++mLedger.mInputs[result.mInput][was].mDropped[DropRuleFor(*made)];
+  }
+  if (result.mSound) NoteNames(result);
+}
+
+void StockTaker::NoteNames(const ExpectedResult& result) {
+  if (result.mpSource != nullptr && result.mpSource->mName != result.mName) {
+    ++mRenamed[result.mInput][{result.mpSource->mName, result.mName}];
+  }
+  if (result.mMade != MadeRule::SharedResult) return;
+  const ExpectedResult* primary = mModel.FindNext(result);
+  ++mLinked[result.mInput][{primary == nullptr ? "" : primary->mName, result.mName}];
+}
+
+void StockTaker::TakeNode(const ExpectedNode& node) {
+  if (node.mpSource == nullptr) {
+    Make(Item::Group, MadeRule::MergeGroup, node.mSound, 1);
+    return;
+  }
+  Copy(node.mInput, ItemOf(*node.mpSource), node.mSound, 1);
+  for (const ExpectedResult& result : node.mResults) TakeResult(result);
+  if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(node.GetContent())) {
+    Copy(node.mInput, Item::Set, node.mNumSoundSets, sets->GetNumSets());
+  }
+}
+
+void StockTaker::TakeViews() {
+  if (mModel.mCurrentView) {
+    Copy(mModel.mCurrentView->mInput, Item::CurrentView, mModel.mCurrentView->mSound, 1);
+  }
+  if (mModel.mSequencer) {
+    Copy(mModel.mSequencer->mInput, Item::Sequencer, mModel.mSequencer->mSound, 1);
+  }
+  for (const ExpectedPath& path : mModel.mPaths) {
+    Copy(path.mInput, Item::ViewPath, path.mSound, 1);
+    Copy(path.mInput, Item::PathView, path.mNumSoundViews, path.mpSource->mViewPoints.size());
+  }
+}
+
+void StockTaker::TakeHistory() {
+  for (const auto& entry : mModel.mHistory) Copy(entry.mInput, Item::HistoryEntry, entry.mSound, 1);
+  Make(Item::HistoryEntry, MadeRule::HistoryEntry, mModel.mNumSoundNewHistory,
+       mModel.mNewHistory.size());
+}
+
+Ledger StockTaker::Take(const std::optional<PerItem<std::uint64_t>>& found) {
+  for (const auto& [id, node] : mModel.mNodes) TakeNode(node);
+  TakeViews();
+  TakeHistory();
+  for (std::size_t i = 0; i < mLedger.mInputs.size(); ++i) {
+    mLedger.mInputs[i].mRenamed = AsList(mRenamed[i]);
+    mLedger.mInputs[i].mLinked = AsList(mLinked[i]);
+  }
+  for (std::size_t i = 0; i < kNumItems; ++i) {
+    mLedger.mOutput[i].mFound = found ? (*found)[i] : mExpected[i];
+  }
+  return std::move(mLedger);
+}
+
+}  // namespace
+
+Ledger TakeStock(ExpectedModel& model, const std::vector<InputFile>& inputs,
+                 const std::optional<PerItem<std::uint64_t>>& found) {
+  return StockTaker(model, inputs).Take(found);
+}
+
+}  // namespace Qov::Tools
