@@ -1,0 +1,75 @@
+// Prints the nodes of a model and, for every result, the least and the greatest of its values.
+
+#include <Qov/Ryx/Tree.h>
+#include <Qov/Util/Exception.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using QovRyx::Geometry;
+using QovRyx::Tree;
+
+/// The load case or time step follows the name behind a character that terminals do not show.
+std::string Readable(std::string name) {
+  std::replace(name.begin(), name.end(), '\x1E', '|');
+  return name;
+}
+
+/// Loading a model reads no array; this reads one, and forgets it when it returns.
+template <class T>
+void PrintRange(const QovRyx::NumericArray& array) {
+  std::vector<T> values;
+  array.GetValues(values);
+  if (values.empty()) {
+    std::cout << "no values\n";
+    return;
+  }
+  const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+  std::cout << *least << " to " << *greatest << "\n";
+}
+
+void PrintResults(const Geometry& geometry) {
+  for (const Geometry::VarStruct& result : geometry.GetVariables()) {
+    std::cout << "  " << Readable(result.mName) << ": ";
+    if (result.IsIntegerKind()) {
+      PrintRange<std::uint32_t>(result.mValues);
+    } else {
+      PrintRange<float>(result.mValues);
+    }
+  }
+}
+
+void PrintModel(const std::string& path) {
+  Tree tree(false);
+  Tree::IdMap ids;
+  tree.Load(path, ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+  // By id: every entry once, whatever links a damaged file holds.
+  for (const auto& [id, entry] : tree.GetNodes()) {
+    if (!entry.mData) continue;
+    std::cout << entry.mData->GetType() << " " << entry.mData->GetName() << "\n";
+    if (const Geometry* geometry = QovRyx::AsGeometry(entry)) PrintResults(*geometry);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "Usage: ranges MODEL\n";
+    return 1;
+  }
+  try {
+    PrintModel(argv[1]);
+  } catch (const Qov::Util::Exception& error) {
+    std::cerr << "ranges: " << error.GetLogMessage() << "\n";  // what() is the whole report
+    return 2;
+  } catch (const std::exception& error) {
+    std::cerr << "ranges: " << error.what() << "\n";
+    return 2;
+  }
+}

@@ -1,0 +1,103 @@
+#include <gmock/gmock.h>
+
+#include "Qov/Ryx/Tree.h"
+#include "support/Errors.h"
+#include "support/ModelBuilder.h"
+#include "support/ModelCompare.h"
+#include "support/TempDir.h"
+
+namespace QovRyx {
+namespace {
+
+using namespace Qov::Test;
+using testing::ElementsAre;
+
+/// A model with two groups of one name and one that is no group, and a plate to take from.
+class AddShape : public testing::Test {
+ protected:
+  AddShape() {
+    AddNode<Shape>(mTree, NodeTree::kRootId, "Cuts");
+    AddNode<Group>(mTree, NodeTree::kRootId, "Cuts");
+    AddNode<Group>(mTree, NodeTree::kRootId, "Cuts");
+    BuildPlate(mSource, {"Stress"}, 1);
+  }
+  Geometry& SourceMesh() { return *AsGeometry(mSource.GetNodes().GetReqNode(PlateIds::kGeometry)); }
+  void ExpectRefusal(ErrorType type, const std::string& text, std::uint32_t id,
+                     const std::string& group = "Cuts") {
+    const std::string tree = DescribeModel(mTree);
+    const std::string source = DescribeModel(mSource);
+    ExpectError(type, text, [&] { mTree.AddShape(mSource, id, group); });
+    EXPECT_EQ(DescribeModel(mTree), tree);
+    EXPECT_EQ(DescribeModel(mSource), source);
+  }
+
+  static constexpr std::uint32_t kFirstGroup = 3;
+  static constexpr std::uint32_t kNewShape = 5;
+  static constexpr std::uint32_t kNewGeometry = 6;
+  Tree mTree{false};
+  Tree mSource{false};
+};
+
+TEST_F(AddShape, MovesTheObjectsBeneathTheFirstGroupOfThatName) {
+  const Node* shape = mSource.GetNodes().GetReqNode(PlateIds::kShape).mData.get();
+  const Node* geometry = &SourceMesh();
+  mTree.AddShape(mSource, PlateIds::kShape, "Cuts");
+  const NodeTree& nodes = mTree.GetNodes();
+  EXPECT_EQ(nodes.GetReqNode(kFirstGroup).mFirstChild, kNewShape);
+  EXPECT_EQ(nodes.GetReqNode(kNewShape).mData.get(), shape);
+  EXPECT_EQ(nodes.GetReqNode(kNewShape).mFirstChild, kNewGeometry);
+  EXPECT_EQ(nodes.GetReqNode(kNewGeometry).mData.get(), geometry);
+  EXPECT_EQ(nodes.GetCurrentId(), kNewGeometry);
+  EXPECT_EQ(mSource.GetNodes().GetReqNode(PlateIds::kShape).mData, nullptr);
+  EXPECT_EQ(mSource.GetNodes().GetReqNode(PlateIds::kGeometry).mData, nullptr);
+  ExpectRefusal(ErrorType::MismatchError, "Node 3 is no shape", PlateIds::kShape);
+}
+
+TEST_F(AddShape, KeepsWhatIsReadFromAFileThatNobodyHoldsAnyMore) {
+  const TempDir dir;
+  SavePlate(dir / "plate.ryx", {"Stress"}, 1);
+  {
+    Tree loaded(false);
+    LoadTree(loaded, dir / "plate.ryx");
+    mTree.AddShape(loaded, PlateIds::kShape, "Cuts");
+  }
+  SaveTree(mTree, dir / "out.ryx");
+  mTree.AddShape(mSource, PlateIds::kShape, "Cuts");
+  std::ostringstream moved;
+  std::ostringstream built;
+  Tree saved(false);
+  LoadTree(saved, dir / "out.ryx");
+  DescribePayload(moved, *saved.GetNodes().GetReqNode(kNewGeometry).mData);
+  DescribePayload(built, *mTree.GetNodes().GetReqNode(kNewGeometry + 2).mData);
+  EXPECT_EQ(moved.str(), built.str());
+}
+
+TEST_F(AddShape, ResultsKeepTheValuesThatTheyShare) {
+  auto& other = AddNode<Geometry>(mSource, NodeTree::kRootId, "Other");
+  other.AppendVariable(MakeVariable("Far", 12, NumericArray::Of(Ramp(4, 7.0F))));
+  SourceMesh().AppendVariable(MakeLinked("near", {PlateIds::kGeometry, 2}));
+  SourceMesh().AppendVariable(MakeLinked("far", {PlateIds::kSets + 1, 0}));
+  mTree.AddShape(mSource, PlateIds::kShape, "Cuts");
+  const Geometry& mesh = *AsGeometry(mTree.GetNodes().GetReqNode(kNewGeometry));
+  EXPECT_THAT(VariableTexts(mesh),
+              ElementsAre("Coordinates", "Connectivity", "Stress", "near -> 6,2", "far"));
+  std::vector<float> values;
+  mesh.GetVariables()[4].mValues.GetValues(values);
+  EXPECT_EQ(values, Ramp(4, 7.0F));
+}
+
+TEST_F(AddShape, RefusesWhatDoesNotFitAndMovesNothing) {
+  AddNode<Shape>(mSource, NodeTree::kRootId, "Childless");
+  AddNode<Group>(mSource, PlateIds::kSets + 1, "Group");
+  ExpectRefusal(ErrorType::ElementNotFound, "", PlateIds::kShape, "cuts");
+  ExpectRefusal(ErrorType::ElementNotFound, "", 99);
+  ExpectRefusal(ErrorType::MismatchError, "Node 2 is no shape", PlateIds::kGroup);
+  ExpectRefusal(ErrorType::MismatchError, "Node 7 is no geometry", PlateIds::kSets + 1);
+  NodeTree::Node last;
+  last.mId = 0xFFFFFFFD;
+  mTree.GetNodes().PutNode(std::move(last));
+  ExpectRefusal(ErrorType::ModelError, "no ids left", PlateIds::kShape);
+}
+
+}  // namespace
+}  // namespace QovRyx
