@@ -1,0 +1,51 @@
+// Reads every array of a model in the order in which they are stored: readarrays MODEL
+
+#include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <vector>
+
+#include "Qov/Ryx/Tree.h"
+
+namespace {
+
+/// Files hold the connectivity and the ids of all geometries before everything else.
+std::vector<const QovRyx::NumericArray*> FindArrays(const QovRyx::Tree& tree) {
+  std::vector<const QovRyx::NumericArray*> arrays;
+  for (const bool integerKinds : {true, false}) {
+    QovRyx::ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const QovRyx::Geometry& geometry) {
+      for (const auto& variable : geometry.GetVariables()) {
+        if (variable.mLinked || variable.IsIntegerKind() != integerKinds) continue;
+        arrays.push_back(&variable.mValues);
+      }
+    });
+  }
+  return arrays;
+}
+
+void ReadAll(const char* path) {
+  QovRyx::Tree tree(false);
+  QovRyx::Tree::IdMap idMap;
+  tree.Load(path, idMap, QovRyx::Tree::ReadMode::Everything,
+            QovRyx::Tree::SupportedFileFormats::Ryx);
+  std::uint64_t numValues = 0;
+  const auto arrays = FindArrays(tree);
+  std::vector<std::uint32_t> values;
+  for (const QovRyx::NumericArray* array : arrays) {
+    array->GetValues(values);
+    numValues += values.size();
+  }
+  std::printf("arrays=%zu bytes=%ju\n", arrays.size(), std::uintmax_t{4 * numValues});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    for (int i = 1; i < argc; ++i) ReadAll(argv[i]);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "readarrays: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,247 @@
+#!/usr/bin/env bash
+# Builds the benchmarks and prints how merges compare with the floor: what reading, inflating,
+# deflating and writing the same bytes takes when nothing else is done. docs/performance.md says
+# what the figures mean.
+#
+#   scripts/bench.sh [--quick] [--runs N] [ROW...]
+#
+# --quick     a tenth of the data and one run: whether it all works, not figures
+# --runs N    runs of each command, whose median counts; 5 unless given
+# ROW         only these rows of the table; --list names them
+# shellcheck source=scripts/lib.sh
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+rows=(
+  dataset_16m dataset_default instance_16m instance_default one_thread small_files
+  outside_zlib growth_files growth_results memory_files memory_default memory_16m
+  reading open_files copying
+)
+runs=5
+size=36         # cells along an edge: 57 MB of arrays a file
+num_small=200   # files of 3 MB
+num_tiny=1000
+chosen=()
+while [[ $# -gt 0 ]]; do
+  case $1 in
+    --quick) runs=1 size=16 num_small=40 num_tiny=200 ;;
+    --runs) runs=$2; shift ;;
+    --list) printf '%s\n' "${rows[@]}"; exit ;;
+    -*) sed -n '2,/^# shellcheck/{/shellcheck/d;s/^# \{0,1\}//p}' scripts/bench.sh; exit 1 ;;
+    *) chosen+=("$1") ;;
+  esac
+  shift
+done
+[[ ${#chosen[@]} -gt 0 ]] || chosen=("${rows[@]}")
+
+readonly default_block=209715200 middle_block=16777216
+build=build/bench
+data=$build/data
+out=$data/out.ryx
+
+prepare() {
+  install_packages "${build_packages[@]}" libbenchmark-dev valgrind
+  step "Building"
+  cmake --preset release -B "$build" -DRYXMERGE_BUILD_BENCH=ON -DRYXMERGE_BUILD_TESTS=OFF >/dev/null
+  cmake --build "$build" --parallel "$(nproc)" --target RyxMerge ryx floor measure readarrays
+  PATH="$PWD/$build/bin:$PATH"
+  mkdir -p "$data"
+  export PELORIN_TEMP_PATH=$data
+}
+
+# models NAME OPTION...: the folder of those sample models, which are written if need be.
+models() {
+  local folder=$data/$1-$size
+  shift
+  if [[ ! -e $folder/complete ]]; then
+    rm -rf "$folder"
+    ryx sample "$folder" "$@" >/dev/null
+    touch "$folder/complete"
+  fi
+  echo "$folder"
+}
+
+# in_order FOLDER [N]: its models, or the first N of them.
+in_order() { find "$1" -name 'run*.ryx' | sort -V | head -n "${2:-1000000}"; }
+
+use_big() { mapfile -t big < <(in_order "$(models big --size "$size" --parts 4 --cases 6 --steps 12)"); }
+use_small() {
+  mapfile -t small < <(in_order \
+    "$(models small --size 20 --parts 2 --cases 3 --steps "$num_small")")
+}
+
+# one FIELD COMMAND...: runs it once and prints what `measure` says of that field. What it wrote is
+# gone before the next command starts.
+one() {
+  local field=$1 line
+  shift
+  line=$(measure "$@" 2>"$data/errors") || { cat "$data/errors" >&2; return 1; }
+  rm -f "$out" "$data/floor.out"
+  sed -E "s/.*\\b$field=([0-9.]+).*/\\1/" <<<"$line"
+}
+
+median() { sort -g | awk '{v[NR] = $1} END {print (v[int((NR + 1) / 2)] + v[int(NR / 2) + 1]) / 2}'; }
+quotient() { awk -v a="$1" -v b="$2" 'BEGIN {printf "%.3f", a / b}'; }
+
+# versus FIELD COMMAND... -- COMMAND...: runs both in turn and prints the quotient of the medians.
+versus() {
+  local field=$1 first=() second=() i
+  shift
+  while [[ $1 != -- ]]; do first+=("$1"); shift; done
+  shift
+  second=("$@")
+  : >"$data/first"
+  : >"$data/second"
+  for ((i = 0; i < runs; ++i)); do
+    one "$field" "${first[@]}" >>"$data/first"
+    one "$field" "${second[@]}" >>"$data/second"
+  done
+  quotient "$(median <"$data/first")" "$(median <"$data/second")"
+}
+
+# most FIELD COMMAND...: the median of that field.
+most() {
+  local i
+  for ((i = 0; i < runs; ++i)); do one "$@"; done | median
+}
+
+report() { printf '| %s | %s | %s |\n' "$1" "$2" "$3"; }
+
+instances=(--merge-as-instances --suffix-file-instance)
+
+merge_versus_floor() { # BLOCK FLOOR-OPTION MERGE-OPTION...
+  local block=$1 floor_option=$2
+  shift 2
+  use_big
+  export TELMORAX_MAX_RYX_BLOCK_SIZE=$block
+  # shellcheck disable=SC2086  # no option, or one
+  versus wall RyxMerge "$@" "${big[@]}" "$out" -- \
+    floor --threads 2 $floor_option "$data/floor.out" "${big[@]}"
+  unset TELMORAX_MAX_RYX_BLOCK_SIZE
+}
+
+row_dataset_16m() {
+  report "dataset merge, blocks of 16 MiB, wall / \`floor --threads 2\`" "at most 1.10" \
+    "$(merge_versus_floor $middle_block "")"
+}
+row_dataset_default() {
+  report "dataset merge, default blocks, wall / \`floor --threads 2 --whole-blocks\`" \
+    "at most 1.10" "$(merge_versus_floor $default_block --whole-blocks)"
+}
+row_instance_16m() {
+  report "instance merge, blocks of 16 MiB, wall / \`floor --threads 2\`" "at most 1.10" \
+    "$(merge_versus_floor $middle_block "" "${instances[@]}")"
+}
+row_instance_default() {
+  report "instance merge, default blocks, wall / \`floor --threads 2 --whole-blocks\`" \
+    "at most 1.10" "$(merge_versus_floor $default_block --whole-blocks "${instances[@]}")"
+}
+row_one_thread() {
+  use_big
+  report "dataset merge on one core, wall / \`floor --threads 1\`" "at most 1.05" \
+    "$(versus wall taskset -c 0 RyxMerge "${big[@]}" "$out" -- \
+      taskset -c 0 floor "$data/floor.out" "${big[@]}")"
+}
+row_small_files() {
+  use_small
+  report "${#small[@]} small files as instances, CPU / floor's CPU" "at most 1.15" \
+    "$(versus cpu RyxMerge "${instances[@]}" "${small[@]}" "$out" -- \
+      floor "$data/floor.out" "${small[@]}")"
+}
+# Of a merge of one model twice, on one thread.
+row_outside_zlib() {
+  use_big
+  local profile=$data/callgrind.out
+  RYXMERGE_THREADS=1 valgrind --tool=callgrind --callgrind-out-file="$profile" -q \
+    RyxMerge "${big[0]}" "${big[0]}" "$out" 2>"$data/errors"
+  report "instructions outside zlib / all instructions, $(du -m "$out" | cut -f1) MB of output" \
+    "at most 5 %" "$(awk -f bench/outside_zlib.awk "$profile")"
+}
+row_growth_files() {
+  use_small
+  local quarter=("${small[@]:0:$((${#small[@]} / 4))}")
+  report "datasets, CPU for ${#small[@]} files / CPU for ${#quarter[@]}" "at most 4.2" \
+    "$(versus cpu RyxMerge "${small[@]}" "$out" -- RyxMerge "${quarter[@]}" "$out")"
+  report "instances, CPU for ${#small[@]} files / CPU for ${#quarter[@]}" "at most 4.2" \
+    "$(versus cpu RyxMerge "${instances[@]}" "${small[@]}" "$out" -- \
+      RyxMerge "${instances[@]}" "${quarter[@]}" "$out")"
+}
+# Two files of one geometry with four results a load case; without suffixes the mesh is linked.
+# Ten merges of the small one, because a single one is too short to be measured well.
+row_growth_results() {
+  local few many
+  mapfile -t few < <(in_order "$(models few --size 4 --parts 1 --cases 62 --steps 2)")
+  mapfile -t many < <(in_order "$(models many --size 4 --parts 1 --cases 625 --steps 2)")
+  # shellcheck disable=SC2016
+  local repeat='for i in 1 2 3 4 5 6 7 8 9 10; do "$@"; done'
+  report "500 to 5000 results of a geometry, as instances, CPU" "at most 11" \
+    "$(versus cpu bash -c "$repeat" - RyxMerge --merge-as-instances "${many[@]}" "$out" -- \
+      bash -c "$repeat" - RyxMerge --merge-as-instances "${few[@]}" "$out")"
+}
+row_memory_files() {
+  use_big
+  report "peak memory, 12 files / 3 files of the same size" "at most 1.05" \
+    "$(versus rss RyxMerge "${big[@]}" "$out" -- RyxMerge "${big[@]:0:3}" "$out")"
+}
+row_memory_default() {
+  use_big
+  report "peak memory, default blocks, 2 threads" \
+    "at most 1.5 blocks (315 MB), plus the largest array, plus 64 MB" \
+    "$(quotient "$(RYXMERGE_THREADS=2 most rss RyxMerge "${big[@]}" "$out")" 1000) MB"
+}
+row_memory_16m() {
+  use_big
+  report "peak memory, blocks of 16 MiB" "at most 120 MB" \
+    "$(quotient "$(most rss env TELMORAX_MAX_RYX_BLOCK_SIZE=$middle_block \
+      RyxMerge "${big[@]}" "$out")" 1000) MB"
+}
+row_reading() {
+  local folder model
+  # 365 arrays in blocks of 4 MiB.
+  export TELMORAX_MAX_RYX_BLOCK_SIZE=4194304
+  folder=$(models arrays --size "$size" --parts 1 --cases 90 --steps 1)
+  unset TELMORAX_MAX_RYX_BLOCK_SIZE
+  model=$(in_order "$folder")
+  report "reading every array in stored order, CPU / one plain inflate" "at most 1.10" \
+    "$(versus cpu readarrays "$model" -- floor --inflate "$model")"
+}
+row_open_files() {
+  local tiny
+  mapfile -t tiny < <(in_order "$(models tiny --size 8 --parts 1 --steps "$num_tiny")")
+  report "file handles open at once, ${#tiny[@]} inputs" "at most 64" \
+    "$(most files RyxMerge "${instances[@]}" "${tiny[@]}" "$out")"
+}
+row_copying() {
+  use_big
+  export RYXMERGE_COPY_BLOCKS=1
+  # shellcheck disable=SC2016
+  local concatenate='out=$1; shift; cat "$@" >"$out"'
+  report "copying blocks, datasets, wall / \`cat\`" "at most 2.5" \
+    "$(versus wall RyxMerge "${big[@]}" "$out" -- \
+      bash -c "$concatenate" - "$data/floor.out" "${big[@]}")"
+  report "copying blocks, instances, wall / \`cat\`" "at most 2.5" \
+    "$(versus wall RyxMerge "${instances[@]}" "${big[@]}" "$out" -- \
+      bash -c "$concatenate" - "$data/floor.out" "${big[@]}")"
+  unset RYXMERGE_COPY_BLOCKS
+}
+
+print_versions() {
+  local library
+  library=$(ldd "$build/bin/RyxMerge" | awk '/libz\.so/ {print $3}')
+  printf 'RyxMerge %s (%s), zlib %s, %s, %s\n' \
+    "$(git describe --always --dirty 2>/dev/null || echo unknown)" \
+    "$(sed -n 's/^CMAKE_BUILD_TYPE:[^=]*=//p' "$build/CMakeCache.txt")" \
+    "$(basename "$(readlink -f "$library")" | sed 's/libz\.so\.//')" \
+    "$(c++ --version | head -n 1)" "$(uname -sr)"
+  printf '%s cores of %s; medians of %s runs\n\n' "$(nproc)" \
+    "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)" "$runs"
+}
+
+prepare
+step "Measuring"
+print_versions
+report "figure" "to reach" "measured"
+report "---" "---" "---"
+for row in "${chosen[@]}"; do
+  current_step=$row
+  "row_$row"
+done
