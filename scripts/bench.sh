@@ -74,7 +74,11 @@ use_small() {
 one() {
   local field=$1 line
   shift
-  line=$(measure "$@" 2>"$data/errors") || { cat "$data/errors" >&2; return 1; }
+  line=$(measure "$@" 2>"$data/errors") || {
+    echo "Status $? of: ${*:1:3} ..." >&2
+    cat "$data/errors" >&2
+    return 1
+  }
   rm -f "$out" "$data/floor.out"
   sed -E "s/.*\\b$field=([0-9.]+).*/\\1/" <<<"$line"
 }

@@ -85,8 +85,34 @@ class OneThread : public Deflaters {
 struct Piece {
   std::deque<Bytes> mArrived;
   bool mComplete = false;
-  Bytes mDeflated;
+  std::vector<Bytes> mDeflated;
   bool mDone = false;
+};
+
+/// Buffers that were used before: new memory costs time.
+class Buffers {
+ public:
+  Bytes Fill(const unsigned char* bytes, std::size_t size) {
+    Bytes buffer = Take();
+    buffer.assign(bytes, bytes + size);
+    return buffer;
+  }
+  void Return(Bytes buffer) {
+    const std::lock_guard lock(mMutex);
+    mFree.push_back(std::move(buffer));
+  }
+
+ private:
+  Bytes Take() {
+    const std::lock_guard lock(mMutex);
+    if (mFree.empty()) return {};
+    Bytes buffer = std::move(mFree.back());
+    mFree.pop_back();
+    return buffer;
+  }
+
+  std::mutex mMutex;
+  std::vector<Bytes> mFree;
 };
 
 class ManyThreads : public Deflaters {
@@ -98,8 +124,9 @@ class ManyThreads : public Deflaters {
   ~ManyThreads() override { Stop(); }
 
   void Add(const unsigned char* bytes, std::size_t size) override {
+    Bytes buffer = mBuffers.Fill(bytes, size);
     std::unique_lock lock(mMutex);
-    mPieces.back()->mArrived.emplace_back(bytes, bytes + size);
+    mPieces.back()->mArrived.push_back(std::move(buffer));
     mHeld += size;
     mChanged.notify_all();
     mChanged.wait(lock, [this] { return mHeld < kMostHeld; });
@@ -122,6 +149,7 @@ class ManyThreads : public Deflaters {
   static constexpr std::size_t kMostHeld = std::size_t{512} * 1024 * 1024;
 
   void Stop() {
+    if (mThreads.empty()) return;
     {
       const std::lock_guard lock(mMutex);
       mPieces.back()->mComplete = true;
@@ -144,11 +172,12 @@ class ManyThreads : public Deflaters {
   }
 
   void DeflatePiece(Piece& piece, Deflater& deflater) {
-    const auto keep = [&piece](const unsigned char* bytes, std::size_t size) {
-      piece.mDeflated.insert(piece.mDeflated.end(), bytes, bytes + size);
+    const auto keep = [this, &piece](const unsigned char* bytes, std::size_t size) {
+      piece.mDeflated.push_back(mBuffers.Fill(bytes, size));
     };
     for (Bytes bytes = Next(piece); !bytes.empty(); bytes = Next(piece)) {
       deflater.Deflate(bytes.data(), bytes.size(), false, keep);
+      mBuffers.Return(std::move(bytes));
     }
     deflater.Deflate(nullptr, 0, true, keep);
     const std::lock_guard lock(mMutex);
@@ -169,12 +198,16 @@ class ManyThreads : public Deflaters {
 
   void WriteDone() {
     for (; mWritten < mTaken && mPieces[mWritten]->mDone; ++mWritten) {
-      mFile.Write(mPieces[mWritten]->mDeflated.data(), mPieces[mWritten]->mDeflated.size());
+      for (Bytes& bytes : mPieces[mWritten]->mDeflated) {
+        mFile.Write(bytes.data(), bytes.size());
+        mBuffers.Return(std::move(bytes));
+      }
       mPieces[mWritten].reset();
     }
   }
 
   OutputFile mFile;
+  Buffers mBuffers;
   std::mutex mMutex;
   std::condition_variable mChanged;
   std::vector<std::shared_ptr<Piece>> mPieces;
