@@ -10,9 +10,11 @@ Chunk ChunkPool::Take() {
   const std::lock_guard lock(mMutex);
   Chunk chunk;
   if (mFree.empty()) {
+    mFree.reserve(mNumChunks + 1);  // so that each can be returned without taking memory
     MallocBuffer data(static_cast<unsigned char*>(std::malloc(kChunkSize)));
     if (!data) throw std::bad_alloc();
     chunk = Chunk(std::move(data), kChunkSize, 0);
+    ++mNumChunks;
   } else {
     chunk = std::move(mFree.back());
     mFree.pop_back();
@@ -23,7 +25,7 @@ Chunk ChunkPool::Take() {
   return chunk;
 }
 
-void ChunkPool::Return(Chunk chunk) {
+void ChunkPool::Return(Chunk chunk) noexcept {
   if (chunk.mCapacity != kChunkSize) return;
   const std::lock_guard lock(mMutex);
   mUsed -= kChunkSize;

@@ -45,7 +45,7 @@ class ChunkPool {
   /// An empty chunk. Throws std::bad_alloc.
   Chunk Take();
   /// Takes a chunk back; one that is not the pool's is freed.
-  void Return(Chunk chunk);
+  void Return(Chunk chunk) noexcept;
 
   /// Bytes of the chunks that were taken and not returned.
   std::size_t GetUsed() const;
@@ -55,6 +55,7 @@ class ChunkPool {
  private:
   mutable std::mutex mMutex;
   std::vector<Chunk> mFree;
+  std::size_t mNumChunks = 0;  ///< In all.
   std::size_t mUsed = 0;
   std::size_t mMostUsed = 0;
 };

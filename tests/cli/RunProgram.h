@@ -6,12 +6,11 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "support/Files.h"
 #include "support/TempDir.h"
 
 namespace Qov::Test {
@@ -28,16 +27,6 @@ struct Surroundings {
   std::map<std::string, std::string> mEnvironment;
   rlim_t mMaxOpenFiles = 0;  ///< 0 leaves the limit as it is.
 };
-
-inline std::string ReadFile(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
-}
-
-inline void WriteFile(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
 
 /// The rest of the life of a child process.
 [[noreturn]] inline void BecomeProgram(std::vector<std::string>& command,

@@ -1,0 +1,161 @@
+#include <gmock/gmock.h>
+
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "Faults.h"
+#include "Qov/Ryx/RyxMerge.h"
+#include "check/FileCheck.h"
+#include "support/Files.h"
+#include "support/ModelBuilder.h"
+#include "support/ModelCompare.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TempDir.h"
+
+/// Every call of a merge that can fail fails once, and then with all that follow it.
+namespace Qov::Test {
+namespace {
+
+using Faults::Call;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr int kFailed = 2;
+constexpr const char* kBefore = "an output of before";
+
+/// What is written to std::cerr while the object lives.
+class CapturedErrors {
+ public:
+  CapturedErrors() : mBuffer(std::cerr.rdbuf(mText.rdbuf())) { mText.str(std::string(4096, ' ')); }
+  ~CapturedErrors() { std::cerr.rdbuf(mBuffer); }
+  CapturedErrors(const CapturedErrors&) = delete;
+  CapturedErrors& operator=(const CapturedErrors&) = delete;
+
+  std::string Text() const {
+    const std::string text = mText.str();
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+  }
+
+ private:
+  std::ostringstream mText;  ///< Long enough at first for what is written when memory is short.
+  std::streambuf* mBuffer;
+};
+
+/// Made before any call fails.
+struct Paths {
+  std::vector<std::string> mModels;
+  std::vector<std::string> mViews;
+  std::string mOutput;
+};
+
+struct Mode {
+  const char* mName;
+  int (*mMerge)(const Paths& paths);
+};
+
+constexpr Mode kModes[] = {
+    {"datasets",
+     [](const Paths& paths) { return QovRyx::merge_as_datasets(paths.mModels, paths.mOutput); }},
+    {"instances",
+     [](const Paths& paths) {
+       return QovRyx::merge_as_instances(paths.mModels, paths.mOutput, true, false, false);
+     }},
+    {"views",
+     [](const Paths& paths) {
+       return QovRyx::merge_viewpoints_with_ryx(paths.mModels[0], paths.mViews, paths.mOutput);
+     }},
+};
+
+struct Fault {
+  const char* mName;
+  Call mCall;
+};
+
+constexpr Fault kFaults[] = {
+    {"open", Call::Open},   {"close", Call::Close},   {"read", Call::Read},
+    {"write", Call::Write}, {"seek", Call::Seek},     {"tell", Call::Tell},
+    {"flush", Call::Flush}, {"memory", Call::Memory}, {"zlib", Call::Zlib}};
+
+class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, const char*>> {
+ protected:
+  FaultLoop() : mThreads("RYXMERGE_THREADS", std::get<2>(GetParam())) {
+    SavePlate(mDir / "a.ryx", {"Stress|LC1", "Stress|LC2"}, 1);
+    SavePlate(mDir / "b.ryx", {"Stress|LC1", "Heat|LC1"}, 2);
+    SaveViewPointFile(mDir / "v.vpt", "Walk");
+    mInputs = ReadInputs();
+    EXPECT_EQ(Merge(), 0);
+    mSound = DescribeModel(mPaths.mOutput);
+  }
+
+  int Merge() const { return std::get<0>(GetParam()).mMerge(mPaths); }
+  std::string ReadInputs() const {
+    return ReadFile(mDir / "a.ryx") + ReadFile(mDir / "b.ryx") + ReadFile(mDir / "v.vpt");
+  }
+
+  /// True if the fault came about.
+  bool RunWithFault(std::size_t n, bool andLater) {
+    WriteFile(mPaths.mOutput, kBefore);
+    int status = 0;
+    std::string errors;
+    bool hasFailed = false;
+    {
+      const CapturedErrors captured;
+      Faults::Arm(std::get<1>(GetParam()).mCall, n, andLater);
+      status = Merge();
+      hasFailed = Faults::Disarm();
+      errors = captured.Text();
+    }
+    if (status == 0) {
+      EXPECT_EQ(DescribeModel(mPaths.mOutput), mSound);
+    } else {
+      EXPECT_EQ(status, kFailed);
+      EXPECT_THAT(errors, Not(IsEmpty()));
+      EXPECT_TRUE(IsUnfinished(mPaths.mOutput));
+    }
+    return hasFailed;
+  }
+
+  /// As before, or not to be taken for a model.
+  static bool IsUnfinished(const std::string& path) {
+    if (ReadFile(path) == kBefore) return true;
+    Tools::FileReport report(1);
+    try {
+      Tools::CheckFile(path, report);
+    } catch (const Util::Exception&) {
+      return true;
+    }
+    return report.mFindings.GetNumErrors() > 0;
+  }
+
+  const ScopedEnvironment mBlocks{"TELMORAX_MAX_RYX_BLOCK_SIZE", "300"};
+  const ScopedEnvironment mThreads;
+  const TempDir mDir;
+  const Paths mPaths{{mDir / "a.ryx", mDir / "b.ryx"}, {mDir / "v.vpt"}, mDir / "out.ryx"};
+  std::string mInputs;
+  std::string mSound;
+};
+
+TEST_P(FaultLoop, EndsWithAMessageAndNothingToBeTakenForAModel) {
+  for (const bool andLater : {false, true}) {
+    std::size_t n = 1;
+    while (RunWithFault(n, andLater) && !HasFailure()) ++n;
+    if (HasFailure()) FAIL() << "call " << n << (andLater ? " and all later ones" : "");
+    EXPECT_EQ(ReadInputs(), mInputs);
+  }
+}
+
+std::string NameOf(const testing::TestParamInfo<FaultLoop::ParamType>& test) {
+  const auto& [mode, fault, threads] = test.param;
+  return std::string(mode.mName) + "_" + fault.mName + "_" + threads;
+}
+
+INSTANTIATE_TEST_SUITE_P(Merges, FaultLoop,
+                         testing::Combine(testing::ValuesIn(kModes), testing::ValuesIn(kFaults),
+                                          testing::Values("1", "2")),
+                         NameOf);
+
+}  // namespace
+}  // namespace Qov::Test
