@@ -26,6 +26,17 @@ FileReport::Kind FindKind(const Container& container) {
   return FileReport::Kind::Unknown;
 }
 
+/// A view-point file may lack a tree, but then it has no other part of a model either.
+void CheckParts(const Container& container, FileReport& report) {
+  if (report.mKind == FileReport::Kind::Model) return;
+  for (const std::string& stream :
+       {QovRyx::kHeavyData, QovRyx::kLightData, QovRyx::kAttributes, QovRyx::kResources}) {
+    if (!container.HasStream(stream)) continue;
+    report.mFindings.Error("no-tree", Place::InStream(stream),
+                           "This is part of a model, but there is no tree that it belongs to.");
+  }
+}
+
 void CheckModel(Container& container, Findings& findings) {
   ModelContent model;
   ReadTreeRecords(container, model, findings);
@@ -55,6 +66,7 @@ void CheckFile(const std::string& path, FileReport& report) {
   report.mVersion = container.GetVersion();
   if (!hasStreams) return;
   report.mKind = FindKind(container);
+  CheckParts(container, report);
   const bool isOldest = container.GetVersion() == kVersionWithoutViews;
   const std::string nothing = "The container holds neither a model nor view points.";
   if (report.mKind == FileReport::Kind::Unknown && isOldest) {
