@@ -12,3 +12,7 @@ if(RYXMERGE_SANITIZE)
                                                -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   target_link_options(qov_options INTERFACE -fsanitize=address,undefined)
 endif()
+
+if(RYXMERGE_BUILD_FUZZERS)
+  target_compile_options(qov_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

@@ -1,0 +1,113 @@
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "Qov/Ryx/MaterialValues.h"
+#include "Qov/Ryx/ModifierInfo.h"
+#include "Qov/Ryx/Sequencer.h"
+#include "Qov/Ryx/ViewPoint.h"
+#include "support/ModelBuilder.h"
+#include "support/RandomModel.h"
+
+/// Writes the small inputs that fuzzing starts from: MakeSeeds FOLDER, into a folder for each
+/// target. They are kept in fuzz/corpus beside what fuzzing found.
+namespace {
+
+using namespace Qov::Test;
+using Path = std::filesystem::path;
+
+std::string ReadFile(const Path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteFile(const Path& path, const std::string& bytes) {
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string LittleEndian(std::size_t value) {
+  std::string bytes;
+  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(value >> shift & 0xFF);
+  return bytes;
+}
+
+/// Models that take little room and have something of everything.
+std::vector<std::string> MakeModels(const Path& folder) {
+  std::vector<std::string> models;
+  const std::string path = folder / "seed.ryx";
+  SavePlate(path, {"Stress|LC1", "Stress|LC2"}, 1, 4);
+  models.push_back(ReadFile(path));
+  SavePlate(path, {"Stress|LC1", "Heat"}, 2, 4);
+  models.push_back(ReadFile(path));
+  for (const std::uint32_t seed : {3U, 8U}) {
+    QovRyx::Tree tree(false);
+    RandomModel(seed).Fill(tree);
+    SaveTree(tree, path);
+    models.push_back(ReadFile(path));
+  }
+  std::filesystem::remove(path);
+  return models;
+}
+
+std::string MakeViews(const Path& folder) {
+  const std::string path = folder / "seed.vpt";
+  SaveViewPointFile(path, "Walk");
+  const std::string views = ReadFile(path);
+  std::filesystem::remove(path);
+  return views;
+}
+
+template <class Record>
+std::string RecordBytes() {
+  QovJbf::Block block;
+  CopyToBlock(block, Record());
+  return {reinterpret_cast<const char*>(block.GetData()), block.GetSize()};
+}
+
+/// The numbers are those of the target's list of records.
+void WriteRecords(const Path& folder) {
+  const std::string latest(1, '\x0C');
+  WriteFile(folder / "view_point",
+            std::string(1, '\0') + latest + RecordBytes<QovRyx::ViewPoint>());
+  WriteFile(folder / "material", '\x11' + latest + RecordBytes<QovRyx::MaterialValues>());
+  WriteFile(folder / "modifier", '\x12' + latest + RecordBytes<QovRyx::ModifierInfo>());
+  WriteFile(folder / "sequencer", '\x13' + latest + RecordBytes<QovRyx::SequencerData>());
+  WriteFile(folder / "sequence", '\x14' + latest + RecordBytes<QovRyx::Sequence>());
+  WriteFile(folder / "move", '\x17' + latest + RecordBytes<QovRyx::MoveAction>());
+}
+
+void WriteSeeds(const Path& folder) {
+  std::filesystem::create_directories(folder);
+  const std::vector<std::string> models = MakeModels(folder);
+  for (std::size_t i = 0; i < models.size(); ++i) {
+    const std::string name = "model" + std::to_string(i);
+    for (const char* target : {"container", "model", "check"}) {
+      WriteFile(folder / target / name, models[i]);
+    }
+    const std::string pair = LittleEndian(models[i].size()) + models[i] + models[(i + 1) % 2];
+    WriteFile(folder / "diff" / name, pair);
+    for (char mode = 0; mode < 6; ++mode) {
+      const std::string mergeName = name + "_" + std::to_string(mode);
+      if (i == 0 || mode == 0) WriteFile(folder / "merge" / mergeName, mode + pair);
+    }
+  }
+  const std::string views = MakeViews(folder);
+  for (const char* target : {"container", "views", "check"}) {
+    WriteFile(folder / target / "views", views);
+  }
+  WriteRecords(folder / "records");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::cerr << "Usage: MakeSeeds FOLDER\n";
+    return 2;
+  }
+  WriteSeeds(argv[1]);
+}

@@ -1,0 +1,56 @@
+#include "Models.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace Qov::Fuzz {
+namespace {
+
+constexpr std::uint64_t kMostBytes = std::uint64_t{16} << 20;
+
+std::uint64_t CountBytes(const QovRyx::Tree& tree) {
+  std::uint64_t numBytes = 0;
+  ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const QovRyx::Geometry& geometry) {
+    for (const auto& variable : geometry.GetVariables()) {
+      if (!variable.mLinked) numBytes += variable.mValues.GetSize();
+    }
+  });
+  return numBytes;
+}
+
+void ReadAll(const QovRyx::Geometry& geometry) {
+  std::vector<std::uint32_t> values;
+  for (const auto& variable : geometry.GetVariables()) {
+    if (!variable.mLinked) variable.mValues.GetValues(values);
+  }
+}
+
+}  // namespace
+
+FilePair SplitPair(Bytes bytes) {
+  std::uint32_t length = 0;
+  if (bytes.size() < sizeof length) return {};
+  std::memcpy(&length, bytes.data(), sizeof length);
+  bytes = bytes.subspan(sizeof length);
+  const std::size_t first = std::min<std::size_t>(length, bytes.size());
+  return {bytes.first(first), bytes.subspan(first)};
+}
+
+void Load(QovRyx::Tree& tree, const std::string& path) {
+  QovRyx::Tree::IdMap idMap;
+  tree.Load(path, idMap, QovRyx::Tree::ReadMode::Everything,
+            QovRyx::Tree::SupportedFileFormats::Ryx);
+}
+
+bool ReadArrays(const QovRyx::Tree& tree) {
+  if (CountBytes(tree) > kMostBytes) return false;
+  ForEachGeometry(tree.GetNodes(), [](std::uint32_t, const QovRyx::Geometry& g) { ReadAll(g); });
+  for (const auto& [id, entry] : tree.GetNodes()) {
+    const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(entry.mData.get());
+    if (sets != nullptr) static_cast<void>(sets->GetSets());
+  }
+  return true;
+}
+
+}  // namespace Qov::Fuzz

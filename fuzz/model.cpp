@@ -1,0 +1,38 @@
+#include "InputLayout.h"
+#include "MemoryFile.h"
+#include "Models.h"
+#include "Target.h"
+
+/// Loads a model and reads all that is in it; one that is sound survives being saved.
+namespace {
+
+using namespace Qov::Fuzz;
+
+void Save(QovRyx::Tree& tree, const std::string& path) {
+  tree.Save(path, true, "", QovRyx::Tree::SupportedFileFormats::Ryx);
+}
+
+}  // namespace
+
+const InputLayout Qov::Fuzz::kInputLayout{};
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static MemoryFile file;
+  static MemoryFile copy;
+  file.SetContent(data, size);
+  QovRyx::Tree tree(false);
+  bool isRead = false;
+  const bool isSound = Accepts([&] {
+    Load(tree, file.GetPath());
+    isRead = ReadArrays(tree);
+  });
+  if (!isSound || !isRead || !Accepts([&] { Save(tree, copy.GetPath()); })) return 0;
+  QovRyx::Tree again(false);
+  Require(Accepts([&] {
+            Load(again, copy.GetPath());
+            ReadArrays(again);
+          }),
+          "what was saved can be loaded");
+  Require(again.GetNodes().GetSize() == tree.GetNodes().GetSize(), "no node is lost");
+  return 0;
+}
