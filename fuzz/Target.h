@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 
+#include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Util/Exception.h"
 
 /// What fuzz targets have in common. A target is a function that a fuzzer calls with any bytes at
@@ -12,18 +14,6 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace Qov::Fuzz {
-
-/// True if `work` takes what it is given; false if it refuses it with the one exception that bad
-/// input may raise. Whatever else it throws ends the program, as a crash does.
-template <class Work>
-bool Accepts(Work work) {
-  try {
-    work();
-    return true;
-  } catch (const Util::Exception&) {
-    return false;
-  }
-}
 
 /// Ends the program if something does not hold that has to hold for every input.
 inline void Require(bool holds, const char* what) {
@@ -46,5 +36,20 @@ class SilentErrors {
  private:
   std::streambuf* mBuffer;
 };
+
+/// True if `work` takes what it is given; false if it refuses it with one of the exceptions that
+/// bad input may raise. Whatever else it throws ends the program, as a crash does.
+template <class Work>
+bool Accepts(Work work) {
+  const SilentErrors silence;
+  try {
+    work();
+    return true;
+  } catch (const Util::Exception&) {
+    return false;
+  } catch (const QovJbf::DamagedBlock&) {
+    return false;
+  }
+}
 
 }  // namespace Qov::Fuzz
