@@ -1,3 +1,4 @@
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <optional>
@@ -20,6 +21,7 @@ int Run(const std::string& program, const std::vector<std::string>& arguments) {
     std::cerr << "Usage: " << program << " <files_to_merge> <output_file>" << std::endl;
     return kUsageError;
   }
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no further is an error to be told
   SetLogFile();
   const TerminalProgress progress;
   return RunMerge(*commandLine);

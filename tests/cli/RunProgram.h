@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <map>
 #include <string>
@@ -26,6 +27,7 @@ struct Outcome {
 struct Surroundings {
   std::map<std::string, std::string> mEnvironment;
   rlim_t mMaxOpenFiles = 0;  ///< 0 leaves the limit as it is.
+  rlim_t mMaxFileSize = 0;   ///< The same.
 };
 
 /// The rest of the life of a child process.
@@ -39,10 +41,12 @@ struct Surroundings {
   for (const auto& [name, value] : surroundings.mEnvironment) {
     ::setenv(name.c_str(), value.c_str(), 1);
   }
-  if (surroundings.mMaxOpenFiles != 0) {
-    const rlimit limit{surroundings.mMaxOpenFiles, surroundings.mMaxOpenFiles};
-    ::setrlimit(RLIMIT_NOFILE, &limit);
-  }
+  const auto confine = [](__rlimit_resource resource, rlim_t most) {
+    const rlimit limit{most, most};
+    if (most != 0) ::setrlimit(resource, &limit);
+  };
+  confine(RLIMIT_NOFILE, surroundings.mMaxOpenFiles);
+  confine(RLIMIT_FSIZE, surroundings.mMaxFileSize);
   std::vector<char*> pointers;
   for (std::string& word : command) pointers.push_back(word.data());
   pointers.push_back(nullptr);
@@ -50,11 +54,17 @@ struct Surroundings {
   ::_exit(127);
 }
 
-/// Runs a program to its end. The first word of the command is its path.
-inline Outcome RunProgram(std::vector<std::string> command, const Surroundings& surroundings) {
+/// Runs a program to its end, or for so many microseconds until it gets a signal. The first word of
+/// the command is its path.
+inline Outcome RunProgram(std::vector<std::string> command, const Surroundings& surroundings,
+                          int signal = 0, unsigned microseconds = 0) {
   const TempDir streams;
   const pid_t child = ::fork();
   if (child == 0) BecomeProgram(command, surroundings, streams);
+  if (signal != 0) {
+    ::usleep(microseconds);
+    ::kill(child, signal);
+  }
   int status = 0;
   ::waitpid(child, &status, 0);
   const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);

@@ -33,14 +33,15 @@ class Damage : public testing::Test {
  protected:
   Damage() {
     QovRyx::Tree tree("PlateMaker", "1.0", false);
-    BuildPlate(tree, {"Stress|LC1"}, 1, 5);
+    BuildPlate(tree, {"Stress|LC1"}, 0, 5);
     AddViewPointPath(tree, "Walk", 1);
     SaveTree(tree, mDir / "whole.ryx");
     mWhole = ReadFile(mDir / "whole.ryx");
     mStreams = ReadStreams(mDir / "whole.ryx");
     WriteStreams(mDir / "plain.ryx", mStreams);
     mPlain = ReadFile(mDir / "plain.ryx");
-    SavePlate(mDir / "good.ryx", {"Stress|LC1"}, 2);
+    SavePlate(mDir / "good.ryx", {"Stress|LC1"}, 0);
+    EXPECT_TRUE(CallsSound(mDir / "whole.ryx") && CallsSound(mDir / "plain.ryx"));
   }
 
   /// Of `n` variants of a file, each with what `damage(i)` makes of it.

@@ -82,11 +82,12 @@ constexpr Fault kFaults[] = {
 class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, const char*>> {
  protected:
   FaultLoop() : mThreads("RYXMERGE_THREADS", std::get<2>(GetParam())) {
-    SavePlate(mDir / "a.ryx", {"Stress|LC1", "Stress|LC2"}, 1);
-    SavePlate(mDir / "b.ryx", {"Stress|LC1", "Heat|LC1"}, 2);
+    SavePlate(mDir / "a.ryx", {"Stress|LC1", "Stress|LC2"}, 0);
+    SavePlate(mDir / "b.ryx", {"Stress|LC1", "Heat|LC1"}, 0);
     SaveViewPointFile(mDir / "v.vpt", "Walk");
     mInputs = ReadInputs();
     EXPECT_EQ(Merge(), 0);
+    EXPECT_FALSE(IsUnfinished(mPaths.mOutput));
     mSound = DescribeModel(mPaths.mOutput);
   }
 

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <exception>
 
 #include "MergeSteps.h"
 #include "Qov/Log/Record.h"
@@ -39,13 +40,18 @@ std::string DescribeRules(const DroppedResults& dropped) {
 
 void MergeSummary::AddInput(const std::string& path) { mBytesRead += FileSize(path); }
 
-void MergeSummary::Tell(const std::string& what, const Tree& tree,
-                        const std::string& output) const {
-  Qov::Log::Trace(kMergeSource) << what << " in " << SecondsSince(mStart);
-  TellNodes(tree);
-  TellResults(tree);
-  Qov::Log::Trace(kMergeSource) << "Bytes: " << mBytesRead << " read, " << FileSize(output)
-                                << " written";
+void MergeSummary::Tell(const Deed& deed, const Tree& tree,
+                        const std::string& output) const noexcept {
+  try {
+    Qov::Log::Trace(kMergeSource) << deed.mBefore << deed.mNumFiles << deed.mAfter << " in "
+                                  << SecondsSince(mStart);
+    TellNodes(tree);
+    TellResults(tree);
+    Qov::Log::Trace(kMergeSource) << "Bytes: " << mBytesRead << " read, " << FileSize(output)
+                                  << " written";
+  } catch (const std::exception&) {
+    // There is no memory for a line of the log.
+  }
 }
 
 void MergeSummary::TellNodes(const Tree& tree) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -28,8 +29,14 @@ class MergeSummary {
   void AddNodesLeftOut(std::uint64_t n) { mNodesLeftOut += n; }
   DroppedResults& GetDropped() { return mDropped; }
 
-  /// `what` names the merge: "Merged 2 files as datasets". `tree` is what was written.
-  void Tell(const std::string& what, const Tree& tree, const std::string& output) const;
+  /// What was done: "Merged " | number of files | " files as datasets".
+  struct Deed {
+    const char* mBefore;
+    std::size_t mNumFiles;
+    const char* mAfter;
+  };
+  /// `tree` is what was written. The merge is done, so nothing that goes wrong here is an error.
+  void Tell(const Deed& deed, const Tree& tree, const std::string& output) const noexcept;
 
  private:
   void TellNodes(const Tree& tree) const;

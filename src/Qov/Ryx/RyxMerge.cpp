@@ -90,7 +90,7 @@ int merge_as_instances(const std::vector<std::string>& files, const std::string&
       AddInstance(master, files[i], i + 1, naming, summary);
     }
     SaveModel(master, output);
-    summary.Tell("Merged " + std::to_string(files.size()) + " files as instances", master, output);
+    summary.Tell({"Merged ", files.size(), " files as instances"}, master, output);
   });
 }
 
@@ -103,7 +103,7 @@ int merge_as_datasets(const std::vector<std::string>& files, const std::string& 
     LoadModel(*tree, files.at(0));
     for (std::size_t i = 1; i < files.size(); ++i) MergeModel(*tree, files[i]);
     SaveModel(*tree, output);
-    summary.Tell("Merged " + std::to_string(files.size()) + " files as datasets", *tree, output);
+    summary.Tell({"Merged ", files.size(), " files as datasets"}, *tree, output);
   });
 }
 
@@ -122,8 +122,7 @@ int merge_viewpoints_with_ryx(const std::string& model,
       Qov::Util::Concerning(path, [&] { AddViewPoints(tree, path); });
     }
     SaveModel(tree, output);
-    summary.Tell("Added the views of " + std::to_string(viewPointFiles.size()) + " files", tree,
-                 output);
+    summary.Tell({"Added the views of ", viewPointFiles.size(), " files"}, tree, output);
   });
 }
 
