@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <random>
 
 #include "Qov/Ryx/StreamNames.h"
+#include "support/Errors.h"
 #include "support/ModelCompare.h"
 #include "support/ScopedEnvironment.h"
+#include "support/Streams.h"
 #include "support/TempDir.h"
 
 namespace Qov::Test {
@@ -68,6 +71,52 @@ TEST(HeavyPass, WritesTheSameBytesOnAnyNumberOfThreads) {
     }
     EXPECT_EQ(DescribeModel(dir / "out.ryx"), DescribeModel(built));
   }
+}
+
+constexpr std::size_t kNumValues = 1009;
+constexpr std::size_t kSize = kNumValues * sizeof(std::uint32_t);
+
+/// A file in which so many results have the same bytes, which no writer of ours makes.
+void SaveShared(const std::string& path, std::size_t numResults) {
+  Tree tree(false);
+  Geometry& geometry = AddNode<Geometry>(tree, 1, "shared");
+  for (std::size_t i = 0; i < numResults; ++i) {
+    geometry.AppendVariable(
+        MakeVariable(std::to_string(i), 12, NumericArray::Of(Ramp(kNumValues, 1.0F))));
+  }
+  SaveTree(tree, path);
+  Streams streams = ReadStreams(path);
+  streams[kHeavyData].resize(kSize);
+  for (std::uint64_t offset = kSize; offset < numResults * kSize; offset += kSize) {
+    std::string bytes(sizeof offset, '\0');
+    std::memcpy(bytes.data(), &offset, sizeof offset);
+    streams[kLightData].replace(streams[kLightData].find(bytes), sizeof offset, sizeof offset,
+                                '\0');
+  }
+  WriteStreams(path, streams);
+}
+
+TEST(HeavyPass, SharedBytesStaySharedAndNeverStandForAnyAmount) {
+  const TempDir dir;
+  SaveShared(dir / "shared.ryx", 60);
+  Tree tree(false);
+  LoadTree(tree, dir / "shared.ryx");
+  const std::string before = DescribeModel(tree);
+  SaveTree(tree, dir / "saved.ryx");
+  EXPECT_EQ(ReadStreams(dir / "saved.ryx")[kHeavyData].size(), kSize);
+  EXPECT_EQ(DescribeModel(dir / "saved.ryx"), before);
+
+  SaveShared(dir / "hostile.ryx", 70);
+  ExpectError(ErrorType::OutOfBounds, "Too many arrays share their bytes",
+              [&] { DescribeModel(dir / "hostile.ryx"); });
+
+  Geometry& geometry = *AsGeometry(tree.GetNodes().GetReqNode(2));
+  for (const Geometry::VarStruct variable = geometry.GetVariables()[0];
+       geometry.GetVariables().size() < 200;) {
+    geometry.AppendVariable(variable);
+  }
+  SaveTree(tree, dir / "saved.ryx");
+  EXPECT_EQ(DescribeModel(dir / "saved.ryx"), DescribeModel(tree));
 }
 
 }  // namespace

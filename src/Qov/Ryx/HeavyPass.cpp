@@ -5,6 +5,7 @@
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/ByteShuffle.h"
+#include "SharedArrays.h"
 
 namespace QovRyx {
 
@@ -48,10 +49,21 @@ void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
   const QovJbf::Index& index = mFile.GetIndex();
   variable.mOffset = index.HasStream(kHeavyData) ? index.GetStreamLength(kHeavyData) : 0;
   if (IsStoredAlike(variable.mValues, mShuffle)) {
-    CopyStored(*variable.mValues.GetLoader());
+    if (!IsPlaced(variable)) CopyStored(*variable.mValues.GetLoader());
   } else {
     StoreValues(variable.mValues);
   }
+}
+
+/// True if the bytes that the variable is to have are in the output already, where it then leads.
+bool HeavyPass::IsPlaced(Geometry::VarStruct& variable) {
+  const DataLoader& loader = *variable.mValues.GetLoader();
+  Place& place = mPlaces[{&loader.GetReader(), loader.GetOffset(), loader.GetCount()}];
+  if (place.mNumShares % kMostShares == 0) place.mOffset = *variable.mOffset;
+  if (place.mNumShares++ % kMostShares == 0) return false;
+  variable.mOffset = place.mOffset;
+  ProgressReport::Advance(variable.mValues.GetSize());
+  return true;
 }
 
 /// Piece by piece, without holding the array in memory.

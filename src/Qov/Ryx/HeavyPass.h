@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 #include "BlockCopies.h"
@@ -37,6 +39,7 @@ class HeavyPass {
  private:
   void SaveBlocks(Geometry& geometry, bool integerKinds);
   void SaveArray(Geometry::VarStruct& variable);
+  bool IsPlaced(Geometry::VarStruct& variable);
   void CopyStored(const DataLoader& loader);
   void StoreValues(const NumericArray& array);
   void MarkBlocks();
@@ -46,6 +49,14 @@ class HeavyPass {
   bool mShuffle;
   std::uint64_t mExpectedLength;
   std::optional<BlockCopies> mCopies;
+
+  /// Where bytes of a source were put; results that share them there share them here.
+  struct Place {
+    std::uint64_t mOffset = 0;
+    std::uint64_t mNumShares = 0;
+  };
+  using Source = std::tuple<const QovJbf::StreamReader*, std::uint64_t, std::uint64_t>;
+  std::map<Source, Place> mPlaces;
   std::vector<std::uint32_t> mValues;  ///< Any 4-byte elements, as bits.
 };
 

@@ -6,6 +6,7 @@
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
+#include "SharedArrays.h"
 
 // A tree stream: i32 count, then for each entry in ascending id order
 //   id, parent, previous sibling, next sibling, first child, last child: u32 each
@@ -55,6 +56,19 @@ void TreeReader::Read(Tree::IdMap& idMap) {
     loaded.mGeometry->AttachValues(mpHeavy, loaded.mShuffled);
     NoteLostLinks(*loaded.mGeometry);
   }
+  CheckShares();
+}
+
+void TreeReader::CheckShares() const {
+  std::uint64_t numBytes = 0;
+  for (const LoadedGeometry& loaded : mGeometries) {
+    for (const Geometry::VarStruct& variable : loaded.mGeometry->GetVariables()) {
+      if (!variable.mLinked) numBytes += variable.mValues.GetSize();
+    }
+  }
+  if (numBytes / kMostShares <= mpHeavy->GetLength()) return;
+  Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::OutOfBounds,
+                   "Too many arrays share their bytes");
 }
 
 /// Later files may bring nodes of the ids that these links name.

@@ -41,6 +41,7 @@ class TreeReader {
   std::unique_ptr<Node> ReadNodeSets(const Record& record);
   void ShiftLinks(Geometry& geometry) const;
   void NoteLostLinks(Geometry& geometry) const;
+  void CheckShares() const;
   void Enter(Record record, bool isFirst);
   void MoveBehindSets();
 
