@@ -26,7 +26,7 @@ cmake --build "$build" --parallel "$(nproc)" --target "${targets[@]/#/fuzz_}"
 # A file may grow a thousand times when it is inflated, so inputs are kept small.
 options=(-max_len=16384 -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=256
   -max_total_time=$((minutes * 60)) -fork="$(nproc)" -use_value_profile=1)
-export RYXMERGE_THREADS=1
+export RYXMERGE_THREADS=1 TELMORAX_DEFAULT_RYX_BLOCK_SIZE=1000
 status=0
 for target in "${targets[@]}"; do
   step "Fuzzing $target for $minutes minutes"

@@ -1,4 +1,8 @@
+#include <algorithm>
+#include <filesystem>
+
 #include "ryxFixture.h"
+#include "support/SharedModels.h"
 #include "support/Streams.h"
 
 namespace Qov::Test {
@@ -98,6 +102,30 @@ TEST_F(RyxInfo, ShowsWhatCanBeReadOfDamagedFiles) {
   for (const Json& file : list) EXPECT_TRUE(file.contains("trouble")) << file;
   EXPECT_EQ(list[0]["views"]["current"], "Home of rack");
   EXPECT_EQ(list[1]["streams"].size(), 7U);
+}
+
+/// What one subcommand counts is what the others list and print.
+TEST_F(RyxInfo, AgreesWithListsAndDumpsOnSharedModels) {
+  if (!std::filesystem::is_directory(SharedModelsDir())) GTEST_SKIP() << "no shared models";
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(SharedModelsDir())) {
+    if (entry.path().extension() != ".ryx") continue;
+    const std::string path = entry.path().string();
+    SCOPED_TRACE(path);
+    const Json info = ParseJson(Run({"info", "--json", path}), "info")["files"][0]["model"];
+    const Json list = ParseJson(Run({"ls", "--json", path}), "ls")["files"][0];
+    std::size_t numResults = 0;
+    for (const Json& node : list["nodes"]) {
+      if (!node.contains("results")) continue;
+      numResults += node["results"].size();
+      if (node["results"].empty()) continue;
+      const Json& last = node["results"].back();
+      const Outcome dump = Run({"dump", path, std::to_string(node["id"].get<unsigned>()),
+                                std::to_string(node["results"].size() - 1)});
+      EXPECT_EQ(dump.mStatus, 0) << dump.mErr;
+      EXPECT_EQ(std::count(dump.mOut.begin(), dump.mOut.end(), '\n'), last["count"]);
+    }
+    EXPECT_EQ(info["results"], numResults);
+  }
 }
 
 }  // namespace

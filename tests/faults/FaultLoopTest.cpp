@@ -131,6 +131,7 @@ class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, const ch
     return report.mFindings.GetNumErrors() > 0;
   }
 
+  const ScopedEnvironment mGrowth{"TELMORAX_DEFAULT_RYX_BLOCK_SIZE", "1000"};
   const ScopedEnvironment mBlocks{"TELMORAX_MAX_RYX_BLOCK_SIZE", "300"};
   const ScopedEnvironment mThreads;
   const TempDir mDir;
