@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "FileAccess.h"
 #include "IndexLayout.h"
@@ -71,6 +72,8 @@ std::uint64_t Index::GetReadingBlockIndex(const std::string& name, std::FILE* fi
     const bool isLast = stream.mReading + 1 == stream.mBlocks.size();
     if (isLast || mBlocks[k].GetRemaining() > 0) return k;
     MoveReading(stream, stream.mReading + 1);
+    const std::uint64_t next = stream.mBlocks[stream.mReading];
+    if (mItems[next].mLoaded) mBlocks[next].SetPosition(0);
   }
 }
 
@@ -103,12 +106,14 @@ void Index::LoadBlock(std::uint64_t k, std::FILE* file) {
   mItems[k].mLoaded = true;
 }
 
-// Blocks that came from the file and are passed over go back there.
+// Blocks that came from the file and are passed over go back there, but only once: whoever goes to
+// and fro between two of them does not have them inflated each time.
 void Index::MoveReading(BlockSizeLimiter& stream, std::size_t to) {
   const std::uint64_t left = stream.mBlocks[stream.mReading];
-  if (stream.mReading != to && mItems[left].mLoaded) {
+  IndexItem& item = mItems[left];
+  if (stream.mReading != to && item.mLoaded && !std::exchange(item.mStays, true)) {
     mBlocks[left].Reset();
-    mItems[left].mLoaded = false;
+    item.mLoaded = false;
   }
   stream.mReading = to;
 }

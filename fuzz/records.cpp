@@ -5,11 +5,8 @@
 
 #include "Qov/Ryx/BlockVersionedIo.h"
 #include "Qov/Ryx/FileVersionScope.h"
-#include "Qov/Ryx/MaterialValues.h"
-#include "Qov/Ryx/ModifierInfo.h"
-#include "Qov/Ryx/Sequencer.h"
-#include "Qov/Ryx/ViewPoint.h"
 #include "Target.h"
+#include "support/RecordTypes.h"
 
 /// Reads one record: type: u8 | version of the file: u8 | bytes. Whatever is accepted is written
 /// and read again without a change.
@@ -54,21 +51,10 @@ void ReadRecord(const char* version, const std::uint8_t* bytes, std::size_t size
 using Reader = void (*)(const char*, const std::uint8_t*, std::size_t);
 
 template <class... Records>
-constexpr std::array<Reader, sizeof...(Records)> MakeReaders() {
-  return {&ReadRecord<Records>...};
-}
-
-constexpr auto kReaders =
-    MakeReaders<QovRyx::ViewPoint, QovRyx::ViewState, QovRyx::HiddenState, QovRyx::UsrEntityData,
-                QovRyx::XplodeState, QovRyx::MiscState, QovRyx::SectionState,
-                QovRyx::TransformState, QovRyx::PickNMoveState, QovRyx::PickXForm,
-                QovRyx::MultiCAEState, QovRyx::CAEState, QovRyx::CAEEigenVectorAnimationState,
-                QovRyx::CAEVectorPlotState, QovRyx::CAEContourLineMgrState,
-                QovRyx::CAEXYPlotMgrState, QovRyx::CAEXYPlotV1CurveState, QovRyx::MaterialValues,
-                QovRyx::ModifierInfo, QovRyx::SequencerData, QovRyx::Sequence, QovRyx::Action,
-                QovRyx::SupportAction, QovRyx::MoveAction, QovRyx::RotateAction,
-                QovRyx::TransformAction, QovRyx::ApplyColorAction, QovRyx::ApplyViewPointAction,
-                QovRyx::PlayAudioAction, QovRyx::InvalidAction>();
+struct Readers {
+  static constexpr std::array<Reader, sizeof...(Records)> kAll = {&ReadRecord<Records>...};
+};
+constexpr const auto& kReaders = Qov::Test::EveryRecordIn<Readers>::kAll;
 
 }  // namespace
 

@@ -443,23 +443,6 @@ TEST_F(RyxCheck, GoesOnBehindDamageAndSaysWhatIsNotChecked) {
   EXPECT_EQ(found.find("stream-end"), found.npos) << found;
 }
 
-TEST_F(RyxCheck, SurvivesEveryTruncationAndFlippedByte) {
-  const std::string path = SavePlate();
-  const std::string compressed = ReadFile(path);
-  for (std::size_t size = 1; size < compressed.size(); size += size < 2800 ? 97 : 13) {
-    WriteFile(mDir / "damaged.ryx", compressed.substr(0, size));
-    EXPECT_THAT(FindingsOf(mDir / "damaged.ryx"), HasSubstr("error ")) << size;
-  }
-  WriteStreams(path, ReadStreams(path));
-  const std::string plain = ReadFile(path);
-  for (std::size_t at = 2800; at < plain.size(); at += 5) {
-    std::string bytes = plain;
-    bytes[at] = static_cast<char>(~bytes[at]);
-    WriteFile(path, bytes);
-    static_cast<void>(FindingsOf(path));
-  }
-}
-
 TEST_F(RyxCheck, TakesTimeInProportionForAMillionOfAnything) {
   constexpr std::uint32_t kMany = 50000;
   Streams streams = ReadStreams(SavePlate());

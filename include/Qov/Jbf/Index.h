@@ -42,6 +42,7 @@ struct IndexItem {
   std::uint8_t mFlags2 = 0;     ///< Carried only.
   bool mFrozen = false;         ///< Written or about to be; may not be written again.
   bool mLoaded = false;         ///< Its bytes are in memory, read from the file.
+  bool mStays = false;          ///< Once loaded it stays, because it was loaded before.
   bool mStreamed = false;       ///< Compressed while it fills; its content is not in memory.
   std::uint32_t mRawSize = 0;   ///< Bytes before transformations, of a frozen or streamed block.
 };

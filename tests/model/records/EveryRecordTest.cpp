@@ -5,10 +5,9 @@
 #include <string>
 
 #include "Qov/Ryx/FileVersionScope.h"
-#include "Qov/Ryx/MaterialValues.h"
-#include "Qov/Ryx/ModifierInfo.h"
 #include "model/records/RandomRecord.h"
 #include "model/records/RecordBytes.h"
+#include "support/RecordTypes.h"
 
 /// What holds for every record with a field list.
 namespace Qov::Test {
@@ -17,18 +16,7 @@ namespace {
 template <class T>
 class EveryRecord : public testing::Test {};
 
-using RecordTypes =
-    testing::Types<QovRyx::ViewPoint, QovRyx::ViewState, QovRyx::HiddenState, QovRyx::UsrEntityData,
-                   QovRyx::XplodeState, QovRyx::MiscState, QovRyx::SectionState,
-                   QovRyx::TransformState, QovRyx::PickNMoveState, QovRyx::PickXForm,
-                   QovRyx::MultiCAEState, QovRyx::CAEState, QovRyx::CAEEigenVectorAnimationState,
-                   QovRyx::CAEVectorPlotState, QovRyx::CAEContourLineMgrState,
-                   QovRyx::CAEXYPlotMgrState, QovRyx::CAEXYPlotV1CurveState, QovRyx::MaterialValues,
-                   QovRyx::ModifierInfo, QovRyx::SequencerData, QovRyx::Sequence, QovRyx::Action,
-                   QovRyx::SupportAction, QovRyx::MoveAction, QovRyx::RotateAction,
-                   QovRyx::TransformAction, QovRyx::ApplyColorAction, QovRyx::ApplyViewPointAction,
-                   QovRyx::PlayAudioAction, QovRyx::InvalidAction>;
-TYPED_TEST_SUITE(EveryRecord, RecordTypes);
+TYPED_TEST_SUITE(EveryRecord, EveryRecordIn<testing::Types>);
 
 TYPED_TEST(EveryRecord, RandomValuesSurviveBitForBit) {
   for (std::uint32_t seed = 0; seed < 20; ++seed) {
