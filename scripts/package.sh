@@ -7,9 +7,9 @@ build release RyxMerge ryx qov_shared qov_static
 
 step "Packing"
 rm -rf build/package
-cpack --config build/release/CPackConfig.cmake -G DEB -B build/package/work
-mv build/package/work/*.deb build/package
-rm -rf build/package/work
+cpack --config build/release/CPackConfig.cmake -G DEB -B build/package/staging
+mv build/package/staging/*.deb build/package
+rm -rf build/package/staging
 
 step "Checking the package"
 package=$(echo build/package/*.deb)
