@@ -32,9 +32,7 @@ for target in "${targets[@]}"; do
   step "Fuzzing $target for $minutes minutes"
   gathered=$build/corpus/$target found=$build/found/$target
   mkdir -p "$gathered" "$found"
-  dictionary=fuzz/$target.dict
-  [[ -e $dictionary ]] || dictionary=fuzz/model.dict
-  "$build/bin/fuzz_$target" "${options[@]}" -dict="$dictionary" -artifact_prefix="$found/" \
+  "$build/bin/fuzz_$target" "${options[@]}" -dict=fuzz/model.dict -artifact_prefix="$found/" \
     "$gathered" "fuzz/corpus/$target" 2>&1 | tail -n 12 || status=1
 done
 [[ $status -eq 0 ]] || echo "Faults were found; their inputs are in $build/found."
