@@ -8,9 +8,14 @@ if(RYXMERGE_WARNINGS_AS_ERRORS)
 endif()
 
 if(RYXMERGE_SANITIZE)
-  target_compile_options(qov_options INTERFACE -fsanitize=address,undefined
-                                               -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
-  target_link_options(qov_options INTERFACE -fsanitize=address,undefined)
+  target_compile_options(qov_options INTERFACE -fsanitize=${RYXMERGE_SANITIZE}
+                                               -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(qov_options INTERFACE -fsanitize=${RYXMERGE_SANITIZE})
+endif()
+
+if(RYXMERGE_COVERAGE)
+  target_compile_options(qov_options INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(qov_options INTERFACE --coverage)
 endif()
 
 if(RYXMERGE_BUILD_FUZZERS)

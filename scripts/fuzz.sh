@@ -20,7 +20,7 @@ install_packages "${build_packages[@]}" clang-14 libclang-rt-14-dev
 step "Building the fuzzers"
 build=build/fuzz
 cmake -S . -B "$build" -G Ninja -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=Debug \
-  -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1" -DRYXMERGE_SANITIZE=ON -DRYXMERGE_BUILD_FUZZERS=ON >/dev/null
+  -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1" -DRYXMERGE_SANITIZE=address,undefined -DRYXMERGE_BUILD_FUZZERS=ON >/dev/null
 cmake --build "$build" --parallel "$(nproc)" --target "${targets[@]/#/fuzz_}"
 
 # A file may grow a thousand times when it is inflated, so inputs are kept small.
