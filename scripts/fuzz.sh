@@ -1,39 +1,71 @@
 #!/usr/bin/env bash
 # Fuzzes every target, one after the other, on all cores.
 #
-#   scripts/fuzz.sh [MINUTES [TARGET...]]
+#   scripts/fuzz.sh [--afl] [MINUTES [TARGET...]]
 #
+# --afl     with AFL++ in the place of libFuzzer; it changes the bytes of files only, and knows
+#           nothing of what lies in a container
 # MINUTES   for each target; 1 unless given
 # TARGET    only these; fuzz/CMakeLists.txt lists them
 #
 # Inputs that reach something new gather in build/fuzz/corpus/TARGET, and what breaks a target in
-# build/fuzz/found. Add a fixed fault's input to fuzz/corpus/TARGET, where a test replays it.
+# build/fuzz/found (AFL++: all in build/fuzz-afl/found). Add a fixed fault's input to
+# fuzz/corpus/TARGET, where a test replays it.
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
+fuzzer=libfuzzer build=build/fuzz compiler=clang++-14 packages=(clang-14 libclang-rt-14-dev)
+if [[ ${1:-} == --afl ]]; then
+  shift
+  fuzzer=afl build=build/fuzz-afl compiler=afl-clang-fast++ packages=(afl++)
+  export AFL_QUIET=1 AFL_NO_UI=1 AFL_SKIP_CPUFREQ=1 AFL_I_DONT_CARE_ABOUT_MISSING_CRASHES=1
+fi
 minutes=${1:-1}
 shift || true
 targets=("$@")
 [[ ${#targets[@]} -gt 0 ]] || targets=(container records model merge views check diff)
 
-install_packages "${build_packages[@]}" clang-14 libclang-rt-14-dev
+install_packages "${build_packages[@]}" "${packages[@]}"
 step "Building the fuzzers"
-build=build/fuzz
-cmake -S . -B "$build" -G Ninja -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=Debug \
-  -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1" -DRYXMERGE_SANITIZE=address,undefined -DRYXMERGE_BUILD_FUZZERS=ON >/dev/null
+cmake -S . -B "$build" -G Ninja -DCMAKE_CXX_COMPILER=$compiler -DCMAKE_BUILD_TYPE=Debug \
+  -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1" -DRYXMERGE_SANITIZE=address,undefined \
+  -DRYXMERGE_BUILD_FUZZERS=ON >/dev/null
 cmake --build "$build" --parallel "$(nproc)" --target "${targets[@]/#/fuzz_}"
 
 # A file may grow a thousand times when it is inflated, so inputs are kept small.
-options=(-max_len=16384 -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=256
-  -max_total_time=$((minutes * 60)) -fork="$(nproc)" -use_value_profile=1)
+most_bytes=16384
+seconds=$((minutes * 60))
 export RYXMERGE_THREADS=1 TELMORAX_DEFAULT_RYX_BLOCK_SIZE=1000
+
+# Each takes the target's name, where it starts from and where it leaves what it finds.
+run_libfuzzer() {
+  local options=(-max_len=$most_bytes -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=256
+    -max_total_time=$seconds -fork="$(nproc)" -use_value_profile=1 -dict=fuzz/model.dict)
+  mkdir -p "$build/corpus/$1"
+  "$build/bin/fuzz_$1" "${options[@]}" -artifact_prefix="$3/" "$build/corpus/$1" "$2" 2>&1 |
+    tail -n 12
+}
+
+# One process a core; the first keeps the corpus of all, the others leave out its thorough steps.
+run_afl() {
+  local i jobs=()
+  for ((i = 0; i < $(nproc); ++i)); do
+    local role=-S
+    [[ $i -gt 0 ]] || role=-M
+    afl-fuzz -i "$2" -o "$3" -x fuzz/model.dict -V $seconds -t 20000 -m none -G $most_bytes \
+      $role "core$i" -- "$build/bin/fuzz_$1" >/dev/null &
+    jobs+=($!)
+  done
+  wait "${jobs[@]}"
+  grep -E '^(execs_done|corpus_count|saved_(crashes|hangs)) ' "$3"/*/fuzzer_stats
+  [[ -z "$(find "$3" -path '*/crashes/id*' -o -path '*/hangs/id*')" ]]
+}
+
 status=0
 for target in "${targets[@]}"; do
   step "Fuzzing $target for $minutes minutes"
-  gathered=$build/corpus/$target found=$build/found/$target
-  mkdir -p "$gathered" "$found"
-  "$build/bin/fuzz_$target" "${options[@]}" -dict=fuzz/model.dict -artifact_prefix="$found/" \
-    "$gathered" "fuzz/corpus/$target" 2>&1 | tail -n 12 || status=1
+  mkdir -p "$build/found/$target"
+  "run_$fuzzer" "$target" "fuzz/corpus/$target" "$build/found/$target" || status=1
 done
 [[ $status -eq 0 ]] || echo "Faults were found; their inputs are in $build/found."
 exit "$status"

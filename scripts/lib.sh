@@ -70,8 +70,8 @@ build() {
   cmake --build --preset "$preset" --parallel "$(nproc)" ${@:+--target "$@"}
 }
 
-# run_tests PRESET
+# run_tests PRESET [OPTION...]: the options are those of ctest.
 run_tests() {
   step "Running the tests of the $1 build"
-  ctest --preset "$1" --output-on-failure --no-tests=error -j 2
+  ctest --preset "$1" --output-on-failure --no-tests=error -j 2 "${@:2}"
 }

@@ -1,7 +1,10 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <iostream>
@@ -11,17 +14,19 @@
 #include <vector>
 
 #include "Confined.h"
+#include "Program.h"
 #include "Qov/Ryx/RyxMerge.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "check/FileCheck.h"
 #include "support/Files.h"
 #include "support/ModelBuilder.h"
 #include "support/ModelCompare.h"
+#include "support/RandomModel.h"
 #include "support/ScopedEnvironment.h"
 #include "support/Streams.h"
 #include "support/TempDir.h"
 
-/// Damaged files of every kind, each through a merge and a check.
+/// Damaged files of every kind, each through a merge and through the companion.
 namespace Qov::Test {
 namespace {
 
@@ -31,41 +36,87 @@ constexpr std::array<std::uint32_t, 4> kExtremes = {0, 1, 0x80000000U, 0xFFFFFFF
 
 /// Sanitizers take their time; all variants are for the build without.
 #ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t kStep = 3;
+constexpr std::size_t kStep = 7;
 #else
 constexpr std::size_t kStep = 1;
 #endif
 
-class Damage : public testing::Test {
+struct Sample {
+  const char* mName;
+  void (*mSave)(const std::string& path);
+
+  friend void PrintTo(const Sample& sample, std::ostream* out) { *out << sample.mName; }
+};
+
+void SavePlateWithViews(const std::string& path) {
+  QovRyx::Tree tree("PlateMaker", "1.0", false);
+  BuildPlate(tree, {"Stress|LC1"}, 0, 5);
+  AddViewPointPath(tree, "Walk", 1);
+  SaveTree(tree, path);
+}
+
+void SaveRandomModel(const std::string& path) {
+  QovRyx::Tree tree(false);
+  RandomModel(8).Fill(tree);
+  SaveTree(tree, path);
+}
+
+void SaveOldModel(const std::string& path) {
+  SavePlate(path, {"Stress|LC1"}, 0, 3);
+  WriteStreams(path, ReadStreams(path), "0.7");
+}
+
+const Sample kSamples[] = {
+    {"Plate", &SavePlateWithViews}, {"RandomModel", &SaveRandomModel}, {"OldModel", &SaveOldModel}};
+
+/// What a program said, kept in memory.
+class SpokenText {
+ public:
+  SpokenText() : mStream(::open_memstream(&mText, &mSize)) {}
+  ~SpokenText() {
+    std::fclose(mStream);
+    std::free(mText);
+  }
+  SpokenText(const SpokenText&) = delete;
+  SpokenText& operator=(const SpokenText&) = delete;
+
+  std::FILE* GetStream() { return mStream; }
+  std::string Get() {
+    std::fflush(mStream);
+    return {mText, mSize};
+  }
+
+ private:
+  char* mText = nullptr;
+  std::size_t mSize = 0;
+  std::FILE* mStream;
+};
+
+class Damage : public testing::TestWithParam<Sample> {
  protected:
   Damage() {
-    QovRyx::Tree tree("PlateMaker", "1.0", false);
-    BuildPlate(tree, {"Stress|LC1"}, 0, 5);
-    AddViewPointPath(tree, "Walk", 1);
-    SaveTree(tree, mDir / "whole.ryx");
+    GetParam().mSave(mDir / "whole.ryx");
     mWhole = ReadFile(mDir / "whole.ryx");
     mStreams = ReadStreams(mDir / "whole.ryx");
-    WriteStreams(mDir / "plain.ryx", mStreams);
+    WriteStreams(mDir / "plain.ryx", mStreams, mWhole.substr(8, 3));
     mPlain = ReadFile(mDir / "plain.ryx");
-    SavePlate(mDir / "good.ryx", {"Stress|LC1"}, 0);
+    SavePlate(mGood, {"Stress|LC1"}, 0);
     EXPECT_TRUE(CallsSound(mDir / "whole.ryx") && CallsSound(mDir / "plain.ryx"));
   }
 
   /// Of `n` variants of a file, each with what `damage(i)` makes of it.
   void ExpectNoHarm(std::size_t n, const std::function<std::string(std::size_t)>& damage) {
-    EXPECT_EQ(RunConfined(n / kStep,
-                          [&](std::size_t i) { return Examine(damage(i * kStep), i % 2 == 0); }),
+    EXPECT_EQ(RunConfined(n / kStep, [&](std::size_t i) { return Examine(damage(i * kStep), i); }),
               "");
   }
 
-  std::string Examine(const std::string& bytes, bool isFirst) const {
-    const std::string path = mDir / "damaged.ryx";
-    WriteFile(path, bytes);
-    std::vector<std::string> inputs = {mDir / "good.ryx", path};
-    if (isFirst) std::swap(inputs[0], inputs[1]);
-    const std::string trouble = TryToMerge(inputs, CallsSound(path));
+  /// Every variant goes through one way of merging and one subcommand; they take turns.
+  std::string Examine(const std::string& bytes, std::size_t i) const {
+    WriteFile(mDamaged, bytes);
+    std::string trouble = TryToMerge(i, CallsSound(mDamaged));
+    if (trouble.empty()) trouble = TryToShow(i);
     if (!trouble.empty()) return trouble;
-    return ReadFile(path) == bytes ? "" : "the input was changed";
+    return ReadFile(mDamaged) == bytes ? "" : "the input was changed";
   }
 
   static bool CallsSound(const std::string& path) {
@@ -78,23 +129,65 @@ class Damage : public testing::Test {
     return report.mFindings.GetNumErrors() == 0;
   }
 
-  std::string TryToMerge(const std::vector<std::string>& inputs, bool isCalledSound) const {
+  int Merge(std::size_t i) const {
+    switch (i % 5) {
+      case 0:
+        return QovRyx::merge_as_datasets({mGood, mDamaged}, mOutput);
+      case 1:
+        return QovRyx::merge_as_datasets({mDamaged, mGood}, mOutput);
+      case 2:
+        return QovRyx::merge_as_instances({mGood, mDamaged}, mOutput, true, true, true);
+      case 3:
+        return QovRyx::merge_as_instances({mDamaged, mGood}, mOutput, false, true, false);
+      default:
+        return QovRyx::merge_viewpoints_with_ryx(mGood, {mDamaged}, mOutput);
+    }
+  }
+
+  std::string TryToMerge(std::size_t i, bool isCalledSound) const {
     std::ostringstream errors;
     std::streambuf* before = std::cerr.rdbuf(errors.rdbuf());
-    const int status = QovRyx::merge_as_datasets(inputs, mDir / "out.ryx");
+    const int status = Merge(i);
     std::cerr.rdbuf(before);
     if (status == 0) {
-      DescribeModel(mDir / "out.ryx");  // raises for an output that cannot be read
+      DescribeModel(mOutput);  // raises for an output that cannot be read
       return "";
     }
     if (status != 2) return "the status is " + std::to_string(status);
-    if (errors.str().empty()) return "no message";
+    if (errors.str().find("The file was") == std::string::npos)
+      return "names no file: " + errors.str();
     return isCalledSound ? "called sound, but refused: " + errors.str() : "";
+  }
+
+  std::string TryToShow(std::size_t i) const {
+    const std::array<std::vector<std::string>, 7> commands = {
+        {{"info", mDamaged},
+         {"ls", mDamaged},
+         {"dump", mDamaged, "--view-point", "0"},
+         {"check", mDamaged},
+         {"diff", mGood, mDamaged},
+         {"plan", mDamaged, mGood, mOutput},
+         {"verify", mDamaged, mGood, mGood}}};
+    std::vector<const char*> words = {"ryx"};
+    for (const std::string& word : commands[i % commands.size()]) words.push_back(word.c_str());
+    SpokenText said;
+    SpokenText complaints;
+    Tools::Output output(said.GetStream(), {});
+    Tools::Output errors(complaints.GetStream(), {});
+    const int status =
+        Tools::RunProgram(static_cast<int>(words.size()), words.data(), output, errors);
+    const bool isPutIntoWords = status == 0 || (status == 1 && !said.Get().empty()) ||
+                                (status == 2 && complaints.Get().starts_with("ryx"));
+    return isPutIntoWords ? ""
+                          : fmt::format("{} ends with {}: {}", words[1], status, complaints.Get());
   }
 
   const ScopedEnvironment mThreads{"RYXMERGE_THREADS", "1"};
   const ScopedEnvironment mGrowth{"TELMORAX_DEFAULT_RYX_BLOCK_SIZE", "1000"};  // quicker
   const TempDir mDir;
+  const std::string mGood = mDir / "good.ryx";
+  const std::string mDamaged = mDir / "damaged.ryx";
+  const std::string mOutput = mDir / "out.ryx";
   std::string mWhole;
   std::string mPlain;  ///< The same streams, not compressed.
   Streams mStreams;
@@ -112,27 +205,29 @@ std::string WithExtreme(std::string bytes, std::size_t begin, std::size_t i) {
   return bytes;
 }
 
-TEST_F(Damage, EveryLength) {
+TEST_P(Damage, EveryLength) {
   ExpectNoHarm(mWhole.size(), [this](std::size_t i) { return mWhole.substr(0, i); });
 }
 
-TEST_F(Damage, EveryBitOfHeaderAndIndex) {
+using DamageOfThePlate = Damage;  // header and index are alike for all
+
+TEST_P(DamageOfThePlate, EveryBitOfHeaderAndIndex) {
   ExpectNoHarm(8 * kEndOfIndex, [this](std::size_t i) { return WithFlippedBit(mWhole, i); });
 }
 
-TEST_F(Damage, EveryBitOfTheTree) {
+TEST_P(Damage, EveryBitOfTheTree) {
   const std::size_t start = 8 * mPlain.find(mStreams.at(QovRyx::kRyxTree));
   ExpectNoHarm(8 * mStreams.at(QovRyx::kRyxTree).size(),
                [&](std::size_t i) { return WithFlippedBit(mPlain, start + i); });
 }
 
-TEST_F(Damage, EveryNumberOfHeaderAndIndex) {
+TEST_P(DamageOfThePlate, EveryNumberOfHeaderAndIndex) {
   ExpectNoHarm(kExtremes.size() * kEndOfIndex,
                [this](std::size_t i) { return WithExtreme(mWhole, 0, i); });
 }
 
 /// Lengths and counts are anywhere in them.
-TEST_F(Damage, EveryNumberOfEveryStream) {
+TEST_P(Damage, EveryNumberOfEveryStream) {
   for (const auto& [name, stream] : mStreams) {
     SCOPED_TRACE(name);
     if (stream.size() < sizeof(std::uint32_t)) continue;
@@ -141,6 +236,11 @@ TEST_F(Damage, EveryNumberOfEveryStream) {
                  [&](std::size_t i) { return WithExtreme(mPlain, start, i); });
   }
 }
+
+std::string NameOf(const testing::TestParamInfo<Sample>& test) { return test.param.mName; }
+
+INSTANTIATE_TEST_SUITE_P(Samples, Damage, testing::ValuesIn(kSamples), NameOf);
+INSTANTIATE_TEST_SUITE_P(Samples, DamageOfThePlate, testing::Values(kSamples[0]), NameOf);
 
 }  // namespace
 }  // namespace Qov::Test

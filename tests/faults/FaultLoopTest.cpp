@@ -54,6 +54,8 @@ struct Paths {
 struct Mode {
   const char* mName;
   int (*mMerge)(const Paths& paths);
+
+  friend void PrintTo(const Mode& mode, std::ostream* out) { *out << mode.mName; }
 };
 
 constexpr Mode kModes[] = {
@@ -72,6 +74,8 @@ constexpr Mode kModes[] = {
 struct Fault {
   const char* mName;
   Call mCall;
+
+  friend void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.mName; }
 };
 
 constexpr Fault kFaults[] = {

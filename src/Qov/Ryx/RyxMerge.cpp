@@ -43,11 +43,13 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
   summary.AddNodesLeftOut(tree.GetNodes().GetSize());
   PartLinksMap links;
   Rename(tree, k, links, naming);
-  if (naming.mAutoRename) {
-    AppendOtherInstanceResults(tree, master, summary.GetDropped());
-  } else {
-    AppendResults(tree, master, summary.GetDropped());
-  }
+  Qov::Util::Concerning(path, [&] {
+    if (naming.mAutoRename) {
+      AppendOtherInstanceResults(tree, master, summary.GetDropped());
+    } else {
+      AppendResults(tree, master, summary.GetDropped());
+    }
+  });
   GenerateLinkedResults(master, links);
 }
 
