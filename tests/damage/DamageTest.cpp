@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
-#include <iostream>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +12,7 @@
 #include "Qov/Ryx/RyxMerge.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "check/FileCheck.h"
+#include "support/CapturedErrors.h"
 #include "support/Files.h"
 #include "support/ModelBuilder.h"
 #include "support/ModelCompare.h"
@@ -79,17 +78,15 @@ class Damage : public testing::Test {
   }
 
   std::string TryToMerge(const std::vector<std::string>& inputs, bool isCalledSound) const {
-    std::ostringstream errors;
-    std::streambuf* before = std::cerr.rdbuf(errors.rdbuf());
+    const CapturedErrors errors;
     const int status = QovRyx::merge_as_datasets(inputs, mDir / "out.ryx");
-    std::cerr.rdbuf(before);
     if (status == 0) {
       DescribeModel(mDir / "out.ryx");  // raises for an output that cannot be read
       return "";
     }
     if (status != 2) return "the status is " + std::to_string(status);
-    if (errors.str().empty()) return "no message";
-    return isCalledSound ? "called sound, but refused: " + errors.str() : "";
+    if (errors.Text().empty()) return "no message";
+    return isCalledSound ? "called sound, but refused: " + errors.Text() : "";
   }
 
   const ScopedEnvironment mThreads{"RYXMERGE_THREADS", "1"};
