@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,7 +22,7 @@ void ExpectRungs(const T& record, const RungBytes& rungs) {
   Bytes body;
   for (const auto& [tag, added] : rungs) {
     SCOPED_TRACE(tag);
-    body = body + FromHex(added);
+    body += FromHex(added);
     EXPECT_EQ(EncodeAs(record, tag), MakeRecord(tag, body));
     EXPECT_EQ(EncodeAs(Decode<T>(MakeRecord(tag, body)), tag), MakeRecord(tag, body));
   }
@@ -272,8 +271,7 @@ TEST(RecordBytesTest, ViewPointUpToItsState) {
       "c3f5483f 0000403f"
       "00000000 00000000 00000000"
       "0000803f 00000000 00000000 00000000");
-  ASSERT_GT(bytes.size(), start.size());
-  EXPECT_TRUE(std::equal(start.begin(), start.end(), bytes.begin() + 4));
+  EXPECT_EQ(bytes.substr(4, start.size()), start);
   EXPECT_EQ(bytes.back(), 1);
 }
 

@@ -3,5 +3,4 @@ set(QOV_RECORD_TESTS
     records/EveryRecordTest.cpp
     records/FrameTest.cpp
     records/RecordBytesTest.cpp
-    records/SequencerTest.cpp
-    records/ViewPointFilesTest.cpp)
+    records/SequencerTest.cpp)
