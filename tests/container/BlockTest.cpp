@@ -111,6 +111,13 @@ TEST_F(BlockTest, GoesToAFileAndBack) {
             "03000000"
             "616263"
             "616263");
+
+  std::FILE* readOnly = std::fopen((folder / "block").c_str(), "rb");
+  for (const bool withSize : {false, true}) {
+    ExpectError(ErrorType::WriteError, "Unable to write to file",
+                [&] { block.Write(readOnly, withSize); });
+  }
+  std::fclose(readOnly);
 }
 
 }  // namespace
