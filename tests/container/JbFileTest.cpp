@@ -79,7 +79,10 @@ TEST_F(JbFileTest, TellsAbsentFromBroken) {
       [&] { file.Require("absent", value); }, [&] { index.GetReadingBlockIndex("absent"); },
       [&] { index.GetBlockSizeLimiter("absent"); }, [&] { index.GetStreamLength("absent"); }};
   for (const auto& call : calls) ExpectError(ErrorType::ElementNotFound, "Element Not Found", call);
-  ExpectError(ErrorType::OutOfBounds, "Not enough bytes", [&] { file.Get("short", value); });
+  const std::function<void()> reads[] = {
+      [&] { file.Get("short", value); },
+      [&] { index.Get("short", &value, sizeof value, file.GetStream()); }};
+  for (const auto& read : reads) ExpectError(ErrorType::OutOfBounds, "Not enough bytes", read);
 }
 
 TEST_F(JbFileTest, OpensAndCloses) {

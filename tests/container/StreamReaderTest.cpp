@@ -149,6 +149,9 @@ TEST_F(DamagedStreamTest, FindsWrongLastBytesAndLengths) {
   const auto tooLong = OpenWith(kBlock, Image(100001U));
   EXPECT_EQ(ReadPart(*tooLong, 0, 100000), mContent);
   EXPECT_THROW(ReadPart(*tooLong, 100000, 1), DamagedBlock);
+  JbFile file;
+  file.OpenFile(mPath, "rb");
+  EXPECT_THROW(file.SetBlockPosition(kStream, 5), DamagedBlock);
   ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block",
               [&] { OpenWith(kBlock, Image(0xFFFFFFFFU)); });
 }

@@ -51,7 +51,8 @@ TEST(EveryRecordTest, TagsTellWhichRungsThereAre) {
       const auto record = RandomRecord<Record>(7, tag);
       EXPECT_EQ(Encode(Decode<Record>(EncodeAs(record, tag))), Encode(record)) << tag;
     }
-    for (const std::string tag : {"0.8", "0.9", "1.0", "0.10", "", "newest"}) {  // all of them
+    for (const std::string tag :
+         {"0.0", "0.8", "0.9", "1.0", "0.10", "", "newest"}) {  // all of them
       const auto record = RandomRecord<Record>(8);
       EXPECT_EQ(Encode(Decode<Record>(EncodeAs(record, tag))), Encode(record)) << tag;
     }
