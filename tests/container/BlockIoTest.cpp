@@ -2,42 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "ContainerSupport.h"
-
-namespace OtherModule {
-
-/// A record whose encoding the container knows nothing of.
-struct Tagged {
-  std::uint8_t mTag = 0;
-  std::string mText;
-  friend bool operator==(const Tagged&, const Tagged&) = default;
-};
-
-}  // namespace OtherModule
+#include "support/Blocks.h"
+#include "support/Errors.h"
 
 namespace QovJbf {
-
-inline void CopyToBlock(Block& block, const OtherModule::Tagged& value) {
-  CopyToBlock(block, value.mTag);
-  CopyToBlock(block, value.mText);
-}
-
-inline void CopyFromBlock(Block& block, OtherModule::Tagged& value) {
-  CopyFromBlock(block, value.mTag);
-  CopyFromBlock(block, value.mText);
-}
-
 namespace {
 
 using namespace Qov::Test;
-using OtherModule::Tagged;
-
-template <class T>
-std::string Encoded(const T& value) {
-  Block block;
-  CopyToBlock(block, value);
-  return HexOf(block);
-}
 
 template <class T>
 T Decoded(const std::string& bytes, T target = T()) {
@@ -72,9 +43,7 @@ TEST(BlockIoTest, EncodesNumbersAsTheirImages) {
 }
 
 TEST(BlockIoTest, EncodesCollectionsElementByElement) {
-  ExpectRoundTrip(std::vector<std::uint8_t>{1, 2}, "020000000102");
   ExpectRoundTrip(std::vector<float>{1, 2}, "020000000000803f00000040");
-  ExpectRoundTrip(std::vector<double>{-2}, "0100000000000000000000c0");
   ExpectRoundTrip(std::vector<std::string>{"a", ""},
                   "02000000"
                   "0100000061"
@@ -83,10 +52,6 @@ TEST(BlockIoTest, EncodesCollectionsElementByElement) {
                   "01000000"
                   "0100000062");
   ExpectRoundTrip(std::array<std::uint16_t, 2>{1, 2}, "01000200");
-  ExpectRoundTrip(std::vector<std::pair<std::string, float>>{{"a", 1.0F}},
-                  "01000000"
-                  "0100000061"
-                  "0000803f");
   ExpectRoundTrip(std::vector<std::pair<std::int32_t, std::string>>{{-1, "a"}},
                   "01000000"
                   "ffffffff"
@@ -99,23 +64,6 @@ TEST(BlockIoTest, EncodesCollectionsElementByElement) {
                   "02000000");
 }
 
-TEST(BlockIoTest, TakesInRecordsOfOtherModules) {
-  const Tagged record{7, "x"};
-  ExpectRoundTrip(std::vector<Tagged>{record},
-                  "01000000"
-                  "07"
-                  "0100000078");
-  ExpectRoundTrip(std::array<Tagged, 1>{record},
-                  "07"
-                  "0100000078");
-  ExpectRoundTrip(std::map<std::uint8_t, std::vector<Tagged>>{{1, {record}}},
-                  "01000000"
-                  "01"
-                  "01000000"
-                  "07"
-                  "0100000078");
-}
-
 TEST(BlockIoTest, LeavesAStringAsItIsWhenAnEmptyOneIsRead) {
   EXPECT_EQ(Decoded<std::string>(Image(0U), "before"), "before");
   EXPECT_EQ(Decoded<std::string>(Image(2U) + std::string("\0x", 2), "before"), "");
@@ -125,9 +73,9 @@ TEST(BlockIoTest, LeavesAStringAsItIsWhenAnEmptyOneIsRead) {
 }
 
 TEST(BlockIoTest, NarrowsWideCharacters) {
-  EXPECT_EQ(Encoded(std::wstring(L"\u00E9\u0141")),
-            "02000000"
-            "e941");
+  Block block;
+  CopyToBlock(block, std::wstring(L"\u00E9\u0141"));
+  EXPECT_EQ(HexOf(block), "02000000e941");
   EXPECT_EQ(Decoded<std::wstring>(Image(1U) + "\xE9"), std::wstring(1, wchar_t{-0x17}));
   EXPECT_EQ(Decoded<std::wstring>(Image(0U), L"before"), L"");
 }
@@ -144,10 +92,8 @@ TEST(BlockIoTest, DoesNotTakeMemoryForCountsThatLie) {
   const std::string lie = Image(0xFFFFFFFFU) + "12345678";
   ExpectTooShort<std::string>(lie);
   ExpectTooShort<std::wstring>(lie);
-  ExpectTooShort<std::vector<std::uint8_t>>(lie);
   ExpectTooShort<std::vector<double>>(lie);
   ExpectTooShort<std::vector<std::string>>(lie);
-  ExpectTooShort<std::vector<Tagged>>(lie);
   ExpectTooShort<std::vector<std::vector<float>>>(lie);
   ExpectTooShort<std::map<std::string, std::uint32_t>>(lie);
   ExpectTooShort<std::vector<std::uint32_t>>(Image(3U) + "12345678");

@@ -9,18 +9,19 @@ namespace {
 
 using namespace Qov::Test;
 
-std::string Compressed(const std::string& content) {
-  Block block = BlockOf(content);
-  BlockZlibCompressor{6}(block);
+/// What a transformation makes of a block of these bytes.
+template <class Transformation>
+std::string Transformed(const std::string& bytes, Transformation transformation) {
+  Block block = BlockOf(bytes);
+  transformation(block);
   EXPECT_EQ(block.GetRemaining(), 0U);
   return ContentOf(block);
 }
-
+std::string Compressed(const std::string& content) {
+  return Transformed(content, BlockZlibCompressor{6});
+}
 std::string UnCompressed(const std::string& stored) {
-  Block block = BlockOf(stored);
-  BlockZlibUnCompressor()(block);
-  EXPECT_EQ(block.GetRemaining(), 0U);
-  return ContentOf(block);
+  return Transformed(stored, BlockZlibUnCompressor());
 }
 
 TEST(BlockZlibTest, PutsTheLengthBeforeAZlibStream) {
@@ -33,36 +34,34 @@ TEST(BlockZlibTest, PutsTheLengthBeforeAZlibStream) {
 }
 
 TEST(BlockZlibTest, RestoresWhatWasCompressed) {
-  for (const std::size_t n : {0U, 1U, 5U, 64U, 65535U, 1000000U}) {
-    std::string noise = SomeBytes(n, 1);
+  for (const std::size_t n : {0U, 1U, 5U, 1000000U}) {
+    std::string bytes = SomeBytes(n, 1);
+    EXPECT_EQ(UnCompressed(Compressed(bytes)), bytes) << n;
     std::mt19937 random(2);
-    EXPECT_EQ(UnCompressed(Compressed(noise)), noise) << n;
-    for (char& byte : noise) byte = static_cast<char>(random());  // does not compress at all
-    EXPECT_EQ(UnCompressed(Compressed(noise)), noise) << n;
-    EXPECT_EQ(UnCompressed(Compressed(std::string(n, 'x'))), std::string(n, 'x')) << n;
+    for (char& byte : bytes) byte = static_cast<char>(random());  // does not compress at all
+    EXPECT_EQ(UnCompressed(Compressed(bytes)), bytes) << n;
   }
 }
 
-TEST(BlockZlibTest, ReportsDamage) {
-  std::string stored = Compressed("some content");
-  stored.back() ^= 1;
-  const CapturedError error;
+TEST(BlockZlibTest, ReportsDamageAndChecksTheLengthBeforeItTakesMemory) {
+  const std::string content = "some content";
+  const std::string stored = Compressed(content);
+  const std::string stream = stored.substr(4);
+  std::string wrongSum = stored;
+  wrongSum.back() ^= 1;
+  const CapturedErrors errors;
   try {
-    UnCompressed(stored);
+    UnCompressed(wrongSum);
     ADD_FAILURE() << "a wrong checksum passed";
   } catch (const DamagedBlock& damage) {
     EXPECT_STREQ(damage.what(), "Damaged compressed block");
   }
-  EXPECT_EQ(error.Text(), "Error -3 while uncompressing block \n");
-  EXPECT_THROW(UnCompressed(stored.substr(0, stored.size() - 6)), DamagedBlock);
-  EXPECT_THROW(UnCompressed(Image(12U)), DamagedBlock);
-}
-
-TEST(BlockZlibTest, ChecksTheLengthBeforeItTakesMemory) {
-  const std::string stream = Compressed("some content").substr(4);
-  const CapturedError error;
-  EXPECT_THROW(UnCompressed(Image(11U) + stream), DamagedBlock);
-  EXPECT_EQ(UnCompressed(Image(13U) + stream), "some content");
+  EXPECT_EQ(errors.Text(), "Error -3 while uncompressing block \n");
+  for (const std::string& damaged :
+       {stored.substr(0, stored.size() - 6), Image(12U), Image(11U) + stream}) {
+    EXPECT_THROW(UnCompressed(damaged), DamagedBlock);
+  }
+  EXPECT_EQ(UnCompressed(Image(13U) + stream), content);
   for (const std::string& lie :
        {Image(0xFFFFFFFFU) + stream, Image(40000U) + stream, std::string("abc"), std::string()}) {
     ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block",

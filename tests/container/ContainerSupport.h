@@ -1,18 +1,15 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iostream>
-#include <iterator>
 #include <random>
-#include <sstream>
 #include <string>
 
 #include "Qov/Jbf/JbFile.h"
+#include "support/CapturedErrors.h"
 #include "support/Errors.h"
+#include "support/Files.h"
 #include "support/ScopedEnvironment.h"
 #include "support/Streams.h"
 #include "support/TempDir.h"
@@ -21,38 +18,11 @@ namespace Qov::Test {
 
 inline constexpr const char* kLimitVariable = "TELMORAX_MAX_RYX_BLOCK_SIZE";
 inline constexpr const char* kGrowthVariable = "TELMORAX_DEFAULT_RYX_BLOCK_SIZE";
+inline constexpr const char* kThreadsVariable = "RYXMERGE_THREADS";
 
-inline std::string ReadBytes(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// Makes a new file of it: emptying an old one is slow on journalling file systems.
-inline void WriteBytes(const std::string& path, const std::string& bytes) {
-  std::filesystem::remove(path);
-  std::ofstream(path, std::ios::binary) << bytes;
-}
-
-inline std::string ContentOf(const QovJbf::Block& block) {
-  return {reinterpret_cast<const char*>(block.GetData()), block.GetSize()};
-}
-
-inline std::string HexOf(const QovJbf::Block& block) { return ToHex(ContentOf(block)); }
-
-inline QovJbf::Block BlockOf(const std::string& bytes) {
-  QovJbf::Block block;
-  block.Put(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-  block.SetPosition(0);
-  return block;
-}
-
-/// The image of a number.
-template <class T>
-std::string Image(T value) {
-  std::string bytes(sizeof value, '\0');
-  std::memcpy(bytes.data(), &value, sizeof value);
-  return bytes;
-}
+inline constexpr const char* kStream = "Heavy Data";
+inline constexpr std::uint8_t kHeavy =
+    QovJbf::BlockFlag::kCompressed | QovJbf::BlockFlag::kFreezeWhenFull;
 
 /// Bytes that compress, but not to nothing; the same for the same seed.
 inline std::string SomeBytes(std::size_t n, unsigned seed) {
@@ -61,21 +31,6 @@ inline std::string SomeBytes(std::size_t n, unsigned seed) {
   for (char& byte : bytes) byte = static_cast<char>(random() % 16);
   return bytes;
 }
-
-/// Keeps what is written to standard error.
-class CapturedError {
- public:
-  CapturedError() : mBefore(std::cerr.rdbuf(mText.rdbuf())) {}
-  ~CapturedError() { std::cerr.rdbuf(mBefore); }
-  CapturedError(const CapturedError&) = delete;
-  CapturedError& operator=(const CapturedError&) = delete;
-
-  std::string Text() const { return mText.str(); }
-
- private:
-  std::ostringstream mText;
-  std::streambuf* mBefore;
-};
 
 /// Writes a container whose streams `fill` puts.
 inline void WriteContainer(const std::string& path,

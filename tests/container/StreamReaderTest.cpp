@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <zlib.h>
 
 #include "ContainerSupport.h"
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
@@ -11,9 +10,6 @@ namespace QovJbf {
 namespace {
 
 using namespace Qov::Test;
-
-constexpr std::uint8_t kHeavy = BlockFlag::kCompressed | BlockFlag::kFreezeWhenFull;
-constexpr const char* kStream = "Heavy Data";
 
 std::shared_ptr<StreamReader> OpenReader(const std::string& path) {
   JbFile file;
@@ -102,66 +98,70 @@ TEST_F(StreamReaderTest, NoticesAnExchangedFile) {
   WriteContainer(other, [&](JbFile& file) { PutInPieces(file, kStream, content, 1000, 0); });
   const auto reader = OpenReader(mPath);
   EXPECT_TRUE(reader->ReadsFrom(mPath));
-  EXPECT_TRUE(
-      reader->ReadsFrom(mFolder / "../" + mFolder.GetPath().filename().string() + "/container"));
+  EXPECT_TRUE(reader->ReadsFrom(mFolder / "./container"));
   EXPECT_FALSE(reader->ReadsFrom(other));
   EXPECT_FALSE(reader->ReadsFrom(mFolder / "absent"));
   EXPECT_EQ(reader->GetPath(), mPath);
 
+  const auto expectRefusal = [&] {
+    ExpectError(ErrorType::ReadError, "Unable to read from file",
+                [&] { ReadPart(*reader, 0, 10); });
+  };
   std::filesystem::rename(other, mPath);
-  ExpectError(ErrorType::ReadError, "Unable to read from file", [&] { ReadPart(*reader, 0, 10); });
+  expectRefusal();
   std::filesystem::remove(mPath);
-  ExpectError(ErrorType::ReadError, "Unable to read from file", [&] { ReadPart(*reader, 0, 10); });
+  expectRefusal();
 }
 
 /// One compressed block, whose length field and stream the tests falsify. It is the last thing
 /// in the file.
 class DamagedStreamTest : public StreamReaderTest {
  protected:
+  static constexpr std::size_t kSizeField = 20 + 133;
+  static constexpr std::size_t kBlock = 2800;
+
   DamagedStreamTest() {
     Write(mContent, mContent.size(), kHeavy);
-    mBytes = ReadBytes(mPath);
+    mBytes = ReadFile(mPath);
   }
 
   std::shared_ptr<StreamReader> OpenWith(std::size_t at, const std::string& bytes) {
-    WriteBytes(mPath, std::string(mBytes).replace(at, bytes.size(), bytes));
+    WriteFile(mPath, std::string(mBytes).replace(at, bytes.size(), bytes));
     return OpenReader(mPath);
   }
 
   const std::string mContent = SomeBytes(100000, 1);
   std::string mBytes;
-  const CapturedError mError;
+  const CapturedErrors mErrors;
 };
 
-TEST_F(DamagedStreamTest, ChecksTheLastBytes) {
-  const auto reader = OpenWith(mBytes.size() - 1, "?");
-  EXPECT_EQ(ReadPart(*reader, 0, 99999), mContent.substr(0, 99999));
-  EXPECT_THROW(ReadPart(*reader, 99999, 1), DamagedBlock);
-  EXPECT_EQ(mError.Text(), "Error -3 while uncompressing block \n");
-  EXPECT_EQ(ReadPart(*reader, 5, 10), mContent.substr(5, 10)) << "an error is not for good";
-}
+TEST_F(DamagedStreamTest, FindsWrongLastBytesAndLengths) {
+  const auto damaged = OpenWith(mBytes.size() - 1, "?");
+  EXPECT_EQ(ReadPart(*damaged, 0, 99999), mContent.substr(0, 99999));
+  EXPECT_THROW(ReadPart(*damaged, 99999, 1), DamagedBlock);
+  EXPECT_EQ(mErrors.Text(), "Error -3 while uncompressing block \n");
+  EXPECT_EQ(ReadPart(*damaged, 5, 10), mContent.substr(5, 10)) << "an error is not for good";
 
-TEST_F(DamagedStreamTest, FindsLengthsThatAreWrong) {
-  const auto tooShort = OpenWith(2800, Image(99999U));
+  const auto tooShort = OpenWith(kBlock, Image(99999U));
   EXPECT_EQ(tooShort->GetLength(), 99999U);
   EXPECT_EQ(ReadPart(*tooShort, 0, 99998), mContent.substr(0, 99998));
   EXPECT_THROW(ReadPart(*tooShort, 0, 99999), DamagedBlock);
-  const auto tooLong = OpenWith(2800, Image(100001U));
+  const auto tooLong = OpenWith(kBlock, Image(100001U));
   EXPECT_EQ(ReadPart(*tooLong, 0, 100000), mContent);
   EXPECT_THROW(ReadPart(*tooLong, 100000, 1), DamagedBlock);
+  JbFile file;
+  file.OpenFile(mPath, "rb");
+  EXPECT_THROW(file.SetBlockPosition(kStream, 5), DamagedBlock);
   ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block",
-              [&] { OpenWith(2800, Image(0xFFFFFFFFU)); });
+              [&] { OpenWith(kBlock, Image(0xFFFFFFFFU)); });
 }
 
 TEST_F(DamagedStreamTest, FindsBlocksThatAreCutOrLieOutsideTheFile) {
-  const std::size_t sizeField = 20 + 133;
-  const auto cut = OpenWith(sizeField, Image(20000U));
-  EXPECT_THROW(ReadPart(*cut, 0, 100000), DamagedBlock);
-  const auto stored = static_cast<std::uint32_t>(mBytes.size() - 2800);
+  EXPECT_THROW(ReadPart(*OpenWith(kSizeField, Image(20000U)), 0, 100000), DamagedBlock);
+  const auto stored = static_cast<std::uint32_t>(mBytes.size() - kBlock);
   ExpectError(ErrorType::ReadError, "Unable to read from file",
-              [&] { OpenWith(sizeField, Image(stored + 1)); });
-  ExpectError(ErrorType::OutOfBounds, "Not enough bytes", [&] { OpenWith(sizeField, Image(3U)); });
-
+              [&] { OpenWith(kSizeField, Image(stored + 1)); });
+  ExpectError(ErrorType::OutOfBounds, "Not enough bytes", [&] { OpenWith(kSizeField, Image(3U)); });
   const auto truncated = OpenWith(0, mBytes.substr(0, 8));
   std::filesystem::resize_file(mPath, mBytes.size() - 1);
   EXPECT_THROW(ReadPart(*truncated, 0, 100000), std::exception);
@@ -170,9 +170,9 @@ TEST_F(DamagedStreamTest, FindsBlocksThatAreCutOrLieOutsideTheFile) {
 TEST_F(DamagedStreamTest, InflatesNothingThatItPassesOver) {
   const ScopedEnvironment limit(kLimitVariable, "1000");
   Write(mContent, 1000, kHeavy);
-  mBytes = ReadBytes(mPath);
+  mBytes = ReadFile(mPath);
   // The first block's stream is wreckage; only reading from it can tell.
-  const auto reader = OpenWith(2804, std::string(50, '?'));
+  const auto reader = OpenWith(kBlock + 4, std::string(50, '?'));
   EXPECT_EQ(ReadPart(*reader, 50000, 3000), mContent.substr(50000, 3000));
   EXPECT_EQ(ReadPart(*reader, 1500, 1), mContent.substr(1500, 1));
   EXPECT_THROW(ReadPart(*reader, 999, 2), DamagedBlock);

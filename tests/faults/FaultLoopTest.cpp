@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <iostream>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -9,6 +7,7 @@
 #include "Faults.h"
 #include "Qov/Ryx/RyxMerge.h"
 #include "check/FileCheck.h"
+#include "support/CapturedErrors.h"
 #include "support/Files.h"
 #include "support/ModelBuilder.h"
 #include "support/ModelCompare.h"
@@ -25,24 +24,6 @@ using testing::Not;
 
 constexpr int kFailed = 2;
 constexpr const char* kBefore = "an output of before";
-
-/// What is written to std::cerr while the object lives.
-class CapturedErrors {
- public:
-  CapturedErrors() : mBuffer(std::cerr.rdbuf(mText.rdbuf())) { mText.str(std::string(4096, ' ')); }
-  ~CapturedErrors() { std::cerr.rdbuf(mBuffer); }
-  CapturedErrors(const CapturedErrors&) = delete;
-  CapturedErrors& operator=(const CapturedErrors&) = delete;
-
-  std::string Text() const {
-    const std::string text = mText.str();
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-  }
-
- private:
-  std::ostringstream mText;  ///< Long enough at first for what is written when memory is short.
-  std::streambuf* mBuffer;
-};
 
 /// Made before any call fails.
 struct Paths {

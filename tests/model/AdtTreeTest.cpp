@@ -26,16 +26,11 @@ void ExpectNotFound(Call call) {
   Qov::Test::ExpectError(Qov::Test::ErrorType::ElementNotFound, "Element Not Found", call);
 }
 
-TEST(AdtTree, StartsWithTheRootAlone) {
-  NodeTree tree;
-  EXPECT_EQ(tree.GetSize(), 1U);
-  EXPECT_EQ(tree.GetNextId(), 2U);
-  EXPECT_EQ(LinksOf(tree, 1), (Links{1, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(tree.GetCurrentNode().mData, nullptr);
-}
-
 TEST(AdtTree, LinksChildrenInTheOrderTheyCome) {
   NodeTree tree;
+  EXPECT_EQ(tree.GetSize(), 1U);
+  EXPECT_EQ(tree.GetCurrentNode().mData, nullptr);
+  EXPECT_EQ(LinksOf(tree, 1), (Links{1, 0, 0, 0, 0, 0}));
   for (int i = 0; i < 3; ++i) {
     tree.SetCurrentId(1);
     tree.AddChild(nullptr);

@@ -8,8 +8,6 @@
 
 namespace {
 
-using QovUtil::AttributeMap;
-
 const std::string kKey = "Attributes";
 
 TEST(AttributesIo, WritesSixColumnsWithTheStringsLast) {
@@ -29,29 +27,6 @@ TEST(AttributesIo, WritesSixColumnsWithTheStringsLast) {
             "01000000020000006d6d");    // string
 }
 
-TEST(AttributesIo, ReadsBackWhatItWrote) {
-  const Qov::Test::TempDir dir;
-  const AttributeMap empty;
-  const AttributeMap full = {{"", std::string()},
-                             {"Mass", 1.5},
-                             {"mass", 2.5F},
-                             {"n\xff", std::uint32_t{0xFFFFFFFF}},
-                             {"unit", std::string("kg")}};
-  QovJbf::JbFile written;
-  QovUtil::WriteAttributesToJbf(written, kKey, empty);
-  QovUtil::WriteAttributesToJbf(written, kKey, full);
-  Qov::Test::WriteTo(written, dir / "a.jbf");
-
-  QovJbf::JbFile read;
-  read.OpenFile(dir / "a.jbf", "rb");
-  AttributeMap first;
-  AttributeMap second;
-  QovUtil::ReadAttributesFromJbf(read, kKey, first);
-  QovUtil::ReadAttributesFromJbf(read, kKey, second);
-  EXPECT_EQ(first, empty);
-  EXPECT_EQ(second, full);
-}
-
 struct BadColumns {
   std::vector<std::string> mNames;
   std::vector<std::uint8_t> mTypes;
@@ -59,6 +34,7 @@ struct BadColumns {
 };
 
 TEST(AttributesIo, RefusesColumnsThatDisagree) {
+  const Qov::Test::TempDir dir;
   const std::vector<BadColumns> cases = {
       {{"a"}, {}, {}},          // no type
       {{"a"}, {0}, {}},         // no value
@@ -68,7 +44,6 @@ TEST(AttributesIo, RefusesColumnsThatDisagree) {
       {{"a"}, {4}, {1}},        // no such type
   };
   for (const BadColumns& bad : cases) {
-    const Qov::Test::TempDir dir;
     QovJbf::JbFile written;
     written.GetIndex().Put(kKey, bad.mNames);
     written.GetIndex().Put(kKey, bad.mTypes);
@@ -77,7 +52,7 @@ TEST(AttributesIo, RefusesColumnsThatDisagree) {
     Qov::Test::WriteTo(written, dir / "a.jbf");
     QovJbf::JbFile read;
     read.OpenFile(dir / "a.jbf", "rb");
-    AttributeMap attributes;
+    QovUtil::AttributeMap attributes;
     Qov::Test::ExpectError(Qov::Test::ErrorType::MismatchError, "attribute map disagree",
                            [&] { QovUtil::ReadAttributesFromJbf(read, kKey, attributes); });
   }

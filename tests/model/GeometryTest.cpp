@@ -3,23 +3,18 @@
 #include <gtest/gtest.h>
 
 #include "support/Errors.h"
+#include "support/ModelBuilder.h"
 #include "support/Streams.h"
 
 namespace {
 
+using namespace Qov::Test;
 using QovRyx::Geometry;
 using QovRyx::NumericArray;
 
-Geometry::VarStruct MakeVariable(const std::string& name, std::uint32_t kind) {
-  Geometry::VarStruct variable;
-  variable.mName = name;
-  variable.mKind = kind;
-  return variable;
-}
-
 TEST(Geometry, FindsTheFirstVariableOfAName) {
   Geometry geometry("g");
-  for (const char* name : {"a", "b", "a"}) geometry.AppendVariable(MakeVariable(name, 12));
+  for (const char* name : {"a", "b", "a"}) geometry.AppendVariable(MakeVariable(name, 12, {}));
   EXPECT_EQ(geometry.GetOrAddVariableIndex("a"), 0U);
   geometry.RenameVariable(0, "b");
   EXPECT_EQ(geometry.GetOrAddVariableIndex("a"), 2U);
@@ -31,9 +26,8 @@ TEST(Geometry, FindsTheFirstVariableOfAName) {
 
 TEST(Geometry, WritesDescriptors) {
   Geometry geometry("g");
-  auto stored = MakeVariable("S", 0x28);
+  auto stored = MakeVariable("S", 0x28, NumericArray::Of(Ramp(3, 1.0F), 3));
   stored.mKindHighByte = 5;
-  stored.mValues = NumericArray::Of(std::vector<float>{1.0F, 2.0F, 3.0F}, 3);
   stored.mFlag1 = 2;
   stored.mFlag2 = 3;
   stored.mValue1 = 4;
@@ -41,16 +35,14 @@ TEST(Geometry, WritesDescriptors) {
   stored.mFlag3 = 6;
   stored.mFlag = 7;
   stored.mOffset = 0x1122334455;
-  auto linked = MakeVariable("L", Geometry::kNoKind);
+  auto linked = MakeLinked("L", {5, 1});
   linked.mKindHighByte = 9;  // has no place beside "no kind"
-  linked.mLinked = true;
-  linked.mLink = {5, 1};
   geometry.AppendVariable(stored);
   geometry.AppendVariable(linked);
 
   QovJbf::JbFile file;
   geometry.WriteJb(file, "Light Data", "Heavy Data", "Attributes", geometry.GetVersion());
-  EXPECT_EQ(Qov::Test::StreamBytes(file, "Light Data"),
+  EXPECT_EQ(StreamBytes(file, "Light Data"),
             "02000000"
             "0100000053"        // S
             "28000005"          // kind and its high byte
@@ -70,11 +62,10 @@ TEST(Geometry, WritesDescriptors) {
 
 TEST(Geometry, WantsAnOffsetForEveryStoredVariable) {
   Geometry geometry("g");
-  geometry.AppendVariable(MakeVariable("S", 12));
+  geometry.AppendVariable(MakeVariable("S", 12, {}));
   QovJbf::JbFile file;
-  Qov::Test::ExpectError(Qov::Test::ErrorType::ElementNotFound, "Element Not Found", [&] {
-    geometry.WriteJb(file, "Light Data", "Heavy Data", "Attributes", "0.7");
-  });
+  ExpectError(ErrorType::ElementNotFound, "Element Not Found",
+              [&] { geometry.WriteJb(file, "Light Data", "Heavy Data", "Attributes", "0.7"); });
 }
 
 }  // namespace

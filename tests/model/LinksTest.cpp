@@ -31,56 +31,31 @@ TEST(Links, AreFollowedAlongChainsAndNotRoundCircles) {
   SaveTree(tree, dir / "links.ryx");
   Tree loaded(false);
   LoadTree(loaded, dir / "links.ryx");
-  for (const std::size_t chained : {0U, 1U, 2U})
-    EXPECT_EQ(ValuesOf(loaded, 3, chained), Ramp(4, 1.0F));
-  for (const std::size_t lost : {3U, 4U, 5U, 6U, 7U, 8U})
-    EXPECT_TRUE(ValuesOf(loaded, 3, lost).empty());
+  for (std::size_t i = 0; i < 9; ++i) {
+    EXPECT_EQ(ValuesOf(loaded, 3, i), i < 3 ? Ramp(4, 1.0F) : std::vector<float>()) << i;
+  }
 }
 
-TEST(Links, ThatLedNowhereDoNotComeToLeadToNodesOfOtherFiles) {
+TEST(Links, AreShiftedWithTheIdsOfTheirFileAndNeverLeadIntoAnother) {
   const TempDir dir;
   Tree tree(false);
-  BuildLinks(tree, {{5, 0}, {99, 1}, {2, 7}});
+  BuildLinks(tree, {{2, 0}, {0xFFFFFFFF, 3}, {5, 0}, {99, 1}, {2, 7}});
   SaveTree(tree, dir / "links.ryx");
   Tree merged(false);
-  auto root = std::make_unique<Group>("Merge");
-  root->mTakesModels = 1;
-  merged.GetNodes().GetCurrentNode().mData = std::move(root);
+  MakeMergeRoot(merged);
   LoadTree(merged, dir / "links.ryx");
-  merged.Merge(dir / "links.ryx", Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+  MergeFile(merged, dir / "links.ryx");
   SaveTree(merged, dir / "merged.ryx");
   Tree loaded(false);
   LoadTree(loaded, dir / "merged.ryx");
   EXPECT_EQ(VariableTexts(*AsGeometry(loaded.GetNodes().GetReqNode(4))),
-            (std::vector<std::string>{"linked -> 0,0", "linked -> 100,1", "linked -> 3,7"}));
-  for (const std::size_t lost : {0U, 1U, 2U}) EXPECT_TRUE(ValuesOf(loaded, 4, lost).empty());
-}
-
-TEST(Links, AreShiftedWithTheIdsOfTheirFile) {
-  const TempDir dir;
-  Tree tree(false);
-  BuildLinks(tree, {{2, 0}, {0xFFFFFFFF, 3}});
-  SaveTree(tree, dir / "links.ryx");
-
-  Tree merged(false);
-  auto root = std::make_unique<Group>("Merge");
-  root->mTakesModels = 1;
-  merged.GetNodes().GetCurrentNode().mData = std::move(root);
-  LoadTree(merged, dir / "links.ryx");
-  merged.Merge(dir / "links.ryx", Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
-
-  const auto linkOf = [&](std::uint32_t id, std::size_t position) {
-    return AsGeometry(merged.GetNodes().GetReqNode(id))->GetVariables()[position].mLink;
-  };
-  EXPECT_EQ(linkOf(4, 0), (Geometry::Link{3, 0}));
-  EXPECT_EQ(linkOf(7, 0), (Geometry::Link{6, 0}));
-  EXPECT_EQ(linkOf(7, 1), (Geometry::Link{0xFFFFFFFF, 3}));  // leads nowhere, as before
-
-  SaveTree(merged, dir / "merged.ryx");
-  Tree loaded(false);
-  LoadTree(loaded, dir / "merged.ryx");
-  EXPECT_EQ(ValuesOf(loaded, 4, 0), Ramp(4, 1.0F));
-  EXPECT_EQ(ValuesOf(loaded, 7, 0), Ramp(4, 1.0F));
+            (std::vector<std::string>{"linked -> 3,0", "linked -> 4294967295,3", "linked -> 0,0",
+                                      "linked -> 100,1", "linked -> 3,7"}));
+  EXPECT_EQ(VariableTexts(*AsGeometry(loaded.GetNodes().GetReqNode(7)))[0], "linked -> 6,0");
+  for (const std::uint32_t id : {4U, 7U}) {
+    EXPECT_EQ(ValuesOf(loaded, id, 0), Ramp(4, 1.0F));
+    for (const std::size_t lost : {1U, 2U, 3U, 4U}) EXPECT_TRUE(ValuesOf(loaded, id, lost).empty());
+  }
 }
 
 TEST(Links, InALongChainAreFollowedWithoutRecursion) {

@@ -2,6 +2,7 @@
 
 #include "support/ModelCompare.h"
 #include "support/RandomModel.h"
+#include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
 
 namespace Qov::Test {
@@ -20,18 +21,26 @@ void DropLinkedValues(Tree& tree) {
 
 class RandomModelTest : public testing::TestWithParam<std::uint32_t> {};
 
-TEST_P(RandomModelTest, ComesBackFromAFileAsItWas) {
+TEST_P(RandomModelTest, ComesBackFromFilesAsItWas) {
   const TempDir dir;
   Tree original("maker", "1", false);
   RandomModel(GetParam()).Fill(original);
-  SaveTree(original, dir / "first.ryx");
-
-  Tree loaded(false);
-  LoadTree(loaded, dir / "first.ryx");
-  SaveTree(loaded, dir / "second.ryx");
-  EXPECT_EQ(DescribeModel(dir / "second.ryx"), DescribeModel(dir / "first.ryx"));
-  DropLinkedValues(loaded);
-  EXPECT_EQ(DescribeModel(loaded), DescribeModel(original));
+  for (const char* limit : {"200", "3000", "100000"}) {
+    const ScopedEnvironment blockSize("TELMORAX_MAX_RYX_BLOCK_SIZE", limit);
+    std::string path = dir / "0";
+    SaveTree(original, path);
+    const std::string expected = DescribeModel(path);
+    for (const char* copiesBlocks : {"0", "1", "1"}) {
+      const ScopedEnvironment copy("RYXMERGE_COPY_BLOCKS", copiesBlocks);
+      Tree loaded(false);
+      LoadTree(loaded, path);
+      path += "1";
+      SaveTree(loaded, path);
+      EXPECT_EQ(DescribeModel(path), expected) << path << " " << limit;
+      DropLinkedValues(loaded);
+      EXPECT_EQ(DescribeModel(loaded), DescribeModel(original));
+    }
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomModelTest, testing::Range(1U, 41U));

@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "Qov/Ryx/StreamNames.h"
 #include "support/Errors.h"
+#include "support/Files.h"
 #include "support/ModelCompare.h"
+#include "support/SharedModels.h"
 #include "support/Streams.h"
 #include "support/TempDir.h"
 
@@ -52,13 +55,14 @@ TEST(Save, AddsToTheHistoryEachTime) {
   EXPECT_FALSE(last.mDate.empty());
 }
 
+/// Though all the names are equal.
 TEST(Save, StoresIntegerArraysFirstAndEmptyOnesWithoutBytes) {
   const TempDir dir;
   Tree tree(false);
   Geometry& geometry = AddNode<Geometry>(tree, 1, "g");
-  geometry.AppendVariable(MakeVariable("results", 12, NumericArray::Of(Count(3, 0x01020304))));
-  geometry.AppendVariable(MakeVariable("empty", 12, {}));
-  geometry.AppendVariable(MakeVariable("ids", 6, NumericArray::Of(Count(2, 0x0A0B0C0D))));
+  geometry.AppendVariable(MakeVariable("same", 12, NumericArray::Of(Count(3, 0x01020304))));
+  geometry.AppendVariable(MakeVariable("same", 12, {}));
+  geometry.AppendVariable(MakeVariable("same", 6, NumericArray::Of(Count(2, 0x0A0B0C0D))));
   SaveTree(tree, dir / "a.ryx");
   EXPECT_EQ(ToHex(ReadStreams(dir / "a.ryx").at(kHeavyData)),
             "0d0e"
@@ -69,15 +73,6 @@ TEST(Save, StoresIntegerArraysFirstAndEmptyOnesWithoutBytes) {
             "030303"
             "020202"
             "010101");
-}
-
-TEST(Save, KeepsTheValuesOfEqualNamesApart) {
-  const TempDir dir;
-  Tree tree(false);
-  Geometry& geometry = AddNode<Geometry>(tree, 1, "g");
-  geometry.AppendVariable(MakeVariable("same", 12, NumericArray::Of(Ramp(3, 1.0F))));
-  geometry.AppendVariable(MakeVariable("same", 12, NumericArray::Of(Ramp(3, 2.0F))));
-  SaveTree(tree, dir / "a.ryx");
   EXPECT_EQ(DescribeModel(dir / "a.ryx"), DescribeModel(tree));
 }
 
@@ -97,19 +92,17 @@ TEST(Save, RefusesAFileThatIsStillReadFrom) {
 TEST(Load, KeepsIdsInAFreshTreeAndShiftsThemBeneathAGroup) {
   const TempDir dir;
   SaveSample(dir / "a.ryx");
+  const auto load = [&](Tree& tree) {
+    Tree::IdMap ids;
+    tree.Load(dir / "a.ryx", ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+    return ids;
+  };
   Tree fresh(false);
-  Tree::IdMap ids;
-  fresh.Load(dir / "a.ryx", ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
-  EXPECT_EQ(ids, (Tree::IdMap{{1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}}));
-
+  EXPECT_EQ(load(fresh), (Tree::IdMap{{1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}}));
   Tree merged(false);
-  auto root = std::make_unique<Group>("Merge");
-  root->mTakesModels = 1;
-  merged.GetNodes().GetCurrentNode().mData = std::move(root);
-  ids.clear();
-  merged.Load(dir / "a.ryx", ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
-  EXPECT_EQ(ids, (Tree::IdMap{{2, 1}, {3, 2}, {4, 3}, {5, 4}, {6, 5}}));
-  merged.Merge(dir / "a.ryx", Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+  MakeMergeRoot(merged);
+  EXPECT_EQ(load(merged), (Tree::IdMap{{2, 1}, {3, 2}, {4, 3}, {5, 4}, {6, 5}}));
+  MergeFile(merged, dir / "a.ryx");
   EXPECT_EQ(merged.GetNodes().GetSize(), 11U);
   EXPECT_EQ(merged.GetModifiers().size(), 1U);
   EXPECT_EQ(merged.GetViewPointPaths().size(), 1U);
@@ -122,74 +115,88 @@ TEST(Load, KeepsIdsInAFreshTreeAndShiftsThemBeneathAGroup) {
   EXPECT_EQ(merged.GetNodes().GetReqNode(1).mLastChild, 7U);
 }
 
-TEST(Load, WantsEveryStreamButTheHistoryAndTheViews) {
-  const TempDir dir;
-  SaveSample(dir / "a.ryx");
-  const Streams all = ReadStreams(dir / "a.ryx");
-  for (const auto& [name, bytes] : all) {
-    Streams others = all;
-    others.erase(name);
-    WriteStreams(dir / "b.ryx", others);
-    const auto load = [&] { DescribeModel(dir / "b.ryx"); };
-    if (name == kGlobalInformation || name == kViewPoints) {
-      EXPECT_NO_THROW(load()) << name;
-    } else if (name == kHeavyData) {
-      ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block", load);
-    } else {
-      ExpectError(ErrorType::ElementNotFound, "Element Not Found", load);
-    }
+/// The streams of a sample model, which the tests spoil.
+class SpoiltModel : public testing::Test {
+ protected:
+  SpoiltModel() {
+    SaveSample(mPath);
+    mStreams = ReadStreams(mPath);
   }
-}
+  std::function<void()> LoadOf(const Streams& streams) {
+    WriteStreams(mPath, streams);
+    return [this] { DescribeModel(mPath); };
+  }
 
-TEST(Load, WantsEveryStreamToItsEnd) {
-  const TempDir dir;
-  SaveSample(dir / "a.ryx");
-  const Streams all = ReadStreams(dir / "a.ryx");
-  for (const auto& [name, bytes] : all) {
+  const TempDir mDir;
+  const std::string mPath = mDir / "a.ryx";
+  Streams mStreams;
+};
+
+TEST_F(SpoiltModel, LacksAStreamOrItsEnd) {
+  for (const auto& [name, bytes] : mStreams) {
+    SCOPED_TRACE(name);
+    Streams spoilt = mStreams;
     for (std::size_t length = 0; length < bytes.size(); length += 1 + bytes.size() / 50) {
-      Streams cut = all;
-      cut[name].resize(length);
-      WriteStreams(dir / "b.ryx", cut);
-      ExpectError(ErrorType::OutOfBounds, "", [&] { DescribeModel(dir / "b.ryx"); });
+      spoilt[name] = bytes.substr(0, length);
+      ExpectError(ErrorType::OutOfBounds, "", LoadOf(spoilt));
+    }
+    spoilt.erase(name);
+    if (name == kGlobalInformation || name == kViewPoints) {
+      EXPECT_NO_THROW(LoadOf(spoilt)());
+    } else if (name == kHeavyData) {
+      ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block", LoadOf(spoilt));
+    } else {
+      ExpectError(ErrorType::ElementNotFound, "Element Not Found", LoadOf(spoilt));
     }
   }
 }
 
-TEST(Load, RefusesATreeThatIsNone) {
-  const TempDir dir;
-  SaveSample(dir / "a.ryx");
-  const Streams good = ReadStreams(dir / "a.ryx");
-  const auto expectRefusal = [&](std::size_t at, std::uint32_t number, ErrorType type) {
-    Streams bad = good;
-    std::memcpy(bad[kRyxTree].data() + at, &number, sizeof(number));
-    WriteStreams(dir / "b.ryx", bad);
-    ExpectError(type, "", [&] { DescribeModel(dir / "b.ryx"); });
+TEST_F(SpoiltModel, HasATreeThatIsNone) {
+  struct Lie {
+    std::size_t mAt;
+    std::uint32_t mNumber;
+    ErrorType mError;
   };
   constexpr std::size_t kRecord = 4 + 24 + 12 + 8;  // behind the count and the root's record
-  expectRefusal(0, 0, ErrorType::ModelError);
-  expectRefusal(0, 0xFFFFFFFF, ErrorType::ModelError);
-  expectRefusal(0, 0x7FFFFFFF, ErrorType::OutOfBounds);
-  expectRefusal(4, 9, ErrorType::ModelError);           // the first is not the root
-  expectRefusal(kRecord, 1, ErrorType::ElementExists);  // two roots
-  expectRefusal(kRecord, 0, ErrorType::ElementExists);  // 0 means none
-  expectRefusal(kRecord, 0xFFFFFFFF, ErrorType::ModelError);
+  for (const Lie& lie :
+       std::initializer_list<Lie>{{0, 0, ErrorType::ModelError},
+                                  {0, 0xFFFFFFFF, ErrorType::ModelError},
+                                  {0, 0x7FFFFFFF, ErrorType::OutOfBounds},
+                                  {4, 9, ErrorType::ModelError},  // the first is not the root
+                                  {kRecord, 1, ErrorType::ElementExists},  // two roots
+                                  {kRecord, 0, ErrorType::ElementExists},  // 0 means none
+                                  {kRecord, 0xFFFFFFFF, ErrorType::ModelError}}) {
+    Streams spoilt = mStreams;
+    std::memcpy(spoilt[kRyxTree].data() + lie.mAt, &lie.mNumber, sizeof lie.mNumber);
+    ExpectError(lie.mError, "", LoadOf(spoilt));
+  }
 }
 
 TEST(Load, RefusesWhatIsNoModelFile) {
   const TempDir dir;
-  const auto expectRefusal = [&](const std::string& content) {
-    std::FILE* file = std::fopen((dir / "text.ryx").c_str(), "wb");
-    std::fwrite(content.data(), 1, content.size(), file);
-    std::fclose(file);
-    ExpectError(ErrorType::FormatNotSupported, (dir / "text.ryx") + " is not a Ryx file",
-                [&] { DescribeModel(dir / "text.ryx"); });
-  };
-  expectRefusal("");
-  expectRefusal("a text file, not a model");
-  ExpectError(ErrorType::FormatNotSupported, " is not a Ryx file",
-              [&] { DescribeModel(dir.GetPath().string()); });
+  WriteFile(dir / "empty", "");
+  WriteFile(dir / "text", "a text file, not a model");
+  for (const std::string& path : {dir / "empty", dir / "text", dir.GetPath().string()}) {
+    ExpectError(ErrorType::FormatNotSupported, path + " is not a Ryx file",
+                [&] { DescribeModel(path); });
+  }
   ExpectError(ErrorType::MiscellaneousError, "Unable to open file \"/no/such/file\"",
               [] { DescribeModel("/no/such/file"); });
+}
+
+TEST(Load, KeepsTheViewsOfSampleFilesByteForByte) {
+  const TempDir dir;
+  for (const char* name : {"plate.vpt", "more.vpt"}) {
+    const std::string path = FindSharedModel(name);
+    if (path.empty()) GTEST_SKIP() << "no sample model " << name;
+    QovJbf::JbFile file;
+    file.OpenFile(path, "rb");
+    Tree tree(false);
+    tree.LoadViewPathVec(file);
+    EXPECT_FALSE(tree.GetViewPointPaths().empty());
+    SaveTree(tree, dir / "saved");
+    EXPECT_EQ(ReadStreams(dir / "saved").at(kViewPoints), ReadStreams(path).at(kViewPoints));
+  }
 }
 
 TEST(Load, NotesLegacyWriters) {

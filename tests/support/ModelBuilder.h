@@ -129,6 +129,18 @@ inline void LoadTree(QovRyx::Tree& tree, const std::string& path) {
             QovRyx::Tree::SupportedFileFormats::Ryx);
 }
 
+/// Adds the model in a file to what is in the tree.
+inline void MergeFile(QovRyx::Tree& tree, const std::string& path) {
+  tree.Merge(path, QovRyx::Tree::ReadMode::Everything, QovRyx::Tree::SupportedFileFormats::Ryx);
+}
+
+/// Makes the root a group that takes models, as merges do.
+inline void MakeMergeRoot(QovRyx::Tree& tree) {
+  auto root = std::make_unique<QovRyx::Group>("Merge");
+  root->mTakesModels = 1;
+  tree.GetNodes().GetCurrentNode().mData = std::move(root);
+}
+
 inline void SavePlate(const std::string& path, const std::vector<std::string>& results,
                       std::uint32_t seed, std::size_t numNodes = 40) {
   QovRyx::Tree tree("PlateMaker", "1.0", false);

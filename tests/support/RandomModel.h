@@ -31,6 +31,7 @@ class RandomModel {
       path.mName = MakeText();
       path.mViewPoints.resize(Below(3));
     }
+    tree.GetSequencerData().mName = MakeText();
   }
 
   std::uint32_t Below(std::uint32_t limit) { return static_cast<std::uint32_t>(mRandom() % limit); }
@@ -110,7 +111,7 @@ class RandomModel {
   QovUtil::AttributeMap MakeAttributes() {
     QovUtil::AttributeMap attributes;
     for (std::uint32_t left = Below(4); left > 0; --left) {
-      const QovUtil::AttributeValue values[] = {Below(100), 0.5F, MakeText(), 2.5};
+      const QovUtil::AttributeValue values[] = {Below(100), 0.5F, MakeText(), 0.1};
       attributes[MakeText()] = values[Below(4)];
     }
     return attributes;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Qov/Jbf/JbFile.h"
+#include "support/Blocks.h"
 
 namespace Qov::Test {
 
@@ -53,22 +54,10 @@ inline void WriteStreams(const std::string& path, const Streams& streams,
   WriteTo(file, path, version);
 }
 
-/// Bytes as hex digits.
-inline std::string ToHex(const std::string& bytes) {
-  static constexpr const char* kDigits = "0123456789abcdef";
-  std::string hex;
-  for (const char c : bytes) {
-    hex += kDigits[static_cast<unsigned char>(c) >> 4];
-    hex += kDigits[static_cast<unsigned char>(c) & 15];
-  }
-  return hex;
-}
-
 /// The bytes put into the only block of a stream so far, as hex digits.
 inline std::string StreamBytes(QovJbf::JbFile& file, const std::string& stream) {
   QovJbf::Index& index = file.GetIndex();
-  const auto& block = index.GetBlock(index.GetBlockSizeLimiter(stream).mBlocks.front());
-  return ToHex({reinterpret_cast<const char*>(block.GetData()), block.GetSize()});
+  return HexOf(index.GetBlock(index.GetBlockSizeLimiter(stream).mBlocks.front()));
 }
 
 }  // namespace Qov::Test

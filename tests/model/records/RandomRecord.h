@@ -35,24 +35,18 @@ class RandomFiller {
   std::uint32_t Next() { return static_cast<std::uint32_t>(mRandom()); }
   std::uint32_t NextCount() { return Next() % 3; }
 
-  void Fill(std::uint32_t& value) { value = Next(); }
-  void Fill(std::int32_t& value) { value = std::bit_cast<std::int32_t>(Next()); }
-  void Fill(std::uint8_t& value) { value = static_cast<std::uint8_t>(Next()); }
-  void Fill(float& value) { value = std::bit_cast<float>(Next()); }
+  /// Any bits for numbers and what consists of them.
+  template <class T>
+  requires std::is_arithmetic_v<T> || std::is_same_v<T, QovRyx::Vector3> ||
+      std::is_same_v<T, QovRyx::ColourValue>
+  void Fill(T& value) {
+    std::array<unsigned char, sizeof(T)> bytes;
+    for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(Next());
+    value = std::bit_cast<T>(bytes);
+  }
   void Fill(std::string& value) {
     value.resize(Next() % 6);
     for (char& c : value) c = static_cast<char>(1 + Next() % 255);
-  }
-  void Fill(QovRyx::Vector3& value) {
-    Fill(value.mX);
-    Fill(value.mY);
-    Fill(value.mZ);
-  }
-  void Fill(QovRyx::ColourValue& value) {
-    Fill(value.mR);
-    Fill(value.mG);
-    Fill(value.mB);
-    Fill(value.mA);
   }
   template <class T, std::size_t N>
   void Fill(std::array<T, N>& values) {

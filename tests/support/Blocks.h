@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include "Qov/Jbf/Block.h"
+
+/// Blocks and their bytes.
+namespace Qov::Test {
+
+/// Bytes as hex digits.
+inline std::string ToHex(const std::string& bytes) {
+  static constexpr const char* kDigits = "0123456789abcdef";
+  std::string hex;
+  for (const char c : bytes) {
+    hex += kDigits[static_cast<unsigned char>(c) >> 4];
+    hex += kDigits[static_cast<unsigned char>(c) & 15];
+  }
+  return hex;
+}
+
+inline std::string ContentOf(const QovJbf::Block& block) {
+  return {reinterpret_cast<const char*>(block.GetData()), block.GetSize()};
+}
+
+inline std::string HexOf(const QovJbf::Block& block) { return ToHex(ContentOf(block)); }
+
+inline QovJbf::Block BlockOf(const std::string& bytes) {
+  QovJbf::Block block;
+  block.AllocateAdditionalMemory(bytes.size() + 1);  // else every block would take megabytes
+  block.Put(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+  block.SetPosition(0);
+  return block;
+}
+
+/// The image of a number.
+template <class T>
+std::string Image(T value) {
+  std::string bytes(sizeof value, '\0');
+  std::memcpy(bytes.data(), &value, sizeof value);
+  return bytes;
+}
+
+}  // namespace Qov::Test

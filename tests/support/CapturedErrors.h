@@ -1,0 +1,27 @@
+#pragma once
+
+#include <iostream>
+#include <sstream>
+#include <string>
+
+namespace Qov::Test {
+
+/// What is written to std::cerr while the object lives.
+class CapturedErrors {
+ public:
+  CapturedErrors() : mBuffer(std::cerr.rdbuf(mText.rdbuf())) { mText.str(std::string(4096, ' ')); }
+  ~CapturedErrors() { std::cerr.rdbuf(mBuffer); }
+  CapturedErrors(const CapturedErrors&) = delete;
+  CapturedErrors& operator=(const CapturedErrors&) = delete;
+
+  std::string Text() const {
+    const std::string text = mText.str();
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+  }
+
+ private:
+  std::ostringstream mText;  ///< Long enough at first for what is written when memory is short.
+  std::streambuf* mBuffer;
+};
+
+}  // namespace Qov::Test
