@@ -114,6 +114,15 @@ TEST_F(IndexFileTest, FlushesFullBlocksInFileOrderOnly) {
               [&] { index.WriteBufferToFileStream(1, mFile.GetStream()); });
 }
 
+TEST_F(IndexFileTest, WritesNothingIntoAFrozenBlock) {
+  Put("heavy", "h", BlockFlag::kFreezeWhenFull);
+  GetIndex().WriteBufferToFileStream(0, mFile.GetStream());
+  ExpectError(ErrorType::ElementNotFound, "Element Not Found",
+              [&] { GetIndex().Put("heavy", "h", 1); });
+  ExpectError(ErrorType::MiscellaneousError, "Attempt to write into a frozen block",
+              [&] { GetIndex().Put("heavy", 1U); });
+}
+
 TEST_F(IndexFileTest, SeeksToAndFroWithFewBlocksInMemory) {
   const std::string content = SomeBytes(50000, 4);
   PutInPieces(mFile, "packed", content, 250, kHeavy);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <array>
 #include <filesystem>
 #include <functional>
 
@@ -53,6 +55,17 @@ TEST(Save, AddsToTheHistoryEachTime) {
   EXPECT_EQ(last.mComment, "again");
   EXPECT_EQ(last.mHost + last.mUser, "");
   EXPECT_FALSE(last.mDate.empty());
+}
+
+TEST(Save, NotesTheMachineIfItIsToBeTold) {
+  const TempDir dir;
+  Tree tree(true);
+  SaveTree(tree, dir / "a.ryx");
+  Tree loaded(false);
+  LoadTree(loaded, dir / "a.ryx");
+  std::array<char, 256> host{};
+  ASSERT_EQ(::gethostname(host.data(), host.size() - 1), 0);
+  EXPECT_EQ(loaded.GetModifiers().back().mHost, host.data());
 }
 
 /// Though all the names are equal.
