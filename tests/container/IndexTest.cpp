@@ -30,16 +30,18 @@ TEST(IndexTest, StoresAnItemIn139Bytes) {
                 "21"
                 "80");
 
-  item.mName = std::string(200, 'n');
-  block.Reset();
-  CopyToBlock(block, std::vector<IndexItem>{item});
-  block.SetPosition(0);
-  std::vector<IndexItem> read;
-  CopyFromBlock(block, read);
-  ASSERT_EQ(read.size(), 1U);
-  EXPECT_EQ(read[0].mName, std::string(128, 'n'));
-  EXPECT_EQ(read[0].mFlags2, 0x80);
-  EXPECT_EQ(read[0].mPosition, 0U);
+  for (const std::size_t length : {127U, 128U, 129U, 255U, 256U, 400U}) {
+    item.mName = std::string(length, 'n');
+    block.Reset();
+    CopyToBlock(block, std::vector<IndexItem>{item});
+    block.SetPosition(0);
+    std::vector<IndexItem> read;
+    CopyFromBlock(block, read);
+    ASSERT_EQ(read.size(), 1U);
+    EXPECT_EQ(read[0].mName, std::string(std::min<std::size_t>(length, 128), 'n'));
+    EXPECT_EQ(read[0].mFlags2, 0x80);
+    EXPECT_EQ(read[0].mPosition, 0U);
+  }
 }
 
 TEST(IndexTest, GrowsByAnIndexBlockWhenTheSlotsAreUsedUp) {

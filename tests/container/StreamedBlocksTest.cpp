@@ -112,10 +112,13 @@ TEST_F(StreamedBlocksTest, RefuseWhatTheyCannotHold) {
   index.Put(kStream, std::uint32_t{1});
   const auto unread = [](void*, std::size_t) { FAIL() << "nothing must be read"; };
   ExpectError(ErrorType::MemoryAllocationError, "",
-              [&] { index.Put(kStream, 0xFFFFFFFFU - 3, unread); });
-  ExpectError(ErrorType::MemoryAllocationError, "",
               [&] { index.Put(kStream, 0x100000000U, unread); });
   EXPECT_EQ(index.GetStreamLength(kStream), 4U);
+  ExpectError(ErrorType::ReadError, "begun", [&] {
+    index.Put(kStream, 0xFFFFFFFFU - 3,
+              [](void*, std::size_t) { Qov::Util::Raise("test", ErrorType::ReadError, "begun"); });
+  });
+  EXPECT_EQ(index.GetWritingBlockIndex(kStream), 1U);  // there was no room in the first one
 }
 
 TEST_F(StreamedBlocksTest, LetErrorsThrough) {
