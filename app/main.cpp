@@ -7,6 +7,7 @@
 
 #include "CommandLine.h"
 #include "MergeRun.h"
+#include "Printable.h"
 #include "ProgressLine.h"
 #include "SetLogFile.h"
 
@@ -31,6 +32,7 @@ int Run(const std::string& program, const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   const std::string program = argc > 0 ? argv[0] : "RyxMerge";
+  const Qov::PrintableErrors printableErrors;
   try {
     const int numNames = argc > 0 ? 1 : 0;
     return Run(program, std::vector<std::string>(argv + numNames, argv + argc));

@@ -25,6 +25,7 @@ constexpr int kCompressionLevel = 6;
 BlockOutput::BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length)
     : mThreads(threads),
       mMemory(GetCompressionMemory(threads, blockSize, length)),
+      mMostMemory(std::max(mMemory, MachineShare().GetFreeMemory() / 2)),
       mQueue(threads, mMemory, kCompressionLevel) {}
 
 void BlockOutput::Add(std::uint64_t k, Block block, bool isCompressed) {
@@ -87,7 +88,7 @@ void BlockOutput::Finish(std::uint64_t k) {
 }
 
 void BlockOutput::AllowExcess(std::uint64_t excess) {
-  mQueue.RaiseBound(mMemory + (mThreads - 1) * excess);
+  mQueue.RaiseBound(std::min(mMemory + (mThreads - 1) * excess, mMostMemory));
 }
 
 bool BlockOutput::WriteFirst(std::FILE* file, std::uint64_t position) {

@@ -32,7 +32,8 @@ class BlockOutput {
   bool Advance(std::uint64_t k, std::size_t n);
   /// Block `k`, which may have no bytes, gets no more.
   void Finish(std::uint64_t k);
-  /// Allows for blocks that exceed their usual size by `excess` bytes.
+  /// Allows for blocks that exceed their usual size by `excess` bytes, as far as half of the free
+  /// memory goes.
   void AllowExcess(std::uint64_t excess);
 
   bool IsEmpty() const { return mBlocks.empty(); }
@@ -68,6 +69,7 @@ class BlockOutput {
 
   unsigned mThreads;
   std::uint64_t mMemory;
+  std::uint64_t mMostMemory;
   CompressionQueue mQueue;
   std::size_t mNumWhole = 0;
   std::map<std::uint64_t, Entry> mBlocks;  ///< Gone before the queue, whose chunks they hold.

@@ -159,7 +159,14 @@ std::uint64_t Index::GetBlockForBytes(const std::string& name, std::uint64_t n) 
   }
   const std::uint64_t k = GetWritingBlockIndex(name);
   if (mItems[k].mFrozen) Raise(kIndexSource, ErrorType::ElementNotFound);
-  return k;
+  return FindRoom(k, n);
+}
+
+// What goes to the file while it fills can be larger than anything in memory, and find no room in a
+// block that is not full yet.
+std::uint64_t Index::FindRoom(std::uint64_t k, std::uint64_t n) {
+  const bool hasRoom = n <= std::numeric_limits<std::uint32_t>::max() - GetFill(k);
+  return hasRoom || !mItems[k].mStreamed ? k : AddBlock(std::string(mItems[k].mName));
 }
 
 std::uint64_t Index::GetOpenBlock(const std::string& name) {

@@ -55,6 +55,7 @@ std::uint64_t Index::GetReadingBlockIndex(const std::string& name) {
   BlockSizeLimiter& stream = GetBlockSizeLimiter(name);
   for (std::size_t i = stream.mReading; i < stream.mBlocks.size(); ++i) {
     const std::uint64_t k = stream.mBlocks[i];
+    if (i != stream.mReading && mItems[k].mLoaded) mBlocks[k].SetPosition(0);
     if (mBlocks[k].GetRemaining() == 0) continue;
     MoveReading(stream, i);
     return k;
@@ -184,11 +185,13 @@ void Index::SetStreamPosition(const std::string& name, std::uint64_t offset, std
   if (IsOnlyInFile(k)) LoadBlock(k, file);
   const std::uint64_t within = offset - stream.mStarts[target];
   mBlocks[k].SetPosition(std::min<std::uint64_t>(within, mBlocks[k].GetSize()));
-  // Open blocks are the last ones of their stream; their cursors are where writing left them.
+  // Blocks that are being written are the last ones of their stream; their cursors are where
+  // writing left them. Those that came from the file are put right when reading goes on to them:
+  // there may be any number of them.
   for (std::size_t i = stream.mBlocks.size() - 1; i > target; --i) {
-    Block& later = mBlocks[stream.mBlocks[i]];
-    if (later.GetData() == nullptr) break;
-    later.SetPosition(0);
+    const std::uint64_t later = stream.mBlocks[i];
+    if (mBlocks[later].GetData() == nullptr || mItems[later].mLoaded) break;
+    mBlocks[later].SetPosition(0);
   }
 }
 

@@ -42,7 +42,7 @@ BlockOutput& Index::GetOutput() {
 // One value was encoded into the block itself, because its length was not known before.
 void Index::StreamEncoded(std::uint64_t k) {
   const Block encoded = std::move(mBlocks[k]);
-  StreamBytes(k, encoded.GetData(), encoded.GetSize());
+  StreamBytes(FindRoom(k, encoded.GetSize()), encoded.GetData(), encoded.GetSize());
 }
 
 void Index::StreamBytes(std::uint64_t k, const void* bytes, std::uint64_t n) {

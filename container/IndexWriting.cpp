@@ -121,7 +121,8 @@ void Index::FlushFrozen(std::FILE* file) {
 void Index::HandOverFull(BlockSizeLimiter& stream) {
   for (std::size_t i = stream.mFrozen; i < stream.mBlocks.size(); ++i) {
     const std::uint64_t k = stream.mBlocks[i];
-    const bool isFull = GetFill(k) >= stream.mLimit;
+    const bool isLast = i + 1 == stream.mBlocks.size();
+    const bool isFull = !isLast || GetFill(k) >= stream.mLimit;
     if (!mItems[k].mFrozen && HasFlag(mItems[k], BlockFlag::kFreezeWhenFull) && isFull) {
       if (!IsWrittenUpTo(k)) Raise(kIndexSource, ErrorType::NotImplemented);
       HandOver(k);

@@ -5,6 +5,7 @@
 
 #include "BlockInflater.h"
 #include "FileAccess.h"
+#include "InflatedBlocks.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
 #include "SourceFile.h"
@@ -12,10 +13,26 @@
 
 namespace QovJbf {
 
+namespace {
+
+/// Once so many times the length of a block was inflated in vain, because reading went back in it,
+/// the block is kept as a whole.
+constexpr std::uint64_t kMostInVain = 4;
+
+}  // namespace
+
 struct StreamReader::State {
+  ~State() { InflatedBlocks::Instance().DropThoseOf(this); }
+
   std::uint32_t ReadRawLength(const StoredBlock& block) const;
+  std::uint32_t GetRawLength(std::size_t i) const {
+    return static_cast<std::uint32_t>(mStarts[i + 1] - mStarts[i]);
+  }
   void ReadFromBlock(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
   void Inflate(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
+  void Begin(std::size_t i);
+  bool IsToBeKept(std::size_t i, std::uint32_t within);
+  void Keep(std::size_t i);
   void VerifyInflated();
 
   std::shared_ptr<SourceFile> mpSource;
@@ -23,6 +40,8 @@ struct StreamReader::State {
   std::vector<std::uint64_t> mStarts;  // uncompressed offsets, and the length as one more
   std::size_t mInflated = 0;           // the block that mpInflater is in
   std::vector<bool> mVerified;         // blocks that were inflated to their end once
+  std::vector<std::uint64_t> mInVain;  // bytes of each block that were only passed over
+  std::uint64_t mAllInVain = 0;
   std::unique_ptr<BlockInflater> mpInflater;
 };
 
@@ -51,20 +70,50 @@ void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, uns
 
 void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned char* target,
                                   std::uint32_t n) {
+  if (const unsigned char* kept = InflatedBlocks::Instance().Find(this, i)) {
+    std::memcpy(target, kept + within, n);
+    return;
+  }
   if (mInflated != i) VerifyInflated();
   if (!mpInflater || mInflated != i || mpInflater->GetOffset() > within) {
-    mpInflater.reset();
-    const StoredBlock& block = mBlocks[i];
-    const auto rawLength = static_cast<std::uint32_t>(mStarts[i + 1] - mStarts[i]);
-    mpInflater = std::make_unique<BlockInflater>(*mpSource, block.mPosition + kRawLengthSize,
-                                                 block.mSize - kRawLengthSize, rawLength);
-    mInflated = i;
+    if (IsToBeKept(i, within)) {
+      Keep(i);
+      Inflate(i, within, target, n);
+      return;
+    }
+    Begin(i);
   }
   mpInflater->Skip(within - mpInflater->GetOffset());
   mpInflater->Read(target, n);
   if (!mpInflater->IsAtEnd()) return;
   mVerified[i] = true;
   mpInflater.reset();
+}
+
+void StreamReader::State::Begin(std::size_t i) {
+  mpInflater.reset();
+  const StoredBlock& block = mBlocks[i];
+  mpInflater = std::make_unique<BlockInflater>(*mpSource, block.mPosition + kRawLengthSize,
+                                               block.mSize - kRawLengthSize, GetRawLength(i));
+  mInflated = i;
+}
+
+// Counts what it costs to begin block `i` again for what lies `within`.
+bool StreamReader::State::IsToBeKept(std::size_t i, std::uint32_t within) {
+  mInVain[i] += within;
+  mAllInVain += within;
+  return mInVain[i] > kMostInVain * GetRawLength(i) &&
+         GetRawLength(i) <= InflatedBlocks::kMostBytes;
+}
+
+void StreamReader::State::Keep(std::size_t i) {
+  const std::uint32_t length = GetRawLength(i);
+  MallocBuffer content = AllocateBuffer(kStreamReaderSource, length);
+  Begin(i);
+  mpInflater->Read(content.get(), length);
+  mVerified[i] = true;
+  mpInflater.reset();
+  InflatedBlocks::Instance().Add(this, i, std::move(content), length);
 }
 
 // What was read from a block is good only if its checksum is, which stands at its end. A block is
@@ -86,6 +135,7 @@ StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<Store
     mpState->mStarts.push_back(mpState->mStarts.back() + mpState->ReadRawLength(block));
   }
   mpState->mVerified.resize(mpState->mBlocks.size());
+  mpState->mInVain.resize(mpState->mBlocks.size());
 }
 
 StreamReader::~StreamReader() = default;
@@ -111,6 +161,8 @@ void StreamReader::Read(std::uint64_t offset, void* target, std::size_t n) {
     n -= part;
   }
 }
+
+std::uint64_t StreamReader::GetNumInVain() const { return mpState->mAllInVain; }
 
 void StreamReader::Verify() { mpState->VerifyInflated(); }
 

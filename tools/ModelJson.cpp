@@ -9,6 +9,7 @@
 #include "RecordPrinter.h"
 #include "ResultLink.h"
 #include "TreeWalk.h"
+#include "Utf8.h"
 #include "ValueText.h"
 
 namespace Qov::Tools {
@@ -86,8 +87,8 @@ Json NodeWriter::Link(const Geometry::VarStruct& variable) const {
   Json json{
       {"node", variable.mLink.mNode}, {"result", variable.mLink.mVariable}, {"found", link.mFound}};
   if (link.mVariable != nullptr) {
-    json["nodeName"] = JsonText(link.mGeometry->GetName());
-    json["resultName"] = JsonText(link.mVariable->mName);
+    json["nodeName"] = JsonText(Shortened(link.mGeometry->GetName()));
+    json["resultName"] = JsonText(Shortened(link.mVariable->mName));
   }
   return json;
 }

@@ -10,6 +10,7 @@
 #include "TextTable.h"
 #include "TreeLines.h"
 #include "TreeWalk.h"
+#include "Utf8.h"
 #include "ValueText.h"
 
 namespace Qov::Tools {
@@ -125,8 +126,8 @@ std::string NodeReport::LinkText(const Geometry::VarStruct& variable) const {
     return fmt::format("leads nowhere (node {}, result {})", variable.mLink.mNode,
                        variable.mLink.mVariable);
   }
-  return fmt::format("{} [{}]: {}{}", Escape(link.mGeometry->GetName(), mStyle),
-                     variable.mLink.mNode, Escape(link.mVariable->mName, mStyle),
+  return fmt::format("{} [{}]: {}{}", Escape(Shortened(link.mGeometry->GetName()), mStyle),
+                     variable.mLink.mNode, Escape(Shortened(link.mVariable->mName), mStyle),
                      link.mFound ? "" : ", which leads nowhere");
 }
 

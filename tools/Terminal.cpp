@@ -11,6 +11,7 @@
 #include <optional>
 #include <system_error>
 
+#include "Printable.h"
 #include "Qov/Ryx/InstanceNames.h"
 #include "Utf8.h"
 
@@ -38,18 +39,6 @@ unsigned TerminalWidth(int descriptor) {
   winsize size{};
   const bool known = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col != 0;
   return known ? size.ws_col : TextStyle().mWidth;
-}
-
-bool IsBetween(char32_t code, char32_t first, char32_t last) {
-  return code >= first && code <= last;
-}
-
-/// Steers a terminal, or changes how the text around it is read.
-bool IsTreacherous(char32_t code) {
-  const bool control = code < 0x20 || IsBetween(code, 0x7F, 0x9F);
-  const bool invisible = IsBetween(code, 0x200B, 0x200F) || IsBetween(code, 0x2028, 0x202E) ||
-                         IsBetween(code, 0x2060, 0x2069) || code == 0xFEFF;
-  return control || invisible || code == kSeparatorMark;
 }
 
 /// The byte that a text begins with as \xNN.
@@ -88,8 +77,8 @@ std::string Escape(std::string_view text, const TextStyle& style) {
       escaped += kSeparatorMarkBytes;
     } else if (bytes == "\\") {
       escaped += "\\\\";
-    } else if (character.mLength == 0 || IsTreacherous(character.mCode) ||
-               (asciiOnly && character.mLength > 1)) {
+    } else if (character.mLength == 0 || character.mCode == kSeparatorMark ||
+               IsTreacherous(character.mCode) || (asciiOnly && character.mLength > 1)) {
       escaped += HexBytes(bytes);
     } else {
       escaped += bytes;

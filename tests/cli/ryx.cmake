@@ -1,5 +1,5 @@
 # The tests of the program ryx and of the library behind it, which become part of test_cli.
-set(RYX_CLI_TESTS RyxCheckTest.cpp RyxDiffTest.cpp RyxDumpTest.cpp RyxInfoTest.cpp RyxLsTest.cpp RyxPiecesTest.cpp RyxPlanTest.cpp RyxProgramTest.cpp RyxSampleTest.cpp RyxVerifyTest.cpp)
+set(RYX_CLI_TESTS HostileInputTest.cpp RyxCheckTest.cpp RyxDiffTest.cpp RyxDumpTest.cpp RyxInfoTest.cpp RyxLsTest.cpp RyxPiecesTest.cpp RyxPlanTest.cpp RyxProgramTest.cpp RyxSampleTest.cpp RyxVerifyTest.cpp)
 list(TRANSFORM RYX_CLI_TESTS PREPEND ${CMAKE_CURRENT_LIST_DIR}/)
 
 set_property(SOURCE ${RYX_CLI_TESTS} PROPERTY COMPILE_DEFINITIONS

@@ -11,19 +11,22 @@ using namespace Qov::Test;
 
 TEST(IndexTest, CutsNamesThatAreTooLong) {
   IndexItem item;
-  item.mName = std::string(200, 'n');
   item.mPosition = 99;
   item.mFlags2 = 0x80;
   Block block;
-  CopyToBlock(block, std::vector<IndexItem>{item});
-  EXPECT_EQ(block.GetSize(), 4U + 139U);
-  block.SetPosition(0);
-  std::vector<IndexItem> read;
-  CopyFromBlock(block, read);
-  ASSERT_EQ(read.size(), 1U);
-  EXPECT_EQ(read[0].mName, std::string(128, 'n'));
-  EXPECT_EQ(read[0].mFlags2, 0x80);
-  EXPECT_EQ(read[0].mPosition, 0U);
+  for (const std::size_t length : {127U, 128U, 129U, 255U, 256U, 400U}) {
+    item.mName = std::string(length, 'n');
+    block.Reset();
+    CopyToBlock(block, std::vector<IndexItem>{item});
+    EXPECT_EQ(block.GetSize(), 4U + 139U);
+    block.SetPosition(0);
+    std::vector<IndexItem> read;
+    CopyFromBlock(block, read);
+    ASSERT_EQ(read.size(), 1U);
+    EXPECT_EQ(read[0].mName, std::string(std::min<std::size_t>(length, 128), 'n'));
+    EXPECT_EQ(read[0].mFlags2, 0x80);
+    EXPECT_EQ(read[0].mPosition, 0U);
+  }
 }
 
 TEST(IndexTest, TakesTheLimitFromTheEnvironmentForEachNewStream) {
@@ -112,15 +115,6 @@ TEST_F(IndexFileTest, FlushesFullBlocksInFileOrderOnly) {
   EXPECT_EQ(index.GetBlock(1).GetCapacity(), 0U);
   ExpectError(ErrorType::MismatchError, "Mis-match Error",
               [&] { index.WriteBufferToFileStream(1, mFile.GetStream()); });
-}
-
-TEST_F(IndexFileTest, WritesNothingIntoAFrozenBlock) {
-  Put("heavy", "h", BlockFlag::kFreezeWhenFull);
-  GetIndex().WriteBufferToFileStream(0, mFile.GetStream());
-  ExpectError(ErrorType::ElementNotFound, "Element Not Found",
-              [&] { GetIndex().Put("heavy", "h", 1); });
-  ExpectError(ErrorType::MiscellaneousError, "Attempt to write into a frozen block",
-              [&] { GetIndex().Put("heavy", 1U); });
 }
 
 TEST_F(IndexFileTest, SeeksToAndFroWithFewBlocksInMemory) {

@@ -106,10 +106,14 @@ TEST_F(StreamedBlocksTest, RefuseWhatTheyCannotHold) {
   Index& index = file.GetIndex();
   index.Put(kStream, std::uint32_t{1});
   const auto unread = [](void*, std::size_t) { FAIL() << "nothing must be read"; };
-  for (const std::uint64_t n : {std::uint64_t{0xFFFFFFFC}, std::uint64_t{1} << 32}) {
-    ExpectError(ErrorType::MemoryAllocationError, "", [&] { index.Put(kStream, n, unread); });
-  }
+  ExpectError(ErrorType::MemoryAllocationError, "",
+              [&] { index.Put(kStream, std::uint64_t{1} << 32, unread); });
   EXPECT_EQ(index.GetStreamLength(kStream), 4U);
+  ExpectError(ErrorType::ReadError, "begun", [&] {
+    index.Put(kStream, 0xFFFFFFFFU - 3,
+              [](void*, std::size_t) { Qov::Util::Raise("test", ErrorType::ReadError, "begun"); });
+  });
+  EXPECT_EQ(index.GetWritingBlockIndex(kStream), 1U);  // there was no room in the first one
 }
 
 TEST_F(StreamedBlocksTest, LetErrorsThrough) {

@@ -63,10 +63,7 @@ std::map<std::string, std::uint64_t> Findings::GetOmitted() const {
 
 std::string Quoted(std::string_view name) {
   constexpr std::size_t kLongest = 80;
-  if (name.size() <= kLongest) return fmt::format("\"{}\"", name);
-  std::size_t end = kLongest;
-  while (end > 0 && IsUtf8Continuation(name[end])) --end;
-  return fmt::format("\"{}...\"", name.substr(0, end));
+  return fmt::format("\"{}\"", Shortened(name, kLongest));
 }
 
 }  // namespace Qov::Tools

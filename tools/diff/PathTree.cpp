@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "TreeWalk.h"
+#include "Utf8.h"
 
 namespace Qov::Tools {
 namespace {
@@ -62,11 +63,15 @@ void PathTree::CountBeneath() {
 
 std::vector<std::string> PathTree::GetPath(std::size_t item) const {
   constexpr std::size_t kMostNames = 40;
+  constexpr std::size_t kMostBytes = 1000;
   std::vector<std::string> path;
-  for (; item != kTop && path.size() < kMostNames; item = mItems[item].mParent) {
+  std::size_t numBytes = 0;
+  for (; item != kTop && path.size() < kMostNames && numBytes < kMostBytes;
+       item = mItems[item].mParent) {
     const std::size_t occurrence = mItems[item].mOccurrence;
     const std::string mark = occurrence == 0 ? "" : fmt::format("[{}]", occurrence + 1);
-    path.push_back(mItems[item].mName + mark);
+    path.push_back(Shortened(mItems[item].mName) + mark);
+    numBytes += path.back().size();
   }
   if (item != kTop) path.push_back("...");
   std::reverse(path.begin(), path.end());

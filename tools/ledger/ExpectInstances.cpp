@@ -7,6 +7,7 @@
 #include "ExpectNodes.h"
 #include "LinkFollower.h"
 #include "MergedNames.h"
+#include "Qov/Ryx/InstanceNames.h"
 
 namespace Qov::Tools {
 namespace {
@@ -202,6 +203,18 @@ bool HasAllNodes(const InputFile& first, const InputFile& input, std::vector<Obs
   return hasAll;
 }
 
+/// Returns whether there are not too many links to be made.
+bool CanShare(MergeMode mode, const InputFile& input, std::vector<Obstacle>& obstacles) {
+  if (mode != MergeMode::Instances) return true;
+  try {
+    QovRyx::CheckSharing(*input.mpTree);
+    return true;
+  } catch (const Util::Exception& error) {
+    obstacles.push_back({input.mPath, error.GetLogMessage(), ""});
+    return false;
+  }
+}
+
 }  // namespace
 
 void ExpectInstances(MergeMode mode, const std::vector<InputFile>& inputs, ExpectedModel& model,
@@ -210,6 +223,7 @@ void ExpectInstances(MergeMode mode, const std::vector<InputFile>& inputs, Expec
   const InputFile* first = nullptr;
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     if (inputs[i].mIsViewFile) continue;
+    if (!CanShare(mode, inputs[i], obstacles)) return;
     if (first == nullptr) {
       first = &inputs[i];
       expecter.TakeFirst(*first, i);

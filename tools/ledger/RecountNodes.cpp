@@ -5,6 +5,7 @@
 #include "Recount.h"
 #include "SameAttributes.h"
 #include "SameRecord.h"
+#include "Utf8.h"
 
 namespace Qov::Tools {
 namespace {
@@ -49,7 +50,7 @@ Difference Recount::About(const ExpectedNode& node, const std::string& text) con
   difference.mNode = node.mLinks.mId;
   if (node.mpSource != nullptr) difference.mInput = mInputs[node.mInput].mPath;
   const QovRyx::Node* content = node.GetContent();
-  if (content != nullptr) difference.mNodeName = content->GetName();
+  if (content != nullptr) difference.mNodeName = Shortened(content->GetName());
   difference.mText = text;
   return difference;
 }

@@ -159,6 +159,7 @@ class QOV_EXPORT Index {
  private:
   std::uint64_t GetOpenBlock(const std::string& name);
   std::uint64_t GetBlockForBytes(const std::string& name, std::uint64_t n);
+  std::uint64_t FindRoom(std::uint64_t k, std::uint64_t n);
   std::uint32_t GetFill(std::uint64_t k) const;
   BlockSizeLimiter& MakeLimiter(const std::string& name);
   void CreateFirstBlocks();

@@ -20,7 +20,8 @@ class SourceFile;
 /// the compressed bytes and keeps a position and an inflater, a few tens of kilobytes in all.
 ///
 /// Arrays read in stored order cost one inflation of the stream. Blocks that are passed over are
-/// not inflated. Going back starts the block in question again.
+/// not inflated. Going back starts the block in question again; one in which reading goes to and
+/// fro is kept in memory, as far as 256 MiB in all go.
 class QOV_EXPORT StreamReader {
  public:
   /// Where a physical block lies in the file.
@@ -43,6 +44,8 @@ class QOV_EXPORT StreamReader {
   /// DamagedBlock when zlib refuses. A block is checked by its checksum when reading reaches its
   /// end or goes on to another one.
   void Read(std::uint64_t offset, void* target, std::size_t n);
+  /// How many bytes were inflated only to come to those behind them, because reading went back.
+  std::uint64_t GetNumInVain() const;
   /// Checks the block that was read last, whose end nothing may have been read from. Only then is
   /// it sure that all that was read is what was once written. Throws DamagedBlock if it is not.
   void Verify();

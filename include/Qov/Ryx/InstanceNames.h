@@ -17,10 +17,16 @@ inline constexpr char kInstanceSeparator = '\x1E';
 /// For each geometry: a result's name to the names of the results that share its values.
 using PartLinksMap = std::map<std::uint32_t, std::map<std::string, std::vector<std::string>>>;
 
+/// Raises OutOfBounds if sharing the results that the instances of a geometry have in common would
+/// take more than 64 times what the results of the model take, their values aside, and more than
+/// 256 MiB: a small file could ask for any number of links.
+QOV_EXPORT void CheckSharing(const Tree& tree);
+
 /// Gives every result an instance part, with the suffix of file number `k` in front if
 /// `useSuffix`. Results that are left without one become results of the smallest instance part
 /// of their geometry (byte by byte, so LC10 comes before LC2), and `links`, which is made anew,
-/// says that those of the other instance parts share their values.
+/// says that those of the other instance parts share their values. Without `useSuffix` it raises
+/// what CheckSharing raises.
 QOV_EXPORT void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix);
 
 /// Puts the suffix into the names that have an instance part; leaves `links` empty.

@@ -28,7 +28,8 @@ class QOV_EXPORT NodeSets : public Node {
   /// How many sets there are; reads no list.
   std::uint32_t GetNumSets() const { return mNumSets; }
   /// All sets, read from the file if they lie there. Raises MismatchError if the stored pieces
-  /// disagree, OutOfBounds if one of them passes the end of the stream.
+  /// disagree, OutOfBounds if one of them passes the end of the stream or too many nodes share
+  /// bytes.
   std::vector<Set> GetSets() const;
   void SetSets(std::vector<Set> sets);
 
@@ -36,8 +37,11 @@ class QOV_EXPORT NodeSets : public Node {
   void SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey);
   void WriteLightData(QovJbf::JbFile& file, const std::string& lightKey) const;
   void ReadLightData(QovJbf::JbFile& file, const std::string& lightKey);
-  /// Lets the sets be read from where the light data says that they lie in `reader`.
-  void LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader);
+  /// Lets the sets be read from where the light data says that they lie in `reader`. `pNumBytes`
+  /// counts the bytes of all sets of the file, those of each node once they are read: they may be
+  /// 64 times as many as the stream has, so that several nodes may name the same ones.
+  void LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader,
+                      std::shared_ptr<std::uint64_t> pNumBytes = nullptr);
   /// Where the sets begin in the stream that they are read from.
   std::uint64_t GetSourceOffset() const { return mSourceOffset; }
   /// How many bytes they take there at least; how long the names are is not known.
@@ -52,9 +56,13 @@ class QOV_EXPORT NodeSets : public Node {
   QovUtil::AttributeMap mAttributes;
 
  private:
+  std::vector<Set> ReadSets() const;
+  void CountBytes(std::uint64_t numBytes) const;
+
   std::vector<Set> mSets;
   std::uint32_t mNumSets = 0;
   std::shared_ptr<QovJbf::StreamReader> mpReader;
+  mutable std::shared_ptr<std::uint64_t> mpNumBytes;  ///< Null once these sets are counted.
   std::uint64_t mSourceOffset = 0;
   // As in the light data of the file that is being read or written.
   std::uint64_t mStoredOffset = 0;

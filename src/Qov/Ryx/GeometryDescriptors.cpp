@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <type_traits>
 
 #include "Qov/Ryx/AttributesIo.h"
@@ -182,8 +183,10 @@ void Geometry::ReadJb(QovJbf::JbFile& file, const std::string& lightKey,
   std::int32_t count = 0;
   reader.Field(count);
   if (count < 0) {
+    std::string name = GetName();
+    std::replace(name.begin(), name.end(), '\n', ' ');  // it must not look like lines of ours
     Raise(kSource, ErrorType::ModelError,
-          "Geometry \"" + GetName() + "\" has a negative number of variables");
+          "Geometry \"" + name + "\" has a negative number of variables");
   }
   const Layout layout = GetLayout(version);
   for (std::int32_t i = 0; i < count; ++i) {

@@ -5,9 +5,28 @@
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/ByteShuffle.h"
+#include "Qov/Util/Raise.h"
 #include "SharedArrays.h"
 
 namespace QovRyx {
+namespace {
+
+constexpr const char* kSource = "include/Qov/Ryx/Tree";
+/// Every file may cost so many bytes that are inflated in vain, and so many times its length.
+constexpr std::uint64_t kMostTimesInVain = 16;
+constexpr std::uint64_t kFreeBytesInVain = 1024 * 1024 * 1024;
+
+/// Arrays may lie in any order, but not so that a small file keeps us busy for hours.
+void CheckOrder(const QovJbf::StreamReader& reader) {
+  if (reader.GetNumInVain() / kMostTimesInVain <=
+      reader.GetLength() + kFreeBytesInVain / kMostTimesInVain) {
+    return;
+  }
+  Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::OutOfBounds,
+                   "The arrays lie too far out of order");
+}
+
+}  // namespace
 
 std::uint64_t CountHeavyBytes(const NodeTree& nodes) {
   std::uint64_t numBytes = 0;
@@ -53,6 +72,9 @@ void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
   } else {
     StoreValues(variable.mValues);
   }
+  const auto& loader = variable.mValues.GetLoader();
+  if (loader)
+    Qov::Util::Concerning(loader->GetReader().GetPath(), [&] { CheckOrder(loader->GetReader()); });
 }
 
 /// True if the bytes that the variable is to have are in the output already, where it then leads.

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "GeometryEntries.h"
+#include "Qov/Util/Raise.h"
 
 namespace QovRyx {
 namespace {
@@ -33,6 +34,52 @@ std::string WithSuffix(std::string name, const std::string& suffix) {
 std::string InstancePart(const std::string& name) {
   return name.substr(name.rfind(kInstanceSeparator) + 1);
 }
+
+/// What results may be made of however little, and how many times as much as there was.
+constexpr double kFreeBytes = 256.0 * 1024 * 1024;
+constexpr double kMostCopies = 64;
+
+[[noreturn]] void RaiseTooManyShared(unsigned long line = __builtin_LINE()) {
+  Qov::Util::Raise("include/Qov/Ryx/InstanceNames", Qov::Util::Exception::ErrorType::OutOfBounds,
+                   "Too many instances would share too many results", line);
+}
+
+/// About the bytes that a result takes, its values aside.
+double SizeOf(const Geometry::VarStruct& result) {
+  constexpr std::size_t kEntry = 128;
+  std::size_t size = sizeof(result) + result.mName.size();
+  for (const auto& [name, value] : result.mAttributes) {
+    const auto* text = std::get_if<std::string>(&value);
+    size += kEntry + name.size() + (text == nullptr ? 0 : text->size());
+  }
+  return static_cast<double>(size);
+}
+
+/// What the results that all instances have in common take, and what sharing them would take.
+struct SharedSize {
+  double mOwn = 0;
+  double mShared = 0;
+
+  void Add(const Geometry& geometry) {
+    std::set<std::string_view> instances;
+    double instanceBytes = 0;
+    double numCommon = 0;
+    double commonBytes = 0;
+    for (const Geometry::VarStruct& result : geometry.GetVariables()) {
+      const double size = SizeOf(result);
+      mOwn += size;
+      const std::string_view name = result.mName;
+      if (!HasInstancePart(result.mName)) {
+        ++numCommon;
+        commonBytes += size;
+      } else if (const auto part = name.substr(name.rfind(kInstanceSeparator) + 1);
+                 instances.insert(part).second) {
+        instanceBytes += static_cast<double>(part.size());
+      }
+    }
+    mShared += static_cast<double>(instances.size()) * commonBytes + numCommon * instanceBytes;
+  }
+};
 
 /// Renames all results and gives the instance parts that there are then.
 std::set<std::string> SuffixAll(Geometry& geometry, const std::string& suffix) {
@@ -62,8 +109,8 @@ LinkedNames ShareCommonResults(Geometry& geometry, const std::set<std::string>& 
   return links;
 }
 
-void LinkResult(Geometry& geometry, std::uint32_t id, const std::string& name,
-                const std::string& primaryName) {
+const Geometry::VarStruct& LinkResult(Geometry& geometry, std::uint32_t id, const std::string& name,
+                                      const std::string& primaryName) {
   const std::uint64_t position = geometry.GetOrAddVariableIndex(name);
   const std::uint64_t primaryPosition = geometry.GetOrAddVariableIndex(primaryName);
   const Geometry::VarStruct& primary = geometry.GetVariables()[primaryPosition];
@@ -74,15 +121,25 @@ void LinkResult(Geometry& geometry, std::uint32_t id, const std::string& name,
   result.mLinked = primary.mLinked;
   result.mLink = primary.mLink;
   result.mLeadsNowhere = primary.mLeadsNowhere;
-  if (result.mLinked) return;
-  result.mLinked = true;
-  result.mLink = {id, static_cast<std::uint32_t>(primaryPosition)};
+  if (!result.mLinked) {
+    result.mLinked = true;
+    result.mLink = {id, static_cast<std::uint32_t>(primaryPosition)};
+  }
+  return result;
 }
 
 }  // namespace
 
+void CheckSharing(const Tree& tree) {
+  SharedSize size;
+  ForEachGeometry(tree.GetNodes(),
+                  [&size](std::uint32_t, const Geometry& geometry) { size.Add(geometry); });
+  if (size.mShared > std::max(kFreeBytes, kMostCopies * size.mOwn)) RaiseTooManyShared();
+}
+
 void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix) {
   links.clear();
+  if (!useSuffix) CheckSharing(tree);
   const std::string suffix = FileSuffix(k, useSuffix);
   ForEachGeometryEntry(tree, [&](std::uint32_t id, Geometry& geometry) {
     links[id] = ShareCommonResults(geometry, SuffixAll(geometry, suffix));
@@ -101,11 +158,17 @@ void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& links, bool 
 }
 
 void GenerateLinkedResults(Tree& tree, const PartLinksMap& links) {
+  double allowed = kFreeBytes;
   for (const auto& [id, linksOfNode] : links) {
     Geometry* geometry = AsGeometry(tree.GetNodes().GetReqNode(id));
     if (geometry == nullptr) continue;
     for (const auto& [primary, names] : linksOfNode) {
-      for (const std::string& name : names) LinkResult(*geometry, id, name, primary);
+      for (const std::string& name : names) {
+        // An earlier file may have brought a primary result of any size.
+        const Geometry::VarStruct& result = LinkResult(*geometry, id, name, primary);
+        allowed += kMostCopies * static_cast<double>(sizeof(result) + name.size()) - SizeOf(result);
+        if (allowed < 0) RaiseTooManyShared();
+      }
     }
   }
 }

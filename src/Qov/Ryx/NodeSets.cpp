@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Qov/Util/Raise.h"
+#include "SharedArrays.h"
 
 // The pieces of a node set in the heavy stream, plain:
 //   name ends: vector<u32>    0, then for each set the end of its name in the joined names
@@ -71,17 +72,19 @@ void CheckEnds(const std::vector<std::uint32_t>& ends, std::size_t numSets, std:
   if (!sound) Raise(kSource, ErrorType::MismatchError, "The pieces of a node set disagree");
 }
 
-std::vector<NodeSets::Set> ReadSets(QovJbf::StreamReader& reader, std::uint64_t offset,
-                                    std::uint32_t numSets) {
-  PieceReader pieces(reader, offset);
+}  // namespace
+
+std::vector<NodeSets::Set> NodeSets::ReadSets() const {
+  PieceReader pieces(*mpReader, mSourceOffset);
   const auto nameEnds = pieces.TakeNumbers();
   const std::string names = pieces.TakeText();
-  CheckEnds(nameEnds, numSets, names.size());
+  CheckEnds(nameEnds, mNumSets, names.size());
   const auto valueEnds = pieces.TakeNumbers();
   const auto values = pieces.TakeNumbers();
-  CheckEnds(valueEnds, numSets, values.size());
+  CheckEnds(valueEnds, mNumSets, values.size());
+  CountBytes(pieces.GetOffset() - mSourceOffset);
 
-  std::vector<NodeSets::Set> sets(numSets);
+  std::vector<Set> sets(mNumSets);
   for (std::size_t i = 0; i < sets.size(); ++i) {
     sets[i].mName = names.substr(nameEnds[i], nameEnds[i + 1] - nameEnds[i]);
     sets[i].mValues.assign(values.begin() + valueEnds[i], values.begin() + valueEnds[i + 1]);
@@ -89,12 +92,19 @@ std::vector<NodeSets::Set> ReadSets(QovJbf::StreamReader& reader, std::uint64_t 
   return sets;
 }
 
-}  // namespace
+void NodeSets::CountBytes(std::uint64_t numBytes) const {
+  const std::shared_ptr<std::uint64_t> pAll = std::move(mpNumBytes);
+  mpNumBytes.reset();
+  if (!pAll) return;
+  *pAll += numBytes;
+  if (*pAll / kMostShares <= mpReader->GetLength()) return;
+  mpNumBytes = pAll;  // it fails the next time too
+  Raise(kSource, ErrorType::OutOfBounds, "Too many node sets share their bytes");
+}
 
 std::vector<NodeSets::Set> NodeSets::GetSets() const {
   if (!mpReader) return mSets;
-  return Qov::Util::Concerning(mpReader->GetPath(),
-                               [this] { return ReadSets(*mpReader, mSourceOffset, mNumSets); });
+  return Qov::Util::Concerning(mpReader->GetPath(), [this] { return ReadSets(); });
 }
 
 void NodeSets::SetSets(std::vector<Set> sets) {
@@ -123,8 +133,10 @@ void NodeSets::SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey)
   index.Put(heavyKey, values);
 }
 
-void NodeSets::LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader) {
+void NodeSets::LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader,
+                              std::shared_ptr<std::uint64_t> pNumBytes) {
   mpReader = std::move(reader);
+  mpNumBytes = std::move(pNumBytes);
   mSourceOffset = mStoredOffset;
 }
 

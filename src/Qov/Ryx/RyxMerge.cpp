@@ -42,8 +42,8 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
   summary.AddInput(path);
   summary.AddNodesLeftOut(tree.GetNodes().GetSize());
   PartLinksMap links;
-  Rename(tree, k, links, naming);
   Qov::Util::Concerning(path, [&] {
+    Rename(tree, k, links, naming);
     if (naming.mAutoRename) {
       AppendOtherInstanceResults(tree, master, summary.GetDropped());
     } else {
@@ -86,7 +86,7 @@ int merge_as_instances(const std::vector<std::string>& files, const std::string&
     LoadModel(master, files.at(0));
     summary.AddInput(files[0]);
     PartLinksMap links;
-    Rename(master, 1, links, naming);
+    Qov::Util::Concerning(files[0], [&] { Rename(master, 1, links, naming); });
     GenerateLinkedResults(master, links);
     for (std::size_t i = 1; i < files.size(); ++i) {
       AddInstance(master, files[i], i + 1, naming, summary);

@@ -159,7 +159,7 @@ std::unique_ptr<Node> TreeReader::ReadGeometry(const Record& record) {
 std::unique_ptr<Node> TreeReader::ReadNodeSets(const Record& record) {
   auto sets = std::make_unique<NodeSets>(record.mName);
   sets->ReadLightData(mFile, kLightData);
-  sets->LoadDataBlocks(mpHeavy);
+  sets->LoadDataBlocks(mpHeavy, mpNumSetBytes);
   mPrecedingSets = sets.get();
   return sets;
 }

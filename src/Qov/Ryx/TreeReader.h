@@ -51,6 +51,8 @@ class TreeReader {
   bool mWideOffsets;
   std::uint32_t mBase;
   std::shared_ptr<QovJbf::StreamReader> mpHeavy;
+  /// Of all node sets, as far as they were read.
+  std::shared_ptr<std::uint64_t> mpNumSetBytes = std::make_shared<std::uint64_t>(0);
   std::vector<LoadedGeometry> mGeometries;
   /// Where the next values that stand inline lie, and the node sets that they come behind.
   std::uint64_t mInlineOffset = 0;

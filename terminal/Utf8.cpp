@@ -1,8 +1,6 @@
 #include "Utf8.h"
 
-#include <fmt/format.h>
-
-namespace Qov::Tools {
+namespace Qov {
 namespace {
 
 std::size_t SequenceLength(unsigned char first) {
@@ -30,10 +28,20 @@ Utf8Character DecodeFirst(std::string_view text) {
   return {code, length};
 }
 
+std::string Shortened(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return std::string(text);
+  while (most > 0 && IsUtf8Continuation(text[most])) --most;
+  return std::string(text.substr(0, most)) + "...";
+}
+
 std::string HexBytes(std::string_view bytes) {
   std::string text;
-  for (const char byte : bytes) text += fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  for (const char byte : bytes) {
+    const auto value = static_cast<unsigned char>(byte);
+    text += {'\\', 'x', kDigits[value >> 4], kDigits[value & 0xF]};
+  }
   return text;
 }
 
-}  // namespace Qov::Tools
+}  // namespace Qov

@@ -1,0 +1,279 @@
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "Qov/Ryx/StreamNames.h"
+#include "RyxMergeFixture.h"
+#include "support/Streams.h"
+
+namespace Qov::Test {
+namespace {
+
+using namespace QovRyx;
+using testing::HasSubstr;
+
+/// Models that cost far more than they are large, if anything is done for each part with each
+/// other: both programs get through them at once, or refuse them.
+class HostileInput : public RyxMergeProgram {
+ protected:
+  static constexpr std::uint32_t kMany = 10000;
+
+  std::string Save(const std::string& name, const std::function<void(Tree&)>& build) const {
+    Tree tree(false);
+    build(tree);
+    SaveTree(tree, mDir / name);
+    return mDir / name;
+  }
+  static Outcome Ryx(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), RYX_PROGRAM);
+    return RunProgram(arguments, {});
+  }
+  static void FillWithNames(Tree& tree, std::size_t count,
+                            const std::function<std::string(std::size_t)>& nameOf) {
+    Geometry& geometry = AddNode<Geometry>(tree, 1, "Mesh");
+    for (std::size_t i = 0; i < count; ++i) {
+      geometry.AppendVariable(MakeVariable(nameOf(i), 12, {}));
+    }
+  }
+  /// Every command that reads models; RyxMerge first, whose output verify gets.
+  void ExpectAllPass(const std::string& model) {
+    const char* instances = "--merge-as-instances";
+    for (const std::vector<std::string>& options : {std::vector<std::string>{},
+                                                    {instances},
+                                                    {instances, "--suffix-file-instance"},
+                                                    {instances, "--auto-rename-instances"}}) {
+      std::vector<std::string> arguments = options;
+      arguments.insert(arguments.end(), {model, model, mOutput});
+      EXPECT_EQ(Run(arguments).mStatus, 0) << options.size() << model;
+      arguments.insert(arguments.begin(), "plan");
+      EXPECT_EQ(Ryx(arguments).mStatus, 0) << options.size() << model;
+    }
+    EXPECT_EQ(Run({model, Views("views.vpt"), mOutput}).mStatus, 0) << model;
+    EXPECT_EQ(Ryx({"verify", mOutput, model, mDir / "views.vpt"}).mStatus, 0) << model;
+    for (const char* command : {"ls", "info"}) EXPECT_EQ(Ryx({command, model}).mStatus, 0) << model;
+    EXPECT_LE(Ryx({"check", model}).mStatus, 1) << model;
+    EXPECT_EQ(Ryx({"diff", model, model}).mStatus, 0) << model;
+  }
+  /// Refused as instances, with that text, and foreseen.
+  void ExpectRefusal(const std::string& model, const std::string& text) {
+    const Outcome outcome = Run({"--merge-as-instances", model, model, mOutput});
+    EXPECT_EQ(outcome.mStatus, 2) << model;
+    EXPECT_THAT(outcome.mErr, HasSubstr(text));
+    EXPECT_THAT(outcome.mErr, HasSubstr("The file was \"" + model));
+  }
+};
+
+TEST_F(HostileInput, ManyOfAnythingTakeTimeInProportion) {
+  ExpectAllPass(Save("chain.ryx", [](Tree& tree) {
+    for (std::uint32_t i = 1; i <= kMany; ++i) AddNode<Group>(tree, i, "Group");
+  }));
+  ExpectAllPass(Save("names.ryx", [](Tree& tree) {
+    FillWithNames(tree, kMany, [](std::size_t) { return "Stress|LC1"; });
+  }));
+  ExpectAllPass(Save("links.ryx", [](Tree& tree) {
+    Geometry& geometry = AddNode<Geometry>(tree, 1, "Mesh");
+    for (std::uint32_t i = 0; i < kMany; ++i) {
+      geometry.AppendVariable(MakeLinked("Stress|LC1", {2, i < kMany / 2 ? i + 1 : kMany}));
+    }
+    geometry.AppendVariable(MakeVariable("Stress|LC2", 12, NumericArray::Of(Ramp(9, 1.0F))));
+  }));
+  ExpectAllPass(Save("attributes.ryx", [](Tree& tree) {
+    Group& group = AddNode<Group>(tree, 1, "Group");
+    for (std::uint32_t i = 0; i < kMany; ++i) group.mAttributes[std::to_string(i)] = i;
+  }));
+}
+
+TEST_F(HostileInput, NoFileAsksForAnyNumberOfLinks) {
+  const std::string model = Save("square.ryx", [](Tree& tree) {
+    FillWithNames(tree, 6000, [](std::size_t i) {
+      return (i % 2 == 0 ? "Common" : "Stress|LC") + std::to_string(i);
+    });
+  });
+  ExpectRefusal(model, "Too many instances would share too many results");
+  const Outcome plan = Ryx({"plan", "--merge-as-instances", model, model, mOutput});
+  EXPECT_EQ(plan.mStatus, 1);
+  EXPECT_THAT(plan.mOut, HasSubstr("Too many instances would share too many results"));
+  ExpectRefusal(Save("long.ryx",
+                     [](Tree& tree) {
+                       FillWithNames(tree, 6000, [](std::size_t i) {
+                         return i == 0 ? std::string(100000, 'C') : "S|" + std::to_string(i);
+                       });
+                     }),
+                "Too many instances would share too many results");
+  // What the second file shares is as large as the first one made it.
+  const std::string first = Save("first.ryx", [](Tree& tree) {
+    FillWithNames(tree, 1, [](std::size_t) { return "Common|0"; });
+    auto& attributes = AsGeometry(tree.GetNodes().GetReqNode(2))->EditVariable(0).mAttributes;
+    attributes["note"] = std::string(1000000, 'n');
+  });
+  const std::string second = Save("second.ryx", [](Tree& tree) {
+    FillWithNames(tree, 6000,
+                  [](std::size_t i) { return i == 0 ? "Common" : "S|" + std::to_string(i - 1); });
+  });
+  EXPECT_EQ(Run({"--merge-as-instances", first, second, mOutput}).mStatus, 2);
+}
+
+TEST_F(HostileInput, NodeSetsCannotAllBeTheSame) {
+  constexpr std::uint32_t kNodes = 100;
+  const std::string model = Save("sets.ryx", [](Tree& tree) {
+    for (std::uint32_t i = 0; i < kNodes; ++i) {
+      AddNode<NodeSets>(tree, 1, "Sets").SetSets({{"set", Count(i == 0 ? 3000 : 0, 1)}});
+    }
+  });
+  Streams streams = ReadStreams(model);
+  constexpr std::size_t kRecord = 20;  // of a node's light data, with the offset at 8
+  std::string& light = streams[kLightData];
+  const std::size_t first = light.size() - kNodes * kRecord;
+  for (std::size_t i = 1; i < kNodes; ++i) {
+    std::copy_n(light.begin() + static_cast<std::ptrdiff_t>(first), kRecord,
+                light.begin() + static_cast<std::ptrdiff_t>(first + i * kRecord));
+  }
+  WriteStreams(model, streams);
+  ExpectRefusal(model, "Too many node sets share their bytes");
+}
+
+/// More files than may be open at a time; scaled down from 65,536.
+TEST_F(HostileInput, ThousandsOfFilesAreMerged) {
+  constexpr std::size_t kFiles = 3000;
+  const std::string model = Save("model.ryx", [](Tree& tree) {
+    Geometry& geometry = AddNode<Geometry>(tree, 1, "Mesh");
+    geometry.AppendVariable(MakeVariable("Stress|LC1", 12, NumericArray::Of(Ramp(3, 1.0F))));
+  });
+  mSurroundings.mMaxOpenFiles = 64;
+  for (const char* mode : {"--merge-as-datasets", "--merge-as-instances"}) {
+    std::vector<std::string> arguments(kFiles + 1, model);
+    arguments.front() = mode;
+    for (std::size_t i = 1; i <= kFiles; ++i) {
+      const std::string link = mDir / std::to_string(i);
+      if (!Exists(link)) std::filesystem::create_hard_link(model, link);
+      arguments[i] = link;
+    }
+    arguments.push_back(mOutput);
+    EXPECT_EQ(Run(arguments).mStatus, 0) << mode;
+    EXPECT_EQ(Ryx({"check", mOutput}).mStatus, 0) << mode;
+  }
+  Tree tree(false);
+  LoadTree(tree, mOutput);
+  EXPECT_EQ(AsGeometry(tree.GetNodes().GetReqNode(2))->GetVariables().size(), kFiles);
+}
+
+TEST_F(HostileInput, IdsDoNotWrapRound) {
+  const std::string model = Save("high.ryx", [](Tree& tree) {
+    NodeTree::Node entry;
+    entry.mId = 0xFFFFFFF0;
+    entry.mParent = NodeTree::kRootId;
+    entry.mData = std::make_unique<Group>("High");
+    tree.GetNodes().PutNode(std::move(entry));
+  });
+  const Outcome outcome = Run({model, model, mOutput});
+  EXPECT_EQ(outcome.mStatus, 2);
+  EXPECT_THAT(outcome.mErr, HasSubstr("too high to be shifted"));
+  EXPECT_FALSE(Exists(mOutput));
+}
+
+/// Whether a terminal could be steered by the text, or a line be forged in it.
+bool IsPlain(const std::string& text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }) &&
+         text.find("\nFORGED") == text.npos;
+}
+
+TEST_F(HostileInput, NoNameReachesTheTerminalAsItIs) {
+  // Colours, a newline, DEL, a control character of two bytes, no UTF-8, text from right to left.
+  const std::string name = "a\033[2J\nFORGED\r\b\x7F\xC2\x9B\xFF\xE2\x80\xAE!";
+  const std::string model = Save("model.ryx", [&name](Tree& tree) {
+    AddNode<Group>(tree, 1, name).mAttributes[name] = name;
+    AddNode<Shape>(tree, 2, name);
+    Geometry& geometry = AddNode<Geometry>(tree, 3, name);
+    geometry.AppendVariable(MakeVariable(name, 12, NumericArray::Of(Ramp(3, 1.0F))));
+    geometry.AppendVariable(MakeVariable(name + "|" + name, 12, {}));
+    geometry.AppendVariable(MakeLinked(name, {4, 0}));
+    AddNode<NodeSets>(tree, 1, name).SetSets({{name, {1, 2}}});
+    AddNode<FutureNode>(tree, 1, name);
+    AddViewPointPath(tree, name, 1);
+    tree.GetViewPoint().mName = name;
+  });
+  const std::string other = Plate("other.ryx");
+  Streams streams = ReadStreams(model);
+  const std::string count("\3\0\0\0", 4);  // of the geometry's results
+  std::string& light = streams[kLightData];
+  light.replace(light.find(count + std::string(1, static_cast<char>(name.size()))), 4, 4, '\xFF');
+  streams[name] = "a stream";
+  const std::string broken = mDir / "broken.ryx";
+  WriteStreams(broken, streams);
+  std::filesystem::copy(model, mDir / name);
+  const std::vector<std::string> files = {model, broken, mDir / name};
+  for (const std::string& file : files) {
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"ls", file},
+          {"info", file},
+          {"check", file},
+          {"diff", file, other},
+          {"diff", other, file},
+          {"dump", file},
+          {"dump", file, "--view"},
+          {"plan", "--merge-as-instances", file, file, mOutput},
+          {"plan", file, file, mOutput},
+          {"verify", other, file, file},
+          {"ls", "--json", file},
+          {"check", "--json", file}}) {
+      const Outcome outcome = Ryx(command);
+      EXPECT_TRUE(IsPlain(outcome.mOut)) << command[0] << ": " << outcome.mOut;
+      EXPECT_TRUE(IsPlain(outcome.mErr)) << command[0] << ": " << outcome.mErr;
+    }
+    for (const char* mode : {"--merge-as-datasets", "--merge-as-instances"}) {
+      const Outcome outcome = Run({mode, file, other, mDir / name + "/out"});
+      EXPECT_EQ(outcome.mStatus, 2);
+      EXPECT_THAT(outcome.mErr, HasSubstr("a\\x1B[2J"));
+      EXPECT_EQ(outcome.mErr.find('\033'), outcome.mErr.npos) << outcome.mErr;
+      EXPECT_EQ(ReadFile(mLog).find('\033'), std::string::npos);
+      EXPECT_TRUE(file != broken || outcome.mErr.find("\nFORGED") == outcome.mErr.npos);
+    }
+  }
+}
+
+TEST_F(HostileInput, NothingIsLeftWhereNothingCanBeWritten) {
+  const std::string model = Plate("model.ryx");
+  const std::string views = Views("views.vpt");
+  for (const std::string& place : {mDir / "none", model, std::string("/proc")}) {
+    EXPECT_EQ(Run({model, model, place + "/out.ryx"}).mStatus, 2) << place;
+    EXPECT_EQ(Run({model, views, place + "/out.ryx"}).mStatus, 2) << place;
+    const Outcome outcome = Run({model, model, views, place + "/out.ryx"});
+    EXPECT_EQ(outcome.mStatus, 3) << place;
+    EXPECT_THAT(outcome.mErr, HasSubstr("Unable to open file \"" + place));
+    EXPECT_FALSE(Exists(place + "/out.ryx") || Exists(place + "/out.ryx.temp"));
+  }
+}
+
+/// What others put into a folder that all may write to.
+TEST_F(HostileInput, PlantedLinksAreNotFollowed) {
+  const std::string model = Plate("model.ryx");
+  const std::string precious = mDir / "precious";
+  const auto expectUntouched = [&](int status) {
+    const Outcome outcome = Run({model, model, Views("views.vpt"), mOutput});
+    EXPECT_EQ(outcome.mStatus, status);
+    EXPECT_EQ(ReadFile(precious), "ours");
+    return outcome.mErr;
+  };
+  WriteFile(precious, "ours");
+  std::filesystem::create_symlink(precious, mLog);
+  EXPECT_THAT(expectUntouched(0), HasSubstr("Unable to set log file."));
+  std::filesystem::remove(mLog);
+  std::filesystem::create_hard_link(precious, mLog);
+  std::filesystem::remove(mOutput + ".temp");
+  EXPECT_THAT(expectUntouched(0), HasSubstr("Unable to set log file."));
+  std::filesystem::remove(mLog);
+  ASSERT_EQ(::mkfifo(mLog.c_str(), 0600), 0);
+  std::filesystem::remove(mOutput + ".temp");
+  EXPECT_THAT(expectUntouched(0), HasSubstr("Unable to set log file."));
+  for (const std::string& target : {precious, mDir / "missing"}) {
+    std::filesystem::remove(mOutput + ".temp");
+    std::filesystem::create_symlink(target, mOutput + ".temp");
+    expectUntouched(3);
+    EXPECT_FALSE(Exists(mDir / "missing"));
+  }
+}
+
+}  // namespace
+}  // namespace Qov::Test
