@@ -68,7 +68,7 @@ std::vector<std::string> PathTree::GetPath(std::size_t item) const {
     const std::string mark = occurrence == 0 ? "" : fmt::format("[{}]", occurrence + 1);
     path.push_back(mItems[item].mName + mark);
   }
-  if (item != kTop) path.push_back("...");
+  if (item != kTop) path.emplace_back("...");
   std::reverse(path.begin(), path.end());
   return path;
 }
