@@ -1,6 +1,8 @@
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <cstdlib>
+#include <string>
 
 #include "Qov/Jbf/Index.h"
 
@@ -21,9 +23,9 @@ class SmallBlocks {
 };
 
 QovJbf::Index MakeIndex(std::int64_t numBlocks) {
-  static constexpr unsigned char kBytes[kBlockSize] = {};
+  static constexpr std::array<unsigned char, kBlockSize> kBytes{};
   QovJbf::Index index;
-  for (std::int64_t i = 0; i < numBlocks; ++i) index.Put("S", kBytes, kBlockSize);
+  for (std::int64_t i = 0; i < numBlocks; ++i) index.Put("S", kBytes.data(), kBlockSize);
   return index;
 }
 

@@ -13,7 +13,7 @@ QovRyx::ViewPoint MakeView(std::int64_t numParts) {
   QovRyx::ViewPoint view;
   for (std::int64_t i = 0; i < numParts; ++i) {
     const std::string part = "Part " + std::to_string(i);
-    view.mViewState.mHiddenState.mHiddenEntities[part] = true;
+    view.mViewState.mHiddenState.mHiddenEntities[part] = 1;
     view.mViewState.mXplodeState.mOffsets[part] = {0, 0, 1};
   }
   return view;

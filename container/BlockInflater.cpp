@@ -8,6 +8,7 @@
 
 namespace QovJbf {
 
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the buffer is filled before it is read
 BlockInflater::BlockInflater(SourceFile& source, std::uint64_t position, std::uint32_t storedSize,
                              std::uint32_t rawLength)
     : mSource(source), mPosition(position), mStoredLeft(storedSize), mRawLength(rawLength) {
@@ -24,6 +25,7 @@ void BlockInflater::Read(unsigned char* target, std::uint32_t n) {
 }
 
 void BlockInflater::Skip(std::uint32_t n) {
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): it is only written to
   std::array<unsigned char, 8192> passed;
   while (n > 0) {
     const std::uint32_t part = std::min<std::uint32_t>(n, passed.size());

@@ -109,7 +109,7 @@ void CopyFromBlock(Block& block, bool& value) {
 
 void CopyFromBlock(Block& block, std::string& value) {
   const std::string characters = GetCharacters(block);
-  if (!characters.empty()) value = characters.c_str();  // up to the first zero byte
+  if (!characters.empty()) value = characters.substr(0, characters.find('\0'));
 }
 
 void CopyFromBlock(Block& block, std::wstring& value) {

@@ -40,7 +40,7 @@ class ChunkPool {
  public:
   /// A multiple of the 32 KiB by which deflate's window moves. Fed in such pieces, deflate finds
   /// the same matches as in the whole.
-  static constexpr std::size_t kChunkSize = 256 * 1024;
+  static constexpr std::size_t kChunkSize = std::size_t{256} * 1024;
 
   /// An empty chunk. Throws std::bad_alloc.
   Chunk Take();

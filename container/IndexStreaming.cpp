@@ -84,7 +84,7 @@ std::span<unsigned char> Index::WaitForSpace(std::uint64_t k) {
 void Index::PutStoredBlock(const std::string& name, std::uint32_t rawLength,
                            std::uint32_t storedSize, bool isCompressed, const PieceSource& source,
                            std::FILE* file) {
-  constexpr std::size_t kPieceSize = 1024 * 1024;
+  constexpr std::size_t kPieceSize = std::size_t{1024} * 1024;
   WriteAllHandedOver(file);
   const std::uint64_t k = AddBlock(name);
   if (!IsWrittenUpTo(k)) Raise(kIndexSource, ErrorType::NotImplemented);

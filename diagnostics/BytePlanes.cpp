@@ -29,7 +29,7 @@ constexpr std::size_t kStep = 16;
 
 /// Sixteen elements.
 struct Registers {
-  __m128i mParts[4];
+  __m128i mParts[4];  // NOLINT(modernize-avoid-c-arrays): std::array drops what is special to it
 };
 
 __m128i Load(const unsigned char* bytes) {
@@ -55,7 +55,7 @@ __m128i PackLowBytes(const Registers& elements) {
 void SplitPlanes(const unsigned char* elements, std::size_t count, const Planes& planes) {
   std::size_t i = 0;
   for (; i + kStep <= count; i += kStep) {
-    Registers step;
+    Registers step;  // NOLINT(cppcoreguidelines-pro-type-member-init): all are loaded next
     for (std::size_t r = 0; r < 4; ++r) step.mParts[r] = Load(elements + kElementSize * i + 16 * r);
     for (std::size_t b = 0; b < kElementSize; ++b) {
       Store(planes[b] + i, PackLowBytes(step));

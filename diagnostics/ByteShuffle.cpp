@@ -14,9 +14,12 @@ namespace {
 
 constexpr const char* kSource = "include/Qov/Util/ByteShuffle";
 
+// NOLINTNEXTLINE(modernize-avoid-c-arrays): a container would fill it with zeros at first
+using Buffer = std::unique_ptr<unsigned char[]>;
+
 /// A copy of the first `size` bytes of an array, from which it is then filled again.
-std::unique_ptr<unsigned char[]> CopyBytes(const void* bytes, std::size_t size) {
-  std::unique_ptr<unsigned char[]> copy(new (std::nothrow) unsigned char[size]);
+Buffer CopyBytes(const void* bytes, std::size_t size) {
+  Buffer copy(new (std::nothrow) unsigned char[size]);
   if (!copy) Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MemoryAllocationError);
   std::memcpy(copy.get(), bytes, size);
   return copy;

@@ -56,7 +56,8 @@ Exception::Exception(ErrorType type, const char* description, const char* file, 
       mFile(file),
       mLine(line),
       mMethod(method),
-      mTime(std::time(nullptr)) {
+      mTime(std::time(nullptr)),
+      mMessage{} {
   std::strncpy(mDescription.data(), description, kDescriptionSize);
   FormatMessage();
 }

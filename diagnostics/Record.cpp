@@ -8,6 +8,7 @@
 
 namespace Qov::Log {
 
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): a message is no longer than its text
 Record::Record(unsigned short level, const char* file, unsigned long line, const char* method) {
   mRecord.mLevel = level;
   mRecord.mMessage[0] = '\0';

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the programs, merges sample models in every mode and shows
 # what comes out. Everything is written below build/demo, which each run starts anew.
+# shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install_packages "${build_packages[@]}"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the Debian package into build/package and checks it.
+# shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install_packages "${build_packages[@]}" dpkg-dev lintian

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <utility>
@@ -27,13 +28,13 @@ std::size_t CountColumns() {
 
 void DrawOnTerminal(const std::string& text) {
   // A terminal that takes nothing more is no reason to stop a merge.
-  static_cast<void>(!::write(STDERR_FILENO, text.data(), text.size()));
+  static_cast<void>(::write(STDERR_FILENO, text.data(), text.size()) < 0);
 }
 
 /// "1:02:03", or "2:03" below an hour.
 std::string FormatDuration(double duration) {
   constexpr double kLongest = 359999;
-  const int seconds = static_cast<int>(std::min(duration, kLongest) + 0.5);
+  const auto seconds = static_cast<int>(std::lround(std::min(duration, kLongest)));
   std::array<char, 32> text{};
   if (seconds >= 3600) {
     std::snprintf(text.data(), text.size(), "%d:%02d:%02d", seconds / 3600, seconds / 60 % 60,

@@ -13,7 +13,7 @@ ArrayStatistics Summarize(const std::vector<T>& values) {
   statistics.mMinimum = std::numeric_limits<double>::infinity();
   statistics.mMaximum = -statistics.mMinimum;
   for (const T element : values) {
-    const double value = static_cast<double>(element);
+    const auto value = static_cast<double>(element);
     if (std::isnan(value)) {
       ++statistics.mNumNaN;
       continue;

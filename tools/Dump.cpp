@@ -40,7 +40,7 @@ using ErrorType = Util::Exception::ErrorType;
   Util::Raise("tools/Dump", type, text);
 }
 
-enum class DumpFormat { kText, kCsv, kJson, kNpy };
+enum class DumpFormat { Text, Csv, Json, Npy };
 
 class DumpCommand : public Command {
  public:
@@ -110,20 +110,20 @@ void DumpCommand::CheckChoice() const {
 }
 
 DumpFormat DumpCommand::GetFormat() const {
-  if (mFormat == "csv") return DumpFormat::kCsv;
-  if (mFormat == "json") return DumpFormat::kJson;
-  return mFormat == "npy" ? DumpFormat::kNpy : DumpFormat::kText;
+  if (mFormat == "csv") return DumpFormat::Csv;
+  if (mFormat == "json") return DumpFormat::Json;
+  return mFormat == "npy" ? DumpFormat::Npy : DumpFormat::Text;
 }
 
 std::optional<Json> DumpCommand::StartDocument() const {
-  if (GetFormat() != DumpFormat::kJson) return std::nullopt;
+  if (GetFormat() != DumpFormat::Json) return std::nullopt;
   Json document = MakeJsonDocument(GetName());
   document["path"] = JsonText(mPath);
   return document;
 }
 
 void DumpCommand::RefuseFormats(const char* what) const {
-  if (GetFormat() == DumpFormat::kText || GetFormat() == DumpFormat::kJson) return;
+  if (GetFormat() == DumpFormat::Text || GetFormat() == DumpFormat::Json) return;
   Raise(ErrorType::FormatNotSupported, fmt::format("{} cannot be written as {}", what, mFormat));
 }
 
@@ -167,7 +167,7 @@ int DumpCommand::Show(Output& output, Output& errors) const {
     return kSuccess;
   }
   if (mStream) {
-    if (GetFormat() != DumpFormat::kText) Raise(ErrorType::FormatNotSupported, "a stream is bytes");
+    if (GetFormat() != DumpFormat::Text) Raise(ErrorType::FormatNotSupported, "a stream is bytes");
     RefuseTerminal(output);
     WriteStream(mPath, *mStream, output);
     return kSuccess;
@@ -229,16 +229,16 @@ void DumpCommand::ShowValues(const QovRyx::Tree& tree, Output& output) const {
   const QovRyx::Geometry& geometry = *QovRyx::AsGeometry(entry);
   const std::size_t position = ChooseResult(geometry, *mResult);
   const auto& variable = geometry.GetVariables()[position];
-  if (GetFormat() == DumpFormat::kNpy) RefuseTerminal(output);
+  if (GetFormat() == DumpFormat::Npy) RefuseTerminal(output);
   const Values values = ReadValues(tree, variable);
   switch (GetFormat()) {
-    case DumpFormat::kText:
+    case DumpFormat::Text:
       return WriteLines(values, ' ', output);
-    case DumpFormat::kCsv:
+    case DumpFormat::Csv:
       return WriteCsv(values, output);
-    case DumpFormat::kNpy:
+    case DumpFormat::Npy:
       return WriteNpy(values, output);
-    case DumpFormat::kJson:
+    case DumpFormat::Json:
       break;
   }
   Json document = *StartDocument();

@@ -68,6 +68,7 @@ void WriteSimpleList(const std::string& label, const Json& list, Output& output)
   output.Line(line);
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the classes of records lie within each other
 void WriteField(const std::string& name, const Json& value, Output& output, std::size_t indent) {
   const std::string label = std::string(indent, ' ') + name;
   if (IsSimple(value)) {
@@ -98,6 +99,7 @@ Json PrintActions(const QovRyx::ActionList& actions) {
 
 template Json PrintRecord(const QovRyx::ViewPoint& record);
 
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the classes of records lie within each other
 Json MakeJson(const Json& record) {
   if (record.is_string()) return JsonText(record.get_ref<const std::string&>());
   if (record.is_number_float()) return JsonFloat(static_cast<float>(record.get<double>()));
@@ -115,6 +117,7 @@ Json MakeJson(const Json& record) {
   return object;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the classes of records lie within each other
 void WriteRecord(const Json& record, Output& output, std::size_t indent) {
   std::size_t position = 0;
   for (const auto& [key, value] : record.items()) {

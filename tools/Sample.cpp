@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "Command.h"
 #include "Qov/Util/Raise.h"
@@ -75,8 +76,8 @@ void RefuseLink(const fs::path& path) {
 /// Writes samples into a directory and says so.
 class SampleWriter {
  public:
-  SampleWriter(const fs::path& directory, Output& output)
-      : mDirectory(directory), mOutput(output) {}
+  SampleWriter(fs::path directory, Output& output)
+      : mDirectory(std::move(directory)), mOutput(output) {}
 
   void WriteModel(const fs::path& name, const std::function<void(Tree&)>& build) {
     const fs::path path = Prepare(name);

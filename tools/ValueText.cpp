@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 #include <variant>
@@ -69,7 +70,7 @@ std::string CountText(const QovRyx::NumericArray& array) {
 }
 
 std::string SizeText(std::uint64_t bytes) {
-  static constexpr const char* kUnits[] = {"KiB", "MiB", "GiB", "TiB"};
+  static constexpr std::array kUnits = {"KiB", "MiB", "GiB", "TiB"};
   double size = static_cast<double>(bytes) / 1024;
   std::size_t unit = 0;
   for (; size >= 1024 && unit + 1 < std::size(kUnits); ++unit) size /= 1024;

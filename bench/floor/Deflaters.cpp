@@ -14,8 +14,8 @@ namespace Qov::Bench {
 namespace {
 
 constexpr int kLevel = 6;
-constexpr std::size_t kBuffer = 256 * 1024;
-constexpr std::uint64_t kSmallPiece = 1024 * 1024;
+constexpr std::size_t kBuffer = std::size_t{256} * 1024;
+constexpr std::uint64_t kSmallPiece = std::uint64_t{1024} * 1024;
 
 using Bytes = std::vector<unsigned char>;
 

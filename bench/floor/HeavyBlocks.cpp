@@ -2,6 +2,7 @@
 
 #include <zlib.h>
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -13,7 +14,7 @@
 namespace Qov::Bench {
 namespace {
 
-constexpr std::size_t kPiece = 256 * 1024;
+constexpr std::size_t kPiece = std::size_t{256} * 1024;
 constexpr std::uint32_t kLengthField = 4;
 
 struct StoredBlock {
@@ -83,9 +84,11 @@ std::vector<std::uint64_t> ReadBlockLengths(const std::string& path) {
   const File file = Open(path);
   std::vector<std::uint64_t> lengths;
   for (const StoredBlock& block : blocks) {
-    unsigned char field[kLengthField];
-    ReadAt(file.get(), block.mPosition, field, kLengthField);
-    lengths.push_back(field[0] | field[1] << 8 | field[2] << 16 | std::uint64_t{field[3]} << 24);
+    std::array<unsigned char, kLengthField> field{};
+    ReadAt(file.get(), block.mPosition, field.data(), field.size());
+    std::uint64_t length = 0;
+    for (std::size_t i = 0; i < field.size(); ++i) length |= std::uint64_t{field[i]} << 8 * i;
+    lengths.push_back(length);
   }
   return lengths;
 }

@@ -19,10 +19,9 @@ constexpr std::uint64_t kSlack = 64;
 
 class Inflation {
  public:
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the buffers are filled, then read
   Inflation(FileBytes& file, std::uint64_t position, std::uint32_t size)
-      : mFile(file), mPosition(position), mLeft(size) {
-    mIsReady = inflateInit(&mStream) == Z_OK;
-  }
+      : mFile(file), mPosition(position), mLeft(size), mIsReady(inflateInit(&mStream) == Z_OK) {}
   ~Inflation() { inflateEnd(&mStream); }
   Inflation(const Inflation&) = delete;
   Inflation& operator=(const Inflation&) = delete;
@@ -41,7 +40,7 @@ class Inflation {
   std::uint64_t mPosition;
   std::uint32_t mLeft;
   z_stream mStream{};
-  bool mIsReady = false;
+  bool mIsReady;
   std::array<unsigned char, 65536> mInput;
   std::array<unsigned char, 65536> mOutput;
 };

@@ -29,10 +29,10 @@ constexpr std::uint8_t kKnownFlags =
 bool IsIndexBlock(const std::string& name) { return name.starts_with(kIndexBlock); }
 
 bool IsKnownStream(const std::string& name) {
-  const std::string* const known[] = {
-      &QovRyx::kHeavyData, &QovRyx::kRyxTree,    &QovRyx::kLightData,        &QovRyx::kAttributes,
-      &QovRyx::kResources, &QovRyx::kViewPoints, &QovRyx::kGlobalInformation};
-  return std::any_of(std::begin(known), std::end(known), [&](auto* one) { return *one == name; });
+  const std::array known = {&QovRyx::kHeavyData,        &QovRyx::kRyxTree,   &QovRyx::kLightData,
+                            &QovRyx::kAttributes,       &QovRyx::kResources, &QovRyx::kViewPoints,
+                            &QovRyx::kGlobalInformation};
+  return std::any_of(known.begin(), known.end(), [&](const auto* one) { return *one == name; });
 }
 
 /// Whether a root index of that length could follow the header, whatever the magic says.

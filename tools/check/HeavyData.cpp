@@ -44,15 +44,19 @@ class InlinePlaces {
       if (node.GetType() == NodeType::NodeSets && node.mHasLightData) mSets = &node;
       if (node.GetType() != NodeType::Geometry || !node.HasInlineValues()) continue;
       if (!node.mHasLightData || !PassOverSets()) return;
-      for (StoredVariable& variable : node.mVariables) {
-        variable.mOffset = mOffset;
-        variable.mIsPlaced = true;
-        if (!variable.mLinked) mOffset += variable.mSize;
-      }
+      PlaceArrays(node);
     }
   }
 
  private:
+  void PlaceArrays(StoredNode& geometry) {
+    for (StoredVariable& variable : geometry.mVariables) {
+      variable.mOffset = mOffset;
+      variable.mIsPlaced = true;
+      if (!variable.mLinked) mOffset += variable.mSize;
+    }
+  }
+
   /// Sets that stand before a geometry lie before its values; false if their end is not found.
   bool PassOverSets() {
     if (mSets == nullptr) return true;

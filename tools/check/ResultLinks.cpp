@@ -5,6 +5,17 @@
 #include "Qov/Ryx/StreamNames.h"
 
 namespace Qov::Tools {
+namespace {
+
+void Report(const StoredNode& node, std::size_t i, const char* code, const char* end,
+            Findings& findings) {
+  const StoredVariable& variable = node.mVariables[i];
+  findings.Error(code, node.At({}, i),
+                 fmt::format("Its link to node {}, result {} leads {}: it has no values.",
+                             variable.mLinkNode, variable.mLinkVariable, end));
+}
+
+}  // namespace
 
 /// The variable that a link names, linked itself or not.
 ResultLinks::Target ResultLinks::Step(const StoredVariable& variable) const {
@@ -35,12 +46,8 @@ void ResultLinks::Check(Findings& findings) {
       const StoredVariable& variable = node.mVariables[i];
       if (!variable.mLinked) continue;
       const End end = Resolve(node, variable).mEnd;
-      if (end != End::Nowhere && end != End::Circle) continue;
-      const bool isCircle = end == End::Circle;
-      findings.Error(isCircle ? "link-circle" : "link-nowhere", node.At({}, i),
-                     fmt::format("Its link to node {}, result {} leads {}: it has no values.",
-                                 variable.mLinkNode, variable.mLinkVariable,
-                                 isCircle ? "round in a circle" : "nowhere"));
+      if (end == End::Nowhere) Report(node, i, "link-nowhere", "nowhere", findings);
+      if (end == End::Circle) Report(node, i, "link-circle", "round in a circle", findings);
     }
   }
 }

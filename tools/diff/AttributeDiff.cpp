@@ -19,6 +19,7 @@ bool AreSame(const AttributeValue& a, const AttributeValue& b) {
         using T = std::remove_cvref_t<decltype(value)>;
         const T& other = std::get<T>(b);
         if constexpr (std::is_floating_point_v<T>) {
+          // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
           return std::memcmp(&value, &other, sizeof value) == 0;
         } else {
           return value == other;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -35,9 +36,9 @@ struct DiffOptions {
   bool Compares(const char* what) const { return !mIgnored.contains(what); }
 };
 
-inline constexpr const char* kIgnorable[] = {"attributes", "flags",     "groups",    "history",
-                                             "links",      "materials", "node-sets", "order",
-                                             "values",     "version",   "views"};
+inline constexpr std::array kIgnorable = {"attributes", "flags",     "groups",    "history",
+                                          "links",      "materials", "node-sets", "order",
+                                          "values",     "version",   "views"};
 
 struct DiffReport {
   struct Counts {

@@ -64,21 +64,23 @@ class NodeDiff {
 
 void NodeDiff::Run() {
   for (const NodePair& pair : mMatching.GetPairs()) {
-    IfBoth<Geometry>(pair, [&](auto& a, auto& b) { mResults.Match(pair, a, b); });
+    IfBoth<Geometry>(pair, [&](const auto& a, const auto& b) { mResults.Match(pair, a, b); });
   }
   for (const NodePair& pair : mMatching.GetPairs()) Compare(pair);
   mResults.CompareAllValues();
 }
 
 void NodeDiff::Compare(const NodePair& pair) {
-  IfBoth<Group>(pair, [&](auto& a, auto& b) { CompareGroups(pair, a, b); });
-  IfBoth<Shape>(pair, [&](auto& a, auto& b) { CompareMaterials(pair, a, b); });
-  IfBoth<Geometry>(pair, [&](auto& a, auto& b) { mResults.CompareDescriptors(pair, a, b); });
-  IfBoth<NodeSets>(pair, [&](auto& a, auto& b) { CompareSets(pair, a, b); });
+  IfBoth<Group>(pair, [&](const auto& a, const auto& b) { CompareGroups(pair, a, b); });
+  IfBoth<Shape>(pair, [&](const auto& a, const auto& b) { CompareMaterials(pair, a, b); });
+  IfBoth<Geometry>(pair,
+                   [&](const auto& a, const auto& b) { mResults.CompareDescriptors(pair, a, b); });
+  IfBoth<NodeSets>(pair, [&](const auto& a, const auto& b) { CompareSets(pair, a, b); });
 }
 
 template <class T>
 void AppendIfDifferent(std::string& text, const char* name, const T& a, const T& b) {
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
   if (std::memcmp(&a, &b, sizeof a) == 0) return;
   if (!text.empty()) text += ", ";
   text += name;

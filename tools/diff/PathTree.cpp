@@ -73,7 +73,7 @@ std::vector<std::string> PathTree::GetPath(std::size_t item) const {
     path.push_back(Shortened(mItems[item].mName) + mark);
     numBytes += path.back().size();
   }
-  if (item != kTop) path.push_back("...");
+  if (item != kTop) path.emplace_back("...");
   std::reverse(path.begin(), path.end());
   return path;
 }

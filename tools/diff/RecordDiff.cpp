@@ -26,6 +26,7 @@ class FieldComparison {
 
 bool HoldsRecords(const Json& list) { return !list.empty() && list.front().is_structured(); }
 
+// NOLINTBEGIN(misc-no-recursion): as deep as the classes of records lie within each other
 void FieldComparison::Compare(const std::string& path, const Json& a, const Json& b) {
   if (a.is_object() && b.is_object()) {
     CompareObjects(path, a, b);
@@ -65,6 +66,8 @@ void FieldComparison::CompareLists(const std::string& path, const Json& a, const
     Compare(fmt::format("{}[{}]", path, i), a[i], b[i]);
   }
 }
+
+// NOLINTEND(misc-no-recursion)
 
 void FieldComparison::Add(const std::string& path) {
   if (++mNumDiffering <= kMostNames) mNames.push_back(path);

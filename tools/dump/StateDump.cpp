@@ -41,6 +41,7 @@ struct SetWord {
 
 NodeSets::Set ChooseSet(std::vector<NodeSets::Set>& sets, const std::string& word) {
   std::vector<Candidate> candidates;
+  candidates.reserve(sets.size());
   for (const auto& set : sets) candidates.push_back({candidates.size(), set.mName});
   return std::move(sets[Choose(candidates, word, "set")]);
 }
@@ -89,6 +90,7 @@ void StateDump::ShowView(const std::string& word) {
     for (const auto& view : path.mViewPoints) views.push_back(&view);
   }
   std::vector<Candidate> candidates;
+  candidates.reserve(views.size());
   for (const auto* view : views) candidates.push_back({candidates.size(), view->mName});
   ShowRecord("view", PrintRecord(*views[Choose(candidates, word, "view point")]));
 }
@@ -129,11 +131,11 @@ void StateDump::ShowSets(const std::string& word) {
   const SetWord parts(mTree, word);
   const auto& entry = ChooseNode<NodeSets>(mTree, parts.mNode, "node with sets");
   auto sets = dynamic_cast<const NodeSets&>(*entry.mData).GetSets();
-  if (!parts.mSet) return ShowSets(std::move(sets), true);
+  if (!parts.mSet) return ShowSets(sets, true);
   ShowSets({ChooseSet(sets, *parts.mSet)}, false);
 }
 
-void StateDump::ShowSets(std::vector<NodeSets::Set> sets, bool headings) {
+void StateDump::ShowSets(const std::vector<NodeSets::Set>& sets, bool headings) {
   Json list = Json::array();
   for (const auto& set : sets) {
     if (mDocument) {

@@ -25,7 +25,7 @@ class StateDump {
   void ShowHistory();
   void ShowMaterial(const std::string& node);
   /// Those of a group, or those of all results of a geometry.
-  void ShowAttributes(const std::string& node);
+  void ShowAttributes(const std::string& word);
   /// NODE or NODE:SET. A single set is shown as its numbers alone, one a line.
   void ShowSets(const std::string& word);
 
@@ -33,7 +33,7 @@ class StateDump {
   void ShowRecord(const char* member, const Json& record);
   void Finish(const char* member, Json json);
   void RequireViews() const;
-  void ShowSets(std::vector<QovRyx::NodeSets::Set> sets, bool headings);
+  void ShowSets(const std::vector<QovRyx::NodeSets::Set>& sets, bool headings);
 
   const QovRyx::Tree& mTree;
   std::optional<Json> mDocument;

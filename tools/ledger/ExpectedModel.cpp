@@ -47,6 +47,16 @@ void ExpectViews(ExpectedModel& model, std::size_t input, const QovRyx::Tree& tr
   }
 }
 
+// First those of the model, which is read first wherever it stands, then those of the files.
+void ExpectAllViews(ExpectedModel& model, const std::vector<InputFile>& inputs) {
+  for (const bool ofFiles : {false, true}) {
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+      const bool counts = ofFiles ? inputs[i].mIsViewFile : inputs[i].mNumber == 1;
+      if (counts) ExpectViews(model, i, *inputs[i].mpTree);
+    }
+  }
+}
+
 void ExpectViewsAndHistory(ExpectedModel& model, const std::vector<InputFile>& inputs) {
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     const QovRyx::Tree& tree = *inputs[i].mpTree;
@@ -57,13 +67,7 @@ void ExpectViewsAndHistory(ExpectedModel& model, const std::vector<InputFile>& i
       for (const auto& entry : tree.GetModifiers()) model.mHistory.push_back({i, &entry});
     }
   }
-  // First those of the model, which is read first wherever it stands, then those of the files.
-  for (const bool ofFiles : {false, true}) {
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-      const bool counts = ofFiles ? inputs[i].mIsViewFile : inputs[i].mNumber == 1;
-      if (counts) ExpectViews(model, i, *inputs[i].mpTree);
-    }
-  }
+  ExpectAllViews(model, inputs);
 }
 
 /// One entry for each time that the model is saved.

@@ -30,7 +30,7 @@ void LoadFurtherDataset(InputFile& input) {
   }
 }
 
-void CheckHeaderSize(QovJbf::JbFile& file) {
+void CheckHeaderSize(const QovJbf::JbFile& file) {
   ::fseeko(file.GetStream(), 0, SEEK_END);
   if (::ftello(file.GetStream()) >= kHeaderSize) return;
   Util::Raise("tools/ledger/InputFile", Util::Exception::ErrorType::ReadError,

@@ -26,6 +26,7 @@ bool HasSameLinks(const Entry& left, const Entry& right) {
 
 template <class T, std::size_t N>
 bool HasSameBits(const std::array<T, N>& left, const std::array<T, N>& right) {
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
   return std::memcmp(left.data(), right.data(), sizeof left) == 0;
 }
 

@@ -23,6 +23,14 @@ bool HasSameFlags(const Result& left, const Result& right) {
          left.mValue2 == right.mValue2;
 }
 
+/// What is wrong with a link that leads to `end`, null if nothing is: it should lead to `match`,
+/// which is what became of `wanted`.
+const char* FindLinkFault(const ExpectedResult* wanted, const Result* match, const Result* end) {
+  if (end == match && (wanted == nullptr) == (end == nullptr)) return nullptr;
+  if (end == nullptr) return "is linked to nothing";
+  return wanted == nullptr ? "is linked, but should have no values" : "is linked to another result";
+}
+
 /// The results of a geometry by name, to be taken in order.
 class ResultsByName {
  public:
@@ -100,14 +108,9 @@ void Recount::CompareLinks() {
       if (result == nullptr || !expected.mLinked || !result->mLinked) continue;
       const ExpectedResult* wanted = expectedLinks.Follow(expected);
       const Result* end = links.Follow(*result);
-      if (end == (wanted == nullptr ? nullptr : FindMatch(*wanted)) &&
-          (wanted == nullptr) == (end == nullptr)) {
-        continue;
-      }
-      Report(node, expected,
-             end == nullptr      ? "is linked to nothing"
-             : wanted == nullptr ? "is linked, but should have no values"
-                                 : "is linked to another result");
+      const Result* match = wanted == nullptr ? nullptr : FindMatch(*wanted);
+      if (const char* fault = FindLinkFault(wanted, match, end); fault != nullptr)
+        Report(node, expected, fault);
     }
   }
 }

@@ -55,7 +55,8 @@ std::uint64_t CountValueBytes(const ExpectedModel& model) {
   std::uint64_t numBytes = 0;
   for (const auto& [id, node] : model.mNodes) {
     for (const ExpectedResult& result : node.mResults) {
-      if (!result.mLinked && result.mpValues) numBytes += result.mpValues->mValues.GetSize();
+      if (!result.mLinked && result.mpValues != nullptr)
+        numBytes += result.mpValues->mValues.GetSize();
     }
   }
   return numBytes;
@@ -86,7 +87,8 @@ void Recount::CompareArrays(bool integerKinds) {
 void Recount::CompareArray(const ExpectedNode& node, ExpectedResult& expected,
                            const Result& result) {
   const QovRyx::NumericArray none;
-  const QovRyx::NumericArray& wanted = expected.mpValues ? expected.mpValues->mValues : none;
+  const QovRyx::NumericArray& wanted =
+      expected.mpValues != nullptr ? expected.mpValues->mValues : none;
   const QovRyx::NumericArray& found = result.mValues;
   if (wanted.GetWidth() != found.GetWidth()) Report(node, expected, "has items of another width");
   if (wanted.GetNumElements() != found.GetNumElements()) {

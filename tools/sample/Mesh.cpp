@@ -1,5 +1,6 @@
 #include "sample/Mesh.h"
 
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -48,7 +49,8 @@ void AppendFace(Mesh& mesh, const Vector3& origin, const Vector3& a, const Vecto
 std::vector<Vector3> MakeEdge(const HoledPlate& plate) {
   const float x = plate.mWidth / 2;
   const float y = plate.mHeight / 2;
-  const Vector3 corners[] = {{-x, -y, 0}, {x, -y, 0}, {x, y, 0}, {-x, y, 0}, {-x, -y, 0}};
+  const std::array<Vector3, 5> corners{
+      {{-x, -y, 0}, {x, -y, 0}, {x, y, 0}, {-x, y, 0}, {-x, -y, 0}}};
   std::vector<Vector3> edge;
   for (std::size_t side = 0; side < 4; ++side) {
     const std::size_t n = plate.mDivisions * (side % 2 == 0 ? 4 : 2);

@@ -1,5 +1,6 @@
 #include "sample/Part.h"
 
+#include <array>
 #include <numeric>
 #include <utility>
 
@@ -16,11 +17,13 @@ struct MeshArray {
   std::uint32_t mKind;
 };
 
-constexpr MeshArray kMeshArrays[] = {
-    {"Coordinates", Kind::kCoordinates}, {"Connectivity", Kind::kConnectivity},
-    {"Polylength", Kind::kPolylength},   {"Node Ids", Kind::kNodeIds},
+constexpr std::array<MeshArray, 5> kMeshArrays{{
+    {"Coordinates", Kind::kCoordinates},
+    {"Connectivity", Kind::kConnectivity},
+    {"Polylength", Kind::kPolylength},
+    {"Node Ids", Kind::kNodeIds},
     {"Element IDs", Kind::kElementIds},
-};
+}};
 
 template <class T>
 VarStruct MakeVariable(const std::string& name, std::uint32_t kind, const std::vector<T>& values,

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <initializer_list>
 #include <limits>
@@ -27,9 +28,9 @@ constexpr QovRyx::ColourValue kGreen{0.35F, 0.6F, 0.4F, 1.0F};
 using CellCorners = std::initializer_list<std::uint32_t>;
 constexpr CellCorners kHexahedron = {0, 1, 3, 2, 4, 5, 7, 6};
 /// Cells that touch are split in mirrored ways, so that their diagonals agree.
-constexpr CellCorners kTetrahedra[] = {
-    {0, 1, 3, 5, 0, 3, 2, 6, 0, 5, 6, 4, 3, 6, 5, 7, 0, 3, 6, 5},
-    {1, 3, 2, 7, 1, 2, 0, 4, 1, 7, 4, 5, 2, 4, 7, 6, 1, 2, 4, 7}};
+constexpr std::array<CellCorners, 2> kTetrahedra{
+    {{0, 1, 3, 5, 0, 3, 2, 6, 0, 5, 6, 4, 3, 6, 5, 7, 0, 3, 6, 5},
+     {1, 3, 2, 7, 1, 2, 0, 4, 1, 7, 4, 5, 2, 4, 7, 6, 1, 2, 4, 7}}};
 
 bool IsTetrahedral(std::size_t part) { return part % 2 == 1; }
 
@@ -173,7 +174,7 @@ bool SolidsPlan::HasIdsForAll() const {
 }
 
 void BuildSolids(QovRyx::Tree& tree, const SolidsPlan& plan, std::uint32_t step) {
-  Mesh meshes[] = {MakeSolid(plan.mSize, false), MakeSolid(plan.mSize, true)};
+  std::array meshes = {MakeSolid(plan.mSize, false), MakeSolid(plan.mSize, true)};
   std::uint32_t nextElement = 1;
   std::uint32_t nextNode = 1;
   for (std::size_t part = 0; part < plan.mNumParts; ++part) {

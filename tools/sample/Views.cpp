@@ -27,7 +27,7 @@ ViewPoint MakeView(const std::string& name, const QovRyx::Vector3& eye, const st
   view.mPoint1 = eye;
   view.mPoint3 = {0, 0, 1};
   view.mViewState.mCaeState.mName1 = "Stress";
-  view.mViewState.mHiddenState.mHiddenEntities[part] = false;
+  view.mViewState.mHiddenState.mHiddenEntities[part] = 0;
   view.mViewState.mXplodeState.mOffsets[part] = {0, 0, apart};
   view.mViewState.mMiscState.mText = name;
   return view;

@@ -21,10 +21,10 @@
 namespace QovRyx {
 
 /// All inputs beneath a new root group "Merge", as merge_as_datasets does it.
-QOV_EXPORT int cae_merge_in_tree(int argc, const char* const argv[]);
+QOV_EXPORT int cae_merge_in_tree(int argc, const char* const* argv);
 
 /// The same.
-QOV_EXPORT int cad_merge(int argc, const char* const argv[]);
+QOV_EXPORT int cad_merge(int argc, const char* const* argv);
 
 /// Argument 1, argument 2 times over, beneath a new root group "Merge"; the output is argument 3.
 ///
@@ -32,7 +32,7 @@ QOV_EXPORT int cad_merge(int argc, const char* const argv[]);
 /// number is taken for the huge unsigned 64-bit one of the same bits: the file is merged again
 /// until an error stops that, which comes when the tree has no ids left for its nodes
 /// (Qov::Util::Exception::ErrorType::ModelError) or the process has no memory left.
-QOV_EXPORT int merge_n(int argc, const char* const argv[]);
+QOV_EXPORT int merge_n(int argc, const char* const* argv);
 
 /// The first input with results of the further ones: each of their geometries gives those of its
 /// results whose kind lies between 12 and 28 and whose names do not begin with "Node Ids" to the
@@ -41,12 +41,12 @@ QOV_EXPORT int merge_n(int argc, const char* const argv[]);
 /// Names stay as they are, so two results may bear the same one. So do links: a result that is
 /// linked names a position of the first input's geometry, whatever stands there. An id that the
 /// first input lacks is an error, and so is one that is no geometry there.
-QOV_EXPORT int cae_merge(int argc, const char* const argv[]);
+QOV_EXPORT int cae_merge(int argc, const char* const* argv);
 
 /// The first input with the cut sections of the further ones: each of their shapes whose parent
 /// bears an id that in the first input is a node named "Cut-Sections" goes, with its geometry,
 /// beneath the first input's first group of that name (Tree::AddShape). A parent's id that the
 /// first input lacks, or that carries no node there, is an error.
-QOV_EXPORT int cae_merge_cs(int argc, const char* const argv[]);
+QOV_EXPORT int cae_merge_cs(int argc, const char* const* argv);
 
 }  // namespace QovRyx

@@ -84,7 +84,7 @@ void BlockCopies::DropUnworthy() {
 }
 
 void BlockCopies::CopyTo(QovJbf::JbFile& file) const {
-  QovJbf::Index& index = file.GetIndex();
+  const QovJbf::Index& index = file.GetIndex();
   for (const Copy& copy : mCopies) {
     const std::uint64_t start = index.HasStream(kHeavyData) ? index.GetStreamLength(kHeavyData) : 0;
     Append(file, *copy.mpReader, copy.mExtent);

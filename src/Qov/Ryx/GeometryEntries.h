@@ -14,7 +14,7 @@ void ForEachGeometryEntry(Tree& tree, Visitor visit) {
   for (auto& [id, entry] : tree.GetNodes()) {
     if (!entry.mData || entry.mData->GetType() != "Geometry") continue;
     Geometry* pRyxGeometry = AsGeometry(entry);
-    QOV_ASSERT(0 != pRyxGeometry);
+    QOV_ASSERT(0 != pRyxGeometry);  // NOLINT(modernize-use-nullptr): this text is shown
     visit(id, *pRyxGeometry);
   }
 }

@@ -30,7 +30,7 @@ struct Arguments {
 
 /// A missing argument comes from the caller's own input more often than from its code, so it is
 /// an error that is told.
-std::string RequireArgument(int argc, const char* const argv[], int i) {
+std::string RequireArgument(int argc, const char* const* argv, int i) {
   if (argv == nullptr || i >= argc || argv[i] == nullptr) {
     Qov::Util::Raise(kMergeSource, ErrorType::MiscellaneousError,
                      "Argument " + std::to_string(i) + " is missing");
@@ -38,7 +38,7 @@ std::string RequireArgument(int argc, const char* const argv[], int i) {
   return argv[i];
 }
 
-Arguments TakeArguments(int argc, const char* const argv[]) {
+Arguments TakeArguments(int argc, const char* const* argv) {
   Arguments arguments;
   arguments.mInputs.push_back(RequireArgument(argc, argv, 1));
   for (int i = 2; i < argc - 1; ++i) arguments.mInputs.push_back(RequireArgument(argc, argv, i));
@@ -47,7 +47,7 @@ Arguments TakeArguments(int argc, const char* const argv[]) {
   return arguments;
 }
 
-int MergeIntoGroup(int argc, const char* const argv[]) {
+int MergeIntoGroup(int argc, const char* const* argv) {
   return RunMergeStep([&] {
     const Arguments arguments = TakeArguments(argc, argv);
     const std::unique_ptr<Tree> tree = MakeDatasetTree();
@@ -62,7 +62,7 @@ int MergeIntoGroup(int argc, const char* const argv[]) {
 /// `take(tree, master)` moves into the model of the first input what it wants of a further
 /// one, which is gone afterwards.
 template <class Take>
-int MergeIntoFirst(int argc, const char* const argv[], Take take) {
+int MergeIntoFirst(int argc, const char* const* argv, Take take) {
   return RunMergeStep([&] {
     const Arguments arguments = TakeArguments(argc, argv);
     Tree master(false);
@@ -108,11 +108,11 @@ void AddCutSections(Tree& tree, Tree& master) {
 
 }  // namespace
 
-int cae_merge_in_tree(int argc, const char* const argv[]) { return MergeIntoGroup(argc, argv); }
+int cae_merge_in_tree(int argc, const char* const* argv) { return MergeIntoGroup(argc, argv); }
 
-int cad_merge(int argc, const char* const argv[]) { return MergeIntoGroup(argc, argv); }
+int cad_merge(int argc, const char* const* argv) { return MergeIntoGroup(argc, argv); }
 
-int merge_n(int argc, const char* const argv[]) {
+int merge_n(int argc, const char* const* argv) {
   return RunMergeStep([&] {
     const std::string input = RequireArgument(argc, argv, 1);
     const std::string number = RequireArgument(argc, argv, 2);
@@ -126,11 +126,11 @@ int merge_n(int argc, const char* const argv[]) {
   });
 }
 
-int cae_merge(int argc, const char* const argv[]) {
+int cae_merge(int argc, const char* const* argv) {
   return MergeIntoFirst(argc, argv, AppendWantedResults);
 }
 
-int cae_merge_cs(int argc, const char* const argv[]) {
+int cae_merge_cs(int argc, const char* const* argv) {
   return MergeIntoFirst(argc, argv, AddCutSections);
 }
 

@@ -53,7 +53,7 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
   GenerateLinkedResults(master, links);
 }
 
-void CheckHeaderSize(QovJbf::JbFile& file) {
+void CheckHeaderSize(const QovJbf::JbFile& file) {
   ::fseeko(file.GetStream(), 0, SEEK_END);
   if (::ftello(file.GetStream()) >= kHeaderSize) return;
   Qov::Util::Raise(kMergeSource, Qov::Util::Exception::ErrorType::ReadError,
