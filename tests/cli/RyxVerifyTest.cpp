@@ -129,6 +129,7 @@ TEST_F(RyxVerify, FindsEachFault) {
   };
   const std::vector<Fault> ofDatasets = {
       {"none", [](Tree&) {}},
+      {"a last child", [](Tree& t) { t.GetNodes().GetReqNode(3).mLastChild = 4; }},
       {"a geometry without results",
        [](Tree& t) {
          t.GetNodes().GetReqNode(PlateIds::kGeometry + 1).mData =

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "Qov/Ryx/RyxMerge.h"
+#include "Qov/Util/Exception.h"
 #include "support/ModelBuilder.h"
 
 namespace QovRyx {
@@ -42,6 +43,12 @@ TEST_F(AppendingResults, AllFollowInOrderAndLinksLeadToTheSameResults) {
   EXPECT_EQ(values, Ramp(3, 1.0F));
 }
 
+TEST_F(AppendingResults, OfOtherInstancesOnlyNamesWithAnInstancePartAndLinksToThemselves) {
+  Append(mSource, "V|");
+  AppendOtherInstanceResults(mFrom, mInto);
+  EXPECT_THAT(VariableTexts(mTarget), ElementsAre("A", "B", "C", "D", "E", "S|1", "U|1 -> 2,6"));
+}
+
 TEST_F(AppendingResults, LinkPositionDoesNotWrapRoundToAResultThatIsThere) {
   constexpr std::uint32_t kHighest = std::numeric_limits<std::uint32_t>::max();
   mSource.AppendVariable(MakeLinked("Nowhere", {kId, kHighest - 1}));
@@ -62,6 +69,17 @@ TEST_F(AppendingResults, LinksToOtherGeometriesLeadToTheSameResults) {
   EXPECT_EQ(VariableTexts(mTarget)[9], "Z|1 -> 3,1");
   EXPECT_EQ(VariableTexts(mTarget)[10], "Lost|1 -> 3,9");
   EXPECT_THAT(VariableTexts(otherTarget), ElementsAre("X", "Y|1", "Z|1 -> 2,6"));
+}
+
+TEST_F(AppendingResults, WhereTheTargetHasAnotherNodeNothingIsAppendedAndWhereNoneItFails) {
+  Geometry& second = AddNode<Geometry>(mFrom, NodeTree::kRootId, "Mesh 2");
+  Append(second, "X|1");
+  EXPECT_THROW(AppendResults(mFrom, mInto, true), Qov::Util::Exception);
+  EXPECT_THROW(AppendOtherInstanceResults(mFrom, mInto), Qov::Util::Exception);
+  AddNode<Group>(mInto, NodeTree::kRootId, "Group");
+  AppendResults(mFrom, mInto, true);
+  AppendOtherInstanceResults(mFrom, mInto);
+  EXPECT_EQ(mInto.GetNodes().GetSize(), 3U);
 }
 
 }  // namespace
