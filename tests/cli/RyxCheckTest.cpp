@@ -34,7 +34,6 @@ std::uint32_t Peek(const std::string& bytes, std::size_t at) {
 }
 
 /// Where records of the plate stand in the tree stream, and the fields in a record.
-constexpr std::size_t kShape = 105;
 constexpr std::size_t kGeometry = 161;
 constexpr std::size_t kSets = 220;
 constexpr std::size_t kParent = 4;
