@@ -1,10 +1,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 
 #include "Qov/Ryx/StreamNames.h"
-#include "RyxMergeFixture.h"
+#include "ryxFixture.h"
 #include "support/Streams.h"
 
 namespace Qov::Test {
@@ -15,19 +16,26 @@ using testing::HasSubstr;
 
 /// Models that cost far more than they are large, if anything is done for each part with each
 /// other: both programs get through them at once, or refuse them.
-class HostileInput : public RyxMergeProgram {
+class HostileInput : public RyxProgram {
  protected:
   static constexpr std::uint32_t kMany = 10000;
 
-  std::string Save(const std::string& name, const std::function<void(Tree&)>& build) const {
-    Tree tree(false);
-    build(tree);
-    SaveTree(tree, mDir / name);
+  HostileInput() { mSurroundings.mEnvironment["PELORIN_TEMP_PATH"] = mDir.GetPath().string(); }
+
+  Outcome Merge(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), RYXMERGE_PROGRAM);
+    return RunProgram(arguments, mSurroundings);
+  }
+  std::string Plate(const std::string& name) const {
+    SavePlate(mDir / name, {"Stress|LC1", "Stress|LC2"}, 1);
     return mDir / name;
   }
-  static Outcome Ryx(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), RYX_PROGRAM);
-    return RunProgram(arguments, {});
+  std::string Views(const std::string& name) const {
+    SaveViewPointFile(mDir / name, name);
+    return mDir / name;
+  }
+  static bool Exists(const std::string& path) {
+    return std::filesystem::exists(std::filesystem::symlink_status(path));
   }
   static void FillWithNames(Tree& tree, std::size_t count,
                             const std::function<std::string(std::size_t)>& nameOf) {
@@ -45,78 +53,82 @@ class HostileInput : public RyxMergeProgram {
                                                     {instances, "--auto-rename-instances"}}) {
       std::vector<std::string> arguments = options;
       arguments.insert(arguments.end(), {model, model, mOutput});
-      EXPECT_EQ(Run(arguments).mStatus, 0) << options.size() << model;
+      EXPECT_EQ(Merge(arguments).mStatus, 0) << options.size() << model;
       arguments.insert(arguments.begin(), "plan");
-      EXPECT_EQ(Ryx(arguments).mStatus, 0) << options.size() << model;
+      EXPECT_EQ(Run(arguments).mStatus, 0) << options.size() << model;
     }
-    EXPECT_EQ(Run({model, Views("views.vpt"), mOutput}).mStatus, 0) << model;
-    EXPECT_EQ(Ryx({"verify", mOutput, model, mDir / "views.vpt"}).mStatus, 0) << model;
-    for (const char* command : {"ls", "info"}) EXPECT_EQ(Ryx({command, model}).mStatus, 0) << model;
-    EXPECT_LE(Ryx({"check", model}).mStatus, 1) << model;
-    EXPECT_EQ(Ryx({"diff", model, model}).mStatus, 0) << model;
+    EXPECT_EQ(Merge({model, Views("views.vpt"), mOutput}).mStatus, 0) << model;
+    EXPECT_EQ(Run({"verify", mOutput, model, mDir / "views.vpt"}).mStatus, 0) << model;
+    for (const char* command : {"ls", "info"}) EXPECT_EQ(Run({command, model}).mStatus, 0) << model;
+    EXPECT_LE(Run({"check", model}).mStatus, 1) << model;
+    EXPECT_EQ(Run({"diff", model, model}).mStatus, 0) << model;
   }
   /// Refused as instances, with that text, and foreseen.
   void ExpectRefusal(const std::string& model, const std::string& text) {
-    const Outcome outcome = Run({"--merge-as-instances", model, model, mOutput});
+    const Outcome outcome = Merge({"--merge-as-instances", model, model, mOutput});
     EXPECT_EQ(outcome.mStatus, 2) << model;
     EXPECT_THAT(outcome.mErr, HasSubstr(text));
     EXPECT_THAT(outcome.mErr, HasSubstr("The file was \"" + model));
   }
+
+  const std::string mOutput = mDir / "out.ryx";
+  const std::string mLog = mDir / "RyxMerge_trace.log";
+  Surroundings mSurroundings;
 };
 
 TEST_F(HostileInput, ManyOfAnythingTakeTimeInProportion) {
-  ExpectAllPass(Save("chain.ryx", [](Tree& tree) {
+  ExpectAllPass(SaveModel("chain.ryx", [](Tree& tree) {
     for (std::uint32_t i = 1; i <= kMany; ++i) AddNode<Group>(tree, i, "Group");
   }));
-  ExpectAllPass(Save("names.ryx", [](Tree& tree) {
+  ExpectAllPass(SaveModel("names.ryx", [](Tree& tree) {
     FillWithNames(tree, kMany, [](std::size_t) { return "Stress|LC1"; });
   }));
-  ExpectAllPass(Save("links.ryx", [](Tree& tree) {
+  ExpectAllPass(SaveModel("links.ryx", [](Tree& tree) {
     Geometry& geometry = AddNode<Geometry>(tree, 1, "Mesh");
     for (std::uint32_t i = 0; i < kMany; ++i) {
       geometry.AppendVariable(MakeLinked("Stress|LC1", {2, i < kMany / 2 ? i + 1 : kMany}));
     }
     geometry.AppendVariable(MakeVariable("Stress|LC2", 12, NumericArray::Of(Ramp(9, 1.0F))));
   }));
-  ExpectAllPass(Save("attributes.ryx", [](Tree& tree) {
+  ExpectAllPass(SaveModel("attributes.ryx", [](Tree& tree) {
     Group& group = AddNode<Group>(tree, 1, "Group");
     for (std::uint32_t i = 0; i < kMany; ++i) group.mAttributes[std::to_string(i)] = i;
   }));
 }
 
 TEST_F(HostileInput, NoFileAsksForAnyNumberOfLinks) {
-  const std::string model = Save("square.ryx", [](Tree& tree) {
+  const std::string model = SaveModel("square.ryx", [](Tree& tree) {
     FillWithNames(tree, 6000, [](std::size_t i) {
       return (i % 2 == 0 ? "Common" : "Stress|LC") + std::to_string(i);
     });
   });
   ExpectRefusal(model, "Too many instances would share too many results");
-  const Outcome plan = Ryx({"plan", "--merge-as-instances", model, model, mOutput});
+  const Outcome plan = Run({"plan", "--merge-as-instances", model, model, mOutput});
   EXPECT_EQ(plan.mStatus, 1);
   EXPECT_THAT(plan.mOut, HasSubstr("Too many instances would share too many results"));
-  ExpectRefusal(Save("long.ryx",
-                     [](Tree& tree) {
-                       FillWithNames(tree, 6000, [](std::size_t i) {
-                         return i == 0 ? std::string(100000, 'C') : "S|" + std::to_string(i);
-                       });
-                     }),
+  ExpectRefusal(SaveModel("long.ryx",
+                          [](Tree& tree) {
+                            FillWithNames(tree, 6000, [](std::size_t i) {
+                              return i == 0 ? std::string(100000, 'C') : "S|" + std::to_string(i);
+                            });
+                          }),
                 "Too many instances would share too many results");
   // What the second file shares is as large as the first one made it.
-  const std::string first = Save("first.ryx", [](Tree& tree) {
+  const std::string first = SaveModel("first.ryx", [](Tree& tree) {
     FillWithNames(tree, 1, [](std::size_t) { return "Common|0"; });
     auto& attributes = AsGeometry(tree.GetNodes().GetReqNode(2))->EditVariable(0).mAttributes;
     attributes["note"] = std::string(1000000, 'n');
   });
-  const std::string second = Save("second.ryx", [](Tree& tree) {
+  const std::string second = SaveModel("second.ryx", [](Tree& tree) {
     FillWithNames(tree, 6000,
                   [](std::size_t i) { return i == 0 ? "Common" : "S|" + std::to_string(i - 1); });
   });
-  EXPECT_EQ(Run({"--merge-as-instances", first, second, mOutput}).mStatus, 2);
+  EXPECT_EQ(Merge({"--merge-as-instances", first, second, mOutput}).mStatus, 2);
 }
 
 TEST_F(HostileInput, NodeSetsCannotAllBeTheSame) {
   constexpr std::uint32_t kNodes = 100;
-  const std::string model = Save("sets.ryx", [](Tree& tree) {
+  const std::string model = SaveModel("sets.ryx", [](Tree& tree) {
     for (std::uint32_t i = 0; i < kNodes; ++i) {
       AddNode<NodeSets>(tree, 1, "Sets").SetSets({{"set", Count(i == 0 ? 3000 : 0, 1)}});
     }
@@ -136,11 +148,11 @@ TEST_F(HostileInput, NodeSetsCannotAllBeTheSame) {
 /// More files than may be open at a time; scaled down from 65,536.
 TEST_F(HostileInput, ThousandsOfFilesAreMerged) {
   constexpr std::size_t kFiles = 3000;
-  const std::string model = Save("model.ryx", [](Tree& tree) {
+  const std::string model = SaveModel("model.ryx", [](Tree& tree) {
     Geometry& geometry = AddNode<Geometry>(tree, 1, "Mesh");
     geometry.AppendVariable(MakeVariable("Stress|LC1", 12, NumericArray::Of(Ramp(3, 1.0F))));
   });
-  mSurroundings.mMaxOpenFiles = 64;
+  mSurroundings.mLimits[RLIMIT_NOFILE] = 64;
   for (const char* mode : {"--merge-as-datasets", "--merge-as-instances"}) {
     std::vector<std::string> arguments(kFiles + 1, model);
     arguments.front() = mode;
@@ -150,8 +162,8 @@ TEST_F(HostileInput, ThousandsOfFilesAreMerged) {
       arguments[i] = link;
     }
     arguments.push_back(mOutput);
-    EXPECT_EQ(Run(arguments).mStatus, 0) << mode;
-    EXPECT_EQ(Ryx({"check", mOutput}).mStatus, 0) << mode;
+    EXPECT_EQ(Merge(arguments).mStatus, 0) << mode;
+    EXPECT_EQ(Run({"check", mOutput}).mStatus, 0) << mode;
   }
   Tree tree(false);
   LoadTree(tree, mOutput);
@@ -159,14 +171,14 @@ TEST_F(HostileInput, ThousandsOfFilesAreMerged) {
 }
 
 TEST_F(HostileInput, IdsDoNotWrapRound) {
-  const std::string model = Save("high.ryx", [](Tree& tree) {
+  const std::string model = SaveModel("high.ryx", [](Tree& tree) {
     NodeTree::Node entry;
     entry.mId = 0xFFFFFFF0;
     entry.mParent = NodeTree::kRootId;
     entry.mData = std::make_unique<Group>("High");
     tree.GetNodes().PutNode(std::move(entry));
   });
-  const Outcome outcome = Run({model, model, mOutput});
+  const Outcome outcome = Merge({model, model, mOutput});
   EXPECT_EQ(outcome.mStatus, 2);
   EXPECT_THAT(outcome.mErr, HasSubstr("too high to be shifted"));
   EXPECT_FALSE(Exists(mOutput));
@@ -182,7 +194,7 @@ bool IsPlain(const std::string& text) {
 TEST_F(HostileInput, NoNameReachesTheTerminalAsItIs) {
   // Colours, a newline, DEL, a control character of two bytes, no UTF-8, text from right to left.
   const std::string name = "a\033[2J\nFORGED\r\b\x7F\xC2\x9B\xFF\xE2\x80\xAE!";
-  const std::string model = Save("model.ryx", [&name](Tree& tree) {
+  const std::string model = SaveModel("model.ryx", [&name](Tree& tree) {
     AddNode<Group>(tree, 1, name).mAttributes[name] = name;
     AddNode<Shape>(tree, 2, name);
     Geometry& geometry = AddNode<Geometry>(tree, 3, name);
@@ -218,12 +230,12 @@ TEST_F(HostileInput, NoNameReachesTheTerminalAsItIs) {
           {"verify", other, file, file},
           {"ls", "--json", file},
           {"check", "--json", file}}) {
-      const Outcome outcome = Ryx(command);
+      const Outcome outcome = Run(command);
       EXPECT_TRUE(IsPlain(outcome.mOut)) << command[0] << ": " << outcome.mOut;
       EXPECT_TRUE(IsPlain(outcome.mErr)) << command[0] << ": " << outcome.mErr;
     }
     for (const char* mode : {"--merge-as-datasets", "--merge-as-instances"}) {
-      const Outcome outcome = Run({mode, file, other, mDir / name + "/out"});
+      const Outcome outcome = Merge({mode, file, other, mDir / name + "/out"});
       EXPECT_EQ(outcome.mStatus, 2);
       EXPECT_THAT(outcome.mErr, HasSubstr("a\\x1B[2J"));
       EXPECT_EQ(outcome.mErr.find('\033'), outcome.mErr.npos) << outcome.mErr;
@@ -237,9 +249,9 @@ TEST_F(HostileInput, NothingIsLeftWhereNothingCanBeWritten) {
   const std::string model = Plate("model.ryx");
   const std::string views = Views("views.vpt");
   for (const std::string& place : {mDir / "none", model, std::string("/proc")}) {
-    EXPECT_EQ(Run({model, model, place + "/out.ryx"}).mStatus, 2) << place;
-    EXPECT_EQ(Run({model, views, place + "/out.ryx"}).mStatus, 2) << place;
-    const Outcome outcome = Run({model, model, views, place + "/out.ryx"});
+    EXPECT_EQ(Merge({model, model, place + "/out.ryx"}).mStatus, 2) << place;
+    EXPECT_EQ(Merge({model, views, place + "/out.ryx"}).mStatus, 2) << place;
+    const Outcome outcome = Merge({model, model, views, place + "/out.ryx"});
     EXPECT_EQ(outcome.mStatus, 3) << place;
     EXPECT_THAT(outcome.mErr, HasSubstr("Unable to open file \"" + place));
     EXPECT_FALSE(Exists(place + "/out.ryx") || Exists(place + "/out.ryx.temp"));
@@ -251,7 +263,7 @@ TEST_F(HostileInput, PlantedLinksAreNotFollowed) {
   const std::string model = Plate("model.ryx");
   const std::string precious = mDir / "precious";
   const auto expectUntouched = [&](int status) {
-    const Outcome outcome = Run({model, model, Views("views.vpt"), mOutput});
+    const Outcome outcome = Merge({model, model, Views("views.vpt"), mOutput});
     EXPECT_EQ(outcome.mStatus, status);
     EXPECT_EQ(ReadFile(precious), "ours");
     return outcome.mErr;

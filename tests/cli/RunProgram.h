@@ -26,8 +26,7 @@ struct Outcome {
 /// What a program runs under.
 struct Surroundings {
   std::map<std::string, std::string> mEnvironment;
-  rlim_t mMaxOpenFiles = 0;  ///< 0 leaves the limit as it is.
-  rlim_t mMaxFileSize = 0;   ///< The same.
+  std::map<int, rlim_t> mLimits = {};  ///< By resource; the others stay as they are.
 };
 
 /// The rest of the life of a child process.
@@ -41,12 +40,10 @@ struct Surroundings {
   for (const auto& [name, value] : surroundings.mEnvironment) {
     ::setenv(name.c_str(), value.c_str(), 1);
   }
-  const auto confine = [](__rlimit_resource resource, rlim_t most) {
+  for (const auto& [resource, most] : surroundings.mLimits) {
     const rlimit limit{most, most};
-    if (most != 0) ::setrlimit(resource, &limit);
-  };
-  confine(RLIMIT_NOFILE, surroundings.mMaxOpenFiles);
-  confine(RLIMIT_FSIZE, surroundings.mMaxFileSize);
+    ::setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+  }
   std::vector<char*> pointers;
   for (std::string& word : command) pointers.push_back(word.data());
   pointers.push_back(nullptr);

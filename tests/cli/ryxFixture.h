@@ -1,9 +1,10 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <regex.h>
 
 #include <cstdlib>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@
 
 namespace Qov::Test {
 
-/// Runs ryx on files in a folder of its own.
+/// Runs ryx, and shell commands, on files in a folder of its own.
 class RyxProgram : public testing::Test {
  protected:
   Outcome Run(std::vector<std::string> arguments) const {
@@ -43,14 +44,10 @@ class RyxProgram : public testing::Test {
     for (std::size_t at = 0; (at = text.find(folder, at)) != text.npos;) {
       text.erase(at, folder.size());
     }
-    regex_t date;
-    regcomp(&date, "[A-Z][a-z]{2} [A-Z][a-z]{2} [0-9]{2} [0-9:]{8} [0-9]{4} [^,\n]+", REG_EXTENDED);
-    for (regmatch_t match; regexec(&date, text.c_str(), 1, &match, 0) == 0;) {
-      text.replace(static_cast<std::size_t>(match.rm_so),
-                   static_cast<std::size_t>(match.rm_eo - match.rm_so), "DATE");
-    }
-    regfree(&date);
-    return text;
+    static const std::regex kDate(
+        "[A-Z][a-z]{2} [A-Z][a-z]{2} [0-9]{2} [0-9:]{8} [0-9]{4} [^,\n]+|Time : [^\n]+");
+    static const std::regex kLine("Line : [0-9]+");
+    return std::regex_replace(std::regex_replace(text, kDate, "DATE"), kLine, "Line : N");
   }
 
   /// With the environment variable RYX_UPDATE_GOLDEN set, the file is written instead.
@@ -58,6 +55,45 @@ class RyxProgram : public testing::Test {
     const std::string path = std::string(RYX_GOLDEN_DIR "/") + name;
     if (std::getenv("RYX_UPDATE_GOLDEN") != nullptr) WriteFile(path, Normalized(text));
     EXPECT_EQ(Normalized(text), ReadFile(path)) << path;
+  }
+
+  /// Expects a golden file to hold, below each of its lines "$ ...", what `run` makes of the rest
+  /// of the line. Lines "# ..." are comments.
+  template <class Run>
+  void ExpectAfterEachLine(const std::string& name, Run run) const {
+    std::string text;
+    std::istringstream golden(ReadFile(std::string(RYX_GOLDEN_DIR "/") + name));
+    for (std::string line; std::getline(golden, line);) {
+      if (line.starts_with("# ")) text += line + "\n";
+      if (line.starts_with("$ ")) text += line + "\n" + run(line.substr(2));
+    }
+    EXPECT_NE(text, "");
+    ExpectGolden(name, text);
+  }
+
+  /// The same for commands of the shell: both streams, with "! " before errors, and the status if
+  /// it is not 0. Documents are checked, too. "poke FILE PLACE BYTES" damages a file.
+  void ExpectTranscript(const std::string& name) const {
+    ExpectAfterEachLine(name, [this](const std::string& command) {
+      const Outcome outcome = RunShell(command);
+      if (outcome.mOut.starts_with("{\n")) {
+        ParseJson(outcome, command.substr(4, command.find(' ', 4) - 4));
+      }
+      std::string text = outcome.mOut;
+      std::istringstream errors(outcome.mErr);
+      for (std::string line; std::getline(errors, line);) text += "! " + line + "\n";
+      if (outcome.mStatus != 0) text += "[" + std::to_string(outcome.mStatus) + "]\n";
+      return text;
+    });
+  }
+
+  Outcome RunShell(const std::string& command) const {
+    static const std::string kSetUp =
+        "PATH=" RYX_FOLDER
+        ":$PATH; export PELORIN_TEMP_PATH=. LC_ALL=C; "
+        "poke() { printf \"$3\" | dd of=\"$1\" seek=\"$2\" bs=1 conv=notrunc status=none; }; ";
+    return RunProgram({"/bin/sh", "-c", "cd " + mDir.GetPath().string() + "; " + kSetUp + command},
+                      {});
   }
 
   TempDir mDir;

@@ -64,7 +64,7 @@ constexpr Fault kFaults[] = {
     {"write", Call::Write}, {"seek", Call::Seek},     {"tell", Call::Tell},
     {"flush", Call::Flush}, {"memory", Call::Memory}, {"zlib", Call::Zlib}};
 
-class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, const char*>> {
+class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, std::string>> {
  protected:
   FaultLoop() : mThreads("RYXMERGE_THREADS", std::get<2>(GetParam())) {
     SavePlate(mDir / "a.ryx", {"Stress|LC1", "Stress|LC2"}, 0);
@@ -141,7 +141,7 @@ std::string NameOf(const testing::TestParamInfo<FaultLoop::ParamType>& test) {
 
 INSTANTIATE_TEST_SUITE_P(Merges, FaultLoop,
                          testing::Combine(testing::ValuesIn(kModes), testing::ValuesIn(kFaults),
-                                          testing::Values("1", "2")),
+                                          testing::Values(std::string("1"), std::string("2"))),
                          NameOf);
 
 }  // namespace

@@ -71,22 +71,6 @@ TEST_F(AppendingResults, LinksToOtherGeometriesLeadToTheSameResults) {
   EXPECT_THAT(VariableTexts(otherTarget), ElementsAre("X", "Y|1", "Z|1 -> 2,6"));
 }
 
-TEST_F(AppendingResults, ValuesOfAnotherGeometryAreTakenAlongWhereItStaysBehind) {
-  AddNode<Group>(mInto, NodeTree::kRootId, "Other");
-  AddNode<Geometry>(mFrom, NodeTree::kRootId, "Other");
-  Geometry::VarStruct linked = MakeLinked("Z|1", {kId + 1, 0});
-  linked.mValues = NumericArray::Of(Ramp(3, 8.0F));  // as loading would give it
-  mSource.AppendVariable(linked);
-  AppendResults(mFrom, mInto, true);
-  AppendOtherInstanceResults(mFrom, mInto);
-  for (const auto& texts = VariableTexts(mTarget); const std::size_t i : {9U, 12U}) {
-    EXPECT_EQ(texts[i], "Z|1");
-    std::vector<float> values;
-    mTarget.GetVariables()[i].mValues.GetValues(values);
-    EXPECT_EQ(values, Ramp(3, 8.0F));
-  }
-}
-
 TEST_F(AppendingResults, WhereTheTargetHasAnotherNodeNothingIsAppendedAndWhereNoneItFails) {
   Geometry& second = AddNode<Geometry>(mFrom, NodeTree::kRootId, "Mesh 2");
   Append(second, "X|1");
