@@ -93,7 +93,7 @@ TEST_F(RyxInfo, ShowsWhatCanBeReadOfDamagedFiles) {
   ExpectGolden("info_damaged.txt", text.mErr);
 
   std::vector<std::string> withJson = files;
-  withJson.push_back("--json");
+  withJson.emplace_back("--json");
   const Outcome outcome = Run(withJson);
   EXPECT_EQ(outcome.mStatus, 2);
   EXPECT_EQ(outcome.mErr, text.mErr);

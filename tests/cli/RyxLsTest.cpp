@@ -12,9 +12,7 @@ using QovRyx::Group;
 using QovRyx::NodeSets;
 using QovRyx::NodeTree;
 using QovRyx::NumericArray;
-using QovRyx::Shape;
 using testing::HasSubstr;
-using testing::Not;
 using Tools::Json;
 
 class RyxLs : public RyxProgram {
