@@ -46,7 +46,8 @@ std::size_t Mutation::Run(std::uint8_t* data, std::size_t size, std::size_t maxS
       Test::Streams streams = Test::ReadStreams(file.GetPath());
       if (streams.empty()) return;
       MutateStream(streams);
-      built = Build(streams, std::string(reinterpret_cast<const char*>(data) + 8, 4).c_str());
+      const std::string version(reinterpret_cast<const char*>(data) + 8, 4);
+      built = Build(streams, version.substr(0, version.find('\0')));
     });
   }
   if (built.empty() || built.size() > maxSize) return LLVMFuzzerMutate(data, size, maxSize);

@@ -56,7 +56,7 @@ std::vector<std::string> MakeModels(const Path& folder) {
 std::string MakeViews(const Path& folder) {
   const std::string path = folder / "seed.vpt";
   SaveViewPointFile(path, "Walk");
-  const std::string views = ReadFile(path);
+  std::string views = ReadFile(path);
   std::filesystem::remove(path);
   return views;
 }
@@ -104,6 +104,7 @@ void WriteSeeds(const Path& folder) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what goes wrong is told when the program ends
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::cerr << "Usage: MakeSeeds FOLDER\n";

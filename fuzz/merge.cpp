@@ -16,7 +16,7 @@ namespace {
 
 using namespace Qov::Fuzz;
 using Paths = std::vector<std::string>;
-using EntryPoint = int (*)(int, const char* const[]);
+using EntryPoint = int (*)(int, const char* const*);
 
 constexpr int kDone = 0;
 /// Models below it can be put below one another without an id that is too high.

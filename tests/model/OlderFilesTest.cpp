@@ -35,7 +35,9 @@ class OldFile {
   }
 
   void PutPlacement() {
-    for (float value = 1.0F; value < 11.0F; value += 1.0F) GetIndex().Put(kLightData, value);
+    for (int value = 1; value <= 10; ++value) {
+      GetIndex().Put(kLightData, static_cast<float>(value));
+    }
   }
 
   void PutGeometry(Geometry& geometry, const std::string& version) {

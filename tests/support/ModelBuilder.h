@@ -92,11 +92,11 @@ struct PlateIds {
 /// mesh node; `seed` makes the values of different files differ.
 inline void BuildPlate(QovRyx::Tree& tree, const std::vector<std::string>& results,
                        std::uint32_t seed, std::size_t numNodes = 40) {
-  QovRyx::Group& group = AddNode<QovRyx::Group>(tree, QovRyx::NodeTree::kRootId, "Plate");
+  auto& group = AddNode<QovRyx::Group>(tree, QovRyx::NodeTree::kRootId, "Plate");
   group.mAttributes = {{"mass", 4.25}, {"revision", 7U}, {"unit", std::string("mm")}};
-  QovRyx::Shape& shape = AddNode<QovRyx::Shape>(tree, PlateIds::kGroup, "Skin");
+  auto& shape = AddNode<QovRyx::Shape>(tree, PlateIds::kGroup, "Skin");
   shape.mMaterial.mValues.mScalar1 = static_cast<float>(seed);
-  QovRyx::Geometry& mesh = AddNode<QovRyx::Geometry>(tree, PlateIds::kShape, "Skin");
+  auto& mesh = AddNode<QovRyx::Geometry>(tree, PlateIds::kShape, "Skin");
   const auto start = static_cast<float>(seed);
   mesh.AppendVariable(
       MakeVariable("Coordinates", 0, QovRyx::NumericArray::Of(Ramp(3 * numNodes, start), 3)));
@@ -108,7 +108,7 @@ inline void BuildPlate(QovRyx::Tree& tree, const std::vector<std::string>& resul
     result.mAttributes["load"] = start;
     mesh.AppendVariable(std::move(result));
   }
-  QovRyx::NodeSets& sets = AddNode<QovRyx::NodeSets>(tree, PlateIds::kGroup, "Sets");
+  auto& sets = AddNode<QovRyx::NodeSets>(tree, PlateIds::kGroup, "Sets");
   sets.SetSets({{"left", Count(5, seed)}, {"none", {}}, {"right", Count(3, seed + 20)}});
 }
 

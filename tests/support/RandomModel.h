@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -111,7 +112,7 @@ class RandomModel {
   QovUtil::AttributeMap MakeAttributes() {
     QovUtil::AttributeMap attributes;
     for (std::uint32_t left = Below(4); left > 0; --left) {
-      const QovUtil::AttributeValue values[] = {Below(100), 0.5F, MakeText(), 0.1};
+      const std::array<QovUtil::AttributeValue, 4> values = {Below(100), 0.5F, MakeText(), 0.1};
       attributes[MakeText()] = values[Below(4)];
     }
     return attributes;

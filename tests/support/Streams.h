@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fstream>
 #include <map>
 #include <string>
 
@@ -28,10 +29,9 @@ inline Streams ReadStreams(const std::string& path) {
 
 /// Puts the current version in the header, or another one.
 inline void WriteVersion(const std::string& path, const std::string& version) {
-  std::FILE* file = std::fopen(path.c_str(), "rb+");
-  std::fseek(file, 8, SEEK_SET);
-  std::fwrite(version.c_str(), 1, 4, file);
-  std::fclose(file);
+  std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(8);
+  file.write(version.c_str(), 4);
 }
 
 /// Writes what was put into `file`, plain.

@@ -35,6 +35,7 @@ class IntroSort {
   }
 
   /// Leaves [first, last) in runs of at most kRunLength, in order among each other.
+  // NOLINTNEXTLINE(misc-no-recursion): `depth` bounds it
   void QuickSort(std::size_t first, std::size_t last, std::size_t depth) {
     while (last - first > kRunLength) {
       if (depth == 0) {
