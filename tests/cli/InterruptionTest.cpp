@@ -1,8 +1,8 @@
 #include <csignal>
 #include <random>
 
-#include "check/FileCheck.h"
 #include "ryxFixture.h"
+#include "support/Soundness.h"
 
 namespace Qov::Test {
 namespace {
@@ -22,16 +22,6 @@ class Interruption : public RyxProgram {
                       microseconds);
   }
   std::string ReadInputs() const { return ReadFile(mInputs[0]) + ReadFile(mInputs[1]); }
-
-  static bool IsSound(const std::string& path) {
-    Tools::FileReport report(1);
-    try {
-      Tools::CheckFile(path, report);
-    } catch (const Util::Exception&) {
-      return false;
-    }
-    return report.mFindings.GetNumErrors() == 0;
-  }
 
   const std::vector<std::string> mInputs = {mDir / "a.ryx", mDir / "b.ryx"};
   std::string mOutput = mDir / "out.ryx";

@@ -16,13 +16,13 @@
 #include "Program.h"
 #include "Qov/Ryx/RyxMerge.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "check/FileCheck.h"
 #include "support/CapturedErrors.h"
 #include "support/Files.h"
 #include "support/ModelBuilder.h"
 #include "support/ModelCompare.h"
 #include "support/RandomModel.h"
 #include "support/ScopedEnvironment.h"
+#include "support/Soundness.h"
 #include "support/Streams.h"
 #include "support/TempDir.h"
 
@@ -114,7 +114,7 @@ class Damage : public testing::TestWithParam<Sample> {
     WriteStreams(mDir / "plain.ryx", mStreams, mWhole.substr(8, 3));
     mPlain = ReadFile(mDir / "plain.ryx");
     SavePlate(mGood, {"Stress|LC1"}, 0);
-    EXPECT_TRUE(CallsSound(mDir / "whole.ryx") && CallsSound(mDir / "plain.ryx"));
+    EXPECT_TRUE(IsSound(mDir / "whole.ryx") && IsSound(mDir / "plain.ryx"));
   }
 
   /// Of `n` variants of a file, each with what `damage(i)` makes of it.
@@ -139,20 +139,10 @@ class Damage : public testing::TestWithParam<Sample> {
   /// Every variant goes through one way of merging and one subcommand; they take turns.
   std::string Examine(const std::string& bytes, std::size_t i) const {
     WriteFile(mDamaged, bytes);
-    std::string trouble = TryToMerge(i, CallsSound(mDamaged));
+    std::string trouble = TryToMerge(i, IsSound(mDamaged));
     if (trouble.empty()) trouble = TryToShow(i);
     if (!trouble.empty()) return trouble;
     return ReadFile(mDamaged) == bytes ? "" : "the input was changed";
-  }
-
-  static bool CallsSound(const std::string& path) {
-    Tools::FileReport report(1);
-    try {
-      Tools::CheckFile(path, report);
-    } catch (const Util::Exception&) {
-      return false;
-    }
-    return report.mFindings.GetNumErrors() == 0;
   }
 
   int Merge(std::size_t i) const {
