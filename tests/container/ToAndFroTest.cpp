@@ -35,7 +35,7 @@ TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
 }
 
 TEST(ToAndFro, TinyBlocksAreNotAllLookedAtEachTime) {
-  constexpr std::uint32_t kMany = 30000;
+  constexpr std::uint32_t kMany = 10000;
   const TempDir folder;
   const ScopedEnvironment limit(kLimitVariable, "1");
   WriteContainer(folder / "file", [](JbFile& file) {
