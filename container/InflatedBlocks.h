@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <mutex>
 #include <utility>
 
 #include "MallocBuffer.h"
@@ -15,12 +16,13 @@ namespace QovJbf {
 /// in the order in which they lie has none here.
 class InflatedBlocks {
  public:
-  static constexpr std::uint64_t kMostBytes = 256 * 1024 * 1024;
+  static constexpr std::uint64_t kMostBytes = std::uint64_t{256} << 20;
 
   static InflatedBlocks& Instance();
 
-  /// The content of a block of `owner`; null if it is not here.
-  const unsigned char* Find(const void* owner, std::size_t block);
+  /// Copies `n` bytes of a block of `owner` from `within` on; false if the block is not here.
+  bool Read(const void* owner, std::size_t block, std::uint64_t within, void* target,
+            std::size_t n);
   /// Takes in a block of at most kMostBytes. Those that were not asked for longest make room.
   void Add(const void* owner, std::size_t block, MallocBuffer content, std::uint64_t size);
   void DropThoseOf(const void* owner);
@@ -36,7 +38,8 @@ class InflatedBlocks {
 
   void Drop(Entries::iterator entry);
 
-  Entries mEntries;  ///< The one that was asked for last in front.
+  std::mutex mMutex;  ///< Files may be read on several threads.
+  Entries mEntries;   ///< The one that was asked for last in front.
   std::map<Key, Entries::iterator> mPlaces;
   std::uint64_t mNumBytes = 0;
 };

@@ -32,7 +32,7 @@ struct StreamReader::State {
   void Inflate(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
   void Begin(std::size_t i);
   bool IsToBeKept(std::size_t i, std::uint32_t within);
-  void Keep(std::size_t i);
+  MallocBuffer InflateWhole(std::size_t i);
   void VerifyInflated();
 
   std::shared_ptr<SourceFile> mpSource;
@@ -70,15 +70,13 @@ void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, uns
 
 void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned char* target,
                                   std::uint32_t n) {
-  if (const unsigned char* kept = InflatedBlocks::Instance().Find(this, i)) {
-    std::memcpy(target, kept + within, n);
-    return;
-  }
+  if (InflatedBlocks::Instance().Read(this, i, within, target, n)) return;
   if (mInflated != i) VerifyInflated();
   if (!mpInflater || mInflated != i || mpInflater->GetOffset() > within) {
     if (IsToBeKept(i, within)) {
-      Keep(i);
-      Inflate(i, within, target, n);
+      MallocBuffer content = InflateWhole(i);
+      std::memcpy(target, content.get() + within, n);
+      InflatedBlocks::Instance().Add(this, i, std::move(content), GetRawLength(i));
       return;
     }
     Begin(i);
@@ -106,14 +104,14 @@ bool StreamReader::State::IsToBeKept(std::size_t i, std::uint32_t within) {
          GetRawLength(i) <= InflatedBlocks::kMostBytes;
 }
 
-void StreamReader::State::Keep(std::size_t i) {
+MallocBuffer StreamReader::State::InflateWhole(std::size_t i) {
   const std::uint32_t length = GetRawLength(i);
   MallocBuffer content = AllocateBuffer(kStreamReaderSource, length);
   Begin(i);
   mpInflater->Read(content.get(), length);
   mVerified[i] = true;
   mpInflater.reset();
-  InflatedBlocks::Instance().Add(this, i, std::move(content), length);
+  return content;
 }
 
 // What was read from a block is good only if its checksum is, which stands at its end. A block is

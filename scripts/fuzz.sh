@@ -39,8 +39,8 @@ export RYXMERGE_THREADS=1 TELMORAX_DEFAULT_RYX_BLOCK_SIZE=1000
 
 # Each takes the target's name, where it starts from and where it leaves what it finds.
 run_libfuzzer() {
-  local options=(-max_len=$most_bytes -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=256
-    -max_total_time=$seconds -fork="$(nproc)" -use_value_profile=1 -dict=fuzz/model.dict)
+  local options=(-max_len="$most_bytes" -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=256
+    -max_total_time="$seconds" -fork="$(nproc)" -use_value_profile=1 -dict=fuzz/model.dict)
   mkdir -p "$build/corpus/$1"
   "$build/bin/fuzz_$1" "${options[@]}" -artifact_prefix="$3/" "$build/corpus/$1" "$2" 2>&1 |
     tail -n 12
@@ -52,8 +52,8 @@ run_afl() {
   for ((i = 0; i < $(nproc); ++i)); do
     local role=-S
     [[ $i -gt 0 ]] || role=-M
-    afl-fuzz -i "$2" -o "$3" -x fuzz/model.dict -V $seconds -t 20000 -m none -G $most_bytes \
-      $role "core$i" -- "$build/bin/fuzz_$1" >/dev/null &
+    afl-fuzz -i "$2" -o "$3" -x fuzz/model.dict -V "$seconds" -t 20000 -m none -G "$most_bytes" \
+      "$role" "core$i" -- "$build/bin/fuzz_$1" >/dev/null &
     jobs+=($!)
   done
   wait "${jobs[@]}"
@@ -65,7 +65,10 @@ status=0
 for target in "${targets[@]}"; do
   step "Fuzzing $target for $minutes minutes"
   mkdir -p "$build/found/$target"
-  "run_$fuzzer" "$target" "fuzz/corpus/$target" "$build/found/$target" || status=1
+  case $fuzzer in
+    afl) run_afl "$target" "fuzz/corpus/$target" "$build/found/$target" || status=1 ;;
+    *) run_libfuzzer "$target" "fuzz/corpus/$target" "$build/found/$target" || status=1 ;;
+  esac
 done
 [[ $status -eq 0 ]] || echo "Faults were found; their inputs are in $build/found."
 exit "$status"

@@ -14,7 +14,7 @@ namespace {
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
 /// Every file may cost so many bytes that are inflated in vain, and so many times its length.
 constexpr std::uint64_t kMostTimesInVain = 16;
-constexpr std::uint64_t kFreeBytesInVain = 1024 * 1024 * 1024;
+constexpr std::uint64_t kFreeBytesInVain = std::uint64_t{1} << 30;
 
 /// Arrays may lie in any order, but not so that a small file keeps us busy for hours.
 void CheckOrder(const QovJbf::StreamReader& reader) {
