@@ -18,7 +18,8 @@ fuzzer=libfuzzer build=build/fuzz compiler=clang++-14 packages=(clang-14 libclan
 if [[ ${1:-} == --afl ]]; then
   shift
   fuzzer=afl build=build/fuzz-afl compiler=afl-clang-fast++ packages=(afl++)
-  export AFL_QUIET=1 AFL_NO_UI=1 AFL_SKIP_CPUFREQ=1 AFL_I_DONT_CARE_ABOUT_MISSING_CRASHES=1
+  export AFL_AUTORESUME=1 AFL_QUIET=1 AFL_NO_UI=1 AFL_SKIP_CPUFREQ=1
+  export AFL_I_DONT_CARE_ABOUT_MISSING_CRASHES=1
 fi
 minutes=${1:-1}
 shift || true

@@ -44,7 +44,7 @@ class QOV_EXPORT StreamReader {
   /// DamagedBlock when zlib refuses. A block is checked by its checksum when reading reaches its
   /// end or goes on to another one.
   void Read(std::uint64_t offset, void* target, std::size_t n);
-  /// How many bytes were inflated only to come to those behind them, because reading went back.
+  /// How many bytes were inflated only to come to those behind them, when blocks were begun.
   std::uint64_t GetNumInVain() const;
   /// Checks the block that was read last, whose end nothing may have been read from. Only then is
   /// it sure that all that was read is what was once written. Throws DamagedBlock if it is not.
