@@ -34,12 +34,14 @@ namespace {
 constexpr std::size_t kEndOfIndex = 16 + 4 + 8 * 139;
 constexpr std::array<std::uint32_t, 4> kExtremes = {0, 1, 0x80000000U, 0xFFFFFFFFU};
 
-/// Sanitizers take their time; all variants are for the build without.
-#ifdef __SANITIZE_ADDRESS__
-constexpr std::size_t kStep = 7;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kIsSanitized = true;
 #else
-constexpr std::size_t kStep = 1;
+constexpr bool kIsSanitized = false;
 #endif
+
+/// Sanitizers take their time; all variants are for the build without.
+constexpr std::size_t kStep = kIsSanitized ? 7 : 1;
 
 struct Sample {
   const char* mName;
@@ -99,9 +101,8 @@ void Limit(int resource, rlim_t most) {
 
 /// Little memory, and some minutes of processor time.
 void Confine() {
-#ifndef __SANITIZE_ADDRESS__  // which takes terabytes of address space
-  Limit(RLIMIT_AS, rlim_t{1} << 30);
-#endif
+  // Sanitizers themselves take terabytes of address space.
+  if (!kIsSanitized) Limit(RLIMIT_AS, rlim_t{1} << 30);
   Limit(RLIMIT_CPU, 280);
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <atomic>
 #include <fstream>
 
 #include "support/Errors.h"
@@ -10,9 +11,9 @@
 
 namespace {
 
-/// Bytes that zlib has put out or taken in, uncompressed.
-std::uint64_t gInflated = 0;
-std::uint64_t gDeflated = 0;
+/// Bytes that zlib has put out or taken in, uncompressed; workers count too.
+std::atomic<std::uint64_t> gInflated = 0;
+std::atomic<std::uint64_t> gDeflated = 0;
 
 }  // namespace
 
