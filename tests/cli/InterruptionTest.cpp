@@ -65,18 +65,5 @@ TEST_F(Interruption, BySignalsLeavesTheNextRunAlone) {
   EXPECT_EQ(ReadInputs(), mBefore);
 }
 
-TEST_F(Interruption, LogDoesNotFollowALinkOfSomebodyElse) {
-  if (::geteuid() != 0) GTEST_SKIP() << "only root can make such a link";
-  constexpr uid_t kSomebody = 12345;
-  WriteFile(mDir / "precious", "ours");
-  const std::string log = mDir / "RyxMerge_trace.log";
-  ASSERT_EQ(::symlink((mDir / "precious").c_str(), log.c_str()), 0);
-  EXPECT_EQ(::lchown(log.c_str(), kSomebody, kSomebody), 0);
-  const Outcome outcome = Merge();
-  EXPECT_EQ(outcome.mStatus, 0);
-  EXPECT_THAT(outcome.mErr, HasSubstr("Unable to set log file."));
-  EXPECT_EQ(ReadFile(mDir / "precious"), "ours");
-}
-
 }  // namespace
 }  // namespace Qov::Test

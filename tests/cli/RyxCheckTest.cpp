@@ -1,11 +1,10 @@
-#include <array>
 #include <cstring>
 #include <filesystem>
 
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Exception.h"
 #include "check/FileCheck.h"
 #include "ryxFixture.h"
+#include "support/OldFile.h"
 #include "support/RandomModel.h"
 #include "support/ScopedEnvironment.h"
 #include "support/SharedModels.h"
@@ -167,25 +166,6 @@ TEST_F(RyxCheck, FindsEachDamage) {
   }
 }
 
-TEST_F(RyxCheck, FindsDamageOfCompressedBlocks) {
-  const std::string sound = ReadFile(SavePlate());
-  const auto find = [&](std::size_t at, std::uint32_t value) {
-    std::string bytes = sound;
-    Poke(bytes, at, value);
-    WriteFile(mDir / "damaged.ryx", bytes);
-    return FindingsOf(mDir / "damaged.ryx");
-  };
-  const std::string heavy =
-      "error block-damaged @ stream \"Heavy Data\", block 0, byte 2800 of the file: ";
-  EXPECT_THAT(find(kBlocks + 50, ~Peek(sound, kBlocks + 50)), HasSubstr(heavy));
-  for (const std::uint32_t size : {Peek(sound, kBlocks) + 1, 0xFFFFFFFFU}) {
-    EXPECT_THAT(find(kBlocks, size),
-                HasSubstr(heavy + "It says that it inflates to " + std::to_string(size)));
-  }
-  EXPECT_THAT(find(kItems + kBlockSize, Peek(sound, kItems + kBlockSize) + 1),
-              HasSubstr("error block-damaged @ stream \"Ryx Tree\""));
-}
-
 TEST_F(RyxCheck, FollowsLinksAndComparesMeshArrays) {
   const std::string path = SaveModel("links.ryx", [](QovRyx::Tree& tree) {
     auto& points = AddNode<Geometry>(tree, 1, "Points");
@@ -204,47 +184,25 @@ TEST_F(RyxCheck, FollowsLinksAndComparesMeshArrays) {
   ExpectGolden("check_links.txt", FindingsOf(path));
 }
 
-/// A file of version 0.5: the values of two geometries, with sets between them.
-class OldFile {
- public:
-  OldFile() {
-    mIndex.GetWritingBlockIndex(kLightData);
-    mIndex.Put(kRyxTree, std::int32_t{4});
-    PutRecord({1, 0, 0, 0, 2, 4}, "", "");
-    PutRecord({2, 1, 0, 3, 0, 0}, "Geometry", "0.5");
-    PutGeometry("Coordinates", 0, NumericArray::Of(Ramp(9, 0), 3), "0.5");
-    PutRecord({3, 1, 2, 4, 0, 0}, "NodeSets", "0.1");
-    NodeSets sets("sets");
-    sets.SetSets({{"left", {1, 2}}});
-    sets.SaveDataBlocks(mFile, kHeavyData);
-    sets.WriteLightData(mFile, kLightData);
-    PutRecord({4, 1, 3, 0, 0, 0}, "Geometry", "0.4");
-    PutGeometry("Connectivity", 4, NumericArray::Of(Count(3, 7)), "0.4");
-  }
-
-  QovJbf::JbFile mFile;
-
- private:
-  void PutRecord(const std::array<std::uint32_t, 6>& links, const std::string& type,
+/// For a file of version 0.5, where values stand inline.
+void PutGeometry(OldFile& old, const char* name, std::uint32_t kind, NumericArray values,
                  const std::string& version) {
-    for (const std::uint32_t link : links) mIndex.Put(kRyxTree, link);
-    for (const std::string& text : {std::string(), type, version}) mIndex.Put(kRyxTree, text);
-    mIndex.Put(kRyxTree, static_cast<std::uint32_t>(mIndex.GetStreamLength(kLightData)));
-  }
-  void PutGeometry(const char* name, std::uint32_t kind, NumericArray values,
-                   const std::string& version) {
-    Geometry geometry("");
-    geometry.AppendVariable(MakeVariable(name, kind, std::move(values)));
-    geometry.EditVariable(0).mOffset = 0;
-    geometry.WriteJb(mFile, kLightData, kHeavyData, QovRyx::kAttributes, version);
-  }
-
-  QovJbf::Index& mIndex = mFile.GetIndex();
-};
+  Geometry geometry("");
+  geometry.AppendVariable(MakeVariable(name, kind, std::move(values)));
+  geometry.EditVariable(0).mOffset = 0;
+  old.PutGeometry(geometry, version);
+}
 
 TEST_F(RyxCheck, CountsToTheValuesOfOlderFiles) {
-  OldFile old;
-  WriteTo(old.mFile, mDir / "old.ryx", "0.5");
+  OldFile old(4);
+  PutGeometry(old, "Coordinates", 0, NumericArray::Of(Ramp(9, 0), 3), "0.5");
+  old.PutRecord("", "NodeSets", "0.1");
+  NodeSets sets("sets");
+  sets.SetSets({{"left", {1, 2}}});
+  sets.SaveDataBlocks(old.GetFile(), kHeavyData);
+  sets.WriteLightData(old.GetFile(), kLightData);
+  PutGeometry(old, "Connectivity", 4, NumericArray::Of(Count(3, 7)), "0.4");
+  WriteTo(old.GetFile(), mDir / "old.ryx", "0.5");
   EXPECT_EQ(FindingsOf(mDir / "old.ryx"), "");
   const Streams streams = ReadStreams(mDir / "old.ryx");
   ExpectFindings("check_version_0.5.txt", streams, "0.5");

@@ -80,25 +80,5 @@ TEST(BlockIoTest, NarrowsWideCharacters) {
   EXPECT_EQ(Decoded<std::wstring>(Image(0U), L"before"), L"");
 }
 
-template <class T>
-void ExpectTooShort(const std::string& bytes) {
-  Block block = BlockOf(bytes);
-  T target{};
-  ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block",
-              [&] { CopyFromBlock(block, target); });
-}
-
-TEST(BlockIoTest, DoesNotTakeMemoryForCountsThatLie) {
-  const std::string lie = Image(0xFFFFFFFFU) + "12345678";
-  ExpectTooShort<std::string>(lie);
-  ExpectTooShort<std::wstring>(lie);
-  ExpectTooShort<std::vector<double>>(lie);
-  ExpectTooShort<std::vector<std::string>>(lie);
-  ExpectTooShort<std::vector<std::vector<float>>>(lie);
-  ExpectTooShort<std::map<std::string, std::uint32_t>>(lie);
-  ExpectTooShort<std::vector<std::uint32_t>>(Image(3U) + "12345678");
-  ExpectTooShort<std::uint64_t>("1234567");
-}
-
 }  // namespace
 }  // namespace QovJbf

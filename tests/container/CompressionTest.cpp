@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
-
 #include "ContainerSupport.h"
 #include "Qov/Jbf/BlockZlibCompressor.h"
 #include "container/CompressionQueue.h"
@@ -13,20 +11,6 @@ using namespace Qov::Test;
 
 constexpr std::size_t kChunk = ChunkPool::kChunkSize;
 constexpr int kLevel = 6;
-
-TEST(WorkerPoolTest, RunsEveryTaskElsewhereIfThereIsMoreThanOneThread) {
-  const auto owner = std::this_thread::get_id();
-  for (const unsigned threads : {0U, 1U, 2U, 8U}) {
-    std::atomic<int> here = 0;
-    std::atomic<int> elsewhere = 0;
-    WorkerPool pool(threads);
-    for (int i = 0; i < 100; ++i) {
-      pool.Post([&] { ++(std::this_thread::get_id() == owner ? here : elsewhere); });
-    }
-    while (here + elsewhere < 100) std::this_thread::yield();
-    EXPECT_EQ(elsewhere, threads > 1 ? 100 : 0);
-  }
-}
 
 std::string CompressedAtOnce(const std::string& content) {
   Block block = BlockOf(content);
@@ -118,19 +102,6 @@ TEST(CompressionQueueTest, GivesWhatOneCallGivesWithinItsMemory) {
     }
     EXPECT_LE(queue.GetPool().GetMostUsed(), kBound + threads * kChunk);
     EXPECT_EQ(queue.GetPool().GetUsed(), 0U);
-  }
-}
-
-TEST(CompressionQueueTest, RaisesWhatAWorkerMet) {
-  constexpr int kNoLevel = 42;
-  for (const unsigned threads : {1U, 2U}) {
-    CompressionQueue queue(threads, kChunk, kNoLevel);
-    Passage passage(queue, "content");
-    passage.Add();
-    ExpectError(ErrorType::MemoryAllocationError, "Memory Allocation Error",
-                [&] { passage.TakeAll(); });
-    EXPECT_TRUE(queue.HasRoom()) << "nobody must wait for what will not come";
-    ExpectError(ErrorType::MemoryAllocationError, "", [&] { queue.Wait(); });
   }
 }
 

@@ -120,30 +120,6 @@ TEST_F(JbFileTest, KnowsWhichVersionsItReads) {
   }
 }
 
-TEST_F(JbFileTest, RefusesSizesThatTheFileCannotHold) {
-  WriteContainer(mPath, [](JbFile& file) { file.GetIndex().Put("text", std::string("plain")); });
-  const std::string bytes = ReadFile(mPath);
-  struct Lie {
-    std::size_t mAt;
-    std::uint32_t mNumber;
-    ErrorType mError;
-  };
-  for (const Lie& lie : std::initializer_list<Lie>{
-           {12, 0xFFFFFFFF, ErrorType::ReadError},         // root index
-           {16, 0x0FFFFFFF, ErrorType::OutOfBounds},       // its count
-           {21, 0xFFFFFFFF, ErrorType::OutOfBounds},       // length of a name
-           {20 + 133, 0xFFFFFFFF, ErrorType::ReadError},   // size of the block
-           {2800, 0x7FFFFFFF, ErrorType::OutOfBounds}}) {  // length of the text
-    SCOPED_TRACE(lie.mAt);
-    WriteFile(mPath, std::string(bytes).replace(lie.mAt, 4, Image(lie.mNumber)));
-    JbFile file;
-    file.OpenFile(mPath, "rb");
-    std::string text = "before";
-    ExpectError(lie.mError, "", [&] { file.Require("text", text); });
-    EXPECT_EQ(text, "before");
-  }
-}
-
 TEST_F(JbFileTest, RefusesIndexBlocksThatListMoreThanTheFileHasBytes) {
   // Items without names: eleven zeros each.
   const std::string items = Image(400000U) + std::string(400000 * 11, '\0');

@@ -1,7 +1,6 @@
 #include "Qov/Jbf/StreamReader.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include "ContainerSupport.h"
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
@@ -71,26 +70,6 @@ TEST_F(StreamReaderTest, EndsAtTheEnd) {
   EXPECT_EQ(file.OpenStreamReader("absent")->GetLength(), 0U);
 }
 
-TEST_F(StreamReaderTest, ServesMoreFilesThanMayBeOpen) {
-  rlimit before{};
-  getrlimit(RLIMIT_NOFILE, &before);
-  const rlimit few{16, before.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &few);
-  std::vector<std::shared_ptr<StreamReader>> readers;
-  for (unsigned i = 0; i < 60; ++i) {
-    WriteContainer(mFolder / std::to_string(i), [&](JbFile& file) {
-      PutInPieces(file, kStream, SomeBytes(5000, i), 5000, kHeavy);
-    });
-    readers.push_back(OpenReader(mFolder / std::to_string(i)));
-  }
-  for (const std::size_t offset : {0U, 2500U}) {
-    for (unsigned i = 0; i < readers.size(); ++i) {
-      EXPECT_EQ(ReadPart(*readers[i], offset, 2500), SomeBytes(5000, i).substr(offset, 2500));
-    }
-  }
-  setrlimit(RLIMIT_NOFILE, &before);
-}
-
 TEST_F(StreamReaderTest, NoticesAnExchangedFile) {
   const std::string content = SomeBytes(1000, 1);
   Write(content, 1000, BlockFlag::kFreezeWhenFull);
@@ -117,7 +96,6 @@ TEST_F(StreamReaderTest, NoticesAnExchangedFile) {
 /// in the file.
 class DamagedStreamTest : public StreamReaderTest {
  protected:
-  static constexpr std::size_t kSizeField = 20 + 133;
   static constexpr std::size_t kBlock = 2800;
 
   DamagedStreamTest() {
@@ -154,17 +132,6 @@ TEST_F(DamagedStreamTest, FindsWrongLastBytesAndLengths) {
   EXPECT_THROW(file.SetBlockPosition(kStream, 5), DamagedBlock);
   ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block",
               [&] { OpenWith(kBlock, Image(0xFFFFFFFFU)); });
-}
-
-TEST_F(DamagedStreamTest, FindsBlocksThatAreCutOrLieOutsideTheFile) {
-  EXPECT_THROW(ReadPart(*OpenWith(kSizeField, Image(20000U)), 0, 100000), DamagedBlock);
-  const auto stored = static_cast<std::uint32_t>(mBytes.size() - kBlock);
-  ExpectError(ErrorType::ReadError, "Unable to read from file",
-              [&] { OpenWith(kSizeField, Image(stored + 1)); });
-  ExpectError(ErrorType::OutOfBounds, "Not enough bytes", [&] { OpenWith(kSizeField, Image(3U)); });
-  const auto truncated = OpenWith(0, mBytes.substr(0, 8));
-  std::filesystem::resize_file(mPath, mBytes.size() - 1);
-  EXPECT_THROW(ReadPart(*truncated, 0, 100000), std::exception);
 }
 
 TEST_F(DamagedStreamTest, InflatesNothingThatItPassesOver) {

@@ -116,30 +116,5 @@ TEST_F(StreamedBlocksTest, RefuseWhatTheyCannotHold) {
   EXPECT_EQ(index.GetWritingBlockIndex(kStream), 1U);  // there was no room in the first one
 }
 
-TEST_F(StreamedBlocksTest, LetErrorsThrough) {
-  const ScopedEnvironment blockSize(kLimitVariable, "600000");
-  for (const char* threads : {"1", "3"}) {
-    const ScopedEnvironment environment(kThreadsVariable, threads);
-    JbFile file;
-    file.OpenFile(mPath, "wb+");
-    file.CompressWhileFilling(kStream);
-    const std::string noise = SomeBytes(2000000, 1);
-    for (int i = 0; i < 4; ++i) file.GetIndex().Put(kStream, noise.data(), noise.size());
-    ExpectError(ErrorType::ReadError, "a source that fails", [&] {
-      file.GetIndex().Put(kStream, noise.size(), [](void*, std::size_t) {
-        Qov::Util::Raise("test", ErrorType::ReadError, "a source that fails");
-      });
-    });
-
-    JbFile full;
-    full.OpenFile("/dev/full", "wb+");
-    full.CompressWhileFilling(kStream);
-    ExpectError(ErrorType::WriteError, "Unable to write to file", [&] {
-      full.GetIndex().Put(kStream, noise.data(), noise.size());
-      full.GetIndex().WriteAllBuffersToFileStream(full.GetStream());
-    });
-  }
-}
-
 }  // namespace
 }  // namespace QovJbf

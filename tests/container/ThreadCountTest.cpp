@@ -87,19 +87,6 @@ TEST_F(ThreadCountTest, FitsTheThreadsIntoHalfOfTheFreeMemory) {
   EXPECT_EQ(GetThreadCount(100, Share()), 1U);
 }
 
-TEST_F(ThreadCountTest, NeedsLessWhenTheLastThreadMayBeLate) {
-  const auto memory = [](unsigned threads, std::uint64_t hundredths) {
-    return GetCompressionMemory(threads, 100 * kMegabyte, hundredths * kMegabyte) / kMegabyte;
-  };
-  EXPECT_EQ(memory(2, 400), 150U);
-  EXPECT_EQ(memory(2, 420), 110U) << "20 less for the second one";
-  EXPECT_EQ(memory(2, 380), 110U);
-  EXPECT_EQ(memory(2, 90), 50U);
-  EXPECT_EQ(memory(3, 600), 250U);
-  EXPECT_EQ(memory(3, 750), 150U);
-  EXPECT_EQ(memory(1, 310), 50U);
-}
-
 TEST_F(ThreadCountTest, ObeysTheEnvironment) {
   WriteAvailable(0);
   for (const auto& [text, threads] : std::initializer_list<std::pair<const char*, unsigned>>{

@@ -64,16 +64,6 @@ TEST_F(InstanceNames, LinksOfANodeThatIsNoGeometryAreSkippedAndOfNoneRefused) {
   EXPECT_THROW(GenerateLinkedResults(mTree, {{3, {}}}), Qov::Util::Exception);
 }
 
-TEST_F(InstanceNames, ThousandsOfLinksTakeNoTimeToSpeakOf) {
-  std::vector<std::string> names;
-  for (int i = 0; i != 20000; ++i) names.push_back("Common" + std::to_string(i));
-  names.insert(names.end(), {"S|A", "S|B", "S|C"});
-  Geometry& geometry = Make(names);
-  RenameResults(mTree, 1, mLinks, false);
-  GenerateLinkedResults(mTree, mLinks);
-  EXPECT_EQ(geometry.GetVariables().size(), 60003U);
-}
-
 TEST(IsMeshResult, CutsOneCharacterBeforeTheSeparator) {
   for (const char* name : {"Coordinates", "Coordinates |LC1", "Connectivity.|x", "Polylength",
                            "Part Elements", "Node Ids", "Element IDs"}) {

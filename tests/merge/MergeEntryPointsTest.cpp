@@ -85,18 +85,6 @@ TEST_F(MergeEntryPoints, OneFileMergesAsOftenAsTheNumberSays) {
   EXPECT_EQ(DescribeModel(mOutput), MergedAsDatasets({file, file, file}));
 }
 
-TEST_F(MergeEntryPoints, NegativeNumberEndsWithAnError) {
-  const std::string file = Model("high.ryx", [](Tree& tree) {
-    NodeTree::Node entry;
-    entry.mId = 0x90000000;
-    entry.mParent = NodeTree::kRootId;
-    entry.mData = std::make_unique<Group>("High");
-    tree.GetNodes().PutNode(std::move(entry));
-  });
-  ExpectError(merge_n, {file, "-1", mOutput}, "Node id 2415919104 is too high to be shifted");
-  EXPECT_FALSE(std::filesystem::exists(mOutput));
-}
-
 TEST_F(MergeEntryPoints, ResultsAreTakenByKindAndName) {
   const auto build = [](const std::vector<std::pair<std::string, std::uint32_t>>& results) {
     return [results](Tree& tree) {

@@ -80,13 +80,4 @@ TEST(NodeSets, RefusesPiecesThatDisagree) {
   }
 }
 
-TEST(NodeSets, RefusesPiecesThatAreNotThere) {
-  // An end of a name is taken for a count; within the last count; far behind everything.
-  for (const std::uint64_t offset : {std::uint64_t{8}, std::uint64_t{23}, ~std::uint64_t{0}}) {
-    ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block", [&] {
-      ReadPieces({{0, 0x7FFFFFFF}, "", {0}, {}, 1, offset});
-    });
-  }
-}
-
 }  // namespace

@@ -2,9 +2,9 @@
 
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/FileVersionScope.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "support/Errors.h"
 #include "support/ModelCompare.h"
+#include "support/OldFile.h"
 #include "support/Streams.h"
 #include "support/TempDir.h"
 
@@ -13,42 +13,10 @@ namespace {
 
 using namespace QovRyx;
 
-/// A file as older programs wrote it, record by record: the root, then its children.
-class OldFile {
- public:
-  explicit OldFile(std::int32_t numRecords) {
-    GetIndex().GetWritingBlockIndex(kLightData);
-    GetIndex().Put(kRyxTree, numRecords);
-    PutRecord("", "", "");
-  }
-
-  QovJbf::Index& GetIndex() { return mFile.GetIndex(); }
-  QovJbf::JbFile& GetFile() { return mFile; }
-
-  void PutRecord(const std::string& name, const std::string& type, const std::string& version) {
-    const std::uint32_t id = ++mLastId;
-    for (const std::uint32_t link : {id, id == 1 ? 0U : 1U, 0U, 0U, 0U, 0U}) {
-      GetIndex().Put(kRyxTree, link);
-    }
-    for (const std::string& text : {name, type, version}) GetIndex().Put(kRyxTree, text);
-    GetIndex().Put(kRyxTree, static_cast<std::uint32_t>(GetIndex().GetStreamLength(kLightData)));
-  }
-
-  void PutPlacement() {
-    for (int value = 1; value <= 10; ++value) {
-      GetIndex().Put(kLightData, static_cast<float>(value));
-    }
-  }
-
-  void PutGeometry(Geometry& geometry, const std::string& version) {
-    PutRecord(geometry.GetName(), "Geometry", version);
-    geometry.WriteJb(mFile, kLightData, kHeavyData, kAttributes, version);
-  }
-
- private:
-  QovJbf::JbFile mFile;
-  std::uint32_t mLastId = 0;
-};
+void PutPlacement(OldFile& old) {
+  for (int value = 1; value <= 10; ++value)
+    old.GetIndex().Put(kLightData, static_cast<float>(value));
+}
 
 TEST(OlderFiles, GroupsAndShapesHaveWhatTheirVersionHad) {
   const TempDir dir;
@@ -56,7 +24,7 @@ TEST(OlderFiles, GroupsAndShapesHaveWhatTheirVersionHad) {
   for (const char* version : {"0.0a", "0.1"}) old.PutRecord(version, "Group", version);
   for (const char* version : {"0.2", "0.3", "0.4"}) {
     old.PutRecord(version, "Group", version);
-    old.PutPlacement();
+    PutPlacement(old);
     if (version == std::string("0.2")) continue;
     QovUtil::WriteAttributesToJbf(old.GetFile(), kAttributes, {{"a", 7U}});
     if (version == std::string("0.4")) old.GetIndex().Put(kLightData, std::uint8_t{3});

@@ -35,13 +35,6 @@ TEST(FrameTest, ANestedRecordMayNotPassItsOwner) {
   EXPECT_EQ(DecodingError<QovRyx::CAEState>(bytes + Bytes(1000, '\0')), ErrorType::UnknownVersion);
 }
 
-TEST(FrameTest, CountsThatLieTakeNoMemory) {
-  const Bytes many = Image(0xFFFFFFFFU);
-  EXPECT_EQ(DecodingError<std::vector<QovRyx::ModifierInfo>>(many), ErrorType::OutOfBounds);
-  EXPECT_EQ(DecodingError<QovRyx::HiddenState>(MakeRecord("0.2", many)), ErrorType::OutOfBounds);
-  EXPECT_EQ(DecodingError<QovRyx::ModifierInfo>(Image(8U) + many), ErrorType::OutOfBounds);
-}
-
 TEST(FrameTest, VectorsAreReplacedElementByElement) {
   std::vector<QovRyx::ModifierInfo> written(2);
   written[0].mApplication = "first";
