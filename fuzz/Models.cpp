@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
 #include <vector>
 
 namespace Qov::Fuzz {
@@ -19,10 +20,14 @@ std::uint64_t CountBytes(const QovRyx::Tree& tree) {
   return numBytes;
 }
 
-void ReadAll(const QovRyx::Geometry& geometry) {
+using Readers = std::set<QovJbf::StreamReader*>;
+
+void ReadAll(const QovRyx::Geometry& geometry, Readers& readers) {
   std::vector<std::uint32_t> values;
   for (const auto& variable : geometry.GetVariables()) {
-    if (!variable.mLinked) variable.mValues.GetValues(values);
+    if (variable.mLinked) continue;
+    variable.mValues.GetValues(values);
+    if (const auto& loader = variable.mValues.GetLoader()) readers.insert(&loader->GetReader());
   }
 }
 
@@ -45,11 +50,16 @@ void Load(QovRyx::Tree& tree, const std::string& path) {
 
 bool ReadArrays(const QovRyx::Tree& tree) {
   if (CountBytes(tree) > kMostBytes) return false;
-  ForEachGeometry(tree.GetNodes(), [](std::uint32_t, const QovRyx::Geometry& g) { ReadAll(g); });
+  Readers readers;
+  ForEachGeometry(tree.GetNodes(),
+                  [&](std::uint32_t, const auto& geometry) { ReadAll(geometry, readers); });
   for (const auto& [id, entry] : tree.GetNodes()) {
     const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(entry.mData.get());
-    if (sets != nullptr) static_cast<void>(sets->GetSets());
+    if (sets == nullptr) continue;
+    static_cast<void>(sets->GetSets());
+    if (sets->GetReader() != nullptr) readers.insert(sets->GetReader());
   }
+  for (QovJbf::StreamReader* reader : readers) reader->Verify();
   return true;
 }
 

@@ -21,9 +21,9 @@ FilePair SplitPair(Bytes bytes);
 /// Loads a whole model. Raises what loading raises.
 void Load(QovRyx::Tree& tree, const std::string& path);
 
-/// Reads the arrays that a loaded model does not share with others, and its node sets. False if
-/// they are too many bytes for one run: a few hundred bytes of a file may stand for many
-/// megabytes.
+/// Reads the arrays that a loaded model does not share with others, and its node sets, and checks
+/// the blocks that they end in the middle of. False if they are too many bytes for one run: a few
+/// hundred bytes of a file may stand for many megabytes.
 bool ReadArrays(const QovRyx::Tree& tree);
 
 }  // namespace Qov::Fuzz
