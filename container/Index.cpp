@@ -35,7 +35,6 @@ constexpr std::uint64_t EncodedIndexSize(std::uint64_t items) {
 
 Index::Index() = default;
 Index::~Index() = default;
-Index::Index(Index&&) noexcept = default;
 Index& Index::operator=(Index&&) noexcept = default;
 
 std::uint64_t Index::CreateBlock(const std::string& name) {

@@ -12,7 +12,6 @@ using QovRyx::Group;
 using QovRyx::NodeSets;
 using QovRyx::NodeTree;
 using QovRyx::NumericArray;
-using QovRyx::Shape;
 
 class RyxLs : public RyxProgram {
  protected:

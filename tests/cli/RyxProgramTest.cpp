@@ -29,6 +29,8 @@ TEST_F(RyxCommandLine, MisuseAndTroubleAreExplainedOnStandardError) {
   ExpectTranscript("program.txt");
 }
 
+TEST_F(RyxCommandLine, TerminalsGetLinesColoursAndProgress) { ExpectTranscript("terminal.txt"); }
+
 TEST_F(RyxCommandLine, ShellsLearnTheWordsFromTheProgram) {
   struct Case {
     std::string mTyped;

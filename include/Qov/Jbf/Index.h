@@ -87,7 +87,6 @@ class QOV_EXPORT Index {
 
   Index();
   ~Index();
-  Index(Index&&) noexcept;
   Index& operator=(Index&&) noexcept;
 
   std::uint64_t CreateBlock(const std::string& name);

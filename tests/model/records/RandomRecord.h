@@ -40,7 +40,7 @@ class RandomFiller {
   requires std::is_arithmetic_v<T> || std::is_same_v<T, QovRyx::Vector3> ||
       std::is_same_v<T, QovRyx::ColourValue>
   void Fill(T& value) {
-    std::array<unsigned char, sizeof(T)> bytes;
+    std::array<unsigned char, sizeof(T)> bytes{};
     for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(Next());
     value = std::bit_cast<T>(bytes);
   }
