@@ -35,6 +35,21 @@ std::string LittleEndian(std::size_t value) {
   return bytes;
 }
 
+/// What the ways of merging that go by links and names are for.
+void BuildLinks(QovRyx::Tree& tree) {
+  BuildPlate(tree, {"Stress|LC1", "Mass"}, 1, 4);
+  const std::uint32_t cuts = tree.GetNodes().GetNextId();
+  AddNode<QovRyx::Group>(tree, QovRyx::NodeTree::kRootId, "Cut-Sections");
+  AddNode<QovRyx::Shape>(tree, cuts, "Cut");
+  auto& cut = AddNode<QovRyx::Geometry>(tree, cuts + 1, "Cut");
+  cut.AppendVariable(MakeVariable("Heat|LC1", 12, QovRyx::NumericArray::Of(Ramp(3, 1.0F))));
+  cut.AppendVariable(MakeLinked("Near|LC1", {cuts + 2, 0}));
+  cut.AppendVariable(MakeLinked("Far|LC1", {PlateIds::kGeometry, 2}));
+  cut.AppendVariable(MakeLinked("Lost|LC1", {99, 0}));
+  QovRyx::AsGeometry(tree.GetNodes().GetReqNode(PlateIds::kGeometry))
+      ->AppendVariable(MakeLinked("Heat|LC2", {cuts + 2, 0}));
+}
+
 /// Models that take little room and have something of everything.
 std::vector<std::string> MakeModels(const Path& folder) {
   std::vector<std::string> models;
@@ -49,6 +64,10 @@ std::vector<std::string> MakeModels(const Path& folder) {
     SaveTree(tree, path);
     models.push_back(ReadFile(path));
   }
+  QovRyx::Tree links(false);
+  BuildLinks(links);
+  SaveTree(links, path);
+  models.push_back(ReadFile(path));
   std::filesystem::remove(path);
   return models;
 }
@@ -94,6 +113,11 @@ void WriteSeeds(const Path& folder) {
       const std::string mergeName = name + "_" + std::to_string(mode);
       if (i == 0 || mode == 0) WriteFile(folder / "merge" / mergeName, mode + pair);
     }
+  }
+  const std::string& links = models.back();
+  for (char mode = 1; mode < 9; ++mode) {
+    WriteFile(folder / "merge" / ("links" + std::to_string(mode)),
+              mode + LittleEndian(links.size()) + links + links);
   }
   const std::string views = MakeViews(folder);
   for (const char* target : {"container", "views", "check"}) {

@@ -9,16 +9,20 @@
 #include "Qov/Ryx/MergeEntryPoints.h"
 #include "Qov/Ryx/RyxMerge.h"
 #include "Target.h"
+#include "support/ScopedEnvironment.h"
 
 /// Merges two models: mode: u8 | length of the first: u32 | first | second. What was accepted one
-/// by one is merged as datasets, and what was merged can be loaded.
+/// by one is merged as datasets, and what was merged can be loaded. Every other six modes are the
+/// same with whole blocks copied.
 namespace {
 
 using namespace Qov::Fuzz;
+using Qov::Test::ScopedEnvironment;
 using Paths = std::vector<std::string>;
 using EntryPoint = int (*)(int, const char* const*);
 
 constexpr int kDone = 0;
+constexpr std::uint8_t kModes = 6;
 /// Models below it can be put below one another without an id that is too high.
 constexpr std::uint32_t kHighId = 1U << 30;
 
@@ -29,7 +33,8 @@ int RunEntryPoint(EntryPoint function, const Paths& inputs, const std::string& o
 }
 
 int Merge(std::uint8_t mode, const Paths& inputs, const std::string& output) {
-  switch (mode % 6) {
+  const ScopedEnvironment copies("RYXMERGE_COPY_BLOCKS", mode / kModes % 2 == 0 ? "0" : "1");
+  switch (mode % kModes) {
     case 0:
       return QovRyx::merge_as_datasets(inputs, output);
     case 1:
@@ -87,7 +92,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     status = Merge(data[0], {first.GetPath(), second.GetPath()}, output.GetPath());
   }
   const bool mustMerge =
-      data[0] % 6 == 0 && areSmall && !verdicts[0].mHasHighIds && !verdicts[1].mHasHighIds;
+      data[0] % kModes == 0 && areSmall && !verdicts[0].mHasHighIds && !verdicts[1].mHasHighIds;
   if (mustMerge) Require(status == kDone, "models that can be read can be merged");
   if (status == kDone && areSmall) {
     Require(Examine(output.GetPath()).mIsSound, "what was merged can be loaded");
