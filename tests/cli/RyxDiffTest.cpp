@@ -68,14 +68,6 @@ class RyxDiff : public RyxProgram {
       change(tree);
     };
   }
-  template <class T>
-  static T& Content(Tree& tree, std::uint32_t id) {
-    return dynamic_cast<T&>(*tree.GetNodes().GetReqNode(id).mData);
-  }
-  static Geometry& Mesh(Tree& tree) { return Content<Geometry>(tree, PlateIds::kGeometry); }
-  static Geometry::VarStruct& Result(Tree& tree, std::size_t i) {
-    return Mesh(tree).EditVariable(i);
-  }
 
   /// Two models of one result each, with these values.
   std::vector<std::string> DiffValues(const std::vector<float>& a, const std::vector<float>& b,

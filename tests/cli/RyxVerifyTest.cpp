@@ -53,14 +53,6 @@ class RyxVerify : public LedgerTest {
     return text;
   }
 
-  template <class T>
-  static T& Content(Tree& tree, std::uint32_t id) {
-    return dynamic_cast<T&>(*tree.GetNodes().GetReqNode(id).mData);
-  }
-  static Geometry& Mesh(Tree& tree) { return Content<Geometry>(tree, PlateIds::kGeometry); }
-  static Geometry::VarStruct& Result(Tree& tree, std::size_t i) {
-    return Mesh(tree).EditVariable(i);
-  }
   static void ChangeValue(Geometry::VarStruct& result, std::size_t i, std::uint32_t bits) {
     std::vector<std::uint32_t> values;
     result.mValues.GetValues(values);

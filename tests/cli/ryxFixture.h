@@ -22,6 +22,18 @@ class RyxProgram : public testing::Test {
     return RunProgram(arguments, {});
   }
 
+  /// Of a model that begins with a plate: any node, the mesh, a result of it.
+  template <class T>
+  static T& Content(QovRyx::Tree& tree, std::uint32_t id) {
+    return dynamic_cast<T&>(*tree.GetNodes().GetReqNode(id).mData);
+  }
+  static QovRyx::Geometry& Mesh(QovRyx::Tree& tree) {
+    return Content<QovRyx::Geometry>(tree, PlateIds::kGeometry);
+  }
+  static QovRyx::Geometry::VarStruct& Result(QovRyx::Tree& tree, std::size_t i) {
+    return Mesh(tree).EditVariable(i);
+  }
+
   /// Saves what `build` makes of an empty model.
   template <class Build>
   std::string SaveModel(const std::string& name, Build build) const {
