@@ -8,8 +8,8 @@
 # MINUTES   for each target; 1 unless given
 # TARGET    only these; fuzz/CMakeLists.txt lists them
 #
-# Inputs that reach something new gather in build/fuzz/corpus/TARGET, and what breaks a target in
-# build/fuzz/found (AFL++: all in build/fuzz-afl/found). Add a fixed fault's input to
+# Inputs that reach something new gather in build/fuzz/corpus/TARGET, logs and what breaks a target
+# in build/fuzz/found/TARGET (AFL++: all in build/fuzz-afl/found). Add a fixed fault's input to
 # fuzz/corpus/TARGET, where a test replays it.
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
@@ -38,16 +38,29 @@ most_bytes=16384
 seconds=$((minutes * 60))
 export RYXMERGE_THREADS=1 TELMORAX_DEFAULT_RYX_BLOCK_SIZE=1000
 
-# Each takes the target's name, where it starts from and where it leaves what it finds.
+# Each takes the target's name, where it starts from and where it leaves what it finds, and runs
+# one process a core.
+
+# The processes learn from each other through the corpus that they share. libFuzzer's own way,
+# -fork, starts afresh so often that it spends most of its time on reading the corpus.
 run_libfuzzer() {
   local options=(-max_len="$most_bytes" -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=256
-    -max_total_time="$seconds" -fork="$(nproc)" -use_value_profile=1 -dict=fuzz/model.dict)
+    -max_total_time="$seconds" -use_value_profile=1 -dict=fuzz/model.dict -print_final_stats=1)
+  local i job jobs=() status=0
   mkdir -p "$build/corpus/$1"
-  "$build/bin/fuzz_$1" "${options[@]}" -artifact_prefix="$3/" "$build/corpus/$1" "$2" 2>&1 |
-    tail -n 12
+  for ((i = 0; i < $(nproc); ++i)); do
+    "$build/bin/fuzz_$1" "${options[@]}" -artifact_prefix="$3/" "$build/corpus/$1" "$2" \
+      >"$3/core$i.log" 2>&1 &
+    jobs+=($!)
+  done
+  for job in "${jobs[@]}"; do
+    wait "$job" || status=1
+  done
+  grep -a -h -E '^(SUMMARY|Test unit written|stat::number_of_executed_units)' "$3"/core*.log
+  return "$status"
 }
 
-# One process a core; the first keeps the corpus of all, the others leave out its thorough steps.
+# The first keeps the corpus of all, the others leave out its thorough steps.
 run_afl() {
   local i jobs=()
   for ((i = 0; i < $(nproc); ++i)); do
