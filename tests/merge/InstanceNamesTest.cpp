@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "MergeSummary.h"
 #include "Qov/Util/Exception.h"
 #include "support/ModelBuilder.h"
 
@@ -43,13 +44,30 @@ TEST_F(InstanceNames, LinkedResultsAreUpdatedInPlaceAndKeepTheirArrays) {
   geometry.EditVariable(1).mKind = 17;
   geometry.EditVariable(1).mFlag = 3;
   geometry.EditVariable(1).mAttributes["new"] = 2U;
-  GenerateLinkedResults(mTree, {{kId, {{Barred("Mass|A"), {Barred("Mass|B")}}}}});
+  DroppedResults dropped;
+  const PartLinksMap links = {{kId, {{Barred("Mass|A"), {Barred("Mass|B"), Barred("Mass|B")}}}}};
+  GenerateLinkedResults(mTree, links, dropped);
+  EXPECT_EQ(dropped.mReplaced, 1U);
   EXPECT_THAT(VariableTexts(geometry), ElementsAre("Mass|B -> 2,1", "Mass|A"));
   const Geometry::VarStruct& linked = geometry.GetVariables()[0];
   EXPECT_EQ(linked.mKind, 17U);
   EXPECT_EQ(linked.mFlag, 3);
   EXPECT_THAT(linked.mAttributes, ElementsAre(Pair("new", QovUtil::AttributeValue(2U))));
   EXPECT_EQ(linked.mValues.GetNumElements(), 4U);
+}
+
+TEST_F(InstanceNames, ResultsWhoseValuesAreSharedAlreadyStayAsTheyAre) {
+  Geometry& geometry = Make({"Mass|A", "Mass|C"});
+  geometry.AppendVariable(MakeLinked("Mass|B", {kId, 0}));
+  geometry.AppendVariable(MakeLinked("Mass", {kId, 2}));
+  DroppedResults dropped;
+  RenameResults(mTree, 1, mLinks, false);
+  mLinks[kId] = {{Barred("Mass"), {Barred("Mass|A"), Barred("Mass|B"), Barred("Mass|C")}}};
+  geometry.RenameVariable(3, "Mass");
+  GenerateLinkedResults(mTree, mLinks, dropped);
+  EXPECT_THAT(VariableTexts(geometry),
+              ElementsAre("Mass|A", "Mass|C -> 2,2", "Mass|B -> 2,0", "Mass -> 2,2"));
+  EXPECT_EQ(dropped.mReplaced, 1U);
 }
 
 TEST_F(InstanceNames, MissingResultsAreMadeTheLinkedOneFirst) {

@@ -51,6 +51,7 @@ class InstanceExpecter {
   void Share(std::uint32_t id, const MergedNames& names, std::size_t position);
   void ShareOne(std::uint32_t id, const std::string& name, const std::string& primaryName,
                 std::size_t position);
+  bool LeadsTo(const ExpectedResult* start, const ExpectedResult& place) const;
   bool Takes(const ExpectedResult& result) const {
     return mMode != MergeMode::AutomaticInstances || !InstancePartOf(result.mName).empty();
   }
@@ -170,7 +171,17 @@ void InstanceExpecter::Share(std::uint32_t id, const MergedNames& names, std::si
   }
 }
 
-/// Whatever is the first of the name becomes a link.
+/// Whether one comes by `place` on the links from `start`, along chains of a sensible length.
+bool InstanceExpecter::LeadsTo(const ExpectedResult* start, const ExpectedResult& place) const {
+  constexpr int kLongestChain = 1000;
+  for (int i = 0; i != kLongestChain && start != nullptr; ++i) {
+    if (start == &place) return true;
+    start = start->mLinked ? mModel.FindNext(*start) : nullptr;
+  }
+  return false;
+}
+
+/// Whatever is the first of the name becomes a link, unless its values are those to be shared.
 void InstanceExpecter::ShareOne(std::uint32_t id, const std::string& name,
                                 const std::string& primaryName, std::size_t position) {
   ExpectedNode& node = mModel.mNodes.at(id);
@@ -179,6 +190,7 @@ void InstanceExpecter::ShareOne(std::uint32_t id, const std::string& name,
   const std::size_t primaryPlace = index.FindOrAppend(node, primaryName);
   const ExpectedResult& primary = node.mResults[primaryPlace];
   ExpectedResult& result = node.mResults[place];
+  if (LeadsTo(&primary, result)) return;
   result.mpFields = primary.mpFields;
   result.mKind = primary.mKind;
   result.mLink = primary.mLinked ? primary.mLink

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "GeometryEntries.h"
+#include "MergeSummary.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovRyx {
@@ -31,7 +32,7 @@ std::string WithSuffix(std::string name, const std::string& suffix) {
 }
 
 /// What stands behind the separator, which the name must have.
-std::string InstancePart(const std::string& name) {
+std::string_view InstancePart(std::string_view name) {
   return name.substr(name.rfind(kInstanceSeparator) + 1);
 }
 
@@ -68,12 +69,11 @@ struct SharedSize {
     for (const Geometry::VarStruct& result : geometry.GetVariables()) {
       const double size = SizeOf(result);
       mOwn += size;
-      const std::string_view name = result.mName;
+      const std::string_view part = InstancePart(result.mName);
       if (!HasInstancePart(result.mName)) {
         ++numCommon;
         commonBytes += size;
-      } else if (const auto part = name.substr(name.rfind(kInstanceSeparator) + 1);
-                 instances.insert(part).second) {
+      } else if (instances.insert(part).second) {
         instanceBytes += static_cast<double>(part.size());
       }
     }
@@ -86,7 +86,7 @@ std::set<std::string> SuffixAll(Geometry& geometry, const std::string& suffix) {
   std::set<std::string> instances;
   for (std::size_t i = 0; i != geometry.GetVariables().size(); ++i) {
     std::string name = WithSuffix(geometry.GetVariables()[i].mName, suffix);
-    if (HasInstancePart(name)) instances.insert(InstancePart(name));
+    if (HasInstancePart(name)) instances.emplace(InstancePart(name));
     geometry.RenameVariable(i, std::move(name));
   }
   return instances;
@@ -109,12 +109,34 @@ LinkedNames ShareCommonResults(Geometry& geometry, const std::set<std::string>& 
   return links;
 }
 
-const Geometry::VarStruct& LinkResult(Geometry& geometry, std::uint32_t id, const std::string& name,
-                                      const std::string& primaryName) {
+/// Whether one comes by `place` on the links from `start`, itself included. No program writes
+/// longer chains than are looked at.
+bool LeadsTo(const NodeTree& nodes, Geometry::Link start, const Geometry::Link& place) {
+  constexpr int kLongestChain = 1000;
+  for (int i = 0; i != kLongestChain; ++i) {
+    if (start == place) return true;
+    const Geometry::VarStruct* result = FindVariable(nodes, start);
+    if (result == nullptr || !result->mLinked || result->mLeadsNowhere) return false;
+    start = result->mLink;
+  }
+  return false;
+}
+
+/// Lets the result share the values of the primary one, unless the primary one has its values from
+/// that very result. Gives the result.
+const Geometry::VarStruct& LinkResult(const NodeTree& nodes, Geometry& geometry, std::uint32_t id,
+                                      const std::string& name, const std::string& primaryName,
+                                      DroppedResults& dropped) {
+  const std::size_t numBefore = geometry.GetVariables().size();
   const std::uint64_t position = geometry.GetOrAddVariableIndex(name);
   const std::uint64_t primaryPosition = geometry.GetOrAddVariableIndex(primaryName);
   const Geometry::VarStruct& primary = geometry.GetVariables()[primaryPosition];
   Geometry::VarStruct& result = geometry.EditVariable(position);
+  if (LeadsTo(nodes, {id, static_cast<std::uint32_t>(primaryPosition)},
+              {id, static_cast<std::uint32_t>(position)})) {
+    return result;
+  }
+  if (position < numBefore && !result.mLinked) ++dropped.mReplaced;
   result.mKind = primary.mKind;
   result.mFlag = primary.mFlag;
   result.mAttributes = primary.mAttributes;
@@ -158,6 +180,11 @@ void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& links, bool 
 }
 
 void GenerateLinkedResults(Tree& tree, const PartLinksMap& links) {
+  DroppedResults ignored;
+  GenerateLinkedResults(tree, links, ignored);
+}
+
+void GenerateLinkedResults(Tree& tree, const PartLinksMap& links, DroppedResults& dropped) {
   double allowed = kFreeBytes;
   for (const auto& [id, linksOfNode] : links) {
     Geometry* geometry = AsGeometry(tree.GetNodes().GetReqNode(id));
@@ -165,7 +192,8 @@ void GenerateLinkedResults(Tree& tree, const PartLinksMap& links) {
     for (const auto& [primary, names] : linksOfNode) {
       for (const std::string& name : names) {
         // An earlier file may have brought a primary result of any size.
-        const Geometry::VarStruct& result = LinkResult(*geometry, id, name, primary);
+        const Geometry::VarStruct& result =
+            LinkResult(tree.GetNodes(), *geometry, id, name, primary, dropped);
         allowed += kMostCopies * static_cast<double>(sizeof(result) + name.size()) - SizeOf(result);
         if (allowed < 0) RaiseTooManyShared();
       }

@@ -33,6 +33,7 @@ std::string DescribeRules(const DroppedResults& dropped) {
   };
   add(dropped.mWithoutInstance, " without an instance part");
   add(dropped.mWithoutGeometry, " of nodes that are no geometries in the first file");
+  add(dropped.mReplaced, " replaced by shared ones of their names");
   return text.empty() ? text : " (" + text + ")";
 }
 

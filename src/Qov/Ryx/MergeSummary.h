@@ -5,21 +5,25 @@
 #include <cstdint>
 #include <string>
 
+#include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Ryx/Tree.h"
 
 namespace QovRyx {
 
-/// Results of further files that a merge did not take, by the rule that kept them out.
+/// Results that a merge did not take or keep, by the rule that kept them out.
 struct DroppedResults {
   std::uint64_t mWithoutInstance = 0;  ///< The name has no instance part.
   std::uint64_t mWithoutGeometry = 0;  ///< The first file's node of that id is no geometry.
+  std::uint64_t mReplaced = 0;         ///< The values gave way to those of a shared result.
 
-  std::uint64_t GetTotal() const { return mWithoutInstance + mWithoutGeometry; }
+  std::uint64_t GetTotal() const { return mWithoutInstance + mWithoutGeometry + mReplaced; }
 };
 
-/// What the functions of the same names in RyxMerge.h do, and what they dropped.
+/// What the functions of the same names in RyxMerge.h and InstanceNames.h do, and what they
+/// dropped.
 void AppendResults(Tree& from, Tree& into, DroppedResults& dropped);
 void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped);
+void GenerateLinkedResults(Tree& tree, const PartLinksMap& links, DroppedResults& dropped);
 
 /// Notes what goes into a merge and, once it is done, tells in the trace log what came of it.
 class MergeSummary {

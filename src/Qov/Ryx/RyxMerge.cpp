@@ -49,8 +49,8 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
     } else {
       AppendResults(tree, master, summary.GetDropped());
     }
+    GenerateLinkedResults(master, links, summary.GetDropped());
   });
-  GenerateLinkedResults(master, links);
 }
 
 void CheckHeaderSize(const QovJbf::JbFile& file) {
@@ -86,8 +86,10 @@ int merge_as_instances(const std::vector<std::string>& files, const std::string&
     LoadModel(master, files.at(0));
     summary.AddInput(files[0]);
     PartLinksMap links;
-    Qov::Util::Concerning(files[0], [&] { Rename(master, 1, links, naming); });
-    GenerateLinkedResults(master, links);
+    Qov::Util::Concerning(files[0], [&] {
+      Rename(master, 1, links, naming);
+      GenerateLinkedResults(master, links, summary.GetDropped());
+    });
     for (std::size_t i = 1; i < files.size(); ++i) {
       AddInstance(master, files[i], i + 1, naming, summary);
     }
