@@ -9,6 +9,7 @@
 #include "MergeRun.h"
 #include "Printable.h"
 #include "ProgressLine.h"
+#include "Qov/Log/Record.h"
 #include "SetLogFile.h"
 
 namespace {
@@ -37,6 +38,7 @@ int main(int argc, char** argv) {
     const int numNames = argc > 0 ? 1 : 0;
     return Run(program, std::vector<std::string>(argv + numNames, argv + argc));
   } catch (const std::exception& error) {
+    Qov::Log::Record(Qov::Log::kErrorLevel, "app/main", __LINE__, "<unknown>") << error.what();
     std::cerr << program << ": " << error.what() << std::endl;
     return kErrorOutsideMerges;
   }

@@ -50,6 +50,11 @@ TEST(AdtTree, RefusesIdsThatWereNeverHandedOut) {
   ExpectNotFound([&] { tree.GetReqNode(5); });
   tree.SetCurrentId(5);  // below the next id, though there is no such entry
   ExpectNotFound([&] { tree.GetCurrentNode(); });
+  ExpectNotFound([&] { tree.AddChild(nullptr); });
+  tree.SetCurrentId(7);
+  tree.GetCurrentNode().mLastChild = 77;
+  ExpectNotFound([&] { tree.AddChild(nullptr); });
+  EXPECT_EQ(tree.GetSize(), 2U);
 }
 
 TEST(AdtTree, MovesToTheFirstNodeOfNameTypeAndVersion) {

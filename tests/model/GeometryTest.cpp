@@ -60,6 +60,17 @@ TEST(Geometry, WritesDescriptors) {
             "00");
 }
 
+TEST(Geometry, WritesAsManyInlineBytesAsTheDescriptorSays) {
+  Geometry geometry("g");
+  geometry.AppendVariable(MakeVariable("cut", 12, NumericArray(6, 1, nullptr)));
+  geometry.AppendVariable(MakeVariable("S", 12, NumericArray::Of(Ramp(1, 1.0F))));
+  QovJbf::JbFile file;
+  geometry.WriteJb(file, "Light Data", "Heavy Data", "Attributes", "0.4");
+  EXPECT_EQ(StreamBytes(file, "Heavy Data"),
+            "000000000000"
+            "0000803f");
+}
+
 TEST(Geometry, WantsAnOffsetForEveryStoredVariable) {
   Geometry geometry("g");
   geometry.AppendVariable(MakeVariable("S", 12, {}));

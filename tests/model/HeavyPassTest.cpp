@@ -90,8 +90,11 @@ TEST(HeavyPass, SharedBytesStaySharedAndNeverStandForAnyAmount) {
        geometry.GetVariables().size() < 200;) {
     geometry.AppendVariable(variable);
   }
-  SaveTree(tree, dir / "saved.ryx");
-  EXPECT_EQ(DescribeModel(dir / "saved.ryx"), DescribeModel(tree));
+  for (const char* copy : {"0", "1"}) {
+    const ScopedEnvironment blocks("RYXMERGE_COPY_BLOCKS", copy);
+    SaveTree(tree, dir / "saved.ryx");
+    EXPECT_EQ(DescribeModel(dir / "saved.ryx"), DescribeModel(tree));
+  }
 }
 
 }  // namespace

@@ -56,6 +56,9 @@ TEST(Links, AreShiftedWithTheIdsOfTheirFileAndNeverLeadIntoAnother) {
     EXPECT_EQ(ValuesOf(loaded, id, 0), Ramp(4, 1.0F));
     for (const std::size_t lost : {1U, 2U, 3U, 4U}) EXPECT_TRUE(ValuesOf(loaded, id, lost).empty());
   }
+  LoadTree(merged, dir / "links.ryx");
+  EXPECT_EQ(ValuesOf(merged, 10, 0), Ramp(4, 1.0F));
+  EXPECT_TRUE(ValuesOf(merged, 4, 2).empty());
 }
 
 TEST(Links, InALongChainAreFollowedWithoutRecursion) {

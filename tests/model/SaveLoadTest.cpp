@@ -102,6 +102,27 @@ TEST(Save, RefusesAFileThatIsStillReadFrom) {
   EXPECT_EQ(ReadStreams(dir / "a.ryx"), before);
 }
 
+class Impostor : public Node {
+ public:
+  explicit Impostor(std::string type) : Node("no such thing"), mType(std::move(type)) {}
+  std::string GetType() const override { return mType; }
+
+ private:
+  std::string mType;
+};
+
+TEST(SaveDeathTest, StopsAtANodeThatIsNotWhatItSays) {
+  const TempDir dir;
+  for (const auto& [type, text] : {std::pair("Group", "0 != grp_ptr"),
+                                   {"Shape", "0 != shape_ptr"},
+                                   {"Geometry", "0 != geom_ptr"},
+                                   {"NodeSets", "0 != node_sets_ptr"}}) {
+    Tree tree(false);
+    AddNode(tree, 1, std::make_unique<Impostor>(type));
+    EXPECT_DEATH(SaveTree(tree, dir / "a.ryx"), text);
+  }
+}
+
 TEST(Load, KeepsIdsInAFreshTreeAndShiftsThemBeneathAGroup) {
   const TempDir dir;
   SaveSample(dir / "a.ryx");

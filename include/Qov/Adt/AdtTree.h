@@ -59,20 +59,17 @@ class Tree {
   }
   Node* FindNode(std::uint32_t id) { return const_cast<Node*>(std::as_const(*this).FindNode(id)); }
 
-  /// Appends a child to the current entry and makes it current.
+  /// Appends a child to the current entry, behind its last one, and makes it current.
   Node& AddChild(T data) {
+    Node& parent = GetCurrentNode();
+    Node* last = parent.mLastChild == 0 ? nullptr : &GetReqNode(parent.mLastChild);
     const std::uint32_t id = mNextId++;
-    Node& parent = mNodes[mCurrentId];
     Node& child = mNodes[id];
     child.mId = id;
     child.mParent = mCurrentId;
     child.mPreviousSibling = parent.mLastChild;
     child.mData = std::move(data);
-    if (parent.mLastChild == 0) {
-      parent.mFirstChild = id;
-    } else {
-      mNodes[parent.mLastChild].mNextSibling = id;
-    }
+    (last == nullptr ? parent.mFirstChild : last->mNextSibling) = id;
     parent.mLastChild = id;
     mCurrentId = id;
     return child;

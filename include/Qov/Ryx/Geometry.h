@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -52,7 +51,7 @@ class QOV_EXPORT Geometry : public Node {
 
   using Node::Node;
   std::string GetType() const override { return "Geometry"; }
-  /// "0.6" when files of that container version are written, else "0.7".
+  /// "0.6" when files of that container version are written, else "0.7", which it always is here.
   std::string GetVersion() const override;
 
   const std::vector<VarStruct>& GetVariables() const { return mVariables; }

@@ -16,11 +16,11 @@
 /// every output that is one of the inputs (the same device and inode). The output is written once
 /// all inputs were read; arrays stream through.
 ///
-/// Neither function sets up a log: see Qov/Log/Manager.h. They share the process's log and some
+/// None of them sets up a log: see Qov/Log/Manager.h. They share the process's log and some
 /// state of the readers, so only one may run at a time.
 namespace QovRyx {
 
-/// All inputs beneath a new root group "Merge", as merge_as_datasets does it.
+/// The nodes of all inputs beneath a new root group "Merge", as merge_as_datasets does it.
 QOV_EXPORT int cae_merge_in_tree(int argc, const char* const* argv);
 
 /// The same.

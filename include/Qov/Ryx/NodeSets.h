@@ -53,7 +53,7 @@ class QOV_EXPORT NodeSets : public Node {
   /// What the sets have still to be read from, or null.
   QovJbf::StreamReader* GetReader() const { return mpReader.get(); }
 
-  QovUtil::AttributeMap mAttributes;
+  QovUtil::AttributeMap mAttributes;  ///< For programs; files have no place for them.
 
  private:
   std::vector<Set> ReadSets() const;

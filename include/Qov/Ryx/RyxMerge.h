@@ -19,11 +19,12 @@ namespace QovRyx {
 QOV_EXPORT int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
                                   bool appendFlag, bool useSuffix, bool autoRename);
 
-/// One model with everything of all files beneath a new root group named "Merge".
+/// One model with the nodes of all files beneath a new root group named "Merge". Views, sequencer
+/// and history are those of the first file.
 QOV_EXPORT int merge_as_datasets(const std::vector<std::string>& files, const std::string& output);
 
-/// The model with the view-point paths of the view-point files added. A view-point file of
-/// version "0.1" contributes nothing.
+/// The model with the view-point paths of the view-point files added; the current view and the
+/// sequencer become those of the last one. A view-point file of version "0.1" contributes nothing.
 QOV_EXPORT int merge_viewpoints_with_ryx(const std::string& model,
                                          const std::vector<std::string>& viewPointFiles,
                                          const std::string& output);

@@ -120,7 +120,6 @@ class QOV_EXPORT Tree {
   std::string mFileVersion;
   std::vector<ModifierInfo> mModifiers;
   ModifierInfo mCurrentModifier;
-  bool mRecordMachine = false;
 };
 
 /// The geometry that an entry carries, or null if it carries something else.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <string>
 
 #include "Qov/Export.h"
@@ -27,6 +28,12 @@ class QOV_EXPORT ConcernsFile {
   std::string mPath;
 };
 
+/// There is not enough memory for what a file holds.
+class QOV_EXPORT OutOfMemory : public std::bad_alloc, public ConcernsFile {
+ public:
+  const char* what() const noexcept override { return "Not enough memory"; }
+};
+
 /// Calls `work`, which reads or writes the file `path`, and names the file in its errors.
 template <class Work>
 auto Concerning(const std::string& path, Work work) {
@@ -35,6 +42,10 @@ auto Concerning(const std::string& path, Work work) {
   } catch (ConcernsFile& error) {
     error.SetConcernedFile(path);
     throw;
+  } catch (const std::bad_alloc&) {
+    OutOfMemory error;
+    error.SetConcernedFile(path);
+    throw error;
   }
 }
 

@@ -1,7 +1,6 @@
 #include "Qov/Ryx/AttributesIo.h"
 
 #include <cstdint>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -19,6 +18,11 @@ namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/AttributesIo";
 
+[[noreturn]] void RaiseMismatch(unsigned long line = __builtin_LINE()) {
+  Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MismatchError,
+                   "The columns of an attribute map disagree", line);
+}
+
 template <class T>
 struct Column {
   std::vector<T> mValues;
@@ -29,11 +33,6 @@ struct Column {
     return std::move(mValues[mNumTaken++]);
   }
   bool IsUsedUp() const { return mNumTaken == mValues.size(); }
-
-  [[noreturn]] static void RaiseMismatch(unsigned long line = __builtin_LINE()) {
-    Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MismatchError,
-                     "The columns of an attribute map disagree", line);
-  }
 };
 
 struct Columns {
@@ -71,7 +70,7 @@ struct Columns {
       case 3:
         return mDoubles.Take();
       default:
-        Column<std::uint8_t>::RaiseMismatch();
+        RaiseMismatch();
     }
   }
   bool AreUsedUp() const {
@@ -99,7 +98,7 @@ void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, Attribu
   for (std::string& name : columns.mNames.mValues) {
     attributes.emplace(std::move(name), columns.Take(columns.mTypes.Take()));
   }
-  if (!columns.AreUsedUp()) Column<std::uint8_t>::RaiseMismatch();
+  if (!columns.AreUsedUp()) RaiseMismatch();
 }
 
 }  // namespace QovUtil

@@ -8,6 +8,7 @@
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/ConcernsFile.h"
+#include "SharedArrays.h"
 
 namespace QovRyx {
 namespace {
@@ -50,6 +51,7 @@ void BlockCopies::Note(Geometry::VarStruct& variable, bool shuffle) {
   if (!extent) return;
   Copy& copy = GetCopy(loader.GetReader(), *extent);
   copy.mArrays.push_back({&variable, loader.GetOffset()});
+  copy.mShared += size;
   if (copy.mOffsets.insert(loader.GetOffset()).second) copy.mWanted += size;
 }
 
@@ -60,20 +62,23 @@ void BlockCopies::Note(NodeSets& sets) {
   if (!extent || !extent->mIsLast) return;
   Copy& copy = GetCopy(*sets.GetReader(), *extent);
   copy.mSets.push_back(&sets);
+  copy.mShared += size;
   if (copy.mOffsets.insert(sets.GetSourceOffset()).second) copy.mWanted += size;
 }
 
 BlockCopies::Copy& BlockCopies::GetCopy(QovJbf::StreamReader& reader,
                                         const QovJbf::StreamReader::BlockExtent& extent) {
   const auto [place, isNew] = mPlaces.try_emplace({&reader, extent.mBlock}, mCopies.size());
-  if (isNew) mCopies.push_back({&reader, extent, {}, {}, {}, 0});
+  if (isNew) mCopies.push_back({&reader, extent, {}, {}, {}, 0, 0});
   return mCopies[place->second];
 }
 
 void BlockCopies::DropUnworthy() {
   mPlaces.clear();
-  std::erase_if(mCopies,
-                [](const Copy& copy) { return 2 * copy.mWanted < copy.mExtent.mRawLength; });
+  std::erase_if(mCopies, [](const Copy& copy) {
+    const std::uint64_t length = copy.mExtent.mRawLength;
+    return 2 * copy.mWanted < length || copy.mShared / kMostShares > length;
+  });
   for (const Copy& copy : mCopies) {
     for (const Array& array : copy.mArrays) {
       mHeld.insert(array.mpVariable);

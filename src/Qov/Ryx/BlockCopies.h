@@ -22,6 +22,7 @@ namespace QovRyx {
 /// is to do for it. What nobody wants comes along unseen, so a block is worth copying only if half
 /// of its bytes are wanted. An array counts if it lies wholly inside the block and would be
 /// written with the bytes that it has there; all others are written as usual, behind the copies.
+/// So is all of a block whose bytes more results share than a model may have on its whole.
 /// Node sets count if their block is the last of its stream: only then is it certain, without
 /// inflating it, that they end inside it.
 class BlockCopies {
@@ -50,6 +51,7 @@ class BlockCopies {
     std::vector<NodeSets*> mSets;
     std::set<std::uint64_t> mOffsets;  ///< Where wanted content begins; results may share it.
     std::uint64_t mWanted = 0;
+    std::uint64_t mShared = 0;  ///< The same with what is shared counted each time.
   };
 
   void Note(Geometry::VarStruct& variable, bool shuffle);

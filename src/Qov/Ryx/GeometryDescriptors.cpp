@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <type_traits>
 
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/Geometry.h"
@@ -70,7 +69,9 @@ class DescriptorWriter {
   void InlineValues(const Geometry::VarStruct& variable) {
     std::vector<std::uint32_t> values;
     variable.mValues.GetValues(values);
-    mFile.GetIndex().Put(mHeavyKey, values.data(), values.size() * sizeof(std::uint32_t));
+    const std::uint64_t size = variable.mValues.GetSize();
+    values.resize(size / sizeof(std::uint32_t) + 1);  // the reader passes over all bytes
+    mFile.GetIndex().Put(mHeavyKey, values.data(), size);
   }
 
   static constexpr unsigned kHighByteShift = 24;

@@ -26,6 +26,7 @@ class LinkResolver {
   const Geometry::VarStruct* Follow(Geometry::Link link, std::vector<std::uint64_t>& path) {
     while (const Geometry::VarStruct* variable = FindVariable(mNodes, link)) {
       if (!variable->mLinked) return variable;
+      if (variable->mLeadsNowhere) return nullptr;
       const std::uint64_t key = std::uint64_t{link.mNode} << 32 | link.mVariable;
       const auto [known, isNew] = mTargets.try_emplace(key, nullptr);
       if (!isNew) return known->second;  // still null if this path came by here: a circle

@@ -8,7 +8,6 @@
 
 #include "GeometryEntries.h"
 #include "MergeSteps.h"
-#include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovRyx {

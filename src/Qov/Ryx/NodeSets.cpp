@@ -93,8 +93,7 @@ std::vector<NodeSets::Set> NodeSets::ReadSets() const {
 }
 
 void NodeSets::CountBytes(std::uint64_t numBytes) const {
-  const std::shared_ptr<std::uint64_t> pAll = std::move(mpNumBytes);
-  mpNumBytes.reset();
+  const std::shared_ptr<std::uint64_t> pAll = std::exchange(mpNumBytes, nullptr);
   if (!pAll) return;
   *pAll += numBytes;
   if (*pAll / kMostShares <= mpReader->GetLength()) return;

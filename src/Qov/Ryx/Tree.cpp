@@ -6,7 +6,8 @@ namespace QovRyx {
 
 bool g_b217Ryx = false;
 
-Tree::Tree(bool recordMachine) : mRecordMachine(recordMachine) {
+Tree::Tree(bool recordMachine) {
+  mCurrentModifier.mRecordMachine = recordMachine;
   // Whatever draws random numbers later draws the same ones in every run.
   std::srand(0);  // NOLINT(cert-msc51-cpp): that is what it is for
   mViewPoint.mName = "no name";

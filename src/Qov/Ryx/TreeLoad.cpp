@@ -1,5 +1,9 @@
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstdio>
+#include <initializer_list>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -47,15 +51,30 @@ ViewPointPath RequireViewPointPath(QovJbf::JbFile& file) {
   return path;
 }
 
+std::uint64_t GetFileLength(QovJbf::JbFile& file) {
+  const bool isAtEnd = fseeko(file.GetStream(), 0, SEEK_END) == 0;
+  const off_t length = isAtEnd ? ftello(file.GetStream()) : -1;
+  if (length < 0) Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+  return static_cast<std::uint64_t>(length);
+}
+
+/// Refuses streams that are all read into memory, and grow there, if they hold far more than any
+/// writer could mean: zlib makes a thousand bytes of one.
+void CheckExpansion(QovJbf::JbFile& file, std::initializer_list<std::string> streams) {
+  constexpr std::uint64_t kMostTimes = 64;
+  constexpr std::uint64_t kFreeBytes = std::uint64_t{32} << 20;
+  std::uint64_t numBytes = 0;
+  for (const std::string& name : streams) numBytes += file.OpenStreamReader(name)->GetLength();
+  if (numBytes <= kFreeBytes || (numBytes - kFreeBytes) / kMostTimes <= GetFileLength(file)) return;
+  Raise(kSource, ErrorType::OutOfBounds, "Too much is made of too few bytes");
+}
+
 /// Refuses a file that ends before its last block does, even if nothing was read from there.
 void CheckComplete(QovJbf::JbFile& file) {
   QovJbf::Index& index = file.GetIndex();
   const std::size_t last = index.GetItems().size() - 1;
   const std::uint64_t end = index.GetPosition(last) + index.GetItems()[last].mSize;
-  if (fseeko(file.GetStream(), 0, SEEK_END) != 0 ||
-      static_cast<std::uint64_t>(ftello(file.GetStream())) < end) {
-    Raise(kSource, ErrorType::ReadError, "Unable to read from file");
-  }
+  if (GetFileLength(file) < end) Raise(kSource, ErrorType::ReadError, "Unable to read from file");
 }
 
 }  // namespace
@@ -118,6 +137,7 @@ std::uint32_t Tree::GetAttachParent() {
 }
 
 void Tree::LoadGlobalInfo(QovJbf::JbFile& file) {
+  CheckExpansion(file, {kGlobalInformation});
   if (file.HasStream(kGlobalInformation)) {
     std::uint32_t count = 0;
     file.Require(kGlobalInformation, count);
@@ -132,6 +152,7 @@ void Tree::LoadGlobalInfo(QovJbf::JbFile& file) {
 
 void Tree::LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent,
                     bool wideOffsets) {
+  CheckExpansion(file, {kRyxTree, kLightData, kAttributes, kResources});
   TreeReader(file, mNodes, attachParent, wideOffsets).Read(idMap);
 }
 
@@ -142,7 +163,8 @@ void Tree::UpdateBufferLinks() {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
       Geometry::VarStruct& variable = geometry.EditVariable(i);
       if (!variable.mLinked) continue;
-      const Geometry::VarStruct* target = resolver.Resolve(variable.mLink);
+      const Geometry::VarStruct* target =
+          variable.mLeadsNowhere ? nullptr : resolver.Resolve(variable.mLink);
       variable.mValues = target == nullptr ? NumericArray() : target->mValues;
     }
   });
@@ -151,6 +173,7 @@ void Tree::UpdateBufferLinks() {
 
 void Tree::LoadViewPathVec(QovJbf::JbFile& file) {
   if (!file.HasStream(kViewPoints)) return;
+  CheckExpansion(file, {kViewPoints});
   ViewPoint viewPoint;
   file.Require(kViewPoints, viewPoint);
   mViewPoint = std::move(viewPoint);

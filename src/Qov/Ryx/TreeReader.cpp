@@ -48,9 +48,9 @@ void TreeReader::Read(Tree::IdMap& idMap) {
   for (std::int32_t i = 0; i < count; ++i) {
     Record record = ReadRecord();
     const std::uint32_t id = record.mEntry.mId;
-    idMap.emplace(id, id - mBase);
     record.mEntry.mData = ReadNode(record);
     Enter(std::move(record), i == 0);
+    idMap.emplace(id, id - mBase);
   }
   for (const LoadedGeometry& loaded : mGeometries) {
     loaded.mGeometry->AttachValues(mpHeavy, loaded.mShuffled);
@@ -67,8 +67,7 @@ void TreeReader::CheckShares() const {
     }
   }
   if (numBytes / kMostShares <= mpHeavy->GetLength()) return;
-  Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::OutOfBounds,
-                   "Too many arrays share their bytes");
+  Raise(kSource, ErrorType::OutOfBounds, "Too many arrays share their bytes");
 }
 
 /// Later files may bring nodes of the ids that these links name.
@@ -196,7 +195,8 @@ void TreeReader::Enter(Record record, bool isFirst) {
   const bool isEmptyRoot = isFirst && present != nullptr && !present->mData;
   if (entry.mId == 0 || (present != nullptr && !isEmptyRoot)) {
     Raise(kSource, ErrorType::ElementExists,
-          "Node id " + std::to_string(entry.mId - mBase) + " cannot be entered into the tree");
+          "Node id " + std::to_string(entry.mId == 0 ? 0 : entry.mId - mBase) +
+              " cannot be entered into the tree");
   }
   mNodes.PutNode(std::move(entry));
 }

@@ -10,6 +10,7 @@
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Ryx/Tree.h"
+#include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovRyx {
@@ -49,16 +50,28 @@ void SaveGroup(QovJbf::JbFile& file, const Group& group) {
   file.GetIndex().Put(kLightData, group.mTakesModels);
 }
 
+/// Readers go by the type that a node says it has, so it must be that.
 void SavePayload(QovJbf::JbFile& file, Node& node) {
-  if (const auto* group = dynamic_cast<const Group*>(&node)) {
-    SaveGroup(file, *group);
-  } else if (const auto* shape = dynamic_cast<const Shape*>(&node)) {
-    file.GetIndex().Put(kResources, shape->mMaterial.mValues);
-  } else if (auto* geometry = dynamic_cast<Geometry*>(&node)) {
-    geometry->WriteJb(file, kLightData, kHeavyData, kAttributes, geometry->GetVersion());
-  } else if (const auto* sets = dynamic_cast<const NodeSets*>(&node)) {
-    sets->WriteLightData(file, kLightData);
+  // NOLINTBEGIN(modernize-use-nullptr): the texts are shown
+  const std::string type = node.GetType();
+  if (type == "Group") {
+    const auto* grp_ptr = dynamic_cast<const Group*>(&node);
+    QOV_ASSERT(0 != grp_ptr);
+    SaveGroup(file, *grp_ptr);
+  } else if (type == "Shape") {
+    const auto* shape_ptr = dynamic_cast<const Shape*>(&node);
+    QOV_ASSERT(0 != shape_ptr);
+    file.GetIndex().Put(kResources, shape_ptr->mMaterial.mValues);
+  } else if (type == "Geometry") {
+    auto* geom_ptr = dynamic_cast<Geometry*>(&node);
+    QOV_ASSERT(0 != geom_ptr);
+    geom_ptr->WriteJb(file, kLightData, kHeavyData, kAttributes, geom_ptr->GetVersion());
+  } else if (type == "NodeSets") {
+    const auto* node_sets_ptr = dynamic_cast<const NodeSets*>(&node);
+    QOV_ASSERT(0 != node_sets_ptr);
+    node_sets_ptr->WriteLightData(file, kLightData);
   }
+  // NOLINTEND(modernize-use-nullptr)
 }
 
 void SaveRecord(QovJbf::JbFile& file, const NodeTree::Node& entry) {
@@ -186,7 +199,7 @@ void Tree::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment) {
   Qov::Log::Trace(kSource) << "Saving global information ...";
   mCurrentModifier.mDate = FormatLocalTime();
   mCurrentModifier.mFileVersion = mFileVersion;
-  if (mRecordMachine) {
+  if (mCurrentModifier.mRecordMachine) {
     mCurrentModifier.mHost = GetHostName();
     mCurrentModifier.mUser = GetUserName();
   }
