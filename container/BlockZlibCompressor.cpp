@@ -18,8 +18,7 @@ namespace {
 
 constexpr const char* kSource = "include/Qov/Jbf/BlockZlibCompressor";
 
-// A fifth more than the content is generous for all but the shortest blocks: a few bytes that do
-// not compress need 13 more, which only zlib's own bound covers.
+// A fifth more than the content is more than zlib's own bound for all but the shortest blocks.
 std::uint64_t GetOutputSize(std::uint32_t rawLength) {
   const auto estimate = static_cast<std::uint64_t>(static_cast<float>(rawLength) * 1.2F) + 12;
   return std::max<std::uint64_t>(estimate, compressBound(rawLength));

@@ -15,53 +15,53 @@ namespace {
 
 constexpr std::uint64_t kLargestOffset = std::numeric_limits<off_t>::max();
 
-[[noreturn]] void RaiseReadError(const char* source) {
-  Qov::Util::Raise(source, ErrorType::ReadError, "Unable to read from file");
+[[noreturn]] void RaiseReadError(const char* source, unsigned long line) {
+  Qov::Util::Raise(source, ErrorType::ReadError, "Unable to read from file", line);
 }
 
-[[noreturn]] void RaiseWriteError(const char* source) {
-  Qov::Util::Raise(source, ErrorType::WriteError, "Unable to write to file");
+[[noreturn]] void RaiseWriteError(const char* source, unsigned long line) {
+  Qov::Util::Raise(source, ErrorType::WriteError, "Unable to write to file", line);
 }
 
 }  // namespace
 
-std::uint64_t GetFileLength(const char* source, std::FILE* file) {
-  if (file == nullptr || fseeko(file, 0, SEEK_END) != 0) RaiseReadError(source);
+std::uint64_t GetFileLength(const char* source, std::FILE* file, unsigned long line) {
+  if (file == nullptr || fseeko(file, 0, SEEK_END) != 0) RaiseReadError(source, line);
   const off_t length = ftello(file);
-  if (length < 0) RaiseReadError(source);
+  if (length < 0) RaiseReadError(source, line);
   return static_cast<std::uint64_t>(length);
 }
 
-void SeekToRead(const char* source, std::FILE* file, std::uint64_t position) {
+void SeekToRead(const char* source, std::FILE* file, std::uint64_t position, unsigned long line) {
   if (file == nullptr || position > kLargestOffset ||
       fseeko(file, static_cast<off_t>(position), SEEK_SET) != 0) {
-    RaiseReadError(source);
+    RaiseReadError(source, line);
   }
 }
 
 void ReadAt(const char* source, std::FILE* file, std::uint64_t position, void* target,
-            std::size_t n) {
-  SeekToRead(source, file, position);
-  if (std::fread(target, 1, n, file) != n) RaiseReadError(source);
+            std::size_t n, unsigned long line) {
+  SeekToRead(source, file, position, line);
+  if (std::fread(target, 1, n, file) != n) RaiseReadError(source, line);
 }
 
-void SeekToWrite(const char* source, std::FILE* file, std::uint64_t position) {
+void SeekToWrite(const char* source, std::FILE* file, std::uint64_t position, unsigned long line) {
   // Seeking would flush too, but not tell a full disk from a bad position.
-  if (std::fflush(file) != 0) RaiseWriteError(source);
+  if (std::fflush(file) != 0) RaiseWriteError(source, line);
   if (fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0) return;
   Qov::Log::Trace(source) << "File positioning failed";
-  Qov::Util::Raise(source, ErrorType::WriteError, "Saving the buffer failed");
+  Qov::Util::Raise(source, ErrorType::WriteError, "Saving the buffer failed", line);
 }
 
 void WriteAt(const char* source, std::FILE* file, std::uint64_t position, const void* data,
-             std::size_t n) {
-  SeekToWrite(source, file, position);
-  if (std::fwrite(data, 1, n, file) != n) RaiseWriteError(source);
+             std::size_t n, unsigned long line) {
+  SeekToWrite(source, file, position, line);
+  if (std::fwrite(data, 1, n, file) != n) RaiseWriteError(source, line);
 }
 
 void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,
-                 std::uint64_t n) {
-  if (n > fileLength || position > fileLength - n) RaiseReadError(source);
+                 std::uint64_t n, unsigned long line) {
+  if (n > fileLength || position > fileLength - n) RaiseReadError(source, line);
 }
 
 }  // namespace QovJbf

@@ -64,7 +64,7 @@ std::uint64_t Index::GetWritingBlockIndex(const std::string& name) {
   const auto found = mLimiters.find(name);
   if (found != mLimiters.end() && !found->second.mBlocks.empty()) {
     const std::uint64_t last = found->second.mBlocks.back();
-    const bool isOpen = !mItems[last].mFrozen;
+    const bool isOpen = !mItems[last].mFrozen && !IsOnlyInFile(last);
     if (isOpen && GetFill(last) < found->second.mLimit) return last;
     if (isOpen) mBlocks[last].ReleaseSpareMemory();
   }

@@ -13,8 +13,8 @@
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
 
-// How the bytes of a stream come back. At most one block of a stream that lies in a file is in
-// memory: the one at BlockSizeLimiter::mReading.
+// How the bytes of a stream come back. Of a stream that lies in a file the block at
+// BlockSizeLimiter::mReading is in memory, and those that reading came back to.
 namespace QovJbf {
 
 using Qov::Log::Trace;
@@ -198,7 +198,9 @@ void Index::SetStreamPosition(const std::string& name, std::uint64_t offset, std
 void Index::AppendItems(Block& block, std::uint64_t fileLength) {
   const std::uint32_t count = Detail::GetCount<IndexItem>(block);
   // Compressed index blocks could list more than the machine can hold.
-  CheckInFile(kIndexSource, fileLength, mItems.size(), count);
+  if (count > fileLength || mItems.size() > fileLength - count) {
+    Raise(kIndexSource, ErrorType::ReadError, "Unable to read from file");
+  }
   for (std::uint32_t i = 0; i < count; ++i) CopyFromBlock(block, mItems.emplace_back());
 }
 

@@ -12,7 +12,6 @@ InflatedBlocks& InflatedBlocks::Instance() {
 
 bool InflatedBlocks::Read(const void* owner, std::size_t block, std::uint64_t within, void* target,
                           std::size_t n) {
-  const std::scoped_lock lock(mMutex);
   const auto place = mPlaces.find({owner, block});
   if (place == mPlaces.end()) return false;
   mEntries.splice(mEntries.begin(), mEntries, place->second);
@@ -22,7 +21,6 @@ bool InflatedBlocks::Read(const void* owner, std::size_t block, std::uint64_t wi
 
 void InflatedBlocks::Add(const void* owner, std::size_t block, MallocBuffer content,
                          std::uint64_t size) {
-  const std::scoped_lock lock(mMutex);
   while (!mEntries.empty() && mNumBytes + size > kMostBytes) Drop(std::prev(mEntries.end()));
   mEntries.push_front({{owner, block}, std::move(content), size});
   mPlaces[{owner, block}] = mEntries.begin();
@@ -30,7 +28,6 @@ void InflatedBlocks::Add(const void* owner, std::size_t block, MallocBuffer cont
 }
 
 void InflatedBlocks::DropThoseOf(const void* owner) {
-  const std::scoped_lock lock(mMutex);
   for (auto place = mPlaces.lower_bound({owner, 0});
        place != mPlaces.end() && place->first.first == owner;) {
     const Entries::iterator entry = place->second;

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <list>
 #include <map>
-#include <mutex>
 #include <utility>
 
 #include "MallocBuffer.h"
@@ -13,7 +12,7 @@ namespace QovJbf {
 
 /// Whole blocks that were inflated for readers that go to and fro in them, of all readers of the
 /// process: so many bytes that a block of the usual size finds room. Who reads the arrays of a file
-/// in the order in which they lie has none here.
+/// in the order in which they lie has none here. All reading is done on one thread.
 class InflatedBlocks {
  public:
   static constexpr std::uint64_t kMostBytes = std::uint64_t{256} << 20;
@@ -38,8 +37,7 @@ class InflatedBlocks {
 
   void Drop(Entries::iterator entry);
 
-  std::mutex mMutex;  ///< Files may be read on several threads.
-  Entries mEntries;   ///< The one that was asked for last in front.
+  Entries mEntries;  ///< The one that was asked for last in front.
   std::map<Key, Entries::iterator> mPlaces;
   std::uint64_t mNumBytes = 0;
 };

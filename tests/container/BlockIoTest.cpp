@@ -72,6 +72,15 @@ TEST(BlockIoTest, LeavesAStringAsItIsWhenAnEmptyOneIsRead) {
   EXPECT_EQ(Decoded(Image(1U) + Image(0U), before), std::vector<std::string>{"kept"});
 }
 
+TEST(BlockIoTest, RefusesCountsThatNoBlockHasRoomFor) {
+  Block block;
+  for (const std::size_t count : {std::size_t{0xFFFFFFFC}, std::size_t{1} << 32}) {
+    ExpectError(ErrorType::MemoryAllocationError, "Memory Allocation Error",
+                [&] { Detail::PutCount(block, count, 1); });
+  }
+  EXPECT_EQ(block.GetSize(), 0U);
+}
+
 TEST(BlockIoTest, NarrowsWideCharacters) {
   Block block;
   CopyToBlock(block, std::wstring(L"\u00E9\u0141"));

@@ -89,8 +89,12 @@ TEST_F(IndexFileTest, CutsAStreamAtItsLimit) {
   index.SetStreamPosition("numbers", 4 * 260, nullptr);
   index.Get("numbers", &value, sizeof value);
   EXPECT_EQ(value, 260U);
+  ExpectError(ErrorType::OutOfBounds, "Not enough bytes",
+              [&] { index.Get("numbers", &value, std::uint64_t{1} << 32); });
 
   Write();
+  GetIndex().Put("numbers", "more", 4);  // not into a block that has left
+  ExpectError(ErrorType::MismatchError, "Mis-match Error", [&] { Write(); });
   Reopen();
   for (std::uint32_t i = 0; i < 1500; ++i) {
     mRead.Get("numbers", value);

@@ -21,7 +21,8 @@ class SourceFile;
 ///
 /// Arrays read in stored order cost one inflation of the stream. Blocks that are passed over are
 /// not inflated. Going back starts the block in question again; one in which reading goes to and
-/// fro is kept in memory, as far as 256 MiB in all go.
+/// fro is kept in memory, as far as 256 MiB in all go. All readers of a process are used by one
+/// thread: they share handles and that memory.
 class QOV_EXPORT StreamReader {
  public:
   /// Where a physical block lies in the file.
