@@ -5,16 +5,18 @@
 #include <set>
 #include <vector>
 
+#include "support/ModelCompare.h"
+
 namespace Qov::Fuzz {
 namespace {
 
 constexpr std::uint64_t kMostBytes = std::uint64_t{16} << 20;
 
-std::uint64_t CountBytes(const QovRyx::Tree& tree) {
+std::uint64_t CountBytes(const QovRyx::Tree& tree, bool withLinked) {
   std::uint64_t numBytes = 0;
   ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const QovRyx::Geometry& geometry) {
     for (const auto& variable : geometry.GetVariables()) {
-      if (!variable.mLinked) numBytes += variable.mValues.GetSize();
+      if (withLinked || !variable.mLinked) numBytes += variable.mValues.GetSize();
     }
   });
   return numBytes;
@@ -49,7 +51,7 @@ void Load(QovRyx::Tree& tree, const std::string& path) {
 }
 
 bool ReadArrays(const QovRyx::Tree& tree) {
-  if (CountBytes(tree) > kMostBytes) return false;
+  if (CountBytes(tree, false) > kMostBytes) return false;
   Readers readers;
   ForEachGeometry(tree.GetNodes(),
                   [&](std::uint32_t, const auto& geometry) { ReadAll(geometry, readers); });
@@ -61,6 +63,11 @@ bool ReadArrays(const QovRyx::Tree& tree) {
   }
   for (QovJbf::StreamReader* reader : readers) reader->Verify();
   return true;
+}
+
+std::optional<std::string> Describe(const QovRyx::Tree& tree) {
+  if (CountBytes(tree, true) > kMostBytes) return std::nullopt;
+  return Test::DescribeModel(tree);
 }
 
 }  // namespace Qov::Fuzz

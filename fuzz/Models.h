@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -25,5 +26,9 @@ void Load(QovRyx::Tree& tree, const std::string& path);
 /// the blocks that they end in the middle of. False if they are too many bytes for one run: a few
 /// hundred bytes of a file may stand for many megabytes.
 bool ReadArrays(const QovRyx::Tree& tree);
+
+/// All that is in a model, to be compared with another one's; nothing if it is too much for one
+/// run, as above, results that share their values counted one by one.
+std::optional<std::string> Describe(const QovRyx::Tree& tree);
 
 }  // namespace Qov::Fuzz

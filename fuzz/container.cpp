@@ -14,22 +14,39 @@ using namespace Qov::Fuzz;
 
 constexpr std::size_t kPiece = 100'000;
 
+std::size_t CountBlocks(QovJbf::JbFile& file, const std::string& name) {
+  const auto& items = file.GetIndex().GetItems();
+  return static_cast<std::size_t>(std::count_if(
+      items.begin(), items.end(),
+      [&name](const QovJbf::IndexItem& item) { return item.mName == name && item.mSize > 0; }));
+}
+
+/// No piece passes the end of a block: the one way of reading takes none that does. It inflates
+/// a block at once, those without content too, which the reader never comes to.
 void ReadThrough(QovJbf::JbFile& file, const std::string& name) {
   const auto reader = file.OpenStreamReader(name);
   std::vector<std::uint8_t> fromReader(kPiece);
   std::vector<std::uint8_t> fromBlocks(kPiece);
-  file.SetBlockPosition(name, 0);
-  for (std::uint64_t at = 0; at < reader->GetLength(); at += kPiece) {
-    const std::size_t n = std::min<std::uint64_t>(kPiece, reader->GetLength() - at);
-    const bool isSound = Accepts([&] { reader->Read(at, fromReader.data(), n); });
-    const bool isRead =
-        Accepts([&] { file.RequireBytes(name, fromBlocks.data(), static_cast<std::uint32_t>(n)); });
-    if (!isSound || !isRead) return;
-    Require(std::equal(fromReader.begin(), fromReader.begin() + static_cast<std::ptrdiff_t>(n),
-                       fromBlocks.begin()),
+  std::size_t numBlocks = 0;
+  bool areBlocksSound = Accepts([&] { file.SetBlockPosition(name, 0); });
+  for (std::uint64_t at = 0; at < reader->GetLength();) {
+    const auto block = reader->FindBlock(at, 1);
+    Require(block.has_value(), "each byte lies in a block");
+    if (block->mStart == at) ++numBlocks;
+    const std::size_t n = std::min<std::uint64_t>(kPiece, block->mStart + block->mRawLength - at);
+    reader->Read(at, fromReader.data(), n);
+    areBlocksSound = areBlocksSound && Accepts([&] {
+                       file.RequireBytes(name, fromBlocks.data(), static_cast<std::uint32_t>(n));
+                     });
+    Require(!areBlocksSound ||
+                std::equal(fromReader.begin(), fromReader.begin() + static_cast<std::ptrdiff_t>(n),
+                           fromBlocks.begin()),
             "both ways of reading give the same bytes");
+    at += n;
   }
   reader->Verify();
+  const bool hasEmptyBlocks = numBlocks < CountBlocks(file, name);
+  Require(areBlocksSound || hasEmptyBlocks, "what one way of reading accepts the other accepts");
 }
 
 void ReadContainer(const std::string& path) {
@@ -42,6 +59,8 @@ void ReadContainer(const std::string& path) {
   std::set<std::string> names;
   for (const QovJbf::IndexItem& item : file.GetIndex().GetItems()) names.insert(item.mName);
   for (const std::string& name : names) {
+    // What these hold is the container's own affair; it is no stream that can be positioned.
+    if (name.starts_with("\vIndex Block ") || name.starts_with("\vEmpty Block ")) continue;
     Accepts([&] { ReadThrough(file, name); });
   }
 }
