@@ -75,7 +75,10 @@ std::size_t PlaceIn(const std::string& bytes, const std::string& place) {
 /// "PLACE = HEX" puts other bytes there, "PLACE + HEX" puts some in between, "PLACE -" cuts off.
 void Damage(std::string& bytes, const std::string& damage) {
   std::istringstream words(damage);
-  std::string place, what, hex, with;
+  std::string place;
+  std::string what;
+  std::string hex;
+  std::string with;
   words >> place >> what >> hex;
   for (std::size_t i = 0; i < hex.size(); i += 2) {
     with += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
@@ -166,6 +169,19 @@ TEST_F(RyxCheck, FindsEachDamage) {
   }
 }
 
+using Corners = std::vector<std::uint32_t>;
+
+/// The points of two meshes, of 3 and 4 corners, with elements of as many corners as told.
+void AppendTwoMeshes(Geometry& geometry, const Corners& numCorners) {
+  for (const std::uint32_t n : {3U, 4U}) {
+    geometry.AppendVariable(MakeVariable("Coordinates", 0, NumericArray::Of(Ramp(3 * n, 0), 3)));
+    geometry.AppendVariable(MakeVariable("Polylength", 5, NumericArray::Of(Count(1, n))));
+  }
+  for (const std::uint32_t n : numCorners) {
+    geometry.AppendVariable(MakeVariable("Connectivity", 4, NumericArray::Of(Count(n, 0))));
+  }
+}
+
 TEST_F(RyxCheck, FollowsLinksAndComparesMeshArrays) {
   const std::string path = SaveModel("links.ryx", [](QovRyx::Tree& tree) {
     auto& points = AddNode<Geometry>(tree, 1, "Points");
@@ -180,8 +196,43 @@ TEST_F(RyxCheck, FollowsLinksAndComparesMeshArrays) {
     mesh.AppendVariable(MakeVariable("Connectivity|B", 4, NumericArray::Of(Count(5, 0))));
     mesh.AppendVariable(MakeVariable("Polylength", 5, NumericArray::Of(Count(2, 2))));
     mesh.AppendVariable(MakeVariable("Polylength|B", 5, NumericArray::Of(Count(2, 3))));
+    // As merged files leave them: sound, the second one wrong, and one that has no partner.
+    for (const auto& [name, numCorners] :
+         {std::pair("Pair", Corners{3, 4}), {"Wrong", {3, 9}}, {"Odd", {9}}}) {
+      AppendTwoMeshes(AddNode<Geometry>(tree, 1, name), numCorners);
+    }
   });
   ExpectGolden("check_links.txt", FindingsOf(path));
+}
+
+TEST_F(RyxCheck, FindsWhatReadersDropOfTextsAndMaps) {
+  const std::string path = SaveModel("texts.ryx", [](QovRyx::Tree& tree) {
+    BuildPlate(tree, {"Stress"}, 0);
+    AddViewPointPath(tree, "walk", 0);
+    auto& hidden = tree.GetViewPoint().mViewState.mHiddenState;
+    hidden.mHiddenEntities = {{"bolt", 1}, {"boot", 2}};
+    hidden.mEntityData["lid"].mNames = {"rim"};
+    tree.GetSequencerData().mSequences = {{"fore", {{}}}, {"forg", {{}}}};
+  });
+  ExpectFindings("check_texts.txt", ReadStreams(path));
+}
+
+TEST_F(RyxCheck, ReadsNothingThatIsMadeOfTooFewBytes) {
+  const std::string zeros(std::size_t{36} << 20, '\0');
+  for (const std::string& stream :
+       {QovRyx::kAttributes, QovRyx::kGlobalInformation, QovRyx::kViewPoints}) {
+    Streams streams = ReadStreams(SavePlate());
+    streams.erase(stream);
+    QovJbf::JbFile file;
+    for (const auto& [name, bytes] : streams) {
+      file.GetIndex().Put(name, bytes.data(), bytes.size());
+    }
+    file.GetIndex().Put(stream, zeros.data(), zeros.size());
+    file.AddBlockTransformation(stream, QovJbf::BlockFlag::kCompressed);
+    WriteTo(file, mDir / "zeros.ryx");
+    EXPECT_EQ(FindingsOf(mDir / "zeros.ryx"),
+              "error expansion @ stream \"" + stream + "\": Too much is made of too few bytes.\n");
+  }
 }
 
 /// For a file of version 0.5, where values stand inline.

@@ -32,7 +32,7 @@ class AttributeReader {
  private:
   std::uint32_t TakeNames(const Place& place);
   std::array<std::uint64_t, kNumTypes> TakeTypes(std::uint32_t numNames, const Place& place);
-  std::uint64_t PassOverColumn(std::size_t column);
+  std::uint64_t PassOverColumn(std::size_t column, const Place& place);
 
   StreamCursor& mCursor;
   Findings& mFindings;
@@ -42,7 +42,7 @@ void AttributeReader::Read(const Place& place) {
   const auto counts = TakeTypes(TakeNames(place), place);
   for (std::size_t column = 0; column < kColumnTypes.size(); ++column) {
     const std::size_t type = kColumnTypes[column];
-    const std::uint64_t held = PassOverColumn(column);
+    const std::uint64_t held = PassOverColumn(column, place);
     if (held == counts[type]) continue;
     mFindings.Error("attribute-columns", place,
                     fmt::format("{} values are of type {}, but their column holds {}.",
@@ -54,7 +54,7 @@ std::uint32_t AttributeReader::TakeNames(const Place& place) {
   const std::uint32_t count = mCursor.TakeCount(4);
   std::set<std::string> seen;
   for (std::uint32_t i = 0; i < count; ++i) {
-    const auto [name, isNew] = seen.insert(mCursor.TakeText());
+    const auto [name, isNew] = seen.insert(mCursor.TakeText(mFindings, place));
     if (!isNew) {
       mFindings.Error(
           "attribute-name", place,
@@ -88,14 +88,14 @@ std::array<std::uint64_t, kNumTypes> AttributeReader::TakeTypes(std::uint32_t nu
   return counts;
 }
 
-std::uint64_t AttributeReader::PassOverColumn(std::size_t column) {
+std::uint64_t AttributeReader::PassOverColumn(std::size_t column, const Place& place) {
   if (column < kPlainSizes.size()) {
     const std::uint32_t count = mCursor.TakeCount(kPlainSizes[column]);
     mCursor.PassOver(count * kPlainSizes[column]);
     return count;
   }
   const std::uint32_t count = mCursor.TakeCount(4);
-  for (std::uint32_t i = 0; i < count; ++i) mCursor.PassOver(mCursor.TakeCount(1));
+  for (std::uint32_t i = 0; i < count; ++i) mCursor.TakeText(mFindings, place);
   return count;
 }
 

@@ -28,7 +28,7 @@ class Inflation {
 
   /// Returns why the stream is damaged, or an empty string. Stops once it has made more than
   /// `limit` bytes.
-  std::string Run(std::uint64_t limit, std::string* content);
+  std::string Run(std::uint64_t limit, QovJbf::Block* content);
   std::uint64_t GetNumMade() const { return mStream.total_out; }
   std::uint32_t GetNumUnread() const { return mLeft + mStream.avail_in; }
 
@@ -59,7 +59,7 @@ std::string Inflation::Describe(int result) const {
   return fmt::format("It cannot be inflated beyond {} bytes: {}.", mStream.total_out, reason);
 }
 
-std::string Inflation::Run(std::uint64_t limit, std::string* content) {
+std::string Inflation::Run(std::uint64_t limit, QovJbf::Block* content) {
   if (!mIsReady) return "There is not enough memory to inflate it.";
   int result = Z_OK;
   while (result != Z_STREAM_END && mStream.total_out <= limit) {
@@ -67,8 +67,8 @@ std::string Inflation::Run(std::uint64_t limit, std::string* content) {
     mStream.next_out = mOutput.data();
     mStream.avail_out = static_cast<unsigned>(mOutput.size());
     result = inflate(&mStream, Z_NO_FLUSH);
-    const std::size_t made = mOutput.size() - mStream.avail_out;
-    if (content != nullptr) content->append(reinterpret_cast<const char*>(mOutput.data()), made);
+    const auto made = static_cast<std::uint32_t>(mOutput.size() - mStream.avail_out);
+    if (content != nullptr) content->Put(mOutput.data(), made);
     if (result == Z_BUF_ERROR && mLeft + mStream.avail_in == 0) {
       return fmt::format("It ends before its compressed data do, after {} bytes of content.",
                          mStream.total_out);
@@ -81,7 +81,7 @@ std::string Inflation::Run(std::uint64_t limit, std::string* content) {
 }  // namespace
 
 BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
-                          std::string* content) {
+                          QovJbf::Block* content) {
   BlockVerdict verdict;
   if (size < kLengthSize) {
     verdict.mIsImpossible = true;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "Qov/Jbf/Block.h"
 #include "check/FileBytes.h"
 
 namespace Qov::Tools {
@@ -19,6 +20,6 @@ struct BlockVerdict {
 /// The block must lie in the file. Its content is appended to `content` unless that is null;
 /// nothing but a few buffers is held otherwise.
 BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
-                          std::string* content = nullptr);
+                          QovJbf::Block* content = nullptr);
 
 }  // namespace Qov::Tools

@@ -40,6 +40,20 @@ bool LooksLikeRoot(std::uint32_t length, std::uint32_t count) {
   return count != 0 && length == kCountSize + std::uint64_t{count} * IndexItem::kEncodedSize;
 }
 
+/// The bytes must be there.
+QovJbf::Block ReadPlain(FileBytes& file, std::uint64_t position, std::uint32_t size) {
+  QovJbf::Block content;
+  std::array<char, 65536> piece{};
+  for (std::uint32_t left = size; left > 0;) {
+    const auto part = static_cast<std::uint32_t>(std::min<std::size_t>(left, piece.size()));
+    file.Read(position, piece.data(), part);
+    content.Put(piece.data(), part);
+    position += part;
+    left -= part;
+  }
+  return content;
+}
+
 }  // namespace
 
 Container::Container(const std::string& path, Findings& findings)
@@ -115,33 +129,32 @@ bool Container::ReadRoot() {
                                 length, mBytes.GetLength() - kHeaderSize - sizeof length));
     return false;
   }
-  std::string bytes(length, '\0');
-  mBytes.Read(kHeaderSize + sizeof length, bytes.data(), bytes.size());
-  return AppendItems(bytes, place);
+  QovJbf::Block items = ReadPlain(mBytes, kHeaderSize + sizeof length, length);
+  return AppendItems(items, place);
 }
 
 bool Container::ReadIndexBlock(std::size_t k, std::uint64_t position) {
-  std::string bytes;
-  if (!TakeIndexBlock(k, position, bytes)) return false;
-  if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte == 0; })) {
+  QovJbf::Block items;
+  if (!TakeIndexBlock(k, position, items)) return false;
+  if (std::all_of(items.GetData(), items.GetData() + items.GetSize(),
+                  [](unsigned char byte) { return byte == 0; })) {
     mFindings.Error("unfinished", AtBlock(k, position),
                     "The file is unfinished: a block of the index is empty, as an interrupted save "
                     "leaves it.");
     return false;
   }
-  return AppendItems(bytes, AtBlock(k, position));
+  return AppendItems(items, AtBlock(k, position));
 }
 
-bool Container::TakeIndexBlock(std::size_t k, std::uint64_t position, std::string& bytes) {
+bool Container::TakeIndexBlock(std::size_t k, std::uint64_t position, QovJbf::Block& items) {
   const StoredBlock& block = mBlocks[k];
   std::string trouble;
   if (!mBytes.Holds(position, block.mSize)) {
     trouble = "A block of the index lies beyond the end of the file.";
   } else if ((block.mFlags & QovJbf::BlockFlag::kCompressed) != 0) {
-    trouble = InflateBlock(mBytes, position, block.mSize, &bytes).mTrouble;
+    trouble = InflateBlock(mBytes, position, block.mSize, &items).mTrouble;
   } else {
-    bytes.resize(block.mSize);
-    mBytes.Read(position, bytes.data(), bytes.size());
+    items = ReadPlain(mBytes, position, block.mSize);
   }
   if (trouble.empty()) return true;
   mFindings.Error("index", AtBlock(k, position), trouble + " What it lists is lost.");
@@ -149,18 +162,16 @@ bool Container::TakeIndexBlock(std::size_t k, std::uint64_t position, std::strin
 }
 
 /// Takes the items of a piece of the index; false if they cannot all be taken.
-bool Container::AppendItems(const std::string& bytes, const Place& place) {
-  QovJbf::Block block;
-  block.Put(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-  block.SetPosition(0);
+bool Container::AppendItems(QovJbf::Block& items, const Place& place) {
+  items.SetPosition(0);
   std::uint32_t count = 0;
   std::uint32_t numTaken = 0;
   try {
-    CopyFromBlock(block, count);
+    CopyFromBlock(items, count);
     // More items than the file has bytes are refused: compressed pieces could list any number.
     for (; numTaken < count && mBlocks.size() <= mBytes.GetLength(); ++numTaken) {
       IndexItem item;
-      CopyFromBlock(block, item);
+      CopyFromBlock(items, item);
       AppendItem(item);
     }
   } catch (const Util::Exception&) {
@@ -172,10 +183,10 @@ bool Container::AppendItems(const std::string& bytes, const Place& place) {
         fmt::format("The index should list {} blocks here, but {} can be read.", count, numTaken));
     return false;
   }
-  if (block.GetRemaining() == 0) return true;
+  if (items.GetRemaining() == 0) return true;
   mFindings.Warning("index", place,
                     fmt::format("{} bytes of the index follow its last item, which nobody reads.",
-                                block.GetRemaining()));
+                                items.GetRemaining()));
   return true;
 }
 
@@ -279,6 +290,26 @@ bool Container::OpenForReading() {
 const Container::Stream* Container::FindStream(const std::string& name) const {
   const auto found = mStreamsByName.find(name);
   return found == mStreamsByName.end() ? nullptr : &mStreams[found->second];
+}
+
+/// Within the bounds of the code that loads models.
+bool Container::HoldsTooMuch(std::initializer_list<std::string> streams) {
+  constexpr std::uint64_t kMostTimes = 64;
+  constexpr std::uint64_t kFreeBytes = std::uint64_t{32} << 20;
+  std::uint64_t numBytes = 0;
+  const Stream* longest = nullptr;
+  for (const std::string& name : streams) {
+    const Stream* stream = FindStream(name);
+    if (stream == nullptr) continue;
+    numBytes += stream->mLength;
+    if (longest == nullptr || stream->mLength > longest->mLength) longest = stream;
+  }
+  if (numBytes <= kFreeBytes || (numBytes - kFreeBytes) / kMostTimes <= mBytes.GetLength()) {
+    return false;
+  }
+  mFindings.Error("expansion", Place::InStream(longest->mName),
+                  "Too much is made of too few bytes.");
+  return true;
 }
 
 StreamCursor Container::OpenStream(const std::string& name) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -27,6 +28,9 @@ class Container {
   /// Whether tree records hold 64-bit offsets.
   bool HasWideOffsets() const { return mHasWideOffsets; }
   bool HasStream(const std::string& name) const { return FindStream(name) != nullptr; }
+  /// Whether streams that readers hold in memory inflate to so much more than the file's length
+  /// that they refuse it, which is reported.
+  bool HoldsTooMuch(std::initializer_list<std::string> streams);
   /// A stream that is absent gives a cursor over nothing.
   StreamCursor OpenStream(const std::string& name);
 
@@ -50,8 +54,8 @@ class Container {
   bool ReadIndex();
   bool ReadRoot();
   bool ReadIndexBlock(std::size_t k, std::uint64_t position);
-  bool TakeIndexBlock(std::size_t k, std::uint64_t position, std::string& bytes);
-  bool AppendItems(const std::string& bytes, const Place& place);
+  bool TakeIndexBlock(std::size_t k, std::uint64_t position, QovJbf::Block& items);
+  bool AppendItems(QovJbf::Block& items, const Place& place);
   void AppendItem(const QovJbf::IndexItem& item);
   void CheckItem(const QovJbf::IndexItem& item);
   Place AtBlock(std::size_t k, std::uint64_t position) const;

@@ -38,6 +38,10 @@ void CheckParts(const Container& container, FileReport& report) {
 }
 
 void CheckModel(Container& container, Findings& findings) {
+  if (container.HoldsTooMuch(
+          {QovRyx::kRyxTree, QovRyx::kLightData, QovRyx::kAttributes, QovRyx::kResources})) {
+    return;
+  }
   ModelContent model;
   ReadTreeRecords(container, model, findings);
   CheckTreeLinks(model, findings);

@@ -66,4 +66,10 @@ std::string Quoted(std::string_view name) {
   return fmt::format("\"{}\"", Shortened(name, kLongest));
 }
 
+void ReportZeroByte(Place place, std::string_view text, std::uint64_t length, Findings& findings) {
+  findings.Warning("zero-byte", std::move(place),
+                   fmt::format("Readers take {} of a text of {} bytes: a zero byte follows.",
+                               Quoted(text), length));
+}
+
 }  // namespace Qov::Tools

@@ -75,4 +75,7 @@ class Findings {
 /// A name in quotes, cut if it is very long.
 std::string Quoted(std::string_view name);
 
+/// Reports a text that holds a zero byte: `text` is what readers take of its `length` bytes.
+void ReportZeroByte(Place place, std::string_view text, std::uint64_t length, Findings& findings);
+
 }  // namespace Qov::Tools

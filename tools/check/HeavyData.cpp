@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <tuple>
 #include <vector>
 
 #include "Qov/Ryx/Progress.h"
@@ -21,7 +22,14 @@ struct Extent {
   std::uint64_t mOffset = 0;
   std::uint64_t mEnd = 0;  ///< Of sets: not known yet.
   bool mIsSets = false;
+  bool mIsWanted = false;  ///< By those who compare values.
 
+  const StoredVariable& GetVariable() const { return mNode->mVariables[mVariable]; }
+  /// In the order of the stream; of those that share their bytes, one that is wanted comes first.
+  bool operator<(const Extent& other) const {
+    return std::tuple(mOffset, mEnd, !mIsWanted) <
+           std::tuple(other.mOffset, other.mEnd, !other.mIsWanted);
+  }
   Place At(std::uint64_t byte) const {
     Place place = Place::InStream(QovRyx::kHeavyData, byte);
     return mIsSets ? mNode->At(std::move(place)) : mNode->At(std::move(place), mVariable);
@@ -96,6 +104,8 @@ class HeavySweep {
   void CheckShape(const StoredNode& node, std::size_t variable);
   void Visit(Extent& extent);
   bool CheckStart(const Extent& extent);
+  void CheckOverlap(const Extent& extent);
+  void CopySummary(const Extent& extent);
   void VisitArray(const Extent& extent);
   void VisitSets(Extent& extent);
   void ReadValues(const Extent& extent);
@@ -111,7 +121,7 @@ class HeavySweep {
 void HeavySweep::Collect(StoredNode& node) {
   if (!node.mHasLightData) return;
   if (node.GetType() == NodeType::NodeSets) {
-    mExtents.push_back({&node, 0, node.mSetsOffset, node.mSetsOffset, true});
+    mExtents.push_back({&node, 0, node.mSetsOffset, node.mSetsOffset, true, false});
   }
   for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
     const StoredVariable& variable = node.mVariables[i];
@@ -121,7 +131,8 @@ void HeavySweep::Collect(StoredNode& node) {
     // What remains of a size that is no multiple of 4 is stored only among inline values.
     const std::uint64_t size =
         node.HasInlineValues() ? variable.mSize : 4 * variable.GetNumElements();
-    mExtents.push_back({&node, i, variable.mOffset, variable.mOffset + size, false});
+    mExtents.push_back(
+        {&node, i, variable.mOffset, variable.mOffset + size, false, mMeshes.IsWanted(variable)});
   }
 }
 
@@ -142,9 +153,7 @@ void HeavySweep::CheckShape(const StoredNode& node, std::size_t variable) {
 
 void HeavySweep::Run(ModelContent& model) {
   for (StoredNode& node : model.mNodes) Collect(node);
-  std::stable_sort(mExtents.begin(), mExtents.end(), [](const Extent& a, const Extent& b) {
-    return a.mOffset < b.mOffset || (a.mOffset == b.mOffset && a.mEnd < b.mEnd);
-  });
+  std::stable_sort(mExtents.begin(), mExtents.end());
   const QovRyx::ProgressReport progress(mCursor.GetLength());
   for (Extent& extent : mExtents) {
     Visit(extent);
@@ -173,15 +182,7 @@ void HeavySweep::Visit(Extent& extent) {
 /// Compares where it begins with where the last one ends; false if it cannot be looked at.
 bool HeavySweep::CheckStart(const Extent& extent) {
   if (extent.mOffset < mReached) {
-    const bool isSame = mLast->mOffset == extent.mOffset && mLast->mEnd == extent.mEnd;
-    const std::string other = mLast->At(mLast->mOffset).GetText();
-    if (isSame && !extent.mIsSets && !mLast->mIsSets) {
-      mFindings.Warning("array-shared", extent.At(extent.mOffset),
-                        fmt::format("It has the same bytes as {}.", other));
-    } else {
-      mFindings.Error("array-overlap", extent.At(extent.mOffset),
-                      fmt::format("It begins within {}, which ends at byte {}.", other, mReached));
-    }
+    CheckOverlap(extent);
     return false;
   }
   if (extent.mOffset > mReached) {
@@ -192,11 +193,32 @@ bool HeavySweep::CheckStart(const Extent& extent) {
   return true;
 }
 
+void HeavySweep::CheckOverlap(const Extent& extent) {
+  const bool isSame = mLast->mOffset == extent.mOffset && mLast->mEnd == extent.mEnd;
+  const std::string other = mLast->At(mLast->mOffset).GetText();
+  if (!isSame || extent.mIsSets || mLast->mIsSets) {
+    mFindings.Error("array-overlap", extent.At(extent.mOffset),
+                    fmt::format("It begins within {}, which ends at byte {}.", other, mReached));
+    return;
+  }
+  mFindings.Warning("array-shared", extent.At(extent.mOffset),
+                    fmt::format("It has the same bytes as {}.", other));
+  if (extent.mIsWanted) CopySummary(extent);
+}
+
+/// The same bytes are the same values only in an array of the same width and layout.
+void HeavySweep::CopySummary(const Extent& extent) {
+  const StoredVariable& source = mLast->GetVariable();
+  const StoredVariable& target = extent.GetVariable();
+  const bool isAlike = source.mWidth == target.mWidth &&
+                       mLast->mNode->HasInlineValues() == extent.mNode->HasInlineValues();
+  if (isAlike) mMeshes.CopySummary(source, target);
+}
+
 void HeavySweep::VisitArray(const Extent& extent) {
   mReached = extent.mEnd;
   mLast = &extent;
-  const StoredVariable& variable = extent.mNode->mVariables[extent.mVariable];
-  if (!mMeshes.IsWanted(variable)) return;
+  if (!extent.mIsWanted) return;
   try {
     mCursor.MoveTo(extent.mOffset);
     ReadValues(extent);
@@ -206,7 +228,7 @@ void HeavySweep::VisitArray(const Extent& extent) {
 }
 
 void HeavySweep::ReadValues(const Extent& extent) {
-  const StoredVariable& variable = extent.mNode->mVariables[extent.mVariable];
+  const StoredVariable& variable = extent.GetVariable();
   if (4 * variable.GetNumElements() > mCursor.GetRemaining())
     throw StreamCursor::EndReached{extent.mOffset};
   std::vector<std::uint32_t> values(variable.GetNumElements());

@@ -41,15 +41,18 @@ class LightReader {
 /// The nodes that have light data, in the order of their offsets.
 std::vector<StoredNode*> SortByOffset(ModelContent& model, Findings& findings) {
   std::vector<StoredNode*> nodes;
+  bool isAtStart = true;  // Readers move to every offset but 0, even for nodes without light data.
   for (StoredNode& node : model.mNodes) {
+    isAtStart = isAtStart && node.mLightOffset == 0;
     node.mHasLightData = node.GetLeastLightSize() == 0;
     if (node.mHasLightData) continue;
-    if (node.mLightOffset != 0 || nodes.empty()) {
+    if (node.mLightOffset != 0 || isAtStart) {
       nodes.push_back(&node);
-      continue;
+    } else {
+      findings.Error("light-offset", node.At(Place::InStream(QovRyx::kRyxTree, node.mPosition)),
+                     "The offset of its light data is 0, for which readers stay where they are.");
     }
-    findings.Error("light-offset", node.At(Place::InStream(QovRyx::kRyxTree, node.mPosition)),
-                   "The offset of its light data is 0, where those of another node lie.");
+    isAtStart = false;
   }
   std::stable_sort(nodes.begin(), nodes.end(), [](const StoredNode* a, const StoredNode* b) {
     return a->mLightOffset < b->mLightOffset;
@@ -134,7 +137,7 @@ void LightReader::TakeGeometry(StoredNode& node) {
 
 StoredVariable LightReader::TakeVariable(const StoredNode& node) {
   StoredVariable variable;
-  variable.mName = mCursor.TakeText();
+  variable.mName = mCursor.TakeText(mFindings, node.At({}));
   variable.mKindWord = mCursor.Take<std::uint32_t>();
   const GeometryLayout layout = node.GetLayout();
   if (layout != GeometryLayout::Older) variable.mLinked = mCursor.Take<std::uint8_t>() != 0;

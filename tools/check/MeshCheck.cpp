@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -29,28 +30,52 @@ bool HoldsIntegers(const StoredVariable& variable) {
   return kind == 4 || kind == 5;
 }
 
-/// The mesh arrays of one geometry, by name.
+constexpr std::string_view kCoordinates = "Coordinates";
+constexpr std::string_view kConnectivity = "Connectivity";
+constexpr std::string_view kPolylength = "Polylength";
+
+/// The mesh arrays of one geometry, by name. A merge may leave several of one name: the first
+/// connectivity belongs to the first coordinates then, the second to the second.
 class MeshArrays {
  public:
   MeshArrays(const StoredNode& node, ResultLinks& links) : mNode(node), mLinks(links) {
+    constexpr std::array kBases = {kCoordinates, kConnectivity, kPolylength};
     for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
       const MeshName name = SplitName(node.mVariables[i].mName);
-      if (name.first == "Coordinates" || name.first == "Polylength") mPositions.emplace(name, i);
+      if (std::find(kBases.begin(), kBases.end(), name.first) == kBases.end()) continue;
+      mPositions[name].push_back(i);
     }
   }
 
-  /// The array of that name and instance part, or else the one that all instances share.
-  const StoredVariable* Find(std::string_view base, std::string_view instance) {
-    auto found = mPositions.find({base, instance});
-    if (found == mPositions.end()) found = mPositions.find({base, {}});
-    if (found == mPositions.end()) return nullptr;
-    return mLinks.Resolve(mNode, mNode.mVariables[found->second]).mVariable;
+  /// The array of that base name that belongs to the connectivity at a position; null if there is
+  /// none, or if there are several and nothing tells which.
+  const StoredVariable* FindPartner(std::string_view base, std::size_t connectivity) {
+    const MeshName name = SplitName(mNode.mVariables[connectivity].mName);
+    const Positions& peers = mPositions.at(name);
+    const Positions* partners = Find(base, name.second);
+    if (partners == nullptr) return nullptr;
+    std::size_t turn = 0;
+    if (partners->size() > 1) {
+      if (partners->size() != peers.size()) return nullptr;
+      turn = static_cast<std::size_t>(std::lower_bound(peers.begin(), peers.end(), connectivity) -
+                                      peers.begin());
+    }
+    return mLinks.Resolve(mNode, mNode.mVariables[(*partners)[turn]]).mVariable;
   }
 
  private:
+  using Positions = std::vector<std::size_t>;
+
+  /// Those of the instance part, or else those that all instances share.
+  const Positions* Find(std::string_view base, std::string_view instance) const {
+    auto found = mPositions.find({base, instance});
+    if (found == mPositions.end()) found = mPositions.find({base, {}});
+    return found == mPositions.end() ? nullptr : &found->second;
+  }
+
   const StoredNode& mNode;
   ResultLinks& mLinks;
-  std::map<MeshName, std::size_t> mPositions;
+  std::map<MeshName, Positions> mPositions;
 };
 
 }  // namespace
@@ -62,13 +87,12 @@ MeshCheck::MeshCheck(const ModelContent& model, ResultLinks& links) {
 void MeshCheck::Add(const StoredNode& node, ResultLinks& links) {
   MeshArrays arrays(node, links);
   for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
-    const MeshName name = SplitName(node.mVariables[i].mName);
-    if (name.first != "Connectivity") continue;
+    if (SplitName(node.mVariables[i].mName).first != kConnectivity) continue;
     const StoredVariable* connectivity = links.Resolve(node, node.mVariables[i]).mVariable;
     if (connectivity == nullptr || !HoldsIntegers(*connectivity)) continue;
-    const StoredVariable* lengths = arrays.Find("Polylength", name.second);
+    const StoredVariable* lengths = arrays.FindPartner(kPolylength, i);
     if (lengths != nullptr && !HoldsIntegers(*lengths)) lengths = nullptr;
-    mElements.push_back({&node, i, connectivity, arrays.Find("Coordinates", name.second), lengths});
+    mElements.push_back({&node, i, connectivity, arrays.FindPartner(kCoordinates, i), lengths});
     mSummaries.try_emplace(connectivity);
     if (lengths != nullptr) mSummaries.try_emplace(lengths);
   }
@@ -83,6 +107,11 @@ void MeshCheck::Summarize(const StoredVariable& variable,
   summary.mLargest = *largest;
   summary.mLargestAt = static_cast<std::uint64_t>(largest - values.begin());
   for (const std::uint32_t value : values) summary.mSum += value;
+}
+
+void MeshCheck::CopySummary(const StoredVariable& source, const StoredVariable& target) {
+  const Summary* known = FindSummary(&source);
+  if (known != nullptr) mSummaries[&target] = *known;
 }
 
 const MeshCheck::Summary* MeshCheck::FindSummary(const StoredVariable* variable) const {

@@ -16,6 +16,8 @@ class MeshCheck {
 
   bool IsWanted(const StoredVariable& variable) const { return mSummaries.contains(&variable); }
   void Summarize(const StoredVariable& variable, const std::vector<std::uint32_t>& values);
+  /// For an array of the same values as another one, which was summarized if it could be read.
+  void CopySummary(const StoredVariable& source, const StoredVariable& target);
   /// To be called when all arrays that can be read have been.
   void Report(Findings& findings) const;
 

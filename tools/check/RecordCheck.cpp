@@ -28,6 +28,25 @@ std::uint32_t RecordCheck::TakeCount() {
   return count;
 }
 
+std::string RecordCheck::TakeText(const std::string& path) {
+  const std::uint32_t start = mBlock.GetPosition();
+  std::string text;
+  CopyFromBlock(mBlock, text);
+  const std::uint64_t length = mBlock.GetPosition() - start - sizeof(std::uint32_t);
+  if (text.size() < length) ReportZeroByte(At(start, path), text, length, mFindings);
+  return text;
+}
+
+std::string RecordCheck::TakeKey(const std::string& path, std::set<std::string>& taken) {
+  const std::uint32_t start = mBlock.GetPosition();
+  std::string key = TakeText(path);
+  if (!taken.insert(key).second) {
+    mFindings.Error("record-key", At(start, path),
+                    fmt::format("There are two entries {}; readers keep the last.", Quoted(key)));
+  }
+  return key;
+}
+
 RecordCheck::Frame RecordCheck::OpenFrame(const std::string& path) {
   Frame frame;
   frame.mStart = mBlock.GetPosition();

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -43,6 +45,10 @@ class RecordCheck {
   Place At(std::uint32_t position, const std::string& path) const;
   void ReportLost(const Frame& frame, const std::string& path);
   std::uint32_t TakeCount();
+  /// As readers take a text: what follows a zero byte is dropped, which is reported.
+  std::string TakeText(const std::string& path);
+  /// Reports a key that is among `taken` already.
+  std::string TakeKey(const std::string& path, std::set<std::string>& taken);
 
   QovJbf::Block& mBlock;
   Place mPlace;
@@ -71,24 +77,26 @@ class RecordCheck::Walker {
   void Read(const std::string& /*path*/, T& value) {
     CopyFromBlock(mCheck.mBlock, value);
   }
+  void Read(const std::string& path, std::string& value) { value = mCheck.TakeText(path); }
   template <QovJbf::VersionedRecord T>
   void Read(const std::string& path, T& /*value*/) {
     mCheck.Check<T>(path);
   }
-  template <QovJbf::VersionedRecord T>
+  template <class T>
+  requires QovJbf::VersionedRecord<T> || std::same_as<T, std::string>
   void Read(const std::string& path, std::vector<T>& /*values*/) {
     const std::uint32_t count = mCheck.TakeCount();
     for (std::uint32_t i = 0; i < count; ++i) {
-      mCheck.Check<T>(path + "[" + std::to_string(i) + "]");
+      T unused{};
+      Read(path + "[" + std::to_string(i) + "]", unused);
     }
   }
   template <class T>
-  requires QovJbf::VersionedRecord<T> || QovJbf::VersionedRecord<typename T::value_type>
   void Read(const std::string& path, std::map<std::string, T>& /*values*/) {
     const std::uint32_t count = mCheck.TakeCount();
+    std::set<std::string> keys;
     for (std::uint32_t i = 0; i < count; ++i) {
-      std::string key;
-      CopyFromBlock(mCheck.mBlock, key);
+      const std::string key = mCheck.TakeKey(path, keys);
       T unused{};
       Read(path + "[" + Quoted(key) + "]", unused);
     }

@@ -68,7 +68,7 @@ std::int32_t TakeSignedCount(StreamCursor& cursor, const std::string& part, Find
 }
 
 void TakePath(StreamCursor& cursor, Findings& findings) {
-  const std::string part = "path " + Quoted(cursor.TakeText());
+  const std::string part = "path " + Quoted(cursor.TakeText(findings));
   const std::int32_t count = TakeSignedCount(cursor, part, findings);
   for (std::int32_t i = 0; i < count; ++i) {
     TakeRecord<QovRyx::ViewPoint>(cursor, Part(fmt::format("{}, view {}", part, i)), findings);
@@ -113,6 +113,7 @@ void CheckMaterials(Container& container, const ModelContent& model, Findings& f
 
 void CheckHistory(Container& container, Findings& findings) {
   if (!container.HasStream(QovRyx::kGlobalInformation)) return;
+  if (container.HoldsTooMuch({QovRyx::kGlobalInformation})) return;
   StreamCursor cursor = container.OpenStream(QovRyx::kGlobalInformation);
   RunStage(cursor, "the history", findings, [&] {
     const auto count = cursor.Take<std::uint32_t>();
@@ -126,6 +127,7 @@ void CheckHistory(Container& container, Findings& findings) {
 void CheckViews(Container& container, Findings& findings) {
   if (!container.HasStream(QovRyx::kViewPoints)) return;
   if (!AreReadable(container.GetVersion(), findings)) return;
+  if (container.HoldsTooMuch({QovRyx::kViewPoints})) return;
   StreamCursor cursor = container.OpenStream(QovRyx::kViewPoints);
   RunStage(cursor, "the views", findings, [&] { TakeViews(cursor, findings); });
 }

@@ -50,10 +50,17 @@ std::uint32_t StreamCursor::TakeCount(std::uint64_t leastSize) {
   throw EndReached{start};
 }
 
-std::string StreamCursor::TakeText() {
+std::string StreamCursor::TakeText(Findings& findings, const Place& owner) {
+  const std::uint64_t start = mPosition;
   std::string text(TakeCount(1), '\0');
   TakeBytes(text.data(), text.size());
-  text.resize(std::min(text.size(), text.find('\0')));
+  const std::size_t length = text.size();
+  text.resize(std::min(length, text.find('\0')));
+  if (text.size() == length) return text;
+  Place place = owner;
+  place.mStream = mName;
+  place.mByte = start;
+  ReportZeroByte(std::move(place), text, length, findings);
   return text;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Qov/Jbf/StreamReader.h"
+#include "check/Finding.h"
 
 namespace Qov::Tools {
 
@@ -44,8 +45,9 @@ class StreamCursor {
     TakeBytes(&value, sizeof value);
     return value;
   }
-  /// As readers take a text: what follows a zero byte is dropped.
-  std::string TakeText();
+  /// As readers take a text: what follows a zero byte is dropped, which is reported. `owner` is
+  /// whose text it is.
+  std::string TakeText(Findings& findings, const Place& owner = {});
   /// A count of elements of which each takes `leastSize` bytes at the least.
   std::uint32_t TakeCount(std::uint64_t leastSize);
 

@@ -33,14 +33,16 @@ bool IsKnownVersion(const StoredNode& node) {
   }
 }
 
-StoredNode TakeRecord(StreamCursor& cursor, bool wideOffsets) {
+StoredNode TakeRecord(StreamCursor& cursor, bool wideOffsets, Findings& findings) {
   StoredNode node;
   node.mPosition = cursor.GetPosition();
   for (std::uint32_t* link : {&node.mId, &node.mParent, &node.mPreviousSibling, &node.mNextSibling,
                               &node.mFirstChild, &node.mLastChild}) {
     *link = cursor.Take<std::uint32_t>();
   }
-  for (std::string* text : {&node.mName, &node.mType, &node.mVersion}) *text = cursor.TakeText();
+  for (std::string* text : {&node.mName, &node.mType, &node.mVersion}) {
+    *text = cursor.TakeText(findings);
+  }
   node.mLightOffset = wideOffsets ? cursor.Take<std::uint64_t>() : cursor.Take<std::uint32_t>();
   return node;
 }
@@ -73,7 +75,7 @@ void RecordReader::Read(bool wideOffsets) {
   }
   const auto most = mCursor.GetRemaining() / kLeastRecordSize;
   mModel.mNodes.reserve(std::min(static_cast<std::uint64_t>(count), most));
-  for (std::int32_t i = 0; i < count; ++i) Enter(TakeRecord(mCursor, wideOffsets));
+  for (std::int32_t i = 0; i < count; ++i) Enter(TakeRecord(mCursor, wideOffsets, mFindings));
   mModel.mIsComplete = true;
   if (mCursor.IsAtEnd()) return;
   mFindings.Warning(
