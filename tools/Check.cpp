@@ -7,6 +7,7 @@
 #include "Command.h"
 #include "ErrorText.h"
 #include "Json.h"
+#include "OptionValues.h"
 #include "check/FileCheck.h"
 
 namespace Qov::Tools {
@@ -32,6 +33,7 @@ class CheckCommand : public Command {
     app.add_flag("--json", mJson, "Print one JSON document");
     app.add_option("--limit", mLimit, "Findings of one kind to show for a file, 0 for all")
         ->default_val(kDefaultLimit)
+        ->transform(WholeNumber())
         ->type_name("N");
   }
   int Run(Output& output, Output& errors) override;

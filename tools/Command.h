@@ -28,6 +28,8 @@ class Command {
   virtual void Declare(CLI::App& app) = 0;
   /// Does the work with the arguments that were parsed; returns the exit status.
   virtual int Run(Output& output, Output& errors) = 0;
+  /// Whether it does nothing but show: who has seen enough may go, and misses no verdict.
+  virtual bool OnlyShows() const { return false; }
 };
 
 std::unique_ptr<Command> MakeCheckCommand();

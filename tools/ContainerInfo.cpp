@@ -47,7 +47,7 @@ void MeasureStream(QovJbf::JbFile& file, StreamInfo& stream) {
   try {
     stream.mRaw = file.OpenStreamReader(stream.mName)->GetLength();
   } catch (const std::exception& error) {
-    stream.mTrouble = DescribeError(error, {});
+    stream.mTrouble = ErrorText(error);
   }
 }
 
@@ -91,7 +91,7 @@ ContainerInfo ReadContainer(const std::string& path) {
   try {
     Read(path, info);
   } catch (const std::exception& error) {
-    info.mTrouble = DescribeError(error, {});
+    info.mTrouble = ErrorText(error);
   }
   return info;
 }

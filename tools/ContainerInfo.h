@@ -31,6 +31,7 @@ struct StreamInfo {
 };
 
 /// What a container file says of itself; no block is uncompressed for it but those of the index.
+/// Names and troubles are not escaped.
 struct ContainerInfo {
   std::string mVersion;
   std::uint64_t mFileSize = 0;

@@ -10,6 +10,7 @@
 #include "ErrorText.h"
 #include "Json.h"
 #include "ModelInput.h"
+#include "OptionValues.h"
 #include "diff/DiffReporting.h"
 #include "diff/ModelDiff.h"
 
@@ -56,7 +57,7 @@ std::string ValidateTolerance(const std::string& text) {
   try {
     ParseNamedTolerance(text);
   } catch (const std::exception& error) {
-    return DescribeError(error, {});
+    return ErrorText(error);
   }
   return "";
 }
@@ -71,7 +72,7 @@ void DiffCommand::Declare(CLI::App& app) {
       app.add_option("--rel", mDefault.mRelative, "The same, as a part of the larger one")
           ->check(CLI::NonNegativeNumber);
   mUlpOption = app.add_option("--ulp", mDefault.mUlps, "The same, in steps between floats")
-                   ->check(CLI::NonNegativeNumber);
+                   ->transform(WholeNumber());
   app.add_option("--tolerance", mNamed, "PATTERN:abs=X,rel=X,ulp=N, for some results; repeatable")
       ->check(ValidateTolerance, "")
       ->expected(1)
@@ -96,23 +97,21 @@ DiffOptions DiffCommand::MakeOptions() const {
   return options;
 }
 
-/// Loads a file. Returns why it cannot be read, or an empty string.
-std::string Load(const std::string& path, QovRyx::Tree& tree, Output& errors) {
-  std::string trouble = LoadWhatCanBeRead(path, tree, errors.GetStyle());
-  if (!trouble.empty()) {
-    errors.Line(fmt::format("ryx diff: {}: {}", Escape(path, errors.GetStyle()), trouble));
-  }
-  return trouble;
+/// Loads a file. Notes under `key` why it cannot be read, if it cannot.
+void Load(const std::string& path, QovRyx::Tree& tree, const char* key, Json& trouble,
+          Output& errors) {
+  const std::string text = LoadWhatCanBeRead(path, tree);
+  if (text.empty()) return;
+  trouble[key] = Escape(text, {});
+  errors.Line("ryx diff: " + Escape(path + ": " + text, errors.GetStyle()));
 }
 
 int DiffCommand::Run(Output& output, Output& errors) {
   QovRyx::Tree a(false);
   QovRyx::Tree b(false);
   Json trouble = Json::object();
-  const std::string troubleA = Load(mPathA, a, errors);
-  const std::string troubleB = Load(mPathB, b, errors);
-  if (!troubleA.empty()) trouble["a"] = troubleA;
-  if (!troubleB.empty()) trouble["b"] = troubleB;
+  Load(mPathA, a, "a", trouble, errors);
+  Load(mPathB, b, "b", trouble, errors);
   DiffReport report;
   if (trouble.empty()) report = DiffModels(a, b, MakeOptions());
   if (mJson) {

@@ -2,9 +2,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,10 +9,12 @@
 
 #include "Command.h"
 #include "ModelInput.h"
-#include "ModelStatistics.h"
+#include "OptionValues.h"
 #include "Qov/Util/Raise.h"
 #include "ResultLink.h"
+#include "ValueOwners.h"
 #include "dump/Choice.h"
+#include "dump/FileOutput.h"
 #include "dump/StateDump.h"
 #include "dump/StreamDump.h"
 #include "dump/ValueDump.h"
@@ -50,6 +49,7 @@ class DumpCommand : public Command {
   }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override;
+  bool OnlyShows() const override { return true; }
   int Run(Output& output, Output& errors) override;
 
  private:
@@ -80,17 +80,17 @@ class DumpCommand : public Command {
 
 void DumpCommand::Declare(CLI::App& app) {
   app.add_option("FILE", mPath, "Model or view-point file")->required();
-  app.add_option("NODE", mNode, "A geometry");
-  app.add_option("RESULT", mResult, "Its result whose values are wanted");
-  app.add_option("--view-point", mView, "A view, by name or number; 0 is the current one")
+  AddText(app, "NODE", mNode, "A geometry");
+  AddText(app, "RESULT", mResult, "Its result whose values are wanted");
+  AddText(app, "--view-point", mView, "A view, by name or number; 0 is the current one")
       ->type_name("VIEW");
   app.add_flag("--sequencer", mSequencer, "The sequencer");
   app.add_flag("--history", mHistory, "The programs that wrote the file, oldest first");
-  app.add_option("--material", mMaterial, "The material of a shape")->type_name("NODE");
-  app.add_option("--attributes", mAttributes, "Those of a group or of a geometry's results")
+  AddText(app, "--material", mMaterial, "The material of a shape")->type_name("NODE");
+  AddText(app, "--attributes", mAttributes, "Those of a group or of a geometry's results")
       ->type_name("NODE");
-  app.add_option("--node-set", mSets, "Node sets, or one of them")->type_name("NODE[:SET]");
-  app.add_option("--stream", mStream, "The uncompressed bytes of a stream")->type_name("NAME");
+  AddText(app, "--node-set", mSets, "Node sets, or one of them")->type_name("NODE[:SET]");
+  AddText(app, "--stream", mStream, "The uncompressed bytes of a stream")->type_name("NAME");
   app.add_flag("--blocks", mBlocks, "The block table of the file, or of the --stream");
   app.add_option("--format", mFormat, "How to write it; csv and npy are for results")
       ->check(CLI::IsMember({"text", "csv", "json", "npy"}));
@@ -132,8 +132,6 @@ void DumpCommand::RefuseTerminal(const Output& output) const {
   Raise(ErrorType::WriteError, "raw bytes are not for a terminal: use -o FILE or a pipe");
 }
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
 bool AreSame(const std::string& left, const std::string& right) {
   struct stat a {};
   struct stat b {};
@@ -141,22 +139,15 @@ bool AreSame(const std::string& left, const std::string& right) {
          a.st_ino == b.st_ino;
 }
 
-File OpenOutput(const std::string& path, const std::string& input) {
-  if (AreSame(path, input)) Raise(ErrorType::MiscellaneousError, path + " is the input");
-  File file(std::fopen(path.c_str(), "wb"), &std::fclose);
-  if (!file) {
-    Raise(ErrorType::WriteError, "Unable to open " + path + ": " + std::strerror(errno));
-  }
-  return file;
-}
-
 int DumpCommand::Run(Output& output, Output& errors) {
   CheckChoice();
   if (mOutputPath.empty()) return Show(output, errors);
-  const File file = OpenOutput(mOutputPath, mPath);
-  Output fileOutput(file.get(), {});
-  const int status = Show(fileOutput, errors);
-  fileOutput.Flush();
+  if (AreSame(mOutputPath, mPath)) {
+    Raise(ErrorType::MiscellaneousError, mOutputPath + " is the input");
+  }
+  FileOutput file(mOutputPath);
+  const int status = Show(file, errors);
+  if (status == kSuccess || file.IsOpen()) file.Close();
   return status;
 }
 
@@ -173,9 +164,9 @@ int DumpCommand::Show(Output& output, Output& errors) const {
     return kSuccess;
   }
   QovRyx::Tree tree(false);
-  const std::string trouble = LoadWhatCanBeRead(mPath, tree, errors.GetStyle());
+  const std::string trouble = LoadWhatCanBeRead(mPath, tree);
   if (!trouble.empty()) {
-    errors.Line(fmt::format("ryx dump: {}: {}", Escape(mPath, errors.GetStyle()), trouble));
+    errors.Line("ryx dump: " + Escape(mPath + ": " + trouble, errors.GetStyle()));
   }
   if (trouble.empty() || HoldsAnything(tree)) ShowModel(tree, output);
   return trouble.empty() ? kSuccess : kTrouble;
@@ -215,7 +206,7 @@ void CheckLink(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& vari
 Values ReadValues(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& variable) {
   if (variable.mLinked) CheckLink(tree, variable);
   Values values;
-  values.mIntegers = HoldsIntegers(tree.GetNodes(), variable);
+  values.mIntegers = ValueOwners(tree.GetNodes()).HoldIntegers(variable);
   values.mWidth = std::max<std::size_t>(variable.mValues.GetWidth(), 1);
   variable.mValues.GetValues(values.mBits);
   if (values.mBits.size() != variable.mValues.GetNumElements()) {

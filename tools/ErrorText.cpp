@@ -7,7 +7,7 @@
 
 namespace Qov::Tools {
 
-std::string DescribeError(const std::exception& error, const TextStyle& style) {
+std::string ErrorText(const std::exception& error) {
   std::string text = error.what();
   if (const auto* ours = dynamic_cast<const Util::Exception*>(&error)) {
     text = ours->GetLogMessage();
@@ -16,7 +16,17 @@ std::string DescribeError(const std::exception& error, const TextStyle& style) {
   }
   while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
   std::replace(text.begin(), text.end(), '\n', ' ');
-  return Escape(text, style);
+  return text;
+}
+
+std::string FileErrorText(const std::string& path, const std::exception& error) {
+  const std::string text = ErrorText(error);
+  const std::string subject = path + " ";
+  return text.starts_with(subject) ? text.substr(subject.size()) : text;
+}
+
+std::string DescribeError(const std::exception& error, const TextStyle& style) {
+  return Escape(ErrorText(error), style);
 }
 
 }  // namespace Qov::Tools

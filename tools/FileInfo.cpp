@@ -71,7 +71,7 @@ std::vector<std::string> StreamLines(const ContainerInfo& container, const TextS
     const bool isSound = stream.mTrouble.empty();
     table.AddRow({Escape(stream.mName, style), fmt::format("{}", stream.mNumBlocks),
                   fmt::format("{}", stream.mStored), isSound ? fmt::format("{}", stream.mRaw) : "?",
-                  isSound ? "" : "(cannot be read: " + stream.mTrouble + ")"});
+                  isSound ? "" : "(cannot be read: " + Escape(stream.mTrouble, style) + ")"});
   }
   return table.GetLines();
 }
@@ -85,7 +85,7 @@ Json StreamsJson(const ContainerInfo& container) {
               {"uncompressed", stream.mRaw}};
     if (!stream.mTrouble.empty()) {
       json["uncompressed"] = nullptr;
-      json["trouble"] = stream.mTrouble;
+      json["trouble"] = Escape(stream.mTrouble, {});
     }
     list.push_back(std::move(json));
   }
@@ -110,7 +110,7 @@ bool IsTroubled(const StreamInfo& stream) { return !stream.mTrouble.empty(); }
 FileInfo::FileInfo(const std::string& path)
     : mPath(path),
       mContainer(ReadContainer(path)),
-      mTrouble(LoadWhatCanBeRead(path, mTree, {})),
+      mTrouble(LoadWhatCanBeRead(path, mTree)),
       mCounts(mTree.GetNodes()) {
   const bool partly =
       std::any_of(mContainer.mStreams.begin(), mContainer.mStreams.end(), IsTroubled);
@@ -140,7 +140,7 @@ void FileInfo::Report(Output& output) const {
 
 Json FileInfo::MakeJson() const {
   Json json{{"path", JsonText(mPath)}};
-  if (!mTrouble.empty()) json["trouble"] = mTrouble;
+  if (!mTrouble.empty()) json["trouble"] = Escape(mTrouble, {});
   json["version"] = JsonText(mContainer.mVersion);
   json["size"] = mContainer.mFileSize;
   json["uncompressed"] = mContainer.GetRawSize();

@@ -16,7 +16,7 @@ class FileInfo {
   /// Reads what can be read and notes the trouble; does not throw for a bad file.
   explicit FileInfo(const std::string& path);
 
-  /// What could not be read and why, escaped for a pipe; empty if all could.
+  /// What could not be read and why, not escaped; empty if all could.
   const std::string& GetTrouble() const { return mTrouble; }
   /// Whether there is anything to show.
   bool HasContent() const;

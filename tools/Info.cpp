@@ -25,6 +25,7 @@ class InfoCommand : public Command {
     app.add_option("FILE", mPaths, "Model or view-point files")->required();
     app.add_flag("--json", mJson, "Print one JSON document");
   }
+  bool OnlyShows() const override { return true; }
   int Run(Output& output, Output& errors) override;
 
  private:
@@ -46,7 +47,7 @@ int InfoCommand::Run(Output& output, Output& errors) {
     }
     if (info.GetTrouble().empty()) continue;
     status = kTrouble;
-    errors.Line("ryx info: " + Escape(path, errors.GetStyle()) + ": " + info.GetTrouble());
+    errors.Line("ryx info: " + Escape(path + ": " + info.GetTrouble(), errors.GetStyle()));
   }
   if (!mJson) return status;
   Json document = MakeJsonDocument(GetName());

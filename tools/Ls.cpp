@@ -9,6 +9,7 @@
 #include "ModelInput.h"
 #include "ModelJson.h"
 #include "ModelReport.h"
+#include "OptionValues.h"
 
 namespace Qov::Tools {
 namespace {
@@ -39,6 +40,7 @@ class LsCommand : public Command {
   }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override;
+  bool OnlyShows() const override { return true; }
   int Run(Output& output, Output& errors) override;
 
  private:
@@ -53,8 +55,9 @@ void LsCommand::Declare(CLI::App& app) {
                "Show the results of geometries (the default), or leave them unread");
   app.add_option("--node", criteria.mIds, "Show the node of this id; may be given again")
       ->type_name("ID")
+      ->transform(WholeNumber())
       ->allow_extra_args(false);
-  app.add_option("--name", criteria.mName, "Show nodes whose names fit, as \"Wing*\"")
+  AddText(app, "--name", criteria.mName, "Show nodes whose names fit, as \"Wing*\"")
       ->type_name("PATTERN");
   app.add_option("--type", criteria.mType, "Show nodes of this type")
       ->type_name("TYPE")
@@ -127,12 +130,12 @@ bool FileLister::AddJson(const QovRyx::Tree& tree, const NodeFilter& filter,
 bool FileLister::List(const std::string& path) {
   QovRyx::Tree tree(false);
   mFiles.push_back({{"path", JsonText(path)}});
-  std::string trouble = LoadWhatCanBeRead(path, tree, mErrors.GetStyle());
+  std::string trouble = LoadWhatCanBeRead(path, tree);
   const bool isShown = trouble.empty() || HoldsAnything(tree);
   if (isShown && !Show(path, tree) && trouble.empty()) trouble = "parts of it cannot be read";
   if (trouble.empty()) return true;
-  mFiles.back()["trouble"] = trouble;
-  mErrors.Line(fmt::format("ryx ls: {}: {}", Escape(path, mErrors.GetStyle()), trouble));
+  mFiles.back()["trouble"] = Escape(trouble, {});
+  mErrors.Line("ryx ls: " + Escape(path + ": " + trouble, mErrors.GetStyle()));
   return false;
 }
 

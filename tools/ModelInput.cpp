@@ -93,15 +93,12 @@ void LoadModelOrViews(const std::string& path, Tree& tree) {
   tree.Load(path, ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
 }
 
-std::string LoadWhatCanBeRead(const std::string& path, Tree& tree, const TextStyle& style) {
+std::string LoadWhatCanBeRead(const std::string& path, Tree& tree) {
   try {
     LoadModelOrViews(path, tree);
     return "";
   } catch (const std::exception& error) {
-    std::string text = DescribeError(error, style);
-    const std::string subject = Escape(path, style) + " ";
-    if (text.starts_with(subject)) text.erase(0, subject.size());
-    return text + Salvage(path, tree);
+    return FileErrorText(path, error) + Salvage(path, tree);
   }
 }
 

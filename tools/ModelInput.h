@@ -3,7 +3,6 @@
 #include <string>
 
 #include "Qov/Ryx/Tree.h"
-#include "Terminal.h"
 
 namespace Qov::Tools {
 
@@ -12,8 +11,8 @@ namespace Qov::Tools {
 void LoadModelOrViews(const std::string& path, QovRyx::Tree& tree);
 
 /// Reads what can be read of such a file. Returns what went wrong and where the reading stopped,
-/// escaped for `style`; an empty text if the file could be read whole.
-std::string LoadWhatCanBeRead(const std::string& path, QovRyx::Tree& tree, const TextStyle& style);
+/// not escaped; an empty text if the file could be read whole.
+std::string LoadWhatCanBeRead(const std::string& path, QovRyx::Tree& tree);
 
 /// Whether there is more in the tree than an empty root.
 bool HoldsNodes(const QovRyx::Tree& tree);

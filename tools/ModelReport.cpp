@@ -132,19 +132,16 @@ std::string NodeReport::LinkText(const Geometry::VarStruct& variable) const {
 }
 
 Lines NodeReport::Sets(const QovRyx::NodeSets& sets) {
-  Lines lines = AttributeLines(sets.mAttributes, mStyle);
   try {
     TextTable table({{"SET"}, {"COUNT", Align::Right}}, WidthLimit(mStyle));
     const auto content = sets.GetSets();
     for (const auto& set : content) {
       table.AddRow({Escape(set.mName, mStyle), fmt::format("{}", set.mValues.size())});
     }
-    const Lines rows = content.empty() ? Lines{} : table.GetLines();
-    lines.insert(lines.end(), rows.begin(), rows.end());
+    return content.empty() ? Lines{} : table.GetLines();
   } catch (const std::exception& error) {
-    lines.push_back(Trouble(DescribeError(error, mStyle)));
+    return {Trouble(DescribeError(error, mStyle))};
   }
-  return lines;
 }
 
 std::string PathText(const QovRyx::ViewPointPath& path, const TextStyle& style) {

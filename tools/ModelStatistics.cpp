@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ErrorText.h"
+#include "ValueOwners.h"
 
 namespace Qov::Tools {
 namespace {
@@ -47,24 +48,6 @@ Loaders FindShown(const QovRyx::NodeTree& nodes, const NodeFilter& filter) {
 }
 
 }  // namespace
-
-bool HoldsIntegers(const Geometry::VarStruct& variable) {
-  constexpr std::uint32_t kUnsignedResult = 5;
-  return variable.IsIntegerKind() || variable.mKindHighByte == kUnsignedResult;
-}
-
-bool HoldsIntegers(const QovRyx::NodeTree& nodes, const Geometry::VarStruct& variable) {
-  const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();
-  const Geometry::VarStruct* owner = &variable;
-  if (variable.mLinked && loader != nullptr) {
-    QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const Geometry& geometry) {
-      for (const Geometry::VarStruct& other : geometry.GetVariables()) {
-        if (!other.mLinked && other.mValues.GetLoader().get() == loader) owner = &other;
-      }
-    });
-  }
-  return HoldsIntegers(*owner);
-}
 
 ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter,
                                  const TextStyle& style) {

@@ -10,12 +10,6 @@
 
 namespace Qov::Tools {
 
-/// Whether the variable's values are unsigned integers, not floats.
-bool HoldsIntegers(const QovRyx::Geometry::VarStruct& variable);
-
-/// The same of a variable that may be linked: it goes by the one whose values it takes.
-bool HoldsIntegers(const QovRyx::NodeTree& nodes, const QovRyx::Geometry::VarStruct& variable);
-
 /// The statistics of the arrays of a loaded model that are shown and lie in its file, each read
 /// once, one at a time, in the order in which they are stored.
 class ModelStatistics {

@@ -25,10 +25,10 @@ bool MatchesPattern(const std::string& name, const std::string& pattern) {
 
 bool NodeCriteria::Accept(const QovRyx::NodeTree::Node& entry) const {
   if (!mIds.empty() && std::find(mIds.begin(), mIds.end(), entry.mId) == mIds.end()) return false;
-  if (mName.empty() && mType.empty()) return true;
+  if (!mName && mType.empty()) return true;
   if (!entry.mData) return false;
   if (!mType.empty() && !EqualsIgnoringCase(entry.mData->GetType(), mType)) return false;
-  return mName.empty() || MatchesPattern(entry.mData->GetName(), mName);
+  return !mName || MatchesPattern(entry.mData->GetName(), *mName);
 }
 
 NodeFilter::NodeFilter(const QovRyx::NodeTree& nodes, const NodeCriteria& criteria) {

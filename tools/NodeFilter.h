@@ -10,16 +10,17 @@
 
 namespace Qov::Tools {
 
-/// Whether a name, as it is shown in a pipe, fits a pattern with *, ? and [...].
+/// Whether a name, as it is shown in a pipe, fits a pattern with *, ? and [...], of which the last
+/// two stand for a byte.
 bool MatchesPattern(const std::string& name, const std::string& pattern);
 
 /// What nodes have to be like to be shown. All that is given has to hold.
 struct NodeCriteria {
-  std::vector<std::uint32_t> mIds;  ///< One of them.
-  std::string mName;                ///< A pattern with * and ?, as names are shown.
+  std::vector<std::uint32_t> mIds;   ///< One of them.
+  std::optional<std::string> mName;  ///< A pattern, as MatchesPattern takes it.
   std::string mType;
 
-  bool IsEmpty() const { return mIds.empty() && mName.empty() && mType.empty(); }
+  bool IsEmpty() const { return mIds.empty() && !mName && mType.empty(); }
   bool Accept(const QovRyx::NodeTree::Node& entry) const;
 };
 

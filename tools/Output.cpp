@@ -10,27 +10,25 @@
 #include "Qov/Util/Raise.h"
 
 namespace Qov::Tools {
-namespace {
 
-[[noreturn]] void RaiseFailure() {
+void Output::HandleFailure() const {
+  if (mLoss == Loss::Ignored) return;
   if (errno == EPIPE) throw ClosedPipe{};
   Util::Raise("tools/Output", Util::Exception::ErrorType::WriteError,
               std::string("Unable to write the output: ") + std::strerror(errno));
 }
 
-}  // namespace
-
 void Output::Write(std::string_view bytes) {
-  if (std::fwrite(bytes.data(), 1, bytes.size(), mStream) != bytes.size()) RaiseFailure();
+  if (std::fwrite(bytes.data(), 1, bytes.size(), GetStream()) != bytes.size()) HandleFailure();
 }
 
 void Output::Line(std::string_view text) {
   Write(text);
-  if (std::fputc('\n', mStream) == EOF) RaiseFailure();
+  if (std::fputc('\n', GetStream()) == EOF) HandleFailure();
 }
 
 void Output::Flush() {
-  if (std::fflush(mStream) != 0) RaiseFailure();
+  if (std::fflush(GetStream()) != 0) HandleFailure();
 }
 
 void OccupyStandardStreams() {

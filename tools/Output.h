@@ -13,9 +13,15 @@ struct ClosedPipe {};
 /// Lines of text for a stream that stays the caller's.
 class Output {
  public:
-  Output(std::FILE* stream, const TextStyle& style) : mStream(stream), mStyle(style) {}
+  /// What becomes of lines that cannot be written.
+  enum class Loss { Thrown, Ignored };
 
-  /// Writes the text and a newline. Throws ClosedPipe, or raises WriteError.
+  Output(std::FILE* stream, const TextStyle& style, Loss loss = Loss::Thrown)
+      : mStream(stream), mStyle(style), mLoss(loss) {}
+  virtual ~Output() = default;
+
+  /// Writes the text and a newline. Throws ClosedPipe, or raises WriteError, unless that is to be
+  /// ignored.
   void Line(std::string_view text = "");
   /// Writes bytes as they are; throws as Line does.
   void Write(std::string_view bytes);
@@ -24,9 +30,16 @@ class Output {
 
   const TextStyle& GetStyle() const { return mStyle; }
 
+ protected:
+  /// Throws what errno says of a failure to write, as Line does.
+  void HandleFailure() const;
+
  private:
+  virtual std::FILE* GetStream() { return mStream; }
+
   std::FILE* mStream;
   TextStyle mStyle;
+  Loss mLoss;
 };
 
 /// Makes sure that no file that is opened later takes the place of a standard stream that the

@@ -45,9 +45,9 @@ std::uint64_t CountDuplicates(const ExpectedModel& model) {
   return count;
 }
 
-MergePlan MakePlan(MergeRequest request, const TextStyle& style) {
+MergePlan MakePlan(MergeRequest request) {
   MergePlan plan;
-  plan.mInputs = LoadInputs(request, style);
+  plan.mInputs = LoadInputs(request);
   plan.mRequest = std::move(request);
   plan.mObstacles = FindFileObstacles(plan.mRequest, plan.mInputs);
   if (plan.mRequest.mMode == MergeMode::Nothing) return plan;
@@ -99,7 +99,7 @@ void PlanReport::PrintObstacles() {
   const auto& obstacles = mPlan.mObstacles;
   for (std::size_t i = 0; i < std::min(kMost, obstacles.size()); ++i) {
     std::string line = obstacles[i].mPath.empty() ? "" : Shown(obstacles[i].mPath) + ": ";
-    line += obstacles[i].mText;
+    line += Shown(obstacles[i].mText);
     if (!obstacles[i].mSubject.empty()) line += " (" + Shown(obstacles[i].mSubject) + ")";
     mOutput.Line("  " + line);
   }
@@ -157,7 +157,7 @@ Json OrderJson(const std::vector<InputFile>& inputs) {
 Json ObstaclesJson(const std::vector<Obstacle>& obstacles) {
   Json list = Json::array();
   for (const Obstacle& obstacle : obstacles) {
-    Json entry = {{"path", JsonText(obstacle.mPath)}, {"text", obstacle.mText}};
+    Json entry = {{"path", JsonText(obstacle.mPath)}, {"text", Escape(obstacle.mText, {})}};
     if (!obstacle.mSubject.empty()) entry["subject"] = JsonText(obstacle.mSubject);
     list.push_back(std::move(entry));
   }
@@ -201,8 +201,7 @@ class PlanCommand : public Command {
 
 int PlanCommand::Run(Output& output, Output& /*errors*/) {
   const std::vector<std::string> inputs(mPaths.begin(), mPaths.end() - 1);
-  const MergePlan plan =
-      MakePlan(MakeMergeRequest(mOptions, inputs, mPaths.back()), output.GetStyle());
+  const MergePlan plan = MakePlan(MakeMergeRequest(mOptions, inputs, mPaths.back()));
   if (mJson) {
     output.Line(FormatJson(PlanJson(plan)));
   } else {

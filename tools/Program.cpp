@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <csignal>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +19,8 @@ namespace Qov::Tools {
 namespace {
 
 constexpr const char* kName = "ryx";
+/// What shells say of a program that wrote to a closed pipe and was ended by that.
+constexpr int kEndedByClosedPipe = 128 + SIGPIPE;
 constexpr const char* kFooter =
     "Every subcommand has its own help with an example: ryx SUBCOMMAND --help\n"
     "Exit status: 0 all is well, 1 there are findings or differences, 2 something could not be\n"
@@ -72,13 +76,22 @@ int ReportMisuse(const CLI::App& app, const CLI::ParseError& error, Output& erro
   return kTrouble;
 }
 
+int Run(Command& command, Output& output, Output& errors) {
+  const TerminalProgress progress;
+  std::optional<int> status;
+  try {
+    status = command.Run(output, errors);
+    output.Flush();
+  } catch (const ClosedPipe&) {
+    // Nobody misses what was not shown.
+  }
+  // A verdict that is not known is not told as a good one.
+  return status.value_or(command.OnlyShows() ? kSuccess : kEndedByClosedPipe);
+}
+
 int RunChosen(CommandLine& line, Output& output, Output& errors) {
   for (const auto& command : line.mCommands) {
-    if (!line.mApp.got_subcommand(command->GetName())) continue;
-    const TerminalProgress progress;
-    const int status = command->Run(output, errors);
-    output.Flush();
-    return status;
+    if (line.mApp.got_subcommand(command->GetName())) return Run(*command, output, errors);
   }
   PrintText(line.mApp.help(), errors);
   return kTrouble;

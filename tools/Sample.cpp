@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Command.h"
+#include "OptionValues.h"
 #include "Qov/Util/Raise.h"
 #include "ViewPointFile.h"
 #include "sample/Assembly.h"
@@ -56,6 +57,7 @@ class SampleCommand : public Command {
     constexpr int kMost = 1000000;
     app.add_option(name, number, help)
         ->option_text("N")
+        ->transform(WholeNumber())
         ->check(CLI::Range(1, kMost))
         ->each([this](const std::string&) { mHasSize = true; });
   }

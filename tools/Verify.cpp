@@ -1,6 +1,13 @@
 #include <fmt/format.h>
 
+#include <exception>
+#include <string>
+#include <vector>
+
 #include "Command.h"
+#include "ErrorText.h"
+#include "OptionValues.h"
+#include "Qov/Util/ConcernsFile.h"
 #include "ledger/LedgerReport.h"
 #include "ledger/Recount.h"
 
@@ -43,23 +50,29 @@ bool HasInputs(const MergeRequest& request, const std::vector<InputFile>& inputs
   return verdict.mTrouble.empty();
 }
 
-bool LoadOutput(const std::string& path, QovRyx::Tree& output, const TextStyle& style,
-                Verdict& verdict) {
+bool LoadOutput(const std::string& path, QovRyx::Tree& output, Verdict& verdict) {
   try {
     QovRyx::Tree::IdMap ids;
     output.Load(path, ids, QovRyx::Tree::ReadMode::Everything,
                 QovRyx::Tree::SupportedFileFormats::Ryx);
   } catch (const std::exception& error) {
-    verdict.mTrouble.push_back({path, DescribeFileError(path, error, style), ""});
+    verdict.mTrouble.push_back({path, FileErrorText(path, error), ""});
   }
   return verdict.mTrouble.empty();
 }
 
-void Examine(const MergeRequest& request, const TextStyle& style, Verdict& verdict) {
-  const std::vector<InputFile> inputs = LoadInputs(request, style);
+/// Why an array or a node set of an input cannot be read, and of which one.
+Obstacle UnreadableInput(const std::exception& error) {
+  const auto* concerned = dynamic_cast<const Util::ConcernsFile*>(&error);
+  const std::string path = concerned == nullptr ? "" : concerned->GetConcernedFile();
+  return {path, FileErrorText(path, error), ""};
+}
+
+void Examine(const MergeRequest& request, Verdict& verdict) {
+  const std::vector<InputFile> inputs = LoadInputs(request);
   QovRyx::Tree output(false);
   if (!HasInputs(request, inputs, verdict)) return;
-  if (!LoadOutput(request.mOutput, output, style, verdict)) return;
+  if (!LoadOutput(request.mOutput, output, verdict)) return;
   std::vector<Obstacle> obstacles;
   ExpectedModel model = ExpectModel(request.mMode, inputs, obstacles);
   for (const Obstacle& obstacle : obstacles) {
@@ -68,7 +81,12 @@ void Examine(const MergeRequest& request, const TextStyle& style, Verdict& verdi
   }
   verdict.mLedger = model.mLedger;
   if (!obstacles.empty()) return;
-  Recount(model, inputs, output, verdict.mDifferences).Run();
+  try {
+    Recount(model, inputs, output, verdict.mDifferences).Run();
+  } catch (const std::exception& error) {
+    verdict.mTrouble.push_back(UnreadableInput(error));
+    return;
+  }
   verdict.mLedger = TakeStock(model, inputs, CountItems(output));
 }
 
@@ -80,7 +98,7 @@ std::string DifferenceText(const Difference& difference, const TextStyle& style)
   }
   if (!difference.mSubject.empty()) add(Escape(difference.mSubject, style));
   if (!difference.mInput.empty()) add("from " + Escape(difference.mInput, style));
-  return text + (text.empty() ? "" : ": ") + difference.mText;
+  return text + (text.empty() ? "" : ": ") + Escape(difference.mText, style);
 }
 
 void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Output& output) {
@@ -112,7 +130,7 @@ Json DifferencesJson(const Differences& differences) {
     }
     if (!difference.mSubject.empty()) entry["subject"] = JsonText(difference.mSubject);
     if (!difference.mInput.empty()) entry["input"] = JsonText(difference.mInput);
-    entry["text"] = difference.mText;
+    entry["text"] = Escape(difference.mText, {});
     first.push_back(std::move(entry));
   }
   return {{"count", differences.GetCount()}, {"first", first}};
@@ -125,7 +143,8 @@ Json VerdictJson(const MergeRequest& request, const Verdict& verdict) {
   document["addsUp"] = verdict.IsGood();
   document["trouble"] = Json::array();
   for (const Obstacle& trouble : verdict.mTrouble) {
-    document["trouble"].push_back({{"path", JsonText(trouble.mPath)}, {"text", trouble.mText}});
+    document["trouble"].push_back(
+        {{"path", JsonText(trouble.mPath)}, {"text", Escape(trouble.mText, {})}});
   }
   if (!verdict.mTrouble.empty()) return document;
   document["differences"] = DifferencesJson(verdict.mDifferences);
@@ -141,7 +160,9 @@ class VerifyCommand : public Command {
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
     app.add_flag("--json", mJson, "Print one JSON document");
-    app.add_option("--limit", mLimit, "Differences to show")->capture_default_str();
+    app.add_option("--limit", mLimit, "Differences to show")
+        ->capture_default_str()
+        ->transform(WholeNumber());
     app.add_option("OUTPUT", mOutputPath, "The merged model")->required();
     app.add_option("INPUT", mInputPaths, "The inputs of the merge")->required()->expected(2, -1);
   }
@@ -157,15 +178,15 @@ class VerifyCommand : public Command {
 
 void PrintTrouble(const Verdict& verdict, Output& errors) {
   for (const Obstacle& trouble : verdict.mTrouble) {
-    const std::string path = Escape(trouble.mPath, errors.GetStyle());
-    errors.Line("ryx verify: " + path + (path.empty() ? "" : ": ") + trouble.mText);
+    const std::string path = trouble.mPath + (trouble.mPath.empty() ? "" : ": ");
+    errors.Line("ryx verify: " + Escape(path + trouble.mText, errors.GetStyle()));
   }
 }
 
 int VerifyCommand::Run(Output& output, Output& errors) {
   const MergeRequest request = MakeMergeRequest(mOptions, mInputPaths, mOutputPath);
   Verdict verdict(mLimit);
-  Examine(request, errors.GetStyle(), verdict);
+  Examine(request, verdict);
   PrintTrouble(verdict, errors);
   if (mJson) {
     output.Line(FormatJson(VerdictJson(request, verdict)));

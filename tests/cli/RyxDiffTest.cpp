@@ -182,13 +182,27 @@ TEST_F(RyxDiff, SeesOrderOnlyWhereAsked) {
       }
     };
   };
+  const auto sets = [](const std::vector<NodeSets::Set>& list) {
+    return [list](Tree& tree) { AddNode<NodeSets>(tree, 1, "S").SetSets(list); };
+  };
+  const auto paths = [](const std::vector<const char*>& names) {
+    return [names](Tree& tree) {
+      for (const char* name : names) AddViewPointPath(tree, name, 1);
+    };
+  };
   DiffOptions anyOrder;
   anyOrder.mIgnored = {"order"};
-  const auto before = groups({"A", "B", "C"});
-  const auto after = groups({"C", "A", "B"});
-  EXPECT_THAT(Diff(before, after),
-              ElementsAre("order : the order of the nodes beneath it differs"));
-  EXPECT_THAT(Diff(before, after, anyOrder), IsEmpty());
+  const auto expectOrder = [&](const Build& before, const Build& after, const char* text) {
+    EXPECT_THAT(Diff(before, after), ElementsAre(text));
+    EXPECT_THAT(Diff(before, after, anyOrder), IsEmpty());
+  };
+  expectOrder(groups({"A", "B", "C"}), groups({"C", "A", "B"}),
+              "order : the order of the nodes beneath it differs");
+  expectOrder(sets({{"l", {1}}, {"l", {2}}, {"r", {3}}}),
+              sets({{"r", {3}}, {"l", {1}}, {"l", {2}}}),
+              "order/S : the order of the sets differs");
+  expectOrder(paths({"A", "B"}), paths({"B", "A"}),
+              "order : the order of the paths of views differs");
 }
 
 TEST_F(RyxDiff, ComparesValuesBitForBitUnlessToldOtherwise) {
@@ -216,6 +230,24 @@ TEST_F(RyxDiff, ComparesValuesBitForBitUnlessToldOtherwise) {
   EXPECT_THAT(DiffValues({kInfinity, std::numeric_limits<float>::max()}, {kInfinity, kInfinity},
                          with({1e30, 0.5, 9})),
               testing::SizeIs(1));
+}
+
+TEST_F(RyxDiff, ComparesIntegersBehindLinksExactly) {
+  const auto linkedTo = [](std::uint32_t position) {
+    return [position](Tree& tree) {
+      Geometry& geometry = AddNode<Geometry>(tree, 1, "G");
+      geometry.AppendVariable(MakeVariable("Ids", 9, NumericArray::Of(Count(2, 7))));
+      geometry.AppendVariable(MakeVariable("More ids", 9, NumericArray::Of(Count(2, 8))));
+      geometry.AppendVariable(MakeVariable("Bits", 12, NumericArray::Of(Count(2, 8))));
+      geometry.AppendVariable(MakeLinked("R", {2, position}));
+    };
+  };
+  DiffOptions options;
+  options.mIgnored = {"links"};
+  options.mTolerances.SetDefault({1.0, 0, 0});
+  EXPECT_THAT(Diff(linkedTo(0), linkedTo(1), options),
+              ElementsAre("values/G R: 2 of 2 values differ, most at item 0: 7 and 8"));
+  EXPECT_THAT(Diff(linkedTo(0), linkedTo(2), options), testing::SizeIs(1));
 }
 
 TEST_F(RyxDiff, TakesTheLastToleranceWhosePatternFits) {

@@ -5,11 +5,11 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
-#include <map>
 #include <vector>
 
 #include "ErrorText.h"
 #include "diff/AttributeDiff.h"
+#include "diff/NameMatching.h"
 #include "diff/RecordDiff.h"
 #include "diff/ResultDiff.h"
 #include "diff/StateDiff.h"
@@ -29,11 +29,12 @@ const QovRyx::Node* NodeOf(const PathTree::Item& item) {
 /// Compares what nodes of one path hold.
 class NodeDiff {
  public:
-  NodeDiff(const NodeMatching& matching, const DiffOptions& options, DiffReport& report)
+  NodeDiff(const QovRyx::Tree& a, const QovRyx::Tree& b, const NodeMatching& matching,
+           const DiffOptions& options, DiffReport& report)
       : mMatching(matching),
         mOptions(options),
         mReport(report),
-        mResults(matching, options, report) {}
+        mResults(a.GetNodes(), b.GetNodes(), matching, options, report) {}
 
   void Run();
 
@@ -44,6 +45,7 @@ class NodeDiff {
   void CompareSets(const NodePair& pair, const NodeSets& a, const NodeSets& b);
   void CompareSetLists(const NodePair& pair, const std::vector<NodeSets::Set>& a,
                        const std::vector<NodeSets::Set>& b);
+  void CompareSetValues(const NodePair& pair, const NodeSets::Set& a, const NodeSets::Set& b);
   void CompareAttributes(const NodePair& pair, const QovUtil::AttributeMap& a,
                          const QovUtil::AttributeMap& b);
   void Add(const NodePair& pair, const char* code, std::string text) {
@@ -115,34 +117,39 @@ void NodeDiff::CompareSets(const NodePair& pair, const NodeSets& a, const NodeSe
   try {
     CompareSetLists(pair, a.GetSets(), b.GetSets());
   } catch (const std::exception& error) {
-    Add(pair, "unreadable", "the sets cannot be compared: " + DescribeError(error, {}));
+    Add(pair, "unreadable", "the sets cannot be compared: " + ErrorText(error));
   }
 }
 
-/// Sets of one name are matched in order.
 void NodeDiff::CompareSetLists(const NodePair& pair, const std::vector<NodeSets::Set>& a,
                                const std::vector<NodeSets::Set>& b) {
-  std::multimap<std::string, const NodeSets::Set*> setsOfB;
-  for (const NodeSets::Set& set : b) setsOfB.emplace(set.mName, &set);
+  NameMatching names(b);
   for (const NodeSets::Set& set : a) {
-    const std::string what = "set " + set.mName;
-    const auto [found, end] = setsOfB.equal_range(set.mName);
-    if (found == end) {
-      Add(pair, "node-set", what + ": only in A");
-      continue;
+    const auto position = names.Take(set.mName);
+    if (position) {
+      CompareSetValues(pair, set, b[*position]);
+    } else {
+      Add(pair, "node-set", "set " + set.mName + ": only in A");
     }
-    const std::vector<std::uint32_t>& values = found->second->mValues;
-    if (set.mValues.size() != values.size()) {
-      Add(pair, "node-set",
-          fmt::format("{}: {} and {} values", what, set.mValues.size(), values.size()));
-    } else if (set.mValues != values) {
-      const auto first = std::mismatch(values.begin(), values.end(), set.mValues.begin()).first;
-      Add(pair, "node-set",
-          fmt::format("{}: the values differ from position {} on", what, first - values.begin()));
-    }
-    setsOfB.erase(found);
   }
-  for (const auto& [name, set] : setsOfB) Add(pair, "node-set", "set " + name + ": only in B");
+  for (const auto& [name, position] : names.GetLeft()) {
+    Add(pair, "node-set", "set " + name + ": only in B");
+  }
+  if (names.IsInOrder() || !mOptions.Compares("order")) return;
+  Add(pair, "order", "the order of the sets differs");
+}
+
+void NodeDiff::CompareSetValues(const NodePair& pair, const NodeSets::Set& a,
+                                const NodeSets::Set& b) {
+  if (a.mValues.size() != b.mValues.size()) {
+    Add(pair, "node-set",
+        fmt::format("set {}: {} and {} values", a.mName, a.mValues.size(), b.mValues.size()));
+  } else if (a.mValues != b.mValues) {
+    const auto first = std::mismatch(a.mValues.begin(), a.mValues.end(), b.mValues.begin()).first;
+    Add(pair, "node-set",
+        fmt::format("set {}: the values differ from position {} on", a.mName,
+                    first - a.mValues.begin()));
+  }
 }
 
 }  // namespace
@@ -151,7 +158,7 @@ DiffReport DiffModels(const QovRyx::Tree& a, const QovRyx::Tree& b, const DiffOp
   DiffReport report;
   CompareStates(a, b, options, report);
   const NodeMatching matching(a.GetNodes(), b.GetNodes(), options, report);
-  NodeDiff(matching, options, report).Run();
+  NodeDiff(a, b, matching, options, report).Run();
   return report;
 }
 

@@ -8,7 +8,6 @@
 #include <tuple>
 #include <utility>
 
-#include "ModelStatistics.h"
 #include "Qov/Ryx/Progress.h"
 #include "ValueText.h"
 #include "diff/AttributeDiff.h"
@@ -199,8 +198,11 @@ std::uint64_t ResultDiff::CountBytesToCompare() const {
 ValueComparison ResultDiff::CompareValuesOnce(const Task& task) {
   const Variable& a = *task.mResults.mA;
   const Variable& b = *task.mResults.mB;
-  const bool integers = HoldsIntegers(a) && HoldsIntegers(b);
-  const Tolerance* tolerance = mOptions.mTolerances.Find(a.mName);
+  const bool integersInA = mOwnersA.HoldIntegers(a);
+  const bool integersInB = mOwnersB.HoldIntegers(b);
+  const bool integers = integersInA && integersInB;
+  const Tolerance* tolerance =
+      integersInA || integersInB ? nullptr : mOptions.mTolerances.Find(a.mName);
   if (!a.mLinked && !b.mLinked) return CompareValues(a.mValues, b.mValues, integers, tolerance);
   const auto [known, isNew] = mCompared.try_emplace(
       {a.mValues.GetLoader().get(), b.mValues.GetLoader().get(), tolerance, integers});

@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "ValueOwners.h"
 #include "diff/NodeMatching.h"
 
 namespace Qov::Tools {
@@ -15,8 +16,9 @@ namespace Qov::Tools {
 /// say, then the values, two arrays at a time, in the order in which A holds them.
 class ResultDiff {
  public:
-  ResultDiff(const NodeMatching& matching, const DiffOptions& options, DiffReport& report)
-      : mMatching(matching), mOptions(options), mReport(report) {}
+  ResultDiff(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b, const NodeMatching& matching,
+             const DiffOptions& options, DiffReport& report)
+      : mOwnersA(a), mOwnersB(b), mMatching(matching), mOptions(options), mReport(report) {}
 
   /// Matches results of one name in order. To be called for all pairs of geometries before the
   /// others.
@@ -57,6 +59,8 @@ class ResultDiff {
                                  std::string text) const;
   void Add(const ResultPair& results, const char* code, std::string text);
 
+  ValueOwners mOwnersA;
+  ValueOwners mOwnersB;
   const NodeMatching& mMatching;
   const DiffOptions& mOptions;
   DiffReport& mReport;

@@ -3,10 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <map>
 #include <string>
 #include <vector>
 
+#include "diff/NameMatching.h"
 #include "diff/RecordDiff.h"
 
 namespace Qov::Tools {
@@ -17,7 +17,8 @@ using QovRyx::ViewPointPath;
 
 class StateComparison {
  public:
-  explicit StateComparison(DiffReport& report) : mReport(report) {}
+  StateComparison(const DiffOptions& options, DiffReport& report)
+      : mOptions(options), mReport(report) {}
 
   void CompareHistory(const Tree& a, const Tree& b);
   void CompareViews(const Tree& a, const Tree& b);
@@ -44,6 +45,7 @@ class StateComparison {
   }
   void ComparePaths(const std::vector<ViewPointPath>& a, const std::vector<ViewPointPath>& b);
 
+  const DiffOptions& mOptions;
   DiffReport& mReport;
 };
 
@@ -63,28 +65,29 @@ void StateComparison::CompareViews(const Tree& a, const Tree& b) {
   CompareRecords("sequencer", "sequencer", a.GetSequencerData(), b.GetSequencerData());
 }
 
-/// Paths of one name are matched in order.
 void StateComparison::ComparePaths(const std::vector<ViewPointPath>& a,
                                    const std::vector<ViewPointPath>& b) {
-  std::multimap<std::string, const ViewPointPath*> pathsOfB;
-  for (const ViewPointPath& path : b) pathsOfB.emplace(path.mName, &path);
+  NameMatching names(b);
   for (const ViewPointPath& path : a) {
     const std::string what = "path " + path.mName;
-    const auto [found, end] = pathsOfB.equal_range(path.mName);
-    if (found == end) {
-      Add("only-in-a", what + ": only in A");
+    const auto position = names.Take(path.mName);
+    if (position) {
+      CompareLists("views", what + ", view", path.mViewPoints, b[*position].mViewPoints);
     } else {
-      CompareLists("views", what + ", view", path.mViewPoints, found->second->mViewPoints);
-      pathsOfB.erase(found);
+      Add("only-in-a", what + ": only in A");
     }
   }
-  for (const auto& [name, path] : pathsOfB) Add("only-in-b", "path " + name + ": only in B");
+  for (const auto& [name, position] : names.GetLeft()) {
+    Add("only-in-b", "path " + name + ": only in B");
+  }
+  if (names.IsInOrder() || !mOptions.Compares("order")) return;
+  Add("order", "the order of the paths of views differs");
 }
 
 }  // namespace
 
 void CompareStates(const Tree& a, const Tree& b, const DiffOptions& options, DiffReport& report) {
-  StateComparison comparison(report);
+  StateComparison comparison(options, report);
   if (options.Compares("version") && a.GetFileVersion() != b.GetFileVersion()) {
     comparison.Add("version", fmt::format("container version {} and {}", a.GetFileVersion(),
                                           b.GetFileVersion()));

@@ -69,7 +69,7 @@ ValueComparison CompareValues(const QovRyx::NumericArray& a, const QovRyx::Numer
     comparison.mNumValues = valuesA.size();
     CompareElements(valuesA, valuesB, tolerance, comparison);
   } catch (const std::exception& error) {
-    comparison.mTrouble = fmt::format("{}: {}", which, DescribeError(error, {}));
+    comparison.mTrouble = fmt::format("{}: {}", which, ErrorText(error));
   }
   return comparison;
 }

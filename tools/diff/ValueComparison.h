@@ -19,7 +19,7 @@ struct ValueComparison {
   std::uint32_t mBitsB = 0;
   double mDifference = 0.0;
   bool mIntegers = false;
-  std::string mTrouble;  ///< Why they cannot be compared; empty if they could.
+  std::string mTrouble;  ///< Why they cannot be compared, not escaped; empty if they could.
 
   bool IsEqual() const { return mNumDiffering == 0 && mTrouble.empty(); }
 };

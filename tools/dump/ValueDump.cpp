@@ -45,7 +45,9 @@ void AppendElement(const Values& values, std::size_t i, TextBuffer& text) {
 
 void AppendJsonElement(const Values& values, std::size_t i, TextBuffer& text) {
   const auto number = std::bit_cast<float>(values.mBits[i]);
-  if (values.mIntegers || std::isfinite(number)) return AppendElement(values, i, text);
+  const bool isNegativeZero = number == 0 && std::signbit(number);  // readers take -0 for 0
+  const bool isPlain = std::isfinite(number) && !isNegativeZero;
+  if (values.mIntegers || isPlain) return AppendElement(values, i, text);
   text.Append(JsonFloat(number).dump());
 }
 

@@ -10,10 +10,10 @@ namespace Qov::Tools {
 /// Something of an output that is not as it ought to be.
 struct Difference {
   std::uint32_t mNode = 0;  ///< The id in the output; 0 if it is about no node.
-  std::string mNodeName;    ///< As it is in the file, as the next two.
+  std::string mNodeName;    ///< As it is in the file; nothing here is escaped.
   std::string mSubject;     ///< A result, a set, a path of views.
   std::string mInput;       ///< Where it comes from; empty if it comes from no input.
-  std::string mText;        ///< What is wrong, fit to be shown.
+  std::string mText;        ///< What is wrong.
 };
 
 /// Keeps the first ones and counts all.

@@ -76,7 +76,7 @@ struct ExpectedModel {
 /// A reason for which the merge would fail.
 struct Obstacle {
   std::string mPath;     ///< The input, or empty.
-  std::string mText;     ///< Fit to be shown.
+  std::string mText;     ///< Not escaped.
   std::string mSubject;  ///< A name from a file, as it is there; or empty.
 };
 

@@ -52,7 +52,7 @@ void LoadViewFile(InputFile& input) {
   file.CloseFile();
 }
 
-void Load(InputFile& input, MergeMode mode, const TextStyle& style) {
+void Load(InputFile& input, MergeMode mode) {
   input.mpTree = std::make_unique<Tree>(false);
   try {
     if (input.mIsViewFile) {
@@ -63,20 +63,13 @@ void Load(InputFile& input, MergeMode mode, const TextStyle& style) {
       LoadModel(input);
     }
   } catch (const std::exception& error) {
-    input.mError = DescribeFileError(input.mPath, error, style);
+    input.mError = FileErrorText(input.mPath, error);
   }
 }
 
 }  // namespace
 
-std::string DescribeFileError(const std::string& path, const std::exception& error,
-                              const TextStyle& style) {
-  const std::string text = DescribeError(error, style);
-  const std::string subject = Escape(path, style) + " ";
-  return text.starts_with(subject) ? text.substr(subject.size()) : text;
-}
-
-std::vector<InputFile> LoadInputs(const MergeRequest& request, const TextStyle& style) {
+std::vector<InputFile> LoadInputs(const MergeRequest& request) {
   std::vector<InputFile> inputs;
   std::size_t numModels = 0;
   for (const std::string& path : request.mInputs) {
@@ -84,7 +77,7 @@ std::vector<InputFile> LoadInputs(const MergeRequest& request, const TextStyle& 
     input.mPath = path;
     input.mIsViewFile = IsViewPointFile(path);
     if (!input.mIsViewFile) input.mNumber = ++numModels;
-    Load(input, request.mMode, style);
+    Load(input, request.mMode);
     inputs.push_back(std::move(input));
   }
   return inputs;

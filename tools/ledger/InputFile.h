@@ -1,14 +1,12 @@
 #pragma once
 
 #include <cstddef>
-#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "Ledger.h"
 #include "Qov/Ryx/Tree.h"
-#include "Terminal.h"
 
 namespace Qov::Tools {
 
@@ -18,18 +16,14 @@ struct InputFile {
   bool mIsViewFile = false;
   std::size_t mNumber = 0;  ///< Of a model: its place among the models, from 1.
   std::unique_ptr<QovRyx::Tree> mpTree;
-  std::string mError;  ///< Why it cannot be read; empty if it can.
+  std::string mError;  ///< Why it cannot be read, not escaped; empty if it can.
   std::string mNote;   ///< What does not hinder a merge, but ought to be known.
 
   const QovRyx::NodeTree& GetNodes() const { return mpTree->GetNodes(); }
 };
 
 /// Reads what the merge will read of each input, in its order.
-std::vector<InputFile> LoadInputs(const MergeRequest& request, const TextStyle& style);
-
-/// What is wrong with the file, in a line that need not begin with its path.
-std::string DescribeFileError(const std::string& path, const std::exception& error,
-                              const TextStyle& style);
+std::vector<InputFile> LoadInputs(const MergeRequest& request);
 
 /// What a tree holds of each kind, its views and history included.
 PerItem<std::uint64_t> CountItems(const QovRyx::Tree& tree);

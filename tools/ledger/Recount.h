@@ -20,7 +20,8 @@ class Recount {
           Differences& differences)
       : mModel(model), mInputs(inputs), mOutput(output), mDifferences(differences) {}
 
-  /// Raises what reading an input raises; an output that cannot be read is a difference.
+  /// Raises what reading an input raises, with its path; an output that cannot be read is a
+  /// difference.
   void Run();
 
  private:

@@ -4,9 +4,10 @@
 #include <cstring>
 
 #include "ErrorText.h"
-#include "ModelStatistics.h"
 #include "Qov/Ryx/Progress.h"
+#include "Qov/Util/ConcernsFile.h"
 #include "Recount.h"
+#include "ValueOwners.h"
 
 namespace Qov::Tools {
 namespace {
@@ -41,7 +42,7 @@ std::string TryToRead(Read read) {
     read();
     return "";
   } catch (const std::exception& error) {
-    return "cannot be read: " + DescribeError(error, {});
+    return "cannot be read: " + ErrorText(error);
   }
 }
 
@@ -100,7 +101,7 @@ void Recount::CompareArray(const ExpectedNode& node, ExpectedResult& expected,
   Values wantedValues;
   Values foundValues;
   QovRyx::ProgressReport::Advance(wanted.GetSize());
-  wanted.GetValues(wantedValues);
+  Util::Concerning(mInputs[expected.mInput].mPath, [&] { wanted.GetValues(wantedValues); });
   std::string text = TryToRead([&] { found.GetValues(foundValues); });
   if (text.empty()) text = DescribeDifference(wantedValues, foundValues, HoldsIntegers(result));
   if (!text.empty()) Report(node, expected, text);
@@ -113,7 +114,8 @@ void Recount::CompareSets(ExpectedNode& node) {
   const auto* output = dynamic_cast<const QovRyx::NodeSets*>(entry->mData.get());
   if (output == nullptr) return;
   node.mNumSoundSets = 0;
-  const auto wanted = source->GetSets();
+  const auto wanted =
+      Util::Concerning(mInputs[node.mInput].mPath, [source] { return source->GetSets(); });
   std::vector<QovRyx::NodeSets::Set> found;
   const std::string trouble = TryToRead([&] { found = output->GetSets(); });
   if (!trouble.empty()) {

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "Output.h"
+
+namespace Qov::Tools {
+
+/// Lines for a file that is opened at the first of them: until there is something to write, what
+/// is there already stays.
+class FileOutput : public Output {
+ public:
+  explicit FileOutput(std::string path) : Output(nullptr, {}), mPath(std::move(path)) {}
+
+  bool IsOpen() const { return mFile != nullptr; }
+  /// Makes sure that all is written; makes the file if nothing was. Throws as Line does.
+  void Close();
+
+ private:
+  std::FILE* GetStream() override;
+
+  std::string mPath;
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> mFile{nullptr, &std::fclose};
+};
+
+}  // namespace Qov::Tools
