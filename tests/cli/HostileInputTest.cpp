@@ -6,6 +6,8 @@
 
 #include "Qov/Ryx/StreamNames.h"
 #include "ryxFixture.h"
+#include "support/OldFile.h"
+#include "support/Sanitized.h"
 #include "support/Streams.h"
 
 namespace Qov::Test {
@@ -18,9 +20,14 @@ using testing::HasSubstr;
 /// other: both programs get through them at once, or refuse them.
 class HostileInput : public RyxProgram {
  protected:
-  static constexpr std::uint32_t kMany = 10000;
+  static constexpr std::uint32_t kMany = kIsSanitized ? 5000 : 50000;
 
-  HostileInput() { mSurroundings.mEnvironment["PELORIN_TEMP_PATH"] = mDir.GetPath().string(); }
+  HostileInput() {
+    mSurroundings.mEnvironment["PELORIN_TEMP_PATH"] = mDir.GetPath().string();
+    if (kIsSanitized) return;
+    constexpr rlim_t kSeconds = 10;  // of processor time; what is well takes tenths of one
+    mSurroundings.mLimits = {{RLIMIT_CPU, kSeconds}, {RLIMIT_AS, rlim_t{1} << 30}};
+  }
 
   Outcome Merge(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), RYXMERGE_PROGRAM);
@@ -73,7 +80,6 @@ class HostileInput : public RyxProgram {
 
   const std::string mOutput = mDir / "out.ryx";
   const std::string mLog = mDir / "RyxMerge_trace.log";
-  Surroundings mSurroundings;
 };
 
 TEST_F(HostileInput, ManyOfAnythingTakeTimeInProportion) {
@@ -124,6 +130,16 @@ TEST_F(HostileInput, NoFileAsksForAnyNumberOfLinks) {
                   [](std::size_t i) { return i == 0 ? "Common" : "S|" + std::to_string(i - 1); });
   });
   EXPECT_EQ(Merge({"--merge-as-instances", first, second, mOutput}).mStatus, 2);
+}
+
+TEST_F(HostileInput, LittleCannotBeMadeIntoAnyAmount) {
+  OldFile file(1);
+  const std::string zeros(std::size_t{50} << 20, '\0');
+  file.GetIndex().Put(kResources, zeros.data(), zeros.size());
+  file.GetFile().AddBlockTransformation(kResources, QovJbf::BlockFlag::kCompressed);
+  WriteTo(file.GetFile(), mDir / "zeros.ryx", "0.5");
+  ExpectRefusal(mDir / "zeros.ryx", "Too much is made of too few bytes");
+  EXPECT_EQ(Run({"check", mDir / "zeros.ryx"}).mStatus, 1);
 }
 
 TEST_F(HostileInput, NodeSetsCannotAllBeTheSame) {

@@ -19,7 +19,7 @@ class RyxProgram : public testing::Test {
  protected:
   Outcome Run(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), RYX_PROGRAM);
-    return RunProgram(arguments, {});
+    return RunProgram(arguments, mSurroundings);
   }
 
   /// Of a model that begins with a plate: any node, the mesh, a result of it.
@@ -108,6 +108,7 @@ class RyxProgram : public testing::Test {
                       {});
   }
 
+  Surroundings mSurroundings;
   TempDir mDir;
 };
 

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Geometry.h"
 #include "Qov/Ryx/StreamNames.h"
+#include "support/ModelBuilder.h"
+#include "support/Streams.h"
 
 namespace Qov::Test {
 
@@ -46,5 +49,19 @@ class OldFile {
   std::uint32_t mNumRecords;
   std::uint32_t mLastId = 1;
 };
+
+/// A model whose values follow their descriptors, of the structure of a plate.
+inline void SaveOldestModel(const std::string& path) {
+  QovRyx::Geometry geometry("Skin");
+  for (const char* name : {"Coordinates", "Stress|LC1"}) {
+    auto variable = MakeVariable(name, 12, QovRyx::NumericArray::Of(Ramp(9, 1.0F), 3));
+    variable.mOffset = 0;
+    geometry.AppendVariable(variable);
+  }
+  OldFile old(PlateIds::kGeometry);
+  for (std::uint32_t id = 2; id < PlateIds::kGeometry; ++id) old.PutRecord("", "Group", "0.1");
+  old.PutGeometry(geometry, "0.5");
+  WriteTo(old.GetFile(), path, "0.5");
+}
 
 }  // namespace Qov::Test

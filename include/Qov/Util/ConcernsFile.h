@@ -31,6 +31,7 @@ class QOV_EXPORT ConcernsFile {
 /// There is not enough memory for what a file holds.
 class QOV_EXPORT OutOfMemory : public std::bad_alloc, public ConcernsFile {
  public:
+  explicit OutOfMemory(const std::string& path) { SetConcernedFile(path); }
   const char* what() const noexcept override { return "Not enough memory"; }
 };
 
@@ -43,9 +44,7 @@ auto Concerning(const std::string& path, Work work) {
     error.SetConcernedFile(path);
     throw;
   } catch (const std::bad_alloc&) {
-    OutOfMemory error;
-    error.SetConcernedFile(path);
-    throw error;
+    throw OutOfMemory(path);
   }
 }
 
