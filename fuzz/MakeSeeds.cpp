@@ -5,12 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "Qov/Ryx/MaterialValues.h"
-#include "Qov/Ryx/ModifierInfo.h"
-#include "Qov/Ryx/Sequencer.h"
-#include "Qov/Ryx/ViewPoint.h"
 #include "support/ModelBuilder.h"
+#include "support/OldFile.h"
 #include "support/RandomModel.h"
+#include "support/RecordTypes.h"
 
 /// Writes the small inputs that fuzzing starts from: MakeSeeds FOLDER, into a folder for each
 /// target. They are kept in fuzz/corpus beside what fuzzing found.
@@ -64,6 +62,8 @@ std::vector<std::string> MakeModels(const Path& folder) {
     SaveTree(tree, path);
     models.push_back(ReadFile(path));
   }
+  SaveOldestModel(path);
+  models.push_back(ReadFile(path));
   QovRyx::Tree links(false);
   BuildLinks(links);
   SaveTree(links, path);
@@ -87,17 +87,18 @@ std::string RecordBytes() {
   return {reinterpret_cast<const char*>(block.GetData()), block.GetSize()};
 }
 
-/// The numbers are those of the target's list of records.
-void WriteRecords(const Path& folder) {
-  const std::string latest(1, '\x0C');
-  WriteFile(folder / "view_point",
-            std::string(1, '\0') + latest + RecordBytes<QovRyx::ViewPoint>());
-  WriteFile(folder / "material", '\x11' + latest + RecordBytes<QovRyx::MaterialValues>());
-  WriteFile(folder / "modifier", '\x12' + latest + RecordBytes<QovRyx::ModifierInfo>());
-  WriteFile(folder / "sequencer", '\x13' + latest + RecordBytes<QovRyx::SequencerData>());
-  WriteFile(folder / "sequence", '\x14' + latest + RecordBytes<QovRyx::Sequence>());
-  WriteFile(folder / "move", '\x17' + latest + RecordBytes<QovRyx::MoveAction>());
-}
+/// One of each type, numbered as in the target, of the latest version.
+template <class... Records>
+struct RecordWriter {
+  static void Write(const Path& folder) {
+    char number = 0;
+    const auto write = [&](const std::string& bytes) {
+      WriteFile(folder / ("record" + std::to_string(number)), number + ("\x0C" + bytes));
+      ++number;
+    };
+    (write(RecordBytes<Records>()), ...);
+  }
+};
 
 void WriteSeeds(const Path& folder) {
   std::filesystem::create_directories(folder);
@@ -123,7 +124,7 @@ void WriteSeeds(const Path& folder) {
   for (const char* target : {"container", "views", "check"}) {
     WriteFile(folder / target / "views", views);
   }
-  WriteRecords(folder / "records");
+  EveryRecordIn<RecordWriter>::Write(folder / "records");
 }
 
 }  // namespace
