@@ -52,7 +52,7 @@ void SaveGroup(QovJbf::JbFile& file, const Group& group) {
 
 /// Readers go by the type that a node says it has, so it must be that.
 void SavePayload(QovJbf::JbFile& file, Node& node) {
-  // NOLINTBEGIN(modernize-use-nullptr): the texts are shown
+  // NOLINTBEGIN(modernize-use-nullptr,readability-identifier-naming): the texts are shown
   const std::string type = node.GetType();
   if (type == "Group") {
     const auto* grp_ptr = dynamic_cast<const Group*>(&node);
@@ -71,7 +71,7 @@ void SavePayload(QovJbf::JbFile& file, Node& node) {
     QOV_ASSERT(0 != node_sets_ptr);
     node_sets_ptr->WriteLightData(file, kLightData);
   }
-  // NOLINTEND(modernize-use-nullptr)
+  // NOLINTEND(modernize-use-nullptr,readability-identifier-naming)
 }
 
 void SaveRecord(QovJbf::JbFile& file, const NodeTree::Node& entry) {
