@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -64,7 +65,16 @@ struct Examined {
   bool mIsSmall = false;
 };
 
-bool HasHighIds(const QovRyx::Tree& tree) { return tree.GetNodes().GetNextId() > kHighId; }
+/// Of nodes, or of what they link to, be it there or not.
+bool HasHighIds(const QovRyx::Tree& tree) {
+  for (const auto& [id, entry] : tree.GetNodes()) {
+    if (std::max({id, entry.mParent, entry.mPreviousSibling, entry.mNextSibling, entry.mFirstChild,
+                  entry.mLastChild}) > kHighId) {
+      return true;
+    }
+  }
+  return false;
+}
 
 bool HasGeometriesOf(const QovRyx::Tree& first, const QovRyx::Tree& further) {
   bool hasAll = true;
