@@ -31,8 +31,9 @@ using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
 ///
 /// Loading reads descriptors; arrays and node sets stay in the file and are read when they are
 /// asked for or when the model is saved. So the files of a model must stay as they are while it
-/// lives. A tree is used by one thread, and while it is loaded or saved no other tree is: the
-/// log and the version that is being read belong to the process.
+/// lives. All trees of a process are used by one thread, their arrays too, and while one is loaded
+/// or saved no other is: the log, the handles of files and the version that is being read belong to
+/// the process.
 ///
 /// Every error is a Qov::Util::Exception (or QovJbf::DamagedBlock for a block that zlib
 /// refuses). After a failed Load or Merge the tree holds part of the file: discard it. After a

@@ -22,7 +22,7 @@ namespace QovRyx {
 /// is to do for it. What nobody wants comes along unseen, so a block is worth copying only if half
 /// of its bytes are wanted. An array counts if it lies wholly inside the block and would be
 /// written with the bytes that it has there; all others are written as usual, behind the copies.
-/// So is all of a block whose bytes more results share than a model may have on its whole.
+/// So is all of a block whose bytes more results share than those of a model as a whole may.
 /// Node sets count if their block is the last of its stream: only then is it certain, without
 /// inflating it, that they end inside it.
 class BlockCopies {
