@@ -3,6 +3,7 @@
 #include <set>
 
 #include "LedgerFixture.h"
+#include "support/Sanitized.h"
 #include "support/SharedModels.h"
 
 namespace Qov::Test {
@@ -104,8 +105,10 @@ TEST_F(RyxPlan, EqualsTheRecountOfSharedModels) {
   const auto find = FindSharedModel;
   series.push_back({find("plate_version_0.5.ryx"), find("plate_more_load.ryx"), find("plate.vpt"),
                     find("oldest.vpt")});
+  std::size_t turn = 0;
   for (const Strings& inputs : series) {
     for (const Strings& options : kMergeKinds) {
+      if (kIsSanitized && turn++ % 3 != 0) continue;
       SCOPED_TRACE(inputs.front() + testing::PrintToString(options));
       ExpectAsPlanned(Joined(options, {"--arrange-files"}), inputs);
     }
