@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
+#include <CLI/App.hpp>
 #include <exception>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 

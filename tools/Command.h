@@ -1,10 +1,13 @@
 #pragma once
 
-#include <CLI/App.hpp>
 #include <memory>
 #include <vector>
 
 #include "Output.h"
+
+namespace CLI {
+class App;
+}
 
 namespace Qov::Tools {
 

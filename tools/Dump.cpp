@@ -1,8 +1,10 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
+#include <CLI/App.hpp>
 #include <algorithm>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>

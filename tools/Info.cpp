@@ -1,3 +1,5 @@
+#include <CLI/App.hpp>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>

@@ -3,11 +3,23 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 
 #include "Utf8.h"
 
 namespace Qov::Tools {
+
+Json MakeJsonDocument(std::string_view command) {
+  return {{"schema", kJsonSchema}, {"command", command}};
+}
+
+Json JsonNumber(double value) {
+  if (std::isnan(value)) return "NaN";
+  if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
+  return value;
+}
 
 Json JsonFloat(float value) {
   if (!std::isfinite(value)) return JsonNumber(double{value});

@@ -1,29 +1,23 @@
 #pragma once
 
-#include <cmath>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 
 namespace Qov::Tools {
 
-/// Members keep the order in which they were set.
+/// Members keep the order in which they were set. Who makes or reads one includes
+/// <nlohmann/json.hpp>, which takes a compiler too long for sources that only pass one on.
 using Json = nlohmann::ordered_json;
 
 /// Raised by one whenever a member of a document is taken away or changes its meaning.
 inline constexpr int kJsonSchema = 1;
 
 /// The start of the one document that `ryx COMMAND --json` prints (docs/json.md).
-inline Json MakeJsonDocument(std::string_view command) {
-  return {{"schema", kJsonSchema}, {"command", command}};
-}
+Json MakeJsonDocument(std::string_view command);
 
 /// JSON has no words for these numbers, so they become texts: "NaN", "Infinity", "-Infinity".
-inline Json JsonNumber(double value) {
-  if (std::isnan(value)) return "NaN";
-  if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
-  return value;
-}
+Json JsonNumber(double value);
 
 /// The shortest number that reads back as the float.
 Json JsonFloat(float value);

@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <CLI/App.hpp>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <utility>

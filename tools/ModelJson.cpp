@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <nlohmann/json.hpp>
 #include <variant>
 
 #include "ErrorText.h"

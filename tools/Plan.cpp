@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
+#include <CLI/App.hpp>
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
 #include <unordered_set>

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <CLI/App.hpp>
 #include <filesystem>
 #include <functional>
 #include <string>

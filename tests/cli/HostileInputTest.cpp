@@ -6,6 +6,7 @@
 
 #include "Qov/Ryx/StreamNames.h"
 #include "ryxFixture.h"
+#include "support/Files.h"
 #include "support/OldFile.h"
 #include "support/Sanitized.h"
 #include "support/Streams.h"

@@ -4,6 +4,7 @@
 #include <random>
 
 #include "ryxFixture.h"
+#include "support/Files.h"
 #include "support/Soundness.h"
 
 namespace Qov::Test {

@@ -1,6 +1,7 @@
 #include <cstring>
 
 #include "ryxFixture.h"
+#include "support/Files.h"
 
 namespace Qov::Test {
 namespace {

@@ -4,6 +4,7 @@
 #include "Qov/Util/Exception.h"
 #include "check/FileCheck.h"
 #include "ryxFixture.h"
+#include "support/Files.h"
 #include "support/OldFile.h"
 #include "support/RandomModel.h"
 #include "support/Sanitized.h"

@@ -5,6 +5,7 @@
 #include "diff/ModelDiff.h"
 #include "ryxFixture.h"
 #include "support/Errors.h"
+#include "support/Files.h"
 #include "support/RandomModel.h"
 #include "support/SharedModels.h"
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 
 #include "Json.h"
 #include "Suggestion.h"

@@ -1,4 +1,7 @@
 #include "LedgerFixture.h"
+#include "ledger/Obstacles.h"
+#include "ledger/Recount.h"
+#include "support/Files.h"
 #include "support/Streams.h"
 
 namespace Qov::Test {

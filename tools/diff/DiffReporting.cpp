@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <bit>
+#include <nlohmann/json.hpp>
 
 namespace Qov::Tools {
 namespace {

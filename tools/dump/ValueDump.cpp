@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <iterator>
+#include <nlohmann/json.hpp>
 
 namespace Qov::Tools {
 namespace {

@@ -1,5 +1,7 @@
 #include "LedgerReport.h"
 
+#include <nlohmann/json.hpp>
+
 namespace Qov::Tools {
 namespace {
 

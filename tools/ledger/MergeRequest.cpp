@@ -1,5 +1,6 @@
 #include "MergeRequest.h"
 
+#include <CLI/App.hpp>
 #include <algorithm>
 
 #include "Qov/Ryx/FileArrangement.h"

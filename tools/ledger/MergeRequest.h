@@ -1,9 +1,12 @@
 #pragma once
 
-#include <CLI/App.hpp>
 #include <cstddef>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace Qov::Tools {
 
