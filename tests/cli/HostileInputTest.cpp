@@ -6,9 +6,9 @@
 
 #include "Qov/Ryx/StreamNames.h"
 #include "ryxFixture.h"
+#include "support/BuildKind.h"
 #include "support/Files.h"
 #include "support/OldFile.h"
-#include "support/Sanitized.h"
 #include "support/Streams.h"
 
 namespace Qov::Test {
@@ -21,11 +21,11 @@ using testing::HasSubstr;
 /// other: both programs get through them at once, or refuse them.
 class HostileInput : public RyxProgram {
  protected:
-  static constexpr std::uint32_t kMany = kIsSanitized ? 5000 : 50000;
+  static constexpr std::uint32_t kMany = kIsSlow ? 5000 : 50000;
 
   HostileInput() {
     mSurroundings.mEnvironment["PELORIN_TEMP_PATH"] = mDir.GetPath().string();
-    if (kIsSanitized) return;
+    if (kIsSlow) return;
     constexpr rlim_t kSeconds = 10;  // of processor time; what is well takes tenths of one
     mSurroundings.mLimits = {{RLIMIT_CPU, kSeconds}, {RLIMIT_AS, rlim_t{1} << 30}};
   }

@@ -4,10 +4,10 @@
 #include "Qov/Util/Exception.h"
 #include "check/FileCheck.h"
 #include "ryxFixture.h"
+#include "support/BuildKind.h"
 #include "support/Files.h"
 #include "support/OldFile.h"
 #include "support/RandomModel.h"
-#include "support/Sanitized.h"
 #include "support/ScopedEnvironment.h"
 #include "support/SharedModels.h"
 #include "support/Streams.h"
@@ -289,7 +289,7 @@ TEST_F(RyxCheck, GoesOnBehindDamageAndSaysWhatIsNotChecked) {
 }
 
 TEST_F(RyxCheck, TakesTimeInProportionForManyOfAnything) {
-  constexpr std::uint32_t kMany = kIsSanitized ? 5000 : 50000;
+  constexpr std::uint32_t kMany = kIsSlow ? 5000 : 50000;
   Streams streams = ReadStreams(SavePlate());
   const std::string record = streams[kRyxTree].substr(kGeometry, kSets - kGeometry);
   std::string& tree = streams[kRyxTree] = streams[kRyxTree].substr(0, kSets);
@@ -307,7 +307,7 @@ TEST_F(RyxCheck, TakesTimeInProportionForManyOfAnything) {
 
   const ScopedEnvironment tinyBlocks("TELMORAX_MAX_RYX_BLOCK_SIZE", "1");
   const std::string path = SaveModel("blocks.ryx", [](QovRyx::Tree& model) {
-    for (std::uint32_t i = 0; i < 500; ++i) AddNode<QovRyx::Group>(model, 1, "G");
+    for (std::uint32_t i = 0; i < kMany / 100; ++i) AddNode<QovRyx::Group>(model, 1, "G");
   });
   EXPECT_EQ(FindingsOf(path), "");
 }

@@ -2,7 +2,7 @@
 
 #include "ContainerSupport.h"
 #include "Qov/Util/Raise.h"
-#include "support/Sanitized.h"
+#include "support/BuildKind.h"
 
 namespace QovJbf {
 namespace {
@@ -16,7 +16,7 @@ class StreamedBlocksTest : public testing::Test {
   static void Fill(JbFile& file) {
     Index& index = file.GetIndex();
     std::mt19937 random(7);
-    for (unsigned i = 0; i < (kIsSanitized ? 15 : 60); ++i) {
+    for (unsigned i = 0; i < (kIsSlow ? 15 : 60); ++i) {
       const std::string bytes = SomeBytes(random() % 100000, i);
       file.AddBlockTransformation(kStream, kHeavy);
       switch (i % 3) {

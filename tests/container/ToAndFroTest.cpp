@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "ContainerSupport.h"
-#include "support/Sanitized.h"
+#include "support/BuildKind.h"
 
 namespace QovJbf {
 namespace {
@@ -36,7 +36,7 @@ TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
 }
 
 TEST(ToAndFro, TinyBlocksAreNotAllLookedAtEachTime) {
-  constexpr std::uint32_t kMany = kIsSanitized ? 3000 : 10000;
+  constexpr std::uint32_t kMany = kIsSlow ? 3000 : 10000;
   const TempDir folder;
   const ScopedEnvironment limit(kLimitVariable, "1");
   WriteContainer(folder / "file", [](JbFile& file) {
