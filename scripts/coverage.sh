@@ -11,6 +11,11 @@ install_packages "${build_packages[@]}" gcovr
 build coverage
 export GCOV_ERROR_FILE=/dev/null  # what killed programs left behind is no news
 find build/coverage -name '*.gcda' -delete
+# What is left of sources that moved would be counted, too.
+ninja -C build/coverage -t cleandead >/dev/null
+find build/coverage -name '*.gcno' | while read -r notes; do
+  [[ -e ${notes%.gcno}.o ]] || rm "$notes"
+done
 run_tests coverage
 
 step "Adding up"
