@@ -77,10 +77,12 @@ TEST_F(AddShape, ResultsKeepTheValuesThatTheyShare) {
   other.AppendVariable(MakeVariable("Far", 12, NumericArray::Of(Ramp(4, 7.0F))));
   SourceMesh().AppendVariable(MakeLinked("near", {PlateIds::kGeometry, 2}));
   SourceMesh().AppendVariable(MakeLinked("far", {PlateIds::kSets + 1, 0}));
+  SourceMesh().AppendVariable(MakeLinked("nowhere", {PlateIds::kSets + 1, 1}));
   mTree.AddShape(mSource, PlateIds::kShape, "Cuts");
   const Geometry& mesh = *AsGeometry(mTree.GetNodes().GetReqNode(kNewGeometry));
-  EXPECT_THAT(VariableTexts(mesh),
-              ElementsAre("Coordinates", "Connectivity", "Stress", "near -> 6,2", "far"));
+  EXPECT_THAT(VariableTexts(mesh), ElementsAre("Coordinates", "Connectivity", "Stress",
+                                               "near -> 6,2", "far", "nowhere"));
+  EXPECT_EQ(mesh.GetVariables()[5].mValues.GetNumElements(), 0U);
   std::vector<float> values;
   mesh.GetVariables()[4].mValues.GetValues(values);
   EXPECT_EQ(values, Ramp(4, 7.0F));
