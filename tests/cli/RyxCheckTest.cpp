@@ -15,12 +15,7 @@
 namespace Qov::Test {
 namespace {
 
-using QovRyx::Geometry;
-using QovRyx::kHeavyData;
-using QovRyx::kLightData;
-using QovRyx::kRyxTree;
-using QovRyx::NodeSets;
-using QovRyx::NumericArray;
+using namespace QovRyx;
 using testing::HasSubstr;
 
 template <class T>
@@ -92,7 +87,7 @@ void Damage(std::string& bytes, const std::string& damage) {
 class RyxCheck : public RyxProgram {
  protected:
   std::string SavePlate() const {
-    return SaveModel("plate.ryx", [](QovRyx::Tree& tree) {
+    return SaveModel("plate.ryx", [](Tree& tree) {
       BuildPlate(tree, {"Stress|LC1"}, 0);
       AddViewPointPath(tree, "walk", 2);
     });
@@ -150,8 +145,8 @@ TEST_F(RyxCheck, FindsNoErrorInSharedModels) {
 
 TEST_F(RyxCheck, FindsOnlyLostLinksInRandomModels) {
   for (std::uint32_t seed = 0; seed < 60; ++seed) {
-    std::istringstream findings(FindingsOf(
-        SaveModel("random.ryx", [seed](QovRyx::Tree& tree) { RandomModel(seed).Fill(tree); })));
+    std::istringstream findings(
+        FindingsOf(SaveModel("random.ryx", [seed](Tree& tree) { RandomModel(seed).Fill(tree); })));
     for (std::string line; std::getline(findings, line);) {
       if (line.find(" @ ") == line.npos) continue;  // a name with the end of a line in it
       EXPECT_THAT(line, testing::ContainsRegex("^(error link|warning array)-")) << seed;
@@ -162,7 +157,7 @@ TEST_F(RyxCheck, FindsOnlyLostLinksInRandomModels) {
 TEST_F(RyxCheck, FindsEachDamage) {
   Streams sound = ReadStreams(SavePlate());
   QovJbf::JbFile history;  // one that does not tell where and when this is
-  history.GetIndex().Put("Global Information", std::vector<QovRyx::ModifierInfo>(1));
+  history.GetIndex().Put("Global Information", std::vector<ModifierInfo>(1));
   WriteTo(history, mDir / "history");
   sound["Global Information"] = ReadStreams(mDir / "history").begin()->second;
   for (const char* golden : {"check_tree.txt", "check_light.txt", "check_arrays.txt",
@@ -185,7 +180,7 @@ void AppendTwoMeshes(Geometry& geometry, const Corners& numCorners) {
 }
 
 TEST_F(RyxCheck, FollowsLinksAndComparesMeshArrays) {
-  const std::string path = SaveModel("links.ryx", [](QovRyx::Tree& tree) {
+  const std::string path = SaveModel("links.ryx", [](Tree& tree) {
     auto& points = AddNode<Geometry>(tree, 1, "Points");
     points.AppendVariable(MakeVariable("Coordinates|A", 0, NumericArray::Of(Ramp(12, 0), 3)));
     points.AppendVariable(MakeLinked("Nowhere", {7, 0}));
@@ -208,7 +203,7 @@ TEST_F(RyxCheck, FollowsLinksAndComparesMeshArrays) {
 }
 
 TEST_F(RyxCheck, FindsWhatReadersDropOfTextsAndMaps) {
-  const std::string path = SaveModel("texts.ryx", [](QovRyx::Tree& tree) {
+  const std::string path = SaveModel("texts.ryx", [](Tree& tree) {
     BuildPlate(tree, {"Stress"}, 0);
     AddViewPointPath(tree, "walk", 0);
     auto& hidden = tree.GetViewPoint().mViewState.mHiddenState;
@@ -221,8 +216,7 @@ TEST_F(RyxCheck, FindsWhatReadersDropOfTextsAndMaps) {
 
 TEST_F(RyxCheck, ReadsNothingThatIsMadeOfTooFewBytes) {
   const std::string zeros(std::size_t{36} << 20, '\0');
-  for (const std::string& stream :
-       {QovRyx::kAttributes, QovRyx::kGlobalInformation, QovRyx::kViewPoints}) {
+  for (const std::string& stream : {kAttributes, kGlobalInformation, kViewPoints}) {
     Streams streams = ReadStreams(SavePlate());
     streams.erase(stream);
     QovJbf::JbFile file;
@@ -265,7 +259,7 @@ TEST_F(RyxCheck, CountsToTheValuesOfOlderFiles) {
 
 TEST_F(RyxCheck, FollowsTheChainOfIndexBlocks) {
   const ScopedEnvironment smallBlocks("TELMORAX_MAX_RYX_BLOCK_SIZE", "100");
-  const std::string path = SaveModel("chain.ryx", [](QovRyx::Tree& tree) {
+  const std::string path = SaveModel("chain.ryx", [](Tree& tree) {
     for (std::uint32_t i = 0; i < 60; ++i) BuildPlate(tree, {"Stress"}, 0);
   });
   std::string bytes = ReadFile(path);
@@ -306,8 +300,8 @@ TEST_F(RyxCheck, TakesTimeInProportionForManyOfAnything) {
   EXPECT_LT(records.mFindings.GetKept().size(), 200U);
 
   const ScopedEnvironment tinyBlocks("TELMORAX_MAX_RYX_BLOCK_SIZE", "1");
-  const std::string path = SaveModel("blocks.ryx", [](QovRyx::Tree& model) {
-    for (std::uint32_t i = 0; i < kMany / 100; ++i) AddNode<QovRyx::Group>(model, 1, "G");
+  const std::string path = SaveModel("blocks.ryx", [](Tree& model) {
+    for (std::uint32_t i = 0; i < kMany / 100; ++i) AddNode<Group>(model, 1, "G");
   });
   EXPECT_EQ(FindingsOf(path), "");
 }

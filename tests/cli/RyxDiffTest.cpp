@@ -12,16 +12,12 @@
 namespace Qov::Test {
 namespace {
 
-using QovRyx::Geometry;
-using QovRyx::Group;
-using QovRyx::NodeSets;
-using QovRyx::NumericArray;
+using namespace QovRyx;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using Tools::DiffOptions;
 using Tools::ModelDifference;
-using Tree = QovRyx::Tree;
 
 class RyxDiff : public RyxProgram {
  protected:
@@ -123,7 +119,7 @@ TEST_F(RyxDiff, FindsEachChangeAndIgnoresItIfAsked) {
        }},
       {"materials",
        [](Tree& t) {
-         auto& values = Content<QovRyx::Shape>(t, PlateIds::kShape).mMaterial.mValues;
+         auto& values = Content<Shape>(t, PlateIds::kShape).mMaterial.mValues;
          values.mColour2.mG = 1.0F;
          values.mMode = 2;
        }},

@@ -7,15 +7,13 @@
 namespace Qov::Test {
 namespace {
 
-using QovRyx::Geometry;
-using QovRyx::NodeTree;
-using QovRyx::NumericArray;
+using namespace QovRyx;
 using testing::EndsWith;
 
 class RyxDump : public RyxProgram {
  protected:
   RyxDump() {
-    mPath = SaveModel("model.ryx", [](QovRyx::Tree& tree) {
+    mPath = SaveModel("model.ryx", [](Tree& tree) {
       BuildPlate(tree, {"Stress|LC1", "Stress|LC1"}, 1);
       Geometry& odd = AddNode<Geometry>(tree, PlateIds::kShape, "Odd \xFF");
       odd.AppendVariable(MakeVariable(
@@ -33,10 +31,10 @@ class RyxDump : public RyxProgram {
     });
   }
 
-  static void FillSequencer(QovRyx::SequencerData& data) {
+  static void FillSequencer(SequencerData& data) {
     data.mName = "Show";
     data.mSequences["main \x1E"] = {{1, 2, 0x3F800000}};
-    auto move = std::make_unique<QovRyx::MoveAction>();
+    auto move = std::make_unique<MoveAction>();
     move->mVector[1] = 0x40490FDB;
     data.mActions.mSlots.push_back(std::move(move));
     data.mActions.mSlots.emplace_back();
@@ -52,10 +50,10 @@ TEST_F(RyxDump, SaysWhatItCannotFindOrDo) { ExpectTranscript("dump_errors.txt");
 TEST_F(RyxDump, GivesEveryArrayOfRandomModelsBitForBit) {
   std::size_t numArrays = 0;
   for (std::uint32_t seed = 1; seed <= 6; ++seed) {
-    mPath = SaveModel("random.ryx", [&](QovRyx::Tree& tree) { RandomModel(seed).Fill(tree); });
-    QovRyx::Tree tree(false);
+    mPath = SaveModel("random.ryx", [&](Tree& tree) { RandomModel(seed).Fill(tree); });
+    Tree tree(false);
     LoadTree(tree, mPath);
-    QovRyx::ForEachGeometry(tree.GetNodes(), [&](std::uint32_t id, const Geometry& geometry) {
+    ForEachGeometry(tree.GetNodes(), [&](std::uint32_t id, const Geometry& geometry) {
       for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
         std::vector<std::uint32_t> bits;
         geometry.GetVariables()[i].mValues.GetValues(bits);

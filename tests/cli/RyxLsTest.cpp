@@ -7,16 +7,12 @@
 namespace Qov::Test {
 namespace {
 
-using QovRyx::Geometry;
-using QovRyx::Group;
-using QovRyx::NodeSets;
-using QovRyx::NodeTree;
-using QovRyx::NumericArray;
+using namespace QovRyx;
 
 class RyxLs : public RyxProgram {
  protected:
   /// An entry whose links are what they are.
-  static void PutGroup(QovRyx::Tree& tree, std::uint32_t id, std::uint32_t nextSibling,
+  static void PutGroup(Tree& tree, std::uint32_t id, std::uint32_t nextSibling,
                        std::uint32_t firstChild) {
     NodeTree::Node entry;
     entry.mId = id;
@@ -60,7 +56,7 @@ void BuildOddLinks(Geometry& geometry) {
 TEST_F(RyxLs, ShowsModelsAndViewPointFiles) { ExpectTranscript("ls_samples.txt"); }
 
 TEST_F(RyxLs, ShowsOddResultsAndLinks) {
-  SaveModel("odd.ryx", [](QovRyx::Tree& tree) {
+  SaveModel("odd.ryx", [](Tree& tree) {
     Group& group = AddNode<Group>(tree, NodeTree::kRootId, "Top \\ \xFF\x9B");
     group.mAttributes = {{"text", std::string("say \"hi\"\n")},
                          {"whole", 4.0},
@@ -71,14 +67,14 @@ TEST_F(RyxLs, ShowsOddResultsAndLinks) {
     BuildOddLinks(AddNode<Geometry>(tree, 2, "Links"));
     AddNode<Geometry>(tree, 2, "Without results");
     AddNode<NodeSets>(tree, 2, "Without sets");
-    AddNode<QovRyx::FutureNode>(tree, 2, "Not known yet");
+    AddNode<FutureNode>(tree, 2, "Not known yet");
     PutGroup(tree, 9, 99, 2);
   });
   ExpectTranscript("ls_odd.txt");
 }
 
 TEST_F(RyxLs, SendsNoByteOfANameThatCouldDoHarm) {
-  SaveModel("evil\033[2J.ryx", [](QovRyx::Tree& tree) {
+  SaveModel("evil\033[2J.ryx", [](Tree& tree) {
     AddNode<Group>(tree, NodeTree::kRootId, "red \033[31m\r\n\x7F bell \a");
     AddNode<Group>(tree, NodeTree::kRootId, "C1 \xC2\x9B, turned \xE2\x80\xAE, bad \xFF\xC3(");
     AddNode<Group>(tree, NodeTree::kRootId, "back\\slash \\x1E, letters \xC3\xA4\xE2\x82\xAC");
@@ -92,7 +88,7 @@ TEST_F(RyxLs, SendsNoByteOfANameThatCouldDoHarm) {
 }
 
 TEST_F(RyxLs, FollowsBrokenAndDeepTreesToAnEnd) {
-  SaveModel("broken.ryx", [](QovRyx::Tree& tree) {
+  SaveModel("broken.ryx", [](Tree& tree) {
     tree.GetNodes().GetReqNode(NodeTree::kRootId).mFirstChild = 2;
     PutGroup(tree, 2, 3, 4);
     PutGroup(tree, 3, 2, 99);  // a circle of siblings, and a child that is not there
@@ -103,14 +99,14 @@ TEST_F(RyxLs, FollowsBrokenAndDeepTreesToAnEnd) {
     empty.mId = 7;
     tree.GetNodes().PutNode(std::move(empty));
   });
-  SaveModel("deep.ryx", [](QovRyx::Tree& tree) {
+  SaveModel("deep.ryx", [](Tree& tree) {
     for (std::uint32_t i = 1; i <= 100000; ++i) AddNode<Group>(tree, i, "G");
   });
   ExpectTranscript("ls_broken_trees.txt");
 }
 
 TEST_F(RyxLs, ShowsWhatCanBeReadAndSaysWhatCannot) {
-  SaveModel("cut.ryx", [](QovRyx::Tree& tree) {
+  SaveModel("cut.ryx", [](Tree& tree) {
     BuildPlate(tree, {"Stress|LC1"}, 1);
     AddViewPointPath(tree, "walk", 2);
   });

@@ -7,11 +7,7 @@
 namespace Qov::Test {
 namespace {
 
-using QovRyx::Geometry;
-using QovRyx::Group;
-using QovRyx::NodeSets;
-using QovRyx::NumericArray;
-using QovRyx::Tree;
+using namespace QovRyx;
 
 const Strings kAsInstances = {"--merge-as-instances"};
 
@@ -105,7 +101,7 @@ TEST_F(RyxVerify, FindsEachFault) {
        }},
       {"a material",
        [](Tree& t) {
-         auto& material = Content<QovRyx::Shape>(t, PlateIds::kShape).mMaterial;
+         auto& material = Content<Shape>(t, PlateIds::kShape).mMaterial;
          material.mValues.mColour3.mB = -0.0F;
        }},
       {"node sets",
