@@ -25,9 +25,9 @@ class HostileInput : public RyxProgram {
 
   HostileInput() {
     mSurroundings.mEnvironment["PELORIN_TEMP_PATH"] = mDir.GetPath().string();
-    if (kIsSlow) return;
     constexpr rlim_t kSeconds = 10;  // of processor time; what is well takes tenths of one
-    mSurroundings.mLimits = {{RLIMIT_CPU, kSeconds}, {RLIMIT_AS, rlim_t{1} << 30}};
+    if (!kIsSlow) mSurroundings.mLimits[RLIMIT_CPU] = kSeconds;
+    if (!kIsSanitized) mSurroundings.mLimits[RLIMIT_AS] = rlim_t{1} << 30;
   }
 
   Outcome Merge(std::vector<std::string> arguments) const {
