@@ -9,6 +9,7 @@
 #include "Qov/Util/ByteShuffle.h"
 #include "check/HeavyStage.h"
 #include "check/MeshCheck.h"
+#include "check/ResultCheck.h"
 #include "check/SetPieces.h"
 #include "check/TreeStage.h"
 
@@ -257,6 +258,7 @@ void CheckHeavyData(Container& container, ModelContent& model, Findings& finding
   InlinePlaces(container, findings).Assign(model);
   ResultLinks links(model);
   links.Check(findings);
+  CheckResults(model, links, findings);
   MeshCheck meshes(model, links);
   HeavySweep(container, meshes, findings).Run(model);
   meshes.Report(findings);

@@ -8,31 +8,15 @@
 #include <string_view>
 #include <utility>
 
-#include "Qov/Ryx/InstanceNames.h"
+#include "check/MeshNames.h"
 
 namespace Qov::Tools {
 namespace {
-
-/// Base name and instance part of a variable.
-using MeshName = std::pair<std::string_view, std::string_view>;
-
-/// A blank in front of the separator belongs to no name.
-MeshName SplitName(std::string_view name) {
-  const std::size_t separator = name.rfind(QovRyx::kInstanceSeparator);
-  if (separator == name.npos) return {name, {}};
-  std::string_view base = name.substr(0, separator);
-  if (base.ends_with(' ')) base.remove_suffix(1);
-  return {base, name.substr(separator + 1)};
-}
 
 bool HoldsIntegers(const StoredVariable& variable) {
   const std::uint32_t kind = variable.mKindWord & 0xFFFFFFU;
   return kind == 4 || kind == 5;
 }
-
-constexpr std::string_view kCoordinates = "Coordinates";
-constexpr std::string_view kConnectivity = "Connectivity";
-constexpr std::string_view kPolylength = "Polylength";
 
 /// The mesh arrays of one geometry, by name. A merge may leave several of one name: the first
 /// connectivity belongs to the first coordinates then, the second to the second.

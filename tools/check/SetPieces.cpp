@@ -2,6 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+
 // name ends: vector<u32>, names: string, value ends: vector<u32>, values: vector<u32>
 
 namespace Qov::Tools {
@@ -37,6 +41,28 @@ std::uint32_t PassOverPiece(StreamCursor& cursor, std::uint64_t elementSize) {
   return count;
 }
 
+/// Reads the joined names; returns how many bytes they have. Reports the first zero byte.
+std::uint32_t TakeNames(StreamCursor& cursor, const StoredNode& node, Findings& findings) {
+  const std::uint32_t length = cursor.TakeCount(1);
+  std::array<char, 4096> piece{};
+  bool isReported = false;
+  for (std::uint32_t left = length; left > 0;) {
+    const auto size = static_cast<std::uint32_t>(std::min<std::size_t>(left, piece.size()));
+    const std::uint64_t start = cursor.GetPosition();
+    cursor.TakeBytes(piece.data(), size);
+    const void* zero = std::memchr(piece.data(), 0, size);
+    if (zero != nullptr && !isReported) {
+      const auto at =
+          start + static_cast<std::uint64_t>(static_cast<const char*>(zero) - piece.data());
+      findings.Warning("zero-byte", node.At(Place::InStream(cursor.GetName(), at)),
+                       "The name of a set holds a zero byte, where other programs end it.");
+      isReported = true;
+    }
+    left -= size;
+  }
+  return length;
+}
+
 /// Compares ends with what they cut, which has `length` elements.
 void CheckEnds(const Ends& ends, std::uint32_t length, const char* what, const StoredNode& node,
                const StreamCursor& cursor, Findings& findings) {
@@ -58,7 +84,7 @@ void CheckEnds(const Ends& ends, std::uint32_t length, const char* what, const S
 
 void CheckSetPieces(StreamCursor& cursor, const StoredNode& node, Findings& findings) {
   const Ends nameEnds = TakeEnds(cursor);
-  const std::uint32_t namesLength = PassOverPiece(cursor, 1);
+  const std::uint32_t namesLength = TakeNames(cursor, node, findings);
   CheckEnds(nameEnds, namesLength, "names", node, cursor, findings);
   const Ends valueEnds = TakeEnds(cursor);
   const std::uint64_t valuesPosition = cursor.GetPosition();

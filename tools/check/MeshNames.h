@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string_view>
+#include <utility>
+
+#include "Qov/Ryx/InstanceNames.h"
+
+namespace Qov::Tools {
+
+inline constexpr std::string_view kCoordinates = "Coordinates";
+inline constexpr std::string_view kConnectivity = "Connectivity";
+inline constexpr std::string_view kPolylength = "Polylength";
+inline constexpr std::string_view kElementIds = "Element IDs";
+inline constexpr std::string_view kPartElements = "Part Elements";
+
+/// Base name and instance part of a variable.
+using MeshName = std::pair<std::string_view, std::string_view>;
+
+/// Splits a variable's name. A blank before the separator belongs to neither part.
+inline MeshName SplitName(std::string_view name) {
+  const std::size_t separator = name.rfind(QovRyx::kInstanceSeparator);
+  if (separator == name.npos) return {name, {}};
+  std::string_view base = name.substr(0, separator);
+  if (base.ends_with(' ')) base.remove_suffix(1);
+  return {base, name.substr(separator + 1)};
+}
+
+}  // namespace Qov::Tools
