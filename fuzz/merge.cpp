@@ -44,7 +44,7 @@ int Merge(std::uint8_t mode, const Paths& inputs, const std::string& output) {
     case 2:
       return QovRyx::merge_as_instances(inputs, output, true, true, false);
     case 3:
-      return QovRyx::merge_as_instances(inputs, output, true, false, true);
+      return QovRyx::merge_as_instances(inputs, output, true, true, true);
     case 4:
       return RunEntryPoint(&QovRyx::cae_merge, inputs, output);
     default:

@@ -1,7 +1,9 @@
-# cmake -D BUILD_DIR=... -D WORK_DIR=... -D SOURCE_DIR=... -D CXX=... -P InstallTest.cmake
+# cmake -D BUILD_DIR=... -D WORK_DIR=... -D SOURCE_DIR=... -D CXX=...
+#       -D GENERATOR=... -D MAKE_PROGRAM=... -P InstallTest.cmake
 #
-# Installs into a prefix of its own, builds the examples against what is there, and nothing else,
-# and compares what they print.
+# Installs into a prefix of its own, builds the examples against that prefix alone, and compares
+# their output. The examples are built with the generator of the build itself, because make, CMake's
+# default, may be missing.
 set(prefix ${WORK_DIR}/prefix)
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
@@ -34,7 +36,8 @@ function(expect_output name)
 endfunction()
 
 function(build name)
-  run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/${name} -B ${WORK_DIR}/${name} -D CMAKE_PREFIX_PATH=${prefix}
+  run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${SOURCE_DIR}/${name} -B ${WORK_DIR}/${name}
+      -D CMAKE_MAKE_PROGRAM=${MAKE_PROGRAM} -D CMAKE_PREFIX_PATH=${prefix}
       -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_FIND_USE_PACKAGE_REGISTRY=OFF)
   run(${CMAKE_COMMAND} --build ${WORK_DIR}/${name} --parallel 2)
 endfunction()

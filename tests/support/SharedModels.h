@@ -6,15 +6,16 @@
 
 namespace Qov::Test {
 
-/// The folder of sample models, which is no part of the repository: the environment variable
-/// RYXMERGE_SHARED_MODELS names it, else the build does. Tests skip what is not there.
+/// Returns the folder that the environment variable RYXMERGE_SHARED_MODELS names: sample models that
+/// are not part of the repository. Empty if it is not set; tests then skip these models.
 inline std::filesystem::path SharedModelsDir() {
-  const char* fromEnvironment = std::getenv("RYXMERGE_SHARED_MODELS");
-  return fromEnvironment != nullptr ? fromEnvironment : RYXMERGE_SHARED_MODELS_DIR;
+  const char* folder = std::getenv("RYXMERGE_SHARED_MODELS");
+  return folder != nullptr ? folder : "";
 }
 
-/// The path of a sample model, such as "plate.ryx"; empty if it is not there.
+/// Returns the path of a sample model, such as "plate.ryx"; empty if it does not exist.
 inline std::string FindSharedModel(const std::string& name) {
+  if (SharedModelsDir().empty()) return {};
   const std::filesystem::path path = SharedModelsDir() / name;
   std::error_code error;
   return std::filesystem::is_regular_file(path, error) ? path.string() : std::string();
