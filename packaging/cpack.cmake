@@ -1,4 +1,5 @@
-# The Debian package: `cpack -G DEB`, or scripts/package.sh, which checks it too.
+# The Debian packages, one a component of install.cmake: `cpack -G DEB`, or scripts/package.sh, which
+# builds below /usr and checks them too.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ryxmerge)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -6,30 +7,47 @@ set(CPACK_PACKAGE_CONTACT "The RyxMerge developers <ryxmerge@packages.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL programs runtime development)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "bash-completion, cmake, g++, pkg-config, zlib1g-dev")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "merge ryx model files")
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"A ryx model file holds a model for 3D viewing of simulation and design data.
-The program RyxMerge merges several of them into one, and adds saved view
-points to a model; the program ryx looks into model files.
-
-The package also holds the library that both are made of, with its headers,
-for programs that merge or read models themselves.")
-
 set(debianFiles ${CMAKE_CURRENT_SOURCE_DIR}/debian)
+set(library libryxmerge${PROJECT_VERSION_MAJOR})
 
-# What the users of the library depend on, and what keeps the linker's cache up to date: CPack
-# writes scripts for the second, but Debian asks for a trigger.
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME ryxmerge)
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS "bash-completion, libryxmerge-dev")
+set(CPACK_COMPONENT_PROGRAMS_DESCRIPTION "merge, inspect and compare ryx model files
+A ryx model file holds a model for 3D viewing of simulation and design data.
+The program RyxMerge merges several of them into one, and adds saved view
+points to a model. The program ryx lists, checks and compares model files.")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "library for ryx model files (shared library)
+A ryx model file holds a model for 3D viewing of simulation and design data.
+This library reads, merges and writes them.")
+# The first file tells dpkg-shlibdeps which package has the library, the second updates the linker's
+# cache without a maintainer script.
 configure_file(${debianFiles}/shlibs.in shlibs @ONLY)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/shlibs ${debianFiles}/triggers)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_BINARY_DIR}/shlibs ${debianFiles}/triggers)
 
-# Debian wants these compressed, as it wants the manual pages.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libryxmerge-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}), zlib1g-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, g++, pkg-config")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "library for ryx model files (development files)
+A ryx model file holds a model for 3D viewing of simulation and design data.
+This package holds the headers and the static library for programs that read,
+merge or write such files, and the files by which CMake and pkg-config find
+them.")
+
 configure_file(${debianFiles}/changelog.in changelog @ONLY)
 set(CPACK_PRE_BUILD_SCRIPTS ${debianFiles}/PrepareTree.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${debianFiles}/DropScripts.cmake)
 set(CPACK_RYXMERGE_CHANGELOG ${CMAKE_CURRENT_BINARY_DIR}/changelog)
 set(CPACK_RYXMERGE_COPYRIGHT ${debianFiles}/copyright)
+set(CPACK_RYXMERGE_PACKAGES programs ryxmerge runtime ${library} development libryxmerge-dev)
 
 include(CPack)

@@ -1,9 +1,14 @@
 include(CMakePackageConfigHelpers)
 
-install(TARGETS RyxMerge ryx)
-install(TARGETS qov_shared EXPORT RyxMergeTargets FILE_SET HEADERS)
-# Apart, because only the static library needs others when it is linked.
-install(TARGETS qov_static EXPORT RyxMergeStaticTargets FILE_SET HEADERS)
+# Three components: programs, the shared library (runtime), and what builds other programs with it
+# (development).
+install(TARGETS RyxMerge ryx COMPONENT programs)
+install(TARGETS qov_shared EXPORT RyxMergeTargets
+        LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+        FILE_SET HEADERS COMPONENT development)
+# An export of its own, because only the static library needs others when it is linked.
+install(TARGETS qov_static EXPORT RyxMergeStaticTargets
+        ARCHIVE COMPONENT development FILE_SET HEADERS COMPONENT development)
 
 # find_package(RyxMerge)
 set(packageDirectory ${CMAKE_INSTALL_LIBDIR}/cmake/RyxMerge)
@@ -12,24 +17,35 @@ configure_package_config_file(RyxMergeConfig.cmake.in RyxMergeConfig.cmake
 write_basic_package_version_file(RyxMergeConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/RyxMergeConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/RyxMergeConfigVersion.cmake
-        DESTINATION ${packageDirectory})
+        DESTINATION ${packageDirectory} COMPONENT development)
 foreach(export IN ITEMS RyxMergeTargets RyxMergeStaticTargets)
-  install(EXPORT ${export} NAMESPACE RyxMerge:: DESTINATION ${packageDirectory})
+  install(EXPORT ${export} NAMESPACE RyxMerge:: DESTINATION ${packageDirectory}
+          COMPONENT development)
 endforeach()
 
 # pkg-config: the prefix is taken from where the file lies.
 file(RELATIVE_PATH pcPrefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(RyxMerge.pc.in RyxMerge.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/RyxMerge.pc
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-install(FILES ${PROJECT_SOURCE_DIR}/docs/man/RyxMerge.1 ${PROJECT_SOURCE_DIR}/docs/man/ryx.1
-        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+# The manual pages' footer names the version.
+foreach(page IN ITEMS RyxMerge.1 ryx.1)
+  configure_file(${PROJECT_SOURCE_DIR}/docs/man/${page} ${page} @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${page}
+          DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT programs)
+endforeach()
+set(documents ${CMAKE_INSTALL_DATAROOTDIR}/doc/ryxmerge)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/docs/format.md
+              ${PROJECT_SOURCE_DIR}/docs/json.md
+        DESTINATION ${documents} COMPONENT programs)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/json ${PROJECT_SOURCE_DIR}/examples
+        DESTINATION ${documents} COMPONENT programs)
 
 # bash-completion finds a file by the name of the command.
 file(GLOB completions CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/completions/*.bash)
 foreach(completion IN LISTS completions)
   get_filename_component(command ${completion} NAME_WLE)
   install(FILES ${completion} RENAME ${command}
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programs)
 endforeach()
