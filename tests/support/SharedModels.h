@@ -6,8 +6,8 @@
 
 namespace Qov::Test {
 
-/// Returns the folder that the environment variable RYXMERGE_SHARED_MODELS names: sample models that
-/// are not part of the repository. Empty if it is not set; tests then skip these models.
+/// Returns the folder that the environment variable RYXMERGE_SHARED_MODELS names: sample models
+/// that are not part of the repository. Empty if it is not set; tests then skip these models.
 inline std::filesystem::path SharedModelsDir() {
   const char* folder = std::getenv("RYXMERGE_SHARED_MODELS");
   return folder != nullptr ? folder : "";
