@@ -218,6 +218,22 @@ TEST(Load, RefusesWhatIsNoModelFile) {
               [] { DescribeModel("/no/such/file"); });
 }
 
+TEST(Load, NamesTheStreamsThatItDoesNotRead) {
+  const TempDir dir;
+  SaveSample(dir / "a.ryx");
+  Streams streams = ReadStreams(dir / "a.ryx");
+  streams["View Point\x13"] = streams.extract(kViewPoints).mapped();
+  streams["Empty"] = "";
+  streams["\vEmptf Block 7"] = streams["Another"] = "bytes";
+  WriteStreams(dir / "b.ryx", streams);
+  Tree tree(false);
+  LoadTree(tree, dir / "b.ryx");
+  EXPECT_EQ(tree.GetUnknownStreams(), (std::vector<std::string>{"Another", "View Point\x13"}));
+  MakeMergeRoot(tree);
+  MergeFile(tree, dir / "a.ryx");
+  EXPECT_TRUE(tree.GetUnknownStreams().empty());
+}
+
 TEST(Load, KeepsTheViewsOfSampleFilesByteForByte) {
   const TempDir dir;
   for (const char* name : {"plate.vpt", "more.vpt"}) {

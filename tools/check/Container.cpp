@@ -28,13 +28,6 @@ constexpr std::uint8_t kKnownFlags =
 
 bool IsIndexBlock(const std::string& name) { return name.starts_with(kIndexBlock); }
 
-bool IsKnownStream(const std::string& name) {
-  const std::array known = {&QovRyx::kHeavyData,        &QovRyx::kRyxTree,   &QovRyx::kLightData,
-                            &QovRyx::kAttributes,       &QovRyx::kResources, &QovRyx::kViewPoints,
-                            &QovRyx::kGlobalInformation};
-  return std::any_of(known.begin(), known.end(), [&](const auto* one) { return *one == name; });
-}
-
 /// Whether a root index of that length could follow the header, whatever the magic says.
 bool LooksLikeRoot(std::uint32_t length, std::uint32_t count) {
   return count != 0 && length == kCountSize + std::uint64_t{count} * IndexItem::kEncodedSize;
@@ -230,7 +223,7 @@ void Container::CheckBlocks() {
   }
   CheckEnd(position);
   for (const Stream& stream : mStreams) {
-    if (stream.mName.empty() || stream.mName.front() == '\v' || IsKnownStream(stream.mName))
+    if (stream.mName.empty() || stream.mName.front() == '\v' || QovRyx::IsModelStream(stream.mName))
       continue;
     mFindings.Warning("unknown-stream", Place::InStream(stream.mName),
                       "No stream of this name is known; a merge would leave it out.");

@@ -1,6 +1,11 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
+
+#include "Qov/Export.h"
+#include "Qov/Jbf/Index.h"
 
 /// The streams that a model is spread over.
 namespace QovRyx {
@@ -12,5 +17,13 @@ inline const std::string kAttributes = "Attributes";                 ///< Attrib
 inline const std::string kResources = "Resources";                   ///< Materials.
 inline const std::string kGlobalInformation = "Global Information";  ///< The history.
 inline const std::string kViewPoints = "View Points";  ///< Views and sequencer; optional.
+
+/// Returns true for the names above.
+QOV_EXPORT bool IsModelStream(std::string_view name);
+
+/// Returns the names of the streams in a file that no reader uses, each once, in the order of the
+/// blocks. They hold data that a merge leaves out, or their names are damaged. `items` is the
+/// index of the file. Streams without stored bytes are not listed.
+QOV_EXPORT std::vector<std::string> FindUnknownStreams(const std::vector<QovJbf::IndexItem>& items);
 
 }  // namespace QovRyx

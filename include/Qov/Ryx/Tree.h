@@ -97,6 +97,9 @@ class QOV_EXPORT Tree {
   const std::vector<ModifierInfo>& GetModifiers() const { return mModifiers; }
   /// The container version of the file last loaded or saved.
   const std::string& GetFileVersion() const { return mFileVersion; }
+  /// Returns the names of the streams that Load or Merge found last and no reader uses
+  /// (StreamNames.h). Save does not write them.
+  const std::vector<std::string>& GetUnknownStreams() const { return mUnknownStreams; }
 
  private:
   void LoadFile(const std::string& path, IdMap& idMap);
@@ -119,6 +122,7 @@ class QOV_EXPORT Tree {
   std::vector<ViewPointPath> mViewPointPaths;
   SequencerData mSequencerData;
   std::string mFileVersion;
+  std::vector<std::string> mUnknownStreams;
   std::vector<ModifierInfo> mModifiers;
   ModifierInfo mCurrentModifier;
 };

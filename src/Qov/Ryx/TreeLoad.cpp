@@ -127,6 +127,7 @@ void Tree::OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& w
   mFileVersion = file.ReadVersion();
   QovJbf::JbFile::CheckSupport(mFileVersion, wideOffsets);
   file.ReadIndex();
+  mUnknownStreams = FindUnknownStreams(file.GetIndex().GetItems());
 }
 
 /// 1 if the root takes the nodes of files in beneath it, else 0.
