@@ -6,12 +6,17 @@
 #include "Qov/Ryx/RyxMerge.h"
 #include "Qov/Util/Exception.h"
 #include "support/ModelBuilder.h"
+#include "support/ModelCompare.h"
 
 namespace QovRyx {
 namespace {
 
 using namespace Qov::Test;
 using testing::ElementsAre;
+
+std::vector<std::string> Last(const std::vector<std::string>& texts, std::ptrdiff_t number) {
+  return {texts.end() - number, texts.end()};
+}
 
 class AppendingResults : public testing::Test {
  protected:
@@ -69,6 +74,69 @@ TEST_F(AppendingResults, LinksToOtherGeometriesLeadToTheSameResults) {
   EXPECT_EQ(VariableTexts(mTarget)[9], "Z|1 -> 3,1");
   EXPECT_EQ(VariableTexts(mTarget)[10], "Lost|1 -> 3,9");
   EXPECT_THAT(VariableTexts(otherTarget), ElementsAre("X", "Y|1", "Z|1 -> 2,6"));
+}
+
+/// Geometries 2 and 3 go to geometries and 4 stays behind. Chains lead through all of them.
+class AppendingChains : public testing::Test {
+ protected:
+  AppendingChains() {
+    for (Tree* tree : {&mFrom, &mInto}) {
+      AddNode<Geometry>(*tree, NodeTree::kRootId, "First");
+      AddNode<Geometry>(*tree, NodeTree::kRootId, "Second");
+    }
+    AddNode<Group>(mInto, NodeTree::kRootId, "Group");
+    Geometry& behind = AddNode<Geometry>(mFrom, NodeTree::kRootId, "Behind");
+    for (std::uint32_t i = 0; i != 9; ++i) Target(2).AppendVariable(MakeCarrier("stranger", i));
+    Target(3).AppendVariable(MakeCarrier("stranger", 9));
+    for (const auto& [name, link] : {std::pair<const char*, Geometry::Link>{"far|1", {4, 0}},
+                                     {"farther|1", {3, 1}},
+                                     {"near|1", {2, 0}},
+                                     {"round|1", {4, 2}},
+                                     {"lost|1", {3, 7}},
+                                     {"lost chain|1", {2, 4}}}) {
+      Source(2).AppendVariable(MakeLinked(name, link));
+    }
+    Source(3).AppendVariable(MakeCarrier("values|1", 100));
+    Source(3).AppendVariable(MakeLinked("over|1", {2, 0}));
+    Source(3).AppendVariable(MakeLinked("over lost|1", {2, 5}));
+    behind.AppendVariable(MakeLinked("behind|1", {4, 1}));
+    behind.AppendVariable(MakeLinked("behind|1", {3, 0}));
+    behind.AppendVariable(MakeLinked("round|1", {2, 3}));
+  }
+  Geometry& Source(std::uint32_t id) { return *AsGeometry(mFrom.GetNodes().GetReqNode(id)); }
+  Geometry& Target(std::uint32_t id) { return *AsGeometry(mInto.GetNodes().GetReqNode(id)); }
+  void ExpectOwner(std::uint32_t id, std::size_t position) {
+    EXPECT_EQ(DescribeValues(Target(id).GetVariables()[position]),
+              DescribeValues(MakeCarrier("", 100)))
+        << id << ", " << position;
+  }
+
+  Tree mInto{false};
+  Tree mFrom{false};
+};
+
+TEST_F(AppendingChains, LinksMoveOrGiveWayToAllThatTheySharedInTheEnd) {
+  AppendResults(mFrom, mInto, true);
+  EXPECT_THAT(Last(VariableTexts(Target(2)), 6),
+              ElementsAre("far|1", "farther|1 -> 3,2", "near|1 -> 2,9", "round|1", "lost|1 -> 3,7",
+                          "lost chain|1 -> 2,13"));
+  EXPECT_THAT(VariableTexts(Target(3)),
+              ElementsAre("stranger", "values|1", "over|1 -> 2,9", "over lost|1 -> 2,14"));
+  ExpectOwner(2, 9);
+  EXPECT_EQ(Target(2).GetVariables()[12].mValues.GetNumElements(), 0U);
+  EXPECT_TRUE(Target(2).GetVariables()[13].mLeadsNowhere);
+}
+
+TEST_F(AppendingChains, OfOtherInstancesOnlyLinksWithinOneGeometryLoseTheirValues) {
+  AppendOtherInstanceResults(mFrom, mInto);
+  EXPECT_THAT(Last(VariableTexts(Target(2)), 6),
+              ElementsAre("far|1", "farther|1", "near|1 -> 2,11", "round|1", "lost|1 -> 3,7",
+                          "lost chain|1 -> 2,14"));
+  EXPECT_THAT(VariableTexts(Target(3)),
+              ElementsAre("stranger", "values|1", "over|1", "over lost|1"));
+  for (const std::size_t position : {9U, 10U}) ExpectOwner(2, position);
+  ExpectOwner(3, 2);
+  EXPECT_EQ(Target(3).GetVariables()[3].mValues.GetNumElements(), 0U);
 }
 
 TEST_F(AppendingResults, WhereTheTargetHasAnotherNodeNothingIsAppendedAndWhereNoneItFails) {

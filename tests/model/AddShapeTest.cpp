@@ -72,20 +72,36 @@ TEST_F(AddShape, KeepsWhatIsReadFromAFileThatNobodyHoldsAnyMore) {
   EXPECT_EQ(moved.str(), built.str());
 }
 
-TEST_F(AddShape, ResultsKeepTheValuesThatTheyShare) {
-  auto& other = AddNode<Geometry>(mSource, NodeTree::kRootId, "Other");
-  other.AppendVariable(MakeVariable("Far", 12, NumericArray::Of(Ramp(4, 7.0F))));
-  SourceMesh().AppendVariable(MakeLinked("near", {PlateIds::kGeometry, 2}));
-  SourceMesh().AppendVariable(MakeLinked("far", {PlateIds::kSets + 1, 0}));
-  SourceMesh().AppendVariable(MakeLinked("nowhere", {PlateIds::kSets + 1, 1}));
+TEST_F(AddShape, ResultsKeepTheValuesThatTheyShareOverAnyChain) {
+  constexpr std::uint32_t kMesh = PlateIds::kGeometry;
+  constexpr std::uint32_t kOther = PlateIds::kSets + 2;
+  AddNode<Shape>(mSource, NodeTree::kRootId, "Second");
+  auto& other = AddNode<Geometry>(mSource, PlateIds::kSets + 1, "Other");
+  SourceMesh().AppendVariable(MakeCarrier("own", 50));          // 3
+  SourceMesh().AppendVariable(MakeLinked("near", {kMesh, 3}));  // 4
+  SourceMesh().AppendVariable(MakeLinked("back", {kOther, 0}));
+  SourceMesh().AppendVariable(MakeLinked("over", {kMesh, 7}));
+  SourceMesh().AppendVariable(MakeLinked("far", {kOther, 1}));
+  SourceMesh().AppendVariable(MakeLinked("lost", {kMesh, 99}));
+  SourceMesh().AppendVariable(MakeLinked("lost", {kOther, 99}));
+  other.AppendVariable(MakeLinked("to mesh", {kMesh, 4}));
+  other.AppendVariable(MakeCarrier("far", 60));
+  other.AppendVariable(MakeLinked("to far", {kMesh, 6}));
+  // What stands where the links led in the source is another result.
+  auto& stranger = AddNode<Geometry>(mTree, NodeTree::kRootId, "Stranger");
+  for (std::uint32_t i = 0; i != 100; ++i) stranger.AppendVariable(MakeCarrier("stranger", i));
   mTree.AddShape(mSource, PlateIds::kShape, "Cuts");
-  const Geometry& mesh = *AsGeometry(mTree.GetNodes().GetReqNode(kNewGeometry));
-  EXPECT_THAT(VariableTexts(mesh), ElementsAre("Coordinates", "Connectivity", "Stress",
-                                               "near -> 6,2", "far", "nowhere"));
-  EXPECT_EQ(mesh.GetVariables()[5].mValues.GetNumElements(), 0U);
-  std::vector<float> values;
-  mesh.GetVariables()[4].mValues.GetValues(values);
-  EXPECT_EQ(values, Ramp(4, 7.0F));
+  mTree.AddShape(mSource, PlateIds::kSets + 1, "Cuts");
+  const auto& mesh = AsGeometry(mTree.GetNodes().GetReqNode(kNewGeometry + 1))->GetVariables();
+  const auto& second = AsGeometry(mTree.GetNodes().GetReqNode(kNewGeometry + 3))->GetVariables();
+  EXPECT_THAT(VariableTexts(*AsGeometry(mTree.GetNodes().GetReqNode(kNewGeometry + 1))),
+              ElementsAre("Coordinates", "Connectivity", "Stress", "own", "near -> 7,3", "back",
+                          "over -> 7,7", "far", "lost -> 4,99", "lost -> 7,99"));
+  EXPECT_EQ(DescribeValues(mesh[5]), DescribeValues(MakeCarrier("", 50)));
+  EXPECT_EQ(DescribeValues(mesh[7]), DescribeValues(MakeCarrier("", 60)));
+  EXPECT_EQ(DescribeValues(second[0]), DescribeValues(MakeCarrier("", 50)));
+  EXPECT_EQ(DescribeValues(second[2]), DescribeValues(MakeCarrier("", 60)));
+  EXPECT_TRUE(mesh[8].mLeadsNowhere && mesh[9].mLeadsNowhere);
 }
 
 TEST_F(AddShape, RefusesWhatDoesNotFitAndMovesNothing) {

@@ -54,6 +54,19 @@ inline QovRyx::Geometry::VarStruct MakeLinked(const std::string& name,
   return variable;
 }
 
+/// A result of whole numbers, with a number of its own in each field that is only carried.
+inline QovRyx::Geometry::VarStruct MakeCarrier(const std::string& name, std::uint32_t start) {
+  QovRyx::Geometry::VarStruct variable = MakeVariable(
+      name, 12, QovRyx::NumericArray::Of(std::vector<std::uint32_t>{start, start + 1, 7, 8}, 2));
+  variable.mKindHighByte = 5;
+  variable.mFlag1 = 1;
+  variable.mFlag2 = 2;
+  variable.mValue1 = start;
+  variable.mValue2 = 0xFFFFFFFF;
+  variable.mFlag3 = 3;
+  return variable;
+}
+
 inline std::vector<float> Ramp(std::size_t size, float start) {
   std::vector<float> values(size);
   for (std::size_t i = 0; i != size; ++i) values[i] = start + 0.5F * static_cast<float>(i);

@@ -47,6 +47,17 @@ inline void Describe(std::ostream& out, const QovRyx::Geometry::VarStruct& varia
   out << "\n";
 }
 
+/// All of a variable but its name, kind, flag and attributes, which a link has of its own.
+inline std::string DescribeValues(QovRyx::Geometry::VarStruct variable) {
+  variable.mName.clear();
+  variable.mKind = 0;
+  variable.mFlag = 0;
+  variable.mAttributes.clear();
+  std::ostringstream out;
+  Describe(out, variable);
+  return out.str();
+}
+
 /// Any record, by the bytes that it is written as.
 template <class Record>
 void DescribeRecord(std::ostream& out, const Record& record) {

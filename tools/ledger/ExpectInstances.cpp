@@ -124,9 +124,10 @@ void InstanceExpecter::TakeFurther(const InputFile& input, std::size_t position)
   for (const auto& [id, names] : shared) Share(id, names, position);
 }
 
-/// The result keeps the values that it shared, as its own.
+/// Makes the values that the result shared its own, with the kind's high byte.
 void Unlink(ExpectedResult& result, LinkFollower<Result>& follower) {
   result.mpValues = follower.Follow(*result.mpSource);
+  result.mKindHighByte = result.mpValues == nullptr ? 0 : result.mpValues->mKindHighByte;
   result.mLinked = false;
   result.mMade = MadeRule::Unlinked;
 }

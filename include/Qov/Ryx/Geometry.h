@@ -47,6 +47,11 @@ class QOV_EXPORT Geometry : public Node {
 
     /// Connectivity and ids: unsigned integers, stored before all other arrays.
     bool IsIntegerKind() const { return mKind == 4 || mKind == 5 || mKind == 6 || mKind == 9; }
+    /// Copies what describes the values of `other`: the high byte of the kind and the carried
+    /// fields that a linked variable does not store.
+    void TakeValueFieldsOf(const VarStruct& other);
+    /// Makes this a variable with the values of `owner`, which is not linked, instead of a link.
+    void TakeValuesOf(const VarStruct& owner);
   };
 
   using Node::Node;

@@ -1,9 +1,10 @@
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <map>
 
 #include "GeometryEntries.h"
+#include "LinkCuts.h"
+#include "LinkResolver.h"
 #include "MergeSummary.h"
 #include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Ryx/RyxMerge.h"
@@ -28,35 +29,59 @@ Positions FindStarts(Tree& from, Tree& into, DroppedResults& dropped) {
   return starts;
 }
 
-/// Gives a result the values that it shared so far, for good.
-void Unlink(Geometry::VarStruct& result) {
-  result.mLinked = false;
-  result.mLink = {};
+/// Returns whether the link names no result. Notes it in the result, because the results of other
+/// files may come to stand at that place.
+bool NoteDangling(Geometry::VarStruct& result, const NodeTree& nodes) {
+  result.mLeadsNowhere = result.mLeadsNowhere || FindVariable(nodes, result.mLink) == nullptr;
+  return result.mLeadsNowhere;
 }
 
-/// Lets a link lead to the same result as before, at its new position. One that led nowhere
-/// stays as it is.
+/// Calls `visit(id, result)` for each linked result of the geometries that have a start.
+template <class Visitor>
+void ForEachLinked(Tree& from, const Positions& starts, Visitor visit) {
+  for (const auto& [id, start] : starts) {
+    Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
+    for (std::size_t i = 0; i != source.GetVariables().size(); ++i) {
+      Geometry::VarStruct& result = source.EditVariable(i);
+      if (result.mLinked) visit(id, result);
+    }
+  }
+}
+
+/// Gives the values to each result whose link names one of a geometry that stays behind.
+void CutLinksToOthers(Tree& from, const Positions& starts) {
+  LinkResolver resolver(from.GetNodes());
+  LinkCuts cuts;
+  ForEachLinked(from, starts, [&](std::uint32_t, Geometry::VarStruct& result) {
+    if (NoteDangling(result, from.GetNodes()) || starts.contains(result.mLink.mNode)) return;
+    cuts.Add(result, resolver.Resolve(result.mLink));
+  });
+  cuts.Apply();
+}
+
+/// Gives the values to each result that is linked to another geometry: what is at the same place
+/// in the target is another result.
+void CutLinksBetweenGeometries(Tree& from, const Positions& starts) {
+  LinkResolver resolver(from.GetNodes());
+  LinkCuts cuts;
+  ForEachLinked(from, starts, [&](std::uint32_t id, Geometry::VarStruct& result) {
+    if (result.mLink.mNode == id || NoteDangling(result, from.GetNodes())) return;
+    cuts.Add(result, resolver.Resolve(result.mLink));
+  });
+  cuts.Apply();
+}
+
+/// Lets a link name the same result as before, at its new position. A dangling link stays as it is.
 void MoveLink(Geometry::VarStruct& result, const Positions& starts) {
   if (!result.mLinked || result.mLeadsNowhere) return;
-  const auto start = starts.find(result.mLink.mNode);
-  if (start == starts.end()) {
-    Unlink(result);
-    return;
-  }
-  const std::uint64_t position = start->second + result.mLink.mVariable;
-  if (position <= std::numeric_limits<std::uint32_t>::max()) {
-    result.mLink.mVariable = static_cast<std::uint32_t>(position);
-  }
+  result.mLink.mVariable += static_cast<std::uint32_t>(starts.at(result.mLink.mNode));
 }
 
-/// A link within a geometry becomes one to its own new position. The result that it led to may
-/// have stayed behind. One to another geometry would name a stranger there.
+/// Lets a link within the geometry name its own new position.
 void LinkToItself(Geometry::VarStruct& result, std::uint32_t id, std::uint64_t position) {
-  if (result.mLink.mNode == id) {
-    result.mLink.mVariable = static_cast<std::uint32_t>(position);
-  } else if (!result.mLeadsNowhere) {
-    Unlink(result);
-  }
+  if (!result.mLinked || result.mLink.mNode != id) return;
+  result.mLink.mVariable = static_cast<std::uint32_t>(position);
+  result.mLeadsNowhere = false;
 }
 
 }  // namespace
@@ -68,6 +93,7 @@ void AppendResults(Tree& from, Tree& into, bool /*appendFlag*/) {
 
 void AppendResults(Tree& from, Tree& into, DroppedResults& dropped) {
   const Positions starts = FindStarts(from, into, dropped);
+  CutLinksToOthers(from, starts);
   for (const auto& [id, start] : starts) {
     Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
     Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));
@@ -85,7 +111,9 @@ void AppendOtherInstanceResults(Tree& from, Tree& into) {
 }
 
 void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped) {
-  for (const auto& [id, start] : FindStarts(from, into, dropped)) {
+  const Positions starts = FindStarts(from, into, dropped);
+  CutLinksBetweenGeometries(from, starts);
+  for (const auto& [id, start] : starts) {
     Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
     Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));
     for (std::size_t i = 0; i != source.GetVariables().size(); ++i) {
@@ -94,7 +122,7 @@ void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped)
         ++dropped.mWithoutInstance;
         continue;
       }
-      if (result.mLinked) LinkToItself(result, id, target.GetVariables().size());
+      LinkToItself(result, id, target.GetVariables().size());
       target.AppendVariable(result);
     }
   }

@@ -4,6 +4,23 @@
 
 namespace QovRyx {
 
+void Geometry::VarStruct::TakeValueFieldsOf(const VarStruct& other) {
+  mKindHighByte = other.mKindHighByte;
+  mFlag1 = other.mFlag1;
+  mFlag2 = other.mFlag2;
+  mValue1 = other.mValue1;
+  mValue2 = other.mValue2;
+  mFlag3 = other.mFlag3;
+}
+
+void Geometry::VarStruct::TakeValuesOf(const VarStruct& owner) {
+  TakeValueFieldsOf(owner);
+  mValues = owner.mValues;
+  mLinked = false;
+  mLink = {};
+  mLeadsNowhere = false;
+}
+
 std::string Geometry::GetVersion() const {
   return QovJbf::ryx_file_version == "0.6" ? "0.6" : "0.7";
 }

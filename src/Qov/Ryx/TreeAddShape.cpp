@@ -1,7 +1,9 @@
+#include <cstddef>
+#include <cstdint>
 #include <limits>
-#include <memory>
 #include <utility>
 
+#include "LinkCuts.h"
 #include "LinkResolver.h"
 #include "Qov/Ryx/Tree.h"
 #include "Qov/Util/Raise.h"
@@ -30,25 +32,30 @@ void RequireFreeIds(const NodeTree& nodes, std::uint32_t count) {
   Qov::Util::Raise(kSource, ErrorType::ModelError, "The tree has no ids left");
 }
 
-/// What shares the values of another geometry takes them along: the geometry's id means
-/// something else in the other tree.
-void Unlink(Geometry::VarStruct& variable, LinkResolver& source) {
-  const Geometry::VarStruct* target = source.Resolve(variable.mLink);
-  if (target != nullptr) variable.mValues = target->mValues;
-  variable.mLinked = false;
-  variable.mLink = {};
+/// Gives the values to each result whose link leads into the geometry of id `moving` or out of it,
+/// because the ids mean something else in the other tree. Links to nowhere stay as they are.
+void CutLinksAcross(const NodeTree& nodes, std::uint32_t moving) {
+  LinkResolver resolver(nodes);
+  LinkCuts cuts;
+  ForEachGeometry(nodes, [&](std::uint32_t id, Geometry& geometry) {
+    for (std::size_t i = 0; i != geometry.GetVariables().size(); ++i) {
+      Geometry::VarStruct& result = geometry.EditVariable(i);
+      if (!result.mLinked || (result.mLink.mNode == moving) == (id == moving)) continue;
+      if (result.mLeadsNowhere || FindVariable(nodes, result.mLink) == nullptr) continue;
+      cuts.Add(result, resolver.Resolve(result.mLink));
+    }
+  });
+  cuts.Apply();
 }
 
-/// Links within the geometry, whose id becomes `newId`, lead to the same results as before.
-void MoveLinks(Geometry& geometry, std::uint32_t oldId, std::uint32_t newId, LinkResolver source) {
+/// Lets the links within a geometry of `nodes` name its new id. A dangling link keeps its numbers
+/// and is noted as one: they may name a result of the other tree.
+void MoveLinks(const NodeTree& nodes, Geometry& geometry, std::uint32_t newId) {
   for (std::size_t i = 0; i != geometry.GetVariables().size(); ++i) {
-    Geometry::VarStruct& variable = geometry.EditVariable(i);
-    if (!variable.mLinked) continue;
-    if (variable.mLink.mNode == oldId) {
-      variable.mLink.mNode = newId;
-    } else if (!variable.mLeadsNowhere) {
-      Unlink(variable, source);
-    }
+    Geometry::VarStruct& result = geometry.EditVariable(i);
+    if (!result.mLinked) continue;
+    result.mLeadsNowhere = result.mLeadsNowhere || FindVariable(nodes, result.mLink) == nullptr;
+    if (!result.mLeadsNowhere) result.mLink.mNode = newId;
   }
 }
 
@@ -61,7 +68,8 @@ void Tree::AddShape(Tree& source, const std::uint32_t& shapeId, const std::strin
   NodeTree::Node& child = source.mNodes.GetReqNode(shape.mFirstChild);
   auto& geometry = RequireNode<Geometry>(child, "geometry");
   RequireFreeIds(mNodes, 2);
-  MoveLinks(geometry, child.mId, mNodes.GetNextId() + 1, LinkResolver(source.mNodes));
+  CutLinksAcross(source.mNodes, child.mId);
+  MoveLinks(source.mNodes, geometry, mNodes.GetNextId() + 1);
   mNodes.AddChild(std::move(shape.mData));
   mNodes.AddChild(std::move(child.mData));
 }
