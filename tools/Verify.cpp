@@ -10,6 +10,7 @@
 #include "ErrorText.h"
 #include "OptionValues.h"
 #include "Qov/Util/ConcernsFile.h"
+#include "check/UnreadContent.h"
 #include "ledger/LedgerReport.h"
 #include "ledger/Recount.h"
 
@@ -84,7 +85,9 @@ void Examine(const MergeRequest& request, Verdict& verdict) {
   verdict.mLedger = model.mLedger;
   if (!obstacles.empty()) return;
   try {
-    Recount(model, inputs, output, verdict.mDifferences).Run();
+    Recount recount(model, inputs, output, verdict.mDifferences);
+    recount.Run();
+    recount.ReportUnread(FindUnreadContent(request.mOutput));
   } catch (const std::exception& error) {
     verdict.mTrouble.push_back(UnreadableInput(error));
     return;
@@ -110,11 +113,11 @@ void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Output& o
   PrintLedger(verdict.mLedger, request.mOutput, output);
   output.Line();
   if (verdict.IsGood()) {
-    output.Line("It adds up: all that ought to be there is, and every value is the same.");
+    output.Line("OK: nothing is missing and all values match.");
     return;
   }
   const std::uint64_t count = verdict.mDifferences.GetCount();
-  output.Line(fmt::format("It does not add up: {} difference{}", count, count == 1 ? "" : "s"));
+  output.Line(fmt::format("Not OK: {} difference{}", count, count == 1 ? "" : "s"));
   for (const Difference& difference : verdict.mDifferences.GetFirst()) {
     output.Line("  " + DifferenceText(difference, style));
   }

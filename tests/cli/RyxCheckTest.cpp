@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "Qov/Util/Exception.h"
+#include "StreamDamage.h"
 #include "check/FileCheck.h"
 #include "ryxFixture.h"
 #include "support/BuildKind.h"
@@ -60,30 +61,6 @@ std::string FindingsOf(const std::string& path) {
   return Unbarred(text);
 }
 
-/// A place in bytes: "12", or "name+12" for so many behind the first occurrence of a name.
-std::size_t PlaceIn(const std::string& bytes, const std::string& place) {
-  const std::size_t plus = place.find('+');
-  if (plus == place.npos) return std::stoul(place);
-  const std::size_t name = bytes.find(place.substr(0, plus));
-  EXPECT_NE(name, bytes.npos) << place;
-  return name + plus + std::stoul(place.substr(plus + 1));
-}
-
-/// "PLACE = HEX" puts other bytes there, "PLACE + HEX" puts some in between, "PLACE -" cuts off.
-void Damage(std::string& bytes, const std::string& damage) {
-  std::istringstream words(damage);
-  std::string place;
-  std::string what;
-  std::string hex;
-  std::string with;
-  words >> place >> what >> hex;
-  for (std::size_t i = 0; i < hex.size(); i += 2) {
-    with += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-  }
-  const std::size_t at = PlaceIn(bytes, place);
-  bytes.replace(at, what == "=" ? with.size() : what == "+" ? 0 : bytes.npos, with);
-}
-
 class RyxCheck : public RyxProgram {
  protected:
   std::string SavePlate() const {
@@ -94,24 +71,12 @@ class RyxCheck : public RyxProgram {
   }
 
   /// Expects that each line of damages "STREAM: DAMAGE; ..." by itself leads to the findings below
-  /// it in a golden file. The stream "file" is the whole file, once the others are in it.
+  /// it in a golden file.
   void ExpectFindings(const std::string& golden, const Streams& sound,
                       const std::string& version = "1.3") const {
     ExpectAfterEachLine(golden, [&](const std::string& damages) {
       Streams streams = sound;
-      std::istringstream list(damages);
-      std::string fileDamage;
-      for (std::string one; std::getline(list >> std::ws, one, ';');) {
-        const std::string name = one.substr(0, one.find(": "));
-        const std::string damage = one.substr(name.size() + 2);
-        if (name == "file") {
-          fileDamage = damage;
-        } else if (damage == "gone") {
-          streams.erase(name);
-        } else {
-          Damage(streams[name], damage);
-        }
-      }
+      const std::string fileDamage = DamageStreams(streams, damages);
       const std::string path = mDir / "damaged.ryx";
       WriteStreams(path, streams, version);
       std::string bytes = ReadFile(path);

@@ -1,4 +1,5 @@
 #include "LedgerFixture.h"
+#include "StreamDamage.h"
 #include "ledger/Obstacles.h"
 #include "ledger/Recount.h"
 #include "support/Files.h"
@@ -141,6 +142,31 @@ TEST_F(RyxVerify, FindsEachFault) {
   for (const Fault& fault : ofInstances) found += Find(kAsInstances, fault);
   for (const Fault& fault : ofDatasets) found += Find({}, fault);
   ExpectGolden("verify_faults.txt", found);
+}
+
+/// Faults in the bytes of an output, most of which no loaded model shows.
+TEST_F(RyxVerify, FindsWhatProgramsDropOnLoading) {
+  Strings inputs;
+  for (const std::uint32_t seed : {1U, 2U}) {
+    inputs.push_back(SaveModel("in" + std::to_string(seed) + ".ryx", [seed](Tree& tree) {
+      BuildPlate(tree, {"Heat|LC1", "Stress|LC1"}, seed);
+      Mesh(tree).AppendVariable(MakeLinked("Lost|LC1", {99, 3}));
+      AddNode<FutureNode>(tree, PlateIds::kGroup, "Clip");
+      AddViewPointPath(tree, "walk", 1);
+    }));
+  }
+  ASSERT_EQ(Merge(kAsInstances, inputs), 0);
+  ASSERT_EQ(Verify(kAsInstances, inputs).mStatus, 0);
+  const Streams sound = ReadStreams(mOutput);
+  ExpectAfterEachLine("verify_planted.txt", [&](const std::string& damages) {
+    SCOPED_TRACE(damages);
+    Streams streams = sound;
+    DamageStreams(streams, damages);
+    WriteStreams(mOutput, streams);
+    const Outcome outcome = Verify(Joined(kAsInstances, {"--limit", "4"}), inputs);
+    EXPECT_EQ(outcome.mStatus, 1) << outcome.mErr;
+    return outcome.mOut.substr(outcome.mOut.rfind("\n\n") + 2);
+  });
 }
 
 TEST_F(RyxVerify, PrintsTheLedgerAndTheFirstDifferences) {

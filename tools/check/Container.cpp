@@ -58,6 +58,20 @@ bool Container::Check() {
   return OpenForReading();
 }
 
+bool Container::OpenUnchecked() {
+  if (!CheckHeader() || !OpenForReading()) return false;
+  for (const IndexItem& item : mFile.GetIndex().GetItems()) {
+    const auto number = static_cast<std::uint32_t>(mStreams.size());
+    if (!mStreamsByName.try_emplace(item.mName, number).second) continue;
+    Stream& stream = mStreams.emplace_back();
+    stream.mName = item.mName;
+    if (item.mName.empty() || item.mName.front() == '\v') continue;
+    stream.mLength = stream.mSound = mFile.OpenStreamReader(item.mName)->GetLength();
+  }
+  CheckStreamNames();
+  return true;
+}
+
 bool Container::CheckHeader() {
   std::array<unsigned char, kMagic.size()> magic{};
   const auto numMagic = std::min<std::uint64_t>(mBytes.GetLength(), magic.size());
@@ -222,6 +236,10 @@ void Container::CheckBlocks() {
     position += mBlocks[k].mSize;
   }
   CheckEnd(position);
+  CheckStreamNames();
+}
+
+void Container::CheckStreamNames() {
   for (const Stream& stream : mStreams) {
     if (stream.mName.empty() || stream.mName.front() == '\v' || QovRyx::IsModelStream(stream.mName))
       continue;

@@ -23,6 +23,9 @@ class Container {
 
   /// False if nothing more can be said about the file.
   bool Check();
+  /// Opens the streams of a file that the programs can load, without a check of its blocks. Returns
+  /// false if the file is unfinished.
+  bool OpenUnchecked();
 
   const std::string& GetVersion() const { return mVersion; }
   /// Whether tree records hold 64-bit offsets.
@@ -62,6 +65,7 @@ class Container {
   void CheckBlocks();
   void CheckBlock(std::size_t k, std::uint64_t position);
   void CheckEnd(std::uint64_t end);
+  void CheckStreamNames();
   void Damage(Stream& stream, const std::string& code, const Place& place, std::string text);
   bool OpenForReading();
   Findings& mFindings;

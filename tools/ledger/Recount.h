@@ -6,6 +6,7 @@
 
 #include "Differences.h"
 #include "ExpectedModel.h"
+#include "check/Finding.h"
 
 namespace Qov::Tools {
 
@@ -20,6 +21,9 @@ class Recount {
           Differences& differences)
       : mModel(model), mInputs(inputs), mOutput(output), mDifferences(differences) {}
 
+  /// Reports what `unread` holds of the output: no merge writes anything that programs drop.
+  void ReportUnread(const std::vector<Finding>& unread);
+
   /// Raises what reading an input raises, with its path; an output that cannot be read is a
   /// difference.
   void Run();
@@ -33,6 +37,10 @@ class Recount {
   void MatchResults(ExpectedNode& node, const QovRyx::Geometry& geometry);
   void CompareResult(const ExpectedNode& node, ExpectedResult& expected, const Result& result);
   void CompareLinks();
+  QovRyx::Geometry::Link FindDanglingLink(const ExpectedNode& node,
+                                          const ExpectedResult& expected) const;
+  std::string FindDanglingFault(const ExpectedNode& node, const ExpectedResult& expected,
+                                const Result& result) const;
   // Values (RecountValues.cpp)
   void CompareValues();
   void CompareArrays(bool integerKinds);

@@ -46,6 +46,23 @@ void Recount::Run() {
   CompareHistory();
 }
 
+void Recount::ReportUnread(const std::vector<Finding>& unread) {
+  for (const Finding& finding : unread) {
+    Difference difference;
+    if (finding.mPlace.mNode) {
+      difference.mNode = finding.mPlace.mNode->mNumber;
+      difference.mNodeName = Shortened(finding.mPlace.mNode->mName);
+    }
+    Place place = finding.mPlace;
+    place.mNode.reset();
+    if (place.mResult) difference.mSubject = place.mResult->mName;
+    place.mResult.reset();
+    difference.mText =
+        fmt::format("holds what programs do not read: {} ({})", finding.mText, place.GetText());
+    mDifferences.Add(std::move(difference));
+  }
+}
+
 Difference Recount::About(const ExpectedNode& node, const std::string& text) const {
   Difference difference;
   difference.mNode = node.mLinks.mId;

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <deque>
+#include <limits>
 
 #include "LinkFollower.h"
 #include "Recount.h"
@@ -26,10 +27,10 @@ bool HasSameFlags(const Result* owner, const Result& right) {
          left.mValue2 == right.mValue2;
 }
 
-/// What is wrong with a link that leads to `end`, null if nothing is: it should lead to `match`,
-/// which is what became of `wanted`.
-const char* FindLinkFault(const ExpectedResult* wanted, const Result* match, const Result* end) {
-  if (end == match && (wanted == nullptr) == (end == nullptr)) return nullptr;
+/// Returns what is wrong with a link that leads to `end`, nothing if it is right: it should lead to
+/// `match`, which is what became of `wanted`.
+std::string FindLinkFault(const ExpectedResult* wanted, const Result* match, const Result* end) {
+  if (end == match && (wanted == nullptr) == (end == nullptr)) return "";
   if (end == nullptr) return "is linked to nothing";
   return wanted == nullptr ? "is linked, but should have no values" : "is linked to another result";
 }
@@ -101,6 +102,36 @@ void Recount::CompareResult(const ExpectedNode& node, ExpectedResult& expected,
   }
 }
 
+/// Returns the numbers of a link that names no result in its input. Its id, if it has
+/// one, is raised like those of the nodes of its input. The link becomes (0, 0) if the merge put a
+/// result at that place.
+QovRyx::Geometry::Link Recount::FindDanglingLink(const ExpectedNode& node,
+                                                 const ExpectedResult& expected) const {
+  QovRyx::Geometry::Link link = expected.mLink;
+  const std::uint32_t base = node.mLinks.mId - node.mpSource->mId;
+  const bool canRaise = link.mNode < std::numeric_limits<std::uint32_t>::max() - base;
+  if (link.mNode != 0 && canRaise) link.mNode += base;
+  return mModel.FindResult(link) == nullptr ? link : QovRyx::Geometry::Link{};
+}
+
+/// Returns what is wrong with a link that should lead to no values; empty if nothing is.
+std::string Recount::FindDanglingFault(const ExpectedNode& node, const ExpectedResult& expected,
+                                       const Result& result) const {
+  const Result* named = QovRyx::FindVariable(mOutput.GetNodes(), result.mLink);
+  if (expected.mMade == MadeRule::LinkedToItself) {
+    const bool isCut = result.mLink == QovRyx::Geometry::Link{};
+    return named == &result || isCut ? "" : "is not linked to itself";
+  }
+  if (!expected.mLeadsNowhere) {
+    const ExpectedResult* next = mModel.FindNext(expected);
+    return next != nullptr && FindMatch(*next) == named ? "" : "is linked to another result";
+  }
+  const QovRyx::Geometry::Link wanted = FindDanglingLink(node, expected);
+  if (result.mLink == wanted) return "";
+  return fmt::format("has a dangling link to node {}, result {}; should be node {}, result {}",
+                     result.mLink.mNode, result.mLink.mVariable, wanted.mNode, wanted.mVariable);
+}
+
 /// By what the links lead to in the end, over whatever other links.
 void Recount::CompareLinks() {
   LinkFollower<ExpectedResult> expectedLinks = FollowLinks(mModel);
@@ -112,8 +143,9 @@ void Recount::CompareLinks() {
       const ExpectedResult* wanted = expectedLinks.Follow(expected);
       const Result* end = links.Follow(*result);
       const Result* match = wanted == nullptr ? nullptr : FindMatch(*wanted);
-      if (const char* fault = FindLinkFault(wanted, match, end); fault != nullptr)
-        Report(node, expected, fault);
+      std::string fault = FindLinkFault(wanted, match, end);
+      if (fault.empty() && wanted == nullptr) fault = FindDanglingFault(node, expected, *result);
+      if (!fault.empty()) Report(node, expected, fault);
     }
   }
 }
