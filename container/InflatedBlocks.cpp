@@ -1,5 +1,6 @@
 #include "InflatedBlocks.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -19,12 +20,19 @@ bool InflatedBlocks::Read(const void* owner, std::size_t block, std::uint64_t wi
   return true;
 }
 
+MallocBuffer InflatedBlocks::MakeRoom(std::uint64_t size) {
+  if (size > kMostBytes) return nullptr;
+  while (!mEntries.empty() && mNumBytes + CostOf(size) > kMostBytes) {
+    Drop(std::prev(mEntries.end()));
+  }
+  return MallocBuffer(static_cast<unsigned char*>(std::malloc(size > 0 ? size : 1)));
+}
+
 void InflatedBlocks::Add(const void* owner, std::size_t block, MallocBuffer content,
                          std::uint64_t size) {
-  while (!mEntries.empty() && mNumBytes + size > kMostBytes) Drop(std::prev(mEntries.end()));
   mEntries.push_front({{owner, block}, std::move(content), size});
   mPlaces[{owner, block}] = mEntries.begin();
-  mNumBytes += size;
+  mNumBytes += CostOf(size);
 }
 
 void InflatedBlocks::DropThoseOf(const void* owner) {
@@ -37,7 +45,7 @@ void InflatedBlocks::DropThoseOf(const void* owner) {
 }
 
 void InflatedBlocks::Drop(Entries::iterator entry) {
-  mNumBytes -= entry->mSize;
+  mNumBytes -= CostOf(entry->mSize);
   mPlaces.erase(entry->mKey);
   mEntries.erase(entry);
 }

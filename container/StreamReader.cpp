@@ -6,6 +6,7 @@
 #include "BlockInflater.h"
 #include "FileAccess.h"
 #include "InflatedBlocks.h"
+#include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
 #include "SourceFile.h"
@@ -22,26 +23,36 @@ constexpr std::uint64_t kMostInVain = 4;
 }  // namespace
 
 struct StreamReader::State {
+  /// What is known of the checksum of a block.
+  enum class Verdict : std::uint8_t { Unknown, Sound, Damaged };
+
   ~State() { InflatedBlocks::Instance().DropThoseOf(this); }
 
   std::uint32_t ReadRawLength(const StoredBlock& block) const;
   std::uint32_t GetRawLength(std::size_t i) const {
     return static_cast<std::uint32_t>(mStarts[i + 1] - mStarts[i]);
   }
+  template <class ReadPart>
+  void ForEachPart(std::uint64_t offset, void* target, std::size_t n, ReadPart readPart);
   void ReadFromBlock(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
   void Inflate(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
   void Begin(std::size_t i);
   bool IsToBeKept(std::size_t i, std::uint32_t within);
-  MallocBuffer InflateWhole(std::size_t i);
-  void VerifyInflated();
+  bool KeepWhole(std::size_t i);
+  void VerifyOwed();
+  void VerifyBlock(std::size_t i, bool isWanted);
+  template <class InflateToEnd>
+  void Judge(std::size_t i, InflateToEnd inflateToEnd);
 
   std::shared_ptr<SourceFile> mpSource;
   std::vector<StoredBlock> mBlocks;
   std::vector<std::uint64_t> mStarts;  // uncompressed offsets, and the length as one more
-  std::size_t mInflated = 0;           // the block that mpInflater is in
-  std::vector<bool> mVerified;         // blocks that were inflated to their end once
+  std::vector<Verdict> mVerdicts;
+  std::size_t mNumVerifiedBefore = 0;  // the first blocks, which VerifyBefore need not visit
+  std::optional<std::size_t> mOwed;    // read from, but not verified yet
   std::vector<std::uint64_t> mInVain;  // bytes of each block that were only passed over
   std::uint64_t mAllInVain = 0;
+  std::size_t mInflated = 0;  // the block that mpInflater is in
   std::unique_ptr<BlockInflater> mpInflater;
 };
 
@@ -54,12 +65,33 @@ std::uint32_t StreamReader::State::ReadRawLength(const StoredBlock& block) const
   return rawLength;
 }
 
+// Calls `readPart` for the part of each block that the bytes lie in.
+template <class ReadPart>
+void StreamReader::State::ForEachPart(std::uint64_t offset, void* target, std::size_t n,
+                                      ReadPart readPart) {
+  if (n > mStarts.back() || offset > mStarts.back() - n) {
+    Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::OutOfBounds,
+                     "Not enough bytes in the block");
+  }
+  const auto after = std::upper_bound(mStarts.begin(), mStarts.end(), offset);
+  auto* bytes = static_cast<unsigned char*>(target);
+  for (auto i = static_cast<std::size_t>(after - mStarts.begin()) - 1; n > 0; ++i) {
+    const auto part =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(n, mStarts[i + 1] - offset));
+    if (part > 0) readPart(i, static_cast<std::uint32_t>(offset - mStarts[i]), bytes, part);
+    bytes += part;
+    offset += part;
+    n -= part;
+  }
+}
+
 void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, unsigned char* target,
                                         std::uint32_t n) {
   if (!mBlocks[i].mCompressed) {
     mpSource->Read(mBlocks[i].mPosition + within, target, n);
     return;
   }
+  if (InflatedBlocks::Instance().Read(this, i, within, target, n)) return;
   try {
     Inflate(i, within, target, n);
   } catch (...) {
@@ -70,13 +102,9 @@ void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, uns
 
 void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned char* target,
                                   std::uint32_t n) {
-  if (InflatedBlocks::Instance().Read(this, i, within, target, n)) return;
-  if (mInflated != i) VerifyInflated();
   if (!mpInflater || mInflated != i || mpInflater->GetOffset() > within) {
-    if (IsToBeKept(i, within)) {
-      MallocBuffer content = InflateWhole(i);
-      std::memcpy(target, content.get() + within, n);
-      InflatedBlocks::Instance().Add(this, i, std::move(content), GetRawLength(i));
+    if (IsToBeKept(i, within) && KeepWhole(i)) {
+      InflatedBlocks::Instance().Read(this, i, within, target, n);
       return;
     }
     Begin(i);
@@ -84,7 +112,7 @@ void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned 
   mpInflater->Skip(within - mpInflater->GetOffset());
   mpInflater->Read(target, n);
   if (!mpInflater->IsAtEnd()) return;
-  mVerified[i] = true;
+  mVerdicts[i] = Verdict::Sound;
   mpInflater.reset();
 }
 
@@ -100,27 +128,52 @@ void StreamReader::State::Begin(std::size_t i) {
 bool StreamReader::State::IsToBeKept(std::size_t i, std::uint32_t within) {
   mInVain[i] += within;
   mAllInVain += within;
-  return mInVain[i] > kMostInVain * GetRawLength(i) &&
-         GetRawLength(i) <= InflatedBlocks::kMostBytes;
+  return mInVain[i] > kMostInVain * GetRawLength(i);
 }
 
-MallocBuffer StreamReader::State::InflateWhole(std::size_t i) {
+// Runs the block through the inflater to its end, where the checksum is compared.
+template <class InflateToEnd>
+void StreamReader::State::Judge(std::size_t i, InflateToEnd inflateToEnd) {
+  try {
+    if (!mpInflater || mInflated != i) Begin(i);
+    inflateToEnd();
+    mVerdicts[i] = Verdict::Sound;
+    mpInflater.reset();
+  } catch (const DamagedBlock&) {
+    mVerdicts[i] = Verdict::Damaged;
+    mpInflater.reset();
+    throw;
+  } catch (...) {
+    mpInflater.reset();
+    throw;
+  }
+}
+
+// Decompresses the block into the cache, which verifies it. Returns false, and has done nothing, if
+// the cache or the memory is too small.
+bool StreamReader::State::KeepWhole(std::size_t i) {
   const std::uint32_t length = GetRawLength(i);
-  MallocBuffer content = AllocateBuffer(kStreamReaderSource, length);
-  Begin(i);
-  mpInflater->Read(content.get(), length);
-  mVerified[i] = true;
+  MallocBuffer content = InflatedBlocks::Instance().MakeRoom(length);
+  if (!content) return false;
   mpInflater.reset();
-  return content;
+  Judge(i, [&] { mpInflater->Read(content.get(), length); });
+  InflatedBlocks::Instance().Add(this, i, std::move(content), length);
+  return true;
 }
 
-// What was read from a block is good only if its checksum is, which stands at its end. A block is
-// left in the middle no more often than once without having been verified.
-void StreamReader::State::VerifyInflated() {
-  const std::unique_ptr<BlockInflater> left = std::move(mpInflater);
-  if (!left || mVerified[mInflated]) return;
-  left->SkipToEnd();
-  mVerified[mInflated] = true;
+// Verifies the block that Read was in last. It stays owed if that fails.
+void StreamReader::State::VerifyOwed() {
+  if (!mOwed) return;
+  if (mVerdicts[*mOwed] != Verdict::Sound) Judge(*mOwed, [this] { mpInflater->SkipToEnd(); });
+  mOwed.reset();
+}
+
+// With `isWanted` the content is kept in the cache if it fits.
+void StreamReader::State::VerifyBlock(std::size_t i, bool isWanted) {
+  if (!mBlocks[i].mCompressed || mVerdicts[i] == Verdict::Sound) return;
+  if (mVerdicts[i] == Verdict::Damaged) throw DamagedBlock();
+  if (isWanted && KeepWhole(i)) return;
+  Judge(i, [this] { mpInflater->SkipToEnd(); });
 }
 
 StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<StoredBlock> blocks)
@@ -132,7 +185,7 @@ StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<Store
   for (const StoredBlock& block : mpState->mBlocks) {
     mpState->mStarts.push_back(mpState->mStarts.back() + mpState->ReadRawLength(block));
   }
-  mpState->mVerified.resize(mpState->mBlocks.size());
+  mpState->mVerdicts.resize(mpState->mBlocks.size());
   mpState->mInVain.resize(mpState->mBlocks.size());
 }
 
@@ -141,28 +194,36 @@ StreamReader::~StreamReader() = default;
 std::uint64_t StreamReader::GetLength() const { return mpState->mStarts.back(); }
 
 void StreamReader::Read(std::uint64_t offset, void* target, std::size_t n) {
-  if (n > GetLength() || offset > GetLength() - n) {
-    Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::OutOfBounds,
-                     "Not enough bytes in the block");
-  }
-  const std::vector<std::uint64_t>& starts = mpState->mStarts;
-  const auto after = std::upper_bound(starts.begin(), starts.end(), offset);
-  auto* bytes = static_cast<unsigned char*>(target);
-  for (auto i = static_cast<std::size_t>(after - starts.begin()) - 1; n > 0; ++i) {
-    const auto part =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(n, starts[i + 1] - offset));
-    if (part > 0) {
-      mpState->ReadFromBlock(i, static_cast<std::uint32_t>(offset - starts[i]), bytes, part);
-    }
-    bytes += part;
-    offset += part;
-    n -= part;
+  const auto readPart = [this](std::size_t i, std::uint32_t within, unsigned char* bytes,
+                               std::uint32_t part) {
+    State& state = *mpState;
+    if (state.mOwed != i) state.VerifyOwed();
+    state.ReadFromBlock(i, within, bytes, part);
+    const bool isOwed = state.mBlocks[i].mCompressed && state.mVerdicts[i] != State::Verdict::Sound;
+    state.mOwed = isOwed ? std::optional(i) : std::nullopt;
+  };
+  mpState->ForEachPart(offset, target, n, readPart);
+}
+
+void StreamReader::ReadVerified(std::uint64_t offset, void* target, std::size_t n) {
+  const auto readPart = [this](std::size_t i, std::uint32_t within, unsigned char* bytes,
+                               std::uint32_t part) {
+    mpState->VerifyBlock(i, true);
+    mpState->ReadFromBlock(i, within, bytes, part);
+  };
+  mpState->ForEachPart(offset, target, n, readPart);
+}
+
+void StreamReader::Verify() { mpState->VerifyOwed(); }
+
+void StreamReader::VerifyBefore(std::uint64_t offset) {
+  std::size_t& i = mpState->mNumVerifiedBefore;
+  for (; i < mpState->mBlocks.size() && mpState->mStarts[i + 1] <= offset; ++i) {
+    mpState->VerifyBlock(i, false);
   }
 }
 
 std::uint64_t StreamReader::GetNumInVain() const { return mpState->mAllInVain; }
-
-void StreamReader::Verify() { mpState->VerifyInflated(); }
 
 std::optional<StreamReader::BlockExtent> StreamReader::FindBlock(std::uint64_t offset,
                                                                  std::uint64_t n) const {

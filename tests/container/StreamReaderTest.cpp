@@ -22,6 +22,12 @@ std::string ReadPart(StreamReader& reader, std::uint64_t offset, std::size_t n) 
   return part;
 }
 
+std::string ReadSure(StreamReader& reader, std::uint64_t offset, std::size_t n) {
+  std::string part(n, '\0');
+  reader.ReadVerified(offset, part.data(), n);
+  return part;
+}
+
 class StreamReaderTest : public testing::Test {
  protected:
   void Write(const std::string& content, std::size_t piece, std::uint8_t flags) {
@@ -46,6 +52,7 @@ TEST_F(StreamReaderTest, ReadsWhatWasWrittenAtAnyOffset) {
         const std::size_t offset = random() % content.size();
         const std::size_t n = random() % std::min<std::size_t>(content.size() - offset, 20000);
         ASSERT_EQ(ReadPart(*reader, offset, n), content.substr(offset, n)) << offset << ' ' << n;
+        ASSERT_EQ(ReadSure(*reader, offset / 2, n), content.substr(offset / 2, n)) << offset;
       }
     }
   }
@@ -150,6 +157,47 @@ TEST_F(DamagedStreamTest, InflatesNothingThatItPassesOver) {
   file.SetBlockPosition(kStream, 70000);
   file.RequireBytes(kStream, part.data(), 1000);
   EXPECT_EQ(part, mContent.substr(70000, 1000));
+}
+
+/// Two blocks of 1000 bytes; the content of the first or the length that it declares is damaged.
+class TwoBlocksTest : public DamagedStreamTest {
+ protected:
+  TwoBlocksTest() {
+    const ScopedEnvironment limit(kLimitVariable, "1000");
+    Write(mContent.substr(0, 2000), 1000, kHeavy);
+    mBytes = ReadFile(mPath);
+    mEndOfFirst = kBlock + OpenReader(mPath)->FindBlock(0, 1)->mStoredSize;
+  }
+  std::shared_ptr<StreamReader> OpenDamaged() {
+    return OpenWith(mEndOfFirst - 1, std::string(1, static_cast<char>(~mBytes[mEndOfFirst - 1])));
+  }
+
+  std::size_t mEndOfFirst = 0;
+};
+
+TEST_F(TwoBlocksTest, ALaterBlockIsNotReadBeforeTheLastOneIsVerified) {
+  const auto reader = OpenDamaged();
+  EXPECT_EQ(ReadPart(*reader, 10, 20), mContent.substr(10, 20));
+  for (int i = 0; i < 2; ++i) EXPECT_THROW(ReadPart(*reader, 1000, 1), DamagedBlock);
+  EXPECT_THROW(reader->Verify(), DamagedBlock);
+  const auto other = OpenDamaged();
+  EXPECT_EQ(ReadPart(*other, 1000, 1000), mContent.substr(1000, 1000));
+  other->Verify();
+}
+
+TEST_F(TwoBlocksTest, NoByteIsDeliveredBeforeItsBlockIsVerified) {
+  const auto damaged = OpenDamaged();
+  for (int i = 0; i < 2; ++i) EXPECT_THROW(ReadSure(*damaged, 10, 20), DamagedBlock);
+  EXPECT_EQ(mErrors.Text(), "Error -3 while uncompressing block \n") << "inflated once";
+  EXPECT_THROW(ReadSure(*damaged, 990, 20), DamagedBlock);
+  EXPECT_EQ(ReadSure(*damaged, 1000, 1000), mContent.substr(1000, 1000));
+  EXPECT_THROW(damaged->VerifyBefore(1000), DamagedBlock);
+  damaged->VerifyBefore(999);
+
+  // The second block is sound, but does not begin where the first one says.
+  const auto longer = OpenWith(kBlock, Image(1001U));
+  EXPECT_EQ(ReadSure(*longer, 1001, 10), mContent.substr(1000, 10));
+  EXPECT_THROW(longer->VerifyBefore(1001), DamagedBlock);
 }
 
 }  // namespace

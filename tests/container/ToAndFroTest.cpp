@@ -1,7 +1,27 @@
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include "ContainerSupport.h"
+#include "container/InflatedBlocks.h"
 #include "support/BuildKind.h"
+
+namespace {
+
+std::uint64_t gInflated = 0;
+
+}  // namespace
+
+// The linker sends the library's calls of zlib here.
+extern "C" {
+int __real_inflate(z_streamp stream, int flush);
+
+int __wrap_inflate(z_streamp stream, int flush) {
+  const auto before = stream->total_out;
+  const int result = __real_inflate(stream, flush);
+  gInflated += stream->total_out - before;
+  return result;
+}
+}
 
 namespace QovJbf {
 namespace {
@@ -11,6 +31,12 @@ using namespace Qov::Test;
 constexpr const char* kStream = "Heavy Data";
 constexpr std::uint8_t kHeavy = BlockFlag::kCompressed | BlockFlag::kFreezeWhenFull;
 
+std::shared_ptr<StreamReader> OpenReader(const std::string& path) {
+  JbFile file;
+  file.OpenFile(path, "rb");
+  return file.OpenStreamReader(kStream);
+}
+
 /// Reading that jumps about must not cost a whole block, or a look at all blocks, each time: what
 /// takes a moment here would take hours.
 TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
@@ -19,12 +45,7 @@ TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
   const std::string content = SomeBytes(6000000, 1);
   WriteContainer(folder / "file",
                  [&](JbFile& file) { PutInPieces(file, kStream, content, 1000000, kHeavy); });
-  std::shared_ptr<StreamReader> reader;
-  {
-    JbFile file;
-    file.OpenFile(folder / "file", "rb");
-    reader = file.OpenStreamReader(kStream);
-  }
+  const auto reader = OpenReader(folder / "file");
   for (std::size_t i = 1; i < 60000; ++i) {
     // Backwards in each of three blocks, and from one to the next.
     const std::size_t offset = (i % 3 + 1) * 2000000 - i * 30;
@@ -33,6 +54,46 @@ TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
     ASSERT_EQ(part, content.substr(offset, part.size())) << offset;
   }
   EXPECT_LT(reader->GetNumInVain(), 6 * content.size());
+}
+
+/// Reads a stream in order, in pieces of about that size, verified or not, and returns how many
+/// bytes were decompressed for it.
+std::uint64_t CostOfReading(StreamReader& reader, std::uint64_t piece, bool verified) {
+  gInflated = 0;
+  std::string bytes(piece, '\0');
+  for (std::uint64_t offset = 0; offset < reader.GetLength(); offset += piece) {
+    const std::size_t n = std::min(piece, reader.GetLength() - offset);
+    if (verified) {
+      reader.VerifyBefore(offset);
+      reader.ReadVerified(offset, bytes.data(), n);
+    } else {
+      reader.Read(offset, bytes.data(), n);
+    }
+  }
+  return gInflated;
+}
+
+TEST(ToAndFro, StoredOrderCostsOnePassOrTwo) {
+  constexpr std::uint64_t kBlocks = 5000000;
+  const TempDir folder;
+  {
+    const ScopedEnvironment limit(kLimitVariable, "1000000");
+    WriteContainer(folder / "blocks", [](JbFile& file) {
+      PutInPieces(file, kStream, SomeBytes(kBlocks, 1), 999, kHeavy);
+    });
+  }
+  for (const bool verified : {false, true}) {
+    EXPECT_EQ(CostOfReading(*OpenReader(folder / "blocks"), 5000, verified), kBlocks);
+  }
+  if (kIsSlow) return;
+  const std::uint64_t tooLarge = InflatedBlocks::kMostBytes + 1;
+  const ScopedEnvironment limit(kLimitVariable, "1000000000");
+  WriteContainer(folder / "large", [&](JbFile& file) {
+    PutInPieces(file, kStream, std::string(tooLarge, '\0'), 1U << 20U, kHeavy);
+  });
+  const auto reader = OpenReader(folder / "large");
+  EXPECT_EQ(CostOfReading(*reader, 10000000, true), 2 * tooLarge);
+  EXPECT_EQ(CostOfReading(*reader, 10000000, true), tooLarge) << "verified once";
 }
 
 TEST(ToAndFro, TinyBlocksAreNotAllLookedAtEachTime) {

@@ -16,13 +16,27 @@ namespace QovJbf {
 /// closed and opened again when needed. A file that was exchanged in between raises ReadError.
 class SourceFile;
 
-/// Reads one stream of a container file without holding it in memory: it moves forward through
-/// the compressed bytes and keeps a position and an inflater, a few tens of kilobytes in all.
+/// Reads one stream of a container file without holding all of it in memory.
 ///
-/// Arrays read in stored order cost one inflation of the stream. Blocks that are passed over are
-/// not inflated. Going back starts the block in question again; one in which reading goes to and
-/// fro is kept in memory, as far as 256 MiB in all go. All readers of a process are used by one
-/// thread: they share handles and that memory.
+/// A compressed block ends with a checksum of its content, up to 4 GiB after the bytes that are
+/// wanted. There are two ways to read:
+///
+///   ReadVerified   Returns bytes only after the checksum of every block that they lie in was
+///                  compared. For values that are shown or handed on.
+///   Read, Verify   Read returns bytes as they are decompressed; Verify compares the checksum of
+///                  the block that was read last. For copies that count only once Verify has
+///                  returned. Needs a few tens of kilobytes.
+///
+/// Blocks that are not compressed have no checksum: damage in them cannot be noticed.
+///
+/// Cost: Read decompresses a stream once if it is read in stored order, and nothing of the blocks
+/// that it skips. ReadVerified does so too for blocks that fit in the cache of decompressed blocks,
+/// which has 256 MiB for all readers of the process; larger blocks are decompressed at most twice,
+/// to verify them and to read them. A block that was verified once is not verified again. Reading
+/// backwards starts the block in question again, until that has cost a few times its length; then
+/// the block is kept in the cache.
+///
+/// All readers of a process are used by one thread, because they share file handles and the cache.
 class QOV_EXPORT StreamReader {
  public:
   /// Where a physical block lies in the file.
@@ -41,15 +55,24 @@ class QOV_EXPORT StreamReader {
   /// Uncompressed bytes of the stream.
   std::uint64_t GetLength() const;
   /// Reads `n` bytes at `offset` of the uncompressed stream. Raises OutOfBounds ("Not enough
-  /// bytes in the block") past the end, ReadError when the file gives less than it should,
-  /// DamagedBlock when zlib refuses. A block is checked by its checksum when reading reaches its
-  /// end or goes on to another one.
+  /// bytes in the block") past the end, ReadError if the file is shorter than it was, DamagedBlock
+  /// if zlib refuses a block. The checksum of a block is compared when reading reaches its end or
+  /// moves on to another block; until then the bytes are not sure. An error of the block that was
+  /// read before is raised again by every Read of another block.
   void Read(std::uint64_t offset, void* target, std::size_t n);
-  /// How many bytes were inflated only to come to those behind them, when blocks were begun.
-  std::uint64_t GetNumInVain() const;
-  /// Checks the block that was read last, whose end nothing may have been read from. Only then is
-  /// it sure that all that was read is what was once written. Throws DamagedBlock if it is not.
+  /// Raises DamagedBlock if the block that Read read last does not match its checksum. After it
+  /// has returned, all bytes that Read delivered are sure.
   void Verify();
+  /// Reads as Read does, but verifies all blocks that the bytes lie in before it returns. Raises
+  /// what Read raises. A block for which there is no memory is decompressed twice, and a damaged
+  /// one only once.
+  void ReadVerified(std::uint64_t offset, void* target, std::size_t n);
+  /// Verifies all blocks before `offset`. A stored block says how long its content is; the offsets
+  /// of later blocks depend on it, and only decompressing the block shows whether it is true.
+  /// Raises DamagedBlock.
+  void VerifyBefore(std::uint64_t offset);
+  /// Returns how many bytes were decompressed only to reach those after them.
+  std::uint64_t GetNumInVain() const;
 
   /// A physical block of the stream, to be copied as it lies in the file.
   struct BlockExtent {

@@ -11,8 +11,8 @@ namespace QovRyx {
 
 /// Delivers the values of one array from the file that holds them, each time it is asked.
 ///
-/// All loaders of a file share one StreamReader: arrays read in stored order cost one pass over
-/// the file. Elements are 4 bytes wide.
+/// All loaders of a file share one StreamReader, whose comment says what reading costs. Elements
+/// are 4 bytes wide.
 class QOV_EXPORT DataLoader {
  public:
   /// `offset` counts uncompressed bytes; `shuffledWidth` is the width that the stored bytes are
@@ -29,16 +29,25 @@ class QOV_EXPORT DataLoader {
   /// The width that the stored bytes are shuffled by, 0 if they are plain.
   std::uint8_t GetShuffledWidth() const { return mShuffledWidth; }
 
-  /// Fills `values` with all elements, bits unchanged. Raises what StreamReader::Read raises.
-  void LoadTo(std::vector<std::uint32_t>& values) const { Load(values); }
-  void LoadTo(std::vector<float>& values) const { Load(values); }
+  /// Fills `values` with all elements, bits unchanged. Returns only after the checksums of all
+  /// blocks that the array lies in were verified; an array in an uncompressed block has none.
+  /// Raises what StreamReader::ReadVerified raises.
+  void LoadTo(std::vector<std::uint32_t>& values) const { Load(values, true); }
+  void LoadTo(std::vector<float>& values) const { Load(values, true); }
+  /// Verifies that the array begins at its offset, by verifying all blocks of the stream before it
+  /// (StreamReader::VerifyBefore). Costs nothing if these were read. Raises DamagedBlock.
+  void VerifyPlace() const;
+
+  /// For writers, whose output counts only after GetReader().Verify() has returned: LoadTo without
+  /// verifying. Raises what StreamReader::Read raises.
+  void LoadUnverified(std::vector<std::uint32_t>& values) const { Load(values, false); }
   /// Reads `n` of the 4 * GetCount() bytes of the array, from the one at `begin` on, as they are
-  /// stored.
+  /// stored, without verifying.
   void ReadStored(std::uint64_t begin, void* target, std::size_t n) const;
 
  private:
   template <class T>
-  void Load(std::vector<T>& values) const;
+  void Load(std::vector<T>& values, bool verified) const;
 
   std::shared_ptr<QovJbf::StreamReader> mpReader;
   std::uint64_t mOffset;

@@ -27,13 +27,14 @@ class QOV_EXPORT NodeSets : public Node {
 
   /// How many sets there are; reads no list.
   std::uint32_t GetNumSets() const { return mNumSets; }
-  /// All sets, read from the file if they lie there. Raises MismatchError if the stored pieces
-  /// disagree, OutOfBounds if one of them passes the end of the stream or too many nodes share
-  /// bytes.
-  std::vector<Set> GetSets() const;
+  /// All sets, read from the file if they lie there and verified before this returns. Raises
+  /// MismatchError if the stored pieces disagree, OutOfBounds if one of them passes the end of the
+  /// stream or too many nodes share bytes, and what StreamReader::ReadVerified raises.
+  std::vector<Set> GetSets() const { return TakeSets(true); }
   void SetSets(std::vector<Set> sets);
 
-  /// Appends the sets to the heavy stream (docs/format.md, "Node sets") and notes where.
+  /// Appends the sets to the heavy stream (docs/format.md, "Node sets") and notes where. Sets that
+  /// are read from a file are sure only after GetReader()->Verify() has returned.
   void SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey);
   void WriteLightData(QovJbf::JbFile& file, const std::string& lightKey) const;
   void ReadLightData(QovJbf::JbFile& file, const std::string& lightKey);
@@ -56,7 +57,8 @@ class QOV_EXPORT NodeSets : public Node {
   QovUtil::AttributeMap mAttributes;  ///< For programs; files have no place for them.
 
  private:
-  std::vector<Set> ReadSets() const;
+  std::vector<Set> TakeSets(bool verified) const;
+  std::vector<Set> ReadSets(bool verified) const;
   void CountBytes(std::uint64_t numBytes) const;
 
   std::vector<Set> mSets;

@@ -49,9 +49,9 @@ class NumericArray {
   }
 
   /// Replaces `values`, whose memory is used again, by all values, their bits unchanged whatever
-  /// T is. They are read from the file if that is where they are, which raises what
-  /// DataLoader::LoadTo raises; none if the array has neither
-  /// (as the array of a result whose link leads nowhere).
+  /// T is; by none if the array has neither values nor a file (as that of a result with a dangling
+  /// link). Values in a file are read from it and verified before this returns. Raises what
+  /// DataLoader::LoadTo raises.
   template <class T>
   void GetValues(std::vector<T>& values) const {
     static_assert(sizeof(T) == kElementSize);

@@ -25,12 +25,21 @@ DataLoader::DataLoader(std::shared_ptr<QovJbf::StreamReader> reader, std::uint64
 }
 
 template <class T>
-void DataLoader::Load(std::vector<T>& values) const {
+void DataLoader::Load(std::vector<T>& values, bool verified) const {
   static_assert(sizeof(T) == kElementSize);
   values.resize(mCount);
   if (mCount == 0) return;
-  ReadStored(0, values.data(), mCount * kElementSize);
+  const std::size_t size = mCount * kElementSize;
+  Qov::Util::Concerning(mpReader->GetPath(), [&] {
+    verified ? mpReader->ReadVerified(mOffset, values.data(), size)
+             : mpReader->Read(mOffset, values.data(), size);
+  });
   QovUtil::UnShuffleMultiVectorBytes(values, mShuffledWidth);
+}
+
+void DataLoader::VerifyPlace() const {
+  if (mCount == 0) return;
+  Qov::Util::Concerning(mpReader->GetPath(), [&] { mpReader->VerifyBefore(mOffset); });
 }
 
 void DataLoader::ReadStored(std::uint64_t begin, void* target, std::size_t n) const {
@@ -38,7 +47,7 @@ void DataLoader::ReadStored(std::uint64_t begin, void* target, std::size_t n) co
   Qov::Util::Concerning(mpReader->GetPath(), [&] { mpReader->Read(mOffset + begin, target, n); });
 }
 
-template void DataLoader::Load(std::vector<std::uint32_t>&) const;
-template void DataLoader::Load(std::vector<float>&) const;
+template void DataLoader::Load(std::vector<std::uint32_t>&, bool) const;
+template void DataLoader::Load(std::vector<float>&, bool) const;
 
 }  // namespace QovRyx

@@ -102,7 +102,12 @@ void HeavyPass::CopyStored(const DataLoader& loader) {
 }
 
 void HeavyPass::StoreValues(const NumericArray& array) {
-  array.GetValues(mValues);
+  const auto& loader = array.GetLoader();
+  if (loader && loader->GetCount() != 0) {
+    loader->LoadUnverified(mValues);
+  } else {
+    array.GetValues(mValues);
+  }
   if (mValues.empty()) return;
   MarkBlocks();
   if (mShuffle) QovUtil::ShuffleMultiVectorBytes(mValues, array.GetWidth());

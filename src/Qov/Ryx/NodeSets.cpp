@@ -29,8 +29,8 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 /// Takes the pieces one after the other from a stream.
 class PieceReader {
  public:
-  PieceReader(QovJbf::StreamReader& reader, std::uint64_t offset)
-      : mReader(reader), mOffset(offset) {}
+  PieceReader(QovJbf::StreamReader& reader, std::uint64_t offset, bool verified)
+      : mReader(reader), mOffset(offset), mVerified(verified) {}
 
   std::vector<std::uint32_t> TakeNumbers() {
     const std::uint32_t count = TakeCount(sizeof(std::uint32_t));
@@ -57,12 +57,14 @@ class PieceReader {
     return count;
   }
   void TakeBytes(void* target, std::size_t n) {
-    if (n != 0) mReader.Read(mOffset, target, n);
+    if (n != 0 && mVerified) mReader.ReadVerified(mOffset, target, n);
+    if (n != 0 && !mVerified) mReader.Read(mOffset, target, n);
     mOffset += n;
   }
 
   QovJbf::StreamReader& mReader;
   std::uint64_t mOffset;
+  bool mVerified;
 };
 
 /// Ends must start with 0, never fall, and lead to the end of what they cut.
@@ -74,8 +76,8 @@ void CheckEnds(const std::vector<std::uint32_t>& ends, std::size_t numSets, std:
 
 }  // namespace
 
-std::vector<NodeSets::Set> NodeSets::ReadSets() const {
-  PieceReader pieces(*mpReader, mSourceOffset);
+std::vector<NodeSets::Set> NodeSets::ReadSets(bool verified) const {
+  PieceReader pieces(*mpReader, mSourceOffset, verified);
   const auto nameEnds = pieces.TakeNumbers();
   const std::string names = pieces.TakeText();
   CheckEnds(nameEnds, mNumSets, names.size());
@@ -101,9 +103,9 @@ void NodeSets::CountBytes(std::uint64_t numBytes) const {
   Raise(kSource, ErrorType::OutOfBounds, "Too many node sets share their bytes");
 }
 
-std::vector<NodeSets::Set> NodeSets::GetSets() const {
+std::vector<NodeSets::Set> NodeSets::TakeSets(bool verified) const {
   if (!mpReader) return mSets;
-  return Qov::Util::Concerning(mpReader->GetPath(), [this] { return ReadSets(); });
+  return Qov::Util::Concerning(mpReader->GetPath(), [&] { return ReadSets(verified); });
 }
 
 void NodeSets::SetSets(std::vector<Set> sets) {
@@ -117,7 +119,7 @@ void NodeSets::SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey)
   std::string names;
   std::vector<std::uint32_t> valueEnds{0};
   std::vector<std::uint32_t> values;
-  for (const Set& set : GetSets()) {
+  for (const Set& set : TakeSets(false)) {
     names += set.mName;
     nameEnds.push_back(static_cast<std::uint32_t>(names.size()));
     values.insert(values.end(), set.mValues.begin(), set.mValues.end());
@@ -146,7 +148,7 @@ std::uint64_t NodeSets::GetLeastStoredSize() const {
 }
 
 std::uint64_t NodeSets::GetStoredEnd() const {
-  PieceReader pieces(*mpReader, mSourceOffset);
+  PieceReader pieces(*mpReader, mSourceOffset, true);
   pieces.PassOver(sizeof(std::uint32_t));
   pieces.PassOver(1);
   pieces.PassOver(sizeof(std::uint32_t));
