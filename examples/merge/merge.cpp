@@ -20,8 +20,8 @@ void Report(const std::string& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 3) {
-    std::cerr << "Usage: merge INPUT... OUTPUT\n";
+  if (argc < 4) {
+    std::cerr << "Usage: merge INPUT INPUT... OUTPUT\n";
     return 1;
   }
   const std::vector<std::string> inputs(argv + 1, argv + argc - 1);
