@@ -1,6 +1,7 @@
 // Prints the nodes of a model and, for every result, the least and the greatest of its values.
 
 #include <Qov/Ryx/Tree.h>
+#include <Qov/Ryx/ValueOwners.h>
 #include <Qov/Util/Exception.h>
 
 #include <algorithm>
@@ -20,7 +21,7 @@ std::string Readable(std::string name) {
   return name;
 }
 
-/// Loading a model reads no array; this reads one, and forgets it when it returns.
+/// Loading a model reads no array; this reads and verifies one, and forgets it when it returns.
 template <class T>
 void PrintRange(const QovRyx::NumericArray& array) {
   std::vector<T> values;
@@ -33,10 +34,10 @@ void PrintRange(const QovRyx::NumericArray& array) {
   std::cout << *least << " to " << *greatest << "\n";
 }
 
-void PrintResults(const Geometry& geometry) {
+void PrintResults(const Geometry& geometry, const QovRyx::ValueOwners& owners) {
   for (const Geometry::VarStruct& result : geometry.GetVariables()) {
     std::cout << "  " << Readable(result.mName) << ": ";
-    if (result.IsIntegerKind()) {
+    if (owners.HoldUnsigned(result)) {
       PrintRange<std::uint32_t>(result.mValues);
     } else {
       PrintRange<float>(result.mValues);
@@ -48,11 +49,14 @@ void PrintModel(const std::string& path) {
   Tree tree(false);
   Tree::IdMap ids;
   tree.Load(path, ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+  const QovRyx::ValueOwners owners(tree.GetNodes());
   // By id: every entry once, whatever links a damaged file holds.
   for (const auto& [id, entry] : tree.GetNodes()) {
     if (!entry.mData) continue;
     std::cout << entry.mData->GetType() << " " << entry.mData->GetName() << "\n";
-    if (const Geometry* geometry = QovRyx::AsGeometry(entry)) PrintResults(*geometry);
+    if (const Geometry* geometry = QovRyx::AsGeometry(entry)) {
+      PrintResults(*geometry, owners);
+    }
   }
 }
 

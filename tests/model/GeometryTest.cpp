@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include "Qov/Ryx/ValueOwners.h"
 #include "support/Errors.h"
 #include "support/ModelBuilder.h"
 #include "support/Streams.h"
+#include "support/TempDir.h"
 
 namespace {
 
@@ -22,6 +24,30 @@ TEST(Geometry, FindsTheFirstVariableOfAName) {
   EXPECT_EQ(geometry.GetOrAddVariableIndex("new"), 3U);
   EXPECT_EQ(geometry.GetVariables()[3].mKind, Geometry::kNoKind);
   EXPECT_EQ(geometry.GetOrAddVariableIndex("new"), 3U);
+}
+
+TEST(Geometry, TellsIntegersFromFloats) {
+  QovRyx::Tree tree(false);
+  Geometry& geometry = AddNode<Geometry>(tree, 1, "g");
+  const std::vector<std::pair<std::uint32_t, std::uint32_t>> kinds = {
+      {0, 0}, {4, 0}, {5, 0}, {6, 0}, {7, 0}, {9, 0}, {40, 5}, {40, 4}, {Geometry::kNoKind, 0}};
+  for (const auto& [kind, highByte] : kinds) {
+    auto variable = MakeVariable("V", kind, NumericArray::Of(Ramp(3, 1.0F)));
+    variable.mKindHighByte = highByte;
+    geometry.AppendVariable(variable);
+    geometry.AppendVariable(
+        MakeLinked("L", {2, static_cast<std::uint32_t>(geometry.GetVariables().size()) - 1}));
+  }
+  const TempDir folder;
+  SaveTree(tree, folder / "model.ryx");
+  QovRyx::Tree loaded(false);
+  LoadTree(loaded, folder / "model.ryx");
+  const QovRyx::ValueOwners owners(loaded.GetNodes());
+  std::string found;
+  for (const auto& variable : QovRyx::AsGeometry(loaded.GetNodes().GetReqNode(2))->GetVariables()) {
+    found += owners.HoldUnsigned(variable) ? 'i' : 'f';
+  }
+  EXPECT_EQ(found, "ffiiiiiiffiiiiffff");
 }
 
 TEST(Geometry, WritesDescriptors) {

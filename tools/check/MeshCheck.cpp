@@ -8,14 +8,16 @@
 #include <string_view>
 #include <utility>
 
+#include "Qov/Ryx/Geometry.h"
 #include "check/MeshNames.h"
 
 namespace Qov::Tools {
 namespace {
 
 bool HoldsIntegers(const StoredVariable& variable) {
-  const std::uint32_t kind = variable.mKindWord & 0xFFFFFFU;
-  return kind == 4 || kind == 5;
+  using QovRyx::Geometry;
+  return Geometry::IsIntegerKind(variable.mKindWord & 0xFFFFFFU) ||
+         variable.mKindWord >> 24U == Geometry::kUnsignedKindHighByte;
 }
 
 /// The mesh arrays of one geometry, by name. A merge may leave several of one name: the first

@@ -7,7 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ValueOwners.h"
+#include "Qov/Ryx/ValueOwners.h"
 #include "diff/NodeMatching.h"
 
 namespace Qov::Tools {
@@ -59,8 +59,8 @@ class ResultDiff {
                                  std::string text) const;
   void Add(const ResultPair& results, const char* code, std::string text);
 
-  ValueOwners mOwnersA;
-  ValueOwners mOwnersB;
+  QovRyx::ValueOwners mOwnersA;
+  QovRyx::ValueOwners mOwnersB;
   const NodeMatching& mMatching;
   const DiffOptions& mOptions;
   DiffReport& mReport;

@@ -7,7 +7,6 @@
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Util/ConcernsFile.h"
 #include "Recount.h"
-#include "ValueOwners.h"
 
 namespace Qov::Tools {
 namespace {
@@ -103,7 +102,7 @@ void Recount::CompareArray(const ExpectedNode& node, ExpectedResult& expected,
   QovRyx::ProgressReport::Advance(wanted.GetSize());
   Util::Concerning(mInputs[expected.mInput].mPath, [&] { wanted.GetValues(wantedValues); });
   std::string text = TryToRead([&] { found.GetValues(foundValues); });
-  if (text.empty()) text = DescribeDifference(wantedValues, foundValues, HoldsIntegers(result));
+  if (text.empty()) text = DescribeDifference(wantedValues, foundValues, result.HoldsUnsigned());
   if (!text.empty()) Report(node, expected, text);
 }
 

@@ -19,6 +19,11 @@ namespace QovRyx {
 class QOV_EXPORT Geometry : public Node {
  public:
   static constexpr std::uint32_t kNoKind = 0xFFFFFFFF;
+  /// Marks a result of any kind whose values are unsigned 32-bit integers.
+  static constexpr std::uint32_t kUnsignedKindHighByte = 5;
+  static constexpr bool IsIntegerKind(std::uint32_t kind) {
+    return kind == 4 || kind == 5 || kind == 6 || kind == 9;
+  }
 
   /// The place of a variable in a model.
   struct Link {
@@ -45,8 +50,11 @@ class QOV_EXPORT Geometry : public Node {
     /// Where the values lie in the heavy stream of the file being written or read.
     std::optional<std::uint64_t> mOffset;
 
-    /// Connectivity and ids: unsigned integers, stored before all other arrays.
-    bool IsIntegerKind() const { return mKind == 4 || mKind == 5 || mKind == 6 || mKind == 9; }
+    /// Returns true for connectivity and ids: unsigned integers, stored before all other arrays.
+    bool IsIntegerKind() const { return Geometry::IsIntegerKind(mKind); }
+    /// Returns true if the values are unsigned 32-bit integers, false if they are floats. A linked
+    /// result goes by the result whose values it takes.
+    bool HoldsUnsigned() const { return IsIntegerKind() || mKindHighByte == kUnsignedKindHighByte; }
     /// Copies what describes the values of `other`: the high byte of the kind and the carried
     /// fields that a linked variable does not store.
     void TakeValueFieldsOf(const VarStruct& other);
