@@ -26,7 +26,7 @@ constexpr const char* kFooter =
     "pipe, fit PATTERN, which may hold * and ?; the last one that fits counts.\n"
     "WHAT is one or more of attributes, flags, groups, history, links, materials, node-sets,\n"
     "order, values, version, views, with commas between.\n"
-    "Exit status: 0 the same, 1 different, 2 a file cannot be read.\n"
+    "Exit status: 0 the same, 1 different, 2 a file, or a part of one, cannot be read.\n"
     "\n"
     "Example: ryx diff --ignore history --rel 1e-6 --tolerance 'Stress*:abs=0.5' a.ryx b.ryx";
 
@@ -122,7 +122,10 @@ int DiffCommand::Run(Output& output, Output& errors) {
     output.Line("B: " + Escape(mPathB, output.GetStyle()));
     PrintReport(report, output);
   }
-  if (!trouble.empty()) return kTrouble;
+  if (trouble.empty() && !report.mIsComplete) {
+    errors.Line("ryx diff: parts of the files cannot be read, and were not compared");
+  }
+  if (!trouble.empty() || !report.mIsComplete) return kTrouble;
   return report.mDifferences.empty() ? kSuccess : kFindings;
 }
 

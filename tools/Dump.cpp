@@ -12,9 +12,10 @@
 #include "Command.h"
 #include "ModelInput.h"
 #include "OptionValues.h"
+#include "Qov/Ryx/ValueOwners.h"
 #include "Qov/Util/Raise.h"
 #include "ResultLink.h"
-#include "ValueOwners.h"
+#include "SureValues.h"
 #include "dump/Choice.h"
 #include "dump/FileOutput.h"
 #include "dump/StateDump.h"
@@ -208,9 +209,9 @@ void CheckLink(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& vari
 Values ReadValues(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& variable) {
   if (variable.mLinked) CheckLink(tree, variable);
   Values values;
-  values.mIntegers = ValueOwners(tree.GetNodes()).HoldIntegers(variable);
+  values.mIntegers = QovRyx::ValueOwners(tree.GetNodes()).HoldUnsigned(variable);
   values.mWidth = std::max<std::size_t>(variable.mValues.GetWidth(), 1);
-  variable.mValues.GetValues(values.mBits);
+  GetSureValues(variable.mValues, values.mBits);
   if (values.mBits.size() != variable.mValues.GetNumElements()) {
     Raise(ErrorType::ReadError, "the values cannot be read");
   }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "ErrorText.h"
-#include "ValueOwners.h"
+#include "SureValues.h"
 
 namespace Qov::Tools {
 namespace {
@@ -15,13 +15,13 @@ using QovRyx::Geometry;
 template <class T>
 ArrayStatistics ReadAndSummarize(const QovRyx::NumericArray& array) {
   std::vector<T> values;
-  array.GetValues(values);
+  GetSureValues(array, values);
   return Summarize(values);
 }
 
 ModelStatistics::Entry MakeEntry(const Geometry::VarStruct& variable, const TextStyle& style) {
   ModelStatistics::Entry entry;
-  entry.mIntegers = HoldsIntegers(variable);
+  entry.mIntegers = variable.HoldsUnsigned();
   try {
     entry.mStatistics = entry.mIntegers ? ReadAndSummarize<std::uint32_t>(variable.mValues)
                                         : ReadAndSummarize<float>(variable.mValues);

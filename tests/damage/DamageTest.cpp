@@ -89,6 +89,25 @@ class SpokenText {
   std::FILE* mStream;
 };
 
+/// What ryx makes of its arguments.
+struct Said {
+  int mStatus = 0;
+  std::string mOut;
+  std::string mErr;
+};
+
+Said RunRyx(const std::vector<std::string>& arguments) {
+  std::vector<const char*> words = {"ryx"};
+  for (const std::string& word : arguments) words.push_back(word.c_str());
+  SpokenText said;
+  SpokenText complaints;
+  Tools::Output output(said.GetStream(), {});
+  Tools::Output errors(complaints.GetStream(), {});
+  const int status =
+      Tools::RunProgram(static_cast<int>(words.size()), words.data(), output, errors);
+  return {status, said.Get(), complaints.Get()};
+}
+
 /// Whether a program took more than there is, which no size in so small a file is a reason for.
 bool TellsOfLittleMemory(const std::string& text) {
   const auto tells = [&text](const char* words) { return text.find(words) != std::string::npos; };
@@ -207,20 +226,13 @@ class Damage : public testing::TestWithParam<Sample> {
          {"plan", mGood, mDamaged, mOutput},
          {"verify", mDamaged, mGood, mGood},
          {"verify", mGood, mDamaged, mGood}}};
-    std::vector<const char*> words = {"ryx"};
-    for (const std::string& word : commands[i % commands.size()]) words.push_back(word.c_str());
-    SpokenText said;
-    SpokenText complaints;
-    Tools::Output output(said.GetStream(), {});
-    Tools::Output errors(complaints.GetStream(), {});
-    const int status =
-        Tools::RunProgram(static_cast<int>(words.size()), words.data(), output, errors);
-    const bool isPutIntoWords = status == 0 || (status == 1 && !said.Get().empty()) ||
-                                (status == 2 && complaints.Get().starts_with("ryx"));
-    const std::string text = complaints.Get();
-    return isPutIntoWords && !TellsOfLittleMemory(text)
+    const std::vector<std::string>& command = commands[i % commands.size()];
+    const Said said = RunRyx(command);
+    const bool isPutIntoWords = said.mStatus == 0 || (said.mStatus == 1 && !said.mOut.empty()) ||
+                                (said.mStatus == 2 && said.mErr.starts_with("ryx"));
+    return isPutIntoWords && !TellsOfLittleMemory(said.mErr)
                ? ""
-               : fmt::format("{} ends with {}: {}", words[1], status, text);
+               : fmt::format("{} ends with {}: {}", command[0], said.mStatus, said.mErr);
   }
 
   const ScopedEnvironment mThreads{"RYXMERGE_THREADS", "1"};
@@ -277,6 +289,51 @@ TEST_P(Damage, EveryNumberOfEveryStream) {
     ExpectNoHarm(kExtremes.size() * (stream.size() - 3),
                  [&](std::size_t i) { return WithExtreme(mPlain, start, i); });
   }
+}
+
+/// A checksum stands at the end of each block, after all values in it: none of them may be shown
+/// before it was compared.
+TEST_P(DamageOfThePlate, NoOtherValuesAreShownAsSound) {
+  constexpr std::size_t kNumFlips = kIsSlow ? 40 : 200;
+  const ScopedEnvironment blocks("TELMORAX_MAX_RYX_BLOCK_SIZE", "400");
+  QovRyx::Tree tree("PlateMaker", "1.0", false);
+  BuildPlate(tree, {"Stress|LC1", "Stress|LC2"}, 0, 60);
+  AddViewPointPath(tree, "Walk", 1);
+  SaveTree(tree, mDamaged);
+  const std::string whole = ReadFile(mDamaged);
+  WriteFile(mDir / "other.ryx", whole);
+
+  std::vector<std::vector<std::string>> commands = {{"ls", mDamaged},
+                                                    {"ls", "--json", "--node", "4", mDamaged},
+                                                    {"diff", mDir / "other.ryx", mDamaged},
+                                                    {"dump", mDamaged, "--node-set", "5"},
+                                                    {"dump", mDamaged, "--view-point", "0"},
+                                                    {"dump", mDamaged, "--attributes", "4"}};
+  for (const char* position : {"0", "1", "2", "3"}) {
+    commands.push_back({"dump", mDamaged, "4", position, "--format", "npy"});
+  }
+  for (const auto& [stream, bytes] : mStreams) {
+    commands.push_back({"dump", mDamaged, "--stream", stream});
+  }
+  std::vector<std::string> outputs;
+  for (const auto& command : commands) outputs.push_back(RunRyx(command).mOut);
+
+  const CapturedErrors errors;
+  constexpr std::size_t kFirstBlock = 2800;
+  const std::size_t numBits = 8 * (whole.size() - kFirstBlock);
+  std::size_t numRefused = 0;
+  for (std::size_t i = 0; i < kNumFlips; ++i) {
+    const std::size_t bit = 8 * kFirstBlock + i * numBits / kNumFlips;
+    WriteFile(mDamaged, WithFlippedBit(whole, bit));
+    for (std::size_t k = 0; k < commands.size(); ++k) {
+      const Said said = RunRyx(commands[k]);
+      numRefused += said.mStatus == 2 ? 1U : 0U;
+      EXPECT_TRUE(said.mStatus == 2 || (said.mStatus == 0 && said.mOut == outputs[k]))
+          << "bit " << bit << ", " << testing::PrintToString(commands[k]) << " ends with "
+          << said.mStatus;
+    }
+  }
+  EXPECT_GT(numRefused, kNumFlips);
 }
 
 std::string NameOf(const testing::TestParamInfo<Sample>& test) { return test.param.mName; }

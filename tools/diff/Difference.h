@@ -49,6 +49,7 @@ struct DiffReport {
   };
 
   std::vector<ModelDifference> mDifferences;
+  bool mIsComplete = true;  ///< False if a part of a file could not be read, and so not compared.
   Counts mNodes;
   Counts mResults;  ///< Of nodes that are in both.
 };

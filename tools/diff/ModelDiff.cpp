@@ -117,6 +117,7 @@ void NodeDiff::CompareSets(const NodePair& pair, const NodeSets& a, const NodeSe
   try {
     CompareSetLists(pair, a.GetSets(), b.GetSets());
   } catch (const std::exception& error) {
+    mReport.mIsComplete = false;
     Add(pair, "unreadable", "the sets cannot be compared: " + ErrorText(error));
   }
 }

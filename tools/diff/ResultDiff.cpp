@@ -170,6 +170,7 @@ void ResultDiff::CompareAllValues() {
     if (comparison.IsEqual()) continue;
     mDiffering.insert(task.mResults.mA);
     const bool isTrouble = !comparison.mTrouble.empty();
+    mReport.mIsComplete = mReport.mIsComplete && !isTrouble;
     ModelDifference difference =
         MakeDifference(task.mResults, isTrouble ? "unreadable" : "values",
                        isTrouble ? "the values cannot be compared: " + comparison.mTrouble
@@ -198,8 +199,8 @@ std::uint64_t ResultDiff::CountBytesToCompare() const {
 ValueComparison ResultDiff::CompareValuesOnce(const Task& task) {
   const Variable& a = *task.mResults.mA;
   const Variable& b = *task.mResults.mB;
-  const bool integersInA = mOwnersA.HoldIntegers(a);
-  const bool integersInB = mOwnersB.HoldIntegers(b);
+  const bool integersInA = mOwnersA.HoldUnsigned(a);
+  const bool integersInB = mOwnersB.HoldUnsigned(b);
   const bool integers = integersInA && integersInB;
   const Tolerance* tolerance =
       integersInA || integersInB ? nullptr : mOptions.mTolerances.Find(a.mName);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ErrorText.h"
+#include "SureValues.h"
 #include "ValueText.h"
 
 namespace Qov::Tools {
@@ -58,10 +59,10 @@ ValueComparison CompareValues(const QovRyx::NumericArray& a, const QovRyx::Numer
   const char* which = "A";
   try {
     std::vector<std::uint32_t> valuesA;
-    a.GetValues(valuesA);
+    GetSureValues(a, valuesA);
     which = "B";
     std::vector<std::uint32_t> valuesB;
-    b.GetValues(valuesB);
+    GetSureValues(b, valuesB);
     if (valuesA.size() != valuesB.size()) {
       comparison.mTrouble = "the numbers of values differ";
       return comparison;
