@@ -62,7 +62,9 @@ void BlockInflater::Step() {
   }
   const int result = inflate(&mStream, Z_NO_FLUSH);
   if (result == Z_NEED_DICT) ThrowDamagedBlock(Z_DATA_ERROR);
-  if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR) ThrowDamagedBlock(result);
+  if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR) {
+    ThrowInflateError(kStreamReaderSource, result);
+  }
   mIsEnded = result == Z_STREAM_END;
 }
 

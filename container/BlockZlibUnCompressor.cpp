@@ -25,7 +25,7 @@ void BlockZlibUnCompressor::operator()(Block& block) {
   uLongf length = rawLength;
   const int result =
       uncompress(output.get(), &length, input.get() + kRawLengthSize, storedSize - kRawLengthSize);
-  if (result != Z_OK) ThrowDamagedBlock(result);
+  if (result != Z_OK) ThrowInflateError(kSource, result);
   block.Attach(output.release(), rawLength, static_cast<std::uint32_t>(length));
 }
 

@@ -1,6 +1,9 @@
 #include "RawLength.h"
 
+#include <zlib.h>
+
 #include <iostream>
+#include <string>
 
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Util/Raise.h"
@@ -24,8 +27,15 @@ void CheckRawLength(const char* source, std::uint32_t rawLength, std::uint32_t s
                    "Not enough bytes in the block");
 }
 
+void ThrowInflateError(const char* source, int zlibResult) {
+  if (zlibResult == Z_MEM_ERROR) {
+    Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+  }
+  ThrowDamagedBlock(zlibResult);
+}
+
 void ThrowDamagedBlock(int zlibResult) {
-  std::cerr << "Error " << zlibResult << " while uncompressing block " << std::endl;
+  std::cerr << "Error " << std::to_string(zlibResult) << " while uncompressing block " << std::endl;
   throw DamagedBlock();
 }
 

@@ -114,6 +114,17 @@ int __wrap_inflateInit_(z_streamp stream, const char* version, int size) {
   return Fails(Call::Zlib, ENOMEM) ? Z_MEM_ERROR : __real_inflateInit_(stream, version, size);
 }
 
+int __real_inflate(z_streamp stream, int flush);
+int __wrap_inflate(z_streamp stream, int flush) {
+  return Fails(Call::Inflate, ENOMEM) ? Z_MEM_ERROR : __real_inflate(stream, flush);
+}
+
+int __real_uncompress(Bytef* target, uLongf* length, const Bytef* source, uLong size);
+int __wrap_uncompress(Bytef* target, uLongf* length, const Bytef* source, uLong size) {
+  return Fails(Call::Inflate, ENOMEM) ? Z_MEM_ERROR
+                                      : __real_uncompress(target, length, source, size);
+}
+
 }  // extern "C"
 
 void* operator new(std::size_t size) {

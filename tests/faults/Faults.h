@@ -6,7 +6,7 @@
 /// library under test come here first (CMakeLists.txt).
 namespace Qov::Test::Faults {
 
-enum class Call { Open, Close, Read, Write, Seek, Tell, Flush, Memory, Zlib };
+enum class Call { Open, Close, Read, Write, Seek, Tell, Flush, Memory, Zlib, Inflate };
 
 /// From now on the call number `n`, from 1, of this kind fails, and all behind it if `andLater`.
 void Arm(Call call, std::size_t n, bool andLater);

@@ -7,21 +7,33 @@
 #include <array>
 #include <memory>
 
+#include "Qov/Util/Raise.h"
+
 // A compressed block: u32 length of the content, then a zlib stream.
 
 namespace Qov::Tools {
 namespace {
 
+constexpr const char* kSource = "tools/check/BlockVerdict";
 constexpr std::uint32_t kLengthSize = 4;
 // What zlib can make of one byte at the most, and of a very short stream.
 constexpr std::uint64_t kLargestRatio = 1032;
 constexpr std::uint64_t kSlack = 64;
 
+/// Memory that is short says nothing about the file, so it is not a finding.
+void RaiseIfMemoryIsShort(int result) {
+  if (result == Z_MEM_ERROR) {
+    Util::Raise(kSource, Util::Exception::ErrorType::MemoryAllocationError);
+  }
+}
+
 class Inflation {
  public:
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): the buffers are filled, then read
   Inflation(FileBytes& file, std::uint64_t position, std::uint32_t size)
-      : mFile(file), mPosition(position), mLeft(size), mIsReady(inflateInit(&mStream) == Z_OK) {}
+      : mFile(file), mPosition(position), mLeft(size) {
+    RaiseIfMemoryIsShort(inflateInit(&mStream));
+  }
   ~Inflation() { inflateEnd(&mStream); }
   Inflation(const Inflation&) = delete;
   Inflation& operator=(const Inflation&) = delete;
@@ -40,7 +52,6 @@ class Inflation {
   std::uint64_t mPosition;
   std::uint32_t mLeft;
   z_stream mStream{};
-  bool mIsReady;
   std::array<unsigned char, 65536> mInput;
   std::array<unsigned char, 65536> mOutput;
 };
@@ -60,13 +71,13 @@ std::string Inflation::Describe(int result) const {
 }
 
 std::string Inflation::Run(std::uint64_t limit, QovJbf::Block* content) {
-  if (!mIsReady) return "There is not enough memory to inflate it.";
   int result = Z_OK;
   while (result != Z_STREAM_END && mStream.total_out <= limit) {
     if (mStream.avail_in == 0) Refill();
     mStream.next_out = mOutput.data();
     mStream.avail_out = static_cast<unsigned>(mOutput.size());
     result = inflate(&mStream, Z_NO_FLUSH);
+    RaiseIfMemoryIsShort(result);
     const auto made = static_cast<std::uint32_t>(mOutput.size() - mStream.avail_out);
     if (content != nullptr) content->Put(mOutput.data(), made);
     if (result == Z_BUF_ERROR && mLeft + mStream.avail_in == 0) {

@@ -18,7 +18,8 @@ struct BlockVerdict {
 };
 
 /// The block must lie in the file. Its content is appended to `content` unless that is null;
-/// nothing but a few buffers is held otherwise.
+/// nothing but a few buffers is held otherwise. Raises MemoryAllocationError if zlib gets no
+/// memory.
 BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
                           QovJbf::Block* content = nullptr);
 
