@@ -97,6 +97,14 @@ TEST_F(HostileInput, ManyOfAnythingTakeTimeInProportion) {
     }
     geometry.AppendVariable(MakeVariable("Stress|LC2", 12, NumericArray::Of(Ramp(9, 1.0F))));
   }));
+  ExpectAllPass(SaveModel("common links.ryx", [](Tree& tree) {
+    Geometry& geometry = AddNode<Geometry>(tree, 1, "Mesh");
+    for (std::uint32_t i = 0; i < kMany; ++i) {
+      geometry.AppendVariable(MakeLinked("Mass" + std::to_string(i), {2, i + 1}));
+    }
+    geometry.AppendVariable(MakeVariable("Stress|LC1", 12, NumericArray::Of(Ramp(9, 1.0F))));
+    geometry.AppendVariable(MakeLinked("Mass0|LC2", {2, 0}));
+  }));
   ExpectAllPass(SaveModel("attributes.ryx", [](Tree& tree) {
     Group& group = AddNode<Group>(tree, 1, "Group");
     for (std::uint32_t i = 0; i < kMany; ++i) group.mAttributes[std::to_string(i)] = i;

@@ -28,6 +28,31 @@ class InstanceNames : public testing::Test {
   PartLinksMap mLinks{{99, {}}};  // what an earlier file left behind
 };
 
+TEST_F(InstanceNames, TheFileNumberGoesIntoTheInstancePart) {
+  struct Row {
+    const char* mName;
+    std::uint64_t mFile;
+    const char* mRenamed;
+    const char* mAutomatic;
+  };
+  for (const Row& row : {Row{"Stress|LC1", 1, "Stress|F1LC1", "Stress|F1LC1"},
+                         {"a|b|c", 12, "a|b|F12c", "a|b|F12c"},
+                         {"Mass|", 10, "Mass|F10", "Mass|"},
+                         {"Mass", 2, "Mass|F2", "Mass"},
+                         {"", 3, "|F3", ""}}) {
+    Tree tree(false);
+    Geometry& all = AddNode<Geometry>(tree, NodeTree::kRootId, "Mesh");
+    all.AppendVariable(MakeVariable(row.mName, 12, {}));
+    RenameResults(tree, row.mFile, mLinks, true);
+    EXPECT_THAT(VariableTexts(all), ElementsAre(row.mRenamed));
+    EXPECT_THAT(mLinks, ElementsAre(Pair(kId, testing::IsEmpty())));
+    all.RenameVariable(0, Barred(row.mName));
+    AutoRenameInstances(tree, row.mFile, mLinks, true);
+    EXPECT_THAT(VariableTexts(all), ElementsAre(row.mAutomatic));
+    EXPECT_THAT(mLinks, testing::IsEmpty());
+  }
+}
+
 TEST_F(InstanceNames, CommonResultsAreSharedAmongTheInstances) {
   Geometry& geometry = Make({"Stress|LC1", "Stress|LC2", "Coordinates"});
   RenameResults(mTree, 2, mLinks, false);
@@ -43,6 +68,7 @@ TEST_F(InstanceNames, LinkedResultsAreUpdatedInPlaceAndKeepTheirArrays) {
   geometry.EditVariable(0).mValues = NumericArray::Of(Ramp(4, 0.0F));
   geometry.EditVariable(1).mKind = 17;
   geometry.EditVariable(1).mFlag = 3;
+  geometry.EditVariable(1).TakeValueFieldsOf(MakeCarrier("", 9));
   geometry.EditVariable(1).mAttributes["new"] = 2U;
   DroppedResults dropped;
   const PartLinksMap links = {{kId, {{Barred("Mass|A"), {Barred("Mass|B"), Barred("Mass|B")}}}}};
@@ -52,6 +78,9 @@ TEST_F(InstanceNames, LinkedResultsAreUpdatedInPlaceAndKeepTheirArrays) {
   const Geometry::VarStruct& linked = geometry.GetVariables()[0];
   EXPECT_EQ(linked.mKind, 17U);
   EXPECT_EQ(linked.mFlag, 3);
+  EXPECT_EQ(linked.mKindHighByte, 5U);
+  EXPECT_EQ(linked.mValue1, 9U);
+  EXPECT_EQ(linked.mFlag3, 3);
   EXPECT_THAT(linked.mAttributes, ElementsAre(Pair("new", QovUtil::AttributeValue(2U))));
   EXPECT_EQ(linked.mValues.GetNumElements(), 4U);
 }
@@ -68,6 +97,30 @@ TEST_F(InstanceNames, ResultsWhoseValuesAreSharedAlreadyStayAsTheyAre) {
   EXPECT_THAT(VariableTexts(geometry),
               ElementsAre("Mass|A", "Mass|C -> 2,2", "Mass|B -> 2,0", "Mass -> 2,2"));
   EXPECT_EQ(dropped.mReplaced, 1U);
+}
+
+/// The time of an algorithm that follows each chain to its end is some minutes.
+TEST_F(InstanceNames, ChainsOfAnyLengthAreFollowed) {
+  constexpr std::uint32_t kMany = 50000;
+  const auto name = [](std::uint32_t i) { return "R" + std::to_string(i); };
+  Geometry& geometry = Make({});
+  for (std::uint32_t i = 0; i != kMany; ++i) {
+    geometry.AppendVariable(MakeLinked(name(i), {kId, i + 1}));
+  }
+  geometry.AppendVariable(MakeCarrier(name(0) + "|LC2", 1));
+  for (std::uint32_t i = 1; i != kMany; ++i) {
+    geometry.AppendVariable(MakeLinked(name(i) + "|LC2", {kId, i}));
+  }
+  geometry.AppendVariable(MakeCarrier("S|LC1", 2));
+  DroppedResults dropped;
+  RenameResults(mTree, 1, mLinks, false);
+  GenerateLinkedResults(mTree, mLinks, dropped);
+  EXPECT_EQ(geometry.GetVariables().size(), 2 * kMany + 1);
+  EXPECT_EQ(dropped.mReplaced, 0U);
+  EXPECT_FALSE(geometry.GetVariables()[kMany].mLinked);  // R0|LC1 has its values from it
+  for (std::uint32_t i = 1; i != kMany; ++i) {
+    ASSERT_EQ(geometry.GetVariables()[kMany + i].mLink, (Geometry::Link{kId, i + 1}));
+  }
 }
 
 TEST_F(InstanceNames, MissingResultsAreMadeTheLinkedOneFirst) {

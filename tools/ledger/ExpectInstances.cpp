@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "ExpectNodes.h"
+#include "ExpectedChains.h"
 #include "LinkFollower.h"
 #include "MergedNames.h"
 #include "Qov/Ryx/InstanceNames.h"
@@ -48,10 +49,10 @@ class InstanceExpecter {
   void Append(ExpectedNode& source, ExpectedNode& target, const Starts& starts,
               LinkFollower<Result>& follower);
   void MoveLink(ExpectedResult& result, const ExpectedNode& target, const Starts& starts) const;
-  void Share(std::uint32_t id, const MergedNames& names, std::size_t position);
+  void Share(std::uint32_t id, const MergedNames& names, std::size_t position,
+             ExpectedChains& chains);
   void ShareOne(std::uint32_t id, const std::string& name, const std::string& primaryName,
-                std::size_t position);
-  bool LeadsTo(const ExpectedResult* start, const ExpectedResult& place) const;
+                std::size_t position, ExpectedChains& chains);
   bool Takes(const ExpectedResult& result) const {
     return mMode != MergeMode::AutomaticInstances || !InstancePartOf(result.mName).empty();
   }
@@ -66,15 +67,18 @@ void Rename(ExpectedNode& node, const MergedNames& names) {
 }
 
 void InstanceExpecter::TakeFirst(const InputFile& input, std::size_t position) {
+  std::map<std::uint32_t, MergedNames> shared;
   for (const auto& [id, entry] : input.GetNodes()) {
     ExpectedNode& node =
         mModel.mNodes.emplace(id, ExpectNode(input, position, entry)).first->second;
     const Geometry* geometry = QovRyx::AsGeometry(entry);
     if (geometry == nullptr || !IsInstanceMode(mMode)) continue;
-    const MergedNames names = NameResults(*geometry, input.mNumber, mMode);
+    MergedNames names = NameResults(*geometry, input.mNumber, mMode);
     Rename(node, names);
-    Share(id, names, position);
+    if (!names.mShared.empty()) shared.emplace(id, std::move(names));
   }
+  ExpectedChains chains(mModel);
+  for (const auto& [id, names] : shared) Share(id, names, position, chains);
 }
 
 InstanceExpecter::Starts InstanceExpecter::FindStarts(const InputFile& input) {
@@ -121,7 +125,8 @@ void InstanceExpecter::TakeFurther(const InputFile& input, std::size_t position)
     Append(source, mModel.mNodes.at(id), starts, follower);
     if (!names.mShared.empty()) shared.emplace(id, std::move(names));
   }
-  for (const auto& [id, names] : shared) Share(id, names, position);
+  ExpectedChains chains(mModel);
+  for (const auto& [id, names] : shared) Share(id, names, position, chains);
 }
 
 /// Makes the values that the result shared its own, with the kind's high byte.
@@ -166,41 +171,38 @@ void InstanceExpecter::MoveLink(ExpectedResult& result, const ExpectedNode& targ
   }
 }
 
-void InstanceExpecter::Share(std::uint32_t id, const MergedNames& names, std::size_t position) {
+void InstanceExpecter::Share(std::uint32_t id, const MergedNames& names, std::size_t position,
+                             ExpectedChains& chains) {
   for (const auto& [primary, others] : names.mShared) {
-    for (const std::string& name : others) ShareOne(id, name, primary, position);
+    for (const std::string& name : others) ShareOne(id, name, primary, position, chains);
   }
 }
 
-/// Whether one comes by `place` on the links from `start`, along chains of a sensible length.
-bool InstanceExpecter::LeadsTo(const ExpectedResult* start, const ExpectedResult& place) const {
-  constexpr int kLongestChain = 1000;
-  for (int i = 0; i != kLongestChain && start != nullptr; ++i) {
-    if (start == &place) return true;
-    start = start->mLinked ? mModel.FindNext(*start) : nullptr;
-  }
-  return false;
-}
-
-/// Whatever is the first of the name becomes a link, unless its values are those to be shared.
+/// Makes the first result of the name a link, unless it holds the values that are to be shared.
 void InstanceExpecter::ShareOne(std::uint32_t id, const std::string& name,
-                                const std::string& primaryName, std::size_t position) {
+                                const std::string& primaryName, std::size_t position,
+                                ExpectedChains& chains) {
   ExpectedNode& node = mModel.mNodes.at(id);
   NameIndex& index = mIndexes[id];
+  const std::size_t numBefore = node.mResults.size();
   const std::size_t place = index.FindOrAppend(node, name);
   const std::size_t primaryPlace = index.FindOrAppend(node, primaryName);
   const ExpectedResult& primary = node.mResults[primaryPlace];
   ExpectedResult& result = node.mResults[place];
-  if (LeadsTo(&primary, result)) return;
+  const Geometry::Link here{id, static_cast<std::uint32_t>(place)};
+  const Geometry::Link there{id, static_cast<std::uint32_t>(primaryPlace)};
+  if (place == primaryPlace) return;
+  if (primary.mLinked && place < numBefore && chains.LeadsTo(there, here)) return;
   result.mpFields = primary.mpFields;
   result.mKind = primary.mKind;
-  result.mLink = primary.mLinked ? primary.mLink
-                                 : Geometry::Link{id, static_cast<std::uint32_t>(primaryPlace)};
+  result.mKindHighByte = primary.mKindHighByte;
+  result.mLink = primary.mLinked ? primary.mLink : there;
   result.mLeadsNowhere = primary.mLinked && primary.mLeadsNowhere;
   result.mLinked = true;
   result.mpValues = nullptr;
   if (result.mpSource == nullptr && !result.mMade) result.mInput = position;
   result.mMade = MadeRule::SharedResult;
+  chains.Update(here);
 }
 
 /// Returns whether all geometries of the input have a node in the first one.

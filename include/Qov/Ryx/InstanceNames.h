@@ -33,9 +33,11 @@ QOV_EXPORT void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, 
 QOV_EXPORT void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& links,
                                     bool useSuffix);
 
-/// Makes the linked results that `links` describes, or updates them if they are there; one whose
-/// values the result that it shall share shares already stays as it is. A geometry that `tree`
-/// lacks raises ElementNotFound.
+/// Makes the linked results that `links` describes, or updates them if they are there. They get
+/// the kind, flag, attributes and carried fields of the result that they share. A result stays as
+/// it is if the one that it should share takes its values from it. A geometry that `tree` lacks
+/// raises ElementNotFound. Takes amortised logarithmic time for each link, however long the chains
+/// are.
 QOV_EXPORT void GenerateLinkedResults(Tree& tree, const PartLinksMap& links);
 
 /// Whether the name's base is one of the mesh arrays. The character before the separator does

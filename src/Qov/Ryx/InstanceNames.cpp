@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "GeometryEntries.h"
+#include "LinkChains.h"
 #include "MergeSummary.h"
 #include "Qov/Util/Raise.h"
 
@@ -109,44 +110,36 @@ LinkedNames ShareCommonResults(Geometry& geometry, const std::set<std::string>& 
   return links;
 }
 
-/// Whether one comes by `place` on the links from `start`, itself included. No program writes
-/// longer chains than are looked at.
-bool LeadsTo(const NodeTree& nodes, Geometry::Link start, const Geometry::Link& place) {
-  constexpr int kLongestChain = 1000;
-  for (int i = 0; i != kLongestChain; ++i) {
-    if (start == place) return true;
-    const Geometry::VarStruct* result = FindVariable(nodes, start);
-    if (result == nullptr || !result->mLinked || result->mLeadsNowhere) return false;
-    start = result->mLink;
-  }
-  return false;
-}
-
-/// Lets the result share the values of the primary one, unless the primary one has its values from
-/// that very result. Gives the result.
-const Geometry::VarStruct& LinkResult(const NodeTree& nodes, Geometry& geometry, std::uint32_t id,
+/// Lets the result share the values of the primary one, unless the primary one takes its values
+/// from that result. Returns the result.
+const Geometry::VarStruct& LinkResult(LinkChains& chains, Geometry& geometry, std::uint32_t id,
                                       const std::string& name, const std::string& primaryName,
                                       DroppedResults& dropped) {
   const std::size_t numBefore = geometry.GetVariables().size();
-  const std::uint64_t position = geometry.GetOrAddVariableIndex(name);
-  const std::uint64_t primaryPosition = geometry.GetOrAddVariableIndex(primaryName);
+  const auto position = static_cast<std::uint32_t>(geometry.GetOrAddVariableIndex(name));
+  const auto primaryPosition =
+      static_cast<std::uint32_t>(geometry.GetOrAddVariableIndex(primaryName));
   const Geometry::VarStruct& primary = geometry.GetVariables()[primaryPosition];
   Geometry::VarStruct& result = geometry.EditVariable(position);
-  if (LeadsTo(nodes, {id, static_cast<std::uint32_t>(primaryPosition)},
-              {id, static_cast<std::uint32_t>(position)})) {
+  // No chain leads to a result that is new, and none from one that is not linked.
+  const bool isChained = primary.mLinked && position < numBefore;
+  if (position == primaryPosition ||
+      (isChained && chains.LeadsTo({id, primaryPosition}, {id, position}))) {
     return result;
   }
   if (position < numBefore && !result.mLinked) ++dropped.mReplaced;
   result.mKind = primary.mKind;
   result.mFlag = primary.mFlag;
   result.mAttributes = primary.mAttributes;
+  result.TakeValueFieldsOf(primary);
   result.mLinked = primary.mLinked;
   result.mLink = primary.mLink;
   result.mLeadsNowhere = primary.mLeadsNowhere;
   if (!result.mLinked) {
     result.mLinked = true;
-    result.mLink = {id, static_cast<std::uint32_t>(primaryPosition)};
+    result.mLink = {id, primaryPosition};
   }
+  chains.NoteNewLink({id, position});
   return result;
 }
 
@@ -186,6 +179,7 @@ void GenerateLinkedResults(Tree& tree, const PartLinksMap& links) {
 
 void GenerateLinkedResults(Tree& tree, const PartLinksMap& links, DroppedResults& dropped) {
   double allowed = kFreeBytes;
+  LinkChains chains(tree.GetNodes());
   for (const auto& [id, linksOfNode] : links) {
     Geometry* geometry = AsGeometry(tree.GetNodes().GetReqNode(id));
     if (geometry == nullptr) continue;
@@ -193,7 +187,7 @@ void GenerateLinkedResults(Tree& tree, const PartLinksMap& links, DroppedResults
       for (const std::string& name : names) {
         // An earlier file may have brought a primary result of any size.
         const Geometry::VarStruct& result =
-            LinkResult(tree.GetNodes(), *geometry, id, name, primary, dropped);
+            LinkResult(chains, *geometry, id, name, primary, dropped);
         allowed += kMostCopies * static_cast<double>(sizeof(result) + name.size()) - SizeOf(result);
         if (allowed < 0) RaiseTooManyShared();
       }
