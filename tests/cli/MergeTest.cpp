@@ -30,6 +30,12 @@ TEST_F(RyxMergeProgram, MergesInEveryMode) {
     AddNode<QovRyx::Geometry>(tree, PlateIds::kGroup, "Stray")
         .AppendVariable(MakeVariable("Area", 12, QovRyx::NumericArray::Of(Ramp(5, 0.0F))));
   });
+  SaveModel("links.ryx", [](QovRyx::Tree& tree) {
+    BuildPlate(tree, {"A", "A|LC1", "A|LC2"}, 4);
+    auto& mesh = *QovRyx::AsGeometry(tree.GetNodes().GetReqNode(PlateIds::kGeometry));
+    mesh.AppendVariable(MakeLinked("Twin|LC1", {PlateIds::kGeometry, 4}));
+    mesh.AppendVariable(MakeLinked("Lost|LC1", {PlateIds::kGeometry, 99}));
+  });
   ExpectTranscript("merge_modes.txt");
 }
 

@@ -140,12 +140,13 @@ TEST_F(RyxPlan, CountsWhatIsLostByEachRule) {
     BuildPlate(tree, {"B|LC1"}, 2);
     const auto add = [&tree](const char* name, const char* values) {
       auto& mesh = AddNode<QovRyx::Geometry>(tree, PlateIds::kGroup, name);
-      mesh.AppendVariable(MakeVariable(values, 12, QovRyx::NumericArray::Of(Ramp(3, 7.0F))));
+      mesh.AppendVariable(MakeCarrier(values, 7));
     };
     add("no mesh in the first", "C|LC1");
     add("More", "D|LC1");
     auto& more = *QovRyx::AsGeometry(tree.GetNodes().GetReqNode(7));
     more.AppendVariable(MakeLinked("To the passed over|LC1", {6, 0}));
+    more.EditVariable(1).mKind = 12;
     more.AppendVariable(MakeLinked("To a neighbour|LC1", {7, 0}));
   });
   const auto count = [&](const char* option, const char* rule) {

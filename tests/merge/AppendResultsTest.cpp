@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "MergeSummary.h"
 #include "Qov/Ryx/RyxMerge.h"
 #include "Qov/Util/Exception.h"
 #include "support/ModelBuilder.h"
@@ -128,7 +129,9 @@ TEST_F(AppendingChains, LinksMoveOrGiveWayToAllThatTheySharedInTheEnd) {
 }
 
 TEST_F(AppendingChains, OfOtherInstancesOnlyLinksWithinOneGeometryLoseTheirValues) {
-  AppendOtherInstanceResults(mFrom, mInto);
+  DroppedResults dropped;
+  AppendOtherInstanceResults(mFrom, mInto, dropped);
+  EXPECT_EQ(dropped.mLinkedToThemselves, 1U);  // near|1; lost chain|1 had none
   EXPECT_THAT(Last(VariableTexts(Target(2)), 6),
               ElementsAre("far|1", "farther|1", "near|1 -> 2,11", "round|1", "lost|1 -> 3,7",
                           "lost chain|1 -> 2,14"));

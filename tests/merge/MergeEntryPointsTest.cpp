@@ -129,7 +129,7 @@ TEST_F(MergeEntryPoints, FilesOfOtherStructuresAreRefused) {
   const std::string rootShape =
       Model("root.ryx", [](Tree& tree) { AddNode<Shape>(tree, NodeTree::kRootId, "Shape"); });
   ExpectError(cae_merge, {small, plate, mOutput}, "Element Not Found");
-  ExpectError(cae_merge, {other, plate, mOutput}, "Node 4 of the first input is no geometry");
+  ExpectError(cae_merge, {other, plate, mOutput}, "Node 4 of the first input is not a geometry");
   ExpectError(cae_merge_cs, {plate, rootShape, mOutput},
               "Node 1 of the first input carries nothing");
   EXPECT_THAT(mErrors, HasSubstr(rootShape));
@@ -163,6 +163,39 @@ TEST_F(MergeEntryPoints, ShapesBeneathCutSectionsAreTaken) {
                 AddNode<Geometry>(tree, shape, name);
               }
             })));
+}
+
+TEST_F(MergeEntryPoints, CutSectionsKeepTheValuesThatTheyShare) {
+  const std::string first = Model("a.ryx", [](Tree& tree) {
+    AddNode<Group>(tree, NodeTree::kRootId, "Cut-Sections");
+    AddNode<Geometry>(tree, NodeTree::kRootId, "Mesh").AppendVariable(MakeCarrier("M", 1));
+  });
+  const auto build = [](Tree& tree) -> Geometry& {
+    AddNode<Group>(tree, NodeTree::kRootId, "Cut-Sections");
+    AddNode<Shape>(tree, 2, "First");
+    AddNode<Geometry>(tree, 3, "First").AppendVariable(MakeCarrier("S", 70));
+    AddNode<Shape>(tree, 2, "Second");
+    return AddNode<Geometry>(tree, 5, "Second");
+  };
+  const std::string second = Model("b.ryx", [&](Tree& tree) {
+    Geometry& geometry = build(tree);
+    geometry.AppendVariable(MakeLinked("far", {4, 0}));
+    geometry.EditVariable(0).mKind = 12;
+    geometry.AppendVariable(MakeLinked("near", {6, 0}));
+    geometry.AppendVariable(MakeLinked("lost", {3, 0}));  // a geometry in the first input
+  });
+  EXPECT_EQ(Call(cae_merge_cs, {first, second, mOutput}), 0);
+  Tree merged(false);
+  LoadTree(merged, mOutput);
+  const Geometry& section = *AsGeometry(merged.GetNodes().GetReqNode(7));
+  EXPECT_THAT(VariableTexts(section), ElementsAre("far", "near -> 7,0", "lost -> 0,0"));
+  EXPECT_EQ(DescribeValues(section.GetVariables()[0]), DescribeValues(MakeCarrier("", 70)));
+  const std::string other = Model("c.ryx", [&](Tree& tree) {
+    build(tree);
+    AddNode<Shape>(tree, 2, "Third");
+    AddNode<Group>(tree, 7, "Group");
+  });
+  ExpectError(cae_merge_cs, {first, other, mOutput}, "Node 8 is not a geometry");
 }
 
 TEST_F(MergeEntryPoints, MissingArgumentsAreTold) {

@@ -50,7 +50,7 @@ TEST_F(AddShape, MovesTheObjectsBeneathTheFirstGroupOfThatName) {
   EXPECT_EQ(nodes.GetCurrentId(), kNewGeometry);
   EXPECT_EQ(mSource.GetNodes().GetReqNode(PlateIds::kShape).mData, nullptr);
   EXPECT_EQ(mSource.GetNodes().GetReqNode(PlateIds::kGeometry).mData, nullptr);
-  ExpectRefusal(ErrorType::MismatchError, "Node 3 is no shape", PlateIds::kShape);
+  ExpectRefusal(ErrorType::MismatchError, "Node 3 is not a shape", PlateIds::kShape);
 }
 
 TEST_F(AddShape, KeepsWhatIsReadFromAFileThatNobodyHoldsAnyMore) {
@@ -109,8 +109,8 @@ TEST_F(AddShape, RefusesWhatDoesNotFitAndMovesNothing) {
   AddNode<Group>(mSource, PlateIds::kSets + 1, "Group");
   ExpectRefusal(ErrorType::ElementNotFound, "", PlateIds::kShape, "cuts");
   ExpectRefusal(ErrorType::ElementNotFound, "", 99);
-  ExpectRefusal(ErrorType::MismatchError, "Node 2 is no shape", PlateIds::kGroup);
-  ExpectRefusal(ErrorType::MismatchError, "Node 7 is no geometry", PlateIds::kSets + 1);
+  ExpectRefusal(ErrorType::MismatchError, "Node 2 is not a shape", PlateIds::kGroup);
+  ExpectRefusal(ErrorType::MismatchError, "Node 7 is not a geometry", PlateIds::kSets + 1);
   NodeTree::Node last;
   last.mId = 0xFFFFFFFD;
   mTree.GetNodes().PutNode(std::move(last));

@@ -35,15 +35,15 @@ QOV_EXPORT int refuse_output_among_inputs(const std::vector<std::string>& inputs
                                           const std::string& output);
 
 /// Appends all results of `from` to the geometries of the same ids in `into`. An id that `into`
-/// lacks raises ElementNotFound; one that is no geometry there is passed over. Links still lead to
-/// the same results (they are changed in `from` as well); a result whose link led to one that is
-/// passed over takes its values along, and a link that led nowhere stays as it is. `appendFlag`
-/// has no effect.
+/// lacks raises ElementNotFound; one that is not a geometry there is passed over. Links still lead
+/// to the same results (they are changed in `from` as well). A result whose link names one of a
+/// geometry that is passed over takes its values along, with the fields that describe them
+/// (VarStruct::TakeValuesOf). A dangling link stays as it is. `appendFlag` has no effect.
 QOV_EXPORT void AppendResults(Tree& from, Tree& into, bool appendFlag);
 
 /// The same for results whose names have an instance part only. A link to a result of the same
-/// geometry becomes one to its own new position; what is linked to another geometry takes its
-/// values along.
+/// geometry becomes one to its own new position, so the result loses its values. A result that is
+/// linked to another geometry takes the values along, as in AppendResults.
 QOV_EXPORT void AppendOtherInstanceResults(Tree& from, Tree& into);
 
 }  // namespace QovRyx

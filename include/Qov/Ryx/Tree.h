@@ -72,7 +72,7 @@ class QOV_EXPORT Tree {
   /// Moves a shape of `source` and the geometry that is its first child beneath the first group
   /// of that name, as its last child. The objects are this tree's afterwards and `source` keeps
   /// their entries, empty. Links among the geometry's own results lead to its new entry, which
-  /// becomes current; results linked to other geometries get the values themselves.
+  /// becomes current; links from it to other geometries, and back, give way to the values.
   ///
   /// Raises ElementNotFound if there is no such group, no such entry or no child; MismatchError
   /// if the entries carry something else; ModelError if there are no ids left. Nothing has been

@@ -29,52 +29,32 @@ Positions FindStarts(Tree& from, Tree& into, DroppedResults& dropped) {
   return starts;
 }
 
-/// Returns whether the link names no result. Notes it in the result, because the results of other
-/// files may come to stand at that place.
-bool NoteDangling(Geometry::VarStruct& result, const NodeTree& nodes) {
-  result.mLeadsNowhere = result.mLeadsNowhere || FindVariable(nodes, result.mLink) == nullptr;
-  return result.mLeadsNowhere;
-}
-
-/// Calls `visit(id, result)` for each linked result of the geometries that have a start.
-template <class Visitor>
-void ForEachLinked(Tree& from, const Positions& starts, Visitor visit) {
-  for (const auto& [id, start] : starts) {
-    Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
-    for (std::size_t i = 0; i != source.GetVariables().size(); ++i) {
-      Geometry::VarStruct& result = source.EditVariable(i);
-      if (result.mLinked) visit(id, result);
-    }
-  }
-}
-
-/// Gives the values to each result whose link names one of a geometry that stays behind.
-void CutLinksToOthers(Tree& from, const Positions& starts) {
-  LinkResolver resolver(from.GetNodes());
-  LinkCuts cuts;
-  ForEachLinked(from, starts, [&](std::uint32_t, Geometry::VarStruct& result) {
-    if (NoteDangling(result, from.GetNodes()) || starts.contains(result.mLink.mNode)) return;
-    cuts.Add(result, resolver.Resolve(result.mLink));
+/// Cuts the links to geometries that stay behind.
+void CutLinksToOthers(const NodeTree& nodes, const Positions& starts) {
+  CutLinks(nodes, [&starts](std::uint32_t id, const Geometry::Link& link) {
+    return starts.contains(id) && !starts.contains(link.mNode);
   });
-  cuts.Apply();
-}
-
-/// Gives the values to each result that is linked to another geometry: what is at the same place
-/// in the target is another result.
-void CutLinksBetweenGeometries(Tree& from, const Positions& starts) {
-  LinkResolver resolver(from.GetNodes());
-  LinkCuts cuts;
-  ForEachLinked(from, starts, [&](std::uint32_t id, Geometry::VarStruct& result) {
-    if (result.mLink.mNode == id || NoteDangling(result, from.GetNodes())) return;
-    cuts.Add(result, resolver.Resolve(result.mLink));
-  });
-  cuts.Apply();
 }
 
 /// Lets a link name the same result as before, at its new position. A dangling link stays as it is.
 void MoveLink(Geometry::VarStruct& result, const Positions& starts) {
   if (!result.mLinked || result.mLeadsNowhere) return;
   result.mLink.mVariable += static_cast<std::uint32_t>(starts.at(result.mLink.mNode));
+}
+
+/// Counts the results to be appended that lose their values when a link within their geometry is
+/// made one to itself.
+std::uint64_t CountLostByLinks(const NodeTree& nodes, const Positions& starts) {
+  LinkResolver resolver(nodes);
+  std::uint64_t numLost = 0;
+  for (const auto& [id, start] : starts) {
+    for (const auto& result : AsGeometry(nodes.GetReqNode(id))->GetVariables()) {
+      const bool isInner = result.mLinked && !result.mLeadsNowhere && result.mLink.mNode == id;
+      if (!isInner || !HasInstancePart(result.mName)) continue;
+      if (resolver.Resolve(result.mLink) != nullptr) ++numLost;
+    }
+  }
+  return numLost;
 }
 
 /// Lets a link within the geometry name its own new position.
@@ -93,7 +73,7 @@ void AppendResults(Tree& from, Tree& into, bool /*appendFlag*/) {
 
 void AppendResults(Tree& from, Tree& into, DroppedResults& dropped) {
   const Positions starts = FindStarts(from, into, dropped);
-  CutLinksToOthers(from, starts);
+  CutLinksToOthers(from.GetNodes(), starts);
   for (const auto& [id, start] : starts) {
     Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
     Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));
@@ -112,7 +92,8 @@ void AppendOtherInstanceResults(Tree& from, Tree& into) {
 
 void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped) {
   const Positions starts = FindStarts(from, into, dropped);
-  CutLinksBetweenGeometries(from, starts);
+  CutLinksBetweenGeometries(from.GetNodes());
+  dropped.mLinkedToThemselves += CountLostByLinks(from.GetNodes(), starts);
   for (const auto& [id, start] : starts) {
     Geometry& source = *AsGeometry(from.GetNodes().GetReqNode(id));
     Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "GeometryEntries.h"
+#include "LinkCuts.h"
 #include "MergeSteps.h"
+#include "MoveShape.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovRyx {
@@ -89,7 +91,7 @@ bool IsWantedResult(const Geometry::VarStruct& result) {
 void AppendWantedResults(Tree& tree, Tree& master) {
   ForEachGeometryEntry(tree, [&](std::uint32_t id, const Geometry& source) {
     Geometry* target = AsGeometry(master.GetNodes().GetReqNode(id));
-    if (target == nullptr) RaiseMismatch(id, "is no geometry");
+    if (target == nullptr) RaiseMismatch(id, "is not a geometry");
     for (const Geometry::VarStruct& result : source.GetVariables()) {
       if (IsWantedResult(result)) target->AppendVariable(result);
     }
@@ -97,11 +99,13 @@ void AppendWantedResults(Tree& tree, Tree& master) {
 }
 
 void AddCutSections(Tree& tree, Tree& master) {
+  CutLinksBetweenGeometries(tree.GetNodes());
   for (const auto& [id, entry] : tree.GetNodes()) {
     if (!entry.mData || entry.mData->GetType() != "Shape") continue;
     const NodeTree::Node& parent = master.GetNodes().GetReqNode(entry.mParent);
     if (!parent.mData) RaiseMismatch(parent.mId, "carries nothing");
-    if (parent.mData->GetName() == kCutSections) master.AddShape(tree, id, kCutSections);
+    if (parent.mData->GetName() != kCutSections) continue;
+    MoveShape(master.GetNodes(), tree.GetNodes(), id, kCutSections, false);
   }
 }
 

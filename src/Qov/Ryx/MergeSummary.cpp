@@ -2,10 +2,12 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <exception>
 
+#include "LinkResolver.h"
 #include "MergeSteps.h"
 #include "Qov/Log/Record.h"
 
@@ -34,10 +36,28 @@ std::string DescribeRules(const DroppedResults& dropped) {
   add(dropped.mWithoutInstance, " without an instance part");
   add(dropped.mWithoutGeometry, " of nodes that are no geometries in the first file");
   add(dropped.mReplaced, " replaced by shared ones of their names");
+  add(dropped.mLinkReplaced, " linked to results that were replaced");
+  add(dropped.mLinkedToThemselves, " linked to themselves");
   return text.empty() ? text : " (" + text + ")";
 }
 
 }  // namespace
+
+void CountReplacedLinks(const Tree& tree, DroppedResults& dropped) {
+  LinkResolver resolver(tree.GetNodes());
+  std::uint64_t numChanged = 0;
+  ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const Geometry& geometry) {
+    for (const Geometry::VarStruct& result : geometry.GetVariables()) {
+      const DataLoader* before = result.mValues.GetLoader().get();
+      if (!result.mLinked || before == nullptr) continue;
+      const Geometry::VarStruct* owner =
+          result.mLeadsNowhere ? nullptr : resolver.Resolve(result.mLink);
+      if (owner == nullptr || owner->mValues.GetLoader().get() != before) ++numChanged;
+    }
+  });
+  const std::uint64_t numCounted = dropped.mReplaced + dropped.mLinkedToThemselves;
+  dropped.mLinkReplaced = numChanged - std::min(numChanged, numCounted);
+}
 
 void MergeSummary::AddInput(const std::string& path) { mBytesRead += FileSize(path); }
 
@@ -55,6 +75,15 @@ void MergeSummary::Tell(const Deed& deed, const Tree& tree,
   }
 }
 
+void MergeSummary::WarnOfLostValues() const {
+  const std::uint64_t n = mDropped.mLinkedToThemselves;
+  if (n == 0) return;
+  std::cerr << n << (n == 1 ? " result has" : " results have")
+            << " lost the values: --auto-rename-instances replaces a link within a geometry by a "
+               "link to itself. Use --suffix-file-instance to keep the values."
+            << std::endl;
+}
+
 void MergeSummary::TellNodes(const Tree& tree) const {
   Qov::Log::Trace(kMergeSource) << "Nodes: " << tree.GetNodes().GetSize() << " written, "
                                 << mNodesLeftOut << " of further files left out";
@@ -68,9 +97,11 @@ void MergeSummary::TellResults(const Tree& tree) const {
       ++(variable.mLinked ? numLinked : numCopied);
     }
   });
+  DroppedResults dropped = mDropped;
+  CountReplacedLinks(tree, dropped);
   Qov::Log::Trace(kMergeSource) << "Results: " << numCopied << " copied, " << numLinked
-                                << " linked, " << mDropped.GetTotal() << " dropped"
-                                << DescribeRules(mDropped);
+                                << " linked, " << dropped.GetTotal() << " dropped"
+                                << DescribeRules(dropped);
 }
 
 }  // namespace QovRyx

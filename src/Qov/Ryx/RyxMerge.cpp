@@ -95,6 +95,7 @@ int merge_as_instances(const std::vector<std::string>& files, const std::string&
     }
     SaveModel(master, output);
     summary.Tell({"Merged ", files.size(), " files as instances"}, master, output);
+    summary.WarnOfLostValues();
   });
 }
 
