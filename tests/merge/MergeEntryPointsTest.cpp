@@ -94,6 +94,8 @@ TEST_F(MergeEntryPoints, ResultsAreTakenByKindAndName) {
       }
       mesh.AppendVariable(MakeLinked("linked", {7, 9}));
       mesh.EditVariable(results.size()).mKind = 20;
+      mesh.AppendVariable(MakeLinked("ahead", {2, 5}));  // the first input has no result there
+      mesh.EditVariable(results.size() + 1).mKind = 20;
     };
   };
   const std::string first = Model("a.ryx", build({{"A", 12}}));
@@ -109,11 +111,11 @@ TEST_F(MergeEntryPoints, ResultsAreTakenByKindAndName) {
   EXPECT_EQ(Call(cae_merge, {first, second, mOutput}), 0);
   Tree merged(false);
   LoadTree(merged, mOutput);
-  EXPECT_THAT(
-      VariableTexts(*AsGeometry(merged.GetNodes().GetReqNode(2))),
-      ElementsAre("A", "linked -> 7,9", "A", "last", "Node IDs", "Node Id", "linked -> 7,9"));
+  EXPECT_THAT(VariableTexts(*AsGeometry(merged.GetNodes().GetReqNode(2))),
+              ElementsAre("A", "linked -> 7,9", "ahead -> 0,0", "A", "last", "Node IDs", "Node Id",
+                          "linked -> 7,9", "ahead -> 2,5"));
   std::vector<float> values;
-  AsGeometry(merged.GetNodes().GetReqNode(2))->GetVariables()[3].mValues.GetValues(values);
+  AsGeometry(merged.GetNodes().GetReqNode(2))->GetVariables()[4].mValues.GetValues(values);
   EXPECT_EQ(values, Ramp(4, 1.0F));
 }
 
