@@ -4,6 +4,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "Qov/Jbf/OutputLocks.h"
 #include "Qov/Ryx/FileArrangement.h"
 #include "Qov/Ryx/RyxMerge.h"
 
@@ -54,6 +55,7 @@ int MergeWithViewPoints(const CommandLine& commandLine, const InputLists& inputs
   const std::string& output = commandLine.mOutput;
   const std::string copy = output + ".temp";
   CheckCopyIsNew(output, copy);
+  const QovJbf::OutputLocks locks;  // nobody else writes the output between its two saves
   int status = QovRyx::refuse_output_among_inputs(inputs.mViewPointFiles, output);
   if (status == 0) status = MergeModels(commandLine, inputs.mModels);
   if (status != 0) throw std::runtime_error("The merge failed; no view points were added");

@@ -9,6 +9,7 @@
 
 #include "FileAccess.h"
 #include "IndexLayout.h"
+#include "OutputFile.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
@@ -47,30 +48,49 @@ std::string ryx_file_version = kCurrentFileVersion;
 
 JbFile::~JbFile() {
   try {
-    JbFile::CloseFile();
+    mIndex.StopWriting();
   } catch (const std::exception&) {
-    // The error was logged; who needs to know of it closes the file before.
+    // What was still to be written is lost with the file.
   }
+  if (mStream != nullptr) std::fclose(mStream);
 }
 
 std::FILE* JbFile::OpenFile(const std::string& path, const char* mode) {
   if (mStream != nullptr) {
     Raise(kSource, ErrorType::MiscellaneousError, "File stream is already in use");
   }
-  mStream = OpenSharingHandles(path, mode);
+  mIsWritable = std::strpbrk(mode, "wa+") != nullptr;
+  mStream = mIsWritable ? OpenOutput(path, mode) : OpenSharingHandles(path);
   if (mStream == nullptr) {
     Raise(kSource, ErrorType::MiscellaneousError, "Unable to open file \"" + path + "\"");
   }
   mPath = path;
-  mIsWritable = std::strpbrk(mode, "wa+") != nullptr;
   mpSource.reset();
+  mIdentity.reset();
+  if (!mIsWritable) mIdentity.emplace(path, mStream);
   return mStream;
+}
+
+void JbFile::CheckBeforeClosing() {
+  if (mIdentity) {
+    mIdentity->CheckUnchanged(mStream);
+    return;
+  }
+  if (std::fflush(mStream) != 0) Raise(kSource, ErrorType::WriteError, "Unable to write to file");
+  CheckStillAt(mPath, mStream);
+  KeepOutputLock(mPath, mStream);
 }
 
 void JbFile::CloseFile() {
   Trace(kSource) << "Closing file ...";
   if (mStream == nullptr) return;
   mIndex.StopWriting();
+  try {
+    CheckBeforeClosing();
+  } catch (...) {
+    std::fclose(std::exchange(mStream, nullptr));
+    throw;
+  }
   const bool isClosed = std::fclose(std::exchange(mStream, nullptr)) == 0;
   if (!isClosed && mIsWritable) {
     Raise(kSource, ErrorType::WriteError, "Unable to write to file");
@@ -162,7 +182,9 @@ std::shared_ptr<StreamReader> JbFile::OpenStreamReader(const std::string& name) 
       if (item.mSize > 0) blocks.push_back({mIndex.GetPosition(k), item.mSize, isCompressed});
     }
   }
-  if (!mpSource) mpSource = std::make_shared<SourceFile>(mPath, mStream);
+  if (!mpSource) {
+    mpSource = std::make_shared<SourceFile>(mIdentity ? *mIdentity : FileIdentity(mPath, mStream));
+  }
   return std::make_shared<StreamReader>(mpSource, std::move(blocks));
 }
 

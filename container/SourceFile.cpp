@@ -1,6 +1,5 @@
 #include "SourceFile.h"
 
-#include <cerrno>
 #include <list>
 #include <utility>
 
@@ -12,26 +11,15 @@ namespace QovJbf {
 
 namespace {
 
-// The source files that have a handle, the one that was read last in front.
+// The source files that have a handle, the most recently used one first.
 std::list<SourceFile*>& GetOpenSources() {
   static std::list<SourceFile*> sources;
   return sources;
 }
 
-[[noreturn]] void RaiseReadError() {
-  Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::ReadError,
-                   "Unable to read from file");
-}
-
 }  // namespace
 
-SourceFile::SourceFile(std::string path, std::FILE* file) : mPath(std::move(path)) {
-  struct stat status {};
-  if (fstat(fileno(file), &status) != 0) RaiseReadError();
-  mDevice = status.st_dev;
-  mInode = status.st_ino;
-  mLength = static_cast<std::uint64_t>(status.st_size);
-}
+SourceFile::SourceFile(FileIdentity identity) : mIdentity(std::move(identity)) {}
 
 SourceFile::~SourceFile() { Close(); }
 
@@ -46,25 +34,20 @@ void SourceFile::Read(std::uint64_t position, void* target, std::size_t n) {
   ReadAt(kStreamReaderSource, mFile, position, target, n);
 }
 
-bool SourceFile::IsSameAs(const std::string& path) const {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && status.st_dev == mDevice && status.st_ino == mInode;
-}
-
-bool SourceFile::IsSameAs(const struct stat& status) const {
-  return status.st_dev == mDevice && status.st_ino == mInode &&
-         static_cast<std::uint64_t>(status.st_size) == mLength;
-}
-
 void SourceFile::Open() {
   if (GetOpenSources().size() >= kMaximumOpenSources) CloseOldest();
-  mFile = OpenSharingHandles(mPath, "rb");
-  if (mFile == nullptr) RaiseReadError();
+  mFile = OpenSharingHandles(GetPath());
+  if (mFile == nullptr && errno == ENOENT) mIdentity.RaiseChanged();
+  if (mFile == nullptr) {
+    Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::ReadError,
+                     "Unable to read from file");
+  }
   GetOpenSources().push_front(this);
-  struct stat status {};
-  if (fstat(fileno(mFile), &status) != 0 || !IsSameAs(status)) {
+  try {
+    mIdentity.CheckUnchanged(mFile);
+  } catch (...) {
     Close();
-    RaiseReadError();
+    throw;
   }
   // StreamReader reads in large pieces or straight into its caller's memory.
   std::setvbuf(mFile, nullptr, _IONBF, 0);
@@ -83,12 +66,9 @@ void SourceFile::Close() {
   mFile = nullptr;
 }
 
-std::FILE* OpenSharingHandles(const std::string& path, const char* mode) {
-  while (true) {
-    std::FILE* file = std::fopen(path.c_str(), mode);
-    if (file != nullptr || (errno != EMFILE && errno != ENFILE)) return file;
-    if (!SourceFile::CloseOldest()) return nullptr;
-  }
+std::FILE* OpenSharingHandles(const std::string& path) {
+  return RetryWithFewerHandles([&] { return std::fopen(path.c_str(), "rb"); },
+                               [](const std::FILE* file) { return file != nullptr; });
 }
 
 }  // namespace QovJbf

@@ -247,10 +247,10 @@ void StreamReader::ReadStored(const BlockExtent& block, std::uint64_t begin, voi
   }
 }
 
-bool StreamReader::ReadsFrom(const std::string& path) const {
-  return mpState->mpSource->IsSameAs(path);
-}
+bool StreamReader::ReadsFrom(const std::string& path) const { return GetIdentity().IsFileAt(path); }
 
-const std::string& StreamReader::GetPath() const { return mpState->mpSource->GetPath(); }
+const std::string& StreamReader::GetPath() const { return GetIdentity().GetPath(); }
+
+const FileIdentity& StreamReader::GetIdentity() const { return mpState->mpSource->GetIdentity(); }
 
 }  // namespace QovJbf

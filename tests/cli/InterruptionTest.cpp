@@ -1,3 +1,7 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -45,6 +49,30 @@ TEST_F(Interruption, ByAFullDiskIsTold) {
   EXPECT_EQ(Merge().mStatus, 0);
   mOutput = "/dev/full";
   EXPECT_EQ(Merge().mStatus, 2);
+}
+
+TEST_F(Interruption, ByAnotherWriterOfTheOutputIsToldAndHarmsNothing) {
+  SaveViewPointFile(mDir / "v.vpt", "walk");
+  WriteFile(mOutput, "another run's");
+  const int other = ::open(mOutput.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
+  const std::string view = mDir / "v.vpt";
+  const std::pair<std::vector<std::string>, int> runs[] = {
+      {{mInputs[0], mInputs[1]}, 2},
+      {{"--merge-as-instances", mInputs[0], mInputs[1]}, 2},
+      {{mInputs[0], view}, 2},
+      {{mInputs[0], mInputs[1], view}, 3}};
+  for (const auto& [arguments, status] : runs) {
+    std::vector<std::string> command = {RYXMERGE_PROGRAM};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    command.push_back(mOutput);
+    const Outcome outcome = RunProgram(command, mSurroundings);
+    EXPECT_EQ(outcome.mStatus, status);
+    EXPECT_THAT(outcome.mErr, HasSubstr("\"" + mOutput + "\" is being written by another run"));
+    EXPECT_EQ(ReadFile(mOutput), "another run's");
+  }
+  ::close(other);
+  EXPECT_EQ(Merge().mStatus, 0);
 }
 
 /// Whenever it comes, the inputs stay, what is left is no model or a whole one, and the next run

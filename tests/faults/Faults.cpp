@@ -1,5 +1,6 @@
 #include "Faults.h"
 
+#include <fcntl.h>
 #include <stdio_ext.h>
 #include <zlib.h>
 
@@ -58,6 +59,16 @@ extern "C" {
 std::FILE* __real_fopen(const char* path, const char* mode);
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
   return Fails(Call::Open, EMFILE) ? nullptr : __real_fopen(path, mode);
+}
+
+int __real_open(const char* path, int flags, ...);
+int __wrap_open(const char* path, int flags, mode_t mode) {
+  return Fails(Call::Open, EMFILE) ? -1 : __real_open(path, flags, mode);
+}
+
+std::FILE* __real_fdopen(int descriptor, const char* mode);
+std::FILE* __wrap_fdopen(int descriptor, const char* mode) {
+  return Fails(Call::Open, ENOMEM) ? nullptr : __real_fdopen(descriptor, mode);
 }
 
 int __real_fclose(std::FILE* file);

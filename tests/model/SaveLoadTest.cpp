@@ -4,7 +4,9 @@
 #include <array>
 #include <filesystem>
 #include <functional>
+#include <utility>
 
+#include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "support/Errors.h"
 #include "support/Files.h"
@@ -100,6 +102,64 @@ TEST(Save, RefusesAFileThatIsStillReadFrom) {
               "Output file \"" + (dir / "link.ryx") + "\" is also an input",
               [&] { SaveTree(tree, dir / "link.ryx"); });
   EXPECT_EQ(ReadStreams(dir / "a.ryx"), before);
+}
+
+/// Does something when the first array of a model has been written.
+class DuringSave : public ProgressListener {
+ public:
+  explicit DuringSave(std::function<void()> action) : mAction(std::move(action)) {
+    SetProgressListener(this);
+  }
+  ~DuringSave() override { SetProgressListener(nullptr); }
+  DuringSave(const DuringSave&) = delete;
+  DuringSave& operator=(const DuringSave&) = delete;
+
+  void Start(std::uint64_t /*numBytes*/) override {}
+  void Advance(std::uint64_t /*numBytes*/) override {
+    std::exchange(mAction, [] {})();
+  }
+  void Finish() override {}
+
+ private:
+  std::function<void()> mAction;
+};
+
+TEST(Save, RefusesInputsThatChangedSinceTheyWereLoaded) {
+  const TempDir dir;
+  const std::string input = dir / "a.ryx";
+  const std::string output = dir / "out.ryx";
+  const auto touch = [&] { WriteFile(input, ReadFile(input)); };
+  const auto expectRefusal = [&](Tree& tree) {
+    ExpectError(ErrorType::ReadError, "\"" + input + "\" changed while it was read",
+                [&] { SaveTree(tree, output); });
+  };
+  SaveSample(input);
+  Tree during(false);
+  LoadTree(during, input);
+  {
+    const DuringSave change(touch);
+    expectRefusal(during);
+  }
+  Tree loaded(false);
+  EXPECT_THROW(LoadTree(loaded, output), Qov::Util::Exception) << "it must not pass for a model";
+
+  WriteFile(output, "precious");
+  Tree before(false);
+  LoadTree(before, input);
+  touch();
+  expectRefusal(before);
+  Tree bare(false);
+  SaveTree(bare, input);
+  Tree withoutArrays(false);
+  LoadTree(withoutArrays, input);
+  touch();
+  expectRefusal(withoutArrays);
+  EXPECT_EQ(ReadFile(output), "precious");
+
+  Tree updated(false);
+  LoadTree(updated, input);
+  updated.Save(input, false, "", Tree::SupportedFileFormats::Ryx);
+  EXPECT_NO_THROW(SaveTree(updated, output)) << "its own change is none";
 }
 
 class Impostor : public Node {

@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Qov/Export.h"
+#include "Qov/Jbf/FileIdentity.h"
 #include "Qov/Jbf/Index.h"
 #include "Qov/Jbf/StreamReader.h"
 
@@ -35,10 +37,12 @@ class QOV_EXPORT JbFile {
   JbFile(const JbFile&) = delete;
   JbFile& operator=(const JbFile&) = delete;
 
-  /// Modes "wb+", "rb+" and "rb". Raises MiscellaneousError. The handle stays this object's and
-  /// is closed with it.
+  /// Modes "wb+", "rb+" and "rb". Raises MiscellaneousError, also for an output that another
+  /// process or object has open for writing; nothing is truncated then. The handle stays this
+  /// object's and is closed with it.
   std::FILE* OpenFile(const std::string& path, const char* mode);
-  /// Writes what is still buffered: a failing close raises WriteError.
+  /// Closes the file. Raises WriteError for an output that could not be written to its end or that
+  /// its path no longer leads to, and ReadError for an input that changed since it was opened.
   virtual void CloseFile();
 
   /// Whether the file begins with the magic.
@@ -88,14 +92,18 @@ class QOV_EXPORT JbFile {
   Index& GetIndex() { return mIndex; }
   std::FILE* GetStream() const { return mStream; }
   const std::string& GetPath() const { return mPath; }
+  /// What the input was when it was opened; nothing for an output.
+  const std::optional<FileIdentity>& GetIdentity() const { return mIdentity; }
 
  private:
+  void CheckBeforeClosing();
   void ReadIndexIfNeeded();
   Block& GetReadingBlock(const std::string& name);
 
   std::string mPath;
   std::FILE* mStream = nullptr;
   bool mIsWritable = false;
+  std::optional<FileIdentity> mIdentity;
   std::shared_ptr<SourceFile> mpSource;
   Index mIndex;
 };

@@ -8,12 +8,13 @@
 #include <vector>
 
 #include "Qov/Export.h"
+#include "Qov/Jbf/FileIdentity.h"
 
 namespace QovJbf {
 
 /// A file that is read again later: its path and what it was when it was first seen.
 /// At most a few dozen handles are open at once in the process; the least recently used ones are
-/// closed and opened again when needed. A file that was exchanged in between raises ReadError.
+/// closed and opened again when needed. A file that changed in between raises ReadError.
 class SourceFile;
 
 /// Reads one stream of a container file without holding all of it in memory.
@@ -92,6 +93,8 @@ class QOV_EXPORT StreamReader {
   /// True if `path` is the very file that this reads from (device and inode).
   bool ReadsFrom(const std::string& path) const;
   const std::string& GetPath() const;
+  /// What the file was when it was first opened.
+  const FileIdentity& GetIdentity() const;
 
  private:
   struct State;

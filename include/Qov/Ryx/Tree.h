@@ -31,9 +31,10 @@ using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
 ///
 /// Loading reads descriptors; arrays and node sets stay in the file and are read when they are
 /// asked for or when the model is saved. So the files of a model must stay as they are while it
-/// lives. All trees of a process are used by one thread, their arrays too, and while one is loaded
-/// or saved no other is: the log, the handles of files and the version that is being read belong to
-/// the process.
+/// lives: Save raises ReadError, which names the file, if one has changed since it was opened. All
+/// trees of a process are used by one thread, their arrays too, and while one is loaded or saved no
+/// other is: the log, the handles of files and the version that is being read belong to the
+/// process.
 ///
 /// Every error is a Qov::Util::Exception (or QovJbf::DamagedBlock for a block that zlib
 /// refuses). After a failed Load or Merge the tree holds part of the file: discard it. After a
@@ -65,8 +66,9 @@ class QOV_EXPORT Tree {
   /// Puts what LoadViewPathVec reads into a file that is being written.
   void SaveViewPathVec(QovJbf::JbFile& file) const;
   /// Writes the model and adds this program to its history. `create` false updates a file in
-  /// place. Refuses to write over a file that arrays have still to be read from
-  /// (MiscellaneousError).
+  /// place. Refuses to write over a file that arrays have still to be read from, or that another
+  /// run is writing (MiscellaneousError). Raises ReadError if a file that the model was loaded from
+  /// has changed, and WriteError if `path` no longer leads to the written file at the end.
   void Save(const std::string& path, bool create, const std::string& comment,
             const SupportedFileFormats& format);
   /// Moves a shape of `source` and the geometry that is its first child beneath the first group
@@ -114,6 +116,7 @@ class QOV_EXPORT Tree {
   void SaveTree(QovJbf::JbFile& file);
   void SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment);
   void RefuseToOverwriteSources(const std::string& path) const;
+  void CheckSources() const;
   void CutFalseLinks();
 
   NodeTree mNodes;
@@ -123,6 +126,7 @@ class QOV_EXPORT Tree {
   SequencerData mSequencerData;
   std::string mFileVersion;
   std::vector<std::string> mUnknownStreams;
+  std::vector<QovJbf::FileIdentity> mSources;  ///< The files that were loaded.
   std::vector<ModifierInfo> mModifiers;
   ModifierInfo mCurrentModifier;
 };

@@ -121,6 +121,7 @@ void Tree::MergeFile(const std::string& path) {
 
 void Tree::OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets) {
   file.OpenFile(path, "rb");
+  mSources.push_back(*file.GetIdentity());
   if (!file.IsJbFile()) {
     Raise(kSource, ErrorType::FormatNotSupported, path + " is not a Ryx file");
   }
@@ -173,6 +174,7 @@ void Tree::UpdateBufferLinks() {
 }
 
 void Tree::LoadViewPathVec(QovJbf::JbFile& file) {
+  if (file.GetIdentity()) mSources.push_back(*file.GetIdentity());
   if (!file.HasStream(kViewPoints)) return;
   CheckExpansion(file, {kViewPoints});
   ViewPoint viewPoint;

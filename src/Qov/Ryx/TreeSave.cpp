@@ -116,10 +116,13 @@ void Tree::Save(const std::string& path, bool create, const std::string& comment
                 const SupportedFileFormats& format) {
   if (format != SupportedFileFormats::Ryx) return;
   RefuseToOverwriteSources(path);
+  CheckSources();
+  // It may be updated in place, and is another file afterwards.
+  std::erase_if(mSources, [&path](const auto& source) { return source.IsFileAt(path); });
   CutFalseLinks();
+  mFileVersion = QovJbf::kCurrentFileVersion;
   QovJbf::JbFile file;
   file.OpenFile(path, create ? "wb+" : "rb+");
-  mFileVersion = QovJbf::kCurrentFileVersion;
   file.WriteHeader();
   const ProgressReport report(CountHeavyBytes(mNodes));
   SaveHeavyBlocks(file, true);
@@ -132,6 +135,14 @@ void Tree::RefuseToOverwriteSources(const std::string& path) const {
       Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MiscellaneousError,
                        "Output file \"" + path + "\" is also an input");
     }
+  }
+}
+
+/// Raises if a file that anything of the model came from has changed since it was first opened.
+void Tree::CheckSources() const {
+  for (const QovJbf::FileIdentity& source : mSources) source.CheckUnchanged();
+  for (const QovJbf::StreamReader* reader : FindReaders(mNodes)) {
+    reader->GetIdentity().CheckUnchanged();
   }
 }
 
@@ -173,6 +184,7 @@ void Tree::FlushAndClose(QovJbf::JbFile& file, const std::string& comment) {
                                     kGlobalInformation, kViewPoints}) {
     file.AddBlockTransformation(stream, QovJbf::BlockFlag::kCompressed);
   }
+  CheckSources();  // before the root index, without which the output is not taken for a model
   file.GetIndex().WriteAllBuffersToFileStream(file.GetStream());
   file.CloseFile();
 }
