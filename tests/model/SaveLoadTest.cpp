@@ -237,8 +237,6 @@ TEST_F(SpoiltModel, LacksAStreamOrItsEnd) {
     spoilt.erase(name);
     if (name == kGlobalInformation || name == kViewPoints) {
       EXPECT_NO_THROW(LoadOf(spoilt)());
-    } else if (name == kHeavyData) {
-      ExpectError(ErrorType::OutOfBounds, "Not enough bytes in the block", LoadOf(spoilt));
     } else {
       ExpectError(ErrorType::ElementNotFound, "Element Not Found", LoadOf(spoilt));
     }

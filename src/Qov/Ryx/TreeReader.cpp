@@ -150,6 +150,9 @@ std::unique_ptr<Node> TreeReader::ReadGeometry(const Record& record) {
   const bool shuffled = HasShuffledValues(record.mVersion);
   if (!shuffled) MoveBehindSets();
   geometry->ReadJb(mFile, kLightData, kAttributes, record.mVersion, mInlineOffset);
+  for (const Geometry::VarStruct& variable : geometry->GetVariables()) {
+    if (!variable.mLinked && variable.mValues.GetNumElements() != 0) RequireHeavyStream();
+  }
   ShiftLinks(*geometry);
   mGeometries.push_back({geometry.get(), shuffled});
   return geometry;
@@ -158,9 +161,14 @@ std::unique_ptr<Node> TreeReader::ReadGeometry(const Record& record) {
 std::unique_ptr<Node> TreeReader::ReadNodeSets(const Record& record) {
   auto sets = std::make_unique<NodeSets>(record.mName);
   sets->ReadLightData(mFile, kLightData);
+  RequireHeavyStream();
   sets->LoadDataBlocks(mpHeavy, mpNumSetBytes);
   mPrecedingSets = sets.get();
   return sets;
+}
+
+void TreeReader::RequireHeavyStream() {
+  if (!mFile.HasStream(kHeavyData)) Raise(kSource, ErrorType::ElementNotFound);
 }
 
 /// Inline values that follow node sets in the tree follow them in the heavy stream too.

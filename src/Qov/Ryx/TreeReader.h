@@ -43,6 +43,7 @@ class TreeReader {
   void NoteLostLinks(Geometry& geometry) const;
   void CheckShares() const;
   void Enter(Record record, bool isFirst);
+  void RequireHeavyStream();
   void MoveBehindSets();
 
   QovJbf::JbFile& mFile;
