@@ -1,3 +1,6 @@
+#include <malloc.h>
+#include <sys/resource.h>
+
 #include <csignal>
 #include <exception>
 #include <iostream>
@@ -17,12 +20,22 @@ namespace {
 constexpr int kUsageError = 1;
 constexpr int kErrorOutsideMerges = 3;
 
+/// malloc reserves 64 MiB of address space for each thread, which is much where that is limited
+/// (ulimit -v).
+void SaveAddressSpace() {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
+    ::mallopt(M_ARENA_MAX, 1);
+  }
+}
+
 int Run(const std::string& program, const std::vector<std::string>& arguments) {
   const std::optional<CommandLine> commandLine = ParseCommandLine(arguments);
   if (!commandLine) {
     std::cerr << "Usage: " << program << " <files_to_merge> <output_file>" << std::endl;
     return kUsageError;
   }
+  SaveAddressSpace();
   std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no further is an error to be told
   SetLogFile();
   const TerminalProgress progress;

@@ -34,7 +34,8 @@ BlockOutput& Index::GetOutput() {
   if (!mpOutput) {
     std::uint32_t blockSize = 0;
     for (const auto& [name, stream] : mLimiters) blockSize = std::max(blockSize, stream.mLimit);
-    mpOutput = std::make_unique<BlockOutput>(GetThreadCount(blockSize), blockSize, mExpectedLength);
+    mNumThreads = std::min(GetThreadCount(blockSize), mMostThreads);
+    mpOutput = std::make_unique<BlockOutput>(mNumThreads, blockSize, mExpectedLength);
   }
   return *mpOutput;
 }

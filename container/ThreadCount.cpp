@@ -1,5 +1,6 @@
 #include "ThreadCount.h"
 
+#include <pthread.h>
 #include <sched.h>
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <limits>
+#include <locale>
 #include <optional>
 #include <sstream>
 #include <thread>
@@ -24,22 +26,32 @@ constexpr const char* kThreadsVariable = "RYXMERGE_THREADS";
 constexpr unsigned kMostThreads = 256;
 constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
+/// A system file. Its numbers are those of the C locale, whatever the process has set.
+class SystemFile : public std::ifstream {
+ public:
+  explicit SystemFile(const std::string& path) {
+    imbue(std::locale::classic());
+    open(path);
+  }
+};
+
 /// The first word of a file as a number; nothing for a file that is not there or says "max".
 std::optional<std::uint64_t> ReadNumber(const std::string& path) {
-  std::ifstream file(path);
+  SystemFile file(path);
   std::int64_t number = 0;
   if (!(file >> number) || number < 0) return std::nullopt;
   return static_cast<std::uint64_t>(number);
 }
 
-/// The number behind `key` in a file of lines "key number".
+/// The number after `key` in a file of lines that begin with "key number".
 std::optional<std::uint64_t> ReadEntry(const std::string& path, const std::string& key) {
-  std::ifstream file(path);
+  SystemFile file(path);
   for (std::string line; std::getline(file, line);) {
-    std::istringstream words(line);
-    std::string word;
+    if (!line.starts_with(key)) continue;
+    std::istringstream rest(line.substr(key.size()));
+    rest.imbue(std::locale::classic());
     std::uint64_t number = 0;
-    if (words >> word >> number && word == key) return number;
+    if ((rest.peek() == ' ' || rest.peek() == '\t') && rest >> number) return number;
   }
   return std::nullopt;
 }
@@ -57,7 +69,7 @@ struct GroupLine {
 
 std::vector<GroupLine> ReadGroupLines(const std::string& root) {
   std::vector<GroupLine> lines;
-  std::ifstream file(root + "/proc/self/cgroup");
+  SystemFile file(root + "/proc/self/cgroup");
   for (std::string line; std::getline(file, line);) {
     const std::size_t first = line.find(':');
     const std::size_t second = line.find(':', first + 1);
@@ -98,7 +110,7 @@ void VisitGroupsOf(const std::string& root, const std::string& controller,
 std::uint64_t GetQuota(const std::string& folder) {
   std::optional<std::uint64_t> quota = ReadNumber(folder + "/cpu.cfs_quota_us");
   std::optional<std::uint64_t> period = ReadNumber(folder + "/cpu.cfs_period_us");
-  std::ifstream file(folder + "/cpu.max");
+  SystemFile file(folder + "/cpu.max");
   std::uint64_t quota2 = 0;
   std::uint64_t period2 = 0;
   if (file >> quota2 >> period2) std::tie(quota, period) = std::pair{quota2, period2};
@@ -163,15 +175,44 @@ std::uint64_t MachineShare::GetFreeMemory() const {
   std::uint64_t free = available ? *available * kKilobyte : kUnlimited;
   VisitGroupsOf(mRoot, "memory",
                 [&](const std::string& folder) { free = std::min(free, GetFreeMemoryOf(folder)); });
+  return std::min(free, GetFreeAddressSpace());
+}
+
+std::uint64_t MachineShare::GetFreeAddressSpace() const {
+  constexpr std::uint64_t kKilobyte = 1024;
+  std::uint64_t free = kUnlimited;
+  const std::pair<const char*, const char*> limits[] = {{"Max address space", "VmSize:"},
+                                                        {"Max data size", "VmData:"}};
+  for (const auto& [name, measure] : limits) {
+    const auto limit = ReadEntry(mRoot + "/proc/self/limits", name);
+    const auto used = ReadEntry(mRoot + "/proc/self/status", measure);
+    if (limit && used) free = std::min(free, *limit - std::min(*limit, *used * kKilobyte));
+  }
   return free;
 }
 
 unsigned GetThreadCount(std::uint64_t blockSize, const MachineShare& share) {
-  if (const auto threads = GetThreadsFromEnvironment()) return *threads;
-  const std::uint64_t memory = share.GetFreeMemory() / 2;
-  unsigned threads = std::min(share.CountProcessors(), kMostThreads);
-  while (threads > 1 && GetCompressionMemory(threads, blockSize) > memory) --threads;
+  const auto wanted = GetThreadsFromEnvironment();
+  const std::uint64_t memory = wanted ? kUnlimited : share.GetFreeMemory() / 2;
+  const std::uint64_t space = share.GetFreeAddressSpace() / 2;
+  const auto fits = [&](unsigned threads) {
+    const std::uint64_t needed = GetCompressionMemory(threads, blockSize);
+    return needed <= memory && needed + threads * GetThreadSpace() <= space;
+  };
+  unsigned threads = wanted ? *wanted : std::min(share.CountProcessors(), kMostThreads);
+  while (threads > 1 && !fits(threads)) --threads;
   return threads;
+}
+
+std::uint64_t GetThreadSpace() {
+  constexpr std::uint64_t kUsualStack = std::uint64_t{8} << 20;
+  constexpr std::uint64_t kHeap = std::uint64_t{64} << 20;  // malloc reserves one for each thread
+  pthread_attr_t attributes;
+  if (pthread_getattr_default_np(&attributes) != 0) return kUsualStack + kHeap;
+  std::size_t stack = kUsualStack;
+  pthread_attr_getstacksize(&attributes, &stack);
+  pthread_attr_destroy(&attributes);
+  return stack + kHeap;
 }
 
 std::uint64_t GetCompressionMemory(unsigned threads, std::uint64_t blockSize,

@@ -15,16 +15,24 @@ class MachineShare {
   /// Processors, at least 1: those that the process may run on, or fewer if it may use only so
   /// much of their time.
   unsigned CountProcessors() const;
-  /// Bytes of memory that can be had without swapping; UINT64_MAX if the system does not tell.
+  /// Bytes of memory that can be had without swapping and within the limits of the process;
+  /// UINT64_MAX if the system does not tell.
   std::uint64_t GetFreeMemory() const;
+  /// Bytes of address space that the limits of the process leave it; UINT64_MAX without limits.
+  std::uint64_t GetFreeAddressSpace() const;
 
  private:
   std::string mRoot;
 };
 
-/// How many threads are to compress blocks of `blockSize` bytes: RYXMERGE_THREADS says so, else a
-/// thread for each processor, but no more than half of the free memory can feed.
+/// Returns how many threads are to compress blocks of `blockSize` bytes: as many as
+/// RYXMERGE_THREADS says, else one for each processor, but no more than half of the free memory can
+/// feed. In any case no more than fit with their stacks into half of the address space that the
+/// process may still use.
 unsigned GetThreadCount(std::uint64_t blockSize, const MachineShare& share = MachineShare());
+
+/// Bytes of address space that a thread takes for itself.
+std::uint64_t GetThreadSpace();
 
 /// Bytes of chunks in use that keep so many threads busy with `length` bytes in blocks of
 /// `blockSize`, 0 if it is not known how many there will be.

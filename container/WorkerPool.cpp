@@ -1,6 +1,6 @@
 #include "WorkerPool.h"
 
-#include <system_error>
+#include <exception>
 #include <utility>
 
 namespace QovJbf {
@@ -19,8 +19,8 @@ WorkerPool::~WorkerPool() {
 void WorkerPool::StartThread() {
   try {
     mThreads.emplace_back([this] { Work(); });
-  } catch (const std::system_error&) {
-    mMostThreads = mThreads.size();  // those that there are do the work of all
+  } catch (const std::exception&) {
+    mMostThreads = mThreads.size();  // the system or the memory grants no more
   }
 }
 

@@ -4,10 +4,12 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <random>
 
 #include "ryxFixture.h"
+#include "support/BuildKind.h"
 #include "support/Files.h"
 #include "support/Soundness.h"
 
@@ -30,6 +32,16 @@ class Interruption : public RyxProgram {
   }
   std::string ReadInputs() const { return ReadFile(mInputs[0]) + ReadFile(mInputs[1]); }
 
+  /// The output without its history, which holds the date: the first block and all before it.
+  std::string ReadHeavyData() const {
+    constexpr std::size_t kSizeOfFirst = 16 + 4 + 133;
+    constexpr std::size_t kFirst = 2800;
+    const std::string bytes = ReadFile(mOutput);
+    std::uint32_t size = 0;
+    if (bytes.size() >= kFirst) std::memcpy(&size, bytes.data() + kSizeOfFirst, sizeof size);
+    return bytes.substr(std::min(kFirst, bytes.size()), size);
+  }
+
   const std::vector<std::string> mInputs = {mDir / "a.ryx", mDir / "b.ryx"};
   std::string mOutput = mDir / "out.ryx";
   std::string mBefore;
@@ -49,6 +61,29 @@ TEST_F(Interruption, ByAFullDiskIsTold) {
   EXPECT_EQ(Merge().mStatus, 0);
   mOutput = "/dev/full";
   EXPECT_EQ(Merge().mStatus, 2);
+}
+
+/// Several threads take more memory than one: whatever one can merge, the others can, too.
+TEST_F(Interruption, ByShortMemoryComesNoSoonerWithThreads) {
+  if (kIsSanitized) GTEST_SKIP() << "the address space cannot be limited";
+  for (const std::string& input : mInputs) SavePlate(input, {"Stress|LC1", "Heat|LC1"}, 0, 400000);
+  const rlim_t limits[] = {64, 72, 80, 88, 96, 112, 128, 256, 800};
+  std::size_t numMerged = 0;
+  std::string merged;
+  for (const rlim_t megabytes : limits) {
+    mSurroundings.mLimits[RLIMIT_AS] = megabytes << 20;
+    mSurroundings.mEnvironment["RYXMERGE_THREADS"] = "1";
+    if (Merge().mStatus != 0) continue;
+    ++numMerged;
+    merged = ReadHeavyData();
+    for (const char* threads : {"0", "2", "16"}) {
+      mSurroundings.mEnvironment["RYXMERGE_THREADS"] = threads;
+      const Outcome outcome = Merge();
+      EXPECT_EQ(outcome.mStatus, 0) << megabytes << " MB, threads: " << threads << outcome.mErr;
+      EXPECT_TRUE(ReadHeavyData() == merged) << megabytes << " MB, threads: " << threads;
+    }
+  }
+  EXPECT_GT(numMerged, 2U);
 }
 
 TEST_F(Interruption, ByAnotherWriterOfTheOutputIsToldAndHarmsNothing) {

@@ -87,6 +87,41 @@ TEST_F(ThreadCountTest, FitsTheThreadsIntoHalfOfTheFreeMemory) {
   EXPECT_EQ(GetThreadCount(100, Share()), 1U);
 }
 
+TEST_F(ThreadCountTest, FitsTheThreadsIntoTheLimitsOfTheProcess) {
+  const auto write = [&](const std::string& space, const std::string& data) {
+    Write("proc/self/limits",
+          "Limit             Soft Limit    Hard Limit    Units\n"
+          "Max data size     " +
+              data +
+              "     unlimited     bytes\n"
+              "Max address space " +
+              space + "     unlimited     bytes\n");
+  };
+  const auto megabytes = [](std::uint64_t n) { return std::to_string(n * kMegabyte); };
+  Write("proc/self/status", "Name:\tx\nVmSize:\t   10240 kB\nVmData:\t    1024 kB\n");
+  write("unlimited", "unlimited");
+  EXPECT_EQ(Share().GetFreeAddressSpace(), kUnknown);
+  EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), mAllowed);
+  write(megabytes(100), "unlimited");
+  EXPECT_EQ(Share().GetFreeAddressSpace(), 90 * kMegabyte);
+  EXPECT_EQ(Share().GetFreeMemory(), 90 * kMegabyte);
+  EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), 1U);
+  {
+    const ScopedEnvironment environment("RYXMERGE_THREADS", "7");
+    EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), 1U);
+  }
+  write("unlimited", megabytes(50));
+  EXPECT_EQ(Share().GetFreeAddressSpace(), 49 * kMegabyte);
+  write(megabytes(5), megabytes(5));
+  EXPECT_EQ(Share().GetFreeAddressSpace(), 0U);
+  // Two threads fit in with their chunks, but not with their stacks as well.
+  const std::uint64_t needed = 2 * (300 + 2 * GetThreadSpace() / kMegabyte);
+  write(megabytes(10 + needed - 1), "unlimited");
+  EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), 1U);
+  write(megabytes(10 + needed), "unlimited");
+  EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), std::min(mAllowed, 2U));
+}
+
 TEST_F(ThreadCountTest, ObeysTheEnvironment) {
   WriteAvailable(0);
   for (const auto& [text, threads] : std::initializer_list<std::pair<const char*, unsigned>>{

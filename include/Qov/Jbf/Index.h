@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -140,6 +141,10 @@ class QOV_EXPORT Index {
   void StreamToFile(const std::string& name, std::FILE* file, std::uint64_t expectedLength = 0);
   /// Drops what is still to be written, before the file is closed.
   void StopWriting();
+  /// Compresses with no more than `most` threads, which must be called before anything is written.
+  void LimitThreads(unsigned most) { mMostThreads = most; }
+  /// The threads that blocks were compressed on so far, the calling one if there were no others.
+  unsigned GetNumThreads() const { return mNumThreads; }
   void WriteBufferToFileStream(std::uint64_t k, std::FILE* file);
   void WriteIndexBufferToFileStream(std::uint64_t k, std::FILE* file);
   void WriteAllBuffersToFileStream(std::FILE* file);
@@ -202,7 +207,9 @@ class QOV_EXPORT Index {
   std::size_t mWritten = 0;     ///< How many items at the front are frozen or index blocks.
   std::unique_ptr<BlockOutput> mpOutput;  ///< What is being compressed; null until it is needed.
   std::FILE* mpFile = nullptr;            ///< Where streamed blocks go.
-  std::uint64_t mExpectedLength = 0;      ///< Of the streamed blocks; 0 if it is not known.
+  unsigned mMostThreads = std::numeric_limits<unsigned>::max();
+  unsigned mNumThreads = 1;
+  std::uint64_t mExpectedLength = 0;  ///< Of the streamed blocks; 0 if it is not known.
 };
 
 }  // namespace QovJbf

@@ -111,6 +111,9 @@ class QOV_EXPORT Tree {
   void LoadGlobalInfo(QovJbf::JbFile& file);
   void LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent, bool wideOffsets);
   void UpdateBufferLinks();
+  bool WriteWithAllThreads(const std::string& path, bool create, const std::string& comment);
+  void Write(QovJbf::JbFile& file, const std::string& path, bool create,
+             const std::string& comment);
   void SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle);
   void FlushAndClose(QovJbf::JbFile& file, const std::string& comment);
   void SaveTree(QovJbf::JbFile& file);

@@ -121,7 +121,33 @@ void Tree::Save(const std::string& path, bool create, const std::string& comment
   std::erase_if(mSources, [&path](const auto& source) { return source.IsFileAt(path); });
   CutFalseLinks();
   mFileVersion = QovJbf::kCurrentFileVersion;
+  if (WriteWithAllThreads(path, create, comment)) return;
+  Qov::Log::Trace(kSource) << "There is not enough memory for several threads; saving with one ...";
   QovJbf::JbFile file;
+  file.GetIndex().LimitThreads(1);
+  Write(file, path, create, comment);
+}
+
+/// Returns false if memory was short and fewer threads may get along with it.
+bool Tree::WriteWithAllThreads(const std::string& path, bool create, const std::string& comment) {
+  const std::size_t numModifiers = mModifiers.size();
+  QovJbf::JbFile file;
+  const auto canUseFewer = [&] { return file.GetIndex().GetNumThreads() > 1; };
+  try {
+    Write(file, path, create, comment);
+    return true;
+  } catch (const std::bad_alloc&) {
+    if (!canUseFewer()) throw;
+  } catch (const Qov::Util::Exception& error) {
+    const bool isMemory = error.GetType() == Qov::Util::Exception::ErrorType::MemoryAllocationError;
+    if (!isMemory || !canUseFewer()) throw;
+  }
+  mModifiers.resize(numModifiers);
+  return false;
+}
+
+void Tree::Write(QovJbf::JbFile& file, const std::string& path, bool create,
+                 const std::string& comment) {
   file.OpenFile(path, create ? "wb+" : "rb+");
   file.WriteHeader();
   const ProgressReport report(CountHeavyBytes(mNodes));
