@@ -11,6 +11,7 @@
 #include "IndexLayout.h"
 #include "OutputFile.h"
 #include "Qov/Log/Record.h"
+#include "Qov/Util/CLocale.h"
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
 
@@ -31,7 +32,7 @@ constexpr std::size_t kVersionSize = 4;
 // "1.3" gives 13. Text that is no number, or a negative one, gives 0; a huge one the maximum.
 std::uint32_t GetVersionNumber(const std::string& version) {
   constexpr double kMaximum = 4.0e8;
-  const double parsed = std::strtod(version.c_str(), nullptr);
+  const double parsed = strtod_l(version.c_str(), nullptr, Qov::Util::GetCLocale());
   const double clamped = parsed > 0.0 ? std::min(parsed, kMaximum) : 0.0;
   return static_cast<std::uint32_t>((static_cast<float>(clamped) + 0.001) * 10.0);
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ContainerSupport.h"
+#include "support/ForeignLocale.h"
 
 namespace QovJbf {
 namespace {
@@ -118,6 +119,16 @@ TEST_F(JbFileTest, KnowsWhichVersionsItReads) {
   for (const char* version : {"1e30", "1e99", "inf"}) {
     ExpectError(ErrorType::UnknownVersion, "upto 13.", [&] { isCurrent(version); });
   }
+}
+
+TEST_F(JbFileTest, ReadsVersionsAlikeInEveryLocale) {
+  const DecimalComma comma(mFolder);
+  if (!comma.IsSet()) GTEST_SKIP() << "no locale with a decimal comma can be made";
+  bool isCurrent = false;
+  JbFile::CheckSupport("0.7", isCurrent);
+  EXPECT_TRUE(isCurrent);
+  ExpectError(ErrorType::UnknownVersion, "version 14",
+              [&] { JbFile::CheckSupport("1.4", isCurrent); });
 }
 
 TEST_F(JbFileTest, RefusesIndexBlocksThatListMoreThanTheFileHasBytes) {

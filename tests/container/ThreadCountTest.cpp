@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ContainerSupport.h"
+#include "support/ForeignLocale.h"
 
 namespace QovJbf {
 namespace {
@@ -120,6 +121,13 @@ TEST_F(ThreadCountTest, FitsTheThreadsIntoTheLimitsOfTheProcess) {
   EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), 1U);
   write(megabytes(10 + needed), "unlimited");
   EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), std::min(mAllowed, 2U));
+}
+
+TEST_F(ThreadCountTest, ReadsNumbersAlikeInEveryLocale) {
+  Write("proc/self/cgroup", "0::/\n");
+  Write("sys/fs/cgroup/cpu.max", "100 100\n");
+  const ForeignStreams streams;
+  EXPECT_EQ(Share().CountProcessors(), 1U);
 }
 
 TEST_F(ThreadCountTest, ObeysTheEnvironment) {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <charconv>
 #include <exception>
 
 #include "LinkResolver.h"
@@ -23,8 +23,9 @@ std::uint64_t FileSize(const std::string& path) {
 std::string SecondsSince(std::chrono::steady_clock::time_point start) {
   const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
   std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.2f s", passed.count());
-  return text.data();
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), passed.count(),
+                                 std::chars_format::fixed, 2);
+  return std::string(text.data(), end.ptr) + " s";
 }
 
 /// " (3 without an instance part, 2 of ...)", naming only rules that kept something out.
