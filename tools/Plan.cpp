@@ -6,12 +6,14 @@
 #include <optional>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include "Command.h"
 #include "ValueText.h"
 #include "ledger/LedgerReport.h"
 #include "ledger/Obstacles.h"
 #include "ledger/SizeEstimate.h"
+#include "ledger/Warnings.h"
 
 namespace Qov::Tools {
 namespace {
@@ -21,9 +23,10 @@ constexpr int kWouldFail = 1;
 constexpr const char* kFooter =
     "Takes the command line of RyxMerge and tells what it would do: the order of the inputs, what\n"
     "of each comes into the output and what does not, new names, links, and the size. Writes\n"
-    "nothing and reads no values of results.\n"
+    "nothing and reads no values of results. Warnings come last, each with a remedy.\n"
     "\n"
-    "Exit status: 0 the merge can be done, 1 it would fail, 2 trouble.\n"
+    "Exit status: 0 the merge can be done, 1 it would fail or --strict and there are warnings,\n"
+    "2 trouble.\n"
     "\n"
     "Example: ryx plan --merge-as-instances --arrange-files run*.ryx all.ryx";
 
@@ -35,9 +38,24 @@ struct MergePlan {
   std::optional<Ledger> mLedger;  ///< Nothing if there will be no output.
   std::uint64_t mNumDuplicates = 0;
   SizeEstimate mSize;
+  std::vector<Warning> mWarnings;
+
+  bool HasRoom() const { return !mLedger || mSize.Fits(); }
+  bool CanBeDone() const { return mObstacles.empty() && HasRoom(); }
 };
 
-/// Results that bear the name of another one of their geometry, so that it alone is found by name.
+void Append(std::vector<Warning> more, std::vector<Warning>& warnings) {
+  warnings.insert(warnings.end(), more.begin(), more.end());
+}
+
+Warning NoRoom(const MergeRequest& request, const SizeEstimate& size) {
+  return {"no-room", request.mOutput,
+          fmt::format("the merge needs about {}, and {} are free", SizeText(size.mNeeded),
+                      SizeText(*size.mFree)),
+          "Free space, or write the output to another disk."};
+}
+
+/// Counts the results that share their name with an earlier result of the geometry.
 std::uint64_t CountDuplicates(const ExpectedModel& model) {
   std::uint64_t count = 0;
   for (const auto& [id, node] : model.mNodes) {
@@ -47,8 +65,10 @@ std::uint64_t CountDuplicates(const ExpectedModel& model) {
   return count;
 }
 
-MergePlan MakePlan(MergeRequest request) {
+MergePlan MakePlan(const MergeOptions& options, MergeRequest request) {
   MergePlan plan;
+  plan.mWarnings = FindOutputWarnings(request);
+  Append(FindRequestWarnings(options, request), plan.mWarnings);
   plan.mInputs = LoadInputs(request);
   plan.mRequest = std::move(request);
   plan.mObstacles = FindFileObstacles(plan.mRequest, plan.mInputs);
@@ -62,6 +82,8 @@ MergePlan MakePlan(MergeRequest request) {
   plan.mLedger = TakeStock(model, plan.mInputs);
   plan.mNumDuplicates = CountDuplicates(model);
   plan.mSize = EstimateSize(plan.mRequest, plan.mInputs, model, *plan.mLedger);
+  if (!plan.HasRoom()) plan.mWarnings.push_back(NoRoom(plan.mRequest, plan.mSize));
+  Append(FindContentWarnings(plan.mInputs, model, *plan.mLedger), plan.mWarnings);
   return plan;
 }
 
@@ -76,7 +98,7 @@ class PlanReport {
   void PrintOrder();
   void PrintObstacles();
   void PrintSize();
-  void PrintDuplicates();
+  void PrintVerdict();
   std::string Shown(const std::string& text) const { return Escape(text, mOutput.GetStyle()); }
 
   const MergePlan& mPlan;
@@ -122,10 +144,16 @@ void PlanReport::PrintSize() {
                            size.Fits() ? "enough" : "probably not enough"));
 }
 
-void PlanReport::PrintDuplicates() {
-  if (mPlan.mNumDuplicates == 0) return;
-  mOutput.Line(fmt::format("{} results bear the name of another one of their geometry",
-                           mPlan.mNumDuplicates));
+void PlanReport::PrintVerdict() {
+  if (!mPlan.mObstacles.empty()) {
+    PrintObstacles();
+  } else if (mPlan.mRequest.mMode == MergeMode::Nothing) {
+    mOutput.Line("One model and no view points: nothing would be written");
+  } else if (mPlan.HasRoom()) {
+    mOutput.Line("The merge can be done");
+  } else {
+    mOutput.Line("The merge would probably fail: the disk has not enough room");
+  }
 }
 
 void PlanReport::Print() {
@@ -133,15 +161,9 @@ void PlanReport::Print() {
   if (mPlan.mLedger) {
     PrintLedger(*mPlan.mLedger, mPlan.mRequest.mOutput, mOutput);
     PrintSize();
-    PrintDuplicates();
   }
-  if (!mPlan.mObstacles.empty()) {
-    PrintObstacles();
-  } else if (mPlan.mRequest.mMode == MergeMode::Nothing) {
-    mOutput.Line("One model and no view points: nothing would be written");
-  } else {
-    mOutput.Line("The merge can be done");
-  }
+  PrintVerdict();
+  PrintWarnings(mPlan.mWarnings, mOutput);
 }
 
 Json OrderJson(const std::vector<InputFile>& inputs) {
@@ -172,6 +194,7 @@ Json PlanJson(const MergePlan& plan) {
   document["path"] = JsonText(plan.mRequest.mOutput);
   document["order"] = OrderJson(plan.mInputs);
   document["obstacles"] = ObstaclesJson(plan.mObstacles);
+  document["warnings"] = WarningsJson(plan.mWarnings);
   if (!plan.mLedger) return document;
   document["size"] = {
       {"values", plan.mSize.mValues}, {"file", plan.mSize.mFile}, {"needed", plan.mSize.mNeeded}};
@@ -188,6 +211,7 @@ class PlanCommand : public Command {
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
+    app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
     app.add_flag("--json", mJson, "Print one JSON document");
     app.add_option("PATH", mPaths, "Two or more inputs, and the output behind them")
         ->required()
@@ -197,19 +221,21 @@ class PlanCommand : public Command {
 
  private:
   MergeOptions mOptions;
+  bool mStrict = false;
   bool mJson = false;
   std::vector<std::string> mPaths;
 };
 
 int PlanCommand::Run(Output& output, Output& /*errors*/) {
   const std::vector<std::string> inputs(mPaths.begin(), mPaths.end() - 1);
-  const MergePlan plan = MakePlan(MakeMergeRequest(mOptions, inputs, mPaths.back()));
+  const MergePlan plan = MakePlan(mOptions, MakeMergeRequest(mOptions, inputs, mPaths.back()));
   if (mJson) {
     output.Line(FormatJson(PlanJson(plan)));
   } else {
     PlanReport(plan, output).Print();
   }
-  return plan.mObstacles.empty() ? kSuccess : kWouldFail;
+  const bool isRefused = mStrict && !plan.mWarnings.empty();
+  return plan.CanBeDone() && !isRefused ? kSuccess : kWouldFail;
 }
 
 }  // namespace

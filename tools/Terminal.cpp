@@ -118,5 +118,8 @@ std::string Dim(std::string_view text, const TextStyle& style) {
 std::string Bold(std::string_view text, const TextStyle& style) {
   return Coloured(text, "1", style);
 }
+std::string Yellow(std::string_view text, const TextStyle& style) {
+  return Coloured(text, "33", style);
+}
 
 }  // namespace Qov::Tools

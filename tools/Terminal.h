@@ -35,5 +35,7 @@ std::size_t DisplayWidth(std::string_view text);
 std::string Dim(std::string_view text, const TextStyle& style);
 /// `text` made bold on a terminal with colours.
 std::string Bold(std::string_view text, const TextStyle& style);
+/// Returns `text` in yellow on a terminal with colours.
+std::string Yellow(std::string_view text, const TextStyle& style);
 
 }  // namespace Qov::Tools

@@ -13,6 +13,7 @@
 #include "check/UnreadContent.h"
 #include "ledger/LedgerReport.h"
 #include "ledger/Recount.h"
+#include "ledger/Warnings.h"
 
 namespace Qov::Tools {
 namespace {
@@ -23,9 +24,10 @@ constexpr std::size_t kUsualLimit = 20;
 constexpr const char* kFooter =
     "Give it the options and inputs that RyxMerge was given. Every value of every result in\n"
     "OUTPUT is compared with the input that it comes from, and so are names, links, attributes,\n"
-    "materials, node sets, views and the history.\n"
+    "materials, node sets, views and the history. Warnings come last, as those of ryx plan.\n"
     "\n"
-    "Exit status: 0 all is there, 1 something differs, 2 trouble.\n"
+    "Exit status: 0 all is there, 1 something differs or --strict and there are warnings,\n"
+    "2 trouble.\n"
     "\n"
     "Example: ryx verify --merge-as-instances --arrange-files all.ryx run*.ryx";
 
@@ -40,6 +42,7 @@ struct Verdict {
   std::vector<Obstacle> mTrouble;  ///< Why there is no recount.
   Ledger mLedger;
   Differences mDifferences;
+  std::vector<Warning> mWarnings;
 };
 
 bool HasInputs(const MergeRequest& request, const std::vector<InputFile>& inputs,
@@ -71,7 +74,16 @@ Obstacle UnreadableInput(const std::exception& error) {
   return {path, FileErrorText(path, error), ""};
 }
 
-void Examine(const MergeRequest& request, Verdict& verdict) {
+void AddWarnings(const MergeOptions& options, const MergeRequest& request,
+                 const std::vector<InputFile>& inputs, ExpectedModel& model, Verdict& verdict) {
+  verdict.mWarnings = FindRequestWarnings(options, request);
+  const Ledger planned = TakeStock(model, inputs);
+  for (Warning& warning : FindContentWarnings(inputs, model, planned)) {
+    verdict.mWarnings.push_back(std::move(warning));
+  }
+}
+
+void Examine(const MergeOptions& options, const MergeRequest& request, Verdict& verdict) {
   const std::vector<InputFile> inputs = LoadInputs(request);
   QovRyx::Tree output(false);
   if (!HasInputs(request, inputs, verdict)) return;
@@ -84,6 +96,7 @@ void Examine(const MergeRequest& request, Verdict& verdict) {
   }
   verdict.mLedger = model.mLedger;
   if (!obstacles.empty()) return;
+  AddWarnings(options, request, inputs, model, verdict);
   try {
     Recount recount(model, inputs, output, verdict.mDifferences);
     recount.Run();
@@ -113,7 +126,9 @@ void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Output& o
   PrintLedger(verdict.mLedger, request.mOutput, output);
   output.Line();
   if (verdict.IsGood()) {
-    output.Line("OK: nothing is missing and all values match.");
+    output.Line(TellsOfLoss(verdict.mWarnings)
+                    ? "OK: all values match. The warnings tell what the merge leaves out."
+                    : "OK: nothing is missing and all values match.");
     return;
   }
   const std::uint64_t count = verdict.mDifferences.GetCount();
@@ -152,6 +167,7 @@ Json VerdictJson(const MergeRequest& request, const Verdict& verdict) {
         {{"path", JsonText(trouble.mPath)}, {"text", Escape(trouble.mText, {})}});
   }
   if (!verdict.mTrouble.empty()) return document;
+  document["warnings"] = WarningsJson(verdict.mWarnings);
   document["differences"] = DifferencesJson(verdict.mDifferences);
   document["ledger"] = LedgerJson(verdict.mLedger);
   return document;
@@ -164,6 +180,7 @@ class VerifyCommand : public Command {
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
+    app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
     app.add_flag("--json", mJson, "Print one JSON document");
     app.add_option("--limit", mLimit, "Differences to show")
         ->capture_default_str()
@@ -175,6 +192,7 @@ class VerifyCommand : public Command {
 
  private:
   MergeOptions mOptions;
+  bool mStrict = false;
   bool mJson = false;
   std::size_t mLimit = kUsualLimit;
   std::string mOutputPath;
@@ -191,15 +209,17 @@ void PrintTrouble(const Verdict& verdict, Output& errors) {
 int VerifyCommand::Run(Output& output, Output& errors) {
   const MergeRequest request = MakeMergeRequest(mOptions, mInputPaths, mOutputPath);
   Verdict verdict(mLimit);
-  Examine(request, verdict);
+  Examine(mOptions, request, verdict);
   PrintTrouble(verdict, errors);
   if (mJson) {
     output.Line(FormatJson(VerdictJson(request, verdict)));
   } else if (verdict.mTrouble.empty()) {
     PrintVerdict(request, verdict, output);
+    PrintWarnings(verdict.mWarnings, output);
   }
   if (!verdict.mTrouble.empty()) return kTrouble;
-  return verdict.IsGood() ? kSuccess : kDiffers;
+  const bool isRefused = mStrict && !verdict.mWarnings.empty();
+  return verdict.IsGood() && !isRefused ? kSuccess : kDiffers;
 }
 
 }  // namespace

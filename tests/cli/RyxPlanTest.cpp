@@ -5,7 +5,9 @@
 #include <set>
 
 #include "LedgerFixture.h"
+#include "StreamDamage.h"
 #include "support/BuildKind.h"
+#include "support/Files.h"
 #include "support/SharedModels.h"
 
 namespace Qov::Test {
@@ -31,6 +33,26 @@ TEST_F(RyxPlan, TellsWhatInstancesShareAndLeaveOutAndWhatStandsInTheWay) {
     AddNode<QovRyx::Geometry>(tree, PlateIds::kShape, "One\033more");
   });
   ExpectTranscript("plan.txt");
+}
+
+/// Each kind of warning, in the plan and, where the output shows it, in the recount.
+TEST_F(RyxPlan, WarnsOfWhatMayNotBeMeant) {
+  Plate("first.ryx", {"Stress|LC1"});
+  Streams streams = ReadStreams(mDir / "first.ryx");
+  DamageStreams(streams, "Notes: 0 + 78; Ryx Tree: Plate+-9 = 07; Ryx Tree: Plate+0 + 0078");
+  WriteStreams(mDir / "dropped.ryx", streams);
+  SaveModel("other.ryx", [](QovRyx::Tree& tree) {
+    BuildPlate(tree, {"Stress"}, 2, 30);
+    AddNode<QovRyx::Group>(tree, PlateIds::kGroup, "Clip");
+    AddViewPointPath(tree, "walk", 2);
+  });
+  SaveModel("linked.ryx", [](QovRyx::Tree& tree) {
+    BuildPlate(tree, {"Stress|LC1"}, 2);
+    Mesh(tree).AppendVariable(MakeLinked("Same|LC1", {PlateIds::kGeometry, 2}));
+  });
+  SaveViewPointFile(mDir / "walk.vpt", "walk");
+  WriteFile(mDir / "none.vpt", ReadFile(mDir / "first.ryx"));
+  ExpectTranscript("plan_warnings.txt");
 }
 
 TEST_F(RyxPlan, EqualsTheRecountOfRandomMerges) {

@@ -11,6 +11,7 @@ inline constexpr std::string_view kCoordinates = "Coordinates";
 inline constexpr std::string_view kConnectivity = "Connectivity";
 inline constexpr std::string_view kPolylength = "Polylength";
 inline constexpr std::string_view kElementIds = "Element IDs";
+inline constexpr std::string_view kNodeIds = "Node Ids";
 inline constexpr std::string_view kPartElements = "Part Elements";
 
 /// Base name and instance part of a variable.
@@ -23,6 +24,12 @@ inline MeshName SplitName(std::string_view name) {
   std::string_view base = name.substr(0, separator);
   if (base.ends_with(' ')) base.remove_suffix(1);
   return {base, name.substr(separator + 1)};
+}
+
+/// Returns true for the base names of the arrays that make a mesh, ids included.
+inline bool IsMeshBase(std::string_view base) {
+  return base == kCoordinates || base == kConnectivity || base == kPolylength ||
+         base == kElementIds || base == kNodeIds || base == kPartElements;
 }
 
 }  // namespace Qov::Tools

@@ -46,9 +46,9 @@ MeshCounts CountMeshes(const StoredNode& geometry, ResultLinks& links) {
   return counts;
 }
 
+/// Returns true for arrays whose length says nothing about the points or elements, or defines it.
 bool IsMeshArray(std::string_view base) {
-  return base == kCoordinates || base == kConnectivity || base == kPolylength ||
-         base == kPartElements;
+  return IsMeshBase(base) && base != kNodeIds && base != kElementIds;
 }
 
 std::string CountsText(const std::set<std::uint64_t>& counts) {

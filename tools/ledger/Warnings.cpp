@@ -1,0 +1,282 @@
+#include "Warnings.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <iterator>
+#include <map>
+#include <string_view>
+#include <unordered_set>
+
+#include "FitOfInstances.h"
+#include "Qov/Jbf/JbFile.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "check/Finding.h"
+#include "check/MeshNames.h"
+#include "check/UnreadContent.h"
+
+namespace Qov::Tools {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* Plural(std::uint64_t count) { return count == 1 ? "" : "s"; }
+
+bool IsContainer(const std::string& path) {
+  try {
+    QovJbf::JbFile file;
+    file.OpenFile(path, "rb");
+    return file.IsJbFile();
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+void FindRepeatedInputs(const MergeRequest& request, std::vector<Warning>& warnings) {
+  std::map<std::pair<dev_t, ino_t>, std::string> known;
+  for (const std::string& path : request.mInputs) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) continue;
+    const auto [first, isNew] = known.try_emplace({status.st_dev, status.st_ino}, path);
+    if (isNew) continue;
+    warnings.push_back({"same-input", path,
+                        "is the same file as the input \"" + first->second + "\"",
+                        "Leave one of them out."});
+  }
+}
+
+/// Looks at the expected model and its ledger, one subject after the other.
+class ContentWarnings {
+ public:
+  ContentWarnings(const std::vector<InputFile>& inputs, const ExpectedModel& model,
+                  const Ledger& ledger)
+      : mInputs(inputs), mModel(model), mLedger(ledger) {}
+
+  std::vector<Warning> Find();
+
+ private:
+  void FindSameNames();
+  void FindUntaken();
+  void FindUnfitting();
+  void FindSelfLinks();
+  void FindViewsLeftOut();
+  void FindUnread(std::size_t input);
+
+  std::vector<std::uint64_t> CountTaken() const;
+  std::uint64_t Dropped(std::size_t input, Item item, DropRule rule) const;
+  void Add(const char* code, const std::string& path, std::string text, std::string remedy) {
+    mWarnings.push_back({code, path, std::move(text), std::move(remedy)});
+  }
+
+  const std::vector<InputFile>& mInputs;
+  const ExpectedModel& mModel;
+  const Ledger& mLedger;
+  std::vector<Warning> mWarnings;
+};
+
+std::uint64_t ContentWarnings::Dropped(std::size_t input, Item item, DropRule rule) const {
+  const auto& dropped = mLedger.mInputs[input].mTallies[static_cast<std::size_t>(item)].mDropped;
+  const auto found = dropped.find(rule);
+  return found == dropped.end() ? 0 : found->second;
+}
+
+void ContentWarnings::FindSameNames() {
+  std::uint64_t count = 0;
+  std::string example;
+  for (const auto& [id, node] : mModel.mNodes) {
+    std::unordered_set<std::string_view> names;
+    for (const ExpectedResult& result : node.mResults) {
+      if (names.insert(result.mName).second) continue;
+      if (count++ == 0) example = fmt::format("{} in node {}", Quoted(result.mName), id);
+    }
+  }
+  if (count == 0) return;
+  const char* remedy = mLedger.mMode == MergeMode::Instances
+                           ? "Add --suffix-file-instance, which makes the names of files differ."
+                           : "Rename the results in the inputs.";
+  Add("same-name", "",
+      fmt::format("{} result{} the name of another result of the geometry, such as {}", count,
+                  count == 1 ? " gets" : "s get", example),
+      remedy);
+}
+
+bool IsMeshArray(const std::string& name) { return IsMeshBase(SplitName(name).first); }
+
+/// How many results of each input come into the output, mesh arrays left out of account.
+std::vector<std::uint64_t> ContentWarnings::CountTaken() const {
+  std::vector<std::uint64_t> counts(mInputs.size());
+  for (const auto& [id, node] : mModel.mNodes) {
+    for (const ExpectedResult& result : node.mResults) {
+      if (result.mpSource != nullptr && !IsMeshArray(result.mpSource->mName))
+        ++counts[result.mInput];
+    }
+  }
+  return counts;
+}
+
+std::uint64_t CountResults(const InputFile& input) {
+  std::uint64_t count = 0;
+  QovRyx::ForEachGeometry(input.GetNodes(), [&count](std::uint32_t, const auto& geometry) {
+    for (const Result& result : geometry.GetVariables()) count += !IsMeshArray(result.mName);
+  });
+  return count;
+}
+
+/// Finds further instances of which less than a tenth is taken, and view-point files without views.
+void ContentWarnings::FindUntaken() {
+  constexpr std::uint64_t kAlmostNothing = 10;
+  const std::vector<std::uint64_t> taken = CountTaken();
+  for (std::size_t i = 0; i < mInputs.size(); ++i) {
+    const InputFile& input = mInputs[i];
+    if (input.mIsViewFile && !input.mpTree->HasViewPoints()) {
+      Add("nothing-taken", input.mPath, input.mNote + "; nothing of it is taken", "Leave it out.");
+    }
+    if (input.mIsViewFile || input.mNumber == 1 || !IsInstanceMode(mLedger.mMode)) continue;
+    const std::uint64_t numResults = CountResults(input);
+    if (taken[i] != 0 && taken[i] >= numResults / kAlmostNothing) continue;
+    const char* remedy = mLedger.mMode == MergeMode::AutomaticInstances
+                             ? "Use --suffix-file-instance, which also takes results without an "
+                               "instance part."
+                             : "Leave it out, or merge as datasets.";
+    Add("nothing-taken", input.mPath,
+        numResults == 0 ? "holds no results besides its mesh"
+                        : fmt::format("{} of its {} result{} taken", taken[i], numResults,
+                                      numResults == 1 ? " is" : "s are"),
+        remedy);
+  }
+}
+
+/// Holds further instances against the first one.
+void ContentWarnings::FindUnfitting() {
+  if (!IsInstanceMode(mLedger.mMode)) return;
+  const char* remedy = "Merge as datasets (without --merge-as-instances), or leave the file out.";
+  const InputFile* first = nullptr;
+  for (const InputFile& input : mInputs) {
+    if (input.mIsViewFile) continue;
+    if (first == nullptr) {
+      first = &input;
+      continue;
+    }
+    const Misfits nodes = FindOtherNodes(first->GetNodes(), input.GetNodes());
+    if (nodes.mCount != 0) {
+      Add("other-tree", input.mPath,
+          fmt::format("{} node{} from the first model: {}", nodes.mCount,
+                      nodes.mCount == 1 ? " differs" : "s differ", nodes.mFirst),
+          remedy);
+    }
+    const Misfits meshes = FindOtherMeshes(first->GetNodes(), input.GetNodes());
+    if (meshes.mCount != 0) {
+      Add("other-mesh", input.mPath,
+          fmt::format("{} mesh{} from the first model: {}", meshes.mCount,
+                      meshes.mCount == 1 ? " differs" : "es differ", meshes.mFirst),
+          remedy);
+    }
+  }
+}
+
+void ContentWarnings::FindSelfLinks() {
+  for (std::size_t i = 0; i < mInputs.size(); ++i) {
+    const std::uint64_t count = Dropped(i, Item::LinkedResult, DropRule::LinkedToItself);
+    if (count == 0) continue;
+    Add("values-lost", mInputs[i].mPath,
+        fmt::format("{} linked result{} lose{} the values, because the link will lead to its own "
+                    "place",
+                    count, Plural(count), count == 1 ? "s" : ""),
+        "Use --suffix-file-instance instead of --auto-rename-instances; it keeps the links.");
+  }
+}
+
+void ContentWarnings::FindViewsLeftOut() {
+  for (std::size_t i = 0; i < mInputs.size(); ++i) {
+    const std::uint64_t count = Dropped(i, Item::CurrentView, DropRule::FurtherViews) +
+                                Dropped(i, Item::PathView, DropRule::FurtherViews);
+    if (count == 0) continue;
+    Add("views-left-out", mInputs[i].mPath,
+        fmt::format("{} view{} left out: only those of the first model are taken", count,
+                    count == 1 ? " is" : "s are"),
+        "Save the views as a view-point file (.vpt) and add it to the inputs.");
+  }
+}
+
+void ContentWarnings::FindUnread(std::size_t i) {
+  const InputFile& input = mInputs[i];
+  const bool isFurther = !input.mIsViewFile && input.mNumber != 1;
+  std::uint64_t count = 0;
+  std::string example;
+  for (const Finding& finding : FindUnreadContent(input.mPath)) {
+    const std::string& stream = finding.mPlace.mStream;
+    if (finding.mCode == "unknown-stream") {
+      Add("unknown-stream", input.mPath,
+          "stream " + Quoted(stream) + " is of unknown name and left out",
+          "Ask the maker of the file what it holds.");
+      continue;
+    }
+    const bool isView = stream == QovRyx::kViewPoints;
+    const bool isState = isView || stream == QovRyx::kGlobalInformation;
+    if (input.mIsViewFile ? !isView : isFurther && isState) continue;
+    if (isFurther && IsInstanceMode(mLedger.mMode) && !finding.mPlace.mResult) continue;
+    if (count++ == 0) example = finding.mPlace.GetText() + ": " + finding.mText;
+  }
+  if (count == 0) return;
+  Add("unread-content", input.mPath,
+      fmt::format("{} place{} what no program reads and the merge leaves out: {}", count,
+                  count == 1 ? " holds" : "s hold", example),
+      "`ryx check` lists them all.");
+}
+
+std::vector<Warning> ContentWarnings::Find() {
+  FindSameNames();
+  FindUntaken();
+  FindUnfitting();
+  FindSelfLinks();
+  FindViewsLeftOut();
+  for (std::size_t i = 0; i < mInputs.size(); ++i) FindUnread(i);
+  return std::move(mWarnings);
+}
+
+}  // namespace
+
+std::vector<Warning> FindOutputWarnings(const MergeRequest& request) {
+  std::error_code ignored;
+  const std::string& output = request.mOutput;
+  if (!fs::is_regular_file(output, ignored)) return {};
+  if (!IsContainer(output)) {
+    return {{"output-exists", output, "exists and will be replaced",
+             "Name another output to keep it."}};
+  }
+  return {
+      {"output-exists", output,
+       fmt::format("is a {} and will be replaced",
+                   IsViewPointFile(output) ? "view-point file" : "model"),
+       "If it is meant as an input, name the output after it; to keep it, name another output."}};
+}
+
+std::vector<Warning> FindRequestWarnings(const MergeOptions& options, const MergeRequest& request) {
+  std::vector<Warning> warnings;
+  FindRepeatedInputs(request, warnings);
+  const auto addUseless = [&warnings](const char* option, const char* why, const char* remedy) {
+    warnings.push_back({"no-effect", "", std::string(option) + " has no effect " + why, remedy});
+  };
+  const char* leaveOut = "Leave the option out.";
+  if (!options.mAsInstances) {
+    const char* why = "without --merge-as-instances";
+    if (options.mSuffix) addUseless("--suffix-file-instance", why, "Add --merge-as-instances.");
+    if (options.mAutoRename)
+      addUseless("--auto-rename-instances", why, "Add --merge-as-instances.");
+  } else if (request.CountModels() < 2) {
+    addUseless("--merge-as-instances", "on a single model", leaveOut);
+  } else if (options.mSuffix && options.mAutoRename) {
+    addUseless("--auto-rename-instances", "beside --suffix-file-instance", leaveOut);
+  }
+  return warnings;
+}
+
+std::vector<Warning> FindContentWarnings(const std::vector<InputFile>& inputs,
+                                         const ExpectedModel& model, const Ledger& ledger) {
+  return ContentWarnings(inputs, model, ledger).Find();
+}
+
+}  // namespace Qov::Tools
