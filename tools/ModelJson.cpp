@@ -18,6 +18,9 @@ namespace {
 
 using QovRyx::Geometry;
 
+/// A document is in memory as a whole, so a node shows no more sets than this.
+constexpr std::size_t kMostSetsInJson = 200000;
+
 /// Makes the parts that belong to nodes.
 class NodeWriter {
  public:
@@ -118,10 +121,13 @@ void NodeWriter::AddStatistics(const Geometry::VarStruct& variable, Json& result
 void NodeWriter::AddSets(const QovRyx::NodeSets& sets, Json& entry) const {
   try {
     Json list = Json::array();
-    for (const auto& set : sets.GetSets()) {
-      list.push_back({{"name", JsonText(set.mName)}, {"count", set.mValues.size()}});
+    const QovRyx::SetColumns columns = sets.GetColumns();
+    const std::size_t numShown = std::min(columns.size(), kMostSetsInJson);
+    for (std::size_t i = 0; i < numShown; ++i) {
+      list.push_back({{"name", JsonText(columns[i].mName)}, {"count", columns[i].mValues.size()}});
     }
     entry["sets"] = std::move(list);
+    if (numShown < columns.size()) entry["setsLeftOut"] = columns.size() - numShown;
   } catch (const std::exception& error) {
     entry["trouble"] = DescribeError(error, {});
     mComplete = false;
@@ -154,7 +160,7 @@ Json NodesJson(const QovRyx::Tree& tree, const NodeFilter& filter,
   return list;
 }
 
-Json AttributesJson(const QovUtil::AttributeMap& attributes) {
+Json AttributesJson(const QovUtil::Attributes& attributes) {
   Json::object_t object;
   object.reserve(attributes.size());
   for (const auto& [name, value] : attributes) {

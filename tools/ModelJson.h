@@ -13,7 +13,7 @@ namespace Qov::Tools {
 Json NodesJson(const QovRyx::Tree& tree, const NodeFilter& filter,
                const ModelStatistics* statistics, bool& complete);
 /// By name: type and value.
-Json AttributesJson(const QovUtil::AttributeMap& attributes);
+Json AttributesJson(const QovUtil::Attributes& attributes);
 /// The names of the views and the size of the sequencer; null if the model has none.
 Json ViewsJson(const QovRyx::Tree& tree);
 /// The programs that wrote the file, oldest first.

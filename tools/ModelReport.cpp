@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
+#include <utility>
 
 #include "ErrorText.h"
 #include "ResultLink.h"
@@ -17,8 +19,9 @@ namespace Qov::Tools {
 namespace {
 
 using QovRyx::Geometry;
-using Lines = std::vector<std::string>;
 using Align = TextTable::Align;
+/// Takes the lines of a node's content one after the other.
+using Sink = std::function<void(const std::string& line)>;
 
 /// Columns wider than this are taken for exceptions.
 std::size_t WidthLimit(const TextStyle& style) {
@@ -33,12 +36,13 @@ class NodeReport {
       : mTree(tree), mStyle(style), mpStatistics(statistics) {}
 
   std::string Label(const TreeWalk::Step& step) const;
-  Lines Content(const QovRyx::Node& node);
+  /// Shows what the node holds, each line after `before`.
+  void Content(const QovRyx::Node& node, const std::string& before, Output& output);
   bool HasTrouble() const { return mTrouble; }
 
  private:
-  Lines Results(const Geometry& geometry);
-  Lines Sets(const QovRyx::NodeSets& sets);
+  void Results(const Geometry& geometry, const Sink& sink);
+  void Sets(const QovRyx::NodeSets& sets, const Sink& sink);
   std::string LinkText(const Geometry::VarStruct& variable) const;
   std::string Trouble(const std::string& text);
   std::vector<std::string> ResultRow(const Geometry::VarStruct& variable);
@@ -58,18 +62,25 @@ std::string NodeReport::Label(const TreeWalk::Step& step) const {
   return Bold(Escape(node->GetName(), mStyle), mStyle) + " " + Dim(mark, mStyle);
 }
 
-Lines AttributeLines(const QovUtil::AttributeMap& attributes, const TextStyle& style) {
-  if (attributes.empty()) return {};
-  return {AttributesText(attributes, style)};
+/// Shows a table of `numRows` rows, which are made twice instead of being kept.
+template <class MakeRow>
+void ShowTable(TextTable table, std::size_t numRows, const MakeRow& makeRow, const Sink& sink) {
+  if (numRows == 0) return;
+  for (std::size_t i = 0; i < numRows; ++i) table.Measure(makeRow(i));
+  for (const std::string& line : table.GetLinesOf(table.GetHeadings())) sink(line);
+  for (std::size_t i = 0; i < numRows; ++i) {
+    for (const std::string& line : table.GetLinesOf(makeRow(i))) sink(line);
+  }
 }
 
-Lines NodeReport::Content(const QovRyx::Node& node) {
-  if (const auto* group = dynamic_cast<const QovRyx::Group*>(&node)) {
-    return AttributeLines(group->mAttributes, mStyle);
+void NodeReport::Content(const QovRyx::Node& node, const std::string& before, Output& output) {
+  const Sink sink = [&](const std::string& line) { output.Line(before + line); };
+  const auto* group = dynamic_cast<const QovRyx::Group*>(&node);
+  if (group != nullptr && !group->mAttributes.empty()) {
+    sink(AttributesText(group->mAttributes, mStyle));
   }
-  if (const auto* geometry = dynamic_cast<const Geometry*>(&node)) return Results(*geometry);
-  if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(&node)) return Sets(*sets);
-  return {};
+  if (const auto* geometry = dynamic_cast<const Geometry*>(&node)) Results(*geometry, sink);
+  if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(&node)) Sets(*sets, sink);
 }
 
 std::string NodeReport::Trouble(const std::string& text) {
@@ -77,8 +88,8 @@ std::string NodeReport::Trouble(const std::string& text) {
   return "(cannot be read: " + text + ")";
 }
 
-Lines NodeReport::Results(const Geometry& geometry) {
-  if (mpStatistics == nullptr || geometry.GetVariables().empty()) return {};
+void NodeReport::Results(const Geometry& geometry, const Sink& sink) {
+  if (mpStatistics == nullptr) return;
   TextTable table({{"NAME"},
                    {"KIND", Align::Right},
                    {"WIDTH", Align::Right},
@@ -90,8 +101,10 @@ Lines NodeReport::Results(const Geometry& geometry) {
                    {"ATTRIBUTES"},
                    {"TROUBLE"}},
                   WidthLimit(mStyle));
-  for (const auto& variable : geometry.GetVariables()) table.AddRow(ResultRow(variable));
-  return table.GetLines();
+  const auto& variables = geometry.GetVariables();
+  ShowTable(
+      std::move(table), variables.size(), [&](std::size_t i) { return ResultRow(variables[i]); },
+      sink);
 }
 
 std::vector<std::string> NodeReport::ResultRow(const Geometry::VarStruct& variable) {
@@ -131,17 +144,18 @@ std::string NodeReport::LinkText(const Geometry::VarStruct& variable) const {
                      link.mFound ? "" : ", which leads nowhere");
 }
 
-Lines NodeReport::Sets(const QovRyx::NodeSets& sets) {
+void NodeReport::Sets(const QovRyx::NodeSets& sets, const Sink& sink) {
+  QovRyx::SetColumns columns;
   try {
-    TextTable table({{"SET"}, {"COUNT", Align::Right}}, WidthLimit(mStyle));
-    const auto content = sets.GetSets();
-    for (const auto& set : content) {
-      table.AddRow({Escape(set.mName, mStyle), fmt::format("{}", set.mValues.size())});
-    }
-    return content.empty() ? Lines{} : table.GetLines();
+    columns = sets.GetColumns();
   } catch (const std::exception& error) {
-    return {Trouble(DescribeError(error, mStyle))};
+    return sink(Trouble(DescribeError(error, mStyle)));
   }
+  const auto makeRow = [&](std::size_t i) -> TextTable::Row {
+    return {Escape(columns[i].mName, mStyle), fmt::format("{}", columns[i].mValues.size())};
+  };
+  ShowTable(TextTable({{"SET"}, {"COUNT", Align::Right}}, WidthLimit(mStyle)), columns.size(),
+            makeRow, sink);
 }
 
 std::string PathText(const QovRyx::ViewPointPath& path, const TextStyle& style) {
@@ -183,8 +197,7 @@ bool ReportNodes(const QovRyx::Tree& tree, const NodeFilter& filter,
     output.Line(lines.BeforeEntry(walk, *step) + report.Label(*step));
     if (step->mEntry == nullptr || step->mAgain || !step->mEntry->mData) continue;
     if (!filter.IsChosen(step->mId)) continue;
-    const std::string before = lines.BeforeContent(walk, *step);
-    for (const auto& line : report.Content(*step->mEntry->mData)) output.Line(before + line);
+    report.Content(*step->mEntry->mData, lines.BeforeContent(walk, *step), output);
   }
   return !report.HasTrouble();
 }

@@ -28,7 +28,7 @@ void PushTrimmed(std::string line, std::vector<std::string>& lines) {
 TextTable::TextTable(std::vector<Column> columns, std::size_t widthLimit)
     : mColumns(std::move(columns)), mWidthLimit(widthLimit), mWidths(mColumns.size()) {}
 
-void TextTable::AddRow(std::vector<std::string> cells) {
+void TextTable::Measure(const Row& cells) {
   QOV_ASSERT(cells.size() == mColumns.size());
   for (std::size_t i = 0; i < cells.size(); ++i) {
     if (cells[i].empty()) continue;
@@ -36,16 +36,30 @@ void TextTable::AddRow(std::vector<std::string> cells) {
     const std::size_t kept = width > mWidthLimit ? 0 : width;
     mWidths[i] = std::max({mWidths[i], mColumns[i].mHeading.size(), kept});
   }
+}
+
+void TextTable::AddRow(Row cells) {
+  Measure(cells);
   mRows.push_back(std::move(cells));
 }
 
-std::vector<std::string> TextTable::GetLines() const {
-  std::vector<std::string> lines;
-  Row headings;
-  for (const Column& column : mColumns) headings.push_back(column.mHeading);
-  AppendLines(headings, lines);
+TextTable::Lines TextTable::GetLines() const {
+  Lines lines;
+  AppendLines(GetHeadings(), lines);
   for (const Row& row : mRows) AppendLines(row, lines);
   return lines;
+}
+
+TextTable::Lines TextTable::GetLinesOf(const Row& cells) const {
+  Lines lines;
+  AppendLines(cells, lines);
+  return lines;
+}
+
+TextTable::Row TextTable::GetHeadings() const {
+  Row headings;
+  for (const Column& column : mColumns) headings.push_back(column.mHeading);
+  return headings;
 }
 
 void TextTable::AppendLines(const Row& row, std::vector<std::string>& lines) const {

@@ -19,14 +19,21 @@ class TextTable {
 
   TextTable(std::vector<Column> columns, std::size_t widthLimit);
 
+  using Row = std::vector<std::string>;
+  using Lines = std::vector<std::string>;
+
   /// One cell a column, escaped.
-  void AddRow(std::vector<std::string> cells);
-  /// The headings and the rows, without trailing blanks.
-  std::vector<std::string> GetLines() const;
+  void AddRow(Row cells);
+  /// The headings and the added rows, without trailing blanks.
+  Lines GetLines() const;
+
+  /// For tables of any length: widens the columns for a row that is not kept. When all rows are
+  /// measured, GetLinesOf gives the lines of each.
+  void Measure(const Row& cells);
+  Row GetHeadings() const;
+  Lines GetLinesOf(const Row& cells) const;
 
  private:
-  using Row = std::vector<std::string>;
-
   bool IsShown(std::size_t column) const { return mWidths[column] != 0; }
   void AppendLines(const Row& row, std::vector<std::string>& lines) const;
 

@@ -42,7 +42,7 @@ std::string QuotedText(const std::string& text, const TextStyle& style) {
 
 std::string FloatText(float value) { return Point(fmt::format("{}", value)); }
 
-std::string AttributesText(const QovUtil::AttributeMap& attributes, const TextStyle& style) {
+std::string AttributesText(const QovUtil::Attributes& attributes, const TextStyle& style) {
   std::string text;
   for (const auto& [name, value] : attributes) {
     if (!text.empty()) text += ", ";

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "Qov/Ryx/Attributes.h"
 #include "Qov/Ryx/Geometry.h"
-#include "Qov/Util/AttributeValue.h"
 #include "Terminal.h"
 
 /// Values of a model as short texts.
@@ -12,7 +12,7 @@ namespace Qov::Tools {
 
 /// name = value, ..., the values written as the literals of their types: 7 is an unsigned
 /// integer, 2.5f a float, 4.25 a double, "mm" a string.
-std::string AttributesText(const QovUtil::AttributeMap& attributes, const TextStyle& style);
+std::string AttributesText(const QovUtil::Attributes& attributes, const TextStyle& style);
 /// In quotes, escaped.
 std::string QuotedText(const std::string& text, const TextStyle& style);
 /// The shortest text that reads back as the float, told from an integer by a point or an

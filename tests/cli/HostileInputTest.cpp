@@ -107,7 +107,9 @@ TEST_F(HostileInput, ManyOfAnythingTakeTimeInProportion) {
   }));
   ExpectAllPass(SaveModel("attributes.ryx", [](Tree& tree) {
     Group& group = AddNode<Group>(tree, 1, "Group");
-    for (std::uint32_t i = 0; i < kMany; ++i) group.mAttributes[std::to_string(i)] = i;
+    QovUtil::AttributeMap attributes;
+    for (std::uint32_t i = 0; i < kMany; ++i) attributes[std::to_string(i)] = i;
+    group.mAttributes = attributes;
   }));
 }
 

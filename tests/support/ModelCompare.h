@@ -21,7 +21,7 @@ inline std::size_t HashBytes(const void* bytes, std::size_t size) {
   return std::hash<std::string_view>()({static_cast<const char*>(bytes), size});
 }
 
-inline void Describe(std::ostream& out, const QovUtil::AttributeMap& attributes) {
+inline void Describe(std::ostream& out, const QovUtil::Attributes& attributes) {
   for (const auto& [name, value] : attributes) {
     out << "  @" << name << " " << value.index() << ":";
     std::visit([&out](const auto& held) { out << held; }, value);

@@ -6,6 +6,7 @@
 #include <array>
 #include <exception>
 
+#include "Qov/Jbf/LoadLimit.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
@@ -305,8 +306,6 @@ const Container::Stream* Container::FindStream(const std::string& name) const {
 
 /// Within the bounds of the code that loads models.
 bool Container::HoldsTooMuch(std::initializer_list<std::string> streams) {
-  constexpr std::uint64_t kMostTimes = 64;
-  constexpr std::uint64_t kFreeBytes = std::uint64_t{32} << 20;
   std::uint64_t numBytes = 0;
   const Stream* longest = nullptr;
   for (const std::string& name : streams) {
@@ -315,11 +314,11 @@ bool Container::HoldsTooMuch(std::initializer_list<std::string> streams) {
     numBytes += stream->mLength;
     if (longest == nullptr || stream->mLength > longest->mLength) longest = stream;
   }
-  if (numBytes <= kFreeBytes || (numBytes - kFreeBytes) / kMostTimes <= mBytes.GetLength()) {
-    return false;
-  }
+  const std::uint64_t limit = QovJbf::GetLoadLimit();
+  if (numBytes <= limit) return false;
+  const std::string content = streams.size() == 1 ? "Its bytes" : "It and the streams read with it";
   mFindings.Error("expansion", Place::InStream(longest->mName),
-                  "Too much is made of too few bytes.");
+                  QovJbf::DescribeLoadLimit(content, numBytes, limit) + ".");
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "check/LightStage.h"
 #include "check/TreeStage.h"
@@ -60,9 +61,13 @@ std::vector<StoredNode*> SortByOffset(ModelContent& model, Findings& findings) {
   return nodes;
 }
 
+bool HasUnknownLayout(const StoredNode& node) {
+  return node.GetType() == NodeType::Geometry && QovRyx::IsNewerGeometryVersion(node.mVersion);
+}
+
 void LightReader::Read(ModelContent& model) {
   for (StoredNode* node : SortByOffset(model, mFindings)) {
-    if (!MoveTo(*node)) continue;
+    if (!MoveTo(*node) || HasUnknownLayout(*node)) continue;
     try {
       TakeNode(*node);
       node->mHasLightData = true;

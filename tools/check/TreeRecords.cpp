@@ -5,6 +5,7 @@
 #include <limits>
 #include <string_view>
 
+#include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "check/TreeStage.h"
 
@@ -112,6 +113,13 @@ void RecordReader::CheckKind(const StoredNode& node) {
                                   Quoted(node.mType)));
   }
   if (IsKnownVersion(node)) return;
+  if (node.GetType() == NodeType::Geometry && QovRyx::IsNewerGeometryVersion(node.mVersion)) {
+    mFindings.Error("node-version", At(node),
+                    fmt::format("Version {} of a Geometry is newer than any that is known, \"{}\": "
+                                "the model cannot be read.",
+                                Quoted(node.mVersion), QovRyx::kNewestGeometryVersion));
+    return;
+  }
   mFindings.Warning("node-version", At(node),
                     fmt::format("Version {} of a {} is not known; readers guess its layout.",
                                 Quoted(node.mVersion), node.mType));

@@ -9,7 +9,7 @@
 namespace Qov::Tools {
 namespace {
 
-using QovUtil::AttributeMap;
+using QovUtil::Attributes;
 using QovUtil::AttributeValue;
 
 bool AreSame(const AttributeValue& a, const AttributeValue& b) {
@@ -48,20 +48,24 @@ class AttributeText {
 
 }  // namespace
 
-std::string DiffAttributes(const AttributeMap& a, const AttributeMap& b) {
+std::string DiffAttributes(const Attributes& a, const Attributes& b) {
   AttributeText text;
-  for (const auto& [name, value] : a) {
-    const auto inB = b.find(name);
-    if (inB == b.end()) {
-      text.Add(name, "(only in A)");
-    } else if (value.index() != inB->second.index()) {
+  if (a == b) return "";
+  auto inA = a.begin();
+  auto inB = b.begin();
+  while (inA != a.end() || inB != b.end()) {
+    const bool isOnlyInA = inB == b.end() || (inA != a.end() && inA.GetName() < inB.GetName());
+    const bool isOnlyInB = inA == a.end() || (inB != b.end() && inB.GetName() < inA.GetName());
+    const std::string name(isOnlyInB ? inB.GetName() : inA.GetName());
+    if (isOnlyInA || isOnlyInB) {
+      text.Add(name, isOnlyInA ? "(only in A)" : "(only in B)");
+    } else if (inA.GetValue().index() != inB.GetValue().index()) {
       text.Add(name, "(its type)");
-    } else if (!AreSame(value, inB->second)) {
+    } else if (!AreSame(inA.GetValue(), inB.GetValue())) {
       text.Add(name, "(its value)");
     }
-  }
-  for (const auto& [name, value] : b) {
-    if (!a.contains(name)) text.Add(name, "(only in B)");
+    if (!isOnlyInB) ++inA;
+    if (!isOnlyInA) ++inB;
   }
   return text.Get();
 }

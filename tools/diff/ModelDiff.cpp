@@ -20,6 +20,7 @@ namespace {
 using QovRyx::Geometry;
 using QovRyx::Group;
 using QovRyx::NodeSets;
+using QovRyx::SetColumns;
 using QovRyx::Shape;
 
 const QovRyx::Node* NodeOf(const PathTree::Item& item) {
@@ -43,11 +44,10 @@ class NodeDiff {
   void CompareGroups(const NodePair& pair, const Group& a, const Group& b);
   void CompareMaterials(const NodePair& pair, const Shape& a, const Shape& b);
   void CompareSets(const NodePair& pair, const NodeSets& a, const NodeSets& b);
-  void CompareSetLists(const NodePair& pair, const std::vector<NodeSets::Set>& a,
-                       const std::vector<NodeSets::Set>& b);
-  void CompareSetValues(const NodePair& pair, const NodeSets::Set& a, const NodeSets::Set& b);
-  void CompareAttributes(const NodePair& pair, const QovUtil::AttributeMap& a,
-                         const QovUtil::AttributeMap& b);
+  void CompareSetLists(const NodePair& pair, const SetColumns& a, const SetColumns& b);
+  void CompareSetValues(const NodePair& pair, const SetColumns::View& a, const SetColumns::View& b);
+  void CompareAttributes(const NodePair& pair, const QovUtil::Attributes& a,
+                         const QovUtil::Attributes& b);
   void Add(const NodePair& pair, const char* code, std::string text) {
     mReport.mDifferences.push_back(mMatching.MakeDifference(pair, code, std::move(text)));
   }
@@ -105,8 +105,8 @@ void NodeDiff::CompareMaterials(const NodePair& pair, const Shape& a, const Shap
   if (!fields.empty()) Add(pair, "material", "the material differs: " + fields);
 }
 
-void NodeDiff::CompareAttributes(const NodePair& pair, const QovUtil::AttributeMap& a,
-                                 const QovUtil::AttributeMap& b) {
+void NodeDiff::CompareAttributes(const NodePair& pair, const QovUtil::Attributes& a,
+                                 const QovUtil::Attributes& b) {
   if (!mOptions.Compares("attributes")) return;
   const std::string text = DiffAttributes(a, b);
   if (!text.empty()) Add(pair, "attributes", text);
@@ -115,22 +115,23 @@ void NodeDiff::CompareAttributes(const NodePair& pair, const QovUtil::AttributeM
 void NodeDiff::CompareSets(const NodePair& pair, const NodeSets& a, const NodeSets& b) {
   if (!mOptions.Compares("node-sets")) return;
   try {
-    CompareSetLists(pair, a.GetSets(), b.GetSets());
+    CompareSetLists(pair, a.GetColumns(), b.GetColumns());
   } catch (const std::exception& error) {
     mReport.mIsComplete = false;
     Add(pair, "unreadable", "the sets cannot be compared: " + ErrorText(error));
   }
 }
 
-void NodeDiff::CompareSetLists(const NodePair& pair, const std::vector<NodeSets::Set>& a,
-                               const std::vector<NodeSets::Set>& b) {
-  NameMatching names(b);
-  for (const NodeSets::Set& set : a) {
-    const auto position = names.Take(set.mName);
+void NodeDiff::CompareSetLists(const NodePair& pair, const SetColumns& a, const SetColumns& b) {
+  NameMatching names;
+  for (std::size_t i = 0; i < b.size(); ++i) names.Add(b[i].mName);
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const std::string name(a[i].mName);
+    const auto position = names.Take(name);
     if (position) {
-      CompareSetValues(pair, set, b[*position]);
+      CompareSetValues(pair, a[i], b[*position]);
     } else {
-      Add(pair, "node-set", "set " + set.mName + ": only in A");
+      Add(pair, "node-set", "set " + name + ": only in A");
     }
   }
   for (const auto& [name, position] : names.GetLeft()) {
@@ -140,12 +141,12 @@ void NodeDiff::CompareSetLists(const NodePair& pair, const std::vector<NodeSets:
   Add(pair, "order", "the order of the sets differs");
 }
 
-void NodeDiff::CompareSetValues(const NodePair& pair, const NodeSets::Set& a,
-                                const NodeSets::Set& b) {
+void NodeDiff::CompareSetValues(const NodePair& pair, const SetColumns::View& a,
+                                const SetColumns::View& b) {
   if (a.mValues.size() != b.mValues.size()) {
     Add(pair, "node-set",
         fmt::format("set {}: {} and {} values", a.mName, a.mValues.size(), b.mValues.size()));
-  } else if (a.mValues != b.mValues) {
+  } else if (!std::ranges::equal(a.mValues, b.mValues)) {
     const auto first = std::mismatch(a.mValues.begin(), a.mValues.end(), b.mValues.begin()).first;
     Add(pair, "node-set",
         fmt::format("set {}: the values differ from position {} on", a.mName,

@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace Qov::Tools {
 
@@ -12,8 +13,11 @@ class NameMatching {
  public:
   template <class List>
   explicit NameMatching(const List& listOfB) {
-    for (const auto& thing : listOfB) mLeft.emplace(thing.mName, mLeft.size());
+    for (const auto& thing : listOfB) Add(thing.mName);
   }
+  NameMatching() = default;
+  /// Adds the next thing of B.
+  void Add(std::string_view name) { mLeft.emplace(name, mLeft.size()); }
 
   /// The position in B of what the next thing of A is matched with, if there is any.
   std::optional<std::size_t> Take(const std::string& name) {

@@ -35,9 +35,8 @@ class StateComparison {
     const std::string fields = DiffRecords(a, b);
     if (!fields.empty()) Add(code, fmt::format("{} differs: {}", what, fields));
   }
-  template <class T>
-  void CompareLists(const char* code, const std::string& what, const std::vector<T>& a,
-                    const std::vector<T>& b) {
+  template <class List>
+  void CompareLists(const char* code, const std::string& what, const List& a, const List& b) {
     if (a.size() != b.size()) Add(code, fmt::format("{}: {} and {}", what, a.size(), b.size()));
     for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
       CompareRecords(code, fmt::format("{} {}", what, i + 1), a[i], b[i]);

@@ -46,10 +46,10 @@ NodeSets::Set ChooseSet(std::vector<NodeSets::Set>& sets, const std::string& wor
   return std::move(sets[Choose(candidates, word, "set")]);
 }
 
-void WriteAttributes(const QovUtil::AttributeMap& attributes, const std::string& before,
+void WriteAttributes(const QovUtil::Attributes& attributes, const std::string& before,
                      Output& output) {
   for (const auto& attribute : attributes) {
-    output.Line(before + AttributesText({attribute}, output.GetStyle()));
+    output.Line(before + AttributesText({{attribute.first, attribute.second}}, output.GetStyle()));
   }
 }
 

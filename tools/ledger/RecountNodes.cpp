@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "Recount.h"
-#include "SameAttributes.h"
 #include "SameRecord.h"
 #include "Utf8.h"
 
@@ -126,7 +125,7 @@ void Recount::CompareContent(ExpectedNode& node, const QovRyx::Node& content) {
   if (const auto* group = dynamic_cast<const Group*>(&content)) {
     const auto& wantedGroup = dynamic_cast<const Group&>(wanted);
     if (!IsSamePlacement(*group, wantedGroup)) Report(node, "has another placement");
-    if (!IsSame(group->mAttributes, wantedGroup.mAttributes)) Report(node, "has other attributes");
+    if (group->mAttributes != wantedGroup.mAttributes) Report(node, "has other attributes");
   } else if (const auto* shape = dynamic_cast<const QovRyx::Shape*>(&content)) {
     const auto& wantedShape = dynamic_cast<const QovRyx::Shape&>(wanted);
     if (!IsSameRecord(shape->mMaterial.mValues, wantedShape.mMaterial.mValues)) {

@@ -5,7 +5,6 @@
 
 #include "LinkFollower.h"
 #include "Recount.h"
-#include "SameAttributes.h"
 
 namespace Qov::Tools {
 namespace {
@@ -92,7 +91,7 @@ void Recount::CompareResult(const ExpectedNode& node, ExpectedResult& expected,
                             const Result& result) {
   if (KindWord(expected) != KindWord(result)) Report(node, expected, "has another kind");
   if (expected.mpFields->mFlag != result.mFlag) Report(node, expected, "has another flag");
-  if (!IsSame(expected.mpFields->mAttributes, result.mAttributes)) {
+  if (expected.mpFields->mAttributes != result.mAttributes) {
     Report(node, expected, "has other attributes");
   }
   if (expected.mLinked != result.mLinked) {

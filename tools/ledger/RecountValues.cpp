@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -45,10 +46,10 @@ std::string TryToRead(Read read) {
   }
 }
 
-std::string DescribeSetDifference(const QovRyx::NodeSets::Set& wanted,
-                                  const QovRyx::NodeSets::Set& found) {
+std::string DescribeSetDifference(const QovRyx::SetColumns::View& wanted,
+                                  const QovRyx::SetColumns::View& found) {
   if (wanted.mName != found.mName) return "has another name";
-  return wanted.mValues == found.mValues ? "" : "has other members";
+  return std::ranges::equal(wanted.mValues, found.mValues) ? "" : "has other members";
 }
 
 std::uint64_t CountValueBytes(const ExpectedModel& model) {
@@ -114,9 +115,9 @@ void Recount::CompareSets(ExpectedNode& node) {
   if (output == nullptr) return;
   node.mNumSoundSets = 0;
   const auto wanted =
-      Util::Concerning(mInputs[node.mInput].mPath, [source] { return source->GetSets(); });
-  std::vector<QovRyx::NodeSets::Set> found;
-  const std::string trouble = TryToRead([&] { found = output->GetSets(); });
+      Util::Concerning(mInputs[node.mInput].mPath, [source] { return source->GetColumns(); });
+  QovRyx::SetColumns found;
+  const std::string trouble = TryToRead([&] { found = output->GetColumns(); });
   if (!trouble.empty()) {
     Report(node, trouble);
     return;

@@ -1,19 +1,26 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "Qov/Export.h"
 #include "Qov/Jbf/JbFile.h"
-#include "Qov/Util/AttributeValue.h"
+#include "Qov/Ryx/Attributes.h"
 
 /// Attribute maps in a stream: six columns, each a vector (docs/format.md, "Attributes").
 namespace QovUtil {
 
+/// Appends one map, which may also be an AttributeMap.
 QOV_EXPORT void WriteAttributesToJbf(QovJbf::JbFile& file, const std::string& key,
-                                     const AttributeMap& attributes);
+                                     const Attributes& attributes);
 
-/// Inserts the entries of one stored map. Raises MismatchError if the columns disagree in length
-/// or a type index is unknown, ElementNotFound if there is no such stream.
+/// Replaces `attributes` by one stored map. Returns how many entries were left out because an
+/// earlier one has the same name. Raises MismatchError if the columns disagree in length or a type
+/// index is unknown, OutOfBounds if a column passes the end of its block, ElementNotFound if there
+/// is no such stream.
+QOV_EXPORT std::uint64_t ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key,
+                                               Attributes& attributes);
+/// Inserts the entries of one stored map. Raises the same.
 QOV_EXPORT void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key,
                                       AttributeMap& attributes);
 

@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "Qov/Export.h"
@@ -33,20 +32,20 @@ class QOV_EXPORT Geometry : public Node {
   };
 
   struct VarStruct {
-    std::string mName;              ///< Change it through RenameVariable only.
-    std::uint32_t mKind = kNoKind;  ///< 24 bits, or kNoKind.
-    std::uint8_t mFlag = 0;         ///< Carried.
-    QovUtil::AttributeMap mAttributes;
+    std::string mName;  ///< Change it through RenameVariable only.
+    QovUtil::Attributes mAttributes;
     NumericArray mValues;
+    std::uint32_t mKind = kNoKind;  ///< 24 bits, or kNoKind.
     std::uint32_t mKindHighByte = 0;
-    std::uint8_t mFlag1 = 0;  ///< This and the next four are carried.
-    std::uint8_t mFlag2 = 0;
-    std::uint32_t mValue1 = 0;
+    std::uint32_t mValue1 = 0;  ///< This and the next five are carried.
     std::uint32_t mValue2 = 0;
+    std::uint8_t mFlag = 0;
+    std::uint8_t mFlag1 = 0;
+    std::uint8_t mFlag2 = 0;
     std::uint8_t mFlag3 = 0;
-    bool mLinked = false;  ///< The values are those of the variable that mLink names.
-    Link mLink;
+    bool mLinked = false;        ///< The values are those of the variable that mLink names.
     bool mLeadsNowhere = false;  ///< mLink named nothing in the file that it was read from.
+    Link mLink;
     /// Where the values lie in the heavy stream of the file being written or read.
     std::optional<std::uint64_t> mOffset;
 
@@ -71,6 +70,9 @@ class QOV_EXPORT Geometry : public Node {
   /// For changing anything but the name.
   VarStruct& EditVariable(std::size_t position) { return mVariables[position]; }
   void AppendVariable(VarStruct variable) { mVariables.push_back(std::move(variable)); }
+  /// Makes room for `count` more variables, so that appending them takes no more memory than they
+  /// need.
+  void ReserveVariables(std::size_t count);
   void RenameVariable(std::size_t position, std::string name);
   /// The position of the first variable of that name.
   std::optional<std::size_t> FindVariable(const std::string& name);
@@ -91,8 +93,12 @@ class QOV_EXPORT Geometry : public Node {
 
  private:
   std::vector<VarStruct> mVariables;
-  /// First position of each name, for the first mNumIndexed variables.
-  std::unordered_map<std::string, std::size_t> mPositions;
+  std::uint32_t& FindSlot(const std::string& name);
+  void GrowIndex();
+
+  /// A hash table of the first position of each name, plus 1, of the first mNumIndexed variables;
+  /// 0 in free slots. The number of slots is a power of two, or 0.
+  std::vector<std::uint32_t> mSlots;
   std::size_t mNumIndexed = 0;
 };
 

@@ -23,7 +23,7 @@ class QOV_EXPORT Group : public Node {
   std::array<float, 3> mTranslation{0.0F, 0.0F, 0.0F};
   std::array<float, 4> mRotation{0.0F, 0.0F, 1.0F, 0.0F};
   std::array<float, 3> mScale{1.0F, 1.0F, 1.0F};
-  QovUtil::AttributeMap mAttributes;
+  QovUtil::Attributes mAttributes;
   /// Any other value than 0 means true; kept as it was read.
   std::uint8_t mTakesModels = 0;
 };

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Qov/Export.h"
-#include "Qov/Util/AttributeValue.h"
+#include "Qov/Ryx/Attributes.h"
 
 namespace QovRyx {
 
@@ -33,7 +33,7 @@ class QOV_EXPORT FutureNode : public Node {
   using Node::Node;
   std::string GetType() const override { return "FutureNode"; }
 
-  QovUtil::AttributeMap mAttributes;  ///< For programs; files have no place for them.
+  QovUtil::Attributes mAttributes;  ///< For programs; files have no place for them.
 };
 
 /// Accepts nodes of the same name, type and version (for QovAdt::Tree::MoveToNode).

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Qov/Export.h"
@@ -10,6 +12,31 @@
 #include "Qov/Ryx/Node.h"
 
 namespace QovRyx {
+
+/// The sets of a node as they are stored: all names and all values joined, and where each ends.
+class QOV_EXPORT SetColumns {
+ public:
+  /// A set of the columns, which must outlive it.
+  struct View {
+    std::string_view mName;
+    std::span<const std::uint32_t> mValues;
+  };
+
+  std::size_t size() const { return mNameEnds.size() - 1; }
+  View operator[](std::size_t i) const {
+    return {std::string_view(mNames).substr(mNameEnds[i], mNameEnds[i + 1] - mNameEnds[i]),
+            std::span(mValues).subspan(mValueEnds[i], mValueEnds[i + 1] - mValueEnds[i])};
+  }
+  /// Appends a set. Raises OutOfBounds if all names or all values would pass 2^32 - 1.
+  void Add(std::string_view name, std::span<const std::uint32_t> values);
+
+ private:
+  friend class NodeSets;
+  std::vector<std::uint32_t> mNameEnds{0};  ///< Begins with 0, as does mValueEnds.
+  std::string mNames;
+  std::vector<std::uint32_t> mValueEnds{0};
+  std::vector<std::uint32_t> mValues;
+};
 
 /// Named lists of numbers, such as the nodes on a boundary.
 ///
@@ -30,8 +57,10 @@ class QOV_EXPORT NodeSets : public Node {
   /// All sets, read from the file if they lie there and verified before this returns. Raises
   /// MismatchError if the stored pieces disagree, OutOfBounds if one of them passes the end of the
   /// stream or too many nodes share bytes, and what StreamReader::ReadVerified raises.
-  std::vector<Set> GetSets() const { return TakeSets(true); }
-  void SetSets(std::vector<Set> sets);
+  std::vector<Set> GetSets() const;
+  /// The same in the form in which they are stored, which takes the least memory.
+  SetColumns GetColumns() const { return TakeColumns(true); }
+  void SetSets(const std::vector<Set>& sets);
 
   /// Appends the sets to the heavy stream (docs/format.md, "Node sets") and notes where. Sets that
   /// are read from a file are sure only after GetReader()->Verify() has returned.
@@ -54,14 +83,14 @@ class QOV_EXPORT NodeSets : public Node {
   /// What the sets have still to be read from, or null.
   QovJbf::StreamReader* GetReader() const { return mpReader.get(); }
 
-  QovUtil::AttributeMap mAttributes;  ///< For programs; files have no place for them.
+  QovUtil::Attributes mAttributes;  ///< For programs; files have no place for them.
 
  private:
-  std::vector<Set> TakeSets(bool verified) const;
-  std::vector<Set> ReadSets(bool verified) const;
+  SetColumns TakeColumns(bool verified) const;
+  SetColumns ReadColumns(bool verified) const;
   void CountBytes(std::uint64_t numBytes) const;
 
-  std::vector<Set> mSets;
+  SetColumns mColumns;  ///< Of sets that no file holds.
   std::uint32_t mNumSets = 0;
   std::shared_ptr<QovJbf::StreamReader> mpReader;
   mutable std::shared_ptr<std::uint64_t> mpNumBytes;  ///< Null once these sets are counted.

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Qov/Export.h"
@@ -64,10 +69,54 @@ struct QOV_EXPORT ViewPoint {
   friend bool operator==(const ViewPoint&, const ViewPoint&) = default;
 };
 
+/// The views of a path: a vector that takes a pointer when it is empty, as in files that hold
+/// millions of paths without views.
+class ViewPointList {
+ public:
+  ViewPointList() = default;
+  ViewPointList(std::vector<ViewPoint> views)  // NOLINT(google-explicit-constructor): the same
+      : mpViews(views.empty() ? nullptr
+                              : std::make_unique<std::vector<ViewPoint>>(std::move(views))) {}
+  ViewPointList(std::initializer_list<ViewPoint> views)
+      : ViewPointList(std::vector<ViewPoint>(views)) {}
+  ViewPointList(const ViewPointList& other)
+      : ViewPointList(std::vector<ViewPoint>(other.begin(), other.end())) {}
+  ViewPointList(ViewPointList&&) noexcept = default;
+  ViewPointList& operator=(ViewPointList other) noexcept {
+    mpViews = std::move(other.mpViews);
+    return *this;
+  }
+  ~ViewPointList() = default;
+
+  std::size_t size() const { return mpViews ? mpViews->size() : 0; }
+  bool empty() const { return size() == 0; }
+  ViewPoint& operator[](std::size_t i) { return (*mpViews)[i]; }
+  const ViewPoint& operator[](std::size_t i) const { return (*mpViews)[i]; }
+  ViewPoint* begin() { return mpViews ? mpViews->data() : nullptr; }
+  ViewPoint* end() { return begin() + size(); }
+  const ViewPoint* begin() const { return mpViews ? mpViews->data() : nullptr; }
+  const ViewPoint* end() const { return begin() + size(); }
+
+  void push_back(ViewPoint view) { Make().push_back(std::move(view)); }
+  void resize(std::size_t size) { Make().resize(size); }
+
+  friend bool operator==(const ViewPointList& a, const ViewPointList& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end());
+  }
+
+ private:
+  std::vector<ViewPoint>& Make() {
+    if (!mpViews) mpViews = std::make_unique<std::vector<ViewPoint>>();
+    return *mpViews;
+  }
+
+  std::unique_ptr<std::vector<ViewPoint>> mpViews;
+};
+
 /// A named sequence of views.
 struct ViewPointPath {
   std::string mName;
-  std::vector<ViewPoint> mViewPoints;
+  ViewPointList mViewPoints;
 
   friend bool operator==(const ViewPointPath&, const ViewPointPath&) = default;
 };

@@ -1,8 +1,11 @@
 #include "Qov/Ryx/AttributesIo.h"
 
+#include <array>
 #include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string_view>
 #include <utility>
-#include <vector>
 
 #include "Qov/Util/Raise.h"
 
@@ -16,89 +19,97 @@
 namespace QovUtil {
 namespace {
 
-constexpr const char* kSource = "include/Qov/Ryx/AttributesIo";
+constexpr std::size_t kNumColumns = 6;
+constexpr std::size_t kCountSize = sizeof(std::uint32_t);
 
-[[noreturn]] void RaiseMismatch(unsigned long line = __builtin_LINE()) {
-  Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MismatchError,
-                   "The columns of an attribute map disagree", line);
+/// A column that goes into a block as a whole.
+struct WrittenColumn {
+  std::string_view mBytes;
+};
+
+void CopyToBlock(QovJbf::Block& block, const WrittenColumn& column) {
+  if (column.mBytes.size() > std::numeric_limits<std::uint32_t>::max()) {
+    Qov::Util::Raise("include/Qov/Ryx/AttributesIo",
+                     Qov::Util::Exception::ErrorType::MemoryAllocationError);
+  }
+  block.Put(column.mBytes.data(), static_cast<std::uint32_t>(column.mBytes.size()));
 }
 
-template <class T>
-struct Column {
-  std::vector<T> mValues;
-  std::size_t mNumTaken = 0;
-
-  T Take() {
-    if (mNumTaken == mValues.size()) RaiseMismatch();
-    return std::move(mValues[mNumTaken++]);
-  }
-  bool IsUsedUp() const { return mNumTaken == mValues.size(); }
+/// Takes an empty map, if the next bytes of a block are one.
+struct EmptyMap {
+  bool mIsTaken = false;
 };
 
-struct Columns {
-  Column<std::string> mNames;
-  Column<std::uint8_t> mTypes;
-  Column<std::uint32_t> mUnsigned;
-  Column<float> mFloats;
-  Column<double> mDoubles;
-  Column<std::string> mStrings;
+void CopyFromBlock(QovJbf::Block& block, EmptyMap& map) {
+  static constexpr std::array<unsigned char, kNumColumns * kCountSize> kZeros{};
+  map.mIsTaken =
+      block.GetRemaining() >= kZeros.size() &&
+      std::memcmp(block.GetData() + block.GetPosition(), kZeros.data(), kZeros.size()) == 0;
+  if (map.mIsTaken) block.SetPosition(std::uint64_t{block.GetPosition()} + kZeros.size());
+}
 
-  /// In stored order.
-  template <class Self, class Visitor>
-  static void Visit(Self& self, Visitor visit) {
-    visit(self.mNames.mValues);
-    visit(self.mTypes.mValues);
-    visit(self.mUnsigned.mValues);
-    visit(self.mFloats.mValues);
-    visit(self.mDoubles.mValues);
-    visit(self.mStrings.mValues);
-  }
-
-  void Add(std::uint32_t value) { mUnsigned.mValues.push_back(value); }
-  void Add(float value) { mFloats.mValues.push_back(value); }
-  void Add(double value) { mDoubles.mValues.push_back(value); }
-  void Add(const std::string& value) { mStrings.mValues.push_back(value); }
-
-  AttributeValue Take(std::uint8_t type) {
-    switch (type) {
-      case 0:
-        return mUnsigned.Take();
-      case 1:
-        return mFloats.Take();
-      case 2:
-        return mStrings.Take();
-      case 3:
-        return mDoubles.Take();
-      default:
-        RaiseMismatch();
-    }
-  }
-  bool AreUsedUp() const {
-    return mTypes.IsUsedUp() && mUnsigned.IsUsedUp() && mFloats.IsUsedUp() && mDoubles.IsUsedUp() &&
-           mStrings.IsUsedUp();
-  }
+/// A column that is appended to those before it.
+struct ReadColumn {
+  std::string& mrBytes;
+  std::size_t mElementSize;  ///< In bytes; 0 for strings.
 };
+
+/// The bytes of `count` strings at the cursor.
+std::uint64_t MeasureStrings(const QovJbf::Block& block, std::uint32_t count) {
+  std::uint64_t length = 0;
+  for (; count > 0; --count) {
+    QovJbf::Detail::CheckCount(block, length + kCountSize, 1);
+    std::uint32_t size = 0;
+    std::memcpy(&size, block.GetData() + block.GetPosition() + length, sizeof size);
+    length += kCountSize + size;
+    QovJbf::Detail::CheckCount(block, length, 1);
+  }
+  return length;
+}
+
+void CopyFromBlock(QovJbf::Block& block, ReadColumn& column) {
+  std::uint32_t count = 0;
+  QovJbf::CopyFromBlock(block, count);
+  const bool isText = column.mElementSize == 0;
+  QovJbf::Detail::CheckCount(block, count, isText ? kCountSize : column.mElementSize);
+  const std::uint64_t size =
+      isText ? MeasureStrings(block, count) : std::uint64_t{count} * column.mElementSize;
+  column.mrBytes.append(reinterpret_cast<const char*>(&count), sizeof count);
+  if (size == 0) return;
+  const std::size_t end = column.mrBytes.size();
+  column.mrBytes.resize(end + size);
+  block.Get(column.mrBytes.data() + end, static_cast<std::uint32_t>(size));
+}
 
 }  // namespace
 
 void WriteAttributesToJbf(QovJbf::JbFile& file, const std::string& key,
-                          const AttributeMap& attributes) {
-  Columns columns;
-  for (const auto& [name, value] : attributes) {
-    columns.mNames.mValues.push_back(name);
-    columns.mTypes.mValues.push_back(static_cast<std::uint8_t>(value.index()));
-    std::visit([&columns](const auto& alternative) { columns.Add(alternative); }, value);
+                          const Attributes& attributes) {
+  for (const std::string_view column : attributes.GetColumns()) {
+    file.GetIndex().Put(key, WrittenColumn{column});
   }
-  Columns::Visit(columns, [&](const auto& column) { file.GetIndex().Put(key, column); });
+}
+
+std::uint64_t ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key,
+                                    Attributes& attributes) {
+  attributes = {};
+  EmptyMap empty;
+  file.Require(key, empty);
+  if (empty.mIsTaken) return 0;
+  std::string columns;
+  for (const std::size_t elementSize : {0, 1, 4, 4, 8, 0}) {
+    ReadColumn column{columns, elementSize};
+    file.Require(key, column);
+  }
+  Attributes::Checked checked = Attributes::FromColumns(columns);
+  attributes = std::move(checked.mAttributes);
+  return checked.mNumLeftOut;
 }
 
 void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, AttributeMap& attributes) {
-  Columns columns;
-  Columns::Visit(columns, [&](auto& column) { file.Require(key, column); });
-  for (std::string& name : columns.mNames.mValues) {
-    attributes.emplace(std::move(name), columns.Take(columns.mTypes.Take()));
-  }
-  if (!columns.AreUsedUp()) RaiseMismatch();
+  Attributes read;
+  ReadAttributesFromJbf(file, key, read);
+  attributes.merge(AttributeMap(read));
 }
 
 }  // namespace QovUtil

@@ -77,7 +77,8 @@ void BlockCopies::DropUnworthy() {
   mPlaces.clear();
   std::erase_if(mCopies, [](const Copy& copy) {
     const std::uint64_t length = copy.mExtent.mRawLength;
-    return 2 * copy.mWanted < length || copy.mShared / kMostShares > length;
+    return 2 * copy.mWanted < length || copy.mShared > kMostShares * length ||
+           copy.mSets.size() > kMostShares;  // each may be as long as the block
   });
   for (const Copy& copy : mCopies) {
     for (const Array& array : copy.mArrays) {

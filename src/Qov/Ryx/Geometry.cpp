@@ -1,5 +1,8 @@
 #include "Qov/Ryx/Geometry.h"
 
+#include <algorithm>
+#include <bit>
+#include <functional>
 #include <utility>
 
 namespace QovRyx {
@@ -27,18 +30,44 @@ std::string Geometry::GetVersion() const {
 
 void Geometry::RenameVariable(std::size_t position, std::string name) {
   mVariables[position].mName = std::move(name);
-  if (mNumIndexed == 0) return;
-  mPositions.clear();
+  mSlots.clear();
+  mNumIndexed = 0;
+}
+
+void Geometry::ReserveVariables(std::size_t count) {
+  const std::size_t needed = mVariables.size() + count;
+  if (needed > mVariables.capacity()) {
+    mVariables.reserve(std::max(needed, mVariables.size() + mVariables.size() / 2));
+  }
+}
+
+/// The slot of that name, or the free one in which it belongs. One slot at least is free.
+std::uint32_t& Geometry::FindSlot(const std::string& name) {
+  std::size_t slot = std::hash<std::string>()(name);
+  while (true) {
+    slot &= mSlots.size() - 1;
+    const std::uint32_t position = mSlots[slot];
+    if (position == 0 || mVariables[position - 1].mName == name) return mSlots[slot];
+    ++slot;
+  }
+}
+
+/// Makes room for the names of all variables, of which at most half the slots are used.
+void Geometry::GrowIndex() {
+  constexpr std::size_t kFewest = 16;
+  mSlots.assign(std::bit_ceil(std::max(kFewest, 3 * mVariables.size())), 0);
   mNumIndexed = 0;
 }
 
 std::optional<std::size_t> Geometry::FindVariable(const std::string& name) {
+  if (mSlots.size() < 2 * mVariables.size() + 1) GrowIndex();
   for (; mNumIndexed < mVariables.size(); ++mNumIndexed) {
-    mPositions.emplace(mVariables[mNumIndexed].mName, mNumIndexed);
+    std::uint32_t& slot = FindSlot(mVariables[mNumIndexed].mName);
+    if (slot == 0) slot = static_cast<std::uint32_t>(mNumIndexed + 1);
   }
-  const auto found = mPositions.find(name);
-  if (found == mPositions.end()) return std::nullopt;
-  return found->second;
+  const std::uint32_t position = FindSlot(name);
+  if (position == 0) return std::nullopt;
+  return position - 1;
 }
 
 std::uint64_t Geometry::GetOrAddVariableIndex(const std::string& name) {

@@ -1,7 +1,9 @@
 #include <algorithm>
 
+#include "Qov/Log/Record.h"
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/Geometry.h"
+#include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Util/Raise.h"
 
 // The descriptors of a geometry in the light stream: i32 count, then for each variable
@@ -30,10 +32,24 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 enum class Layout { Older, InlineValues, NarrowOffsets, WideOffsets };
 
 Layout GetLayout(const std::string& version) {
-  if (version == "0.7") return Layout::WideOffsets;
+  if (version == kNewestGeometryVersion) return Layout::WideOffsets;
   if (version == "0.6") return Layout::NarrowOffsets;
   if (version == "0.5") return Layout::InlineValues;
   return Layout::Older;
+}
+
+/// A name must not look like lines of ours.
+std::string OnOneLine(std::string name) {
+  std::replace(name.begin(), name.end(), '\n', ' ');
+  return name;
+}
+
+/// The bytes of a block that are still to be read.
+struct Remaining {
+  std::uint32_t mNumBytes = 0;
+};
+void CopyFromBlock(const QovJbf::Block& block, Remaining& remaining) {
+  remaining.mNumBytes = block.GetRemaining();
 }
 
 class DescriptorWriter {
@@ -63,7 +79,7 @@ class DescriptorWriter {
       Field(static_cast<std::uint32_t>(*offset));
     }
   }
-  void Attributes(const QovUtil::AttributeMap& attributes) {
+  void Attributes(const QovUtil::Attributes& attributes) {
     QovUtil::WriteAttributesToJbf(mFile, mAttributeKey, attributes);
   }
   void InlineValues(const Geometry::VarStruct& variable) {
@@ -120,8 +136,19 @@ class DescriptorReader {
     }
     offset = value;
   }
-  void Attributes(QovUtil::AttributeMap& attributes) {
-    QovUtil::ReadAttributesFromJbf(mFile, mAttributeKey, attributes);
+  void Attributes(QovUtil::Attributes& attributes) {
+    mNumLeftOut += QovUtil::ReadAttributesFromJbf(mFile, mAttributeKey, attributes);
+    attributes.ShareIfEqual(mLastAttributes);
+    mLastAttributes = attributes;
+  }
+  /// Attributes left out so far because of their names.
+  std::uint64_t GetNumLeftOut() const { return mNumLeftOut; }
+  /// At least as many variables as the rest of the block in which the next one lies can hold.
+  std::size_t CountRoom() {
+    constexpr std::size_t kLeastSize = 14;  // of the older layout, with an empty name
+    Remaining remaining;
+    mFile.Require(mLightKey, remaining);
+    return remaining.mNumBytes / kLeastSize + 1;
   }
   /// Notes where the values are and passes over them.
   void InlineValues(Geometry::VarStruct& variable) {
@@ -133,7 +160,9 @@ class DescriptorReader {
   QovJbf::JbFile& mFile;
   const std::string& mLightKey;
   const std::string& mAttributeKey;
+  QovUtil::Attributes mLastAttributes;  ///< Shared by results with equal ones in a row.
   std::uint64_t& mInlineOffset;
+  std::uint64_t mNumLeftOut = 0;
 };
 
 /// The one list of a descriptor's fields, for the writer and the reader.
@@ -180,20 +209,30 @@ void Geometry::WriteJb(QovJbf::JbFile& file, const std::string& lightKey,
 void Geometry::ReadJb(QovJbf::JbFile& file, const std::string& lightKey,
                       const std::string& attributeKey, const std::string& version,
                       std::uint64_t& inlineOffset) {
+  if (IsNewerGeometryVersion(version)) {
+    Raise(kSource, ErrorType::UnknownVersion,
+          "Unknown Version: geometry \"" + OnOneLine(GetName()) + "\" has version \"" +
+              OnOneLine(version) + "\", the newest known is \"" + kNewestGeometryVersion + "\"");
+  }
   DescriptorReader reader(file, lightKey, attributeKey, inlineOffset);
   std::int32_t count = 0;
   reader.Field(count);
   if (count < 0) {
-    std::string name = GetName();
-    std::replace(name.begin(), name.end(), '\n', ' ');  // it must not look like lines of ours
     Raise(kSource, ErrorType::ModelError,
-          "Geometry \"" + name + "\" has a negative number of variables");
+          "Geometry \"" + OnOneLine(GetName()) + "\" has a negative number of variables");
   }
   const Layout layout = GetLayout(version);
+  ReserveVariables(std::min<std::size_t>(static_cast<std::size_t>(count), reader.CountRoom()));
   for (std::int32_t i = 0; i < count; ++i) {
     VarStruct variable;
     WalkDescriptor(reader, variable, layout);
     mVariables.push_back(std::move(variable));
+  }
+  if (reader.GetNumLeftOut() != 0) {
+    Qov::Log::Trace(kSource)
+        << "Geometry \"" << OnOneLine(GetName()) << "\": " << reader.GetNumLeftOut()
+        << " attributes are left out because an earlier one of the same result "
+           "has their name.";
   }
 }
 

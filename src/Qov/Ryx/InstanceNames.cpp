@@ -41,19 +41,21 @@ std::string_view InstancePart(std::string_view name) {
 constexpr double kFreeBytes = 256.0 * 1024 * 1024;
 constexpr double kMostCopies = 64;
 
-[[noreturn]] void RaiseTooManyShared(unsigned long line = __builtin_LINE()) {
+[[noreturn]] void RaiseTooManyShared(double needed, double allowed,
+                                     unsigned long line = __builtin_LINE()) {
+  const auto text = [](double numBytes) {
+    return std::to_string(static_cast<std::uint64_t>(numBytes));
+  };
   Qov::Util::Raise("include/Qov/Ryx/InstanceNames", Qov::Util::Exception::ErrorType::OutOfBounds,
-                   "Too many instances would share too many results", line);
+                   "Too many instances would share too many results: they would take " +
+                       text(needed) + " bytes (limit " + text(allowed) + " bytes)",
+                   line);
 }
 
 /// About the bytes that a result takes, its values aside.
 double SizeOf(const Geometry::VarStruct& result) {
-  constexpr std::size_t kEntry = 128;
-  std::size_t size = sizeof(result) + result.mName.size();
-  for (const auto& [name, value] : result.mAttributes) {
-    const auto* text = std::get_if<std::string>(&value);
-    size += kEntry + name.size() + (text == nullptr ? 0 : text->size());
-  }
+  const std::size_t size =
+      sizeof(result) + result.mName.size() + result.mAttributes.GetStoredSize();
   return static_cast<double>(size);
 }
 
@@ -103,6 +105,7 @@ LinkedNames ShareCommonResults(Geometry& geometry, const std::set<std::string>& 
     if (HasInstancePart(common)) continue;
     const std::string primary = common + *instances.begin();
     geometry.RenameVariable(i, primary);
+    links[primary].reserve(links[primary].size() + instances.size() - 1);
     for (auto it = std::next(instances.begin()); it != instances.end(); ++it) {
       links[primary].push_back(common + *it);
     }
@@ -149,7 +152,8 @@ void CheckSharing(const Tree& tree) {
   SharedSize size;
   ForEachGeometry(tree.GetNodes(),
                   [&size](std::uint32_t, const Geometry& geometry) { size.Add(geometry); });
-  if (size.mShared > std::max(kFreeBytes, kMostCopies * size.mOwn)) RaiseTooManyShared();
+  const double allowed = std::max(kFreeBytes, kMostCopies * size.mOwn);
+  if (size.mShared > allowed) RaiseTooManyShared(size.mShared, allowed);
 }
 
 void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix) {
@@ -180,16 +184,21 @@ void GenerateLinkedResults(Tree& tree, const PartLinksMap& links) {
 void GenerateLinkedResults(Tree& tree, const PartLinksMap& links, DroppedResults& dropped) {
   double allowed = kFreeBytes;
   LinkChains chains(tree.GetNodes());
+  double needed = 0;
   for (const auto& [id, linksOfNode] : links) {
     Geometry* geometry = AsGeometry(tree.GetNodes().GetReqNode(id));
     if (geometry == nullptr) continue;
+    std::size_t numNames = 0;
+    for (const auto& [primary, names] : linksOfNode) numNames += names.size();
+    geometry->ReserveVariables(numNames);
     for (const auto& [primary, names] : linksOfNode) {
       for (const std::string& name : names) {
         // An earlier file may have brought a primary result of any size.
         const Geometry::VarStruct& result =
             LinkResult(chains, *geometry, id, name, primary, dropped);
-        allowed += kMostCopies * static_cast<double>(sizeof(result) + name.size()) - SizeOf(result);
-        if (allowed < 0) RaiseTooManyShared();
+        allowed += kMostCopies * static_cast<double>(sizeof(result) + name.size());
+        needed += SizeOf(result);
+        if (needed > allowed) RaiseTooManyShared(needed, allowed);
       }
     }
   }

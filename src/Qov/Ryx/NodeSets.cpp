@@ -1,5 +1,6 @@
 #include "Qov/Ryx/NodeSets.h"
 
+#include <limits>
 #include <utility>
 
 #include "Qov/Util/Raise.h"
@@ -76,22 +77,28 @@ void CheckEnds(const std::vector<std::uint32_t>& ends, std::size_t numSets, std:
 
 }  // namespace
 
-std::vector<NodeSets::Set> NodeSets::ReadSets(bool verified) const {
-  PieceReader pieces(*mpReader, mSourceOffset, verified);
-  const auto nameEnds = pieces.TakeNumbers();
-  const std::string names = pieces.TakeText();
-  CheckEnds(nameEnds, mNumSets, names.size());
-  const auto valueEnds = pieces.TakeNumbers();
-  const auto values = pieces.TakeNumbers();
-  CheckEnds(valueEnds, mNumSets, values.size());
-  CountBytes(pieces.GetOffset() - mSourceOffset);
-
-  std::vector<Set> sets(mNumSets);
-  for (std::size_t i = 0; i < sets.size(); ++i) {
-    sets[i].mName = names.substr(nameEnds[i], nameEnds[i + 1] - nameEnds[i]);
-    sets[i].mValues.assign(values.begin() + valueEnds[i], values.begin() + valueEnds[i + 1]);
+void SetColumns::Add(std::string_view name, std::span<const std::uint32_t> values) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
+  if (name.size() > kMost - mNames.size() || values.size() > kMost - mValues.size()) {
+    Raise(kSource, ErrorType::OutOfBounds, "The node sets of one node hold more than 2^32 - 1");
   }
-  return sets;
+  mNames += name;
+  mNameEnds.push_back(static_cast<std::uint32_t>(mNames.size()));
+  mValues.insert(mValues.end(), values.begin(), values.end());
+  mValueEnds.push_back(static_cast<std::uint32_t>(mValues.size()));
+}
+
+SetColumns NodeSets::ReadColumns(bool verified) const {
+  PieceReader pieces(*mpReader, mSourceOffset, verified);
+  SetColumns columns;
+  columns.mNameEnds = pieces.TakeNumbers();
+  columns.mNames = pieces.TakeText();
+  CheckEnds(columns.mNameEnds, mNumSets, columns.mNames.size());
+  columns.mValueEnds = pieces.TakeNumbers();
+  columns.mValues = pieces.TakeNumbers();
+  CheckEnds(columns.mValueEnds, mNumSets, columns.mValues.size());
+  CountBytes(pieces.GetOffset() - mSourceOffset);
+  return columns;
 }
 
 void NodeSets::CountBytes(std::uint64_t numBytes) const {
@@ -103,35 +110,37 @@ void NodeSets::CountBytes(std::uint64_t numBytes) const {
   Raise(kSource, ErrorType::OutOfBounds, "Too many node sets share their bytes");
 }
 
-std::vector<NodeSets::Set> NodeSets::TakeSets(bool verified) const {
-  if (!mpReader) return mSets;
-  return Qov::Util::Concerning(mpReader->GetPath(), [&] { return ReadSets(verified); });
+std::vector<NodeSets::Set> NodeSets::GetSets() const {
+  const SetColumns columns = GetColumns();
+  std::vector<Set> sets(columns.size());
+  for (std::size_t i = 0; i < sets.size(); ++i) {
+    const SetColumns::View set = columns[i];
+    sets[i] = {std::string(set.mName), {set.mValues.begin(), set.mValues.end()}};
+  }
+  return sets;
 }
 
-void NodeSets::SetSets(std::vector<Set> sets) {
+SetColumns NodeSets::TakeColumns(bool verified) const {
+  if (!mpReader) return mColumns;
+  return Qov::Util::Concerning(mpReader->GetPath(), [&] { return ReadColumns(verified); });
+}
+
+void NodeSets::SetSets(const std::vector<Set>& sets) {
   mNumSets = static_cast<std::uint32_t>(sets.size());
-  mSets = std::move(sets);
+  mColumns = {};
+  for (const Set& set : sets) mColumns.Add(set.mName, set.mValues);
   mpReader.reset();
 }
 
 void NodeSets::SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey) {
-  std::vector<std::uint32_t> nameEnds{0};
-  std::string names;
-  std::vector<std::uint32_t> valueEnds{0};
-  std::vector<std::uint32_t> values;
-  for (const Set& set : TakeSets(false)) {
-    names += set.mName;
-    nameEnds.push_back(static_cast<std::uint32_t>(names.size()));
-    values.insert(values.end(), set.mValues.begin(), set.mValues.end());
-    valueEnds.push_back(static_cast<std::uint32_t>(values.size()));
-  }
+  const SetColumns columns = TakeColumns(false);
   QovJbf::Index& index = file.GetIndex();
   mStoredOffset = index.HasStream(heavyKey) ? index.GetStreamLength(heavyKey) : 0;
-  mNumStoredValues = static_cast<std::uint32_t>(values.size());
-  index.Put(heavyKey, nameEnds);
-  index.Put(heavyKey, names);
-  index.Put(heavyKey, valueEnds);
-  index.Put(heavyKey, values);
+  mNumStoredValues = static_cast<std::uint32_t>(columns.mValues.size());
+  index.Put(heavyKey, columns.mNameEnds);
+  index.Put(heavyKey, columns.mNames);
+  index.Put(heavyKey, columns.mValueEnds);
+  index.Put(heavyKey, columns.mValues);
 }
 
 void NodeSets::LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader,

@@ -2,7 +2,6 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Ryx/Tree.h"
 #include "Qov/Util/Raise.h"
+#include "StreamGroups.h"
 #include "TreeReader.h"
 
 namespace QovRyx {
@@ -51,6 +51,16 @@ ViewPointPath RequireViewPointPath(QovJbf::JbFile& file) {
   return path;
 }
 
+/// Makes room for so many more paths, as far as the stream can hold them: the vector then takes no
+/// more memory than they need.
+void ReservePaths(QovJbf::JbFile& file, std::int32_t count, std::vector<ViewPointPath>& paths) {
+  constexpr std::uint64_t kLeastSize = 8;  // an empty name and no views
+  const std::uint64_t most = file.OpenStreamReader(kViewPoints)->GetLength() / kLeastSize;
+  if (count <= 0 || static_cast<std::uint64_t>(count) > most) return;
+  const std::size_t needed = paths.size() + static_cast<std::size_t>(count);
+  if (needed > paths.capacity()) paths.reserve(std::max(needed, paths.size() * 3 / 2));
+}
+
 std::uint64_t GetFileLength(QovJbf::JbFile& file) {
   const bool isAtEnd = fseeko(file.GetStream(), 0, SEEK_END) == 0;
   const off_t length = isAtEnd ? ftello(file.GetStream()) : -1;
@@ -58,15 +68,14 @@ std::uint64_t GetFileLength(QovJbf::JbFile& file) {
   return static_cast<std::uint64_t>(length);
 }
 
-/// Refuses streams that are all read into memory, and grow there, if they hold far more than any
-/// writer could mean: zlib makes a thousand bytes of one.
-void CheckExpansion(QovJbf::JbFile& file, std::initializer_list<std::string> streams) {
-  constexpr std::uint64_t kMostTimes = 64;
-  constexpr std::uint64_t kFreeBytes = std::uint64_t{32} << 20;
+/// Refuses streams that would take too much memory, because they are read as a whole: zlib makes a
+/// thousand bytes of one.
+void CheckExpansion(QovJbf::JbFile& file, const StreamGroup& group) {
   std::uint64_t numBytes = 0;
-  for (const std::string& name : streams) numBytes += file.OpenStreamReader(name)->GetLength();
-  if (numBytes <= kFreeBytes || (numBytes - kFreeBytes) / kMostTimes <= GetFileLength(file)) return;
-  Raise(kSource, ErrorType::OutOfBounds, "Too much is made of too few bytes");
+  for (const std::string& name : group.mStreams) {
+    numBytes += file.OpenStreamReader(name)->GetLength();
+  }
+  CheckLoadLimit(group, numBytes, QovJbf::GetLoadLimit());
 }
 
 /// Refuses a file that ends before its last block does, even if nothing was read from there.
@@ -139,7 +148,7 @@ std::uint32_t Tree::GetAttachParent() {
 }
 
 void Tree::LoadGlobalInfo(QovJbf::JbFile& file) {
-  CheckExpansion(file, {kGlobalInformation});
+  CheckExpansion(file, kHistoryStreams);
   if (file.HasStream(kGlobalInformation)) {
     std::uint32_t count = 0;
     file.Require(kGlobalInformation, count);
@@ -154,7 +163,7 @@ void Tree::LoadGlobalInfo(QovJbf::JbFile& file) {
 
 void Tree::LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent,
                     bool wideOffsets) {
-  CheckExpansion(file, {kRyxTree, kLightData, kAttributes, kResources});
+  CheckExpansion(file, kTreeStreams);
   TreeReader(file, mNodes, attachParent, wideOffsets).Read(idMap);
 }
 
@@ -176,13 +185,13 @@ void Tree::UpdateBufferLinks() {
 void Tree::LoadViewPathVec(QovJbf::JbFile& file) {
   if (file.GetIdentity()) mSources.push_back(*file.GetIdentity());
   if (!file.HasStream(kViewPoints)) return;
-  CheckExpansion(file, {kViewPoints});
+  CheckExpansion(file, kViewStreams);
   ViewPoint viewPoint;
   file.Require(kViewPoints, viewPoint);
   mViewPoint = std::move(viewPoint);
-  for (std::int32_t left = RequireCount(file); left > 0; --left) {
-    mViewPointPaths.push_back(RequireViewPointPath(file));
-  }
+  std::int32_t numPaths = RequireCount(file);
+  ReservePaths(file, numPaths, mViewPointPaths);
+  for (; numPaths > 0; --numPaths) mViewPointPaths.push_back(RequireViewPointPath(file));
   SequencerData sequencerData;
   file.Require(kViewPoints, sequencerData);
   mSequencerData = std::move(sequencerData);

@@ -3,6 +3,7 @@
 #include <limits>
 #include <utility>
 
+#include "Qov/Log/Record.h"
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
@@ -59,11 +60,13 @@ void TreeReader::Read(Tree::IdMap& idMap) {
   CheckShares();
 }
 
+/// Counts whole elements, because no others are stored.
 void TreeReader::CheckShares() const {
+  constexpr std::uint64_t kElementSize = 4;
   std::uint64_t numBytes = 0;
   for (const LoadedGeometry& loaded : mGeometries) {
     for (const Geometry::VarStruct& variable : loaded.mGeometry->GetVariables()) {
-      if (!variable.mLinked) numBytes += variable.mValues.GetSize();
+      if (!variable.mLinked) numBytes += variable.mValues.GetNumElements() * kElementSize;
     }
   }
   if (numBytes / kMostShares <= mpHeavy->GetLength()) return;
@@ -133,7 +136,12 @@ std::unique_ptr<Node> TreeReader::ReadGroup(const Record& record) {
   RequireRaw(mFile, group->mRotation);
   RequireRaw(mFile, group->mScale);
   if (record.mVersion == "0.2") return group;
-  QovUtil::ReadAttributesFromJbf(mFile, kAttributes, group->mAttributes);
+  const std::uint64_t numLeftOut =
+      QovUtil::ReadAttributesFromJbf(mFile, kAttributes, group->mAttributes);
+  if (numLeftOut != 0) {
+    Qov::Log::Trace(kSource) << "Node " << record.mEntry.mId << ": " << numLeftOut
+                             << " attributes are left out because an earlier one has their name.";
+  }
   if (record.mVersion == "0.3") return group;
   mFile.Require(kLightData, group->mTakesModels);
   return group;

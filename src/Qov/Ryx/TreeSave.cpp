@@ -12,6 +12,7 @@
 #include "Qov/Ryx/Tree.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
+#include "StreamGroups.h"
 
 namespace QovRyx {
 namespace {
@@ -102,6 +103,16 @@ std::set<QovJbf::StreamReader*> FindReaders(const NodeTree& nodes) {
     if (sets != nullptr && sets->GetReader() != nullptr) readers.insert(sets->GetReader());
   }
   return readers;
+}
+
+/// Refuses to write what no program could load again.
+void CheckLoadable(QovJbf::JbFile& file, const StreamGroup& group, std::uint64_t limit) {
+  const QovJbf::Index& index = file.GetIndex();
+  std::uint64_t numBytes = 0;
+  for (const std::string& name : group.mStreams) {
+    if (index.HasStream(name)) numBytes += index.GetStreamLength(name);
+  }
+  Qov::Util::Concerning(file.GetPath(), [&] { CheckLoadLimit(group, numBytes, limit); });
 }
 
 void SaveViewPointPath(QovJbf::Index& index, const ViewPointPath& path) {
@@ -220,7 +231,12 @@ void Tree::SaveTree(QovJbf::JbFile& file) {
   // Every record holds the length of the light data so far, which may be 0 to the end.
   file.GetIndex().GetWritingBlockIndex(kLightData);
   file.GetIndex().Put(kRyxTree, static_cast<std::int32_t>(mNodes.GetSize()));
-  for (const auto& [id, entry] : mNodes) SaveRecord(file, entry);
+  // The limit is asked for once: it takes several system files to tell.
+  const std::uint64_t limit = QovJbf::GetLoadLimit();
+  for (const auto& [id, entry] : mNodes) {
+    SaveRecord(file, entry);
+    CheckLoadable(file, kTreeStreams, limit);
+  }
   Qov::Log::Trace(kSource) << "Ryx tree saved.";
 }
 
@@ -230,6 +246,7 @@ void Tree::SaveViewPathVec(QovJbf::JbFile& file) const {
   index.Put(kViewPoints, static_cast<std::uint32_t>(mViewPointPaths.size()));
   for (const ViewPointPath& path : mViewPointPaths) SaveViewPointPath(index, path);
   index.Put(kViewPoints, mSequencerData);
+  CheckLoadable(file, kViewStreams, QovJbf::GetLoadLimit());
   file.AddBlockTransformation(kViewPoints, QovJbf::BlockFlag::kCompressed);
 }
 
@@ -246,6 +263,7 @@ void Tree::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment) {
   QovJbf::Index& index = file.GetIndex();
   index.Put(kGlobalInformation, static_cast<std::uint32_t>(mModifiers.size()));
   for (const ModifierInfo& modifier : mModifiers) index.Put(kGlobalInformation, modifier);
+  CheckLoadable(file, kHistoryStreams, QovJbf::GetLoadLimit());
   file.AddBlockTransformation(kGlobalInformation, QovJbf::BlockFlag::kCompressed);
   Qov::Log::Trace(kSource) << "Global information saved.";
 }

@@ -1,0 +1,259 @@
+#include "Qov/Ryx/Attributes.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "Qov/Util/Raise.h"
+
+namespace QovUtil {
+namespace {
+
+constexpr const char* kSource = "include/Qov/Ryx/AttributesIo";
+constexpr std::size_t kCountSize = sizeof(std::uint32_t);
+constexpr std::size_t kNumColumns = 6;
+constexpr std::size_t kNumTypes = 4;
+/// Type indexes.
+constexpr std::size_t kUnsigned = 0;
+constexpr std::size_t kFloat = 1;
+constexpr std::size_t kString = 2;
+constexpr std::size_t kDouble = 3;
+/// The columns of the values in stored order, by type index.
+constexpr std::array<std::size_t, kNumTypes> kStoredOrder = {kUnsigned, kFloat, kDouble, kString};
+constexpr std::size_t kFirstValueColumn = 2;
+
+[[noreturn]] void RaiseMismatch(unsigned long line = __builtin_LINE()) {
+  Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MismatchError,
+                   "The columns of an attribute map disagree", line);
+}
+
+template <class T>
+T Load(const char* at) {
+  T value;
+  std::memcpy(&value, at, sizeof value);
+  return value;
+}
+
+template <class T>
+void Append(std::string& bytes, const T& value) {
+  bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+void AppendText(std::string& bytes, std::string_view text) {
+  Append(bytes, static_cast<std::uint32_t>(text.size()));
+  bytes += text;
+}
+
+std::string_view TextAt(const char* at) { return {at + kCountSize, Load<std::uint32_t>(at)}; }
+
+/// The bytes of a value of that type.
+std::size_t SizeAt(const char* at, std::size_t type) {
+  if (type == kString) return kCountSize + TextAt(at).size();
+  return type == kDouble ? sizeof(double) : sizeof(std::uint32_t);
+}
+
+std::string_view UpToZero(std::string_view text) { return text.substr(0, text.find('\0')); }
+
+/// The columns of `bytes`, which hold whole columns.
+std::array<std::string_view, kNumColumns> Cut(std::string_view bytes) {
+  std::array<std::string_view, kNumColumns> columns;
+  const char* at = bytes.data();
+  for (std::size_t i = 0; i < kNumColumns; ++i) {
+    const char* begin = at;
+    const std::size_t count = Load<std::uint32_t>(at);
+    at += kCountSize;
+    if (i == 1) {
+      at += count;
+    } else if (i != 0 && kStoredOrder[i - kFirstValueColumn] != kString) {
+      at += count * SizeAt(at, kStoredOrder[i - kFirstValueColumn]);
+    } else {
+      for (std::size_t left = count; left > 0; --left) at += SizeAt(at, kString);
+    }
+    columns[i] = {begin, static_cast<std::size_t>(at - begin)};
+  }
+  return columns;
+}
+
+void CheckColumns(const std::array<std::string_view, kNumColumns>& columns) {
+  const auto count = [&columns](std::size_t i) { return Load<std::uint32_t>(columns[i].data()); };
+  if (count(0) != count(1)) RaiseMismatch();
+  std::array<std::uint32_t, kNumTypes> numOfType{};
+  for (const char type : columns[1].substr(kCountSize)) {
+    if (static_cast<unsigned char>(type) >= kNumTypes) RaiseMismatch();
+    ++numOfType[static_cast<unsigned char>(type)];
+  }
+  for (std::size_t i = 0; i < kNumTypes; ++i) {
+    if (count(kFirstValueColumn + i) != numOfType[kStoredOrder[i]]) RaiseMismatch();
+  }
+}
+
+/// An entry whose bytes live elsewhere.
+struct Entry {
+  std::string_view mName;
+  std::string_view mValue;  ///< The bytes of a number or a text.
+  unsigned char mType;
+};
+
+/// Makes the columns of entries, which are in the order of their names.
+std::string Encode(const std::vector<Entry>& entries) {
+  std::string bytes;
+  Append(bytes, static_cast<std::uint32_t>(entries.size()));
+  for (const Entry& entry : entries) AppendText(bytes, entry.mName);
+  Append(bytes, static_cast<std::uint32_t>(entries.size()));
+  for (const Entry& entry : entries) bytes += static_cast<char>(entry.mType);
+  for (const std::size_t type : kStoredOrder) {
+    const auto isOfType = [type](const Entry& entry) { return entry.mType == type; };
+    Append(bytes,
+           static_cast<std::uint32_t>(std::count_if(entries.begin(), entries.end(), isOfType)));
+    for (const Entry& entry : entries) {
+      if (!isOfType(entry)) continue;
+      if (type == kString) {
+        AppendText(bytes, entry.mValue);
+      } else {
+        bytes += entry.mValue;
+      }
+    }
+  }
+  return bytes;
+}
+
+std::string_view BytesOf(const std::string& text) { return text; }
+template <class T>
+std::string_view BytesOf(const T& number) {
+  return {reinterpret_cast<const char*>(&number), sizeof number};
+}
+
+std::string Encode(const AttributeMap& map) {
+  std::vector<Entry> entries;
+  entries.reserve(map.size());
+  for (const auto& [name, value] : map) {
+    const auto bytes = std::visit([](const auto& held) { return BytesOf(held); }, value);
+    entries.push_back({name, bytes, static_cast<unsigned char>(value.index())});
+  }
+  return Encode(entries);
+}
+
+}  // namespace
+
+Attributes::Iterator& Attributes::Iterator::operator++() {
+  const auto type = static_cast<unsigned char>(*mType++);
+  mName += SizeAt(mName, kString);
+  mValues[type] += SizeAt(mValues[type], type);
+  --mLeft;
+  return *this;
+}
+
+std::string_view Attributes::Iterator::GetName() const { return TextAt(mName); }
+
+AttributeValue Attributes::Iterator::GetValue() const {
+  const auto type = static_cast<unsigned char>(*mType);
+  const char* at = mValues[type];
+  if (type == kUnsigned) return Load<std::uint32_t>(at);
+  if (type == kFloat) return Load<float>(at);
+  if (type == kDouble) return Load<double>(at);
+  return std::string(TextAt(at));
+}
+
+Attributes::Attributes(const std::string& columns) {
+  if (Load<std::uint32_t>(columns.data()) == 0) return;
+  mpColumns = std::make_shared<const std::string>(columns);  // without spare memory
+}
+
+Attributes::Attributes(const AttributeMap& map) {
+  if (!map.empty()) *this = Attributes(Encode(map));
+}
+
+Attributes::Checked Attributes::FromColumns(const std::string& columns) {
+  CheckColumns(Cut(columns));
+  Attributes stored(columns);
+  if (stored.IsInOrder()) return {std::move(stored), 0};
+  std::vector<Entry> entries;
+  entries.reserve(stored.size());
+  for (Iterator it = stored.begin(); it != stored.end(); ++it) {
+    const auto type = static_cast<unsigned char>(*it.mType);
+    const char* value = it.mValues[type];
+    const std::string_view bytes(value, SizeAt(value, type));
+    entries.push_back(
+        {UpToZero(it.GetName()), type == kString ? UpToZero(TextAt(value)) : bytes, type});
+  }
+  // Names of equal entries stand in memory in stored order.
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return std::pair(a.mName, a.mName.data()) < std::pair(b.mName, b.mName.data());
+  });
+  const auto end = std::unique(entries.begin(), entries.end(),
+                               [](const Entry& a, const Entry& b) { return a.mName == b.mName; });
+  const auto numLeftOut = static_cast<std::uint64_t>(entries.end() - end);
+  entries.erase(end, entries.end());
+  return {Attributes(Encode(entries)), numLeftOut};
+}
+
+/// True if the names ascend and no text holds a zero byte.
+bool Attributes::IsInOrder() const {
+  std::string_view last;
+  for (Iterator it = begin(); it != end(); ++it) {
+    const std::string_view name = it.GetName();
+    const bool isFirst = it.mLeft == size();
+    if (UpToZero(name).size() != name.size() || (!isFirst && name <= last)) return false;
+    const auto type = static_cast<unsigned char>(*it.mType);
+    const bool isText = type == kString;
+    if (isText && TextAt(it.mValues[type]).find('\0') != std::string_view::npos) return false;
+    last = name;
+  }
+  return true;
+}
+
+Attributes::operator AttributeMap() const {
+  AttributeMap map;
+  for (Iterator it = begin(); it != end(); ++it) map.emplace_hint(map.end(), *it);
+  return map;
+}
+
+std::size_t Attributes::size() const {
+  return empty() ? 0 : Load<std::uint32_t>(mpColumns->data());
+}
+
+Attributes::Iterator Attributes::begin() const {
+  Iterator it;
+  if (empty()) return it;
+  const auto columns = Cut(*mpColumns);
+  it.mLeft = Load<std::uint32_t>(columns[0].data());
+  it.mName = columns[0].data() + kCountSize;
+  it.mType = columns[1].data() + kCountSize;
+  for (std::size_t i = 0; i < kNumTypes; ++i) {
+    it.mValues[kStoredOrder[i]] = columns[kFirstValueColumn + i].data() + kCountSize;
+  }
+  return it;
+}
+
+void Attributes::Set(const std::string& name, AttributeValue value) {
+  AttributeMap map = *this;
+  map.insert_or_assign(name, std::move(value));
+  *this = map;
+}
+
+void Attributes::erase(const std::string& name) {
+  AttributeMap map = *this;
+  map.erase(name);
+  *this = map;
+}
+
+std::array<std::string_view, kNumColumns> Attributes::GetColumns() const {
+  static const std::string kEmpty(kNumColumns * kCountSize, '\0');
+  return Cut(empty() ? kEmpty : *mpColumns);
+}
+
+std::size_t Attributes::GetStoredSize() const {
+  return empty() ? kNumColumns * kCountSize : mpColumns->size();
+}
+
+void Attributes::ShareIfEqual(const Attributes& other) {
+  if (*this == other) mpColumns = other.mpColumns;
+}
+
+bool operator==(const Attributes& a, const Attributes& b) {
+  if (a.mpColumns == b.mpColumns) return true;
+  return !a.empty() && !b.empty() && *a.mpColumns == *b.mpColumns;
+}
+
+}  // namespace QovUtil

@@ -1,0 +1,39 @@
+#include "Qov/Ryx/GeometryVersion.h"
+
+#include <charconv>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace QovRyx {
+namespace {
+
+using Numbers = std::pair<unsigned, unsigned>;
+
+/// The number at `begin`, which is moved past it. A number beyond all bounds is the highest.
+std::optional<unsigned> TakeNumber(const char*& begin, const char* end) {
+  unsigned number = 0;
+  const auto [rest, error] = std::from_chars(begin, end, number);
+  if (rest == begin) return std::nullopt;
+  begin = rest;
+  return error == std::errc() ? number : ~0U;
+}
+
+std::optional<Numbers> ParseVersion(std::string_view version) {
+  const char* at = version.data();
+  const char* end = at + version.size();
+  const auto first = TakeNumber(at, end);
+  if (!first || at == end || *at != '.') return std::nullopt;
+  const auto second = TakeNumber(++at, end);
+  if (!second) return std::nullopt;
+  return Numbers(*first, *second);
+}
+
+}  // namespace
+
+bool IsNewerGeometryVersion(const std::string& version) {
+  const auto numbers = ParseVersion(version);
+  return numbers && *numbers > *ParseVersion(kNewestGeometryVersion);
+}
+
+}  // namespace QovRyx
