@@ -1,12 +1,13 @@
 #include <fmt/format.h>
-#include <sys/stat.h>
 
 #include <CLI/App.hpp>
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Command.h"
@@ -28,10 +29,12 @@ namespace {
 constexpr const char* kFooter =
     "NODE is an id or a name, RESULT a position (from 0) or a name, both as \"ryx ls\" shows "
     "them:\n"
-    "the separator in front of a load case is written \\x1E. Floats are printed as the shortest\n"
-    "numbers that read back as they are.\n"
+    "the separator before a load case is written \\x1E. The name of a result that has one load "
+    "case\n"
+    "may be written without it. Floats are printed as the shortest numbers that read back as they\n"
+    "are.\n"
     "\n"
-    "Example: ryx dump plate.ryx Skin 'Stress\\x1ELC1' --format csv -o stress.csv\n"
+    "Example: ryx dump plate.ryx Skin 'Stress\\x1ELC1' -o stress.csv\n"
     "         ryx dump plate.ryx Skin 0 --format npy > points.npy\n"
     "         ryx dump plate.vpt --view-point Front --format json\n"
     "         ryx dump plate.ryx --stream \"Heavy Data\" --blocks";
@@ -57,19 +60,21 @@ class DumpCommand : public Command {
 
  private:
   void CheckChoice() const;
+  void TakeFormatFromEnding();
   DumpFormat GetFormat() const;
   std::optional<Json> StartDocument() const;
   void RefuseFormats(const char* what) const;
   void RefuseTerminal(const Output& output) const;
   int Show(Output& output, Output& errors) const;
-  void ShowModel(const QovRyx::Tree& tree, Output& output) const;
+  void ShowModel(const QovRyx::Tree& tree, Output& output, Output& errors) const;
   void ShowState(const QovRyx::Tree& tree, Output& output) const;
-  void ShowValues(const QovRyx::Tree& tree, Output& output) const;
+  void ShowValues(const QovRyx::Tree& tree, Output& output, Output& errors) const;
 
   std::string mPath;
   std::optional<std::string> mNode;
   std::optional<std::string> mResult;
   std::string mFormat = "text";
+  CLI::Option* mFormatOption = nullptr;
   std::string mOutputPath;
   std::optional<std::string> mView;
   bool mSequencer = false;
@@ -95,9 +100,12 @@ void DumpCommand::Declare(CLI::App& app) {
   AddText(app, "--node-set", mSets, "Node sets, or one of them")->type_name("NODE[:SET]");
   AddText(app, "--stream", mStream, "The uncompressed bytes of a stream")->type_name("NAME");
   app.add_flag("--blocks", mBlocks, "The block table of the file, or of the --stream");
-  app.add_option("--format", mFormat, "How to write it; csv and npy are for results")
-      ->check(CLI::IsMember({"text", "csv", "json", "npy"}));
-  app.add_option("-o,--output", mOutputPath, "Where to write it, instead of standard output")
+  mFormatOption =
+      app.add_option("--format", mFormat, "How to write it; csv and npy are for results")
+          ->check(CLI::IsMember({"text", "csv", "json", "npy"}));
+  app.add_option("-o,--output", mOutputPath,
+                 "Where to write it; the ending .txt, .csv, .json or .npy sets the format, - is "
+                 "standard output")
       ->type_name("FILE");
 }
 
@@ -110,6 +118,28 @@ void DumpCommand::CheckChoice() const {
   Raise(ErrorType::InvalidMethod,
         "say one thing to print: NODE and RESULT, --view-point, --sequencer, --history, "
         "--material, --attributes, --node-set, --stream or --blocks");
+}
+
+/// The format that the ending of a file's name stands for; empty if it stands for none.
+std::string FormatOfEnding(const std::string& path) {
+  constexpr std::array<std::pair<const char*, const char*>, 4> kEndings = {
+      {{".npy", "npy"}, {".csv", "csv"}, {".json", "json"}, {".txt", "text"}}};
+  for (const auto& [ending, format] : kEndings) {
+    if (path.ends_with(ending)) return format;
+  }
+  return "";
+}
+
+/// The bytes of a stream are written as they are, whatever the file is called.
+void DumpCommand::TakeFormatFromEnding() {
+  const std::string format = FormatOfEnding(mOutputPath);
+  if (format.empty() || (mStream && !mBlocks)) return;
+  if (mFormatOption->count() != 0 && mFormat != format) {
+    Raise(ErrorType::InvalidMethod,
+          fmt::format("\"{}\" ends like a file of the format {}, but --format is {}", mOutputPath,
+                      format, mFormat));
+  }
+  mFormat = format;
 }
 
 DumpFormat DumpCommand::GetFormat() const {
@@ -135,19 +165,11 @@ void DumpCommand::RefuseTerminal(const Output& output) const {
   Raise(ErrorType::WriteError, "raw bytes are not for a terminal: use -o FILE or a pipe");
 }
 
-bool AreSame(const std::string& left, const std::string& right) {
-  struct stat a {};
-  struct stat b {};
-  return stat(left.c_str(), &a) == 0 && stat(right.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
-         a.st_ino == b.st_ino;
-}
-
 int DumpCommand::Run(Output& output, Output& errors) {
   CheckChoice();
-  if (mOutputPath.empty()) return Show(output, errors);
-  if (AreSame(mOutputPath, mPath)) {
-    Raise(ErrorType::MiscellaneousError, mOutputPath + " is the input");
-  }
+  TakeFormatFromEnding();
+  if (mOutputPath.empty() || mOutputPath == "-") return Show(output, errors);
+  RefuseToReplaceModel(mOutputPath, mPath);
   FileOutput file(mOutputPath);
   const int status = Show(file, errors);
   if (status == kSuccess || file.IsOpen()) file.Close();
@@ -171,13 +193,13 @@ int DumpCommand::Show(Output& output, Output& errors) const {
   if (!trouble.empty()) {
     errors.Line("ryx dump: " + Escape(mPath + ": " + trouble, errors.GetStyle()));
   }
-  if (trouble.empty() || HoldsAnything(tree)) ShowModel(tree, output);
+  if (trouble.empty() || HoldsAnything(tree)) ShowModel(tree, output, errors);
   return trouble.empty() ? kSuccess : kTrouble;
 }
 
-void DumpCommand::ShowModel(const QovRyx::Tree& tree, Output& output) const {
+void DumpCommand::ShowModel(const QovRyx::Tree& tree, Output& output, Output& errors) const {
   if (mNode) {
-    ShowValues(tree, output);
+    ShowValues(tree, output, errors);
   } else {
     RefuseFormats("this");
     ShowState(tree, output);
@@ -218,11 +240,16 @@ Values ReadValues(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& v
   return values;
 }
 
-void DumpCommand::ShowValues(const QovRyx::Tree& tree, Output& output) const {
+void DumpCommand::ShowValues(const QovRyx::Tree& tree, Output& output, Output& errors) const {
   const auto& entry = ChooseNode<QovRyx::Geometry>(tree, *mNode, "geometry");
   const QovRyx::Geometry& geometry = *QovRyx::AsGeometry(entry);
-  const std::size_t position = ChooseResult(geometry, *mResult);
+  const auto [position, isOnlyInstance] = ChooseResult(geometry, *mResult);
   const auto& variable = geometry.GetVariables()[position];
+  if (isOnlyInstance) {
+    errors.Line(Escape(fmt::format("ryx dump: printing \"{}\", the only instance of \"{}\"",
+                                   variable.mName, Unescape(*mResult)),
+                       errors.GetStyle()));
+  }
   if (GetFormat() == DumpFormat::Npy) RefuseTerminal(output);
   const Values values = ReadValues(tree, variable);
   switch (GetFormat()) {

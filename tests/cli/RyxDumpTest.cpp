@@ -9,6 +9,7 @@ namespace {
 
 using namespace QovRyx;
 using testing::EndsWith;
+using testing::HasSubstr;
 
 class RyxDump : public RyxProgram {
  protected:
@@ -24,6 +25,7 @@ class RyxDump : public RyxProgram {
       odd.AppendVariable(MakeVariable("Empty", 12, NumericArray()));
       odd.AppendVariable(MakeLinked("Same ids", {6, 1}));
       odd.AppendVariable(MakeLinked("Lost", {77, 0}));
+      odd.AppendVariable(MakeVariable("Mode|1", 12, NumericArray::Of(Ramp(2, 1.5F))));
       AddViewPointPath(tree, "walk", 2);
       tree.GetViewPointPaths()[0].mViewPoints[1].mName = "Side\033";
       tree.GetViewPoint().mName = "Home";
@@ -67,6 +69,20 @@ TEST_F(RyxDump, GivesEveryArrayOfRandomModelsBitForBit) {
     });
   }
   EXPECT_GT(numArrays, 10U);
+}
+
+TEST_F(RyxDump, NamesOfNodeSetsKeepTheirZeroBytesEverywhere) {
+  const auto save = [this](const char* file, const std::string& name) {
+    return SaveModel(file, [&name](Tree& tree) {
+      AddNode<NodeSets>(tree, 1, "S").SetSets({{name, {7}}, {"a", {8}}});
+    });
+  };
+  const std::string path = save("zero.ryx", {"a\0b", 3});
+  EXPECT_EQ(Run({"dump", path, "--node-set", "S:a\\x00b"}).mOut, "7\n");
+  EXPECT_THAT(Run({"ls", path}).mOut, HasSubstr("a\\x00b"));
+  EXPECT_THAT(Run({"check", path}).mOut, HasSubstr("zero-byte"));
+  EXPECT_THAT(Run({"diff", path, save("other.ryx", "ab")}).mOut,
+              HasSubstr("set a\\x00b: only in A"));
 }
 
 TEST_F(RyxDump, WritesStreamsAndTheirBlocks) {

@@ -15,8 +15,9 @@ struct Candidate {
   std::string mName;
 };
 
-/// The position of the candidate with that number, or else with that name. `noun` says in errors
-/// what is looked for. Raises ElementNotFound if there is none, or more than one of that name.
+/// Returns the position of the candidate with that number, or else with that name. `noun` says in
+/// errors what is looked for. Raises ElementNotFound if there is none, with what there is, or more
+/// than one of that name.
 std::size_t Choose(const std::vector<Candidate>& candidates, const std::string& word,
                    const std::string& noun);
 
@@ -33,7 +34,12 @@ const QovRyx::NodeTree::Node& ChooseNode(const QovRyx::Tree& tree, const std::st
   return tree.GetNodes().GetReqNode(static_cast<std::uint32_t>(id));
 }
 
-/// The position of the result of that position or name.
-std::size_t ChooseResult(const QovRyx::Geometry& geometry, const std::string& word);
+struct ChosenResult {
+  std::size_t mPosition = 0;
+  bool mIsOnlyInstance = false;  ///< The word is its name without the instance part.
+};
+/// Returns the result of that position or name, or the only one whose name without the instance
+/// part is that. Raises what Choose raises; if several are instances of it, the error lists them.
+ChosenResult ChooseResult(const QovRyx::Geometry& geometry, const std::string& word);
 
 }  // namespace Qov::Tools

@@ -9,6 +9,10 @@
 
 namespace Qov::Tools {
 
+/// Raises MiscellaneousError if `path` is the file `input`, or a model or view-point file that
+/// exists.
+void RefuseToReplaceModel(const std::string& path, const std::string& input);
+
 /// Lines for a file that is opened at the first of them: until there is something to write, what
 /// is there already stays.
 class FileOutput : public Output {
