@@ -8,6 +8,7 @@
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
+#include "check/Container.h"
 
 namespace Qov::Tools {
 namespace {
@@ -98,7 +99,9 @@ std::string LoadWhatCanBeRead(const std::string& path, Tree& tree) {
     LoadModelOrViews(path, tree);
     return "";
   } catch (const std::exception& error) {
-    return FileErrorText(path, error) + Salvage(path, tree);
+    const std::string text = FileErrorText(path, error) + Salvage(path, tree);
+    return Container::IsUnfinished(path) ? "unfinished file, whose save did not end: " + text
+                                         : text;
   }
 }
 

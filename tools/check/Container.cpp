@@ -73,6 +73,19 @@ bool Container::OpenUnchecked() {
   return true;
 }
 
+bool Container::IsUnfinished(const std::string& path) {
+  Findings findings(1);
+  try {
+    Container container(path, findings);
+    if (container.CheckHeader()) container.ReadIndex();
+  } catch (const std::exception&) {
+    return false;  // not a container
+  }
+  const auto& found = findings.GetKept();
+  return std::any_of(found.begin(), found.end(),
+                     [](const Finding& finding) { return finding.mCode == "unfinished"; });
+}
+
 bool Container::CheckHeader() {
   std::array<unsigned char, kMagic.size()> magic{};
   const auto numMagic = std::min<std::uint64_t>(mBytes.GetLength(), magic.size());

@@ -26,6 +26,9 @@ class Container {
   /// Opens the streams of a file that the programs can load, without a check of its blocks. Returns
   /// false if the file is unfinished.
   bool OpenUnchecked();
+  /// Returns true if the save of a container did not end: the index is written last. Reads the
+  /// header and the index only.
+  static bool IsUnfinished(const std::string& path);
 
   const std::string& GetVersion() const { return mVersion; }
   /// Whether tree records hold 64-bit offsets.
