@@ -15,9 +15,13 @@ namespace {
 using QovRyx::Geometry;
 using QovRyx::Tree;
 
-/// The load case or time step follows the name behind a character that terminals do not show.
+/// The load case or time step follows the name after a character that terminals do not show. Other
+/// control characters could steer the terminal.
 std::string Readable(std::string name) {
   std::replace(name.begin(), name.end(), '\x1E', '|');
+  std::replace_if(
+      name.begin(), name.end(), [](unsigned char byte) { return byte < 0x20 || byte == 0x7F; },
+      '?');
   return name;
 }
 
@@ -53,7 +57,7 @@ void PrintModel(const std::string& path) {
   // By id: every entry once, whatever links a damaged file holds.
   for (const auto& [id, entry] : tree.GetNodes()) {
     if (!entry.mData) continue;
-    std::cout << entry.mData->GetType() << " " << entry.mData->GetName() << "\n";
+    std::cout << entry.mData->GetType() << " " << Readable(entry.mData->GetName()) << "\n";
     if (const Geometry* geometry = QovRyx::AsGeometry(entry)) {
       PrintResults(*geometry, owners);
     }
