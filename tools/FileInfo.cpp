@@ -8,6 +8,7 @@
 #include "ModelInput.h"
 #include "ModelJson.h"
 #include "ModelReport.h"
+#include "Qov/Ryx/StreamNames.h"
 #include "TextTable.h"
 #include "ValueText.h"
 
@@ -77,6 +78,24 @@ std::vector<std::string> StreamLines(const ContainerInfo& container, const TextS
   return table.GetLines();
 }
 
+/// The count and the names of the streams that no reader uses; empty if there are none.
+std::string UnknownText(const ContainerInfo& container, const TextStyle& style) {
+  constexpr std::size_t kRoom = 60;
+  std::uint64_t count = 0;
+  std::string names;
+  for (const StreamInfo& stream : container.mStreams) {
+    if (QovRyx::IsModelStream(stream.mName)) continue;
+    if (++count == 1 || DisplayWidth(names) < kRoom) {
+      names += (count == 1 ? "" : ", ") + Escape(stream.mName, style);
+    } else if (!names.ends_with(", ...")) {
+      names += ", ...";
+    }
+  }
+  if (count == 0) return "";
+  return fmt::format("{} that no reader uses, left out by merges: {}", Plural(count, "stream"),
+                     names);
+}
+
 Json StreamsJson(const ContainerInfo& container) {
   Json list = Json::array();
   for (const StreamInfo& stream : container.mStreams) {
@@ -84,6 +103,7 @@ Json StreamsJson(const ContainerInfo& container) {
               {"blocks", stream.mNumBlocks},
               {"stored", stream.mStored},
               {"uncompressed", stream.mRaw}};
+    if (!QovRyx::IsModelStream(stream.mName)) json["unknown"] = true;
     if (!stream.mTrouble.empty()) {
       json["uncompressed"] = nullptr;
       json["trouble"] = Escape(stream.mTrouble, {});
@@ -134,6 +154,8 @@ void FileInfo::Report(Output& output) const {
     output.Line(Labelled("Instances", InstancesText(mCounts.mInstances, style)));
     output.Line(Labelled("Node sets", fmt::format("{}", mCounts.mNumSets)));
   }
+  const std::string unknown = UnknownText(mContainer, style);
+  if (!unknown.empty()) output.Line(Labelled("Unknown", unknown));
   for (const std::string& line : StreamLines(mContainer, style)) output.Line("  " + line);
   ReportViews(mTree, output);
   ReportHistory(mTree, output);

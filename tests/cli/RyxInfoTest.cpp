@@ -24,6 +24,7 @@ class RyxInfo : public RyxProgram {
     history[1] = {false, "Second", "2.0", "1.3", "Tue Jan 02 10:20:31 2018 UTC", "", "", ""};
     file.GetIndex().Put("Global Information", history);
     streams.erase("Global Information");
+    streams["Extra\033"] = "12345";
     for (const auto& [name, bytes] : streams) {
       file.GetIndex().Put(name, bytes.data(), bytes.size());
     }
