@@ -4,6 +4,7 @@
 #include <exception>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -11,9 +12,13 @@
 #include "ErrorText.h"
 #include "Json.h"
 #include "ModelInput.h"
+#include "ModelReport.h"
 #include "OptionValues.h"
+#include "Qov/Util/Raise.h"
+#include "Utf8.h"
 #include "diff/DiffReporting.h"
 #include "diff/ModelDiff.h"
+#include "diff/StreamDiff.h"
 
 namespace Qov::Tools {
 namespace {
@@ -22,10 +27,12 @@ constexpr const char* kFooter =
     "Nodes are matched by their path, results by their name; the second of two equal names is\n"
     "marked [2]. Without a tolerance values are compared bit for bit, with one two floats are the\n"
     "same if they are within one of its limits, and a NaN is the same as any other; integers are\n"
-    "always compared exactly. --tolerance is for the results whose names, as ryx shows them in a\n"
-    "pipe, fit PATTERN, which may hold * and ?; the last one that fits counts.\n"
+    "always compared exactly. --tolerance is for the results whose names, as \"ryx ls\" shows "
+    "them,\n"
+    "with or without the load case, fit PATTERN, which may hold * and ?; the last one that fits\n"
+    "counts, and one that fits no result is an error.\n"
     "WHAT is one or more of attributes, flags, groups, history, links, materials, node-sets,\n"
-    "order, values, version, views, with commas between.\n"
+    "order, streams, tree-links, values, version, views, with commas between.\n"
     "Exit status: 0 the same, 1 different, 2 a file, or a part of one, cannot be read.\n"
     "\n"
     "Example: ryx diff --ignore history --rel 1e-6 --tolerance 'Stress*:abs=0.5' a.ryx b.ryx";
@@ -63,15 +70,21 @@ std::string ValidateTolerance(const std::string& text) {
   return "";
 }
 
+std::string ValidateMagnitude(const std::string& text) {
+  double value = 0;
+  if (ParseMagnitude(text, value)) return "";
+  return fmt::format("\"{}\" should be a finite number that is not negative", text);
+}
+
 void DiffCommand::Declare(CLI::App& app) {
   app.add_option("A", mPathA, "A model or view-point file")->required();
   app.add_option("B", mPathB, "Another one")->required();
   app.add_flag("--json", mJson, "Print one JSON document");
   mAbsoluteOption = app.add_option("--abs", mDefault.mAbsolute, "How far floats may be apart")
-                        ->check(CLI::NonNegativeNumber);
+                        ->check(ValidateMagnitude, "");
   mRelativeOption =
       app.add_option("--rel", mDefault.mRelative, "The same, as a part of the larger one")
-          ->check(CLI::NonNegativeNumber);
+          ->check(ValidateMagnitude, "");
   mUlpOption = app.add_option("--ulp", mDefault.mUlps, "The same, in steps between floats")
                    ->transform(WholeNumber());
   app.add_option("--tolerance", mNamed, "PATTERN:abs=X,rel=X,ulp=N, for some results; repeatable")
@@ -98,6 +111,36 @@ DiffOptions DiffCommand::MakeOptions() const {
   return options;
 }
 
+void AddResultNames(const QovRyx::Tree& tree, std::set<std::string>& names) {
+  QovRyx::ForEachGeometry(tree.GetNodes(),
+                          [&names](std::uint32_t, const QovRyx::Geometry& geometry) {
+                            for (const auto& result : geometry.GetVariables()) {
+                              names.insert(result.mName);
+                            }
+                          });
+}
+
+/// Raises ElementNotFound, with the names that there are, for a tolerance that fits no result.
+void RefuseUnused(const Tolerances& tolerances, const QovRyx::Tree& a, const QovRyx::Tree& b) {
+  std::set<std::string> names;
+  AddResultNames(a, names);
+  AddResultNames(b, names);
+  const std::string* pattern = tolerances.FindUnused(names);
+  if (pattern == nullptr) return;
+  constexpr std::size_t kMost = 10;
+  constexpr std::size_t kLongest = 80;
+  std::string text =
+      fmt::format("no result fits the tolerance for \"{}\". There {} {} in all", Unescape(*pattern),
+                  names.size() == 1 ? "is" : "are", Plural(names.size(), "name"));
+  std::size_t numListed = 0;
+  for (const std::string& name : names) {
+    if (numListed == kMost) break;
+    text += (numListed++ == 0 ? ": " : ", ") + Shortened(name, kLongest);
+  }
+  if (numListed < names.size()) text += ", ...";
+  Util::Raise("tools/Diff", Util::Exception::ErrorType::ElementNotFound, text);
+}
+
 /// Loads a file. Notes under `key` why it cannot be read, if it cannot.
 void Load(const std::string& path, QovRyx::Tree& tree, const char* key, Json& trouble,
           Output& errors) {
@@ -114,7 +157,12 @@ int DiffCommand::Run(Output& output, Output& errors) {
   Load(mPathA, a, "a", trouble, errors);
   Load(mPathB, b, "b", trouble, errors);
   DiffReport report;
-  if (trouble.empty()) report = DiffModels(a, b, MakeOptions());
+  if (trouble.empty()) {
+    const DiffOptions options = MakeOptions();
+    RefuseUnused(options.mTolerances, a, b);
+    report = DiffModels(a, b, options);
+    if (options.Compares("streams")) CompareUnknownStreams(mPathA, mPathB, report);
+  }
   if (mJson) {
     output.Line(FormatJson(MakeDocument(report, trouble)));
   } else if (trouble.empty()) {

@@ -8,6 +8,7 @@
 #include "support/Files.h"
 #include "support/RandomModel.h"
 #include "support/SharedModels.h"
+#include "support/Streams.h"
 
 namespace Qov::Test {
 namespace {
@@ -57,6 +58,9 @@ class RyxDiff : public RyxProgram {
   static void Plate(Tree& tree) {
     BuildPlate(tree, {"Stress|LC1", "Stress|LC2", "Stress|LC1"}, 1);
     AddViewPointPath(tree, "walk", 2);
+  }
+  static NodeTree::Node& Entry(Tree& tree, std::uint32_t id) {
+    return tree.GetNodes().GetReqNode(id);
   }
   /// The plate with a change.
   static Build Changed(const std::function<void(Tree&)>& change) {
@@ -147,6 +151,10 @@ TEST_F(RyxDiff, FindsEachChangeAndIgnoresItIfAsked) {
          AddNode<Group>(t, 1, "Plate");
          for (std::uint32_t id = 6; id < 9; ++id) AddNode<Group>(t, id, "Deeper");
        }},
+      {"tree-links", [](Tree& t) { Entry(t, PlateIds::kShape).mParent = 1; }},
+      {"tree-links", [](Tree& t) { Entry(t, PlateIds::kSets).mPreviousSibling = 77; }},
+      {"tree-links", [](Tree& t) { Entry(t, PlateIds::kGroup).mLastChild = PlateIds::kShape; }},
+      {"tree-links", [](Tree& t) { Entry(t, 1).mLastChild = 0; }},
       {"node-sets",
        [](Tree& t) {
          auto& sets = Content<NodeSets>(t, PlateIds::kSets);
@@ -254,11 +262,27 @@ TEST_F(RyxDiff, TakesTheLastToleranceWhosePatternFits) {
   EXPECT_THAT(DiffValues({1.0F}, {2.0F}, options), testing::SizeIs(1));
   options.mTolerances.Add(Tools::ParseNamedTolerance("R\\x1ELC?:abs=1"));
   EXPECT_THAT(DiffValues({1.0F}, {2.0F}, options), IsEmpty());
-  for (const char* wrong :
-       {"R", "R:", ":abs=1", "R:abs=", "R:abs=x", "R:abs=-1", "R:abs=1,", "R:ulp=1.5"}) {
+  for (const char* wrong : {"R", "R:", ":abs=1", "R:abs=", "R:abs=x", "R:abs=-1", "R:abs=1,",
+                            "R:ulp=1.5", "R:rel=inf"}) {
     ExpectError(ErrorType::MiscellaneousError, "should look like",
                 [wrong] { Tools::ParseNamedTolerance(wrong); });
   }
+}
+
+TEST_F(RyxDiff, KnowsTheNamesOfATolerance) {
+  const std::string name = "\u00C4 [MPa]\x1ELC1";
+  for (const char* pattern :
+       {"\u00C4 [MPa]\\x1ELC1", "\u00C4 [MPa]\u241ELC1", "\u00C4 [MPa]\x1ELC1", "\u00C4 [MPa]",
+        "\\xC3\\x84 [MPa]\\x1ELC1", "\\xC3*LC?", "*\u241ELC[12]", "*]"}) {
+    Tools::Tolerances tolerances;
+    tolerances.Add(Tools::ParseNamedTolerance(pattern + std::string(":abs=1")));
+    EXPECT_NE(tolerances.Find(name), nullptr) << pattern;
+    EXPECT_EQ(tolerances.FindUnused({name}), nullptr) << pattern;
+  }
+  Tools::Tolerances tolerances;
+  tolerances.Add(Tools::ParseNamedTolerance("LC1:abs=1"));
+  EXPECT_EQ(tolerances.Find(name), nullptr);
+  EXPECT_EQ(*tolerances.FindUnused({name}), "LC1");
 }
 
 TEST_F(RyxDiff, CountsWhatCannotBeComparedAsDifferent) {
@@ -297,6 +321,11 @@ TEST_F(RyxDiff, TellsDifferencesAsTextAndJson) {
               AddNode<Group>(tree, PlateIds::kGroup, "New").mAttributes["x"] = 1U;
             }));
   SaveViewPointFile(mDir / "a.vpt", "walk");
+  Streams streams = ReadStreams(mDir / "a.ryx");
+  streams["Extra\033"] = "12345";
+  WriteStreams(mDir / "extra.ryx", streams);
+  streams["Extra\033"] = "12346";
+  WriteStreams(mDir / "extra2.ryx", streams);
   ExpectTranscript("diff.txt");
 }
 

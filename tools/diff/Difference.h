@@ -36,9 +36,9 @@ struct DiffOptions {
   bool Compares(const char* what) const { return !mIgnored.contains(what); }
 };
 
-inline constexpr std::array kIgnorable = {"attributes", "flags",     "groups",    "history",
-                                          "links",      "materials", "node-sets", "order",
-                                          "values",     "version",   "views"};
+inline constexpr std::array kIgnorable = {
+    "attributes", "flags",   "groups",     "history", "links",   "materials", "node-sets",
+    "order",      "streams", "tree-links", "values",  "version", "views"};
 
 struct DiffReport {
   struct Counts {

@@ -24,6 +24,7 @@ NodeMatching::NodeMatching(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b,
     if (pair.mItemA != PathTree::kTop) mPairs.push_back(pair);
     MatchChildren(pair, open);
   }
+  if (mOptions.Compares("tree-links")) CompareLinks();
   mReport.mNodes.mInBoth = mPairs.size();
   mReport.mNodes.mOnlyInA = mTreeA.GetNumNodes() - mPairs.size();
   mReport.mNodes.mOnlyInB = mTreeB.GetNumNodes() - mPairs.size();
@@ -74,6 +75,35 @@ void NodeMatching::ReportOnly(const PathTree& tree, std::size_t item, bool inA) 
 void NodeMatching::ReportOrder(const NodePair& parent) {
   mReport.mDifferences.push_back(
       MakeDifference(parent, "order", "the order of the nodes beneath it differs"));
+}
+
+/// The nodes are matched along first children and next siblings. The other links of a sound tree
+/// follow from these; here they are compared where they do not.
+void NodeMatching::CompareLinks() {
+  for (const NodePair& pair : mPairs) mIdsInB.emplace(GetA(pair).mId, GetB(pair).mId);
+  CompareLinks({PathTree::kTop, PathTree::kTop});
+  for (const NodePair& pair : mPairs) CompareLinks(pair);
+}
+
+void NodeMatching::CompareLinks(const NodePair& pair) {
+  const PathTree::BackLinks a = mTreeA.FindOddLinks(pair.mItemA);
+  const PathTree::BackLinks b = mTreeB.FindOddLinks(pair.mItemB);
+  CompareLink(pair, "parent", a.mParent, b.mParent);
+  CompareLink(pair, "previous sibling", a.mPreviousSibling, b.mPreviousSibling);
+  CompareLink(pair, "last child", a.mLastChild, b.mLastChild);
+}
+
+void NodeMatching::CompareLink(const NodePair& pair, const char* name,
+                               std::optional<std::uint32_t> a, std::optional<std::uint32_t> b) {
+  if (!a && !b) return;
+  const auto inB = a ? mIdsInB.find(*a) : mIdsInB.end();
+  if (a && b && *b == (inB == mIdsInB.end() ? *a : inB->second)) return;
+  const auto describe = [](const std::optional<std::uint32_t>& link) {
+    return link ? fmt::format("names node {}", *link) : "is as the other links say";
+  };
+  mReport.mDifferences.push_back(MakeDifference(
+      pair, "tree-links",
+      fmt::format("the link to the {} {} in A, {} in B", name, describe(a), describe(b))));
 }
 
 ModelDifference NodeMatching::MakeDifference(const NodePair& pair, const char* code,

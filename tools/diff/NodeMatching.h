@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -34,12 +35,17 @@ class NodeMatching {
   void MatchChildren(const NodePair& parent, std::vector<NodePair>& open);
   void ReportOnly(const PathTree& tree, std::size_t item, bool inA);
   void ReportOrder(const NodePair& parent);
+  void CompareLinks();
+  void CompareLinks(const NodePair& pair);
+  void CompareLink(const NodePair& pair, const char* name, std::optional<std::uint32_t> a,
+                   std::optional<std::uint32_t> b);
 
   PathTree mTreeA;
   PathTree mTreeB;
   const DiffOptions& mOptions;
   DiffReport& mReport;
   std::vector<NodePair> mPairs;
+  std::unordered_map<std::uint32_t, std::uint32_t> mIdsInB;  ///< Of matched nodes, by A's id.
 };
 
 }  // namespace Qov::Tools

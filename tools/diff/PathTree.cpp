@@ -24,6 +24,7 @@ PathTree::Item MakeItem(const TreeWalk::Step& step) {
     item.mType = node == nullptr ? "without content" : node->GetType();
     item.mName = node == nullptr ? "" : node->GetName();
   }
+  item.mIsAstray = step.mAstray;
   if (step.mAstray) item.mType += ", reached by no link";
   return item;
 }
@@ -32,13 +33,21 @@ PathTree::Item MakeItem(const TreeWalk::Step& step) {
 
 PathTree::PathTree(const QovRyx::NodeTree& nodes) {
   mItems.emplace_back();
+  const QovRyx::NodeTree::Node& root = nodes.GetReqNode(QovRyx::NodeTree::kRootId);
+  if (!root.mData) {
+    mItems.back().mId = root.mId;
+    mItems.back().mEntry = &root;
+  }
+  mPreviousItems.push_back(kTop);
   std::vector<std::size_t> path{kTop};  // by depth, one more than the walk's
   TreeWalk walk(nodes);
   while (const auto step = walk.Next()) {
     path.resize(step->mDepth + 1);
     Item item = MakeItem(*step);
     item.mParent = path.back();
-    mItems[item.mParent].mChildren.push_back(mItems.size());
+    auto& siblings = mItems[item.mParent].mChildren;
+    mPreviousItems.push_back(siblings.empty() ? kTop : siblings.back());
+    siblings.push_back(mItems.size());
     path.push_back(mItems.size());
     mItems.push_back(std::move(item));
   }
@@ -59,6 +68,25 @@ void PathTree::CountBeneath() {
   for (std::size_t i = mItems.size(); --i > 0;) {
     mItems[mItems[i].mParent].mNumBeneath += mItems[i].mNumBeneath + 1;
   }
+}
+
+PathTree::BackLinks PathTree::FindOddLinks(std::size_t item) const {
+  BackLinks odd;
+  const Item& node = mItems[item];
+  if (node.mEntry == nullptr) return odd;
+  const auto note = [](std::uint32_t link, std::uint32_t expected, auto& oddLink) {
+    if (link != expected) oddLink = link;
+  };
+  const bool hasPrevious = item != kTop && mPreviousItems[item] != kTop && !node.mIsAstray;
+  const bool hasParent = item != kTop && !node.mIsAstray;
+  note(node.mEntry->mParent, hasParent ? mItems[node.mParent].mId : 0, odd.mParent);
+  note(node.mEntry->mPreviousSibling, hasPrevious ? mItems[mPreviousItems[item]].mId : 0,
+       odd.mPreviousSibling);
+  const auto isReached = [this](std::size_t child) { return !mItems[child].mIsAstray; };
+  const auto last = std::find_if(node.mChildren.rbegin(), node.mChildren.rend(), isReached);
+  note(node.mEntry->mLastChild, last == node.mChildren.rend() ? 0 : mItems[*last].mId,
+       odd.mLastChild);
+  return odd;
 }
 
 std::vector<std::string> PathTree::GetPath(std::size_t item) const {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,11 +24,21 @@ class PathTree {
     std::size_t mParent = 0;
     std::vector<std::size_t> mChildren;
     std::size_t mNumBeneath = 0;
+    bool mIsAstray = false;  ///< No link that was followed leads to it.
   };
 
   static constexpr std::size_t kTop = 0;
 
   explicit PathTree(const QovRyx::NodeTree& nodes);
+
+  /// The links of an item that do not agree with the walk, which follows first children and next
+  /// siblings only.
+  struct BackLinks {
+    std::optional<std::uint32_t> mParent;
+    std::optional<std::uint32_t> mPreviousSibling;
+    std::optional<std::uint32_t> mLastChild;
+  };
+  BackLinks FindOddLinks(std::size_t item) const;
 
   /// Parents before children. The first one stands above the whole tree and is no node.
   const std::vector<Item>& GetItems() const { return mItems; }
@@ -40,6 +51,7 @@ class PathTree {
   void CountBeneath();
 
   std::vector<Item> mItems;
+  std::vector<std::size_t> mPreviousItems;  ///< By item: the sibling before it, or kTop.
 };
 
 }  // namespace Qov::Tools

@@ -88,7 +88,7 @@ void StateComparison::ComparePaths(const std::vector<ViewPointPath>& a,
 void CompareStates(const Tree& a, const Tree& b, const DiffOptions& options, DiffReport& report) {
   StateComparison comparison(options, report);
   if (options.Compares("version") && a.GetFileVersion() != b.GetFileVersion()) {
-    comparison.Add("version", fmt::format("container version {} and {}", a.GetFileVersion(),
+    comparison.Add("version", fmt::format("container version {} in A, {} in B", a.GetFileVersion(),
                                           b.GetFileVersion()));
   }
   if (options.Compares("history")) comparison.CompareHistory(a, b);

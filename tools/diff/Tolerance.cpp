@@ -1,6 +1,7 @@
 #include "diff/Tolerance.h"
 
 #include <fmt/format.h>
+#include <fnmatch.h>
 
 #include <algorithm>
 #include <bit>
@@ -8,8 +9,9 @@
 #include <cmath>
 #include <string_view>
 
-#include "NodeFilter.h"
+#include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Util/Raise.h"
+#include "Terminal.h"
 
 namespace Qov::Tools {
 namespace {
@@ -30,8 +32,8 @@ bool ParseNumber(std::string_view text, T& value) {
 
 bool ParseLimit(std::string_view text, Tolerance& tolerance) {
   const std::string_view value = text.substr(std::min(text.size(), std::size_t{4}));
-  if (text.starts_with("abs=")) return ParseNumber(value, tolerance.mAbsolute);
-  if (text.starts_with("rel=")) return ParseNumber(value, tolerance.mRelative);
+  if (text.starts_with("abs=")) return ParseMagnitude(value, tolerance.mAbsolute);
+  if (text.starts_with("rel=")) return ParseMagnitude(value, tolerance.mRelative);
   return text.starts_with("ulp=") && ParseNumber(value, tolerance.mUlps);
 }
 
@@ -39,12 +41,51 @@ bool ParseLimits(std::string_view text, Tolerance& tolerance) {
   while (true) {
     const std::size_t comma = text.find(',');
     if (!ParseLimit(text.substr(0, comma), tolerance)) return false;
-    if (comma == text.npos) return tolerance.mAbsolute >= 0 && tolerance.mRelative >= 0;
+    if (comma == text.npos) return true;
     text.remove_prefix(comma + 1);
   }
 }
 
+/// A pattern with the separator as it is shown in a pipe.
+std::string PipePattern(const std::string& pattern) {
+  constexpr std::string_view kMark = "\u241E";
+  const std::string separator = Escape(std::string(1, QovRyx::kInstanceSeparator), {});
+  std::string text;
+  for (std::size_t i = 0; i < pattern.size();) {
+    const bool isMark = std::string_view(pattern).substr(i).starts_with(kMark);
+    if (isMark || pattern[i] == QovRyx::kInstanceSeparator) {
+      text += separator;
+      i += isMark ? kMark.size() : 1;
+    } else {
+      text += pattern[i++];
+    }
+  }
+  return text;
+}
+
+bool FitsText(const std::string& text, const std::string& pattern, const TextStyle& style) {
+  return fnmatch(pattern.c_str(), Escape(text, style).c_str(), FNM_NOESCAPE) == 0;
+}
+
+/// A name as it is shown fits even if it holds characters of patterns, such as "Stress [MPa]".
+bool Fits(const std::string& text, const std::string& pattern) {
+  constexpr TextStyle kAscii{.mTerminal = true};
+  const std::string pipePattern = PipePattern(pattern);
+  return text == Unescape(pattern) || FitsText(text, pipePattern, {}) ||
+         FitsText(text, pipePattern, kAscii);
+}
+
+bool FitsResult(const std::string& name, const std::string& pattern) {
+  return Fits(name, pattern) ||
+         (QovRyx::HasInstancePart(name) &&
+          Fits(name.substr(0, name.rfind(QovRyx::kInstanceSeparator)), pattern));
+}
+
 }  // namespace
+
+bool ParseMagnitude(std::string_view text, double& value) {
+  return ParseNumber(text, value) && std::isfinite(value) && !std::signbit(value);
+}
 
 bool Tolerance::Accepts(float a, float b) const {
   if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
@@ -63,7 +104,9 @@ NamedTolerance ParseNamedTolerance(const std::string& text) {
   if (colon == 0 || colon == text.npos ||
       !ParseLimits(std::string_view(text).substr(colon + 1), named.mTolerance)) {
     Util::Raise("tools/diff/Tolerance", Util::Exception::ErrorType::MiscellaneousError,
-                fmt::format("\"{}\" should look like PATTERN:abs=X,rel=X,ulp=N", text));
+                fmt::format("\"{}\" should look like PATTERN:abs=X,rel=X,ulp=N, with numbers that "
+                            "are finite and not negative",
+                            text));
   }
   named.mPattern = text.substr(0, colon);
   return named;
@@ -71,11 +114,21 @@ NamedTolerance ParseNamedTolerance(const std::string& text) {
 
 const Tolerance* Tolerances::Find(const std::string& name) const {
   const auto fits = [&name](const NamedTolerance& named) {
-    return MatchesPattern(name, named.mPattern);
+    return FitsResult(name, named.mPattern);
   };
   const auto found = std::find_if(mNamed.rbegin(), mNamed.rend(), fits);
   if (found != mNamed.rend()) return &found->mTolerance;
   return mDefault ? &*mDefault : nullptr;
+}
+
+const std::string* Tolerances::FindUnused(const std::set<std::string>& names) const {
+  for (const NamedTolerance& named : mNamed) {
+    const bool isUsed = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+      return FitsResult(name, named.mPattern);
+    });
+    if (!isUsed) return &named.mPattern;
+  }
+  return nullptr;
 }
 
 }  // namespace Qov::Tools

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Qov::Tools {
@@ -17,9 +19,10 @@ struct Tolerance {
   bool Accepts(float a, float b) const;
 };
 
-/// A tolerance for the results whose names fit a pattern.
+/// A tolerance for the results whose names fit a pattern: a name as ryx shows it, on a terminal or
+/// in a pipe, or the same without the instance part. *, ? and [...] may stand for parts of it.
 struct NamedTolerance {
-  std::string mPattern;  ///< With *, ? and [...], as names are shown in a pipe.
+  std::string mPattern;
   Tolerance mTolerance;
 };
 
@@ -27,9 +30,14 @@ struct NamedTolerance {
 /// MiscellaneousError for anything else.
 NamedTolerance ParseNamedTolerance(const std::string& text);
 
+/// Returns true for a finite number that is not negative, which it reads into `value`.
+bool ParseMagnitude(std::string_view text, double& value);
+
 /// What holds for which result.
 class Tolerances {
  public:
+  /// Returns the first pattern that fits none of the names; null if all fit some.
+  const std::string* FindUnused(const std::set<std::string>& names) const;
   void SetDefault(const Tolerance& tolerance) { mDefault = tolerance; }
   void Add(NamedTolerance tolerance) { mNamed.push_back(std::move(tolerance)); }
 
