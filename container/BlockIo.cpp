@@ -23,6 +23,14 @@ void GetImage(Block& block, T& value) {
   block.Get(&value, sizeof value);
 }
 
+/// FNV-1a.
+std::uint64_t HashOf(std::string_view bytes) {
+  constexpr std::uint64_t kPrime = 0x100000001B3;
+  std::uint64_t hash = 0xCBF29CE484222325;
+  for (const char byte : bytes) hash = (hash ^ static_cast<unsigned char>(byte)) * kPrime;
+  return hash;
+}
+
 std::string GetCharacters(Block& block) {
   std::uint32_t length = 0;
   CopyFromBlock(block, length);
@@ -34,12 +42,45 @@ std::string GetCharacters(Block& block) {
 
 }  // namespace
 
+void ReadLosses::AddEqualKey(std::string_view storedEntry) {
+  ++mNumEqualKeys;
+  mDigest += HashOf(storedEntry);
+}
+
+void ReadLosses::AddCutText(std::string_view storedText) {
+  ++mNumCutTexts;
+  mDigest += HashOf(storedText);
+}
+
+ReadLosses& ReadLosses::operator+=(const ReadLosses& other) {
+  mNumEqualKeys += other.mNumEqualKeys;
+  mNumCutTexts += other.mNumCutTexts;
+  mDigest += other.mDigest;
+  return *this;
+}
+
+ReadLosses operator-(const ReadLosses& left, const ReadLosses& right) {
+  return {left.mNumEqualKeys - right.mNumEqualKeys, left.mNumCutTexts - right.mNumCutTexts,
+          left.mDigest - right.mDigest};
+}
+
+ReadLosses& GetReadLosses() {
+  static thread_local ReadLosses losses;
+  return losses;
+}
+
 namespace Detail {
 
 void CheckCount(const Block& block, std::uint64_t count, std::uint64_t leastSize) {
   if (count * leastSize > block.GetRemaining()) {
     Raise(kSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
   }
+}
+
+std::string_view GetBytesFrom(const Block& block, std::uint32_t start) {
+  const char* bytes = reinterpret_cast<const char*>(block.GetData());
+  if (bytes == nullptr) return {};
+  return {bytes + start, block.GetPosition() - start};
 }
 
 void PutCount(Block& block, std::size_t count, std::size_t leastSize) {
@@ -109,7 +150,11 @@ void CopyFromBlock(Block& block, bool& value) {
 
 void CopyFromBlock(Block& block, std::string& value) {
   const std::string characters = GetCharacters(block);
-  if (!characters.empty()) value = characters.substr(0, characters.find('\0'));
+  if (characters.empty()) return;
+  value = characters.substr(0, characters.find('\0'));
+  if (characters.find_first_not_of('\0', value.size()) != std::string::npos) {
+    GetReadLosses().AddCutText(characters);
+  }
 }
 
 void CopyFromBlock(Block& block, std::wstring& value) {

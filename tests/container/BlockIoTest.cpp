@@ -64,6 +64,21 @@ TEST(BlockIoTest, EncodesCollectionsElementByElement) {
                   "02000000");
 }
 
+TEST(BlockIoTest, CountsTheEntriesAndTextsThatItLeavesOut) {
+  const ReadLosses before = GetReadLosses();
+  const auto entry = [](const std::string& key, std::uint8_t value) {
+    return Image(static_cast<std::uint32_t>(key.size())) + key + Image(value);
+  };
+  const std::string stored =
+      Image(4U) + entry("b", 1) + entry("a", 2) + entry("b", 3) + entry(std::string("a\0x", 3), 4);
+  using Map = std::map<std::string, std::uint8_t>;
+  EXPECT_EQ(Decoded<Map>(stored), (Map{{"a", 2}, {"b", 1}}));  // the first of each key
+  EXPECT_EQ(Decoded<std::string>(Image(2U) + std::string("a\0", 2)), "a");
+  const ReadLosses lost = GetReadLosses() - before;
+  EXPECT_EQ(lost.mNumEqualKeys, 2U);
+  EXPECT_EQ(lost.mNumCutTexts, 1U);
+}
+
 TEST(BlockIoTest, LeavesAStringAsItIsWhenAnEmptyOneIsRead) {
   EXPECT_EQ(Decoded<std::string>(Image(0U), "before"), "before");
   EXPECT_EQ(Decoded<std::string>(Image(2U) + std::string("\0x", 2), "before"), "");

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -28,12 +29,31 @@
 ///
 /// Reading a string of length 0 leaves the target as it was, but empties a wstring; a zero byte
 /// within a string ends it. A wstring's bytes from 0x80 on are read as negative characters.
-/// A vector keeps the elements that it has as targets of the first elements read. Counts and
+/// A vector keeps the elements that it has as targets of the first elements read. Of the entries
+/// of a map with equal keys the first one is kept. Counts and
 /// lengths are compared with the bytes that are left before memory is taken for them ("Not enough
 /// bytes in the block", OutOfBounds).
 ///
 /// Types of other modules join by overloading CopyToBlock and CopyFromBlock in this namespace.
 namespace QovJbf {
+
+/// What reading has left out of values, because there is no place for it in memory.
+struct QOV_EXPORT ReadLosses {
+  std::uint64_t mNumEqualKeys = 0;  ///< Entries of a map whose key an earlier entry has.
+  std::uint64_t mNumCutTexts = 0;   ///< Texts with bytes after a zero byte.
+  std::uint64_t mDigest = 0;        ///< Sum of the hashes of their stored bytes.
+
+  void AddEqualKey(std::string_view storedEntry);
+  void AddCutText(std::string_view storedText);
+
+  bool HasAny() const { return mNumEqualKeys != 0 || mNumCutTexts != 0; }
+  ReadLosses& operator+=(const ReadLosses& other);
+  friend QOV_EXPORT ReadLosses operator-(const ReadLosses& left, const ReadLosses& right);
+  friend bool operator==(const ReadLosses&, const ReadLosses&) = default;
+};
+
+/// The losses of this thread since it began. Readers of whole files take the difference.
+QOV_EXPORT ReadLosses& GetReadLosses();
 
 QOV_EXPORT void CopyToBlock(Block& block, const std::uint32_t& value);
 QOV_EXPORT void CopyToBlock(Block& block, const std::int32_t& value);
@@ -113,6 +133,9 @@ QOV_EXPORT void CheckCount(const Block& block, std::uint64_t count, std::uint64_
 /// Writes a count, unless its elements, of at least `leastSize` bytes, would not fit.
 QOV_EXPORT void PutCount(Block& block, std::size_t count, std::size_t leastSize);
 
+/// The bytes from `start` to the cursor.
+QOV_EXPORT std::string_view GetBytesFrom(const Block& block, std::uint32_t start);
+
 template <class T>
 std::uint32_t GetCount(Block& block) {
   std::uint32_t count = 0;
@@ -186,8 +209,10 @@ void CopyFromBlock(Block& block, std::map<K, V>& values) {
   values.clear();
   for (std::uint32_t i = 0; i < count; ++i) {
     std::pair<K, V> entry{};
+    const std::uint32_t start = block.GetPosition();
     CopyFromBlock(block, entry);
-    values.insert_or_assign(std::move(entry.first), std::move(entry.second));
+    const bool isNew = values.insert(std::move(entry)).second;
+    if (!isNew) GetReadLosses().AddEqualKey(Detail::GetBytesFrom(block, start));
   }
 }
 

@@ -51,17 +51,14 @@ class QOV_EXPORT Attributes {
   using iterator = Iterator;
   using const_iterator = Iterator;
 
-  /// What FromColumns makes.
-  struct Checked;
-
   Attributes() = default;
   Attributes(const AttributeMap& map);  // NOLINT(google-explicit-constructor): another form of it
   Attributes(std::initializer_list<AttributeMap::value_type> entries)
       : Attributes(AttributeMap(entries)) {}
   /// Makes a map of stored columns. Names are sorted, texts end before a zero byte, and
-  /// of entries of the same name the first one is kept. Raises MismatchError if the columns
-  /// disagree in length or a type index is unknown.
-  static Checked FromColumns(const std::string& columns);
+  /// of entries of the same name the first one is kept; QovJbf::GetReadLosses counts what is lost.
+  /// Raises MismatchError if the columns disagree in length or a type index is unknown.
+  static Attributes FromColumns(const std::string& columns);
 
   operator AttributeMap() const;  // NOLINT(google-explicit-constructor)
 
@@ -101,11 +98,6 @@ class QOV_EXPORT Attributes {
   bool IsInOrder() const;
 
   std::shared_ptr<const std::string> mpColumns;  ///< Null for an empty map.
-};
-
-struct Attributes::Checked {
-  Attributes mAttributes;
-  std::uint64_t mNumLeftOut = 0;  ///< Entries whose name an earlier entry has.
 };
 
 }  // namespace QovUtil

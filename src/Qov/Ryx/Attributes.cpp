@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "Qov/Jbf/BlockIo.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovUtil {
@@ -118,6 +119,29 @@ std::string Encode(const std::vector<Entry>& entries) {
   return bytes;
 }
 
+/// Returns the text before its first zero byte; counts a text that is cut.
+std::string_view KeepUpToZero(std::string_view text) {
+  const std::string_view kept = UpToZero(text);
+  if (text.find_first_not_of('\0', kept.size()) != std::string_view::npos) {
+    QovJbf::GetReadLosses().AddCutText(text);
+  }
+  return kept;
+}
+
+/// Keeps the first of neighbours of one name; counts the others.
+void LeaveOutEqualNames(std::vector<Entry>& entries) {
+  std::vector<Entry> kept;
+  for (const Entry& entry : entries) {
+    if (kept.empty() || kept.back().mName != entry.mName) {
+      kept.push_back(entry);
+    } else {
+      QovJbf::GetReadLosses().AddEqualKey(std::string(entry.mName) + '\0' +
+                                          std::string(entry.mValue));
+    }
+  }
+  entries = std::move(kept);
+}
+
 std::string_view BytesOf(const std::string& text) { return text; }
 template <class T>
 std::string_view BytesOf(const T& number) {
@@ -164,10 +188,10 @@ Attributes::Attributes(const AttributeMap& map) {
   if (!map.empty()) *this = Attributes(Encode(map));
 }
 
-Attributes::Checked Attributes::FromColumns(const std::string& columns) {
+Attributes Attributes::FromColumns(const std::string& columns) {
   CheckColumns(Cut(columns));
   Attributes stored(columns);
-  if (stored.IsInOrder()) return {std::move(stored), 0};
+  if (stored.IsInOrder()) return stored;
   std::vector<Entry> entries;
   entries.reserve(stored.size());
   for (Iterator it = stored.begin(); it != stored.end(); ++it) {
@@ -175,17 +199,14 @@ Attributes::Checked Attributes::FromColumns(const std::string& columns) {
     const char* value = it.mValues[type];
     const std::string_view bytes(value, SizeAt(value, type));
     entries.push_back(
-        {UpToZero(it.GetName()), type == kString ? UpToZero(TextAt(value)) : bytes, type});
+        {KeepUpToZero(it.GetName()), type == kString ? KeepUpToZero(TextAt(value)) : bytes, type});
   }
   // Names of equal entries stand in memory in stored order.
   std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
     return std::pair(a.mName, a.mName.data()) < std::pair(b.mName, b.mName.data());
   });
-  const auto end = std::unique(entries.begin(), entries.end(),
-                               [](const Entry& a, const Entry& b) { return a.mName == b.mName; });
-  const auto numLeftOut = static_cast<std::uint64_t>(entries.end() - end);
-  entries.erase(end, entries.end());
-  return {Attributes(Encode(entries)), numLeftOut};
+  LeaveOutEqualNames(entries);
+  return Attributes(Encode(entries));
 }
 
 /// True if the names ascend and no text holds a zero byte.

@@ -90,20 +90,17 @@ void WriteAttributesToJbf(QovJbf::JbFile& file, const std::string& key,
   }
 }
 
-std::uint64_t ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key,
-                                    Attributes& attributes) {
+void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, Attributes& attributes) {
   attributes = {};
   EmptyMap empty;
   file.Require(key, empty);
-  if (empty.mIsTaken) return 0;
+  if (empty.mIsTaken) return;
   std::string columns;
   for (const std::size_t elementSize : {0, 1, 4, 4, 8, 0}) {
     ReadColumn column{columns, elementSize};
     file.Require(key, column);
   }
-  Attributes::Checked checked = Attributes::FromColumns(columns);
-  attributes = std::move(checked.mAttributes);
-  return checked.mNumLeftOut;
+  attributes = Attributes::FromColumns(columns);
 }
 
 void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, AttributeMap& attributes) {

@@ -137,12 +137,10 @@ class DescriptorReader {
     offset = value;
   }
   void Attributes(QovUtil::Attributes& attributes) {
-    mNumLeftOut += QovUtil::ReadAttributesFromJbf(mFile, mAttributeKey, attributes);
+    QovUtil::ReadAttributesFromJbf(mFile, mAttributeKey, attributes);
     attributes.ShareIfEqual(mLastAttributes);
     mLastAttributes = attributes;
   }
-  /// Attributes left out so far because of their names.
-  std::uint64_t GetNumLeftOut() const { return mNumLeftOut; }
   /// At least as many variables as the rest of the block in which the next one lies can hold.
   std::size_t CountRoom() {
     constexpr std::size_t kLeastSize = 14;  // of the older layout, with an empty name
@@ -162,7 +160,6 @@ class DescriptorReader {
   const std::string& mAttributeKey;
   QovUtil::Attributes mLastAttributes;  ///< Shared by results with equal ones in a row.
   std::uint64_t& mInlineOffset;
-  std::uint64_t mNumLeftOut = 0;
 };
 
 /// The one list of a descriptor's fields, for the writer and the reader.
@@ -227,12 +224,6 @@ void Geometry::ReadJb(QovJbf::JbFile& file, const std::string& lightKey,
     VarStruct variable;
     WalkDescriptor(reader, variable, layout);
     mVariables.push_back(std::move(variable));
-  }
-  if (reader.GetNumLeftOut() != 0) {
-    Qov::Log::Trace(kSource)
-        << "Geometry \"" << OnOneLine(GetName()) << "\": " << reader.GetNumLeftOut()
-        << " attributes are left out because an earlier one of the same result "
-           "has their name.";
   }
 }
 

@@ -136,12 +136,7 @@ std::unique_ptr<Node> TreeReader::ReadGroup(const Record& record) {
   RequireRaw(mFile, group->mRotation);
   RequireRaw(mFile, group->mScale);
   if (record.mVersion == "0.2") return group;
-  const std::uint64_t numLeftOut =
-      QovUtil::ReadAttributesFromJbf(mFile, kAttributes, group->mAttributes);
-  if (numLeftOut != 0) {
-    Qov::Log::Trace(kSource) << "Node " << record.mEntry.mId << ": " << numLeftOut
-                             << " attributes are left out because an earlier one has their name.";
-  }
+  QovUtil::ReadAttributesFromJbf(mFile, kAttributes, group->mAttributes);
   if (record.mVersion == "0.3") return group;
   mFile.Require(kLightData, group->mTakesModels);
   return group;
