@@ -1,7 +1,12 @@
 #include <array>
+#include <concepts>
 #include <cstring>
 #include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Qov/Ryx/BlockVersionedIo.h"
 #include "Qov/Ryx/FileVersionScope.h"
@@ -9,13 +14,23 @@
 #include "support/RecordTypes.h"
 
 /// Reads one record: type: u8 | version of the file: u8 | bytes. Whatever is accepted is written
-/// and read again without a change.
+/// and read again without a change. Where nothing is brought up to date, put in order or left out,
+/// it is written as the bytes that were read.
 namespace {
 
 using namespace Qov::Fuzz;
 
 constexpr std::array kVersions = {"0.1", "0.1a", "0.1b", "0.2", "0.3", "0.4", "0.5",
                                   "0.6", "0.7",  "1.0",  "1.1", "1.2", "1.3"};
+
+constexpr std::size_t kNumVersionsWithoutSizes = 4;
+
+bool HasSizes(const char* version) {
+  for (std::size_t i = 0; i < kNumVersionsWithoutSizes; ++i) {
+    if (std::strcmp(version, kVersions[i]) == 0) return false;
+  }
+  return true;
+}
 
 QovJbf::Block MakeBlock(const std::uint8_t* bytes, std::size_t size) {
   QovJbf::Block block;
@@ -30,13 +45,120 @@ bool HaveSameBytes(const QovJbf::Block& a, const QovJbf::Block& b) {
          (a.GetSize() == 0 || std::memcmp(a.GetData(), b.GetData(), a.GetSize()) == 0);
 }
 
+/// A walker that reads a record and finds out whether it is in the form in which it is written:
+/// with sizes, no older tags, keys in ascending order and no zero bytes in texts.
+class FormCheck {
+ public:
+  FormCheck(QovJbf::Block& block, const std::string& tag, bool& isWrittenForm)
+      : mBlock(block), mLadder(tag), mIsWrittenForm(isWrittenForm) {}
+
+  FormCheck& Rung(std::string_view rung) {
+    mOpen = mLadder.Reaches(rung);
+    return *this;
+  }
+  template <class T>
+  FormCheck& Field(const char* /*name*/, T& value) {
+    if (mOpen) Read(value);
+    return *this;
+  }
+
+  template <class T>
+  void Read(T& value) {
+    if constexpr (QovJbf::VersionedRecord<T> && !QovJbf::KeptRecord<T>) {
+      QovJbf::FrameReader frame(mBlock);
+      FormCheck nested(mBlock, frame.GetTag(), mIsWrittenForm);
+      Require(QovJbf::RungLadder(frame.GetTag()).Reaches(T::kTag) || frame.GetTag() == T::kTag);
+      T::Walk(value, nested);
+      frame.Close();
+    } else {
+      CopyFromBlock(mBlock, value);
+    }
+  }
+  void Read(std::string& value) {
+    const std::uint32_t start = mBlock.GetPosition();
+    CopyFromBlock(mBlock, value);
+    Require(mBlock.GetPosition() - start == sizeof start + value.size());
+  }
+  template <class T>
+  requires QovJbf::VersionedRecord<T> || std::same_as<T, std::string>
+  void Read(std::vector<T>& /*values*/) {
+    for (std::uint32_t left = ReadCount(); left > 0; --left) ReadNew<T>();
+  }
+  template <class T>
+  void Read(std::map<std::string, T>& /*values*/) {
+    std::string last;
+    const std::uint32_t count = ReadCount();
+    for (std::uint32_t i = 0; i < count; ++i) {
+      std::string key;
+      Read(key);
+      Require(i == 0 || last < key);
+      ReadNew<T>();
+      last = key;
+    }
+  }
+  void Read(QovRyx::ActionList& /*actions*/) {
+    std::vector<std::uint16_t> types;
+    CopyFromBlock(mBlock, types);
+    for (const std::uint16_t type : types) ReadAction(type);
+  }
+
+ private:
+  void Require(bool isSo) { mIsWrittenForm = mIsWrittenForm && isSo; }
+  std::uint32_t ReadCount() {
+    std::uint32_t count = 0;
+    CopyFromBlock(mBlock, count);
+    return count;
+  }
+  template <class T>
+  void ReadNew() {
+    T value{};
+    Read(value);
+  }
+  void ReadAction(std::uint16_t type) {
+    switch (type) {
+      case QovRyx::RotateAction::kType:
+        return ReadNew<QovRyx::RotateAction>();
+      case QovRyx::MoveAction::kType:
+        return ReadNew<QovRyx::MoveAction>();
+      case QovRyx::TransformAction::kType:
+        return ReadNew<QovRyx::TransformAction>();
+      case QovRyx::ApplyColorAction::kType:
+        return ReadNew<QovRyx::ApplyColorAction>();
+      case QovRyx::ApplyViewPointAction::kType:
+        return ReadNew<QovRyx::ApplyViewPointAction>();
+      case QovRyx::PlayAudioAction::kType:
+        return ReadNew<QovRyx::PlayAudioAction>();
+      default:
+        return ReadNew<QovRyx::UnknownAction>();
+    }
+  }
+
+  QovJbf::Block& mBlock;
+  QovJbf::RungLadder mLadder;
+  bool& mIsWrittenForm;
+  bool mOpen = false;
+};
+
+template <class Record>
+bool HasWrittenForm(QovJbf::Block& input) {
+  bool isWrittenForm = true;
+  Record record;
+  input.SetPosition(0);
+  FormCheck(input, "", isWrittenForm).Read(record);
+  return isWrittenForm;
+}
+
 template <class Record>
 void ReadRecord(const char* version, const std::uint8_t* bytes, std::size_t size) {
   Record record;
+  QovJbf::Block input = MakeBlock(bytes, size);
+  std::uint32_t length = 0;
+  bool hasWrittenForm = false;
   const bool isSound = Accepts([&] {
-    QovJbf::Block input = MakeBlock(bytes, size);
     const QovRyx::FileVersionScope scope(version);
     CopyFromBlock(input, record);
+    length = input.GetPosition();
+    hasWrittenForm = HasSizes(version) && HasWrittenForm<Record>(input);
   });
   if (!isSound) return;
   QovJbf::Block written;
@@ -50,6 +172,9 @@ void ReadRecord(const char* version, const std::uint8_t* bytes, std::size_t size
   });
   Require(isKept, "a record that was accepted can be written and read");
   Require(HaveSameBytes(written, writtenAgain), "a record is written and read without a change");
+  if (!hasWrittenForm) return;
+  Require(written.GetSize() == length && std::memcmp(written.GetData(), bytes, length) == 0,
+          "a record is written as the bytes that were read");
 }
 
 using Reader = void (*)(const char*, const std::uint8_t*, std::size_t);

@@ -35,7 +35,7 @@ class RyxDump : public RyxProgram {
 
   static void FillSequencer(SequencerData& data) {
     data.mName = "Show";
-    data.mSequences["main \x1E"] = {{1, 2, 0x3F800000}};
+    data.mSequences["main \x1E"] = {{{}, 1, 2, 0x3F800000}};
     auto move = std::make_unique<MoveAction>();
     move->mVector[1] = 0x40490FDB;
     data.mActions.mSlots.push_back(std::move(move));

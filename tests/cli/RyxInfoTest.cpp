@@ -20,8 +20,9 @@ class RyxInfo : public RyxProgram {
     Streams streams = ReadStreams(path);
     QovJbf::JbFile file;
     std::vector<QovRyx::ModifierInfo> history(2);
-    history[0] = {false, "First", "1.0", "1.2", "Tue Jan 02 10:20:30 2018 UTC", "host", "me", "x"};
-    history[1] = {false, "Second", "2.0", "1.3", "Tue Jan 02 10:20:31 2018 UTC", "", "", ""};
+    history[0] = {{},     false, "First", "1.0", "1.2", "Tue Jan 02 10:20:30 2018 UTC",
+                  "host", "me",  "x"};
+    history[1] = {{}, false, "Second", "2.0", "1.3", "Tue Jan 02 10:20:31 2018 UTC", "", "", ""};
     file.GetIndex().Put("Global Information", history);
     streams.erase("Global Information");
     streams["Extra\033"] = "12345";

@@ -83,7 +83,7 @@ QovRyx::SequencerData MakeSequencer(const std::string& name) {
     settings.mName = "Step " + std::to_string(i + 1);
     settings.mIndices = {i};
     sequencer.mActionSettings.push_back(settings);
-    steps.push_back({i, i * 10, 10});
+    steps.push_back({{}, i, i * 10, 10});
   }
   return sequencer;
 }

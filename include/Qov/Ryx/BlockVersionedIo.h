@@ -11,6 +11,7 @@
 #include "Qov/Jbf/Block.h"
 #include "Qov/Jbf/BlockIo.h"
 #include "Qov/Ryx/OpaqueRecord.h"
+#include "Qov/Ryx/RecordOrigin.h"
 
 /// The frame and the field lists of versioned records.
 ///
@@ -19,13 +20,13 @@
 ///   body             the fields of rung "0.1", then those that each later rung added
 ///
 /// Files of the container versions "0.1", "0.1a", "0.1b" and "0.2" hold records without the size;
-/// which rule holds is told by QovJbf::ryx_file_version. A reader skips what a newer writer
-/// appended, and leaves alone the members of rungs that an older writer did not know.
+/// which rule holds is told by QovJbf::ryx_file_version. A reader keeps the bytes that a newer
+/// writer appended, and leaves alone the members of rungs that an older writer did not know.
 ///
-/// A record type says its fields once, in stream order, for every walker: the writer and the
-/// reader below, or one that prints.
+/// A record type derives from QovRyx::RecordOrigin and says its fields once, in stream order, for
+/// every walker: the writer and the reader below, or one that prints.
 ///
-///   struct CAEXYPlotMgrState {
+///   struct CAEXYPlotMgrState : RecordOrigin {
 ///     static constexpr const char* kTag = "0.2";
 ///     std::uint32_t mValue1 = 0;
 ///     ...
@@ -58,17 +59,21 @@ concept KeptRecord = VersionedRecord<T> && std::derived_from<T, QovRyx::OpaqueRe
 class QOV_EXPORT RungLadder {
  public:
   explicit RungLadder(std::string_view tag);
+  /// A ladder that reaches no rung.
+  static RungLadder None() { return {}; }
   /// `rung` is the tag of the version that brought it: "0.1" to "0.9".
   bool Reaches(std::string_view rung) const;
 
  private:
-  int mHeight;
+  RungLadder() = default;
+
+  int mHeight = 0;
 };
 
 /// Writes a record's frame: size and tag when it is made, the true size when it is closed.
 class QOV_EXPORT FrameWriter {
  public:
-  FrameWriter(Block& block, const std::string& tag);
+  FrameWriter(Block& block, std::string_view tag);
   void Close();
 
  private:
@@ -82,8 +87,9 @@ class QOV_EXPORT FrameReader {
  public:
   /// Raises OutOfBounds ("Not enough bytes in the block") for a record that passes the block's end.
   explicit FrameReader(Block& block);
+  /// Goes to the record's end and returns the bytes that were not read, which are the block's.
   /// Raises UnknownVersion if more was read than the record holds.
-  void Close();
+  std::string_view Close();
 
   /// The tag, byte for byte.
   const std::string& GetTag() const { return mTag; }
@@ -97,13 +103,17 @@ class QOV_EXPORT FrameReader {
   std::string mTag;
 };
 
-/// The walker that writes the fields of the rungs that `tag` reaches.
+/// Which of a record's rungs a walker visits: those that a tag reaches, or the others.
+enum class Rungs { Reached, Lacking };
+
+/// The walker that writes the fields of some rungs.
 class FieldWriter {
  public:
-  FieldWriter(Block& block, std::string_view tag) : mBlock(block), mLadder(tag) {}
+  FieldWriter(Block& block, std::string_view tag, Rungs rungs = Rungs::Reached)
+      : mBlock(block), mLadder(tag), mReached(rungs == Rungs::Reached) {}
 
   FieldWriter& Rung(std::string_view rung) {
-    mOpen = mLadder.Reaches(rung);
+    mOpen = mLadder.Reaches(rung) == mReached;
     return *this;
   }
   template <class T>
@@ -115,10 +125,11 @@ class FieldWriter {
  private:
   Block& mBlock;
   RungLadder mLadder;
+  bool mReached;
   bool mOpen = false;
 };
 
-/// The walker that reads them.
+/// The walker that reads the fields of the rungs that a tag reaches.
 class FieldReader {
  public:
   FieldReader(Block& block, std::string_view tag) : mBlock(block), mLadder(tag) {}
@@ -145,21 +156,104 @@ QOV_EXPORT void CopyToBlock_Kept(Block& block, const QovRyx::OpaqueRecord& recor
 /// then where the record ends.
 QOV_EXPORT void CopyFromBlock_Kept(Block& block, QovRyx::OpaqueRecord& record, const char* name);
 
-/// Appends `record` at the cursor, with its type's current tag.
+namespace Detail {
+
+QOV_EXPORT bool HaveSameBytes(const Block& left, const Block& right);
+
+/// The walker that finds out whether opaque records are among the fields that a tag lacks.
+class OpaqueFinder {
+ public:
+  explicit OpaqueFinder(RungLadder ladder) : mLadder(ladder) {}
+
+  OpaqueFinder& Rung(std::string_view rung) {
+    mOpen = !mLadder.Reaches(rung);
+    return *this;
+  }
+  template <class T>
+  OpaqueFinder& Field(const char* /*name*/, const T& value) {
+    if (mOpen) Look(value);
+    return *this;
+  }
+  bool HasFound() const { return mHasFound; }
+
+ private:
+  template <class T>
+  void Look(const T& value) {
+    if constexpr (KeptRecord<T>) {
+      mHasFound = true;
+    } else if constexpr (VersionedRecord<T>) {
+      OpaqueFinder nested(RungLadder::None());
+      T::Walk(value, nested);
+      mHasFound = mHasFound || nested.mHasFound;
+    }
+  }
+
+  RungLadder mLadder;
+  bool mOpen = false;
+  bool mHasFound = false;
+};
+
+/// Returns true if a record read with `tag`, and nothing after its known fields, can be written
+/// with the current tag: it is the current one, or an older one without which no opaque record
+/// has to be invented.
+template <VersionedRecord T>
+bool CanTakeCurrentTag(std::string_view tag) {
+  if (tag == T::kTag) return true;
+  // A tag of another length is not a rung, or ends with a zero byte.
+  if (tag.size() != std::string_view(T::kTag).size() || RungLadder(tag).Reaches(T::kTag)) {
+    return false;
+  }
+  OpaqueFinder finder{RungLadder(tag)};
+  const T newRecord;
+  T::Walk(newRecord, finder);
+  return !finder.HasFound();
+}
+
+/// Returns true if `record` differs from a new one in a field that `tag` lacks.
+template <VersionedRecord T>
+bool HasFieldsBeyond(const T& record, std::string_view tag) {
+  Block fields;
+  Block defaults;
+  FieldWriter walk(fields, tag, Rungs::Lacking);
+  FieldWriter walkDefaults(defaults, tag, Rungs::Lacking);
+  const T newRecord;
+  T::Walk(record, walk);
+  T::Walk(newRecord, walkDefaults);
+  return !HaveSameBytes(fields, defaults);
+}
+
+/// Returns the tag that `record` is written with: its own if it keeps one, unless fields that the
+/// tag does not reach have been edited.
+template <VersionedRecord T>
+std::string_view ChooseTag(const T& record) {
+  if (!record.HasOrigin()) return T::kTag;
+  const std::string_view tag = record.GetOriginTag();
+  if (RungLadder(tag).Reaches(T::kTag) || !HasFieldsBeyond(record, tag)) return tag;
+  return T::kTag;
+}
+
+}  // namespace Detail
+
+/// Appends `record` at the cursor, with its type's current tag, or with the tag and the unknown
+/// bytes that it keeps (QovRyx::RecordOrigin).
 template <VersionedRecord T>
 void CopyToBlock_Versioned(Block& block, const T& record) {
   if constexpr (KeptRecord<T>) {
     CopyToBlock_Kept(block, record);
   } else {
-    FrameWriter frame(block, T::kTag);
-    FieldWriter walk(block, T::kTag);
+    const std::string_view tag = Detail::ChooseTag(record);
+    FrameWriter frame(block, tag);
+    FieldWriter walk(block, tag);
     T::Walk(record, walk);
+    const std::string_view tail = record.GetTail();
+    block.Put(tail.data(), static_cast<std::uint32_t>(tail.size()));
     frame.Close();
   }
 }
 
-/// Reads one record at the cursor and leaves the cursor behind it. Members that the record's
-/// version does not carry keep their values, so pass a default-constructed record.
+/// Reads one record at the cursor and leaves the cursor after it. Members that the record's
+/// version does not carry keep their values, so pass a default-constructed record. A tag and bytes
+/// that a record with the current tag would lose become the record's origin.
 ///
 /// Raises UnknownVersion when the body is longer than the record's size; the record is partly
 /// filled then.
@@ -171,7 +265,12 @@ void CopyFromBlock_Versioned(Block& block, T& record) {
     FrameReader frame(block);
     FieldReader walk(block, frame.GetTag());
     T::Walk(record, walk);
-    frame.Close();
+    const std::string_view tail = frame.Close();
+    if (tail.empty() && Detail::CanTakeCurrentTag<T>(frame.GetTag())) {
+      record.ForgetOrigin();
+    } else {
+      record.SetOrigin(frame.GetTag(), tail);
+    }
   }
 }
 

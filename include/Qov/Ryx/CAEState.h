@@ -44,7 +44,7 @@ struct QOV_EXPORT CAEScalarInfo : OpaqueRecord {
 };
 
 /// Lies in the body of a CAEAnimationState.
-struct CAEEigenVectorAnimationState {
+struct CAEEigenVectorAnimationState : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::uint32_t mValue1 = 0;
@@ -71,7 +71,7 @@ struct CAEEigenVectorAnimationState {
                          const CAEEigenVectorAnimationState&) = default;
 };
 
-struct CAEVectorPlotState {
+struct CAEVectorPlotState : RecordOrigin {
   static constexpr const char* kTag = "0.2";
 
   std::uint32_t mValue1 = 0;
@@ -108,7 +108,7 @@ struct CAEVectorPlotState {
   friend bool operator==(const CAEVectorPlotState&, const CAEVectorPlotState&) = default;
 };
 
-struct CAEContourLineMgrState {
+struct CAEContourLineMgrState : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   Vector3 mColour;
@@ -127,7 +127,7 @@ struct CAEContourLineMgrState {
 };
 
 /// Lies in the body of a CAEXYPlotV1State.
-struct CAEXYPlotV1CurveState {
+struct CAEXYPlotV1CurveState : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::string mName;
@@ -141,7 +141,7 @@ struct CAEXYPlotV1CurveState {
   friend bool operator==(const CAEXYPlotV1CurveState&, const CAEXYPlotV1CurveState&) = default;
 };
 
-struct CAEXYPlotMgrState {
+struct CAEXYPlotMgrState : RecordOrigin {
   static constexpr const char* kTag = "0.2";
 
   std::uint32_t mValue1 = 0;
@@ -157,7 +157,7 @@ struct CAEXYPlotMgrState {
   friend bool operator==(const CAEXYPlotMgrState&, const CAEXYPlotMgrState&) = default;
 };
 
-struct CAEState {
+struct CAEState : RecordOrigin {
   /// Beyond the ladder of "0.1" to "0.7": a reader takes it for a tag that reaches every rung.
   static constexpr const char* kTag = "0.8";
 
@@ -218,7 +218,7 @@ struct CAEState {
 };
 
 /// The further result displays of one view.
-struct MultiCAEState {
+struct MultiCAEState : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::string mName;

@@ -8,7 +8,7 @@
 namespace QovRyx {
 
 /// The colours and lighting values of a shape's material, and its record.
-struct MaterialValues {
+struct MaterialValues : RecordOrigin {
   static constexpr const char* kTag = "0.3";
   static constexpr float kDefaultGrey = 0.8F;
   static constexpr float kDefaultShare = 0.2F;

@@ -7,7 +7,7 @@
 namespace QovRyx {
 
 /// One entry of a file's history: a program that wrote it.
-struct ModifierInfo {
+struct ModifierInfo : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   /// Whether this program records host and user too; not stored.

@@ -13,7 +13,7 @@
 /// the maps name the parts. All values are only carried.
 namespace QovRyx {
 
-struct UsrEntityData {
+struct UsrEntityData : RecordOrigin {
   static constexpr const char* kTag = "0.4";
 
   std::string mName;
@@ -39,7 +39,7 @@ struct UsrEntityData {
   friend bool operator==(const UsrEntityData&, const UsrEntityData&) = default;
 };
 
-struct HiddenState {
+struct HiddenState : RecordOrigin {
   static constexpr const char* kTag = "0.2";
 
   std::map<std::string, std::uint8_t> mHiddenEntities;
@@ -54,7 +54,7 @@ struct HiddenState {
   friend bool operator==(const HiddenState&, const HiddenState&) = default;
 };
 
-struct XplodeState {
+struct XplodeState : RecordOrigin {
   static constexpr const char* kTag = "0.2";
 
   std::map<std::string, Vector3> mOffsets;
@@ -78,7 +78,7 @@ struct XplodeState {
   friend bool operator==(const XplodeState&, const XplodeState&) = default;
 };
 
-struct PickXForm {
+struct PickXForm : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::array<std::uint32_t, 4> mQuad{};
@@ -98,7 +98,7 @@ struct PickXForm {
   friend bool operator==(const PickXForm&, const PickXForm&) = default;
 };
 
-struct PickNMoveState {
+struct PickNMoveState : RecordOrigin {
   static constexpr const char* kTag = "0.2";
 
   std::map<std::string, Vector3> mOffsets;
@@ -123,7 +123,7 @@ struct PickNMoveState {
   friend bool operator==(const PickNMoveState&, const PickNMoveState&) = default;
 };
 
-struct TransformState {
+struct TransformState : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::map<std::string, PickXForm> mTransforms;

@@ -15,7 +15,7 @@
 namespace QovRyx {
 
 /// An action of a sequencer.
-class QOV_EXPORT BasicAction {
+class QOV_EXPORT BasicAction : public RecordOrigin {
  public:
   virtual ~BasicAction() = default;
   /// The code of the concrete class.
@@ -114,7 +114,7 @@ class QOV_EXPORT PlayAudioAction : public BasicAction {
   }
 };
 
-/// Stands for an action of no known kind.
+/// An action that is not meant to be stored: a list that holds one cannot be read back.
 class QOV_EXPORT InvalidAction : public BasicAction {
  public:
   static constexpr int kType = -1;
@@ -125,6 +125,27 @@ class QOV_EXPORT InvalidAction : public BasicAction {
   static void Walk(Self& /*self*/, Walker& walk) {
     walk.Rung("0.1");
   }
+};
+
+/// An action of a type that this program does not know. Its tag and the bytes of its body are kept
+/// as its origin (RecordOrigin) and written back.
+class QOV_EXPORT UnknownAction : public BasicAction {
+ public:
+  /// The lowest type without a class.
+  static constexpr std::uint16_t kLeastType = 6;
+  static constexpr const char* kTag = "0.1";
+
+  /// `type` is kLeastType or more.
+  explicit UnknownAction(std::uint16_t type = kLeastType);
+
+  int ActionType() const override { return mType; }
+  template <class Self, class Walker>
+  static void Walk(Self& /*self*/, Walker& walk) {
+    walk.Rung("0.1");
+  }
+
+ private:
+  std::uint16_t mType;
 };
 
 /// Calls `visitor` with the action as its concrete class, which tells a walker its fields.
@@ -143,13 +164,15 @@ void VisitAction(const BasicAction& action, Visitor&& visitor) {
       return visitor(dynamic_cast<const ApplyViewPointAction&>(action));
     case PlayAudioAction::kType:
       return visitor(dynamic_cast<const PlayAudioAction&>(action));
-    default:
+    case InvalidAction::kType:
       return visitor(dynamic_cast<const InvalidAction&>(action));
+    default:
+      return visitor(dynamic_cast<const UnknownAction&>(action));
   }
 }
 
-/// The actions of a sequencer, owned. A slot is null where a file named an action of no known
-/// kind. Copies are deep.
+/// The actions of a sequencer, owned. A null slot is written as an action of the type 65535 with an
+/// empty body. Copies are deep.
 class QOV_EXPORT ActionList {
  public:
   ActionList() = default;
@@ -163,7 +186,7 @@ class QOV_EXPORT ActionList {
 };
 
 /// What an action is applied by: two matrices and how to take them.
-struct SupportAction {
+struct SupportAction : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::array<std::uint32_t, 9> mMatrix1{};
@@ -186,7 +209,7 @@ struct SupportAction {
 };
 
 /// The settings of an action.
-struct Action {
+struct Action : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::string mName;
@@ -213,7 +236,7 @@ struct Action {
 };
 
 /// A step of a sequence.
-struct Sequence {
+struct Sequence : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::uint32_t mValue1 = 0;
@@ -231,7 +254,7 @@ struct Sequence {
   friend bool operator==(const Sequence&, const Sequence&) = default;
 };
 
-struct SequencerData {
+struct SequencerData : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
   std::vector<Action> mActionSettings;

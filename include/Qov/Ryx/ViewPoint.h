@@ -20,7 +20,7 @@ namespace QovRyx {
 
 /// A saved view: where the model was looked at from, and its display state at that moment. All
 /// values are only carried.
-struct QOV_EXPORT ViewPoint {
+struct QOV_EXPORT ViewPoint : RecordOrigin {
   static constexpr const char* kTag = "0.2";
 
   // The bits of the floats that the values start as.

@@ -15,7 +15,7 @@
 /// The complete display state of one view. All values are only carried.
 namespace QovRyx {
 
-struct MiscState {
+struct MiscState : RecordOrigin {
   static constexpr const char* kTag = "0.6";
   static constexpr float kHalfGrey = 128.0F / 255.0F;
   static constexpr std::int32_t kNoLimit = std::numeric_limits<std::int32_t>::max();
@@ -82,7 +82,7 @@ struct MiscState {
   friend bool operator==(const MiscState&, const MiscState&) = default;
 };
 
-struct SectionState {
+struct SectionState : RecordOrigin {
   static constexpr const char* kTag = "0.2";
 
   std::uint32_t mValue1 = 0;
@@ -120,7 +120,7 @@ struct SectionState {
   friend bool operator==(const SectionState&, const SectionState&) = default;
 };
 
-struct ViewState {
+struct ViewState : RecordOrigin {
   static constexpr const char* kTag = "0.5";
 
   CAEState mCaeState;

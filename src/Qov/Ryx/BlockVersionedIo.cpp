@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -70,10 +71,10 @@ bool RungLadder::Reaches(std::string_view rung) const {
   return height <= mHeight;
 }
 
-FrameWriter::FrameWriter(Block& block, const std::string& tag)
+FrameWriter::FrameWriter(Block& block, std::string_view tag)
     : mBlock(block), mStart(block.GetPosition()) {
   CopyToBlock(mBlock, std::uint32_t{0});
-  CopyToBlock(mBlock, tag);
+  CopyToBlock(mBlock, std::string(tag));
 }
 
 void FrameWriter::Close() {
@@ -89,10 +90,17 @@ FrameReader::FrameReader(Block& block)
       mEnd(mHasSize ? ReadEnd(block) : block.GetSize()),
       mTag(ReadTag(block)) {}
 
-void FrameReader::Close() {
-  if (!mHasSize) return;
-  if (mBlock.GetPosition() > mEnd) Raise(kSource, ErrorType::UnknownVersion, kOverrunLine);
+std::string_view FrameReader::Close() {
+  if (!mHasSize) return {};
+  const std::uint32_t position = mBlock.GetPosition();
+  if (position > mEnd) Raise(kSource, ErrorType::UnknownVersion, kOverrunLine);
   mBlock.SetPosition(mEnd);
+  return Detail::GetBytesFrom(mBlock, position);
+}
+
+bool Detail::HaveSameBytes(const Block& left, const Block& right) {
+  return left.GetSize() == right.GetSize() &&
+         (left.GetSize() == 0 || std::memcmp(left.GetData(), right.GetData(), left.GetSize()) == 0);
 }
 
 void CopyToBlock_Kept(Block& block, const QovRyx::OpaqueRecord& record) {

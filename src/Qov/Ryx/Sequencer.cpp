@@ -2,15 +2,17 @@
 
 #include <type_traits>
 
-/// How the actions of a sequencer lie in its record:
+#include "Qov/Util/Assert.h"
+
+/// The layout of the actions in a sequencer's record:
 ///
 ///   types: vector<u16>   the type code of each slot, cut to 16 bits
 ///   bodies               for each slot in order, the record of its class
 ///
-/// The two directions differ, and files rely on both: a reader takes an InvalidAction record for
-/// every type that it does not know, while an InvalidAction among the actions is written
-/// as its type alone. A null slot, which only reading such a type leaves, is written with the
-/// record, so that what was read once can be read again.
+/// A type without a class has a record too, of which the reader keeps the tag and the body. An
+/// InvalidAction that a program has put into the list is written as its type alone, without a
+/// record, so that such a list cannot be read back. A null slot is written with a record, and read
+/// as null again.
 namespace QovRyx {
 
 namespace {
@@ -53,9 +55,12 @@ std::unique_ptr<BasicAction> ReadBody(QovJbf::Block& block, std::uint16_t type) 
       return ReadAs<ApplyViewPointAction>(block);
     case PlayAudioAction::kType:
       return ReadAs<PlayAudioAction>(block);
-    default:
-      ReadAs<InvalidAction>(block);
-      return nullptr;
+    default: {
+      auto action = std::make_unique<UnknownAction>(type);
+      CopyFromBlock(block, *action);
+      const bool isEmptySlot = type == StoredType(nullptr) && !action->HasOrigin();
+      return isEmptySlot ? nullptr : std::move(action);
+    }
   }
 }
 
@@ -68,6 +73,8 @@ std::unique_ptr<BasicAction> Clone(const BasicAction& action) {
 }
 
 }  // namespace
+
+UnknownAction::UnknownAction(std::uint16_t type) : mType(type) { QOV_ASSERT(type >= kLeastType); }
 
 ActionList::ActionList(const ActionList& other) {
   mSlots.reserve(other.mSlots.size());

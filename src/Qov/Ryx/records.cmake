@@ -7,6 +7,7 @@ set(QOV_RECORD_HEADERS
     Ryx/ModifierInfo.h
     Ryx/OpaqueRecord.h
     Ryx/PartState.h
+    Ryx/RecordOrigin.h
     Ryx/Sequencer.h
     Ryx/ViewPoint.h
     Ryx/ViewState.h)
@@ -14,5 +15,6 @@ set(QOV_RECORD_SOURCES
     BlockVersionedIo.cpp
     CAEState.cpp
     LabelState.cpp
+    RecordOrigin.cpp
     Sequencer.cpp
     ViewPoint.cpp)

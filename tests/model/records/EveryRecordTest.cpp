@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <typeinfo>
 
@@ -30,31 +32,43 @@ struct TypeList {
 /// What holds for every record with a field list.
 using EveryRecord = EveryRecordIn<TypeList>;
 
-TEST(EveryRecordTest, RandomValuesSurviveBitForBitWhateverFollows) {
+TEST(EveryRecordTest, IsWrittenWithTheUnknownTagAndBytesThatWereReadAtEveryLevel) {
   EveryRecord::ForEach([]<class Record>(const Record&) {
-    for (std::uint32_t seed = 0; seed < 20; ++seed) {
-      const Bytes bytes = Encode(RandomRecord<Record>(seed));
-      const Bytes appended(seed % 4, '?');  // by a newer writer
-      QovJbf::Block block =
-          BlockOf(WithSize(bytes, bytes.size() + appended.size()) + appended + "?");
-      Record record;
-      CopyFromBlock(block, record);
-      EXPECT_EQ(block.GetRemaining(), 1U);
-      EXPECT_EQ(Encode(record), bytes);
+    std::uint32_t seed = 0;
+    for (const char* tag : {"current", "0.0", "0.8", "0.9", "1.0", "0.10", "", "newest"}) {
+      const auto tagOf = [&]<class T>(const T&) {
+        return std::string(std::string_view(tag) == "current" ? T::kTag : tag);
+      };
+      for (const Bytes& tail : {Bytes(), Bytes("?"), Bytes(100, '\0')}) {
+        const Bytes bytes = EncodeForeign(RandomRecord<Record>(++seed), tagOf, tail);
+        QovJbf::Block block = BlockOf(bytes + "?");
+        Record record;
+        CopyFromBlock(block, record);
+        EXPECT_EQ(block.GetRemaining(), 1U);
+        const Record copy = record;
+        EXPECT_TRUE(Encode(copy) == bytes) << tag << " " << tail.size();
+      }
     }
   });
 }
 
-TEST(EveryRecordTest, TagsTellWhichRungsThereAre) {
+/// The records that lack an opaque one at "0.1": a new one cannot be invented.
+template <class T>
+constexpr bool kStaysOld =
+    std::is_same_v<T, QovRyx::ViewState> || std::is_same_v<T, QovRyx::CAEState>;
+
+TEST(EveryRecordTest, OlderOnesAreBroughtUpToDateUnlessThatInventsAnOpaqueRecord) {
   EveryRecord::ForEach([]<class Record>(const Record&) {
     for (const std::string tag : {"0.1", "0.2", "0.3", "0.4", "0.5", "0.6", "0.7"}) {
+      const auto readTag = [&]<class T>(const T&) { return std::min(tag, std::string(T::kTag)); };
+      const auto writtenTag = [&]<class T>(const T&) {
+        return std::string(kStaysOld<T> && tag == "0.1" ? "0.1" : T::kTag);
+      };
       const auto record = RandomRecord<Record>(7, tag);
-      EXPECT_EQ(Encode(Decode<Record>(EncodeAs(record, tag))), Encode(record)) << tag;
-    }
-    for (const std::string tag :
-         {"0.0", "0.8", "0.9", "1.0", "0.10", "", "newest"}) {  // all of them
-      const auto record = RandomRecord<Record>(8);
-      EXPECT_EQ(Encode(Decode<Record>(EncodeAs(record, tag))), Encode(record)) << tag;
+      const Bytes read = EncodeForeign(record, readTag);
+      EXPECT_TRUE(Encode(Decode<Record>(read)) == EncodeForeign(record, writtenTag)) << tag;
+      const Bytes withTail = EncodeForeign(record, readTag, "tail");
+      EXPECT_TRUE(Encode(Decode<Record>(withTail)) == withTail) << tag;
     }
   });
 }

@@ -46,6 +46,40 @@ TEST(FrameTest, VectorsAreReplacedElementByElement) {
   EXPECT_EQ(read, written);
 }
 
+TEST(FrameTest, FieldsOfAKeptRecordCanBeEdited) {
+  struct Case {
+    std::string mTag;
+    Bytes mTail;
+    void (*mEdit)(QovRyx::ViewState&);
+    std::string mWrittenTag;
+  };
+  const auto withinTag = [](QovRyx::ViewState& state) { state.mMiscState.mFlag1 = 7; };
+  const auto beyondTag = [](QovRyx::ViewState& state) { state.mSectionState.mFlag = 7; };
+  const auto forget = [](QovRyx::ViewState& state) { state.ForgetOrigin(); };
+  for (const Case& c : {Case{"0.1", "", withinTag, "0.1"}, Case{"0.1", "", beyondTag, "0.5"},
+                        Case{"0.3", "tail", beyondTag, "0.3"},
+                        Case{"0.9", "tail", beyondTag, "0.9"}, Case{"0.1", "", forget, "0.5"}}) {
+    auto state = Decode<QovRyx::ViewState>(
+        MakeRecord(c.mTag, EncodeAs(QovRyx::ViewState(), c.mTag).substr(11) + c.mTail));
+    EXPECT_TRUE(state.HasOrigin());
+    EXPECT_FALSE(state == QovRyx::ViewState());
+    c.mEdit(state);
+    QovRyx::ViewState edited;
+    c.mEdit(edited);
+    EXPECT_EQ(Encode(state),
+              MakeRecord(c.mWrittenTag, EncodeAs(edited, c.mWrittenTag).substr(11) + c.mTail))
+        << c.mTag;
+  }
+}
+
+TEST(FrameTest, ReadingReplacesWhatARecordKept) {
+  QovRyx::ModifierInfo info;
+  info.SetOrigin("0.9", "tail");
+  QovJbf::Block block = BlockOf(Encode(QovRyx::ModifierInfo()));
+  CopyFromBlock(block, info);
+  EXPECT_EQ(info, QovRyx::ModifierInfo());
+}
+
 /// Records begin with their tag in the oldest files, nested ones too.
 TEST(LegacyFrameTest, HasNoSizes) {
   const Bytes transform = FromHex(

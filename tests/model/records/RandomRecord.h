@@ -15,11 +15,11 @@
 
 namespace Qov::Test {
 
-/// A walker that fills the fields of the rungs that a tag reaches with random values: any bit
-/// pattern for numbers and flags.
+/// A walker that fills the fields of the rungs that a tag reaches, in nested records too, with
+/// random values: any bit pattern for numbers and flags.
 class RandomFiller {
  public:
-  RandomFiller(std::uint32_t seed, std::string_view tag) : mRandom(seed), mLadder(tag) {}
+  RandomFiller(std::uint32_t seed, std::string_view tag) : mRandom(seed), mTag(tag), mLadder(tag) {}
 
   RandomFiller& Rung(std::string_view rung) {
     mOpen = mLadder.Reaches(rung);
@@ -71,7 +71,7 @@ class RandomFiller {
       Fill(record.mTag);
       Fill(record.mBody);
     } else {
-      RandomFiller nested(Next(), T::kTag);
+      RandomFiller nested(Next(), mTag);
       T::Walk(record, nested);
     }
   }
@@ -85,17 +85,20 @@ class RandomFiller {
     AddAction<QovRyx::PlayAudioAction>(actions);
     AddAction<QovRyx::RotateAction>(actions);
     actions.mSlots.push_back(nullptr);
+    actions.mSlots.push_back(
+        std::make_unique<QovRyx::UnknownAction>(static_cast<std::uint16_t>(6 + Next() % 60000)));
     AddAction<QovRyx::ApplyColorAction>(actions);
   }
 
   std::mt19937 mRandom;
+  std::string mTag;
   QovJbf::RungLadder mLadder;
   bool mOpen = false;
 };
 
 /// A record whose rungs up to `tag` are random and whose others are as constructed.
 template <class T>
-T RandomRecord(std::uint32_t seed, std::string_view tag = T::kTag) {
+T RandomRecord(std::uint32_t seed, std::string_view tag = "all") {
   T record;
   RandomFiller filler(seed, tag);
   T::Walk(record, filler);

@@ -1,9 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "Qov/Ryx/BlockVersionedIo.h"
+#include "Qov/Ryx/Sequencer.h"
 #include "support/Blocks.h"
 #include "support/Errors.h"
 
@@ -72,6 +77,73 @@ inline Bytes WithSize(const Bytes& record, std::size_t size) {
 inline Bytes MakeRecord(const std::string& tag, const Bytes& body) {
   const std::uint32_t length = static_cast<std::uint32_t>(tag.size());
   return Image(static_cast<std::uint32_t>(8 + length + body.size())) + Image(length) + tag + body;
+}
+
+/// Writes records as another program may have: `tagOf` returns the tag for each record, at every
+/// level, and `tail` follows the known fields of each.
+template <class TagOf>
+class ForeignWriter {
+ public:
+  ForeignWriter(const TagOf& tagOf, const Bytes& tail, const std::string& tag)
+      : mTagOf(tagOf), mTail(tail), mLadder(tag) {}
+
+  ForeignWriter& Rung(std::string_view rung) {
+    mOpen = mLadder.Reaches(rung);
+    return *this;
+  }
+  template <class T>
+  ForeignWriter& Field(const char* /*name*/, const T& value) {
+    if (mOpen) mBody += Write(value);
+    return *this;
+  }
+  template <class T>
+  Bytes Write(const T& value) const {
+    if constexpr (QovJbf::VersionedRecord<T> && !QovJbf::KeptRecord<T>) {
+      const std::string tag = mTagOf(value);
+      ForeignWriter nested(mTagOf, mTail, tag);
+      T::Walk(value, nested);
+      return MakeRecord(tag, nested.mBody + mTail);
+    } else {
+      return Encode(value);
+    }
+  }
+  template <QovJbf::VersionedRecord T>
+  Bytes Write(const std::vector<T>& records) const {
+    Bytes bytes = Image(static_cast<std::uint32_t>(records.size()));
+    for (const T& record : records) bytes += Write(record);
+    return bytes;
+  }
+  template <class T>
+  Bytes Write(const std::map<std::string, T>& values) const {
+    Bytes bytes = Image(static_cast<std::uint32_t>(values.size()));
+    for (const auto& [key, value] : values) bytes += Encode(key) + Write(value);
+    return bytes;
+  }
+  Bytes Write(const QovRyx::ActionList& actions) const {
+    Bytes types = Image(static_cast<std::uint32_t>(actions.mSlots.size()));
+    Bytes bodies;
+    for (const auto& slot : actions.mSlots) {
+      types += Image(static_cast<std::uint16_t>(slot == nullptr ? 0xFFFF : slot->ActionType()));
+      if (slot == nullptr) {
+        bodies += Write(QovRyx::InvalidAction());
+      } else {
+        QovRyx::VisitAction(*slot, [&](const auto& action) { bodies += Write(action); });
+      }
+    }
+    return types + bodies;
+  }
+
+ private:
+  const TagOf& mTagOf;
+  const Bytes& mTail;
+  QovJbf::RungLadder mLadder;
+  bool mOpen = false;
+  Bytes mBody;
+};
+
+template <class T, class TagOf>
+Bytes EncodeForeign(const T& record, const TagOf& tagOf, const Bytes& tail = {}) {
+  return ForeignWriter<TagOf>(tagOf, tail, "").Write(record);
 }
 
 }  // namespace Qov::Test
