@@ -4,10 +4,13 @@
 #include <array>
 #include <filesystem>
 #include <functional>
+#include <sstream>
 #include <utility>
 
+#include "Qov/Log/Manager.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
+#include "Qov/Util/SingletonHolder.h"
 #include "support/Errors.h"
 #include "support/Files.h"
 #include "support/ModelCompare.h"
@@ -307,15 +310,87 @@ TEST(Load, KeepsTheViewsOfSampleFilesByteForByte) {
   }
 }
 
-TEST(Load, NotesLegacyWriters) {
+/// What loading a file logs as progress.
+std::string TraceOfLoading(Tree& tree, const std::string& path) {
+  std::ostringstream trace;
+  auto& manager = Util::SingletonHolder<Log::Manager>::Instance();
+  manager.TraceTo("loading", std::make_unique<Log::StreamPublisher>(trace));
+  LoadTree(tree, path);
+  manager.TraceTo("loading", std::make_unique<Log::NullPublisher>());
+  return trace.str();
+}
+
+TEST(Load, KnowsThePreviousLayoutOfProbeRecordsAfterMergesToo) {
   const TempDir dir;
-  for (const auto& [version, isLegacy] :
-       {std::pair{"2010 R1 4,1,311,217", true}, std::pair{"2010 R1 4.1.311.217", false}}) {
-    Tree tree("viewer", version, false);
+  struct Case {
+    const char* mVersion;
+    const char* mLaterProgram;
+    bool mLastIsLegacy;
+    bool mIsLogged;
+  };
+  for (const Case& c : {Case{"2010 R1 4,1,311,217", nullptr, true, true},
+                        Case{"2010 R1 4.1.311.217", nullptr, false, false},
+                        Case{"2010 R1 4,1,311,217", "RyxMerge", false, true},
+                        Case{"2010 R1 4,1,311,217", "", false, true},
+                        Case{"2010 R1 4,1,311,217", "viewer", false, false}}) {
+    Tree tree("viewer", c.mVersion, false);
+    tree.SetHasViewPoints(true);
     SaveTree(tree, dir / "a.ryx");
+    if (c.mLaterProgram != nullptr) {
+      Tree merged(c.mLaterProgram, "", false);
+      LoadTree(merged, dir / "a.ryx");
+      SaveTree(merged, dir / "a.ryx");
+    }
     Tree loaded(false);
-    LoadTree(loaded, dir / "a.ryx");
-    EXPECT_EQ(g_b217Ryx, isLegacy) << version;
+    const std::string trace = TraceOfLoading(loaded, dir / "a.ryx");
+    EXPECT_EQ(g_b217Ryx, c.mLastIsLegacy) << c.mVersion;
+    EXPECT_EQ(trace.find(c.mVersion) != trace.npos, c.mIsLogged) << trace;
+  }
+}
+
+/// Replaces each occurrence of a text in a stream by one of the same length.
+void Overwrite(std::string& bytes, const std::string& from, const std::string& to) {
+  ASSERT_NE(bytes.find(from), bytes.npos);
+  for (std::size_t at = 0; (at = bytes.find(from, at)) != bytes.npos; at += to.size()) {
+    bytes.replace(at, to.size(), to);
+  }
+}
+
+TEST_F(SpoiltModel, HoldsKeysTwiceAndTextsWithZeroBytes) {
+  Tree tree("viewer", "1-more", false);
+  auto group = std::make_unique<Group>("parts");
+  group->mAttributes = {{"key1", 1.0}, {"key2", 2.0}, {"key3", 3.0}};
+  tree.GetNodes().SetCurrentId(1);
+  tree.GetNodes().AddChild(std::move(group));
+  tree.GetViewPoint().mViewState.mHiddenState.mHiddenEntities = {{"key1", 1}, {"key2", 2}};
+  tree.GetViewPoint().mName = "first-second";
+  tree.SetHasViewPoints(true);
+  SaveTree(tree, mPath);
+  Streams streams = ReadStreams(mPath);
+  Overwrite(streams[kAttributes], "key2", "key1");
+  Overwrite(streams[kAttributes], "key3", "key1");
+  Overwrite(streams[kViewPoints], "key2", "key1");
+  Overwrite(streams[kViewPoints], "first-second", std::string("first\0second", 12));
+  Overwrite(streams[kGlobalInformation], "1-more", std::string("1\0more", 6));
+  WriteStreams(mPath, streams);
+
+  Tree loaded(false);
+  const std::string trace = TraceOfLoading(loaded, mPath);
+  const auto& read = dynamic_cast<const Group&>(*loaded.GetNodes().GetReqNode(2).mData);
+  EXPECT_EQ(read.mAttributes, (QovUtil::AttributeMap{{"key1", 1.0}}));
+  const auto& hidden = loaded.GetViewPoint().mViewState.mHiddenState.mHiddenEntities;
+  EXPECT_EQ(hidden, (std::map<std::string, std::uint8_t>{{"key1", 1}}));
+  const auto counts = [](const QovJbf::ReadLosses& lost) {
+    return std::array{lost.mNumEqualKeys, lost.mNumCutTexts};
+  };
+  const Tree::Losses& losses = loaded.GetLosses();
+  EXPECT_EQ(counts(losses.mModel), (std::array<std::uint64_t, 2>{2, 0}));
+  EXPECT_EQ(counts(losses.mHistory), (std::array<std::uint64_t, 2>{0, 1}));
+  EXPECT_EQ(counts(losses.mViews), (std::array<std::uint64_t, 2>{1, 1}));
+  for (const char* line : {"model: 2 map entries are left out because earlier ones have their keys",
+                           "history: 1 text is cut at a zero byte",
+                           "views: 1 map entry is left out because an earlier one has its key"}) {
+    EXPECT_NE(trace.find(line), trace.npos) << trace;
   }
 }
 

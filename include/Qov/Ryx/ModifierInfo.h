@@ -1,7 +1,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "Qov/Export.h"
 #include "Qov/Ryx/BlockVersionedIo.h"
 
 namespace QovRyx {
@@ -34,5 +36,13 @@ struct ModifierInfo : RecordOrigin {
 
   friend bool operator==(const ModifierInfo&, const ModifierInfo&) = default;
 };
+
+/// Returns true for an entry of one of the eight legacy builds, whose probe records differ from
+/// those of later ones.
+QOV_EXPORT bool IsLegacyWriter(const ModifierInfo& entry);
+
+/// Returns the entry of the legacy build whose probe records a file with this history holds, or
+/// null. Entries of merges are passed over, because a merge keeps probe records as they are.
+QOV_EXPORT const ModifierInfo* FindLegacyWriter(const std::vector<ModifierInfo>& history);
 
 }  // namespace QovRyx

@@ -97,6 +97,13 @@ class QOV_EXPORT Tree {
   const SequencerData& GetSequencerData() const { return mSequencerData; }
   /// The programs that wrote the model, oldest first; Save adds this one.
   const std::vector<ModifierInfo>& GetModifiers() const { return mModifiers; }
+  /// What reading files into this tree has left out, by the part of the file.
+  struct Losses {
+    QovJbf::ReadLosses mModel;  ///< Nodes, results and their attributes.
+    QovJbf::ReadLosses mHistory;
+    QovJbf::ReadLosses mViews;  ///< View points and sequencer.
+  };
+  const Losses& GetLosses() const { return mLosses; }
   /// The container version of the file last loaded or saved.
   const std::string& GetFileVersion() const { return mFileVersion; }
   /// Returns the names of the streams that Load or Merge found last and no reader uses
@@ -110,6 +117,7 @@ class QOV_EXPORT Tree {
   std::uint32_t GetAttachParent();
   void LoadGlobalInfo(QovJbf::JbFile& file);
   void LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent, bool wideOffsets);
+  void ReadViews(QovJbf::JbFile& file);
   void UpdateBufferLinks();
   bool WriteWithAllThreads(const std::string& path, bool create, const std::string& comment);
   void Write(QovJbf::JbFile& file, const std::string& path, bool create,
@@ -127,6 +135,7 @@ class QOV_EXPORT Tree {
   ViewPoint mViewPoint;
   std::vector<ViewPointPath> mViewPointPaths;
   SequencerData mSequencerData;
+  Losses mLosses;
   std::string mFileVersion;
   std::vector<std::string> mUnknownStreams;
   std::vector<QovJbf::FileIdentity> mSources;  ///< The files that were loaded.

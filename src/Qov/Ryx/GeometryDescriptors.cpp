@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "Qov/Log/Record.h"
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/Geometry.h"
 #include "Qov/Ryx/GeometryVersion.h"

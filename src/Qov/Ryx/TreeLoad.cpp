@@ -1,10 +1,8 @@
-#include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <string>
-#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "LinkResolver.h"
 #include "Qov/Log/Record.h"
@@ -22,15 +20,36 @@ constexpr const char* kSource = "include/Qov/Ryx/Tree";
 using Qov::Util::Raise;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
-/// Builds whose probe records differ; dots and commas are as they wrote them.
-constexpr std::array<std::string_view, 8> kLegacyWriters = {
-    "2010 R1 4.1.110.825", "2010 R1 4.1.110.912", "2010 R1 4.1.110.915", "2010 R1 4,1,311,128",
-    "2010 R1 4,1,311,130", "2010 R1 4,1,311,131", "2010 R1 4,1,311,209", "2010 R1 4,1,311,217",
-};
+void TellLosses(const QovJbf::ReadLosses& lost, const std::string& path, const char* part) {
+  const auto tell = [&](std::uint64_t count, const char* one, const char* many) {
+    if (count == 0) return;
+    Qov::Log::Trace(kSource) << "\"" << path << "\", " << part << ": " << count
+                             << (count == 1 ? one : many);
+  };
+  tell(lost.mNumEqualKeys, " map entry is left out because an earlier one has its key",
+       " map entries are left out because earlier ones have their keys");
+  tell(lost.mNumCutTexts, " text is cut at a zero byte", " texts are cut at a zero byte");
+}
 
-bool IsLegacyWriter(const ModifierInfo& modifier) {
-  return std::find(kLegacyWriters.begin(), kLegacyWriters.end(), modifier.mApplicationVersion) !=
-         kLegacyWriters.end();
+/// Calls `read`, and counts and logs what it leaves out of a part of a file.
+template <class Read>
+void CountLosses(QovJbf::ReadLosses& losses, const QovJbf::JbFile& file, const char* part,
+                 Read read) {
+  const QovJbf::ReadLosses before = QovJbf::GetReadLosses();
+  read();
+  const QovJbf::ReadLosses lost = QovJbf::GetReadLosses() - before;
+  losses += lost;
+  TellLosses(lost, file.GetPath(), part);
+}
+
+void TellLegacyWriter(const std::vector<ModifierInfo>& history, const std::string& path) {
+  const ModifierInfo* writer = FindLegacyWriter(history);
+  if (writer == nullptr) return;
+  Qov::Log::Trace(kSource) << "\"" << path
+                           << "\": the probe records have the layout of the build \""
+                           << writer->mApplicationVersion
+                           << "\" and are kept; once another program is the last entry of the "
+                              "history, readers no longer recognise them";
 }
 
 /// A signed count in the view-point stream; nothing is read for a negative one.
@@ -107,13 +126,14 @@ void Tree::LoadFile(const std::string& path, IdMap& idMap) {
   bool wideOffsets = false;
   OpenForReading(file, path, wideOffsets);
   const std::uint32_t attachParent = GetAttachParent();
-  LoadGlobalInfo(file);
+  CountLosses(mLosses.mHistory, file, "history", [&] { LoadGlobalInfo(file); });
   LoadTree(file, idMap, attachParent, wideOffsets);
   UpdateBufferLinks();
   if (mFileVersion != "0.1") {
     const FileVersionScope scope(mFileVersion);
     LoadViewPathVec(file);
   }
+  if (file.HasStream(kViewPoints)) TellLegacyWriter(mModifiers, path);
   CheckComplete(file);
   file.CloseFile();
 }
@@ -164,7 +184,8 @@ void Tree::LoadGlobalInfo(QovJbf::JbFile& file) {
 void Tree::LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent,
                     bool wideOffsets) {
   CheckExpansion(file, kTreeStreams);
-  TreeReader(file, mNodes, attachParent, wideOffsets).Read(idMap);
+  CountLosses(mLosses.mModel, file, "model",
+              [&] { TreeReader(file, mNodes, attachParent, wideOffsets).Read(idMap); });
 }
 
 void Tree::UpdateBufferLinks() {
@@ -186,6 +207,11 @@ void Tree::LoadViewPathVec(QovJbf::JbFile& file) {
   if (file.GetIdentity()) mSources.push_back(*file.GetIdentity());
   if (!file.HasStream(kViewPoints)) return;
   CheckExpansion(file, kViewStreams);
+  CountLosses(mLosses.mViews, file, "views", [&] { ReadViews(file); });
+  mHasViewPoints = true;
+}
+
+void Tree::ReadViews(QovJbf::JbFile& file) {
   ViewPoint viewPoint;
   file.Require(kViewPoints, viewPoint);
   mViewPoint = std::move(viewPoint);
@@ -195,7 +221,6 @@ void Tree::LoadViewPathVec(QovJbf::JbFile& file) {
   SequencerData sequencerData;
   file.Require(kViewPoints, sequencerData);
   mSequencerData = std::move(sequencerData);
-  mHasViewPoints = true;
 }
 
 }  // namespace QovRyx

@@ -3,7 +3,6 @@
 #include <limits>
 #include <utility>
 
-#include "Qov/Log/Record.h"
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"

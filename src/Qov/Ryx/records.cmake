@@ -15,6 +15,7 @@ set(QOV_RECORD_SOURCES
     BlockVersionedIo.cpp
     CAEState.cpp
     LabelState.cpp
+    ModifierInfo.cpp
     RecordOrigin.cpp
     Sequencer.cpp
     ViewPoint.cpp)
