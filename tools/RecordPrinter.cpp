@@ -15,13 +15,21 @@ namespace {
 constexpr std::array<const char*, 6> kActionTypes = {"rotate", "move",           "transform",
                                                      "colour", "applyViewPoint", "playAudio"};
 
-const char* ActionTypeText(int type) {
+/// A word; the number of a type that is not known.
+Json PrintActionType(int type) {
+  if (type < 0) return "invalid";
   const auto position = static_cast<std::size_t>(type);
-  return position < kActionTypes.size() ? kActionTypes[position] : "invalid";
+  return position < kActionTypes.size() ? Json(kActionTypes[position]) : Json(position);
+}
+
+std::string HexDigits(std::string_view bytes) {
+  std::string digits;
+  for (const char byte : bytes) digits += fmt::format("{:02X}", static_cast<unsigned char>(byte));
+  return digits;
 }
 
 Json PrintAction(const QovRyx::BasicAction& action) {
-  Json printed{{"type", ActionTypeText(action.ActionType())}};
+  Json printed{{"type", PrintActionType(action.ActionType())}};
   QovRyx::VisitAction(action, [&printed](const auto& concrete) {
     printed.update(PrintRecord(concrete));  // there are a few fields only
   });
@@ -84,9 +92,15 @@ void WriteField(const std::string& name, const Json& value, Output& output, std:
 }  // namespace
 
 Json PrintKept(const QovRyx::OpaqueRecord& record) {
-  std::string digits;
-  for (const std::uint8_t byte : record.mBody) digits += fmt::format("{:02X}", byte);
-  return {{"tag", record.mTag}, {"size", record.mBody.size()}, {"body", std::move(digits)}};
+  const std::string_view body(reinterpret_cast<const char*>(record.mBody.data()),
+                              record.mBody.size());
+  return {{"tag", record.mTag}, {"size", body.size()}, {"body", HexDigits(body)}};
+}
+
+void PrintOrigin(const QovRyx::RecordOrigin& record, Json& fields) {
+  if (!record.HasOrigin()) return;
+  fields["tag"] = record.GetOriginTag();
+  if (!record.GetTail().empty()) fields["tail"] = HexDigits(record.GetTail());
 }
 
 Json PrintActions(const QovRyx::ActionList& actions) {

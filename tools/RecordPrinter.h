@@ -37,6 +37,8 @@ class FieldPrinter {
 
 /// A record that is kept as bytes: its tag, their number and their hex digits.
 Json PrintKept(const QovRyx::OpaqueRecord& record);
+/// Adds the tag and the unknown bytes that a record keeps to its fields, if it keeps them.
+void PrintOrigin(const QovRyx::RecordOrigin& record, Json& fields);
 /// Each action with its type; null for an empty slot.
 Json PrintActions(const QovRyx::ActionList& actions);
 
@@ -47,7 +49,9 @@ Json PrintRecord(const T& record) {
   } else {
     FieldPrinter walk;
     T::Walk(record, walk);
-    return walk.TakeFields();
+    Json fields = walk.TakeFields();
+    PrintOrigin(record, fields);
+    return fields;
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "ModelReport.h"
+
 namespace Qov::Tools {
 namespace {
 
@@ -42,7 +44,7 @@ std::string RecordCheck::TakeKey(const std::string& path, std::set<std::string>&
   std::string key = TakeText(path);
   if (!taken.insert(key).second) {
     mFindings.Error("record-key", At(start, path),
-                    fmt::format("There are two entries {}; readers keep the last.", Quoted(key)));
+                    fmt::format("There are two entries {}; readers keep the first.", Quoted(key)));
   }
   return key;
 }
@@ -88,15 +90,32 @@ void RecordCheck::CheckEnd(const Frame& frame, std::string_view current, const s
                     fmt::format("The record says that it takes {} bytes, but its fields take {}.",
                                 frame.mEnd - frame.mStart, position - frame.mStart));
   }
+  if (position >= frame.mEnd) return;
+  const std::uint32_t numBytes = frame.mEnd - position;
   const int rung = RungNumber(frame.mTag);
-  if (position >= frame.mEnd || rung == 0 || rung > RungNumber(current)) return;
+  const bool isKnown = rung != 0 && rung <= RungNumber(current);
+  const std::string field =
+      isKnown ? fmt::format("the last field of version {}", frame.mTag) : "its last known field";
   mFindings.Warning("record-rest", At(position, path),
-                    fmt::format("{} bytes of the record follow the last field of version {}.",
-                                frame.mEnd - position, frame.mTag));
+                    fmt::format("{} of the record {} {}.", Plural(numBytes, "byte"),
+                                numBytes == 1 ? "follows" : "follow", field));
 }
 
 void RecordCheck::ReportLost(const Frame& frame, const std::string& path) {
   mFindings.Error("record-size", At(frame.mStart, path), "The fields of the record pass its end.");
+}
+
+void RecordCheck::TakeUnknownAction(std::uint16_t type, const std::string& path) {
+  const Frame frame = OpenFrame(path);
+  const std::uint32_t numBytes = frame.mEnd - mBlock.GetPosition();
+  mBlock.SetPosition(frame.mEnd);
+  // Programs write an action that does not exist as the type -1 with an empty record.
+  const bool isEmpty = frame.mTag == QovRyx::InvalidAction::kTag && numBytes == 0;
+  if (isEmpty && type == static_cast<std::uint16_t>(QovRyx::InvalidAction::kType)) return;
+  mFindings.Warning("action-type", At(frame.mStart, path),
+                    fmt::format("The action is of the type {}, which is not known; its tag {} and "
+                                "{} are kept as they are.",
+                                type, Quoted(frame.mTag), Plural(numBytes, "byte")));
 }
 
 void RecordCheck::Walker::Read(const std::string& path, QovRyx::ActionList& /*actions*/) {
@@ -124,7 +143,7 @@ void RecordCheck::Walker::Read(const std::string& path, QovRyx::ActionList& /*ac
         mCheck.Check<QovRyx::PlayAudioAction>(element);
         break;
       default:
-        mCheck.Check<QovRyx::InvalidAction>(element);
+        mCheck.TakeUnknownAction(types[i], element);
     }
   }
 }

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+#include <vector>
+
 #include "Qov/Ryx/MaterialValues.h"
 #include "Qov/Ryx/ModifierInfo.h"
 #include "Qov/Ryx/StreamNames.h"
@@ -12,10 +15,10 @@
 namespace Qov::Tools {
 namespace {
 
-/// Takes a record out of a stream and checks it. Throws EndReached or Abandoned where the next
-/// one cannot be found.
+/// Takes a record out of a stream, checks it and returns its bytes. Throws EndReached or Abandoned
+/// where the next one cannot be found.
 template <class T>
-void TakeRecord(StreamCursor& cursor, Place place, Findings& findings) {
+QovJbf::Block TakeRecord(StreamCursor& cursor, Place place, Findings& findings) {
   place.mStream = cursor.GetName();
   place.mByte = cursor.GetPosition();
   const auto size = cursor.Take<std::uint32_t>();
@@ -29,6 +32,37 @@ void TakeRecord(StreamCursor& cursor, Place place, Findings& findings) {
   block.Put(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
   block.SetPosition(0);
   RecordCheck(block, std::move(place), findings).Check<T>("");
+  block.SetPosition(0);
+  return block;
+}
+
+/// Decodes an entry of the history; without a name if it is damaged, which its check has reported.
+QovRyx::ModifierInfo DecodeEntry(QovJbf::Block block) {
+  QovRyx::ModifierInfo entry;
+  try {
+    CopyFromBlock(block, entry);
+  } catch (const Util::Exception&) {
+    return {};
+  }
+  return entry;
+}
+
+/// Reports probe records in the layout of a legacy build, which a merge hides from other readers.
+void ReportLegacyWriter(const std::vector<QovRyx::ModifierInfo>& history, Findings& findings) {
+  const QovRyx::ModifierInfo* writer = QovRyx::FindLegacyWriter(history);
+  if (writer == nullptr) return;
+  Place place = Place::InStream(QovRyx::kGlobalInformation);
+  place.mPart = fmt::format("entry {}", writer - history.data());
+  const char* consequence =
+      writer == &history.back()
+          ? "A merge keeps them and adds its own entry to the history, after which other readers "
+            "no longer recognise them."
+          : "The last entry of the history is that of a merge, so that other readers do not "
+            "recognise them.";
+  findings.Warning("legacy-probes", std::move(place),
+                   fmt::format("The views were written by the build {}, whose probe records have "
+                               "another layout. {}",
+                               Quoted(writer->mApplicationVersion), consequence));
 }
 
 Place Part(std::string part) {
@@ -115,13 +149,16 @@ void CheckHistory(Container& container, Findings& findings) {
   if (!container.HasStream(QovRyx::kGlobalInformation)) return;
   if (container.HoldsTooMuch({QovRyx::kGlobalInformation})) return;
   StreamCursor cursor = container.OpenStream(QovRyx::kGlobalInformation);
+  std::vector<QovRyx::ModifierInfo> history;
   RunStage(cursor, "the history", findings, [&] {
     const auto count = cursor.Take<std::uint32_t>();
     for (std::uint32_t i = 0; i < count; ++i) {
-      TakeRecord<QovRyx::ModifierInfo>(cursor, Part(fmt::format("entry {}", i)), findings);
+      const Place place = Part(fmt::format("entry {}", i));
+      history.push_back(DecodeEntry(TakeRecord<QovRyx::ModifierInfo>(cursor, place, findings)));
     }
     ReportRest(cursor, findings);
   });
+  if (container.HasStream(QovRyx::kViewPoints)) ReportLegacyWriter(history, findings);
 }
 
 void CheckViews(Container& container, Findings& findings) {

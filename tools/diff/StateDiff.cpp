@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "LossText.h"
 #include "diff/NameMatching.h"
 #include "diff/RecordDiff.h"
 
@@ -29,6 +30,13 @@ class StateComparison {
     mReport.mDifferences.push_back(std::move(difference));
   }
 
+  /// Reports what readers leave out of one file only: it cannot be compared.
+  void CompareLosses(const char* part, const QovJbf::ReadLosses& a, const QovJbf::ReadLosses& b) {
+    if (a == b) return;
+    Add("left-out",
+        fmt::format("{}: readers leave out {} in A, {} in B", part, LossText(a), LossText(b)));
+  }
+
  private:
   template <class T>
   void CompareRecords(const char* code, const std::string& what, const T& a, const T& b) {
@@ -49,6 +57,7 @@ class StateComparison {
 };
 
 void StateComparison::CompareHistory(const Tree& a, const Tree& b) {
+  CompareLosses("history", a.GetLosses().mHistory, b.GetLosses().mHistory);
   CompareLists("history", "history entry", a.GetModifiers(), b.GetModifiers());
 }
 
@@ -59,6 +68,7 @@ void StateComparison::CompareViews(const Tree& a, const Tree& b) {
     return;
   }
   if (!a.HasViewPoints()) return;
+  CompareLosses("views", a.GetLosses().mViews, b.GetLosses().mViews);
   CompareRecords("views", "current view", a.GetViewPoint(), b.GetViewPoint());
   ComparePaths(a.GetViewPointPaths(), b.GetViewPointPaths());
   CompareRecords("sequencer", "sequencer", a.GetSequencerData(), b.GetSequencerData());
@@ -90,6 +100,9 @@ void CompareStates(const Tree& a, const Tree& b, const DiffOptions& options, Dif
   if (options.Compares("version") && a.GetFileVersion() != b.GetFileVersion()) {
     comparison.Add("version", fmt::format("container version {} in A, {} in B", a.GetFileVersion(),
                                           b.GetFileVersion()));
+  }
+  if (options.Compares("attributes")) {
+    comparison.CompareLosses("model", a.GetLosses().mModel, b.GetLosses().mModel);
   }
   if (options.Compares("history")) comparison.CompareHistory(a, b);
   if (options.Compares("views")) comparison.CompareViews(a, b);
