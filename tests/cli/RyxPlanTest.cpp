@@ -174,6 +174,9 @@ TEST_F(RyxPlan, CountsWhatIsLostByEachRule) {
   const auto count = [&](const char* option, const char* rule) {
     const Strings options = {"--merge-as-instances", option};
     ExpectAsPlanned(options, {first, further});
+    const bool isReplaced = std::string(option) == "--arrange-files";
+    EXPECT_EQ(Plan(options, {first, further}).mOut.find("[values-replaced]") != std::string::npos,
+              isReplaced);
     return CountRule(
         ParseJson(Verify(Joined(options, {"--json"}), {first, further}), "verify")["ledger"], rule);
   };

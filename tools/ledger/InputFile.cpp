@@ -19,8 +19,8 @@ void LoadModel(InputFile& input) {
   input.mpTree->Load(input.mPath, ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
 }
 
-/// Of a further dataset neither history nor views are read, so they may be damaged.
-void LoadFurtherDataset(InputFile& input) {
+/// Loads a model whose history and views the merge does not read, so that they may be damaged.
+void LoadFurtherModel(InputFile& input) {
   try {
     LoadModel(input);
   } catch (const std::exception&) {
@@ -52,13 +52,13 @@ void LoadViewFile(InputFile& input) {
   file.CloseFile();
 }
 
-void Load(InputFile& input, MergeMode mode) {
+void Load(InputFile& input) {
   input.mpTree = std::make_unique<Tree>(false);
   try {
     if (input.mIsViewFile) {
       LoadViewFile(input);
-    } else if (mode == MergeMode::Datasets && input.mNumber > 1) {
-      LoadFurtherDataset(input);
+    } else if (input.mNumber > 1) {
+      LoadFurtherModel(input);
     } else {
       LoadModel(input);
     }
@@ -77,7 +77,7 @@ std::vector<InputFile> LoadInputs(const MergeRequest& request) {
     input.mPath = path;
     input.mIsViewFile = IsViewPointFile(path);
     if (!input.mIsViewFile) input.mNumber = ++numModels;
-    Load(input, request.mMode);
+    Load(input);
     inputs.push_back(std::move(input));
   }
   return inputs;

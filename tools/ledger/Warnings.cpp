@@ -61,7 +61,7 @@ class ContentWarnings {
   void FindSameNames();
   void FindUntaken();
   void FindUnfitting();
-  void FindSelfLinks();
+  void FindLostValues();
   void FindViewsLeftOut();
   void FindUnread(std::size_t input);
 
@@ -177,8 +177,18 @@ void ContentWarnings::FindUnfitting() {
   }
 }
 
-void ContentWarnings::FindSelfLinks() {
+void ContentWarnings::FindLostValues() {
   for (std::size_t i = 0; i < mInputs.size(); ++i) {
+    const std::uint64_t numReplaced = Dropped(i, Item::Result, DropRule::SharedName) +
+                                      Dropped(i, Item::LinkedResult, DropRule::SharedName) +
+                                      Dropped(i, Item::LinkedResult, DropRule::LinkReplaced);
+    if (numReplaced != 0) {
+      Add("values-replaced", mInputs[i].mPath,
+          fmt::format(
+              "{} result{} the values of another result, which is shared under the same name",
+              numReplaced, numReplaced == 1 ? " gets" : "s get"),
+          "Add --suffix-file-instance, which shares nothing.");
+    }
     const std::uint64_t count = Dropped(i, Item::LinkedResult, DropRule::LinkedToItself);
     if (count == 0) continue;
     Add("values-lost", mInputs[i].mPath,
@@ -231,7 +241,7 @@ std::vector<Warning> ContentWarnings::Find() {
   FindSameNames();
   FindUntaken();
   FindUnfitting();
-  FindSelfLinks();
+  FindLostValues();
   FindViewsLeftOut();
   for (std::size_t i = 0; i < mInputs.size(); ++i) FindUnread(i);
   return std::move(mWarnings);
