@@ -118,8 +118,7 @@ std::string Recount::FindDanglingFault(const ExpectedNode& node, const ExpectedR
                                        const Result& result) const {
   const Result* named = QovRyx::FindVariable(mOutput.GetNodes(), result.mLink);
   if (expected.mMade == MadeRule::LinkedToItself) {
-    const bool isCut = result.mLink == QovRyx::Geometry::Link{};
-    return named == &result || isCut ? "" : "is not linked to itself";
+    return named == &result ? "" : "is not linked to itself";
   }
   if (!expected.mLeadsNowhere) {
     const ExpectedResult* next = mModel.FindNext(expected);
