@@ -149,8 +149,39 @@ TEST_F(HostileInput, LittleCannotBeMadeIntoAnyAmount) {
   file.GetIndex().Put(kResources, zeros.data(), zeros.size());
   file.GetFile().AddBlockTransformation(kResources, QovJbf::BlockFlag::kCompressed);
   WriteTo(file.GetFile(), mDir / "zeros.ryx", "0.5");
-  ExpectRefusal(mDir / "zeros.ryx", "Too much is made of too few bytes");
+  mSurroundings.mEnvironment["RYXMERGE_LOAD_LIMIT"] = "40000000";
+  ExpectRefusal(mDir / "zeros.ryx", "(limit 40000000 bytes");
   EXPECT_EQ(Run({"check", mDir / "zeros.ryx"}).mStatus, 1);
+}
+
+/// However well it compresses.
+TEST_F(HostileInput, WhatAMergeWritesCanBeReadAgain) {
+  constexpr std::size_t kViews = kIsSlow ? 2000 : 60000;
+  constexpr std::size_t kCommon = kIsSlow ? 60 : 600;
+  constexpr std::size_t kInstances = kIsSlow ? 50 : 500;
+  const std::string views = SaveModel("views.vpt", [](Tree& tree) {
+    AddViewPointPath(tree, "walk", kViews);
+    tree.SetHasViewPoints(true);
+  });
+  WriteStreams(views, {{kViewPoints, ReadStreams(views)[kViewPoints]}});
+  const std::string shared = SaveModel("shared.ryx", [](Tree& tree) {
+    FillWithNames(tree, kCommon + kInstances, [](std::size_t i) {
+      return (i < kCommon ? "Common " : "Stress|LC") + std::to_string(i);
+    });
+    Geometry& geometry = *AsGeometry(tree.GetNodes().GetReqNode(2));
+    QovUtil::AttributeMap attributes;
+    for (std::uint32_t i = 0; i < 8; ++i) attributes["An attribute " + std::to_string(i)] = i;
+    for (std::size_t i = 0; i < kCommon; ++i) geometry.EditVariable(i).mAttributes = attributes;
+  });
+  const std::string model = Plate("model.ryx");
+  for (const std::vector<std::string>& inputs :
+       {std::vector<std::string>{model, views}, {"--merge-as-instances", shared, shared}}) {
+    std::vector<std::string> arguments = inputs;
+    arguments.push_back(mOutput);
+    EXPECT_EQ(Merge(arguments).mStatus, 0) << inputs[0];
+    const Outcome again = Merge({mOutput, model, mDir / "again.ryx"});
+    EXPECT_EQ(again.mStatus, 0) << again.mErr;
+  }
 }
 
 TEST_F(HostileInput, NodeSetsCannotAllBeTheSame) {

@@ -27,6 +27,40 @@ TEST(AttributesIo, WritesSixColumnsWithTheStringsLast) {
             "01000000020000006d6d");    // string
 }
 
+/// As other programs may store them.
+TEST(AttributesIo, SortsNamesAndKeepsTheFirstOfEqualOnes) {
+  const Qov::Test::TempDir dir;
+  QovJbf::JbFile written;
+  QovJbf::Index& index = written.GetIndex();
+  index.Put(kKey, std::vector<std::string>{"b", "a", "b", std::string("a\0x", 3), "", "c"});
+  index.Put(kKey, std::vector<std::uint8_t>{0, 2, 3, 0, 1, 2});
+  index.Put(kKey, std::vector<std::uint32_t>{1, 2});
+  index.Put(kKey, std::vector<float>{0.5F});
+  index.Put(kKey, std::vector<double>{4.0});
+  index.Put(kKey, std::vector<std::string>{std::string("m\0m", 3), "last"});
+  QovUtil::WriteAttributesToJbf(written, kKey, {});
+  Qov::Test::WriteTo(written, dir / "a.jbf");
+  QovJbf::JbFile read;
+  read.OpenFile(dir / "a.jbf", "rb");
+  QovUtil::Attributes attributes;
+  const QovJbf::ReadLosses lossesBefore = QovJbf::GetReadLosses();
+  QovUtil::ReadAttributesFromJbf(read, kKey, attributes);
+  const QovJbf::ReadLosses losses = QovJbf::GetReadLosses() - lossesBefore;
+  EXPECT_EQ(losses.mNumEqualKeys, 2U);
+  EXPECT_EQ(losses.mNumCutTexts, 2U);
+  const QovUtil::AttributeMap expected = {
+      {"", 0.5F}, {"a", std::string("m")}, {"b", 1U}, {"c", std::string("last")}};
+  EXPECT_EQ(QovUtil::AttributeMap(attributes), expected);
+  EXPECT_EQ(attributes, QovUtil::Attributes(expected));
+  const QovUtil::Attributes before = attributes;
+  attributes["b"] = 2.0;
+  attributes.erase("a");
+  EXPECT_EQ(QovUtil::AttributeMap(before), expected);
+  EXPECT_EQ(attributes, QovUtil::Attributes({{"", 0.5F}, {"b", 2.0}, {"c", std::string("last")}}));
+  QovUtil::ReadAttributesFromJbf(read, kKey, attributes);
+  EXPECT_TRUE(attributes.empty());
+}
+
 struct BadColumns {
   std::vector<std::string> mNames;
   std::vector<std::uint8_t> mTypes;

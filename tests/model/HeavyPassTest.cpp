@@ -97,5 +97,17 @@ TEST(HeavyPass, SharedBytesStaySharedAndNeverStandForAnyAmount) {
   }
 }
 
+/// Arrays of no whole element are stored without bytes, however many there are.
+TEST(HeavyPass, PartsOfElementsCountForNothing) {
+  const TempDir dir;
+  Tree tree(false);
+  Geometry& geometry = AddNode<Geometry>(tree, 1, "Mesh");
+  for (int i = 0; i < 100; ++i) {
+    geometry.AppendVariable(MakeVariable(std::to_string(i), 12, NumericArray(3, 1, nullptr)));
+  }
+  SaveTree(tree, dir / "a.ryx");
+  EXPECT_EQ(DescribeModel(dir / "a.ryx"), DescribeModel(tree));
+}
+
 }  // namespace
 }  // namespace Qov::Test

@@ -56,6 +56,19 @@ TEST(OlderFiles, GroupsAndShapesHaveWhatTheirVersionHad) {
   EXPECT_EQ(scalarOf(8), 5.0F);
 }
 
+TEST(OlderFiles, GeometriesOfNewerVersionsAreRefused) {
+  const TempDir dir;
+  for (const char* version : {"0.8", "0.10", "1.0", "99999999999.0"}) {
+    Geometry geometry("Mesh");
+    OldFile old(2);
+    old.PutGeometry(geometry, version);
+    WriteTo(old.GetFile(), dir / "new.ryx", "0.6");
+    Tree tree(false);
+    ExpectError(ErrorType::UnknownVersion, "has version \"" + std::string(version) + "\"",
+                [&] { LoadTree(tree, dir / "new.ryx"); });
+  }
+}
+
 class OlderGeometryTest : public testing::TestWithParam<const char*> {};
 
 /// Values that stand inline come one geometry after the other, with node sets in between.

@@ -14,6 +14,7 @@
 #include "support/Errors.h"
 #include "support/Files.h"
 #include "support/ModelCompare.h"
+#include "support/ScopedEnvironment.h"
 #include "support/SharedModels.h"
 #include "support/Streams.h"
 #include "support/TempDir.h"
@@ -184,6 +185,53 @@ TEST(SaveDeathTest, StopsAtANodeThatIsNotWhatItSays) {
     AddNode(tree, 1, std::make_unique<Impostor>(type));
     EXPECT_DEATH(SaveTree(tree, dir / "a.ryx"), text);
   }
+}
+
+/// What is written can be read again, or is refused.
+TEST(Save, WritesNothingThatIsTooMuchToLoad) {
+  const TempDir dir;
+  const auto limitTo = [](std::size_t limit) {
+    return ScopedEnvironment("RYXMERGE_LOAD_LIMIT", std::to_string(limit));
+  };
+  SaveSample(dir / "a.ryx");
+  Tree tree(false);
+  LoadTree(tree, dir / "a.ryx");
+  const std::string expected = DescribeModel(tree);
+  const Streams streams = ReadStreams(dir / "a.ryx");
+  std::size_t treeSize = 0;
+  for (const std::string& name : {kRyxTree, kLightData, kAttributes, kResources}) {
+    treeSize += streams.at(name).size();
+  }
+  const std::size_t viewSize = streams.at(kViewPoints).size();
+  ASSERT_GT(viewSize, treeSize);
+  {
+    const auto limit = limitTo(viewSize);
+    SaveTree(tree, dir / "b.ryx");
+    EXPECT_EQ(DescribeModel(dir / "b.ryx"), expected);
+  }
+  for (const auto& [most, what] : {std::pair(viewSize - 1, "The views decompress to"),
+                                   {treeSize - 1, "The descriptions of nodes and results"}}) {
+    const auto limit = limitTo(most);
+    const std::string text = "(limit " + std::to_string(most) + " bytes;";
+    ExpectError(ErrorType::OutOfBounds, what, [&] { SaveTree(tree, dir / "c.ryx"); });
+    ExpectError(ErrorType::OutOfBounds, text, [&] { SaveTree(tree, dir / "c.ryx"); });
+    ExpectError(ErrorType::OutOfBounds, what, [&] { DescribeModel(dir / "b.ryx"); });
+  }
+}
+
+TEST(Load, PutsEntriesWithoutAParentBeneathTheGroup) {
+  const TempDir dir;
+  Tree tree(false);
+  NodeTree::Node entry;
+  entry.mId = 2;
+  entry.mData = std::make_unique<Group>("No parent");
+  tree.GetNodes().PutNode(std::move(entry));
+  SaveTree(tree, dir / "a.ryx");
+  Tree merged(false);
+  MakeMergeRoot(merged);
+  MergeFile(merged, dir / "a.ryx");
+  EXPECT_EQ(merged.GetNodes().GetReqNode(3).mParent, 1U);
+  EXPECT_EQ(DescribeModel(dir / "a.ryx"), DescribeModel(tree));
 }
 
 TEST(Load, KeepsIdsInAFreshTreeAndShiftsThemBeneathAGroup) {

@@ -52,7 +52,7 @@ inline std::string DescribeValues(QovRyx::Geometry::VarStruct variable) {
   variable.mName.clear();
   variable.mKind = 0;
   variable.mFlag = 0;
-  variable.mAttributes.clear();
+  variable.mAttributes = {};
   std::ostringstream out;
   Describe(out, variable);
   return out.str();
