@@ -7,8 +7,11 @@
 #include "Qov/Jbf/OutputLocks.h"
 #include "Qov/Ryx/FileArrangement.h"
 #include "Qov/Ryx/RyxMerge.h"
+#include "Qov/Util/Printable.h"
 
 namespace {
+
+using Qov::Util::Quote;
 
 constexpr int kNoModels = 4;
 
@@ -27,26 +30,35 @@ int MergeModels(const CommandLine& commandLine, const std::vector<std::string>& 
   return QovRyx::merge_as_instances(models, output, true, autoRename, autoRename);
 }
 
-/// Fails as the copying of the merged model would, before a long merge takes the place of a file
-/// that is there.
-void CheckCopyIsNew(const std::string& output, const std::string& copy) {
-  boost::system::error_code ignored;  // the copying will tell
-  if (!boost::filesystem::exists(boost::filesystem::symlink_status(copy, ignored))) return;
-  throw boost::filesystem::filesystem_error(
-      "boost::filesystem::copy_file", output, copy,
-      boost::system::errc::make_error_code(boost::system::errc::file_exists));
+/// Throws what keeps the merged model from being copied to `copy`.
+[[noreturn]] void ThrowCopyError(const std::string& path, const std::string& copy,
+                                 const boost::system::error_code& error) {
+  if (error == boost::system::errc::file_exists) {
+    throw std::runtime_error(Quote(copy) + " is left from an earlier run: remove it first");
+  }
+  throw std::runtime_error("cannot copy " + Quote(path) + " to " + Quote(copy) + ": " +
+                           error.message());
 }
 
-/// Leaves no half copy behind, which would be in the way of the next run.
-void CopyToNewFile(const std::string& path, const std::string& copy) {
-  try {
-    boost::filesystem::copy_file(path, copy, boost::filesystem::copy_options::none);
-  } catch (const boost::filesystem::filesystem_error& error) {
-    boost::system::error_code ignored;
-    const bool isOurs = error.code() != boost::system::errc::file_exists;
-    if (isOurs) boost::filesystem::remove(copy, ignored);
-    throw;
+/// Throws before a long merge if its copy would fail afterwards.
+void CheckCopyIsNew(const std::string& output, const std::string& copy) {
+  boost::system::error_code error;
+  const auto status = boost::filesystem::symlink_status(copy, error);
+  if (status.type() == boost::filesystem::file_not_found) return;
+  if (boost::filesystem::exists(status)) {
+    error = boost::system::errc::make_error_code(boost::system::errc::file_exists);
   }
+  ThrowCopyError(output, copy, error);
+}
+
+/// Removes what it wrote if it fails, because the next run would refuse it.
+void CopyToNewFile(const std::string& path, const std::string& copy) {
+  boost::system::error_code error;
+  boost::filesystem::copy_file(path, copy, boost::filesystem::copy_options::none, error);
+  if (!error) return;
+  boost::system::error_code ignored;
+  if (error != boost::system::errc::file_exists) boost::filesystem::remove(copy, ignored);
+  ThrowCopyError(path, copy, error);
 }
 
 /// A tree reads its arrays from its file until it is saved, so the merged model is read back from
@@ -55,10 +67,10 @@ int MergeWithViewPoints(const CommandLine& commandLine, const InputLists& inputs
   const std::string& output = commandLine.mOutput;
   const std::string copy = output + ".temp";
   CheckCopyIsNew(output, copy);
-  const QovJbf::OutputLocks locks;  // nobody else writes the output between its two saves
-  int status = QovRyx::refuse_output_among_inputs(inputs.mViewPointFiles, output);
-  if (status == 0) status = MergeModels(commandLine, inputs.mModels);
-  if (status != 0) throw std::runtime_error("The merge failed; no view points were added");
+  const QovJbf::OutputLocks locks;  // no other run writes the output between its two saves
+  if (MergeModels(commandLine, inputs.mModels) != 0) {
+    throw std::runtime_error("The merge failed; no view points were added");
+  }
   CopyToNewFile(output, copy);
   return QovRyx::merge_viewpoints_with_ryx(copy, inputs.mViewPointFiles, output);
 }
@@ -76,6 +88,9 @@ int RunMerge(const CommandLine& commandLine) {
     std::cerr << "No Ryx files found. " << std::endl;
     return kNoModels;
   }
+  const int status =
+      QovRyx::check_before_merge(inputs.mModels, inputs.mViewPointFiles, commandLine.mOutput);
+  if (status != 0) return status;
   if (inputs.mModels.size() == 1) return AddViewPointsToOne(commandLine, inputs);
   return inputs.mViewPointFiles.empty() ? MergeModels(commandLine, inputs.mModels)
                                         : MergeWithViewPoints(commandLine, inputs);

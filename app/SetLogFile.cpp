@@ -4,14 +4,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "Printable.h"
 #include "Qov/Log/Manager.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/SingletonHolder.h"
 
 namespace {
@@ -31,7 +32,7 @@ class LogFile : public Qov::Log::Publisher {
   LogFile& operator=(const LogFile&) = delete;
 
   Qov::Log::Publisher& operator<<(const char* text) override {
-    const std::string printable = Qov::MakePrintable(text);
+    const std::string printable = Qov::Util::MakePrintable(text);
     for (std::string_view rest = printable; !rest.empty();) {
       const ssize_t written = ::write(mDescriptor, rest.data(), rest.size());
       if (written <= 0) break;  // a full disk is no reason to stop a merge
@@ -45,38 +46,51 @@ class LogFile : public Qov::Log::Publisher {
   int mDescriptor;
 };
 
-/// An ordinary file that only its name here leads to: in a folder that all may write to, somebody
-/// else may have put a link or a pipe in its place.
-bool IsSafe(int descriptor) {
+bool LeadsTo(const std::string& path, const struct stat& file) {
   struct stat status {};
-  return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
-         ::ftruncate(descriptor, 0) == 0;
+  return ::stat(path.c_str(), &status) == 0 && status.st_dev == file.st_dev &&
+         status.st_ino == file.st_ino;
 }
 
-/// -1 if the file cannot be opened or is not to be written to. The last part of the path is not
-/// followed if it is a link.
-int OpenLogFile(const std::string& path) {
+/// Returns true for an ordinary file that only its name here leads to: in a folder that all may
+/// write to, somebody else may have put a link or a pipe in its place.
+bool IsSafe(int descriptor, const std::vector<std::string>& models) {
+  struct stat status {};
+  return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
+         status.st_uid == ::geteuid() &&
+         std::none_of(models.begin(), models.end(),
+                      [&](const std::string& path) { return LeadsTo(path, status); });
+}
+
+/// Returns -1 if the file cannot be opened or must not be written to; it is then as before. The
+/// last part of the path is not followed if it is a link. The file is made before it is compared
+/// with the models, because an output that does not exist yet may lead to it.
+int OpenLogFile(const std::string& path, const std::vector<std::string>& models) {
   constexpr mode_t kForAll = 0666;  // as far as the umask lets them
-  const int flags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  const int descriptor = ::open(path.c_str(), flags, kForAll);
-  if (descriptor == -1 || IsSafe(descriptor)) return descriptor;
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  int descriptor = ::open(path.c_str(), kFlags | O_CREAT | O_EXCL, kForAll);
+  const bool isNew = descriptor != -1;
+  if (!isNew) descriptor = ::open(path.c_str(), kFlags);
+  if (descriptor == -1) return -1;
+  if (IsSafe(descriptor, models) && ::ftruncate(descriptor, 0) == 0) return descriptor;
   ::close(descriptor);
+  if (isNew) ::unlink(path.c_str());
   return -1;
 }
 
 }  // namespace
 
-void SetLogFile() {
+void SetLogFile(const std::vector<std::string>& models) {
   const std::string directory = LogDirectory();
   const std::string path = directory + "RyxMerge_trace.log";
-  const int descriptor = ::access(directory.c_str(), W_OK) == 0 ? OpenLogFile(path) : -1;
+  const int descriptor = ::access(directory.c_str(), W_OK) == 0 ? OpenLogFile(path, models) : -1;
   if (descriptor == -1) {
     std::cerr << "Unable to set log file."
               << "Log information will be discorded." << std::endl;
     Qov::Log::LogTraceToNull();
     return;
   }
-  std::cerr << "Writing log to \"" << path << "\"" << std::endl;
+  std::cerr << "Writing log to " << Qov::Util::Quote(path) << std::endl;
   Qov::Util::SingletonHolder<Qov::Log::Manager>::Instance().TraceTo(
       "log file", std::make_unique<LogFile>(descriptor));
 }

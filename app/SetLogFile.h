@@ -1,6 +1,10 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 /// Directs the trace log to RyxMerge_trace.log in the directory that the environment variable
-/// PELORIN_TEMP_PATH names, or in /tmp, and says so on standard error. Where that cannot be
-/// written to, nothing is logged.
-void SetLogFile();
+/// PELORIN_TEMP_PATH names, or in /tmp, and says so on standard error. Says so too, and logs
+/// nothing, if it cannot be written to, belongs to another user, is not an ordinary file with one
+/// name, or is one of `models`: the inputs and the output, which need not exist yet.
+void SetLogFile(const std::vector<std::string>& models);

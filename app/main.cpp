@@ -13,7 +13,9 @@
 #include "Printable.h"
 #include "ProgressLine.h"
 #include "Qov/Log/Record.h"
+#include "Qov/Util/Printable.h"
 #include "SetLogFile.h"
+#include "StandardStreams.h"
 
 namespace {
 
@@ -37,7 +39,9 @@ int Run(const std::string& program, const std::vector<std::string>& arguments) {
   }
   SaveAddressSpace();
   std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no further is an error to be told
-  SetLogFile();
+  std::vector<std::string> models = commandLine->mInputs;
+  models.push_back(commandLine->mOutput);
+  SetLogFile(models);
   const TerminalProgress progress;
   return RunMerge(*commandLine);
 }
@@ -45,7 +49,9 @@ int Run(const std::string& program, const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::string program = argc > 0 ? argv[0] : "RyxMerge";
+  Qov::OccupyStandardStreams();
+  std::signal(SIGPIPE, SIG_IGN);  // a message that nobody reads does not stop a merge
+  const std::string program = Qov::Util::EscapeName(argc > 0 ? argv[0] : "RyxMerge");
   const Qov::PrintableErrors printableErrors;
   try {
     const int numNames = argc > 0 ? 1 : 0;

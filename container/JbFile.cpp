@@ -1,7 +1,10 @@
 #include "Qov/Jbf/JbFile.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -12,6 +15,7 @@
 #include "OutputFile.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/CLocale.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
 
@@ -43,6 +47,12 @@ void WriteBytes(std::FILE* file, const void* data, std::size_t n) {
   }
 }
 
+// fopen opens a folder for reading, but no byte can be read from it.
+bool IsFolder(std::FILE* file) {
+  struct stat status {};
+  return fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 }  // namespace
 
 std::string ryx_file_version = kCurrentFileVersion;
@@ -62,8 +72,13 @@ std::FILE* JbFile::OpenFile(const std::string& path, const char* mode) {
   }
   mIsWritable = std::strpbrk(mode, "wa+") != nullptr;
   mStream = mIsWritable ? OpenOutput(path, mode) : OpenSharingHandles(path);
+  if (mStream != nullptr && IsFolder(mStream)) {
+    std::fclose(std::exchange(mStream, nullptr));
+    errno = EISDIR;
+  }
   if (mStream == nullptr) {
-    Raise(kSource, ErrorType::MiscellaneousError, "Unable to open file \"" + path + "\"");
+    Qov::Util::RaiseSystemFailure(kSource, ErrorType::MiscellaneousError,
+                                  "Unable to open file " + Qov::Util::Quote(path), errno);
   }
   mPath = path;
   mpSource.reset();

@@ -1,5 +1,7 @@
 #include "Qov/Util/Raise.h"
 
+#include <system_error>
+
 #include "Qov/Log/Record.h"
 
 namespace Qov::Util {
@@ -18,6 +20,16 @@ void Raise(const char* source, Exception::ErrorType type, const std::string& des
 
 void Raise(const char* source, Exception::ErrorType type, unsigned long line) {
   Raise(source, type, Exception::GetDescription(type), line);
+}
+
+void RaiseSystemFailure(const char* source, Exception::ErrorType type,
+                        const std::string& description, int error, unsigned long line) {
+  const std::string cause = std::generic_category().message(error);
+  Log::Record(Log::kErrorLevel, source, line, kMethod) << description;
+  Log::Record(Log::kErrorLevel, source, line, kMethod) << "The cause was: " << cause;
+  Exception exception(type, description.c_str(), source, line, kMethod);
+  exception.SetCause(cause);
+  throw exception;
 }
 
 }  // namespace Qov::Util

@@ -1,19 +1,11 @@
 #pragma once
 
 #include <streambuf>
-#include <string>
-#include <string_view>
 
 namespace Qov {
 
-/// Steers a terminal, or changes how the text around it is read.
-bool IsTreacherous(char32_t code);
-
-/// The text with \\xNN for every byte of what is treacherous or no UTF-8. Newlines and tabs stay.
-std::string MakePrintable(std::string_view text);
-
-/// Passes text on to another buffer as MakePrintable makes it. Characters of several bytes must
-/// come in one piece.
+/// Passes text on to another buffer as Util::MakePrintable makes it. Characters of several bytes
+/// must come in one piece.
 class PrintableBuffer : public std::streambuf {
  public:
   explicit PrintableBuffer(std::streambuf* target) : mpTarget(target) {}

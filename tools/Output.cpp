@@ -1,8 +1,5 @@
 #include "Output.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -29,13 +26,6 @@ void Output::Line(std::string_view text) {
 
 void Output::Flush() {
   if (std::fflush(GetStream()) != 0) HandleFailure();
-}
-
-void OccupyStandardStreams() {
-  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    if (fcntl(descriptor, F_GETFD) != -1) continue;
-    static_cast<void>(open("/dev/null", O_RDONLY));  // writing there still fails
-  }
 }
 
 }  // namespace Qov::Tools

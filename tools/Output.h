@@ -42,8 +42,4 @@ class Output {
   Loss mLoss;
 };
 
-/// Makes sure that no file that is opened later takes the place of a standard stream that the
-/// caller closed, where it would receive our lines. To be called first.
-void OccupyStandardStreams();
-
 }  // namespace Qov::Tools

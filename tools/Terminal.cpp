@@ -11,8 +11,8 @@
 #include <optional>
 #include <system_error>
 
-#include "Printable.h"
 #include "Qov/Ryx/InstanceNames.h"
+#include "Qov/Util/Printable.h"
 #include "Utf8.h"
 
 namespace Qov::Tools {
@@ -67,7 +67,11 @@ TextStyle DetectStyle(int descriptor) {
   return style;
 }
 
-std::string Escape(std::string_view text, const TextStyle& style) {
+namespace {
+
+enum class Backslashes { Doubled, Kept };
+
+std::string EscapeText(std::string_view text, const TextStyle& style, Backslashes backslashes) {
   const bool asciiOnly = style.mTerminal && !style.mUtf8;
   std::string escaped;
   while (!text.empty()) {
@@ -75,10 +79,10 @@ std::string Escape(std::string_view text, const TextStyle& style) {
     const std::string_view bytes = text.substr(0, std::max<std::size_t>(character.mLength, 1));
     if (style.mUtf8 && bytes.front() == QovRyx::kInstanceSeparator) {
       escaped += kSeparatorMarkBytes;
-    } else if (bytes == "\\") {
+    } else if (bytes == "\\" && backslashes == Backslashes::Doubled) {
       escaped += "\\\\";
     } else if (character.mLength == 0 || character.mCode == kSeparatorMark ||
-               IsTreacherous(character.mCode) || (asciiOnly && character.mLength > 1)) {
+               Util::IsTreacherous(character.mCode) || (asciiOnly && character.mLength > 1)) {
       escaped += HexBytes(bytes);
     } else {
       escaped += bytes;
@@ -86,6 +90,16 @@ std::string Escape(std::string_view text, const TextStyle& style) {
     text.remove_prefix(bytes.size());
   }
   return escaped;
+}
+
+}  // namespace
+
+std::string Escape(std::string_view text, const TextStyle& style) {
+  return EscapeText(text, style, Backslashes::Doubled);
+}
+
+std::string EscapeMessage(std::string_view text, const TextStyle& style) {
+  return EscapeText(text, style, Backslashes::Kept);
 }
 
 std::string Unescape(std::string_view escaped) {

@@ -4,9 +4,10 @@
 #include <cstdio>
 
 #include "Program.h"
+#include "StandardStreams.h"
 
 int main(int argc, char** argv) {
-  Qov::Tools::OccupyStandardStreams();
+  Qov::OccupyStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is noticed where it is written to
   Qov::Tools::Output output(stdout, Qov::Tools::DetectStyle(STDOUT_FILENO));
   // A complaint that nobody reads is no reason to stop: the status tells the same.

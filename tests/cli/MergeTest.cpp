@@ -2,6 +2,7 @@
 
 #include "ryxFixture.h"
 #include "support/Files.h"
+#include "support/Streams.h"
 
 namespace Qov::Test {
 namespace {
@@ -36,10 +37,28 @@ TEST_F(RyxMergeProgram, MergesInEveryMode) {
     mesh.AppendVariable(MakeLinked("Twin|LC1", {PlateIds::kGeometry, 4}));
     mesh.AppendVariable(MakeLinked("Lost|LC1", {PlateIds::kGeometry, 99}));
   });
+  Streams streams = ReadStreams(mDir / "run2.ryx");
+  for (int i = 1; i < 10; ++i) streams["Stream " + std::to_string(i) + "\n"] = "bytes";
+  WriteStreams(mDir / "strange.ryx", streams);
+  WriteStreams(mDir / "strange.vpt", {{"View Point\x13", "bytes"}});
   ExpectTranscript("merge_modes.txt");
 }
 
-TEST_F(RyxMergeProgram, AddsViews) { ExpectTranscript("merge_views.txt"); }
+TEST_F(RyxMergeProgram, AddsViews) {
+  // Views whose records end too early, and views whose compressed bytes are damaged.
+  Streams streams = ReadStreams(mDir / "v.vpt");
+  Streams model = ReadStreams(mDir / "run2.ryx");
+  model["View Points"] = streams["View Points"].substr(0, 3000);
+  WriteStreams(mDir / "damaged.ryx", model);
+  QovRyx::Tree tree(false);
+  LoadTree(tree, mDir / "run2.ryx");
+  AddViewPointPath(tree, "walk", 3);
+  SaveTree(tree, mDir / "flipped.ryx");
+  std::string flipped = ReadFile(mDir / "flipped.ryx");
+  flipped[flipped.size() - 20] ^= 1;
+  WriteFile(mDir / "flipped.ryx", flipped);
+  ExpectTranscript("merge_views.txt");
+}
 
 TEST_F(RyxMergeProgram, TakesManyFilesAndSmallBlocks) {
   SavePlate(mDir / "a.ryx", {"Stress|LC1", "Mass"}, 1, 3000);

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Json.h"
+#include "Qov/Util/Printable.h"
 #include "Suggestion.h"
 #include "Terminal.h"
 #include "TextTable.h"
@@ -43,6 +44,18 @@ TEST(RyxEscape, TakesOnlyWellFormedUtf8ForText) {
   EXPECT_EQ(Escape("a\xE2\x82", kPipe), "a\\xE2\\x82");                  // cut off
   EXPECT_EQ(Escape("\xE2(\x82", kPipe), "\\xE2(\\x82");
   EXPECT_EQ(Escape(std::string("\0\x1F\x7F", 3), kUtf8Terminal), "\\x00\\x1F\\x7F");
+}
+
+TEST(RyxEscape, NamesWhatCannotBeSeen) {
+  for (const char32_t code :
+       U"\x9F\u00AD\u061C\u180E\u200B\u2029\u202E\u2064\u206A\u206F\uFDD0\uFEFF\uFFF9"
+       U"\U0001FFFE\U000E0001\U000E007F\U0010FFFF") {
+    EXPECT_TRUE(Util::IsTreacherous(code)) << static_cast<std::uint32_t>(code);
+  }
+  for (const char32_t code : {U' ', U'~', U'\u00AC', U'\u00E4', U'\u2010', U'\u205F', U'\uFFFD',
+                              U'\U0001F600', U'\U000E0100'}) {
+    EXPECT_FALSE(Util::IsTreacherous(code)) << static_cast<std::uint32_t>(code);
+  }
 }
 
 TEST(RyxEscape, IsUndoneByUnescape) {

@@ -4,10 +4,13 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "Qov/Ryx/RyxMerge.h"
+#include "support/Files.h"
 #include "support/ModelBuilder.h"
 #include "support/ModelCompare.h"
+#include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
 
 namespace QovRyx {
@@ -215,6 +218,44 @@ TEST_F(MergeEntryPoints, MissingArgumentsAreTold) {
     EXPECT_THAT(mErrors, HasSubstr("Argument 2 is missing"));
   }
   ExpectError(merge_n, {"a.ryx", "2"}, "Argument 3 is missing");
+}
+
+TEST_F(MergeEntryPoints, EqualMergesGiveEqualFilesThatNameTheTool) {
+  const std::vector<std::string> files = {Plate("a.ryx", {"S"}, 1), Plate("b.ryx", {"S"}, 2)};
+  SaveViewPointFile(mDir / "v.vpt", "round");
+  std::vector<std::function<int()>> merges = {
+      [&] { return merge_as_datasets(files, mOutput); },
+      [&] { return merge_as_instances(files, mOutput, true, true, true); },
+      [&] { return merge_viewpoints_with_ryx(files[0], {mDir / "v.vpt"}, mOutput); },
+      [&] {
+        return Call(merge_n, {files[0], "2", mOutput});
+      }};
+  for (const EntryPoint merge : {cae_merge, cae_merge_cs, cae_merge_in_tree, cad_merge}) {
+    merges.push_back([this, merge, &files] { return Call(merge, {files[0], files[1], mOutput}); });
+  }
+  const ScopedEnvironment zone("TZ", "Asia/Tokyo");
+  for (const auto& merge : merges) {
+    const ScopedEnvironment date("SOURCE_DATE_EPOCH", "1700000000");
+    ASSERT_EQ(merge(), 0);
+    const std::string bytes = ReadFile(mOutput);
+    ASSERT_EQ(merge(), 0);
+    EXPECT_EQ(ReadFile(mOutput), bytes);
+    Tree merged(false);
+    LoadTree(merged, mOutput);
+    ASSERT_EQ(merged.GetModifiers().size(), 2U);
+    const ModifierInfo& entry = merged.GetModifiers().back();
+    EXPECT_EQ(entry.mApplication + " " + entry.mApplicationVersion, "RyxMerge 2017 R1");
+    EXPECT_EQ(entry.mDate, "Tue Nov 14 22:13:20 2023 UTC");
+  }
+  for (const char* unusable : {"today", "-1", "1.5", "1700000000 ", "99999999999999999999"}) {
+    const ScopedEnvironment date("SOURCE_DATE_EPOCH", unusable);
+    ExpectError(cad_merge, {files[0], files[1], mDir / "new.ryx"},
+                "SOURCE_DATE_EPOCH is not a number of seconds");
+    EXPECT_EQ(check_before_merge(files, {}, mOutput), 2);
+  }
+  const ScopedEnvironment date("SOURCE_DATE_EPOCH", "");
+  EXPECT_EQ(check_before_merge(files, {}, mOutput), 0);
+  EXPECT_FALSE(std::filesystem::exists(mDir / "new.ryx"));
 }
 
 TEST_F(MergeEntryPoints, OutputThatIsAnInputIsRefused) {

@@ -1,7 +1,9 @@
 #include "check/FileBytes.h"
 
+#include <cerrno>
 #include <filesystem>
 
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 
 namespace Qov::Tools {
@@ -18,9 +20,11 @@ FileBytes::FileBytes(const std::string& path) {
     Util::Raise(kSource, ErrorType::MiscellaneousError, "It is no regular file");
   }
   mFile.open(path, std::ios::binary);
+  const int cause = errno;
   mLength = std::filesystem::file_size(path, error);
   if (!mFile || error) {
-    Util::Raise(kSource, ErrorType::MiscellaneousError, "Unable to open file \"" + path + "\"");
+    Util::RaiseSystemFailure(kSource, ErrorType::MiscellaneousError,
+                             "Unable to open file " + Util::Quote(path), cause);
   }
 }
 

@@ -70,21 +70,15 @@ void ExpectViewsAndHistory(ExpectedModel& model, const std::vector<InputFile>& i
   ExpectAllViews(model, inputs);
 }
 
-/// One entry for each time that the model is saved.
+/// Expects one entry for each time that the model is saved.
 void ExpectNewHistory(ExpectedModel& model, MergeMode mode, const std::vector<InputFile>& inputs) {
   QovRyx::ModifierInfo entry;
+  entry.mApplication = "RyxMerge";
+  entry.mApplicationVersion = "2017 R1";
   entry.mFileVersion = QovJbf::kCurrentFileVersion;
   bool hasViewFiles = false;
   for (const InputFile& input : inputs) hasViewFiles = hasViewFiles || input.mIsViewFile;
-  const bool isMerge = mode != MergeMode::ViewsOnly;
-  if (isMerge) {
-    QovRyx::ModifierInfo merge = entry;
-    if (mode == MergeMode::Datasets) {
-      merge.mApplication = "RyxMerge";
-      merge.mApplicationVersion = "2017 R1";
-    }
-    model.mNewHistory.push_back(merge);
-  }
+  if (mode != MergeMode::ViewsOnly) model.mNewHistory.push_back(entry);
   if (hasViewFiles) model.mNewHistory.push_back(entry);
   model.mNumSoundNewHistory = model.mNewHistory.size();
 }

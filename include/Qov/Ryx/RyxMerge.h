@@ -29,10 +29,13 @@ QOV_EXPORT int merge_viewpoints_with_ryx(const std::string& model,
                                          const std::vector<std::string>& viewPointFiles,
                                          const std::string& output);
 
-/// Only the refusal of an output that is one of `inputs`, for a run of several merges whose
-/// first would already write over an input of a later one.
-QOV_EXPORT int refuse_output_among_inputs(const std::vector<std::string>& inputs,
-                                          const std::string& output);
+/// Makes the checks of a run that merges the models, if there are several, and then adds the views,
+/// before anything is read or written: the output must not be one of the inputs, SOURCE_DATE_EPOCH
+/// must be usable, and the view-point files must be containers that can be opened. Returns 0, or 2
+/// after it wrote the error as the merges do.
+QOV_EXPORT int check_before_merge(const std::vector<std::string>& models,
+                                  const std::vector<std::string>& viewPointFiles,
+                                  const std::string& output);
 
 /// Appends all results of `from` to the geometries of the same ids in `into`. An id that `into`
 /// lacks raises ElementNotFound; one that is not a geometry there is passed over. Links still lead

@@ -42,7 +42,8 @@ using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
 class QOV_EXPORT Tree {
  public:
   enum class SupportedFileFormats { Ryx = 0 };
-  enum class ReadMode { Everything = 0 };
+  /// WithoutViews leaves out view points and sequencer, however damaged they are.
+  enum class ReadMode { Everything = 0, WithoutViews = 1 };
   /// From the id that a node has in the tree to the one it had in the file.
   using IdMap = std::map<std::uint32_t, std::uint32_t>;
 
@@ -67,8 +68,10 @@ class QOV_EXPORT Tree {
   void SaveViewPathVec(QovJbf::JbFile& file) const;
   /// Writes the model and adds this program to its history. `create` false updates a file in
   /// place. Refuses to write over a file that arrays have still to be read from, or that another
-  /// run is writing (MiscellaneousError). Raises ReadError if a file that the model was loaded from
-  /// has changed, and WriteError if `path` no longer leads to the written file at the end.
+  /// run is writing (MiscellaneousError). The date of the history entry is taken from
+  /// SOURCE_DATE_EPOCH if that is set; MiscellaneousError if it is not a number of seconds. Raises
+  /// ReadError if a file that the model was loaded from has changed, and WriteError if `path` no
+  /// longer leads to the written file at the end.
   void Save(const std::string& path, bool create, const std::string& comment,
             const SupportedFileFormats& format);
   /// Moves a shape of `source` and the geometry that is its first child beneath the first group
@@ -111,7 +114,7 @@ class QOV_EXPORT Tree {
   const std::vector<std::string>& GetUnknownStreams() const { return mUnknownStreams; }
 
  private:
-  void LoadFile(const std::string& path, IdMap& idMap);
+  void LoadFile(const std::string& path, IdMap& idMap, ReadMode mode);
   void MergeFile(const std::string& path);
   void OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets);
   std::uint32_t GetAttachParent();

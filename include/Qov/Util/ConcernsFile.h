@@ -7,8 +7,9 @@
 
 namespace Qov::Util {
 
-/// What the errors of this system have beside their text: the file that they are about. Most
-/// errors are raised where only bytes are known; who knows the file names it on the way up.
+/// What the errors of this system have besides their text: the file that they are about, and the
+/// cause that the operating system gave. Most errors are raised where only bytes are known; the
+/// callers that know the file name it.
 class QOV_EXPORT ConcernsFile {
  public:
   /// The path of the file, empty if nobody named it.
@@ -18,14 +19,19 @@ class QOV_EXPORT ConcernsFile {
     if (mPath.empty()) mPath = path;
   }
 
+  /// Returns the system's text for the failure ("Permission denied"), empty if there is none.
+  const std::string& GetCause() const { return mCause; }
+
  protected:
   ConcernsFile() = default;
   ConcernsFile(const ConcernsFile&) = default;
   ConcernsFile& operator=(const ConcernsFile&) = default;
   ~ConcernsFile() = default;
+  void SetCause(const std::string& cause) { mCause = cause; }
 
  private:
   std::string mPath;
+  std::string mCause;
 };
 
 /// There is not enough memory for what a file holds.

@@ -50,6 +50,8 @@ class QOV_EXPORT Exception : public std::exception, public ConcernsFile {
   Exception(ErrorType type, const char* description, const char* file, unsigned long line,
             const char* method);
 
+  using ConcernsFile::SetCause;
+
   /// The whole report, several lines of it.
   const char* what() const noexcept override { return mMessage.data(); }
   virtual ErrorType GetType() const { return mType; }

@@ -3,6 +3,7 @@
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/Geometry.h"
 #include "Qov/Ryx/GeometryVersion.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 
 // The descriptors of a geometry in the light stream: i32 count, then for each variable
@@ -35,12 +36,6 @@ Layout GetLayout(const std::string& version) {
   if (version == "0.6") return Layout::NarrowOffsets;
   if (version == "0.5") return Layout::InlineValues;
   return Layout::Older;
-}
-
-/// A name must not look like lines of ours.
-std::string OnOneLine(std::string name) {
-  std::replace(name.begin(), name.end(), '\n', ' ');
-  return name;
 }
 
 /// The bytes of a block that are still to be read.
@@ -207,15 +202,16 @@ void Geometry::ReadJb(QovJbf::JbFile& file, const std::string& lightKey,
                       std::uint64_t& inlineOffset) {
   if (IsNewerGeometryVersion(version)) {
     Raise(kSource, ErrorType::UnknownVersion,
-          "Unknown Version: geometry \"" + OnOneLine(GetName()) + "\" has version \"" +
-              OnOneLine(version) + "\", the newest known is \"" + kNewestGeometryVersion + "\"");
+          "Unknown Version: geometry " + Qov::Util::Quote(GetName()) + " has version " +
+              Qov::Util::Quote(version) + ", the newest known is \"" + kNewestGeometryVersion +
+              "\"");
   }
   DescriptorReader reader(file, lightKey, attributeKey, inlineOffset);
   std::int32_t count = 0;
   reader.Field(count);
   if (count < 0) {
     Raise(kSource, ErrorType::ModelError,
-          "Geometry \"" + OnOneLine(GetName()) + "\" has a negative number of variables");
+          "Geometry " + Qov::Util::Quote(GetName()) + " has a negative number of variables");
   }
   const Layout layout = GetLayout(version);
   ReserveVariables(std::min<std::size_t>(static_cast<std::size_t>(count), reader.CountRoom()));

@@ -66,14 +66,14 @@ template <class Take>
 int MergeIntoFirst(int argc, const char* const* argv, Take take) {
   return RunMergeStep([&] {
     const Arguments arguments = TakeArguments(argc, argv);
-    Tree master(false);
-    LoadModel(master, arguments.mInputs.front());
+    const std::unique_ptr<Tree> master = MakeModelTree();
+    LoadModel(*master, arguments.mInputs.front());
     for (std::size_t i = 1; i < arguments.mInputs.size(); ++i) {
       Tree tree(false);
-      LoadModel(tree, arguments.mInputs[i]);
-      Qov::Util::Concerning(arguments.mInputs[i], [&] { take(tree, master); });
+      LoadModel(tree, arguments.mInputs[i], Tree::ReadMode::WithoutViews);
+      Qov::Util::Concerning(arguments.mInputs[i], [&] { take(tree, *master); });
     }
-    SaveModel(master, arguments.mOutput);
+    SaveModel(*master, arguments.mOutput);
   });
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Qov/Log/Record.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovRyx {
@@ -16,10 +17,13 @@ bool IsSameFile(const struct stat& left, const struct stat& right) {
 
 }  // namespace
 
-void ReportConcernedFile(const std::exception& error) {
+void ReportCircumstances(const std::exception& error) {
   const auto* concerns = dynamic_cast<const Qov::Util::ConcernsFile*>(&error);
-  if (concerns == nullptr || concerns->GetConcernedFile().empty()) return;
-  std::cerr << "The file was \"" << concerns->GetConcernedFile() << "\"." << std::endl;
+  if (concerns == nullptr) return;
+  const std::string& cause = concerns->GetCause();
+  const std::string& path = concerns->GetConcernedFile();
+  if (!cause.empty()) std::cerr << "The cause was: " << cause << std::endl;
+  if (!path.empty()) std::cerr << "The file was " << Qov::Util::Quote(path) << "." << std::endl;
 }
 
 void RefuseOutputAmongInputs(const std::vector<std::string>& inputs, const std::string& output) {
@@ -29,29 +33,50 @@ void RefuseOutputAmongInputs(const std::vector<std::string>& inputs, const std::
     struct stat source {};
     if (::stat(input.c_str(), &source) != 0 || !IsSameFile(source, target)) continue;
     Qov::Util::Raise(kMergeSource, Qov::Util::Exception::ErrorType::MiscellaneousError,
-                     "Output file \"" + output + "\" is also an input");
+                     "Output file " + Qov::Util::Quote(output) + " is also an input");
   }
 }
 
-void LoadModel(Tree& tree, const std::string& path) {
-  Qov::Log::Trace(kMergeSource) << "Loading \"" << path << "\" ...";
+void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams) {
+  constexpr std::size_t kMostNames = 8;
+  if (streams.empty()) return;
+  const std::string number = std::to_string(streams.size());
+  std::string line = Qov::Util::Quote(path) + ": " + number +
+                     (streams.size() == 1 ? " stream of unknown name is left out: "
+                                          : " streams of unknown names are left out: ");
+  for (std::size_t i = 0; i < streams.size() && i < kMostNames; ++i) {
+    line += (i == 0 ? "" : ", ") + Qov::Util::Quote(streams[i]);
+  }
+  if (streams.size() > kMostNames) line += ", ...";
+  Qov::Log::Trace(kMergeSource) << line;
+  std::cerr << line << std::endl;
+}
+
+void LoadModel(Tree& tree, const std::string& path, Tree::ReadMode mode) {
+  Qov::Log::Trace(kMergeSource) << "Loading " << Qov::Util::Quote(path) << " ...";
   Tree::IdMap idMap;
-  tree.Load(path, idMap, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+  tree.Load(path, idMap, mode, Tree::SupportedFileFormats::Ryx);
+  ReportUnknownStreams(path, tree.GetUnknownStreams());
 }
 
 void MergeModel(Tree& tree, const std::string& path) {
-  Qov::Log::Trace(kMergeSource) << "Merging \"" << path << "\" ...";
-  tree.Merge(path, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
+  Qov::Log::Trace(kMergeSource) << "Merging " << Qov::Util::Quote(path) << " ...";
+  tree.Merge(path, Tree::ReadMode::WithoutViews, Tree::SupportedFileFormats::Ryx);
+  ReportUnknownStreams(path, tree.GetUnknownStreams());
 }
 
 void SaveModel(Tree& tree, const std::string& output) {
-  Qov::Log::Trace(kMergeSource) << "Saving \"" << output << "\" ...";
+  Qov::Log::Trace(kMergeSource) << "Saving " << Qov::Util::Quote(output) << " ...";
   Qov::Util::Concerning(output,
                         [&] { tree.Save(output, true, "", Tree::SupportedFileFormats::Ryx); });
 }
 
+std::unique_ptr<Tree> MakeModelTree() {
+  return std::make_unique<Tree>("RyxMerge", "2017 R1", false);
+}
+
 std::unique_ptr<Tree> MakeDatasetTree() {
-  auto tree = std::make_unique<Tree>("RyxMerge", "2017 R1", false);
+  std::unique_ptr<Tree> tree = MakeModelTree();
   auto group = std::make_unique<Group>("Merge");
   group->mTakesModels = 1;
   tree->GetNodes().GetCurrentNode().mData = std::move(group);

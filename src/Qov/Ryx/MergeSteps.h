@@ -17,8 +17,9 @@ inline constexpr const char* kMergeSource = "src/Qov/Ryx/RyxMerge";
 inline constexpr int kMergeDone = 0;
 inline constexpr int kMergeFailed = 2;
 
-/// Says on standard error which file an error is about, if that is known.
-void ReportConcernedFile(const std::exception& error);
+/// Writes to standard error the system's cause of an error and the file that it is about, a line
+/// each, as far as they are known.
+void ReportCircumstances(const std::exception& error);
 
 /// Runs one merge under the handler that all of them have.
 template <class Step>
@@ -28,7 +29,7 @@ int RunMergeStep(Step step) {
     return kMergeDone;
   } catch (const std::exception& error) {
     std::cerr << error.what() << std::endl;
-    ReportConcernedFile(error);
+    ReportCircumstances(error);
     return kMergeFailed;
   }
 }
@@ -36,16 +37,24 @@ int RunMergeStep(Step step) {
 /// Raises MiscellaneousError if `output` is the same file as one of `inputs`.
 void RefuseOutputAmongInputs(const std::vector<std::string>& inputs, const std::string& output);
 
-/// Reads a model file into a tree that holds no other yet.
-void LoadModel(Tree& tree, const std::string& path);
+/// Writes one line to standard error, and to the log, about streams of a file that are left out
+/// because their names are unknown; nothing if there are none.
+void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams);
 
-/// Reads a further model file into the tree.
+/// Reads a model file into a tree that holds no other yet, and reports its unknown streams.
+void LoadModel(Tree& tree, const std::string& path,
+               Tree::ReadMode mode = Tree::ReadMode::Everything);
+
+/// Reads a further model file into the tree, and reports its unknown streams.
 void MergeModel(Tree& tree, const std::string& path);
 
 /// Writes a new file, or one in place of another.
 void SaveModel(Tree& tree, const std::string& output);
 
-/// An empty tree whose root is the group "Merge", which takes models in beneath it.
+/// Returns an empty tree, in whose history a merge appears as RyxMerge's once it is saved.
+std::unique_ptr<Tree> MakeModelTree();
+
+/// The same with the group "Merge" as its root, which takes models in below it.
 std::unique_ptr<Tree> MakeDatasetTree();
 
 }  // namespace QovRyx

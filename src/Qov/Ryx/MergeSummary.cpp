@@ -28,6 +28,11 @@ std::string SecondsSince(std::chrono::steady_clock::time_point start) {
   return std::string(text.data(), end.ptr) + " s";
 }
 
+/// "1 path", "2 paths".
+std::string Counted(std::uint64_t n, const std::string& noun) {
+  return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
+}
+
 /// " (3 without an instance part, 2 of ...)", naming only rules that kept something out.
 std::string DescribeRules(const DroppedResults& dropped) {
   std::string text;
@@ -62,6 +67,17 @@ void CountReplacedLinks(const Tree& tree, DroppedResults& dropped) {
 
 void MergeSummary::AddInput(const std::string& path) { mBytesRead += FileSize(path); }
 
+void MergeSummary::AddViewsLeftOut(const std::string& path) {
+  const std::optional<ViewCount> views = CountViews(path);
+  if (!views) {
+    ++mFilesNotCounted;
+    return;
+  }
+  mViewsLeftOut.mCurrentViews += views->mCurrentViews;
+  mViewsLeftOut.mPaths += views->mPaths;
+  mViewsLeftOut.mViewPoints += views->mViewPoints;
+}
+
 void MergeSummary::Tell(const Deed& deed, const Tree& tree,
                         const std::string& output) const noexcept {
   try {
@@ -69,6 +85,7 @@ void MergeSummary::Tell(const Deed& deed, const Tree& tree,
                                   << SecondsSince(mStart);
     TellNodes(tree);
     TellResults(tree);
+    TellViews(tree);
     Qov::Log::Trace(kMergeSource) << "Bytes: " << mBytesRead << " read, " << FileSize(output)
                                   << " written";
   } catch (const std::exception&) {
@@ -88,6 +105,22 @@ void MergeSummary::WarnOfLostValues() const {
 void MergeSummary::TellNodes(const Tree& tree) const {
   Qov::Log::Trace(kMergeSource) << "Nodes: " << tree.GetNodes().GetSize() << " written, "
                                 << mNodesLeftOut << " of further files left out";
+}
+
+void MergeSummary::TellViews(const Tree& tree) const {
+  std::uint64_t numViewPoints = 0;
+  for (const ViewPointPath& path : tree.GetViewPointPaths()) {
+    numViewPoints += path.mViewPoints.size();
+  }
+  Qov::Log::Record line = Qov::Log::Trace(kMergeSource);
+  line << "Views: " << Counted(tree.GetViewPointPaths().size(), "path") << " with "
+       << Counted(numViewPoints, "view point") << " written, "
+       << Counted(mViewsLeftOut.mCurrentViews, "current view") << " and "
+       << Counted(mViewsLeftOut.mPaths, "path") << " with "
+       << Counted(mViewsLeftOut.mViewPoints, "view point") << " of further files left out";
+  if (mFilesNotCounted != 0) {
+    line << ", those of " << Counted(mFilesNotCounted, "file") << " not counted";
+  }
 }
 
 void MergeSummary::TellResults(const Tree& tree) const {

@@ -7,6 +7,7 @@
 
 #include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Ryx/Tree.h"
+#include "ViewCount.h"
 
 namespace QovRyx {
 
@@ -41,6 +42,8 @@ class MergeSummary {
   void AddInput(const std::string& path);
   /// Of a further file of which only results are taken.
   void AddNodesLeftOut(std::uint64_t n) { mNodesLeftOut += n; }
+  /// Counts the views of a further model file.
+  void AddViewsLeftOut(const std::string& path);
   DroppedResults& GetDropped() { return mDropped; }
 
   /// What was done: "Merged " | number of files | " files as datasets".
@@ -57,10 +60,13 @@ class MergeSummary {
  private:
   void TellNodes(const Tree& tree) const;
   void TellResults(const Tree& tree) const;
+  void TellViews(const Tree& tree) const;
 
   std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
   std::uint64_t mBytesRead = 0;
   std::uint64_t mNodesLeftOut = 0;
+  ViewCount mViewsLeftOut;
+  std::uint64_t mFilesNotCounted = 0;  ///< Files whose views could not be counted.
   DroppedResults mDropped;
 };
 

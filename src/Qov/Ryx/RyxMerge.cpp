@@ -7,11 +7,14 @@
 #include <cstdio>
 #include <memory>
 
+#include "HistoryDate.h"
 #include "MergeSteps.h"
 #include "MergeSummary.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/InstanceNames.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovRyx {
@@ -38,8 +41,9 @@ void Rename(Tree& tree, std::uint64_t k, PartLinksMap& links, const InstanceNami
 void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
                  const InstanceNaming& naming, MergeSummary& summary) {
   Tree tree(false);
-  LoadModel(tree, path);
+  LoadModel(tree, path, Tree::ReadMode::WithoutViews);
   summary.AddInput(path);
+  summary.AddViewsLeftOut(path);
   summary.AddNodesLeftOut(tree.GetNodes().GetSize());
   PartLinksMap links;
   Qov::Util::Concerning(path, [&] {
@@ -57,19 +61,31 @@ void CheckHeaderSize(const QovJbf::JbFile& file) {
   ::fseeko(file.GetStream(), 0, SEEK_END);
   if (::ftello(file.GetStream()) >= kHeaderSize) return;
   Qov::Util::Raise(kMergeSource, Qov::Util::Exception::ErrorType::ReadError,
-                   "\"" + file.GetPath() + "\" is too short for a view-point file");
+                   Qov::Util::Quote(file.GetPath()) + " is too short for a view-point file");
+}
+
+/// Returns the version of the file. The magic may be another one: such view-point files exist.
+std::string OpenViewPointFile(QovJbf::JbFile& file, const std::string& path) {
+  file.OpenFile(path, "rb");
+  CheckHeaderSize(file);
+  return file.ReadVersion();
+}
+
+bool HasVersionWithViews(const std::string& version) { return version != "0.1"; }
+
+void CheckViewPointFile(const std::string& path) {
+  QovJbf::JbFile file;
+  if (HasVersionWithViews(OpenViewPointFile(file, path))) file.ReadIndex();
 }
 
 void AddViewPoints(Tree& tree, const std::string& path) {
-  Qov::Log::Trace(kMergeSource) << "Loading view points of \"" << path << "\" ...";
+  Qov::Log::Trace(kMergeSource) << "Loading view points of " << Qov::Util::Quote(path) << " ...";
   QovJbf::JbFile file;
-  file.OpenFile(path, "rb");
-  CheckHeaderSize(file);
-  // The magic is not looked at: view-point files with another one are about.
-  const std::string version = file.ReadVersion();
-  if (version != "0.1") {
+  const std::string version = OpenViewPointFile(file, path);
+  if (HasVersionWithViews(version)) {
     const FileVersionScope scope(version);
     tree.LoadViewPathVec(file);
+    ReportUnknownStreams(path, FindUnknownStreams(file.GetIndex().GetItems()));
   }
   file.CloseFile();
 }
@@ -82,19 +98,19 @@ int merge_as_instances(const std::vector<std::string>& files, const std::string&
     RefuseOutputAmongInputs(files, output);
     MergeSummary summary;
     const InstanceNaming naming{useSuffix, autoRename};
-    Tree master(false);
-    LoadModel(master, files.at(0));
+    const std::unique_ptr<Tree> master = MakeModelTree();
+    LoadModel(*master, files.at(0));
     summary.AddInput(files[0]);
     PartLinksMap links;
     Qov::Util::Concerning(files[0], [&] {
-      Rename(master, 1, links, naming);
-      GenerateLinkedResults(master, links, summary.GetDropped());
+      Rename(*master, 1, links, naming);
+      GenerateLinkedResults(*master, links, summary.GetDropped());
     });
     for (std::size_t i = 1; i < files.size(); ++i) {
-      AddInstance(master, files[i], i + 1, naming, summary);
+      AddInstance(*master, files[i], i + 1, naming, summary);
     }
-    SaveModel(master, output);
-    summary.Tell({"Merged ", files.size(), " files as instances"}, master, output);
+    SaveModel(*master, output);
+    summary.Tell({"Merged ", files.size(), " files as instances"}, *master, output);
     summary.WarnOfLostValues();
   });
 }
@@ -106,7 +122,10 @@ int merge_as_datasets(const std::vector<std::string>& files, const std::string& 
     for (const std::string& path : files) summary.AddInput(path);
     const std::unique_ptr<Tree> tree = MakeDatasetTree();
     LoadModel(*tree, files.at(0));
-    for (std::size_t i = 1; i < files.size(); ++i) MergeModel(*tree, files[i]);
+    for (std::size_t i = 1; i < files.size(); ++i) {
+      MergeModel(*tree, files[i]);
+      summary.AddViewsLeftOut(files[i]);
+    }
     SaveModel(*tree, output);
     summary.Tell({"Merged ", files.size(), " files as datasets"}, *tree, output);
   });
@@ -120,19 +139,27 @@ int merge_viewpoints_with_ryx(const std::string& model,
     RefuseOutputAmongInputs(viewPointFiles, output);
     MergeSummary summary;
     summary.AddInput(model);
-    Tree tree(false);
-    LoadModel(tree, model);
+    const std::unique_ptr<Tree> tree = MakeModelTree();
+    LoadModel(*tree, model);
     for (const std::string& path : viewPointFiles) {
       summary.AddInput(path);
-      Qov::Util::Concerning(path, [&] { AddViewPoints(tree, path); });
+      Qov::Util::Concerning(path, [&] { AddViewPoints(*tree, path); });
     }
-    SaveModel(tree, output);
-    summary.Tell({"Added the views of ", viewPointFiles.size(), " files"}, tree, output);
+    SaveModel(*tree, output);
+    summary.Tell({"Added the views of ", viewPointFiles.size(), " files"}, *tree, output);
   });
 }
 
-int refuse_output_among_inputs(const std::vector<std::string>& inputs, const std::string& output) {
-  return RunMergeStep([&] { RefuseOutputAmongInputs(inputs, output); });
+int check_before_merge(const std::vector<std::string>& models,
+                       const std::vector<std::string>& viewPointFiles, const std::string& output) {
+  return RunMergeStep([&] {
+    RefuseOutputAmongInputs(models, output);
+    RefuseOutputAmongInputs(viewPointFiles, output);
+    FormatHistoryDate();
+    for (const std::string& path : viewPointFiles) {
+      Qov::Util::Concerning(path, [&] { CheckViewPointFile(path); });
+    }
+  });
 }
 
 }  // namespace QovRyx

@@ -9,6 +9,7 @@
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Ryx/Tree.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
 #include "TreeReader.h"
@@ -109,19 +110,18 @@ void CheckComplete(QovJbf::JbFile& file) {
 
 void Tree::Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
                 const SupportedFileFormats& format) {
-  static_cast<void>(mode);  // there is only one
   if (format != SupportedFileFormats::Ryx) return;
-  Qov::Util::Concerning(path, [&] { LoadFile(path, idMap); });
+  Qov::Util::Concerning(path, [&] { LoadFile(path, idMap, mode); });
 }
 
 void Tree::Merge(const std::string& path, const ReadMode& mode,
                  const SupportedFileFormats& format) {
-  static_cast<void>(mode);
+  static_cast<void>(mode);  // views are left out anyway
   if (format != SupportedFileFormats::Ryx) return;
   Qov::Util::Concerning(path, [&] { MergeFile(path); });
 }
 
-void Tree::LoadFile(const std::string& path, IdMap& idMap) {
+void Tree::LoadFile(const std::string& path, IdMap& idMap, ReadMode mode) {
   QovJbf::JbFile file;
   bool wideOffsets = false;
   OpenForReading(file, path, wideOffsets);
@@ -129,7 +129,7 @@ void Tree::LoadFile(const std::string& path, IdMap& idMap) {
   CountLosses(mLosses.mHistory, file, "history", [&] { LoadGlobalInfo(file); });
   LoadTree(file, idMap, attachParent, wideOffsets);
   UpdateBufferLinks();
-  if (mFileVersion != "0.1") {
+  if (mode == ReadMode::Everything && mFileVersion != "0.1") {
     const FileVersionScope scope(mFileVersion);
     LoadViewPathVec(file);
   }
@@ -152,7 +152,8 @@ void Tree::OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& w
   file.OpenFile(path, "rb");
   mSources.push_back(*file.GetIdentity());
   if (!file.IsJbFile()) {
-    Raise(kSource, ErrorType::FormatNotSupported, path + " is not a Ryx file");
+    Raise(kSource, ErrorType::FormatNotSupported,
+          Qov::Util::EscapeName(path) + " is not a Ryx file");
   }
   mFileVersion = file.ReadVersion();
   QovJbf::JbFile::CheckSupport(mFileVersion, wideOffsets);

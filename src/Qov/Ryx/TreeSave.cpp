@@ -1,16 +1,17 @@
 #include <unistd.h>
 
 #include <array>
-#include <ctime>
 #include <set>
 
 #include "HeavyPass.h"
+#include "HistoryDate.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Ryx/Tree.h"
 #include "Qov/Util/Assert.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
 
@@ -18,15 +19,6 @@ namespace QovRyx {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
-
-std::string FormatLocalTime() {
-  const std::time_t now = std::time(nullptr);
-  std::array<char, 120> text{};
-  std::tm local{};
-  if (localtime_r(&now, &local) == nullptr) return {};
-  std::strftime(text.data(), text.size(), "%a %b %d %H:%M:%S %Y %Z", &local);
-  return text.data();
-}
 
 std::string GetHostName() {
   std::array<char, 80> name{};
@@ -126,6 +118,7 @@ void SaveViewPointPath(QovJbf::Index& index, const ViewPointPath& path) {
 void Tree::Save(const std::string& path, bool create, const std::string& comment,
                 const SupportedFileFormats& format) {
   if (format != SupportedFileFormats::Ryx) return;
+  FormatHistoryDate();  // raises for an unusable SOURCE_DATE_EPOCH before anything is written
   RefuseToOverwriteSources(path);
   CheckSources();
   // It may be updated in place, and is another file afterwards.
@@ -170,7 +163,7 @@ void Tree::RefuseToOverwriteSources(const std::string& path) const {
   for (const QovJbf::StreamReader* reader : FindReaders(mNodes)) {
     if (reader->ReadsFrom(path)) {
       Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MiscellaneousError,
-                       "Output file \"" + path + "\" is also an input");
+                       "Output file " + Qov::Util::Quote(path) + " is also an input");
     }
   }
 }
@@ -252,7 +245,7 @@ void Tree::SaveViewPathVec(QovJbf::JbFile& file) const {
 
 void Tree::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment) {
   Qov::Log::Trace(kSource) << "Saving global information ...";
-  mCurrentModifier.mDate = FormatLocalTime();
+  mCurrentModifier.mDate = FormatHistoryDate();
   mCurrentModifier.mFileVersion = mFileVersion;
   if (mCurrentModifier.mRecordMachine) {
     mCurrentModifier.mHost = GetHostName();

@@ -11,4 +11,5 @@ set(QOV_MERGE_SOURCES
   MergeEntryPoints.cpp
   MergeSteps.cpp
   MergeSummary.cpp
-  RyxMerge.cpp)
+  RyxMerge.cpp
+  ViewCount.cpp)
