@@ -92,7 +92,6 @@ void JbFile::CheckBeforeClosing() {
     mIdentity->CheckUnchanged(mStream);
     return;
   }
-  if (std::fflush(mStream) != 0) Raise(kSource, ErrorType::WriteError, "Unable to write to file");
   CheckStillAt(mPath, mStream);
   KeepOutputLock(mPath, mStream);
 }

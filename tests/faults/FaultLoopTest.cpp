@@ -138,7 +138,9 @@ TEST_P(FaultLoop, EndsWithAMessageAndNothingToBeTakenForAModel) {
   // A merge goes on with one thread if several get no memory.
   const Call call = std::get<1>(GetParam()).mCall;
   const bool isMemory = call == Call::Memory || call == Call::Zlib;
-  if (isMemory && std::get<2>(GetParam()) != "1") EXPECT_GT(mNumRecovered, 0U);
+  if (isMemory && std::get<2>(GetParam()) != "1") {
+    EXPECT_GT(mNumRecovered, 0U);
+  }
 }
 
 std::string NameOf(const testing::TestParamInfo<FaultLoop::ParamType>& test) {
