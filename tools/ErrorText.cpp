@@ -2,17 +2,35 @@
 
 #include <algorithm>
 #include <new>
+#include <string_view>
 
 #include "Qov/Util/Exception.h"
-#include "Qov/Util/Printable.h"
 
 namespace Qov::Tools {
+
+namespace {
+
+/// Returns a message of the library with the bytes that its \xNN stand for: it is escaped again,
+/// for where it goes.
+std::string RestoreNames(std::string_view text) {
+  constexpr std::size_t kLength = 4;  // of \xNN
+  std::string restored;
+  while (!text.empty()) {
+    const std::string_view token = text.substr(0, text.starts_with("\\x") ? kLength : 1);
+    restored += token.size() == kLength ? Unescape(token) : std::string(token);
+    text.remove_prefix(token.size());
+  }
+  return restored;
+}
+
+}  // namespace
 
 std::string ErrorText(const std::exception& error) {
   std::string text = error.what();
   bool hasLines = true;
   if (const auto* ours = dynamic_cast<const Util::Exception*>(&error)) {
     text = ours->GetLogMessage();
+    if (!std::string_view(ours->GetFile()).starts_with("tools/")) text = RestoreNames(text);
     // In any other text a newline belongs to a name.
     hasLines = ours->GetType() == Util::Exception::ErrorType::UnknownVersion;
   } else if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
@@ -27,12 +45,12 @@ std::string ErrorText(const std::exception& error) {
 
 std::string FileErrorText(const std::string& path, const std::exception& error) {
   const std::string text = ErrorText(error);
-  const std::string subject = Util::EscapeName(path) + " ";
+  const std::string subject = path + " ";
   return text.starts_with(subject) ? text.substr(subject.size()) : text;
 }
 
 std::string DescribeError(const std::exception& error, const TextStyle& style) {
-  return EscapeMessage(ErrorText(error), style);
+  return Escape(ErrorText(error), style);
 }
 
 }  // namespace Qov::Tools

@@ -67,11 +67,7 @@ TextStyle DetectStyle(int descriptor) {
   return style;
 }
 
-namespace {
-
-enum class Backslashes { Doubled, Kept };
-
-std::string EscapeText(std::string_view text, const TextStyle& style, Backslashes backslashes) {
+std::string Escape(std::string_view text, const TextStyle& style) {
   const bool asciiOnly = style.mTerminal && !style.mUtf8;
   std::string escaped;
   while (!text.empty()) {
@@ -79,7 +75,7 @@ std::string EscapeText(std::string_view text, const TextStyle& style, Backslashe
     const std::string_view bytes = text.substr(0, std::max<std::size_t>(character.mLength, 1));
     if (style.mUtf8 && bytes.front() == QovRyx::kInstanceSeparator) {
       escaped += kSeparatorMarkBytes;
-    } else if (bytes == "\\" && backslashes == Backslashes::Doubled) {
+    } else if (bytes == "\\") {
       escaped += "\\\\";
     } else if (character.mLength == 0 || character.mCode == kSeparatorMark ||
                Util::IsTreacherous(character.mCode) || (asciiOnly && character.mLength > 1)) {
@@ -90,16 +86,6 @@ std::string EscapeText(std::string_view text, const TextStyle& style, Backslashe
     text.remove_prefix(bytes.size());
   }
   return escaped;
-}
-
-}  // namespace
-
-std::string Escape(std::string_view text, const TextStyle& style) {
-  return EscapeText(text, style, Backslashes::Doubled);
-}
-
-std::string EscapeMessage(std::string_view text, const TextStyle& style) {
-  return EscapeText(text, style, Backslashes::Kept);
 }
 
 std::string Unescape(std::string_view escaped) {

@@ -24,10 +24,6 @@ TextStyle DetectStyle(int descriptor);
 /// terminal that can show it.
 std::string Escape(std::string_view text, const TextStyle& style);
 
-/// Returns a message, in which the names may be escaped already, in a form that is safe to show:
-/// as Escape does, but backslashes stay as they are.
-std::string EscapeMessage(std::string_view text, const TextStyle& style);
-
 /// The text that Escape made the given one of, whatever the style was. What no escaped text holds
 /// stays as it is.
 std::string Unescape(std::string_view escaped);

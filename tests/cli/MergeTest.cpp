@@ -45,18 +45,10 @@ TEST_F(RyxMergeProgram, MergesInEveryMode) {
 }
 
 TEST_F(RyxMergeProgram, AddsViews) {
-  // Views whose records end too early, and views whose compressed bytes are damaged.
-  Streams streams = ReadStreams(mDir / "v.vpt");
+  // Views that end too early.
   Streams model = ReadStreams(mDir / "run2.ryx");
-  model["View Points"] = streams["View Points"].substr(0, 3000);
+  model["View Points"] = ReadStreams(mDir / "v.vpt").at("View Points").substr(0, 3000);
   WriteStreams(mDir / "damaged.ryx", model);
-  QovRyx::Tree tree(false);
-  LoadTree(tree, mDir / "run2.ryx");
-  AddViewPointPath(tree, "walk", 3);
-  SaveTree(tree, mDir / "flipped.ryx");
-  std::string flipped = ReadFile(mDir / "flipped.ryx");
-  flipped[flipped.size() - 20] ^= 1;
-  WriteFile(mDir / "flipped.ryx", flipped);
   ExpectTranscript("merge_views.txt");
 }
 

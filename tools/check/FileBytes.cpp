@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 
 namespace Qov::Tools {
@@ -24,7 +23,7 @@ FileBytes::FileBytes(const std::string& path) {
   mLength = std::filesystem::file_size(path, error);
   if (!mFile || error) {
     Util::RaiseSystemFailure(kSource, ErrorType::MiscellaneousError,
-                             "Unable to open file " + Util::Quote(path), cause);
+                             "Unable to open file \"" + path + "\"", cause);
   }
 }
 

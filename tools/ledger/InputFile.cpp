@@ -4,7 +4,6 @@
 
 #include "ErrorText.h"
 #include "Qov/Ryx/FileVersionScope.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 
 namespace Qov::Tools {
@@ -35,7 +34,7 @@ void CheckHeaderSize(const QovJbf::JbFile& file) {
   ::fseeko(file.GetStream(), 0, SEEK_END);
   if (::ftello(file.GetStream()) >= kHeaderSize) return;
   Util::Raise("tools/ledger/InputFile", Util::Exception::ErrorType::ReadError,
-              Util::Quote(file.GetPath()) + " is too short for a view-point file");
+              "\"" + file.GetPath() + "\" is too short for a view-point file");
 }
 
 void LoadViewFile(InputFile& input) {
