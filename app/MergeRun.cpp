@@ -66,6 +66,8 @@ void CopyToNewFile(const std::string& path, const std::string& copy) {
 int MergeWithViewPoints(const CommandLine& commandLine, const InputLists& inputs) {
   const std::string& output = commandLine.mOutput;
   const std::string copy = output + ".temp";
+  const int status = QovRyx::check_before_merge(commandLine.mInputs, {}, copy);
+  if (status != 0) return status;
   CheckCopyIsNew(output, copy);
   const QovJbf::OutputLocks locks;  // no other run writes the output between its two saves
   if (MergeModels(commandLine, inputs.mModels) != 0) {
@@ -84,12 +86,13 @@ int AddViewPointsToOne(const CommandLine& commandLine, const InputLists& inputs)
 
 int RunMerge(const CommandLine& commandLine) {
   const InputLists inputs = OrderInputs(commandLine);
+  int status = QovRyx::check_before_merge(commandLine.mInputs, {}, commandLine.mOutput);
+  if (status != 0) return status;
   if (inputs.mModels.empty()) {
     std::cerr << "No Ryx files found. " << std::endl;
     return kNoModels;
   }
-  const int status =
-      QovRyx::check_before_merge(inputs.mModels, inputs.mViewPointFiles, commandLine.mOutput);
+  status = QovRyx::check_before_merge({}, inputs.mViewPointFiles, commandLine.mOutput);
   if (status != 0) return status;
   if (inputs.mModels.size() == 1) return AddViewPointsToOne(commandLine, inputs);
   return inputs.mViewPointFiles.empty() ? MergeModels(commandLine, inputs.mModels)

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cerrno>
 #include <limits>
 
 #include "Qov/Log/Record.h"
@@ -19,8 +20,10 @@ constexpr std::uint64_t kLargestOffset = std::numeric_limits<off_t>::max();
   Qov::Util::Raise(source, ErrorType::ReadError, "Unable to read from file", line);
 }
 
+/// To be called right after the call that failed, because errno tells the cause.
 [[noreturn]] void RaiseWriteError(const char* source, unsigned long line) {
-  Qov::Util::Raise(source, ErrorType::WriteError, "Unable to write to file", line);
+  Qov::Util::RaiseSystemFailure(source, ErrorType::WriteError, "Unable to write to file", errno,
+                                line);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovJbf {
@@ -45,7 +46,8 @@ void FileIdentity::CheckUnchanged() const {
 
 void FileIdentity::RaiseChanged() const {
   Raise(kSource, ErrorType::ReadError,
-        "File \"" + mPath + "\" changed while it was read; repeat the command when it is complete");
+        "File " + Qov::Util::Quote(mPath) +
+            " changed while it was read; repeat the command when it is complete");
 }
 
 bool FileIdentity::IsSameFile(const struct stat& status) const {

@@ -12,11 +12,13 @@
 #include "Qov/Jbf/OutputLocks.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/Assert.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
 
 namespace QovJbf {
 
+using Qov::Util::Quote;
 using Qov::Util::Raise;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
@@ -62,7 +64,7 @@ bool IsRegular(int descriptor) {
 
 [[noreturn]] void RaiseReplaced(const std::string& path) {
   Raise(kSource, ErrorType::WriteError,
-        "Output file \"" + path + "\" was removed or replaced while it was written");
+        "Output file " + Quote(path) + " was removed or replaced while it was written");
 }
 
 /// The file at `path` again, whose lock was kept.
@@ -81,8 +83,8 @@ void Lock(const Descriptor& output, const std::string& path) {
   if (::flock(output.Get(), LOCK_EX | LOCK_NB) == 0) return;
   if (errno == EWOULDBLOCK) {
     Raise(kSource, ErrorType::MiscellaneousError,
-          "Output file \"" + path +
-              "\" is being written by another run; wait until that has ended, or name another "
+          "Output file " + Quote(path) +
+              " is being written by another run; wait until that has ended, or name another "
               "output");
   }
   Qov::Log::Trace(kSource) << "The output cannot be locked; another writer would go unnoticed.";
@@ -97,6 +99,10 @@ Descriptor OpenAndLock(const std::string& path, int flags) {
 }
 
 }  // namespace
+
+void CheckOutputIsFree(const std::string& path) {
+  OpenAndLock(path, O_RDWR | O_CLOEXEC | O_NONBLOCK);  // the lock ends with the descriptor
+}
 
 std::FILE* OpenOutput(const std::string& path, const char* mode) {
   const bool isNew = *mode == 'w';

@@ -50,6 +50,7 @@ struct StreamReader::State {
   std::vector<Verdict> mVerdicts;
   std::size_t mNumVerifiedBefore = 0;  // the first blocks, which VerifyBefore need not visit
   std::optional<std::size_t> mOwed;    // read from, but not verified yet
+  std::uint64_t mEndOfReads = 0;
   std::vector<std::uint64_t> mInVain;  // bytes of each block that were only passed over
   std::uint64_t mAllInVain = 0;
   std::size_t mInflated = 0;  // the block that mpInflater is in
@@ -203,6 +204,7 @@ void StreamReader::Read(std::uint64_t offset, void* target, std::size_t n) {
     state.mOwed = isOwed ? std::optional(i) : std::nullopt;
   };
   mpState->ForEachPart(offset, target, n, readPart);
+  mpState->mEndOfReads = std::max(mpState->mEndOfReads, offset + n);
 }
 
 void StreamReader::ReadVerified(std::uint64_t offset, void* target, std::size_t n) {
@@ -215,6 +217,8 @@ void StreamReader::ReadVerified(std::uint64_t offset, void* target, std::size_t 
 }
 
 void StreamReader::Verify() { mpState->VerifyOwed(); }
+
+std::uint64_t StreamReader::GetEndOfReads() const { return mpState->mEndOfReads; }
 
 void StreamReader::VerifyBefore(std::uint64_t offset) {
   std::size_t& i = mpState->mNumVerifiedBefore;

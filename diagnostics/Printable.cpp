@@ -18,16 +18,24 @@ constexpr std::array kTreacherous = {
     Range{0x00, 0x1F},        // C0
     Range{0x7F, 0x9F},        // DEL and C1
     Range{0xAD, 0xAD},        // soft hyphen
+    Range{0x034F, 0x034F},    // grapheme joiner
     Range{0x061C, 0x061C},    // Arabic letter mark
-    Range{0x180E, 0x180E},    // Mongolian vowel separator
+    Range{0x115F, 0x1160},    // Hangul fillers
+    Range{0x17B4, 0x17B5},    // Khmer inherent vowels
+    Range{0x180B, 0x180F},    // Mongolian selectors and separator
     Range{0x200B, 0x200F},    // zero width, direction marks
     Range{0x2028, 0x202E},    // line and paragraph separators, embeddings, overrides
     Range{0x2060, 0x206F},    // word joiner, invisible operators, isolates
+    Range{0x3164, 0x3164},    // Hangul filler
     Range{0xD800, 0xDFFF},    // surrogates
     Range{0xFDD0, 0xFDEF},    // noncharacters
+    Range{0xFE00, 0xFE0F},    // variation selectors
     Range{0xFEFF, 0xFEFF},    // byte order mark
-    Range{0xFFF9, 0xFFFB},    // annotations
-    Range{0xE0000, 0xE007F},  // tags
+    Range{0xFFA0, 0xFFA0},    // halfwidth Hangul filler
+    Range{0xFFF0, 0xFFFB},    // reserved, annotations
+    Range{0x1BCA0, 0x1BCA3},  // shorthand format controls
+    Range{0x1D173, 0x1D17A},  // musical format controls
+    Range{0xE0000, 0xE0FFF},  // tags, variation selectors, reserved
 };
 
 template <class IsKept>

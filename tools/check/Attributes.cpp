@@ -126,10 +126,8 @@ bool ReadMaps(const ModelContent& model, StreamCursor& cursor, Findings& finding
 
 void CheckAttributes(Container& container, const ModelContent& model, Findings& findings) {
   StreamCursor cursor = container.OpenStream(QovRyx::kAttributes);
-  if (!ReadMaps(model, cursor, findings) || cursor.IsAtEnd() || cursor.IsCutShort()) return;
-  findings.Warning("stream-rest", Place::InStream(cursor.GetName(), cursor.GetPosition()),
-                   fmt::format("{} bytes follow the last map that belongs to a node.",
-                               cursor.GetLength() - cursor.GetPosition()));
+  if (!ReadMaps(model, cursor, findings)) return;
+  ReportRest(cursor, model, "map that belongs to a node", findings);
 }
 
 }  // namespace Qov::Tools

@@ -142,7 +142,7 @@ void CheckMaterials(Container& container, const ModelContent& model, Findings& f
       TakeRecord<QovRyx::MaterialValues>(cursor, node.At(Part("material")), findings);
     }
   });
-  if (isThrough && model.mIsComplete) ReportRest(cursor, findings);
+  if (isThrough && model.mIsComplete) ReportRest(cursor, model, "record", findings);
 }
 
 void CheckHistory(Container& container, Findings& findings) {

@@ -127,6 +127,24 @@ void RecordReader::CheckKind(const StoredNode& node) {
 
 }  // namespace
 
+void ReportRest(const StreamCursor& cursor, const ModelContent& model, const char* what,
+                Findings& findings) {
+  if (cursor.IsAtEnd() || cursor.IsCutShort()) return;
+  const Place place = Place::InStream(cursor.GetName(), cursor.GetPosition());
+  std::string text =
+      fmt::format("{} bytes follow the last {}.", cursor.GetLength() - cursor.GetPosition(), what);
+  const bool mayBeOwned =
+      std::any_of(model.mNodes.begin(), model.mNodes.end(),
+                  [](const StoredNode& node) { return node.GetType() == NodeType::Unknown; });
+  if (mayBeOwned) {
+    findings.Error(
+        "stream-rest", place,
+        text + " Nodes of unknown types may own some, so that the model cannot be read.");
+  } else {
+    findings.Warning("stream-rest", place, text);
+  }
+}
+
 void ReportEnd(const StreamCursor& cursor, Place place, const char* what, Findings& findings) {
   place.mStream = cursor.GetName();
   place.mByte = cursor.GetPosition();

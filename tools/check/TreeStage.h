@@ -12,6 +12,12 @@ void ReadTreeRecords(Container& container, ModelContent& model, Findings& findin
 /// root.
 void CheckTreeLinks(const ModelContent& model, Findings& findings);
 
+/// Reports bytes after the last thing of a stream whose things belong to the nodes in their order.
+/// They are an error if nodes of unknown types may own some of them, because then every node may
+/// have got those of another one.
+void ReportRest(const StreamCursor& cursor, const ModelContent& model, const char* what,
+                Findings& findings);
+
 /// Tells that a stage stopped because a stream ends, or cannot be read, at the cursor's place.
 void ReportEnd(const StreamCursor& cursor, Place place, const char* what, Findings& findings);
 

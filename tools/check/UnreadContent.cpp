@@ -19,8 +19,9 @@ constexpr std::size_t kMostPerCode = 1000;
 
 /// Attribute names that are merely out of order are warnings, and kept.
 bool IsUnread(const Finding& finding) {
-  constexpr std::array<std::string_view, 6> kCodes = {"zero-byte", "record-key", "stream-rest",
-                                                      "light-gap", "node-type",  "unknown-stream"};
+  constexpr std::array<std::string_view, 7> kCodes = {"zero-byte",     "record-key", "stream-rest",
+                                                      "light-gap",     "node-type",  "node-version",
+                                                      "unknown-stream"};
   return std::find(kCodes.begin(), kCodes.end(), finding.mCode) != kCodes.end() ||
          (finding.mCode == "attribute-name" && finding.mSeverity == Severity::Error);
 }

@@ -1,8 +1,14 @@
 #pragma once
 
+#include <string>
+
 #include "Qov/Export.h"
 
 namespace QovJbf {
+
+/// Raises MiscellaneousError if another writer has locked the file at `path`. Leaves the file and
+/// its locks as they are; a path that cannot be opened for writing is not an error here.
+QOV_EXPORT void CheckOutputIsFree(const std::string& path);
 
 /// While an object of this class lives, outputs that this process closes stay locked, so that it
 /// can write them again before another one does. There is one such object at a time.

@@ -62,8 +62,11 @@ class QOV_EXPORT StreamReader {
   /// read before is raised again by every Read of another block.
   void Read(std::uint64_t offset, void* target, std::size_t n);
   /// Raises DamagedBlock if the block that Read read last does not match its checksum. After it
-  /// has returned, all bytes that Read delivered are sure.
+  /// has returned, all bytes that Read delivered are those that were written at their places in
+  /// blocks, but only VerifyBefore tells whether the blocks are where their lengths say.
   void Verify();
+  /// Returns the end of the bytes that Read delivered, the greatest offset if it went back.
+  std::uint64_t GetEndOfReads() const;
   /// Reads as Read does, but verifies all blocks that the bytes lie in before it returns. Raises
   /// what Read raises. A block for which there is no memory is decompressed twice, and a damaged
   /// one only once.

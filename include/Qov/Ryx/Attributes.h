@@ -58,7 +58,7 @@ class QOV_EXPORT Attributes {
   /// Makes a map of stored columns. Names are sorted, texts end before a zero byte, and
   /// of entries of the same name the first one is kept; QovJbf::GetReadLosses counts what is lost.
   /// Raises MismatchError if the columns disagree in length or a type index is unknown.
-  static Attributes FromColumns(const std::string& columns);
+  static Attributes FromColumns(std::string columns);
 
   operator AttributeMap() const;  // NOLINT(google-explicit-constructor)
 
@@ -94,7 +94,7 @@ class QOV_EXPORT Attributes {
   friend bool operator==(const Attributes& a, const Attributes& b);
 
  private:
-  explicit Attributes(const std::string& columns);
+  explicit Attributes(std::string columns);
   bool IsInOrder() const;
 
   std::shared_ptr<const std::string> mpColumns;  ///< Null for an empty map.

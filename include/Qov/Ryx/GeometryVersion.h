@@ -9,9 +9,12 @@ namespace QovRyx {
 /// The newest version of a geometry record whose layout is known.
 inline constexpr const char* kNewestGeometryVersion = "0.7";
 
-/// True for a version with a higher number than that: its layout cannot be known. The numbers
-/// before and after the point count as whole numbers, in every locale: "0.10" is newer than "0.7".
-/// A text that does not begin with two such numbers is not newer.
+/// Returns true if `version` has a higher number than `known`. The numbers before and after the
+/// point count as whole numbers, in every locale: "0.10" is newer than "0.7". A text that does not
+/// begin with two such numbers is not newer.
+QOV_EXPORT bool IsNewerVersion(const std::string& version, const std::string& known);
+
+/// Returns true for a version of a geometry record whose layout cannot be known.
 QOV_EXPORT bool IsNewerGeometryVersion(const std::string& version);
 
 }  // namespace QovRyx

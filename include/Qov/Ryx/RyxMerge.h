@@ -30,9 +30,9 @@ QOV_EXPORT int merge_viewpoints_with_ryx(const std::string& model,
                                          const std::string& output);
 
 /// Makes the checks of a run that merges the models, if there are several, and then adds the views,
-/// before anything is read or written: the output must not be one of the inputs, SOURCE_DATE_EPOCH
-/// must be usable, and the view-point files must be containers that can be opened. Returns 0, or 2
-/// after it wrote the error as the merges do.
+/// before anything is read or written: the output must not be one of the inputs or be written by
+/// another run, SOURCE_DATE_EPOCH must be usable, and the view-point files must be containers whose
+/// views can be read. Returns 0, or 2 after it wrote the error as the merges do.
 QOV_EXPORT int check_before_merge(const std::vector<std::string>& models,
                                   const std::vector<std::string>& viewPointFiles,
                                   const std::string& output);

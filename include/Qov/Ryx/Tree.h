@@ -24,6 +24,14 @@ namespace QovRyx {
 /// probe records differ.
 QOV_EXPORT extern bool g_b217Ryx;
 
+/// Content of a file that is not read and so left out of what is saved.
+struct UnreadContent {
+  std::uint64_t mCount = 0;
+  std::vector<std::string> mExamples;  ///< Descriptions of the first few.
+
+  QOV_EXPORT void Add(const std::string& description);
+};
+
 /// The id-keyed tree of a model. The root entry carries no node unless a model puts one there.
 using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
 
@@ -112,12 +120,16 @@ class QOV_EXPORT Tree {
   /// Returns the names of the streams that Load or Merge found last and no reader uses
   /// (StreamNames.h). Save does not write them.
   const std::vector<std::string>& GetUnknownStreams() const { return mUnknownStreams; }
+  /// Returns what the nodes of the file that was read last hold and no program of this version
+  /// reads: nodes of unknown types and newer versions, bytes after the last record of a stream.
+  const UnreadContent& GetUnreadContent() const { return mUnread; }
 
  private:
   void LoadFile(const std::string& path, IdMap& idMap, ReadMode mode);
   void MergeFile(const std::string& path);
   void OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets);
   std::uint32_t GetAttachParent();
+  void LoadViews(QovJbf::JbFile& file);
   void LoadGlobalInfo(QovJbf::JbFile& file);
   void LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent, bool wideOffsets);
   void ReadViews(QovJbf::JbFile& file);
@@ -141,6 +153,7 @@ class QOV_EXPORT Tree {
   Losses mLosses;
   std::string mFileVersion;
   std::vector<std::string> mUnknownStreams;
+  UnreadContent mUnread;
   std::vector<QovJbf::FileIdentity> mSources;  ///< The files that were loaded.
   std::vector<ModifierInfo> mModifiers;
   ModifierInfo mCurrentModifier;

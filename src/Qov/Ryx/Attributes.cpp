@@ -89,18 +89,38 @@ void CheckColumns(const std::array<std::string_view, kNumColumns>& columns) {
   }
 }
 
-/// An entry whose bytes live elsewhere.
+/// An entry whose bytes live elsewhere. Small, because a map can have millions of them.
 struct Entry {
-  std::string_view mName;
-  std::string_view mValue;  ///< The bytes of a number or a text.
+  Entry(std::string_view name, std::string_view value, unsigned char type)
+      : mpName(name.data()),
+        mpValue(value.data()),
+        mNameSize(static_cast<std::uint32_t>(name.size())),
+        mValueSize(static_cast<std::uint32_t>(value.size())),
+        mType(type) {}
+
+  std::string_view GetName() const { return {mpName, mNameSize}; }
+  /// Returns the bytes of a number or a text.
+  std::string_view GetValue() const { return {mpValue, mValueSize}; }
+  /// Returns how many bytes the entry takes in the columns.
+  std::size_t GetStoredSize() const {
+    return kCountSize + mNameSize + 1 + (mType == kString ? kCountSize : 0) + mValueSize;
+  }
+
+  const char* mpName;
+  const char* mpValue;
+  std::uint32_t mNameSize;
+  std::uint32_t mValueSize;
   unsigned char mType;
 };
 
 /// Makes the columns of entries, which are in the order of their names.
 std::string Encode(const std::vector<Entry>& entries) {
+  std::size_t size = kNumColumns * kCountSize;
+  for (const Entry& entry : entries) size += entry.GetStoredSize();
   std::string bytes;
+  bytes.reserve(size);
   Append(bytes, static_cast<std::uint32_t>(entries.size()));
-  for (const Entry& entry : entries) AppendText(bytes, entry.mName);
+  for (const Entry& entry : entries) AppendText(bytes, entry.GetName());
   Append(bytes, static_cast<std::uint32_t>(entries.size()));
   for (const Entry& entry : entries) bytes += static_cast<char>(entry.mType);
   for (const std::size_t type : kStoredOrder) {
@@ -110,9 +130,9 @@ std::string Encode(const std::vector<Entry>& entries) {
     for (const Entry& entry : entries) {
       if (!isOfType(entry)) continue;
       if (type == kString) {
-        AppendText(bytes, entry.mValue);
+        AppendText(bytes, entry.GetValue());
       } else {
-        bytes += entry.mValue;
+        bytes += entry.GetValue();
       }
     }
   }
@@ -130,16 +150,18 @@ std::string_view KeepUpToZero(std::string_view text) {
 
 /// Keeps the first of neighbours of one name; counts the others.
 void LeaveOutEqualNames(std::vector<Entry>& entries) {
-  std::vector<Entry> kept;
-  for (const Entry& entry : entries) {
-    if (kept.empty() || kept.back().mName != entry.mName) {
-      kept.push_back(entry);
-    } else {
-      QovJbf::GetReadLosses().AddEqualKey(std::string(entry.mName) + '\0' +
-                                          std::string(entry.mValue));
+  std::string_view last;
+  bool isFirst = true;
+  std::erase_if(entries, [&](const Entry& entry) {
+    const bool isEqual = !isFirst && entry.GetName() == last;
+    if (isEqual) {
+      QovJbf::GetReadLosses().AddEqualKey(std::string(entry.GetName()) + '\0' +
+                                          std::string(entry.GetValue()));
     }
-  }
-  entries = std::move(kept);
+    last = entry.GetName();
+    isFirst = false;
+    return isEqual;
+  });
 }
 
 std::string_view BytesOf(const std::string& text) { return text; }
@@ -153,7 +175,7 @@ std::string Encode(const AttributeMap& map) {
   entries.reserve(map.size());
   for (const auto& [name, value] : map) {
     const auto bytes = std::visit([](const auto& held) { return BytesOf(held); }, value);
-    entries.push_back({name, bytes, static_cast<unsigned char>(value.index())});
+    entries.emplace_back(name, bytes, static_cast<unsigned char>(value.index()));
   }
   return Encode(entries);
 }
@@ -179,18 +201,19 @@ AttributeValue Attributes::Iterator::GetValue() const {
   return std::string(TextAt(at));
 }
 
-Attributes::Attributes(const std::string& columns) {
+Attributes::Attributes(std::string columns) {
   if (Load<std::uint32_t>(columns.data()) == 0) return;
-  mpColumns = std::make_shared<const std::string>(columns);  // without spare memory
+  columns.shrink_to_fit();
+  mpColumns = std::make_shared<const std::string>(std::move(columns));
 }
 
 Attributes::Attributes(const AttributeMap& map) {
   if (!map.empty()) *this = Attributes(Encode(map));
 }
 
-Attributes Attributes::FromColumns(const std::string& columns) {
+Attributes Attributes::FromColumns(std::string columns) {
   CheckColumns(Cut(columns));
-  Attributes stored(columns);
+  Attributes stored(std::move(columns));
   if (stored.IsInOrder()) return stored;
   std::vector<Entry> entries;
   entries.reserve(stored.size());
@@ -198,12 +221,12 @@ Attributes Attributes::FromColumns(const std::string& columns) {
     const auto type = static_cast<unsigned char>(*it.mType);
     const char* value = it.mValues[type];
     const std::string_view bytes(value, SizeAt(value, type));
-    entries.push_back(
-        {KeepUpToZero(it.GetName()), type == kString ? KeepUpToZero(TextAt(value)) : bytes, type});
+    entries.emplace_back(KeepUpToZero(it.GetName()),
+                         type == kString ? KeepUpToZero(TextAt(value)) : bytes, type);
   }
   // Names of equal entries stand in memory in stored order.
   std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
-    return std::pair(a.mName, a.mName.data()) < std::pair(b.mName, b.mName.data());
+    return std::pair(a.GetName(), a.mpName) < std::pair(b.GetName(), b.mpName);
   });
   LeaveOutEqualNames(entries);
   return Attributes(Encode(entries));

@@ -100,7 +100,7 @@ void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, Attribu
     ReadColumn column{columns, elementSize};
     file.Require(key, column);
   }
-  attributes = Attributes::FromColumns(columns);
+  attributes = Attributes::FromColumns(std::move(columns));
 }
 
 void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, AttributeMap& attributes) {

@@ -5,6 +5,7 @@
 #include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
+#include "Remaining.h"
 
 // The descriptors of a geometry in the light stream: i32 count, then for each variable
 //   name: string
@@ -36,14 +37,6 @@ Layout GetLayout(const std::string& version) {
   if (version == "0.6") return Layout::NarrowOffsets;
   if (version == "0.5") return Layout::InlineValues;
   return Layout::Older;
-}
-
-/// The bytes of a block that are still to be read.
-struct Remaining {
-  std::uint32_t mNumBytes = 0;
-};
-void CopyFromBlock(const QovJbf::Block& block, Remaining& remaining) {
-  remaining.mNumBytes = block.GetRemaining();
 }
 
 class DescriptorWriter {

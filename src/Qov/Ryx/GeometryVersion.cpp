@@ -31,9 +31,13 @@ std::optional<Numbers> ParseVersion(std::string_view version) {
 
 }  // namespace
 
-bool IsNewerGeometryVersion(const std::string& version) {
+bool IsNewerVersion(const std::string& version, const std::string& known) {
   const auto numbers = ParseVersion(version);
-  return numbers && *numbers > *ParseVersion(kNewestGeometryVersion);
+  return numbers && *numbers > *ParseVersion(known);
+}
+
+bool IsNewerGeometryVersion(const std::string& version) {
+  return IsNewerVersion(version, kNewestGeometryVersion);
 }
 
 }  // namespace QovRyx

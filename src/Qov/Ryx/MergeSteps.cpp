@@ -37,6 +37,11 @@ void RefuseOutputAmongInputs(const std::vector<std::string>& inputs, const std::
   }
 }
 
+void ReportLeftOut(const std::string& line) {
+  Qov::Log::Trace(kMergeSource) << line;
+  std::cerr << line << std::endl;
+}
+
 void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams) {
   constexpr std::size_t kMostNames = 8;
   if (streams.empty()) return;
@@ -48,21 +53,37 @@ void ReportUnknownStreams(const std::string& path, const std::vector<std::string
     line += (i == 0 ? "" : ", ") + Qov::Util::Quote(streams[i]);
   }
   if (streams.size() > kMostNames) line += ", ...";
-  Qov::Log::Trace(kMergeSource) << line;
-  std::cerr << line << std::endl;
+  ReportLeftOut(line);
 }
+
+namespace {
+
+void ReportUnread(const std::string& path, const Tree& tree) {
+  ReportUnknownStreams(path, tree.GetUnknownStreams());
+  const UnreadContent& unread = tree.GetUnreadContent();
+  if (unread.mCount == 0) return;
+  std::string line = Qov::Util::Quote(path) + ": left out, because it cannot be read: ";
+  for (std::size_t i = 0; i < unread.mExamples.size(); ++i) {
+    line += (i == 0 ? "" : ", ") + unread.mExamples[i];
+  }
+  const std::uint64_t more = unread.mCount - unread.mExamples.size();
+  if (more != 0) line += " and " + std::to_string(more) + " more";
+  ReportLeftOut(line);
+}
+
+}  // namespace
 
 void LoadModel(Tree& tree, const std::string& path, Tree::ReadMode mode) {
   Qov::Log::Trace(kMergeSource) << "Loading " << Qov::Util::Quote(path) << " ...";
   Tree::IdMap idMap;
   tree.Load(path, idMap, mode, Tree::SupportedFileFormats::Ryx);
-  ReportUnknownStreams(path, tree.GetUnknownStreams());
+  ReportUnread(path, tree);
 }
 
 void MergeModel(Tree& tree, const std::string& path) {
   Qov::Log::Trace(kMergeSource) << "Merging " << Qov::Util::Quote(path) << " ...";
   tree.Merge(path, Tree::ReadMode::WithoutViews, Tree::SupportedFileFormats::Ryx);
-  ReportUnknownStreams(path, tree.GetUnknownStreams());
+  ReportUnread(path, tree);
 }
 
 void SaveModel(Tree& tree, const std::string& output) {

@@ -37,6 +37,9 @@ int RunMergeStep(Step step) {
 /// Raises MiscellaneousError if `output` is the same file as one of `inputs`.
 void RefuseOutputAmongInputs(const std::vector<std::string>& inputs, const std::string& output);
 
+/// Writes a line about content that is left out to standard error and to the log.
+void ReportLeftOut(const std::string& line);
+
 /// Writes one line to standard error, and to the log, about streams of a file that are left out
 /// because their names are unknown; nothing if there are none.
 void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams);

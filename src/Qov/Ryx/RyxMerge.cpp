@@ -10,6 +10,7 @@
 #include "HistoryDate.h"
 #include "MergeSteps.h"
 #include "MergeSummary.h"
+#include "Qov/Jbf/OutputLocks.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/InstanceNames.h"
@@ -73,9 +74,19 @@ std::string OpenViewPointFile(QovJbf::JbFile& file, const std::string& path) {
 
 bool HasVersionWithViews(const std::string& version) { return version != "0.1"; }
 
+/// Reads the views, so that a damaged file does not fail the run after the merge.
 void CheckViewPointFile(const std::string& path) {
   QovJbf::JbFile file;
-  if (HasVersionWithViews(OpenViewPointFile(file, path))) file.ReadIndex();
+  const std::string version = OpenViewPointFile(file, path);
+  if (!HasVersionWithViews(version)) return;
+  const FileVersionScope scope(version);
+  file.ReadIndex();
+  Tree views(false);
+  views.LoadViewPathVec(file);
+}
+
+void ReportNoViews(const std::string& path, const std::string& reason) {
+  ReportLeftOut(Qov::Util::Quote(path) + ": no views are taken: " + reason);
 }
 
 void AddViewPoints(Tree& tree, const std::string& path) {
@@ -86,6 +97,9 @@ void AddViewPoints(Tree& tree, const std::string& path) {
     const FileVersionScope scope(version);
     tree.LoadViewPathVec(file);
     ReportUnknownStreams(path, FindUnknownStreams(file.GetIndex().GetItems()));
+    if (!file.HasStream(kViewPoints)) ReportNoViews(path, "the file holds none");
+  } else {
+    ReportNoViews(path, "files of version 0.1 hold none that can be read");
   }
   file.CloseFile();
 }
@@ -155,6 +169,7 @@ int check_before_merge(const std::vector<std::string>& models,
   return RunMergeStep([&] {
     RefuseOutputAmongInputs(models, output);
     RefuseOutputAmongInputs(viewPointFiles, output);
+    QovJbf::CheckOutputIsFree(output);
     FormatHistoryDate();
     for (const std::string& path : viewPointFiles) {
       Qov::Util::Concerning(path, [&] { CheckViewPointFile(path); });

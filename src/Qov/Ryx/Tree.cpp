@@ -29,4 +29,9 @@ const Geometry::VarStruct* FindVariable(const NodeTree& nodes, const Geometry::L
   return &geometry->GetVariables()[link.mVariable];
 }
 
+void UnreadContent::Add(const std::string& description) {
+  constexpr std::size_t kMostExamples = 8;
+  if (++mCount <= kMostExamples) mExamples.push_back(description);
+}
+
 }  // namespace QovRyx

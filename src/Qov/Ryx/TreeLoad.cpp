@@ -24,7 +24,7 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 void TellLosses(const QovJbf::ReadLosses& lost, const std::string& path, const char* part) {
   const auto tell = [&](std::uint64_t count, const char* one, const char* many) {
     if (count == 0) return;
-    Qov::Log::Trace(kSource) << "\"" << path << "\", " << part << ": " << count
+    Qov::Log::Trace(kSource) << Qov::Util::Quote(path) << ", " << part << ": " << count
                              << (count == 1 ? one : many);
   };
   tell(lost.mNumEqualKeys, " map entry is left out because an earlier one has its key",
@@ -46,8 +46,8 @@ void CountLosses(QovJbf::ReadLosses& losses, const QovJbf::JbFile& file, const c
 void TellLegacyWriter(const std::vector<ModifierInfo>& history, const std::string& path) {
   const ModifierInfo* writer = FindLegacyWriter(history);
   if (writer == nullptr) return;
-  Qov::Log::Trace(kSource) << "\"" << path
-                           << "\": the probe records have the layout of the build \""
+  Qov::Log::Trace(kSource) << Qov::Util::Quote(path)
+                           << ": the probe records have the layout of the build \""
                            << writer->mApplicationVersion
                            << "\" and are kept; once another program is the last entry of the "
                               "history, readers no longer recognise them";
@@ -129,13 +129,20 @@ void Tree::LoadFile(const std::string& path, IdMap& idMap, ReadMode mode) {
   CountLosses(mLosses.mHistory, file, "history", [&] { LoadGlobalInfo(file); });
   LoadTree(file, idMap, attachParent, wideOffsets);
   UpdateBufferLinks();
-  if (mode == ReadMode::Everything && mFileVersion != "0.1") {
-    const FileVersionScope scope(mFileVersion);
-    LoadViewPathVec(file);
-  }
-  if (file.HasStream(kViewPoints)) TellLegacyWriter(mModifiers, path);
+  if (mode == ReadMode::Everything) LoadViews(file);
   CheckComplete(file);
   file.CloseFile();
+}
+
+void Tree::LoadViews(QovJbf::JbFile& file) {
+  if (!file.HasStream(kViewPoints)) return;
+  if (mFileVersion == "0.1") {
+    mUnread.Add("the views of a file of version 0.1");
+    return;
+  }
+  const FileVersionScope scope(mFileVersion);
+  LoadViewPathVec(file);
+  TellLegacyWriter(mModifiers, file.GetPath());
 }
 
 void Tree::MergeFile(const std::string& path) {
@@ -186,7 +193,7 @@ void Tree::LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachPare
                     bool wideOffsets) {
   CheckExpansion(file, kTreeStreams);
   CountLosses(mLosses.mModel, file, "model",
-              [&] { TreeReader(file, mNodes, attachParent, wideOffsets).Read(idMap); });
+              [&] { mUnread = TreeReader(file, mNodes, attachParent, wideOffsets).Read(idMap); });
 }
 
 void Tree::UpdateBufferLinks() {

@@ -4,8 +4,11 @@
 #include <utility>
 
 #include "Qov/Ryx/AttributesIo.h"
+#include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/StreamNames.h"
+#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
+#include "Remaining.h"
 #include "SharedArrays.h"
 
 // A tree stream: i32 count, then for each entry in ascending id order
@@ -25,6 +28,10 @@ bool IsOldest(const std::string& version) { return version == "0.1" || version =
 /// Layouts of a geometry record whose values lie in the heavy stream shuffled, at an offset.
 bool HasShuffledValues(const std::string& version) { return version == "0.6" || version == "0.7"; }
 
+std::string DescribeNode(std::uint32_t id, const std::string& name) {
+  return "node " + std::to_string(id) + " " + Qov::Util::Quote(name);
+}
+
 template <class T, std::size_t N>
 void RequireRaw(QovJbf::JbFile& file, std::array<T, N>& values) {
   file.RequireBytes(kLightData, values.data(), sizeof(values));
@@ -41,7 +48,7 @@ TreeReader::TreeReader(QovJbf::JbFile& file, NodeTree& nodes, std::uint32_t atta
       mBase(attachParent == 0 ? 0 : nodes.GetNextId() - 1),
       mpHeavy(file.OpenStreamReader(kHeavyData)) {}
 
-void TreeReader::Read(Tree::IdMap& idMap) {
+UnreadContent TreeReader::Read(Tree::IdMap& idMap) {
   std::int32_t count = 0;
   mFile.Require(kRyxTree, count);
   if (count < 1) Raise(kSource, ErrorType::ModelError, "The tree has no root");
@@ -57,6 +64,8 @@ void TreeReader::Read(Tree::IdMap& idMap) {
     NoteLostLinks(*loaded.mGeometry);
   }
   CheckShares();
+  CheckRests();
+  return std::move(mUnread);
 }
 
 /// Counts whole elements, because no others are stored.
@@ -125,11 +134,40 @@ std::unique_ptr<Node> TreeReader::ReadNode(const Record& record) {
   if (record.mType == "Shape") return ReadShape(record);
   if (record.mType == "Geometry") return ReadGeometry(record);
   if (record.mType == "NodeSets") return ReadNodeSets(record);
+  const std::string node = DescribeNode(record.mEntry.mId - mBase, record.mName) +
+                           " of the unknown type " + Qov::Util::Quote(record.mType);
+  if (record.mType != "FutureNode") mUnread.Add(node);
+  if (mFirstUnknown.empty()) mFirstUnknown = node;
   return std::make_unique<FutureNode>(record.mName);
+}
+
+void TreeReader::NoteNewerVersion(const Record& record, const std::string& known) {
+  if (!IsNewerVersion(record.mVersion, known)) return;
+  mUnread.Add(DescribeNode(record.mEntry.mId - mBase, record.mName) + " of the newer version " +
+              Qov::Util::Quote(record.mVersion));
+}
+
+/// The maps of "Attributes" and the materials of "Resources" belong to the nodes in their order, so
+/// that a node that leaves its own unread would leave them to the next one.
+void TreeReader::CheckRests() {
+  for (const std::string& stream : {kRyxTree, kAttributes, kResources}) {
+    Remaining rest;
+    if (!mFile.HasStream(stream)) continue;
+    mFile.Require(stream, rest);
+    if (rest.mNumBytes == 0) continue;
+    if (stream != kRyxTree && !mFirstUnknown.empty()) {
+      Raise(kSource, ErrorType::FormatNotSupported,
+            "The model cannot be read: " + mFirstUnknown + " may have " +
+                (stream == kAttributes ? "attributes" : "materials") +
+                ", which cannot be told from those of other nodes");
+    }
+    mUnread.Add("bytes after the last record of the stream " + Qov::Util::Quote(stream));
+  }
 }
 
 std::unique_ptr<Node> TreeReader::ReadGroup(const Record& record) {
   auto group = std::make_unique<Group>(record.mName);
+  NoteNewerVersion(record, group->GetVersion());
   if (IsOldest(record.mVersion)) return group;
   RequireRaw(mFile, group->mTranslation);
   RequireRaw(mFile, group->mRotation);
@@ -143,6 +181,7 @@ std::unique_ptr<Node> TreeReader::ReadGroup(const Record& record) {
 
 std::unique_ptr<Node> TreeReader::ReadShape(const Record& record) {
   auto shape = std::make_unique<Shape>(record.mName);
+  NoteNewerVersion(record, shape->GetVersion());
   if (!IsOldest(record.mVersion)) mFile.Require(kResources, shape->mMaterial.mValues);
   return shape;
 }
@@ -162,6 +201,7 @@ std::unique_ptr<Node> TreeReader::ReadGeometry(const Record& record) {
 
 std::unique_ptr<Node> TreeReader::ReadNodeSets(const Record& record) {
   auto sets = std::make_unique<NodeSets>(record.mName);
+  NoteNewerVersion(record, sets->GetVersion());
   sets->ReadLightData(mFile, kLightData);
   RequireHeavyStream();
   sets->LoadDataBlocks(mpHeavy, mpNumSetBytes);

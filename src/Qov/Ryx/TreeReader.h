@@ -17,7 +17,9 @@ class TreeReader {
   /// the model, and the file's root becomes a child of that entry.
   TreeReader(QovJbf::JbFile& file, NodeTree& nodes, std::uint32_t attachParent, bool wideOffsets);
 
-  void Read(Tree::IdMap& idMap);
+  /// Returns what was not read. Raises FormatNotSupported if nodes of unknown types may have
+  /// attributes, because they cannot be told from those of later nodes.
+  UnreadContent Read(Tree::IdMap& idMap);
 
  private:
   struct Record {
@@ -44,6 +46,8 @@ class TreeReader {
   void CheckShares() const;
   void Enter(Record record, bool isFirst);
   void RequireHeavyStream();
+  void NoteNewerVersion(const Record& record, const std::string& known);
+  void CheckRests();
   void MoveBehindSets();
 
   QovJbf::JbFile& mFile;
@@ -58,6 +62,8 @@ class TreeReader {
   /// Where the next values that stand inline lie, and the node sets that they come behind.
   std::uint64_t mInlineOffset = 0;
   const NodeSets* mPrecedingSets = nullptr;
+  UnreadContent mUnread;
+  std::string mFirstUnknown;  ///< The first node of an unknown type, for messages.
 };
 
 }  // namespace QovRyx
