@@ -30,7 +30,7 @@ int MergeModels(const CommandLine& commandLine, const std::vector<std::string>& 
   return QovRyx::merge_as_instances(models, output, true, autoRename, autoRename);
 }
 
-/// Throws what keeps the merged model from being copied to `copy`.
+/// Throws the error that the merged model cannot be copied to `copy`.
 [[noreturn]] void ThrowCopyError(const std::string& path, const std::string& copy,
                                  const boost::system::error_code& error) {
   if (error == boost::system::errc::file_exists) {
@@ -40,7 +40,7 @@ int MergeModels(const CommandLine& commandLine, const std::vector<std::string>& 
                            error.message());
 }
 
-/// Throws before a long merge if its copy would fail afterwards.
+/// Throws before the merge starts if the copy would fail after it, because a merge can take long.
 void CheckCopyIsNew(const std::string& output, const std::string& copy) {
   boost::system::error_code error;
   const auto status = boost::filesystem::symlink_status(copy, error);
@@ -51,7 +51,7 @@ void CheckCopyIsNew(const std::string& output, const std::string& copy) {
   ThrowCopyError(output, copy, error);
 }
 
-/// Removes what it wrote if it fails, because the next run would refuse it.
+/// Copies the file. Removes an incomplete copy, because the next run would refuse it.
 void CopyToNewFile(const std::string& path, const std::string& copy) {
   boost::system::error_code error;
   boost::filesystem::copy_file(path, copy, boost::filesystem::copy_options::none, error);

@@ -52,8 +52,8 @@ bool LeadsTo(const std::string& path, const struct stat& file) {
          status.st_ino == file.st_ino;
 }
 
-/// Returns true for an ordinary file that only its name here leads to: in a folder that all may
-/// write to, somebody else may have put a link or a pipe in its place.
+/// Returns true for an ordinary file with exactly one name. In a folder that every user can write
+/// to, another user may have put a link or a pipe there.
 bool IsSafe(int descriptor, const std::vector<std::string>& models) {
   struct stat status {};
   return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
@@ -62,9 +62,10 @@ bool IsSafe(int descriptor, const std::vector<std::string>& models) {
                       [&](const std::string& path) { return LeadsTo(path, status); });
 }
 
-/// Returns -1 if the file cannot be opened or must not be written to; it is then as before. The
-/// last part of the path is not followed if it is a link. The file is made before it is compared
-/// with the models, because an output that does not exist yet may lead to it.
+/// Opens the log file. Returns -1 if it cannot be opened or must not be written to; the file is
+/// unchanged then. Does not follow a link in the last part of the path. Creates the file before it
+/// is compared with the models, because the path of an output that does not exist yet may lead to
+/// it.
 int OpenLogFile(const std::string& path, const std::vector<std::string>& models) {
   constexpr mode_t kForAll = 0666;  // as far as the umask lets them
   constexpr int kFlags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;

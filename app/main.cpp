@@ -22,8 +22,8 @@ namespace {
 constexpr int kUsageError = 1;
 constexpr int kErrorOutsideMerges = 3;
 
-/// malloc reserves 64 MiB of address space for each thread, which is much where that is limited
-/// (ulimit -v).
+/// Limits malloc to one arena if the address space is limited (ulimit -v), because malloc reserves
+/// 64 MiB of address space for each thread.
 void SaveAddressSpace() {
   rlimit limit{};
   if (::getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
@@ -38,7 +38,7 @@ int Run(const std::string& program, const std::vector<std::string>& arguments) {
     return kUsageError;
   }
   SaveAddressSpace();
-  std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no further is an error to be told
+  std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is reported as an error
   std::vector<std::string> models = commandLine->mInputs;
   models.push_back(commandLine->mOutput);
   SetLogFile(models);
@@ -50,7 +50,7 @@ int Run(const std::string& program, const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   Qov::OccupyStandardStreams();
-  std::signal(SIGPIPE, SIG_IGN);  // a message that nobody reads does not stop a merge
+  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe must not stop a merge
   const std::string program = Qov::Util::EscapeName(argc > 0 ? argv[0] : "RyxMerge");
   const Qov::PrintableErrors printableErrors;
   try {

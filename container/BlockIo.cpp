@@ -23,7 +23,7 @@ void GetImage(Block& block, T& value) {
   block.Get(&value, sizeof value);
 }
 
-/// FNV-1a.
+/// Returns the FNV-1a hash.
 std::uint64_t HashOf(std::string_view bytes) {
   constexpr std::uint64_t kPrime = 0x100000001B3;
   std::uint64_t hash = 0xCBF29CE484222325;

@@ -10,10 +10,10 @@
 
 namespace QovJbf {
 
-/// The cache of decompressed blocks, which all readers of the process share: least recently used
-/// blocks are dropped first. It has room for a block of the usual size (200 MiB). It is used by
-/// readers that verify a block before they deliver from it, and by those that read backwards in
-/// one. All reading is done on one thread.
+/// The cache of decompressed blocks, which all readers of the process share. The least recently
+/// used blocks are dropped first. A block of the usual size (200 MiB) fits. Two kinds of readers
+/// use it: those that verify a block before they deliver values from it, and those that read
+/// backwards within a block. All reading is done on one thread.
 class InflatedBlocks {
  public:
   static constexpr std::uint64_t kMostBytes = std::uint64_t{256} << 20;
@@ -24,10 +24,10 @@ class InflatedBlocks {
   /// hold the block.
   bool Read(const void* owner, std::size_t block, std::uint64_t within, void* target,
             std::size_t n);
-  /// Drops blocks until one of `size` bytes fits, and returns memory for it; null if it is larger
-  /// than the cache or there is no memory.
+  /// Drops blocks until a block of `size` bytes fits and returns memory for it. Returns null if the
+  /// block is larger than the cache or if there is no memory.
   MallocBuffer MakeRoom(std::uint64_t size);
-  /// Adds a block in memory that MakeRoom returned for its size.
+  /// Adds a block. `content` is the memory that MakeRoom returned for `size`.
   void Add(const void* owner, std::size_t block, MallocBuffer content, std::uint64_t size);
   void DropThoseOf(const void* owner);
 
@@ -40,11 +40,11 @@ class InflatedBlocks {
   };
   using Entries = std::list<Entry>;
 
-  /// Counts what is kept for each block besides its content, because blocks can be tiny.
+  /// Returns the size with an allowance for the cache's own data, because blocks can be tiny.
   static std::uint64_t CostOf(std::uint64_t size) { return size + 256; }
   void Drop(Entries::iterator entry);
 
-  Entries mEntries;  ///< The most recently used one first.
+  Entries mEntries;  ///< The most recently used block comes first.
   std::map<Key, Entries::iterator> mPlaces;
   std::uint64_t mNumBytes = 0;
 };

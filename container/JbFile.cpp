@@ -61,7 +61,7 @@ JbFile::~JbFile() {
   try {
     mIndex.StopWriting();
   } catch (const std::exception&) {
-    // What was still to be written is lost with the file.
+    // Unwritten data is lost with the file.
   }
   if (mStream != nullptr) std::fclose(mStream);
 }

@@ -11,8 +11,8 @@ inline constexpr std::uint32_t kRawLengthSize = 4;
 /// `storedSize` bytes of a compressed block, length field included, can inflate to `rawLength`.
 void CheckRawLength(const char* source, std::uint32_t rawLength, std::uint32_t storedSize);
 
-/// Raises what a zlib result other than Z_OK means while inflating: MemoryAllocationError from
-/// `source` for Z_MEM_ERROR, else a DamagedBlock.
+/// Raises the error for a zlib result other than Z_OK from inflating: MemoryAllocationError from
+/// `source` for Z_MEM_ERROR, DamagedBlock for all others.
 [[noreturn]] void ThrowInflateError(const char* source, int zlibResult);
 
 /// Reports a stream that zlib refuses: a line with its result code on standard error, then a

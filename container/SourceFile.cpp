@@ -11,7 +11,7 @@ namespace QovJbf {
 
 namespace {
 
-// The source files that have a handle, the most recently used one first.
+// The source files that have a handle. The most recently used file comes first.
 std::list<SourceFile*>& GetOpenSources() {
   static std::list<SourceFile*> sources;
   return sources;

@@ -11,28 +11,28 @@ namespace QovJbf {
 
 /// A file that is read again and again over a long time, without keeping a handle open for it.
 ///
-/// All source files of the process share kMaximumOpenSources handles; when one more is needed,
-/// the least recently used file loses its own, and opens it again when it is next read. Every
-/// error is a ReadError.
+/// All source files of the process share kMaximumOpenSources handles. If one more is needed, the
+/// handle of the least recently used file is closed; that file is opened again when it is next
+/// read. Every error is a ReadError.
 class SourceFile {
  public:
   static constexpr std::size_t kMaximumOpenSources = 24;
 
-  /// `identity` was taken when the file was first opened.
+  /// Takes the identity that the file had when it was first opened.
   explicit SourceFile(FileIdentity identity);
   ~SourceFile();
   SourceFile(const SourceFile&) = delete;
   SourceFile& operator=(const SourceFile&) = delete;
 
-  /// Reads `n` bytes at `position`. Raises also if the file had to be opened again and has changed
-  /// since it was first opened.
+  /// Reads `n` bytes at `position`. If the file has to be opened again, also raises if it has
+  /// changed since it was first opened.
   void Read(std::uint64_t position, void* target, std::size_t n);
 
   const FileIdentity& GetIdentity() const { return mIdentity; }
   std::uint64_t GetLength() const { return mIdentity.GetSize(); }
   const std::string& GetPath() const { return mIdentity.GetPath(); }
 
-  /// Closes the handle of the least recently used file; false if none has one.
+  /// Closes the handle of the least recently used file. Returns false if no file has a handle.
   static bool CloseOldest();
 
  private:
@@ -43,8 +43,8 @@ class SourceFile {
   std::FILE* mFile = nullptr;
 };
 
-/// Returns what `open` returns. Takes handles from source files and tries again while it fails
-/// because the process has none left.
+/// Returns the result of `open`. While `open` fails because the process has no handles left, closes
+/// handles of source files and tries again.
 template <class Open, class IsOpen>
 auto RetryWithFewerHandles(const Open& open, const IsOpen& isOpen) {
   while (true) {
@@ -54,7 +54,7 @@ auto RetryWithFewerHandles(const Open& open, const IsOpen& isOpen) {
   }
 }
 
-/// Opens a file for reading; null if that fails.
+/// Opens a file for reading. Returns null if that fails.
 std::FILE* OpenSharingHandles(const std::string& path);
 
 }  // namespace QovJbf

@@ -26,7 +26,8 @@ constexpr const char* kThreadsVariable = "RYXMERGE_THREADS";
 constexpr unsigned kMostThreads = 256;
 constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
-/// A system file. Its numbers are those of the C locale, whatever the process has set.
+/// A file of the operating system. Its numbers are read in the C locale, whichever locale the
+/// process has set.
 class SystemFile : public std::ifstream {
  public:
   explicit SystemFile(const std::string& path) {
@@ -43,7 +44,7 @@ std::optional<std::uint64_t> ReadNumber(const std::string& path) {
   return static_cast<std::uint64_t>(number);
 }
 
-/// The number after `key` in a file of lines that begin with "key number".
+/// Returns the number after `key` in a file of lines that begin with "key number".
 std::optional<std::uint64_t> ReadEntry(const std::string& path, const std::string& key) {
   SystemFile file(path);
   for (std::string line; std::getline(file, line);) {
@@ -206,7 +207,7 @@ unsigned GetThreadCount(std::uint64_t blockSize, const MachineShare& share) {
 
 std::uint64_t GetThreadSpace() {
   constexpr std::uint64_t kUsualStack = std::uint64_t{8} << 20;
-  constexpr std::uint64_t kHeap = std::uint64_t{64} << 20;  // malloc reserves one for each thread
+  constexpr std::uint64_t kHeap = std::uint64_t{64} << 20;  // malloc reserves it for each thread
   pthread_attr_t attributes;
   if (pthread_getattr_default_np(&attributes) != 0) return kUsualStack + kHeap;
   std::size_t stack = kUsualStack;

@@ -15,23 +15,24 @@ class MachineShare {
   /// Processors, at least 1: those that the process may run on, or fewer if it may use only so
   /// much of their time.
   unsigned CountProcessors() const;
-  /// Bytes of memory that can be had without swapping and within the limits of the process;
-  /// UINT64_MAX if the system does not tell.
+  /// Returns the bytes of memory that are available without swapping and within the limits of the
+  /// process. Returns UINT64_MAX if the system does not report them.
   std::uint64_t GetFreeMemory() const;
-  /// Bytes of address space that the limits of the process leave it; UINT64_MAX without limits.
+  /// Returns the bytes of address space that the limits of the process leave. Returns UINT64_MAX
+  /// without limits.
   std::uint64_t GetFreeAddressSpace() const;
 
  private:
   std::string mRoot;
 };
 
-/// Returns how many threads are to compress blocks of `blockSize` bytes: as many as
-/// RYXMERGE_THREADS says, else one for each processor, but no more than half of the free memory can
-/// feed. In any case no more than fit with their stacks into half of the address space that the
-/// process may still use.
+/// Returns the number of threads that compress blocks of `blockSize` bytes. RYXMERGE_THREADS sets
+/// it. Without that variable it is the number of processors, but at most as many as half of the
+/// free memory can supply. In both cases the threads with their stacks must fit into half of the
+/// address space that the process may still use.
 unsigned GetThreadCount(std::uint64_t blockSize, const MachineShare& share = MachineShare());
 
-/// Bytes of address space that a thread takes for itself.
+/// Returns the bytes of address space that a thread takes.
 std::uint64_t GetThreadSpace();
 
 /// Bytes of chunks in use that keep so many threads busy with `length` bytes in blocks of

@@ -45,8 +45,8 @@ bool HaveSameBytes(const QovJbf::Block& a, const QovJbf::Block& b) {
          (a.GetSize() == 0 || std::memcmp(a.GetData(), b.GetData(), a.GetSize()) == 0);
 }
 
-/// A walker that reads a record and finds out whether it is in the form in which it is written:
-/// with sizes, no older tags, keys in ascending order and no zero bytes in texts.
+/// A walker that reads a record and checks that the record has the form in which it is written:
+/// with sizes, current tags, keys in ascending order and no zero bytes in texts.
 class FormCheck {
  public:
   FormCheck(QovJbf::Block& block, const std::string& tag, bool& isWrittenForm)

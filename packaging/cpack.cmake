@@ -1,5 +1,5 @@
-# The Debian packages, one a component of install.cmake: `cpack -G DEB`, or scripts/package.sh, which
-# builds below /usr and checks them too.
+# The Debian packages, one for each component of install.cmake: `cpack -G DEB`, or
+# scripts/package.sh, which builds below /usr and also checks them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ryxmerge)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -27,8 +27,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "library for ryx model files (shared library)
 A ryx model file holds a model for 3D viewing of simulation and design data.
 This library reads, merges and writes them.")
-# The first file tells dpkg-shlibdeps which package has the library, the second updates the linker's
-# cache without a maintainer script.
+# dpkg-shlibdeps finds the package of the library in the first file. The second file updates the
+# linker's cache without a maintainer script.
 configure_file(${debianFiles}/shlibs.in shlibs @ONLY)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_BINARY_DIR}/shlibs ${debianFiles}/triggers)

@@ -1,12 +1,12 @@
 include(CMakePackageConfigHelpers)
 
-# Three components: programs, the shared library (runtime), and what builds other programs with it
-# (development).
+# Three components: programs, the shared library (runtime), and the files for building other
+# programs with it (development).
 install(TARGETS RyxMerge ryx COMPONENT programs)
 install(TARGETS qov_shared EXPORT RyxMergeTargets
         LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
         FILE_SET HEADERS COMPONENT development)
-# An export of its own, because only the static library needs others when it is linked.
+# A separate export, because only the static library needs other libraries when it is linked.
 install(TARGETS qov_static EXPORT RyxMergeStaticTargets
         ARCHIVE COMPONENT development FILE_SET HEADERS COMPONENT development)
 

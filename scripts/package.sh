@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the Debian packages into build/packages and checks them.
+# Installs missing tools, builds the Debian packages into build/packages and checks them.
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-# lintian brings many packages with it, so it checks only where it is installed, and in CI.
+# lintian depends on many packages, so it runs only where it is installed, and in CI.
 packages=("${build_packages[@]}" dpkg-dev file)
 [[ -z "${CI:-}" ]] || packages+=(lintian)
 install_packages "${packages[@]}"
@@ -20,7 +20,7 @@ for package in build/packages/*.deb; do
   dpkg-deb --info "$package"
 done
 if command -v lintian >/dev/null; then
-  # As root lintian warns that it should not run so.
+  # lintian warns if it runs as root.
   lintian --fail-on error,warning --allow-root build/packages/*.deb
 fi
 

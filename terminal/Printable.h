@@ -4,8 +4,8 @@
 
 namespace Qov {
 
-/// Passes text on to another buffer as Util::MakePrintable makes it. Characters of several bytes
-/// must come in one piece.
+/// Passes text through Util::MakePrintable to another buffer. All bytes of a character must be
+/// written at once.
 class PrintableBuffer : public std::streambuf {
  public:
   explicit PrintableBuffer(std::streambuf* target) : mpTarget(target) {}

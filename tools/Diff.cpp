@@ -120,7 +120,7 @@ void AddResultNames(const QovRyx::Tree& tree, std::set<std::string>& names) {
                           });
 }
 
-/// Raises ElementNotFound, with the names that there are, for a tolerance that fits no result.
+/// Raises ElementNotFound, with the existing names, for a tolerance that matches no result.
 void RefuseUnused(const Tolerances& tolerances, const QovRyx::Tree& a, const QovRyx::Tree& b) {
   std::set<std::string> names;
   AddResultNames(a, names);

@@ -120,7 +120,7 @@ void DumpCommand::CheckChoice() const {
         "--material, --attributes, --node-set, --stream or --blocks");
 }
 
-/// The format that the ending of a file's name stands for; empty if it stands for none.
+/// Returns the format for the ending of a file's name; empty if the ending is not known.
 std::string FormatOfEnding(const std::string& path) {
   constexpr std::array<std::pair<const char*, const char*>, 4> kEndings = {
       {{".npy", "npy"}, {".csv", "csv"}, {".json", "json"}, {".txt", "text"}}};
@@ -130,7 +130,8 @@ std::string FormatOfEnding(const std::string& path) {
   return "";
 }
 
-/// The bytes of a stream are written as they are, whatever the file is called.
+/// Sets the format from the ending. A stream ignores the ending, because its bytes are not
+/// formatted.
 void DumpCommand::TakeFormatFromEnding() {
   const std::string format = FormatOfEnding(mOutputPath);
   if (format.empty() || (mStream && !mBlocks)) return;

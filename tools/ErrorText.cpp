@@ -10,10 +10,10 @@ namespace Qov::Tools {
 
 namespace {
 
-/// Returns a message of the library with the bytes that its \xNN stand for: it is escaped again,
-/// for where it goes.
+/// Returns a message of the library with \xNN replaced by the bytes, because the output escapes it
+/// again.
 std::string RestoreNames(std::string_view text) {
-  constexpr std::size_t kLength = 4;  // of \xNN
+  constexpr std::size_t kLength = 4;  // length of \xNN
   std::string restored;
   while (!text.empty()) {
     const std::string_view token = text.substr(0, text.starts_with("\\x") ? kLength : 1);

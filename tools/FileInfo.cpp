@@ -78,7 +78,7 @@ std::vector<std::string> StreamLines(const ContainerInfo& container, const TextS
   return table.GetLines();
 }
 
-/// The count and the names of the streams that no reader uses; empty if there are none.
+/// Returns the count and the names of the streams that no reader uses; empty if there are none.
 std::string UnknownText(const ContainerInfo& container, const TextStyle& style) {
   constexpr std::size_t kRoom = 60;
   std::uint64_t count = 0;

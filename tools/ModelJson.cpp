@@ -18,7 +18,7 @@ namespace {
 
 using QovRyx::Geometry;
 
-/// A document is in memory as a whole, so a node shows no more sets than this.
+/// The most sets that a node shows, because a document is in memory completely.
 constexpr std::size_t kMostSetsInJson = 200000;
 
 /// Makes the parts that belong to nodes.

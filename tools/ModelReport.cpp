@@ -62,7 +62,7 @@ std::string NodeReport::Label(const TreeWalk::Step& step) const {
   return Bold(Escape(node->GetName(), mStyle), mStyle) + " " + Dim(mark, mStyle);
 }
 
-/// Shows a table of `numRows` rows, which are made twice instead of being kept.
+/// Shows a table of `numRows` rows. Makes each row twice instead of keeping all rows in memory.
 template <class MakeRow>
 void ShowTable(TextTable table, std::size_t numRows, const MakeRow& makeRow, const Sink& sink) {
   if (numRows == 0) return;

@@ -15,7 +15,7 @@ namespace {
 constexpr std::array<const char*, 6> kActionTypes = {"rotate", "move",           "transform",
                                                      "colour", "applyViewPoint", "playAudio"};
 
-/// A word; the number of a type that is not known.
+/// Returns the name of the type, or its number if it is not known.
 Json PrintActionType(int type) {
   if (type < 0) return "invalid";
   const auto position = static_cast<std::size_t>(type);

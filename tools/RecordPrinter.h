@@ -37,7 +37,7 @@ class FieldPrinter {
 
 /// A record that is kept as bytes: its tag, their number and their hex digits.
 Json PrintKept(const QovRyx::OpaqueRecord& record);
-/// Adds the tag and the unknown bytes that a record keeps to its fields, if it keeps them.
+/// Adds the tag and the unknown bytes to the fields of a record that keeps them.
 void PrintOrigin(const QovRyx::RecordOrigin& record, Json& fields);
 /// Each action with its type; null for an empty slot.
 Json PrintActions(const QovRyx::ActionList& actions);

@@ -6,9 +6,9 @@
 
 namespace Qov::Tools {
 
-/// Replaces `values` by those of the array. Returns only after their checksums and, in addition to
-/// what NumericArray::GetValues does, their place in the file were verified, so that a value that
-/// was not stored is never shown. Raises what NumericArray::GetValues raises.
+/// Replaces `values` by those of the array. Returns only after their checksums are verified, as
+/// NumericArray::GetValues does, and also their place in the file, so that a value that was not
+/// stored is never shown. Raises the errors of NumericArray::GetValues.
 template <class T>
 void GetSureValues(const QovRyx::NumericArray& array, std::vector<T>& values) {
   if (array.GetLoader()) array.GetLoader()->VerifyPlace();

@@ -24,11 +24,11 @@ class TextTable {
 
   /// One cell a column, escaped.
   void AddRow(Row cells);
-  /// The headings and the added rows, without trailing blanks.
+  /// Returns the headings and the added rows, without trailing blanks.
   Lines GetLines() const;
 
-  /// For tables of any length: widens the columns for a row that is not kept. When all rows are
-  /// measured, GetLinesOf gives the lines of each.
+  /// Widens the columns for a row that is not kept, for tables of any length. After all rows are
+  /// measured, GetLinesOf returns the lines of each row.
   void Measure(const Row& cells);
   Row GetHeadings() const;
   Lines GetLinesOf(const Row& cells) const;

@@ -15,8 +15,8 @@ namespace {
 using QovRyx::Geometry;
 using QovRyx::Tree;
 
-/// The load case or time step follows the name after a character that terminals do not show. Other
-/// control characters could steer the terminal.
+/// Returns the name with a visible separator before the load case or time step, because terminals
+/// do not show the separator. Replaces other control characters, which could control the terminal.
 std::string Readable(std::string name) {
   std::replace(name.begin(), name.end(), '\x1E', '|');
   std::replace_if(
@@ -25,7 +25,7 @@ std::string Readable(std::string name) {
   return name;
 }
 
-/// Loading a model reads no array; this reads and verifies one, and forgets it when it returns.
+/// Reads and verifies one array, which loading a model does not, and frees it on return.
 template <class T>
 void PrintRange(const QovRyx::NumericArray& array) {
   std::vector<T> values;

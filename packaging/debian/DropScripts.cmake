@@ -1,5 +1,5 @@
-# Run by cpack on the finished packages: takes out the maintainer scripts that cpack writes for
-# shared libraries. They call ldconfig, which the trigger of the package does already.
+# Run by cpack on the finished packages: removes the maintainer scripts that cpack writes for
+# shared libraries, because the trigger of the package already calls ldconfig.
 find_program(dpkgDeb dpkg-deb REQUIRED)
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
   set(tree ${package}.tree)

@@ -1,5 +1,5 @@
-# Run by cpack on the trees that it is about to pack, one a component: adds the files that Debian
-# requires of every package and compresses what Debian wants compressed.
+# Run by cpack on the trees that it packs, one for each component: adds the files that Debian
+# requires in every package and compresses those that Debian requires to be compressed.
 function(prepare root package)
   set(documents ${root}/share/doc/${package})
   file(MAKE_DIRECTORY ${documents})

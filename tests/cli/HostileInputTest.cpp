@@ -154,8 +154,8 @@ TEST_F(HostileInput, LittleCannotBeMadeIntoAnyAmount) {
   EXPECT_EQ(Run({"check", mDir / "zeros.ryx"}).mStatus, 1);
 }
 
-/// However well it compresses.
-TEST_F(HostileInput, WhatAMergeWritesCanBeReadAgain) {
+/// Uses inputs that compress well.
+TEST_F(HostileInput, OutputsOfMergesCanBeReadAgain) {
   constexpr std::size_t kViews = kIsSlow ? 2000 : 60000;
   constexpr std::size_t kCommon = kIsSlow ? 60 : 600;
   constexpr std::size_t kInstances = kIsSlow ? 50 : 500;

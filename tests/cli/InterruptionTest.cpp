@@ -32,7 +32,8 @@ class Interruption : public RyxProgram {
   }
   std::string ReadInputs() const { return ReadFile(mInputs[0]) + ReadFile(mInputs[1]); }
 
-  /// The output without its history, which holds the date: the first block and all before it.
+  /// Returns the output up to and including its first block, without the history, which holds the
+  /// date.
   std::string ReadHeavyData() const {
     constexpr std::size_t kSizeOfFirst = 16 + 4 + 133;
     constexpr std::size_t kFirst = 2800;
@@ -63,8 +64,8 @@ TEST_F(Interruption, ByAFullDiskIsTold) {
   EXPECT_EQ(Merge().mStatus, 2);
 }
 
-/// Several threads take more memory than one: whatever one can merge, the others can, too.
-TEST_F(Interruption, ByShortMemoryComesNoSoonerWithThreads) {
+/// Several threads take more memory than one, but must merge everything that one thread can merge.
+TEST_F(Interruption, ByShortMemoryDoesNotDependOnThreads) {
   if (kIsSanitized) GTEST_SKIP() << "the address space cannot be limited";
   for (const std::string& input : mInputs) SavePlate(input, {"Stress|LC1", "Heat|LC1"}, 0, 400000);
   const rlim_t limits[] = {64, 72, 80, 88, 96, 112, 128, 256, 800};
@@ -86,7 +87,7 @@ TEST_F(Interruption, ByShortMemoryComesNoSoonerWithThreads) {
   EXPECT_GT(numMerged, 2U);
 }
 
-TEST_F(Interruption, ByAnotherWriterOfTheOutputIsToldAndHarmsNothing) {
+TEST_F(Interruption, ByAnotherWriterOfTheOutputIsReported) {
   SaveViewPointFile(mDir / "v.vpt", "walk");
   WriteFile(mOutput, "another run's");
   const int other = ::open(mOutput.c_str(), O_RDWR | O_CLOEXEC);

@@ -70,8 +70,8 @@ class RyxCheck : public RyxProgram {
     });
   }
 
-  /// Expects that each line of damages "STREAM: DAMAGE; ..." by itself leads to the findings below
-  /// it in a golden file.
+  /// Expects that each line "STREAM: DAMAGE; ..." of a golden file causes the findings below that
+  /// line.
   void ExpectFindings(const std::string& golden, const Streams& sound,
                       const std::string& version = "1.3") const {
     ExpectAfterEachLine(golden, [&](const std::string& damages) {

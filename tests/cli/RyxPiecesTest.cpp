@@ -46,7 +46,7 @@ TEST(RyxEscape, TakesOnlyWellFormedUtf8ForText) {
   EXPECT_EQ(Escape(std::string("\0\x1F\x7F", 3), kUtf8Terminal), "\\x00\\x1F\\x7F");
 }
 
-TEST(RyxEscape, NamesWhatCannotBeSeen) {
+TEST(RyxEscape, EscapesInvisibleCharacters) {
   for (const char32_t code :
        U"\x9F\u00AD\u061C\u180E\u200B\u2029\u202E\u2064\u206A\u206F\uFDD0\uFEFF\uFFF9"
        U"\U0001FFFE\U000E0001\U000E007F\U0010FFFF") {

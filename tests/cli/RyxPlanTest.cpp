@@ -35,8 +35,8 @@ TEST_F(RyxPlan, TellsWhatInstancesShareAndLeaveOutAndWhatStandsInTheWay) {
   ExpectTranscript("plan.txt");
 }
 
-/// Each kind of warning, in the plan and, where the output shows it, in the recount.
-TEST_F(RyxPlan, WarnsOfWhatMayNotBeMeant) {
+/// Covers each kind of warning in the plan and, if the output shows it, in the recount.
+TEST_F(RyxPlan, WarnsOfUnexpectedEffects) {
   Plate("first.ryx", {"Stress|LC1"});
   Streams streams = ReadStreams(mDir / "first.ryx");
   DamageStreams(streams, "Notes: 0 + 78; Ryx Tree: Plate+-9 = 07; Ryx Tree: Plate+0 + 0078");

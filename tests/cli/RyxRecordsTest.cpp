@@ -7,7 +7,7 @@
 #include "support/Files.h"
 #include "support/Streams.h"
 
-/// Files with what only newer programs know, and with what readers leave out.
+/// Files with data that only newer programs know, and with data that readers leave out.
 namespace Qov::Test {
 namespace {
 
@@ -65,7 +65,7 @@ class RyxRecords : public LedgerTest {
     return text;
   }
 
-  /// How many differences a recount finds after `plant` has changed the output.
+  /// Returns the number of differences that a recount finds after `plant` has changed the output.
   std::uint64_t CountDifferences(const Strings& inputs, void (*plant)(Tree& output)) {
     const Tools::MergeRequest request = Tools::MakeMergeRequest({}, inputs, mOutput);
     const auto read = Tools::LoadInputs(request);
@@ -125,7 +125,7 @@ TEST_F(RyxRecords, UnknownTagsBytesAndActionsAreKeptAndShown) {
   }
 }
 
-TEST_F(RyxRecords, EqualKeysAndCutTextsAreToldByEveryTool) {
+TEST_F(RyxRecords, EqualKeysAndCutTextsAreReportedByEveryTool) {
   const std::string lossy = SaveWithLosses("lossy.ryx", 'a');
   const std::string other = SaveWithLosses("other.ryx", 'b');
   const std::string plain = SavePlain("plain.ryx");
@@ -142,7 +142,7 @@ TEST_F(RyxRecords, EqualKeysAndCutTextsAreToldByEveryTool) {
   ASSERT_EQ(Merge({}, inputs), 0);
   const Outcome verdict = Verify({}, inputs);
   EXPECT_THAT(verdict.mOut, HasSubstr("unread-content"));
-  // Views of further models are not taken, so that nothing of them is lost.
+  // Views of further models are left out, so their losses are not counted.
   ASSERT_EQ(Merge({}, {plain, other}), 0);
   const Outcome furtherViews = Verify({}, {plain, other});
   EXPECT_THAT(furtherViews.mOut, testing::Not(HasSubstr("text after a zero byte")));

@@ -146,8 +146,8 @@ TEST_F(RyxVerify, FindsEachFault) {
   ExpectGolden("verify_faults.txt", found);
 }
 
-/// Faults in the bytes of an output, most of which no loaded model shows.
-TEST_F(RyxVerify, FindsWhatProgramsDropOnLoading) {
+/// Damages bytes of an output; most of the faults are not visible in a loaded model.
+TEST_F(RyxVerify, FindsDataThatProgramsDropOnLoading) {
   Strings inputs;
   for (const std::uint32_t seed : {1U, 2U}) {
     inputs.push_back(SaveModel("in" + std::to_string(seed) + ".ryx", [seed](Tree& tree) {

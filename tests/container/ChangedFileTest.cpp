@@ -8,7 +8,7 @@
 #include "Qov/Jbf/OutputLocks.h"
 #include "container/SourceFile.h"
 
-/// Files that somebody else changes while they are read or written.
+/// Files that another program changes while they are read or written.
 namespace QovJbf {
 namespace {
 
@@ -45,7 +45,7 @@ class ChangedFileTest : public testing::Test {
 
 TEST_F(ChangedFileTest, IsNoticedWheneverTheInputIsOpenedOrClosed) {
   const std::string other = mFolder / "other";
-  // Each changes one of device and inode, size, and time, and no other.
+  // Each change affects only one of device and inode, size, and time.
   const std::function<void()> changes[] = {[&] {
                                              Write(other);
                                              SetTimes(other, GetTimes(mPath));
@@ -140,7 +140,7 @@ TEST_F(ChangedFileTest, StaysLockedBetweenTwoSaves) {
   EXPECT_FALSE(IsLockedForOthers());
 }
 
-TEST_F(ChangedFileTest, FailsAnOutputThatItsPathNoLongerLeadsTo) {
+TEST_F(ChangedFileTest, ReplacedOutputFails) {
   const std::string other = mFolder / "other";
   const std::function<void()> changes[] = {[&] { std::filesystem::remove(mPath); },
                                            [&] {

@@ -149,7 +149,7 @@ TEST_F(DamagedStreamTest, InflatesNothingThatItPassesOver) {
   EXPECT_EQ(part, mContent.substr(70000, 1000));
 }
 
-/// Two blocks of 1000 bytes; the content of the first or the length that it declares is damaged.
+/// Two blocks of 1000 bytes. The content of the first block or its stored length is damaged.
 class TwoBlocksTest : public DamagedStreamTest {
  protected:
   TwoBlocksTest() {
@@ -184,7 +184,7 @@ TEST_F(TwoBlocksTest, NoByteIsDeliveredBeforeItsBlockIsVerified) {
   EXPECT_THROW(damaged->VerifyBefore(1000), DamagedBlock);
   damaged->VerifyBefore(999);
 
-  // The second block is sound, but does not begin where the first one says.
+  // The second block is sound, but does not begin at the offset that the first block implies.
   const auto longer = OpenWith(kBlock, Image(1001U));
   EXPECT_EQ(ReadSure(*longer, 1001, 10), mContent.substr(1000, 10));
   EXPECT_THROW(longer->VerifyBefore(1001), DamagedBlock);

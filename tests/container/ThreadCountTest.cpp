@@ -115,7 +115,7 @@ TEST_F(ThreadCountTest, FitsTheThreadsIntoTheLimitsOfTheProcess) {
   EXPECT_EQ(Share().GetFreeAddressSpace(), 49 * kMegabyte);
   write(megabytes(5), megabytes(5));
   EXPECT_EQ(Share().GetFreeAddressSpace(), 0U);
-  // Two threads fit in with their chunks, but not with their stacks as well.
+  // Two threads fit with their chunks, but not with their stacks as well.
   const std::uint64_t needed = 2 * (300 + 2 * GetThreadSpace() / kMegabyte);
   write(megabytes(10 + needed - 1), "unlimited");
   EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), 1U);

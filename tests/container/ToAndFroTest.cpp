@@ -11,7 +11,7 @@ std::uint64_t gInflated = 0;
 
 }  // namespace
 
-// The linker sends the library's calls of zlib here.
+// The linker redirects the library's calls of zlib to these functions.
 extern "C" {
 int __real_inflate(z_streamp stream, int flush);
 
@@ -56,8 +56,8 @@ TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
   EXPECT_LT(reader->GetNumInVain(), 6 * content.size());
 }
 
-/// Reads a stream in order, in pieces of about that size, verified or not, and returns how many
-/// bytes were decompressed for it.
+/// Reads a stream in order, in pieces of about that size, verified or not. Returns the number of
+/// bytes that were decompressed for it.
 std::uint64_t CostOfReading(StreamReader& reader, std::uint64_t piece, bool verified) {
   gInflated = 0;
   std::string bytes(piece, '\0');

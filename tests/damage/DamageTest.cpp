@@ -89,7 +89,7 @@ class SpokenText {
   std::FILE* mStream;
 };
 
-/// What ryx makes of its arguments.
+/// The status and the output of a ryx command.
 struct Said {
   int mStatus = 0;
   std::string mOut;
@@ -291,9 +291,9 @@ TEST_P(Damage, EveryNumberOfEveryStream) {
   }
 }
 
-/// A checksum stands at the end of each block, after all values in it: none of them may be shown
-/// before it was compared.
-TEST_P(DamageOfThePlate, NoOtherValuesAreShownAsSound) {
+/// The checksum is at the end of each block, after all its values: none of them may be shown before
+/// the checksum is verified.
+TEST_P(DamageOfThePlate, DamagedValuesAreNeverShownAsSound) {
   constexpr std::size_t kNumFlips = kIsSlow ? 40 : 200;
   const ScopedEnvironment blocks("TELMORAX_MAX_RYX_BLOCK_SIZE", "400");
   QovRyx::Tree tree("PlateMaker", "1.0", false);

@@ -135,7 +135,7 @@ TEST_P(FaultLoop, EndsWithAMessageAndNothingToBeTakenForAModel) {
     EXPECT_GT(n, 1U);  // else no call came by where it can be made to fail
     EXPECT_EQ(ReadInputs(), mInputs);
   }
-  // A merge goes on with one thread if several get no memory.
+  // A merge continues with one thread if there is no memory for several.
   const Call call = std::get<1>(GetParam()).mCall;
   const bool isMemory = call == Call::Memory || call == Call::Zlib;
   if (isMemory && std::get<2>(GetParam()) != "1") {

@@ -14,8 +14,8 @@
 namespace Qov::Test {
 namespace {
 
-/// Memory that zlib does not get says nothing about the file.
-TEST(ZlibMemory, IsNotToldAsDamage) {
+/// A failed allocation in zlib does not mean that the file is damaged.
+TEST(ZlibMemory, FailureIsNotReportedAsDamage) {
   constexpr std::uint64_t kFirstBlock = 2800;
   const TempDir folder;
   const std::string path = folder / "a.ryx";

@@ -1,7 +1,7 @@
 # cmake -D BUILD_DIR=... -D WORK_DIR=... -D SOURCE_DIR=... -D CXX=...
 #       -D GENERATOR=... -D MAKE_PROGRAM=... -P InstallTest.cmake
 #
-# Installs into a prefix of its own, builds the examples against that prefix alone, and compares
+# Installs into a separate prefix, builds the examples against that prefix alone, and compares
 # their output. The examples are built with the generator of the build itself, because make, CMake's
 # default, may be missing.
 set(prefix ${WORK_DIR}/prefix)

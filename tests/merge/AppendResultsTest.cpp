@@ -77,7 +77,8 @@ TEST_F(AppendingResults, LinksToOtherGeometriesLeadToTheSameResults) {
   EXPECT_THAT(VariableTexts(otherTarget), ElementsAre("X", "Y|1", "Z|1 -> 2,6"));
 }
 
-/// Geometries 2 and 3 go to geometries and 4 stays behind. Chains lead through all of them.
+/// Geometries 2 and 3 are appended to geometries; 4 is not appended. Chains of links contain all
+/// three.
 class AppendingChains : public testing::Test {
  protected:
   AppendingChains() {
@@ -116,7 +117,7 @@ class AppendingChains : public testing::Test {
   Tree mFrom{false};
 };
 
-TEST_F(AppendingChains, LinksMoveOrGiveWayToAllThatTheySharedInTheEnd) {
+TEST_F(AppendingChains, LinksMoveOrAreReplacedByTheSharedValues) {
   AppendResults(mFrom, mInto, true);
   EXPECT_THAT(Last(VariableTexts(Target(2)), 6),
               ElementsAre("far|1", "farther|1 -> 3,2", "near|1 -> 2,9", "round|1", "lost|1 -> 3,7",
@@ -128,7 +129,7 @@ TEST_F(AppendingChains, LinksMoveOrGiveWayToAllThatTheySharedInTheEnd) {
   EXPECT_TRUE(Target(2).GetVariables()[13].mLeadsNowhere);
 }
 
-TEST_F(AppendingChains, OfOtherInstancesOnlyLinksWithinOneGeometryLoseTheirValues) {
+TEST_F(AppendingChains, OtherInstancesLoseValuesOnlyOfLinksWithinOneGeometry) {
   DroppedResults dropped;
   AppendOtherInstanceResults(mFrom, mInto, dropped);
   EXPECT_EQ(dropped.mLinkedToThemselves, 1U);  // near|1; lost chain|1 had none

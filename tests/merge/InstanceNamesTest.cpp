@@ -99,7 +99,7 @@ TEST_F(InstanceNames, ResultsWhoseValuesAreSharedAlreadyStayAsTheyAre) {
   EXPECT_EQ(dropped.mReplaced, 1U);
 }
 
-/// The time of an algorithm that follows each chain to its end is some minutes.
+/// Takes minutes with an algorithm that follows each chain to its end.
 TEST_F(InstanceNames, ChainsOfAnyLengthAreFollowed) {
   constexpr std::uint32_t kMany = 50000;
   const auto name = [](std::uint32_t i) { return "R" + std::to_string(i); };

@@ -13,7 +13,7 @@ bool ReachesStepByStep(const std::vector<LinkForest::Vertex>& parents, LinkFores
   return from == to;
 }
 
-TEST(LinkForest, ReachesWhatAWalkFromParentToParentReaches) {
+TEST(LinkForest, ReachesAllAncestors) {
   std::mt19937 random(1);
   for (const LinkForest::Vertex size : {2U, 5U, 60U}) {
     LinkForest forest;
@@ -34,7 +34,7 @@ TEST(LinkForest, ReachesWhatAWalkFromParentToParentReaches) {
   }
 }
 
-TEST(LinkForest, TakesTimeInProportionOnChainsThatMoveAsAWhole) {
+TEST(LinkForest, TakesLittleTimeToMoveLongChains) {
   constexpr LinkForest::Vertex kSize = 200000;
   LinkForest forest;
   for (LinkForest::Vertex i = 1; i <= kSize; ++i) {

@@ -72,7 +72,7 @@ TEST_F(AddShape, KeepsWhatIsReadFromAFileThatNobodyHoldsAnyMore) {
   EXPECT_EQ(moved.str(), built.str());
 }
 
-TEST_F(AddShape, ResultsKeepTheValuesThatTheyShareOverAnyChain) {
+TEST_F(AddShape, ResultsKeepValuesSharedThroughAnyChain) {
   constexpr std::uint32_t kMesh = PlateIds::kGeometry;
   constexpr std::uint32_t kOther = PlateIds::kSets + 2;
   AddNode<Shape>(mSource, NodeTree::kRootId, "Second");
@@ -87,7 +87,7 @@ TEST_F(AddShape, ResultsKeepTheValuesThatTheyShareOverAnyChain) {
   other.AppendVariable(MakeLinked("to mesh", {kMesh, 4}));
   other.AppendVariable(MakeCarrier("far", 60));
   other.AppendVariable(MakeLinked("to far", {kMesh, 6}));
-  // What stands where the links led in the source is another result.
+  // The places that the links named in the source hold other results here.
   auto& stranger = AddNode<Geometry>(mTree, NodeTree::kRootId, "Stranger");
   for (std::uint32_t i = 0; i != 100; ++i) stranger.AppendVariable(MakeCarrier("stranger", i));
   mTree.AddShape(mSource, PlateIds::kShape, "Cuts");

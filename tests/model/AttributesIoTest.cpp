@@ -27,7 +27,7 @@ TEST(AttributesIo, WritesSixColumnsWithTheStringsLast) {
             "01000000020000006d6d");    // string
 }
 
-/// As other programs may store them.
+/// Reads attributes in a form that other programs may store.
 TEST(AttributesIo, SortsNamesAndKeepsTheFirstOfEqualOnes) {
   const Qov::Test::TempDir dir;
   QovJbf::JbFile written;

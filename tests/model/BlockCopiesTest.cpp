@@ -127,7 +127,7 @@ TEST_F(BlockCopiesTest, CheckLengthsAndNothingElse) {
     std::fstream(mDir / "a.ryx", std::ios::in | std::ios::out | std::ios::binary)
         .seekp(at)
         .put(byte);
-    std::filesystem::last_write_time(mDir / "a.ryx", time);  // else the change would be noticed
+    std::filesystem::last_write_time(mDir / "a.ryx", time);  // otherwise the change is detected
   };
   overwrite(2800 + 1000, '?');
   EXPECT_NO_THROW(SaveCopied(tree, mDir / "copied.ryx"));

@@ -97,8 +97,8 @@ TEST(HeavyPass, SharedBytesStaySharedAndNeverStandForAnyAmount) {
   }
 }
 
-/// Arrays of no whole element are stored without bytes, however many there are.
-TEST(HeavyPass, PartsOfElementsCountForNothing) {
+/// Any number of arrays without a complete element is stored without bytes.
+TEST(HeavyPass, IncompleteElementsAreNotStored) {
   const TempDir dir;
   Tree tree(false);
   Geometry& geometry = AddNode<Geometry>(tree, 1, "Mesh");

@@ -108,7 +108,7 @@ TEST(Save, RefusesAFileThatIsStillReadFrom) {
   EXPECT_EQ(ReadStreams(dir / "a.ryx"), before);
 }
 
-/// Does something when the first array of a model has been written.
+/// Runs an action after the first array of a model has been written.
 class DuringSave : public ProgressListener {
  public:
   explicit DuringSave(std::function<void()> action) : mAction(std::move(action)) {
@@ -187,8 +187,8 @@ TEST(SaveDeathTest, StopsAtANodeThatIsNotWhatItSays) {
   }
 }
 
-/// What is written can be read again, or is refused.
-TEST(Save, WritesNothingThatIsTooMuchToLoad) {
+/// Every file that is written can be read again; other models are refused.
+TEST(Save, RefusesModelsThatAreTooLargeToLoad) {
   const TempDir dir;
   const auto limitTo = [](std::size_t limit) {
     return ScopedEnvironment("RYXMERGE_LOAD_LIMIT", std::to_string(limit));
@@ -219,7 +219,7 @@ TEST(Save, WritesNothingThatIsTooMuchToLoad) {
   }
 }
 
-TEST(Load, PutsEntriesWithoutAParentBeneathTheGroup) {
+TEST(Load, PutsEntriesWithoutAParentBelowTheGroup) {
   const TempDir dir;
   Tree tree(false);
   NodeTree::Node entry;
@@ -360,7 +360,7 @@ TEST(Load, KeepsTheViewsOfSampleFilesByteForByte) {
   }
 }
 
-/// What loading a file logs as progress.
+/// Returns the progress messages that loading a file logs.
 std::string TraceOfLoading(Tree& tree, const std::string& path) {
   std::ostringstream trace;
   auto& manager = Util::SingletonHolder<Log::Manager>::Instance();
@@ -406,7 +406,7 @@ void Overwrite(std::string& bytes, const std::string& from, const std::string& t
   }
 }
 
-TEST_F(SpoiltModel, HoldsKeysTwiceAndTextsWithZeroBytes) {
+TEST_F(SpoiltModel, HasEqualKeysAndTextsWithZeroBytes) {
   Tree tree("viewer", "1-more", false);
   auto group = std::make_unique<Group>("parts");
   group->mAttributes = {{"key1", 1.0}, {"key2", 2.0}, {"key3", 3.0}};

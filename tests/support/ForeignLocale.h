@@ -10,8 +10,8 @@
 
 namespace Qov::Test {
 
-/// While the object lives, numbers in C++ streams have a decimal comma and spaces between groups
-/// of digits.
+/// Makes numbers in C++ streams have a decimal comma and spaces between groups of digits while the
+/// object exists.
 class ForeignStreams {
  public:
   ForeignStreams()
@@ -30,8 +30,8 @@ class ForeignStreams {
   std::locale mBefore;
 };
 
-/// While the object lives, the C library reads and writes numbers with a decimal comma, if a locale
-/// that says so can be made.
+/// Makes the C library read and write numbers with a decimal comma while the object exists, if such
+/// a locale can be created.
 class DecimalComma {
  public:
   explicit DecimalComma(const TempDir& folder) {

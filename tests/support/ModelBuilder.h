@@ -54,7 +54,7 @@ inline QovRyx::Geometry::VarStruct MakeLinked(const std::string& name,
   return variable;
 }
 
-/// A result of whole numbers, with a number of its own in each field that is only carried.
+/// Returns a result of integers, with a different number in each carried field.
 inline QovRyx::Geometry::VarStruct MakeCarrier(const std::string& name, std::uint32_t start) {
   QovRyx::Geometry::VarStruct variable = MakeVariable(
       name, 12, QovRyx::NumericArray::Of(std::vector<std::uint32_t>{start, start + 1, 7, 8}, 2));

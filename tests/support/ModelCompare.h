@@ -47,7 +47,7 @@ inline void Describe(std::ostream& out, const QovRyx::Geometry::VarStruct& varia
   out << "\n";
 }
 
-/// All of a variable but its name, kind, flag and attributes, which a link has of its own.
+/// Describes a variable without its name, kind, flag and attributes, which a link does not share.
 inline std::string DescribeValues(QovRyx::Geometry::VarStruct variable) {
   variable.mName.clear();
   variable.mKind = 0;

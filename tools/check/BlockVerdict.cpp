@@ -20,7 +20,7 @@ constexpr std::uint32_t kLengthSize = 4;
 constexpr std::uint64_t kLargestRatio = 1032;
 constexpr std::uint64_t kSlack = 64;
 
-/// Memory that is short says nothing about the file, so it is not a finding.
+/// Raises MemoryAllocationError if zlib had no memory, because that is not a fault of the file.
 void RaiseIfMemoryIsShort(int result) {
   if (result == Z_MEM_ERROR) {
     Util::Raise(kSource, Util::Exception::ErrorType::MemoryAllocationError);

@@ -17,9 +17,9 @@ struct BlockVerdict {
   std::uint32_t mNumTrailing = 0;  ///< Bytes of the block behind its zlib stream.
 };
 
-/// The block must lie in the file. Its content is appended to `content` unless that is null;
-/// nothing but a few buffers is held otherwise. Raises MemoryAllocationError if zlib gets no
-/// memory.
+/// Decompresses and checks a block, which must be inside the file. Appends its content to `content`
+/// unless that is null; otherwise keeps only a few buffers in memory. Raises MemoryAllocationError
+/// if there is no memory for zlib.
 BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
                           QovJbf::Block* content = nullptr);
 

@@ -23,11 +23,11 @@ class Container {
 
   /// False if nothing more can be said about the file.
   bool Check();
-  /// Opens the streams of a file that the programs can load, without a check of its blocks. Returns
+  /// Opens the streams of a file that the programs can load, without checking its blocks. Returns
   /// false if the file is unfinished.
   bool OpenUnchecked();
-  /// Returns true if the save of a container did not end: the index is written last. Reads the
-  /// header and the index only.
+  /// Returns true if the save of a container did not end, because its index, which is written last,
+  /// is missing. Reads only the header and the index.
   static bool IsUnfinished(const std::string& path);
 
   const std::string& GetVersion() const { return mVersion; }

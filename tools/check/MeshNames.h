@@ -26,7 +26,7 @@ inline MeshName SplitName(std::string_view name) {
   return {base, name.substr(separator + 1)};
 }
 
-/// Returns true for the base names of the arrays that make a mesh, ids included.
+/// Returns true for the base names of the mesh arrays, including ids.
 inline bool IsMeshBase(std::string_view base) {
   return base == kCoordinates || base == kConnectivity || base == kPolylength ||
          base == kElementIds || base == kNodeIds || base == kPartElements;

@@ -109,7 +109,7 @@ void RecordCheck::TakeUnknownAction(std::uint16_t type, const std::string& path)
   const Frame frame = OpenFrame(path);
   const std::uint32_t numBytes = frame.mEnd - mBlock.GetPosition();
   mBlock.SetPosition(frame.mEnd);
-  // Programs write an action that does not exist as the type -1 with an empty record.
+  // Programs write an empty slot as the type -1 with an empty record.
   const bool isEmpty = frame.mTag == QovRyx::InvalidAction::kTag && numBytes == 0;
   if (isEmpty && type == static_cast<std::uint16_t>(QovRyx::InvalidAction::kType)) return;
   mFindings.Warning("action-type", At(frame.mStart, path),

@@ -44,7 +44,7 @@ class RecordCheck {
   void CheckEnd(const Frame& frame, std::string_view current, const std::string& path);
   Place At(std::uint32_t position, const std::string& path) const;
   void ReportLost(const Frame& frame, const std::string& path);
-  /// Passes over the record of an action without a class.
+  /// Skips the record of an action without a class.
   void TakeUnknownAction(std::uint16_t type, const std::string& path);
   std::uint32_t TakeCount();
   /// As readers take a text: what follows a zero byte is dropped, which is reported.

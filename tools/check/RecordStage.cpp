@@ -15,8 +15,8 @@
 namespace Qov::Tools {
 namespace {
 
-/// Takes a record out of a stream, checks it and returns its bytes. Throws EndReached or Abandoned
-/// where the next one cannot be found.
+/// Takes a record from a stream, checks it and returns its bytes. Throws EndReached or Abandoned if
+/// the next record cannot be found.
 template <class T>
 QovJbf::Block TakeRecord(StreamCursor& cursor, Place place, Findings& findings) {
   place.mStream = cursor.GetName();
@@ -36,7 +36,8 @@ QovJbf::Block TakeRecord(StreamCursor& cursor, Place place, Findings& findings) 
   return block;
 }
 
-/// Decodes an entry of the history; without a name if it is damaged, which its check has reported.
+/// Decodes an entry of the history. Returns an entry without a name if it is damaged, because its
+/// check has already reported that.
 QovRyx::ModifierInfo DecodeEntry(QovJbf::Block block) {
   QovRyx::ModifierInfo entry;
   try {
@@ -47,7 +48,8 @@ QovRyx::ModifierInfo DecodeEntry(QovJbf::Block block) {
   return entry;
 }
 
-/// Reports probe records in the layout of a legacy build, which a merge hides from other readers.
+/// Reports probe records in the layout of a legacy build, because other readers do not recognise it
+/// after a merge.
 void ReportLegacyWriter(const std::vector<QovRyx::ModifierInfo>& history, Findings& findings) {
   const QovRyx::ModifierInfo* writer = QovRyx::FindLegacyWriter(history);
   if (writer == nullptr) return;

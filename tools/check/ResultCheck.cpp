@@ -23,7 +23,8 @@ struct MeshCounts {
   std::set<std::uint64_t> mElements;
   std::uint64_t mMostCorners = 0;
 
-  /// Where nothing tells the number of elements, any number up to that of their corners fits.
+  /// Returns true if a result of `count` tuples fits. If the number of elements is unknown, accepts
+  /// any number up to the number of their corners.
   bool Fits(std::uint64_t count) const {
     return mPoints.contains(count) || mElements.contains(count) ||
            (mElements.empty() && count <= mMostCorners);
@@ -46,7 +47,8 @@ MeshCounts CountMeshes(const StoredNode& geometry, ResultLinks& links) {
   return counts;
 }
 
-/// Returns true for arrays whose length says nothing about the points or elements, or defines it.
+/// Returns true for arrays whose length defines the number of points or elements or does not depend
+/// on it.
 bool IsMeshArray(std::string_view base) {
   return IsMeshBase(base) && base != kNodeIds && base != kElementIds;
 }

@@ -41,7 +41,7 @@ std::uint32_t PassOverPiece(StreamCursor& cursor, std::uint64_t elementSize) {
   return count;
 }
 
-/// Reads the joined names; returns how many bytes they have. Reports the first zero byte.
+/// Reads the joined names and returns their number of bytes. Reports the first zero byte.
 std::uint32_t TakeNames(StreamCursor& cursor, const StoredNode& node, Findings& findings) {
   const std::uint32_t length = cursor.TakeCount(1);
   std::array<char, 4096> piece{};

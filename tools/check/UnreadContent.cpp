@@ -17,7 +17,8 @@ namespace {
 
 constexpr std::size_t kMostPerCode = 1000;
 
-/// Attribute names that are merely out of order are warnings, and kept.
+/// Returns true for data that programs drop. Unsorted attribute names are only warnings, and
+/// programs keep those attributes.
 bool IsUnread(const Finding& finding) {
   constexpr std::array<std::string_view, 7> kCodes = {"zero-byte",     "record-key", "stream-rest",
                                                       "light-gap",     "node-type",  "node-version",
@@ -47,7 +48,7 @@ std::vector<Finding> FindUnreadContent(const std::string& path) {
   try {
     RunStages(path, findings);
   } catch (const std::exception&) {
-    // What cannot be read is reported by those who load the file.
+    // The loading of the file reports data that cannot be read.
   }
   std::vector<Finding> unread;
   std::copy_if(findings.GetKept().begin(), findings.GetKept().end(), std::back_inserter(unread),

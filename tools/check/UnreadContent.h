@@ -7,12 +7,13 @@
 
 namespace Qov::Tools {
 
-/// Finds what the programs drop when they load a file: what follows a zero byte in a text, further
-/// entries of one key, types of unknown nodes, bytes that belong to nothing, streams of unknown
-/// name. A merge cannot carry it, and a comparison of loaded models cannot see it.
+/// Finds the data that the programs drop when they load a file: bytes after a zero byte in a text,
+/// further entries with the same key, types of unknown nodes, bytes that belong to no item, streams
+/// of unknown name. A merge cannot carry this data, and a comparison of loaded models cannot see
+/// it.
 ///
-/// The file must be one that loads. Of each kind at most 1000 are returned. Returns none for a
-/// file that is not a container.
+/// The file must be one that can be loaded. Returns at most 1000 findings of each kind, and none
+/// for a file that is not a container.
 std::vector<Finding> FindUnreadContent(const std::string& path);
 
 }  // namespace Qov::Tools

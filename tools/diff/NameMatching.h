@@ -16,7 +16,7 @@ class NameMatching {
     for (const auto& thing : listOfB) Add(thing.mName);
   }
   NameMatching() = default;
-  /// Adds the next thing of B.
+  /// Adds the next item of B.
   void Add(std::string_view name) { mLeft.emplace(name, mLeft.size()); }
 
   /// The position in B of what the next thing of A is matched with, if there is any.

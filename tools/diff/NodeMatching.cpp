@@ -77,8 +77,8 @@ void NodeMatching::ReportOrder(const NodePair& parent) {
       MakeDifference(parent, "order", "the order of the nodes beneath it differs"));
 }
 
-/// The nodes are matched along first children and next siblings. The other links of a sound tree
-/// follow from these; here they are compared where they do not.
+/// Compares the links that do not agree with the first children and next siblings, along which
+/// nodes are matched. In a sound tree all other links follow from these two.
 void NodeMatching::CompareLinks() {
   for (const NodePair& pair : mPairs) mIdsInB.emplace(GetA(pair).mId, GetB(pair).mId);
   CompareLinks({PathTree::kTop, PathTree::kTop});

@@ -45,7 +45,7 @@ class NodeMatching {
   const DiffOptions& mOptions;
   DiffReport& mReport;
   std::vector<NodePair> mPairs;
-  std::unordered_map<std::uint32_t, std::uint32_t> mIdsInB;  ///< Of matched nodes, by A's id.
+  std::unordered_map<std::uint32_t, std::uint32_t> mIdsInB;  ///< Ids of matched nodes, by A's id.
 };
 
 }  // namespace Qov::Tools

@@ -24,7 +24,7 @@ class PathTree {
     std::size_t mParent = 0;
     std::vector<std::size_t> mChildren;
     std::size_t mNumBeneath = 0;
-    bool mIsAstray = false;  ///< No link that was followed leads to it.
+    bool mIsAstray = false;  ///< Not reached by the links that are followed.
   };
 
   static constexpr std::size_t kTop = 0;

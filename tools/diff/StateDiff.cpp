@@ -30,7 +30,7 @@ class StateComparison {
     mReport.mDifferences.push_back(std::move(difference));
   }
 
-  /// Reports what readers leave out of one file only: it cannot be compared.
+  /// Reports data that readers leave out of only one file, because it cannot be compared.
   void CompareLosses(const char* part, const QovJbf::ReadLosses& a, const QovJbf::ReadLosses& b) {
     if (a == b) return;
     Add("left-out",

@@ -6,8 +6,8 @@
 
 namespace Qov::Tools {
 
-/// Compares the streams of two files that no reader uses: their names and their bytes. Adds a
-/// difference for each that is in one file only, differs or cannot be read.
+/// Compares the streams of two files that no reader uses by their names and bytes. Adds a
+/// difference for each stream that is in only one file, differs or cannot be read.
 void CompareUnknownStreams(const std::string& pathA, const std::string& pathB, DiffReport& report);
 
 }  // namespace Qov::Tools

@@ -46,7 +46,7 @@ bool ParseLimits(std::string_view text, Tolerance& tolerance) {
   }
 }
 
-/// A pattern with the separator as it is shown in a pipe.
+/// Returns the pattern with the separator in the form that a pipe shows.
 std::string PipePattern(const std::string& pattern) {
   constexpr std::string_view kMark = "\u241E";
   const std::string separator = Escape(std::string(1, QovRyx::kInstanceSeparator), {});
@@ -67,7 +67,8 @@ bool FitsText(const std::string& text, const std::string& pattern, const TextSty
   return fnmatch(pattern.c_str(), Escape(text, style).c_str(), FNM_NOESCAPE) == 0;
 }
 
-/// A name as it is shown fits even if it holds characters of patterns, such as "Stress [MPa]".
+/// Returns true if the name matches. A name as shown always matches itself, even if it contains
+/// pattern characters, such as "Stress [MPa]".
 bool Fits(const std::string& text, const std::string& pattern) {
   constexpr TextStyle kAscii{.mTerminal = true};
   const std::string pipePattern = PipePattern(pattern);

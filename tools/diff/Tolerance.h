@@ -19,8 +19,8 @@ struct Tolerance {
   bool Accepts(float a, float b) const;
 };
 
-/// A tolerance for the results whose names fit a pattern: a name as ryx shows it, on a terminal or
-/// in a pipe, or the same without the instance part. *, ? and [...] may stand for parts of it.
+/// A tolerance for the results whose names match a pattern: a name as ryx shows it, on a terminal
+/// or in a pipe, or the same without the instance part. The pattern may contain *, ? and [...].
 struct NamedTolerance {
   std::string mPattern;
   Tolerance mTolerance;
@@ -30,13 +30,14 @@ struct NamedTolerance {
 /// MiscellaneousError for anything else.
 NamedTolerance ParseNamedTolerance(const std::string& text);
 
-/// Returns true for a finite number that is not negative, which it reads into `value`.
+/// Reads a number into `value`. Returns true if it is finite and not negative.
 bool ParseMagnitude(std::string_view text, double& value);
 
 /// What holds for which result.
 class Tolerances {
  public:
-  /// Returns the first pattern that fits none of the names; null if all fit some.
+  /// Returns the first pattern that matches none of the names; null if every pattern matches a
+  /// name.
   const std::string* FindUnused(const std::set<std::string>& names) const;
   void SetDefault(const Tolerance& tolerance) { mDefault = tolerance; }
   void Add(NamedTolerance tolerance) { mNamed.push_back(std::move(tolerance)); }

@@ -39,7 +39,8 @@ std::vector<std::size_t> FindName(const std::vector<Candidate>& candidates,
   return found;
 }
 
-/// "Stress, Strain, ..."; `describe` makes the text of one of `count` things.
+/// Returns a list such as "Stress, Strain, ..."; `describe` returns the text of one of `count`
+/// items.
 template <class Describe>
 std::string ListText(std::size_t count, Describe describe) {
   constexpr std::size_t kMost = 10;
@@ -89,7 +90,7 @@ std::string ShortName(const Candidate& candidate) {
                             Unescape(word), found.size(), ListText(found.size(), describe)));
 }
 
-/// The results whose names without the instance part are that.
+/// Returns the positions of the results whose names without the instance part are `base`.
 std::vector<std::size_t> FindInstances(const std::vector<Candidate>& candidates,
                                        const std::string& base) {
   std::vector<std::size_t> found;

@@ -15,9 +15,9 @@ struct Candidate {
   std::string mName;
 };
 
-/// Returns the position of the candidate with that number, or else with that name. `noun` says in
-/// errors what is looked for. Raises ElementNotFound if there is none, with what there is, or more
-/// than one of that name.
+/// Returns the position of the candidate with that number, else with that name. `noun` is the term
+/// for a candidate in errors. Raises ElementNotFound if there is no such candidate, and lists the
+/// existing ones, or if several have that name.
 std::size_t Choose(const std::vector<Candidate>& candidates, const std::string& word,
                    const std::string& noun);
 
@@ -38,8 +38,8 @@ struct ChosenResult {
   std::size_t mPosition = 0;
   bool mIsOnlyInstance = false;  ///< The word is its name without the instance part.
 };
-/// Returns the result of that position or name, or the only one whose name without the instance
-/// part is that. Raises what Choose raises; if several are instances of it, the error lists them.
+/// Returns the result with that position or name, or the only result with that name without the
+/// instance part. Raises the errors of Choose. If several instances match, the error lists them.
 ChosenResult ChooseResult(const QovRyx::Geometry& geometry, const std::string& word);
 
 }  // namespace Qov::Tools

@@ -10,7 +10,7 @@
 namespace Qov::Tools {
 namespace {
 
-/// Returns true for a container, and for a file that is called like one: the oldest view-point
+/// Returns true for a container, and for a file with the name of one, because the oldest view-point
 /// files do not begin with the magic.
 bool IsModelOrViews(const std::string& path) {
   std::error_code error;
@@ -21,7 +21,7 @@ bool IsModelOrViews(const std::string& path) {
     file.OpenFile(path, "rb");
     return file.IsJbFile();
   } catch (const std::exception&) {
-    return false;  // opening it for writing tells why
+    return false;  // opening it for writing reports the cause
   }
 }
 

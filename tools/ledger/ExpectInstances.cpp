@@ -129,7 +129,7 @@ void InstanceExpecter::TakeFurther(const InputFile& input, std::size_t position)
   for (const auto& [id, names] : shared) Share(id, names, position, chains);
 }
 
-/// Makes the values that the result shared its own, with the kind's high byte.
+/// Replaces the link of the result by the shared values, with the kind's high byte.
 void Unlink(ExpectedResult& result, LinkFollower<Result>& follower) {
   result.mpValues = follower.Follow(*result.mpSource);
   result.mKindHighByte = result.mpValues == nullptr ? 0 : result.mpValues->mKindHighByte;
@@ -178,7 +178,7 @@ void InstanceExpecter::Share(std::uint32_t id, const MergedNames& names, std::si
   }
 }
 
-/// Makes the first result of the name a link, unless it holds the values that are to be shared.
+/// Makes the first result of that name a link, unless it holds the values to be shared.
 void InstanceExpecter::ShareOne(std::uint32_t id, const std::string& name,
                                 const std::string& primaryName, std::size_t position,
                                 ExpectedChains& chains) {

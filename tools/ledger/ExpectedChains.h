@@ -10,20 +10,20 @@
 
 namespace Qov::Tools {
 
-/// Which places of an expected model the chains of links lead over while results are shared.
+/// Finds the places on chains of links in an expected model while results are shared.
 class ExpectedChains {
  public:
   using Place = QovRyx::Geometry::Link;
 
   explicit ExpectedChains(ExpectedModel& model) : mModel(model) {}
 
-  /// Returns true if the chain from `start` leads over `place`, or begins there.
+  /// Returns true if `place` is `start` or is on the chain from `start`.
   bool LeadsTo(const Place& start, const Place& place) {
     const Vertex from = Find(start);
     return mForest.Reaches(from, Find(place));
   }
 
-  /// Updates the chains after the result at `place` got another link.
+  /// Updates the chains after the link of the result at `place` was changed.
   void Update(const Place& place) {
     const auto known = mVertices.find({place.mNode, place.mVariable});
     if (known == mVertices.end()) return;

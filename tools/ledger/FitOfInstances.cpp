@@ -31,7 +31,7 @@ std::string DescribeMisfit(const Entry& first, const Entry& other) {
   return fmt::format("is named {}, there {}", Quoted(NameOf(other)), Quoted(NameOf(first)));
 }
 
-/// Counts the items of the first array of a base name; nothing if there is none.
+/// Counts the items of the first array with that base name. Returns nothing if there is none.
 std::optional<std::uint64_t> CountItemsOf(const QovRyx::Geometry& geometry, std::string_view base,
                                           LinkFollower<Result>& follower) {
   for (const Result& result : geometry.GetVariables()) {

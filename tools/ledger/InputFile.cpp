@@ -19,7 +19,8 @@ void LoadModel(InputFile& input) {
   input.mpTree->Load(input.mPath, ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
 }
 
-/// Loads a model whose history and views the merge does not read, so that they may be damaged.
+/// Loads a model without its history and views, because the merge does not read them: they may be
+/// damaged.
 void LoadFurtherModel(InputFile& input) {
   try {
     LoadModel(input);

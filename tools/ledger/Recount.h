@@ -21,7 +21,8 @@ class Recount {
           Differences& differences)
       : mModel(model), mInputs(inputs), mOutput(output), mDifferences(differences) {}
 
-  /// Reports what `unread` holds of the output: no merge writes anything that programs drop.
+  /// Reports the findings `unread` of the output, because a merge never writes data that programs
+  /// drop.
   void ReportUnread(const std::vector<Finding>& unread);
 
   /// Raises what reading an input raises, with its path; an output that cannot be read is a

@@ -17,7 +17,7 @@ std::uint32_t KindWord(const AnyResult& result) {
   return result.mKind | result.mKindHighByte << kHighByteShift;
 }
 
-/// Returns whether the result has the carried fields of the one that its values come from.
+/// Returns true if the result has the carried fields of the result that owns its values.
 bool HasSameFlags(const Result* owner, const Result& right) {
   const Result none;
   const Result& left = owner == nullptr ? none : *owner;
@@ -26,8 +26,8 @@ bool HasSameFlags(const Result* owner, const Result& right) {
          left.mValue2 == right.mValue2;
 }
 
-/// Returns what is wrong with a link that leads to `end`, nothing if it is right: it should lead to
-/// `match`, which is what became of `wanted`.
+/// Returns the fault of a link that ends at `end`, or nothing if it is right. The link should end
+/// at `match`, the result in the output for `wanted`.
 std::string FindLinkFault(const ExpectedResult* wanted, const Result* match, const Result* end) {
   if (end == match && (wanted == nullptr) == (end == nullptr)) return "";
   if (end == nullptr) return "is linked to nothing";
@@ -101,8 +101,8 @@ void Recount::CompareResult(const ExpectedNode& node, ExpectedResult& expected,
   }
 }
 
-/// Returns the numbers of a link that names no result in its input. Its id, if it has
-/// one, is raised like those of the nodes of its input. The link becomes (0, 0) if the merge put a
+/// Returns the expected numbers of a link that is dangling in its input. The node id, unless it is
+/// 0, is shifted like the ids of the input's nodes. The link becomes (0, 0) if the merge put a
 /// result at that place.
 QovRyx::Geometry::Link Recount::FindDanglingLink(const ExpectedNode& node,
                                                  const ExpectedResult& expected) const {
@@ -113,7 +113,7 @@ QovRyx::Geometry::Link Recount::FindDanglingLink(const ExpectedNode& node,
   return mModel.FindResult(link) == nullptr ? link : QovRyx::Geometry::Link{};
 }
 
-/// Returns what is wrong with a link that should lead to no values; empty if nothing is.
+/// Returns the fault of a link that should have no values; empty if there is none.
 std::string Recount::FindDanglingFault(const ExpectedNode& node, const ExpectedResult& expected,
                                        const Result& result) const {
   const Result* named = QovRyx::FindVariable(mOutput.GetNodes(), result.mLink);

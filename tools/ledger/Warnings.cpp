@@ -48,7 +48,7 @@ void FindRepeatedInputs(const MergeRequest& request, std::vector<Warning>& warni
   }
 }
 
-/// Looks at the expected model and its ledger, one subject after the other.
+/// Checks the expected model and its ledger, one subject after the other.
 class ContentWarnings {
  public:
   ContentWarnings(const std::vector<InputFile>& inputs, const ExpectedModel& model,
@@ -105,7 +105,7 @@ void ContentWarnings::FindSameNames() {
 
 bool IsMeshArray(const std::string& name) { return IsMeshBase(SplitName(name).first); }
 
-/// How many results of each input come into the output, mesh arrays left out of account.
+/// Returns the number of results of each input that the output contains, without mesh arrays.
 std::vector<std::uint64_t> ContentWarnings::CountTaken() const {
   std::vector<std::uint64_t> counts(mInputs.size());
   for (const auto& [id, node] : mModel.mNodes) {
@@ -149,7 +149,7 @@ void ContentWarnings::FindUntaken() {
   }
 }
 
-/// Holds further instances against the first one.
+/// Compares further instances with the first one.
 void ContentWarnings::FindUnfitting() {
   if (!IsInstanceMode(mLedger.mMode)) return;
   const char* remedy = "Merge as datasets (without --merge-as-instances), or leave the file out.";

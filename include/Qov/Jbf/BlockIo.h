@@ -29,17 +29,17 @@
 ///
 /// Reading a string of length 0 leaves the target as it was, but empties a wstring; a zero byte
 /// within a string ends it. A wstring's bytes from 0x80 on are read as negative characters.
-/// A vector keeps the elements that it has as targets of the first elements read. Of the entries
-/// of a map with equal keys the first one is kept. Counts and
-/// lengths are compared with the bytes that are left before memory is taken for them ("Not enough
-/// bytes in the block", OutOfBounds).
+/// A vector reuses the elements that it already has for the first elements read. If entries of a
+/// map have equal keys, the first entry is kept. Counts and lengths are compared with the bytes
+/// that are left before memory is allocated for them ("Not enough bytes in the block",
+/// OutOfBounds).
 ///
 /// Types of other modules join by overloading CopyToBlock and CopyFromBlock in this namespace.
 namespace QovJbf {
 
-/// What reading has left out of values, because there is no place for it in memory.
+/// Counts of the data that reading leaves out of values, because values cannot hold it.
 struct QOV_EXPORT ReadLosses {
-  std::uint64_t mNumEqualKeys = 0;  ///< Entries of a map whose key an earlier entry has.
+  std::uint64_t mNumEqualKeys = 0;  ///< Map entries with the key of an earlier entry.
   std::uint64_t mNumCutTexts = 0;   ///< Texts with bytes after a zero byte.
   std::uint64_t mDigest = 0;        ///< Sum of the hashes of their stored bytes.
 
@@ -52,7 +52,7 @@ struct QOV_EXPORT ReadLosses {
   friend bool operator==(const ReadLosses&, const ReadLosses&) = default;
 };
 
-/// The losses of this thread since it began. Readers of whole files take the difference.
+/// Returns the losses of this thread since it began. Readers of whole files take the difference.
 QOV_EXPORT ReadLosses& GetReadLosses();
 
 QOV_EXPORT void CopyToBlock(Block& block, const std::uint32_t& value);
@@ -133,7 +133,7 @@ QOV_EXPORT void CheckCount(const Block& block, std::uint64_t count, std::uint64_
 /// Writes a count, unless its elements, of at least `leastSize` bytes, would not fit.
 QOV_EXPORT void PutCount(Block& block, std::size_t count, std::size_t leastSize);
 
-/// The bytes from `start` to the cursor.
+/// Returns the bytes from `start` to the cursor.
 QOV_EXPORT std::string_view GetBytesFrom(const Block& block, std::uint32_t start);
 
 template <class T>

@@ -13,23 +13,23 @@ struct stat;
 
 namespace QovJbf {
 
-/// Which file a path led to at one moment, and in which state: device, inode, size and modification
-/// time. A file that is read over a long time is compared with it again and again, so that bytes of
-/// two states never get mixed.
+/// Identifies a file and its state at one moment: device, inode, size and modification time. A file
+/// that is read over a long time is compared with its identity several times, so that bytes of two
+/// states are never mixed.
 class QOV_EXPORT FileIdentity {
  public:
   /// Takes the identity of the open file `file`, which `path` led to. Raises ReadError.
   FileIdentity(std::string path, std::FILE* file);
 
   const std::string& GetPath() const { return mPath; }
-  /// Size in bytes.
+  /// Returns the size in bytes.
   std::uint64_t GetSize() const { return mSize; }
 
-  /// Returns true if `path` leads to this very file, in whatever state.
+  /// Returns true if `path` leads to the same file, in any state.
   bool IsFileAt(const std::string& path) const;
-  /// Raises ReadError, which names the file, if `file` is another one or in another state.
+  /// Raises ReadError, which names the file, if `file` is another file or has another state.
   void CheckUnchanged(std::FILE* file) const;
-  /// The same for what the path leads to now; a file that is gone has changed.
+  /// Raises the same error if the file at the path is another one, has another state, or is absent.
   void CheckUnchanged() const;
   /// Raises the error of a file that has changed.
   [[noreturn]] void RaiseChanged() const;

@@ -141,9 +141,9 @@ class QOV_EXPORT Index {
   void StreamToFile(const std::string& name, std::FILE* file, std::uint64_t expectedLength = 0);
   /// Drops what is still to be written, before the file is closed.
   void StopWriting();
-  /// Compresses with no more than `most` threads, which must be called before anything is written.
+  /// Compresses with at most `most` threads. Call it before anything is written.
   void LimitThreads(unsigned most) { mMostThreads = most; }
-  /// The threads that blocks were compressed on so far, the calling one if there were no others.
+  /// Returns the number of threads that compressed blocks so far, 1 if only the calling thread did.
   unsigned GetNumThreads() const { return mNumThreads; }
   void WriteBufferToFileStream(std::uint64_t k, std::FILE* file);
   void WriteIndexBufferToFileStream(std::uint64_t k, std::FILE* file);
@@ -209,7 +209,7 @@ class QOV_EXPORT Index {
   std::FILE* mpFile = nullptr;            ///< Where streamed blocks go.
   unsigned mMostThreads = std::numeric_limits<unsigned>::max();
   unsigned mNumThreads = 1;
-  std::uint64_t mExpectedLength = 0;  ///< Of the streamed blocks; 0 if it is not known.
+  std::uint64_t mExpectedLength = 0;  ///< Bytes of the streamed blocks; 0 if not known.
 };
 
 }  // namespace QovJbf

@@ -92,7 +92,7 @@ class QOV_EXPORT JbFile {
   Index& GetIndex() { return mIndex; }
   std::FILE* GetStream() const { return mStream; }
   const std::string& GetPath() const { return mPath; }
-  /// What the input was when it was opened; nothing for an output.
+  /// Returns the identity that the input had when it was opened; nothing for an output.
   const std::optional<FileIdentity>& GetIdentity() const { return mIdentity; }
 
  private:

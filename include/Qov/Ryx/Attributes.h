@@ -15,16 +15,16 @@
 
 namespace QovUtil {
 
-/// The attributes of a node or result, held as they are stored: six columns, one after the other
-/// (docs/format.md, "Attributes"). An empty map takes a pointer, any other one its stored size and
-/// about 60 bytes. Copies share their columns; a change makes a copy of its own and costs time in
-/// proportion to the size, so that many entries are better put into an AttributeMap first.
+/// The attributes of a node or result in their stored form: six columns, one after the other
+/// (docs/format.md, "Attributes"). An empty map takes one pointer; any other map takes its stored
+/// size and about 60 bytes. Copies share their columns. A change copies the columns and takes time
+/// in proportion to their size, so collect many entries in an AttributeMap first.
 class QOV_EXPORT Attributes {
  public:
   using value_type = std::pair<std::string, AttributeValue>;
 
-  /// Visits the entries in the order of their names. Valid as long as no copy of the map that it
-  /// came from is changed or destroyed.
+  /// Visits the entries in the order of their names. Valid until a copy of the map that it came
+  /// from is changed or destroyed.
   class QOV_EXPORT Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -52,12 +52,12 @@ class QOV_EXPORT Attributes {
   using const_iterator = Iterator;
 
   Attributes() = default;
-  Attributes(const AttributeMap& map);  // NOLINT(google-explicit-constructor): another form of it
+  Attributes(const AttributeMap& map);  // NOLINT(google-explicit-constructor): the same map
   Attributes(std::initializer_list<AttributeMap::value_type> entries)
       : Attributes(AttributeMap(entries)) {}
-  /// Makes a map of stored columns. Names are sorted, texts end before a zero byte, and
-  /// of entries of the same name the first one is kept; QovJbf::GetReadLosses counts what is lost.
-  /// Raises MismatchError if the columns disagree in length or a type index is unknown.
+  /// Makes a map from stored columns. Sorts names, ends texts before a zero byte, and keeps the
+  /// first of several entries with the same name; QovJbf::GetReadLosses counts the data that is
+  /// lost. Raises MismatchError if the columns disagree in length or if a type index is unknown.
   static Attributes FromColumns(std::string columns);
 
   operator AttributeMap() const;  // NOLINT(google-explicit-constructor)
@@ -67,10 +67,10 @@ class QOV_EXPORT Attributes {
   Iterator begin() const;
   Iterator end() const { return {}; }  // NOLINT(readability-convert-member-functions-to-static)
 
-  /// Sets the attribute of that name, which need not be there.
+  /// Sets the attribute of that name, or adds it.
   void Set(const std::string& name, AttributeValue value);
   void erase(const std::string& name);
-  /// For `attributes["name"] = value`.
+  /// Makes `attributes["name"] = value` possible.
   class Slot {
    public:
     Slot(Attributes& attributes, std::string name)
@@ -83,11 +83,12 @@ class QOV_EXPORT Attributes {
   };
   Slot operator[](const std::string& name) { return {*this, name}; }
 
-  /// The columns in stored order: names, types, and the values of the type indexes 0, 1, 3, 2.
+  /// Returns the columns in stored order: names, types, and the values of the type indexes 0, 1, 3,
+  /// 2.
   std::array<std::string_view, 6> GetColumns() const;
-  /// The bytes that the map takes in a file.
+  /// Returns the number of bytes that the map takes in a file.
   std::size_t GetStoredSize() const;
-  /// Shares the columns of `other` from now on if they are equal.
+  /// Shares the columns of `other` if both maps are equal.
   void ShareIfEqual(const Attributes& other);
 
   /// Compares names, types and the bits of values.

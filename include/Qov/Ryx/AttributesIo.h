@@ -10,17 +10,17 @@
 /// Attribute maps in a stream: six columns, each a vector (docs/format.md, "Attributes").
 namespace QovUtil {
 
-/// Appends one map, which may also be an AttributeMap.
+/// Appends one map. An AttributeMap is converted.
 QOV_EXPORT void WriteAttributesToJbf(QovJbf::JbFile& file, const std::string& key,
                                      const Attributes& attributes);
 
-/// Replaces `attributes` by one stored map. Of entries of one name the first one is kept;
+/// Replaces `attributes` by one stored map. Keeps the first of several entries with the same name;
 /// QovJbf::GetReadLosses counts the others. Raises MismatchError if the columns disagree in length
 /// or a type index is unknown, OutOfBounds if a column passes the end of its block, ElementNotFound
-/// if there is no such stream.
+/// if the stream does not exist.
 QOV_EXPORT void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key,
                                       Attributes& attributes);
-/// Inserts the entries of one stored map. Raises the same.
+/// Inserts the entries of one stored map. Raises the same errors.
 QOV_EXPORT void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key,
                                       AttributeMap& attributes);
 

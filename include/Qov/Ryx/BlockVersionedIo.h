@@ -20,11 +20,11 @@
 ///   body             the fields of rung "0.1", then those that each later rung added
 ///
 /// Files of the container versions "0.1", "0.1a", "0.1b" and "0.2" hold records without the size;
-/// which rule holds is told by QovJbf::ryx_file_version. A reader keeps the bytes that a newer
-/// writer appended, and leaves alone the members of rungs that an older writer did not know.
+/// QovJbf::ryx_file_version says which rule applies. A reader keeps the bytes that a newer writer
+/// appended, and does not change the members of rungs that an older writer did not know.
 ///
-/// A record type derives from QovRyx::RecordOrigin and says its fields once, in stream order, for
-/// every walker: the writer and the reader below, or one that prints.
+/// A record type derives from QovRyx::RecordOrigin and lists its fields once, in stream order, for
+/// every walker: the writer and the reader below, or a printer.
 ///
 ///   struct CAEXYPlotMgrState : RecordOrigin {
 ///     static constexpr const char* kTag = "0.2";
@@ -59,7 +59,7 @@ concept KeptRecord = VersionedRecord<T> && std::derived_from<T, QovRyx::OpaqueRe
 class QOV_EXPORT RungLadder {
  public:
   explicit RungLadder(std::string_view tag);
-  /// A ladder that reaches no rung.
+  /// Returns a ladder that reaches no rung.
   static RungLadder None() { return {}; }
   /// `rung` is the tag of the version that brought it: "0.1" to "0.9".
   bool Reaches(std::string_view rung) const;
@@ -87,7 +87,7 @@ class QOV_EXPORT FrameReader {
  public:
   /// Raises OutOfBounds ("Not enough bytes in the block") for a record that passes the block's end.
   explicit FrameReader(Block& block);
-  /// Goes to the record's end and returns the bytes that were not read, which are the block's.
+  /// Moves the cursor to the end of the record and returns the unread bytes, which the block owns.
   /// Raises UnknownVersion if more was read than the record holds.
   std::string_view Close();
 
@@ -103,7 +103,7 @@ class QOV_EXPORT FrameReader {
   std::string mTag;
 };
 
-/// Which of a record's rungs a walker visits: those that a tag reaches, or the others.
+/// The rungs of a record that a walker visits: those that a tag reaches, or the others.
 enum class Rungs { Reached, Lacking };
 
 /// The walker that writes the fields of some rungs.
@@ -160,7 +160,7 @@ namespace Detail {
 
 QOV_EXPORT bool HaveSameBytes(const Block& left, const Block& right);
 
-/// The walker that finds out whether opaque records are among the fields that a tag lacks.
+/// The walker that checks whether the fields that a tag lacks include opaque records.
 class OpaqueFinder {
  public:
   explicit OpaqueFinder(RungLadder ladder) : mLadder(ladder) {}
@@ -193,13 +193,13 @@ class OpaqueFinder {
   bool mHasFound = false;
 };
 
-/// Returns true if a record read with `tag`, and nothing after its known fields, can be written
-/// with the current tag: it is the current one, or an older one without which no opaque record
-/// has to be invented.
+/// Returns true if a record that was read with `tag`, and has nothing after its known fields, can
+/// be written with the current tag. The tag must be the current one, or an older one from which no
+/// opaque record is missing, because an opaque record cannot be invented.
 template <VersionedRecord T>
 bool CanTakeCurrentTag(std::string_view tag) {
   if (tag == T::kTag) return true;
-  // A tag of another length is not a rung, or ends with a zero byte.
+  // A tag of another length is not a rung, or it ends with a zero byte.
   if (tag.size() != std::string_view(T::kTag).size() || RungLadder(tag).Reaches(T::kTag)) {
     return false;
   }

@@ -11,8 +11,8 @@ namespace QovRyx {
 
 /// Delivers the values of one array from the file that holds them, each time it is asked.
 ///
-/// All loaders of a file share one StreamReader, whose comment says what reading costs. Elements
-/// are 4 bytes wide.
+/// All loaders of a file share one StreamReader, whose comment describes the cost of reading.
+/// Elements are 4 bytes wide.
 class QOV_EXPORT DataLoader {
  public:
   /// `offset` counts uncompressed bytes; `shuffledWidth` is the width that the stored bytes are
@@ -30,19 +30,20 @@ class QOV_EXPORT DataLoader {
   std::uint8_t GetShuffledWidth() const { return mShuffledWidth; }
 
   /// Fills `values` with all elements, bits unchanged. Returns only after the checksums of all
-  /// blocks that the array lies in were verified; an array in an uncompressed block has none.
-  /// Raises what StreamReader::ReadVerified raises.
+  /// blocks that contain the array are verified; an uncompressed block has no checksum. Raises the
+  /// errors of StreamReader::ReadVerified.
   void LoadTo(std::vector<std::uint32_t>& values) const { Load(values, true); }
   void LoadTo(std::vector<float>& values) const { Load(values, true); }
   /// Verifies that the array begins at its offset, by verifying all blocks of the stream before it
-  /// (StreamReader::VerifyBefore). Costs nothing if these were read. Raises DamagedBlock.
+  /// (StreamReader::VerifyBefore). Costs nothing if those blocks were already read. Raises
+  /// DamagedBlock.
   void VerifyPlace() const;
 
-  /// For writers, whose output counts only after GetReader().Verify() has returned: LoadTo without
-  /// verifying. Raises what StreamReader::Read raises.
+  /// Does the same as LoadTo without verifying. For writers, whose output is valid only after
+  /// GetReader().Verify() has returned. Raises the errors of StreamReader::Read.
   void LoadUnverified(std::vector<std::uint32_t>& values) const { Load(values, false); }
-  /// Reads `n` of the 4 * GetCount() bytes of the array, from the one at `begin` on, as they are
-  /// stored, without verifying.
+  /// Reads `n` of the 4 * GetCount() bytes of the array in their stored form, beginning at byte
+  /// `begin`, without verifying.
   void ReadStored(std::uint64_t begin, void* target, std::size_t n) const;
 
  private:

@@ -37,27 +37,27 @@ class QOV_EXPORT Geometry : public Node {
     NumericArray mValues;
     std::uint32_t mKind = kNoKind;  ///< 24 bits, or kNoKind.
     std::uint32_t mKindHighByte = 0;
-    std::uint32_t mValue1 = 0;  ///< This and the next five are carried.
+    std::uint32_t mValue1 = 0;  ///< This field and the next five are carried.
     std::uint32_t mValue2 = 0;
     std::uint8_t mFlag = 0;
     std::uint8_t mFlag1 = 0;
     std::uint8_t mFlag2 = 0;
     std::uint8_t mFlag3 = 0;
-    bool mLinked = false;        ///< The values are those of the variable that mLink names.
-    bool mLeadsNowhere = false;  ///< mLink named nothing in the file that it was read from.
+    bool mLinked = false;        ///< Shares the values of the variable that mLink names.
+    bool mLeadsNowhere = false;  ///< mLink was a dangling link in the file it was read from.
     Link mLink;
     /// Where the values lie in the heavy stream of the file being written or read.
     std::optional<std::uint64_t> mOffset;
 
     /// Returns true for connectivity and ids: unsigned integers, stored before all other arrays.
     bool IsIntegerKind() const { return Geometry::IsIntegerKind(mKind); }
-    /// Returns true if the values are unsigned 32-bit integers, false if they are floats. A linked
-    /// result goes by the result whose values it takes.
+    /// Returns true if the values are unsigned 32-bit integers, false if they are floats. For a
+    /// linked result, answers for the result whose values it shares.
     bool HoldsUnsigned() const { return IsIntegerKind() || mKindHighByte == kUnsignedKindHighByte; }
-    /// Copies what describes the values of `other`: the high byte of the kind and the carried
-    /// fields that a linked variable does not store.
+    /// Copies the fields that describe the values of `other`: the high byte of the kind and the
+    /// carried fields that a linked variable does not store.
     void TakeValueFieldsOf(const VarStruct& other);
-    /// Makes this a variable with the values of `owner`, which is not linked, instead of a link.
+    /// Replaces the link by the values of `owner`, which is not a linked variable.
     void TakeValuesOf(const VarStruct& owner);
   };
 
@@ -70,8 +70,7 @@ class QOV_EXPORT Geometry : public Node {
   /// For changing anything but the name.
   VarStruct& EditVariable(std::size_t position) { return mVariables[position]; }
   void AppendVariable(VarStruct variable) { mVariables.push_back(std::move(variable)); }
-  /// Makes room for `count` more variables, so that appending them takes no more memory than they
-  /// need.
+  /// Reserves room for exactly `count` more variables, so that appending them wastes no memory.
   void ReserveVariables(std::size_t count);
   void RenameVariable(std::size_t position, std::string name);
   /// The position of the first variable of that name.
@@ -96,8 +95,8 @@ class QOV_EXPORT Geometry : public Node {
   std::uint32_t& FindSlot(const std::string& name);
   void GrowIndex();
 
-  /// A hash table of the first position of each name, plus 1, of the first mNumIndexed variables;
-  /// 0 in free slots. The number of slots is a power of two, or 0.
+  /// A hash table that holds, for each name among the first mNumIndexed variables, its first
+  /// position plus 1. Free slots hold 0. The number of slots is a power of two, or 0.
   std::vector<std::uint32_t> mSlots;
   std::size_t mNumIndexed = 0;
 };

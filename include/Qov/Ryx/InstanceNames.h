@@ -33,11 +33,11 @@ QOV_EXPORT void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, 
 QOV_EXPORT void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& links,
                                     bool useSuffix);
 
-/// Makes the linked results that `links` describes, or updates them if they are there. They get
-/// the kind, flag, attributes and carried fields of the result that they share. A result stays as
-/// it is if the one that it should share takes its values from it. A geometry that `tree` lacks
-/// raises ElementNotFound. Takes amortised logarithmic time for each link, however long the chains
-/// are.
+/// Creates the linked results that `links` describes, or updates those that exist. They get the
+/// kind, flag, attributes and carried fields of the result whose values they share. A result is not
+/// changed if the result that it should share takes its values from it. Raises ElementNotFound for
+/// a geometry that `tree` does not have. Takes amortised logarithmic time for each link,
+/// independent of the length of the chains.
 QOV_EXPORT void GenerateLinkedResults(Tree& tree, const PartLinksMap& links);
 
 /// Whether the name's base is one of the mesh arrays. The character before the separator does

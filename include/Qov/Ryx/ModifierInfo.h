@@ -42,7 +42,7 @@ struct ModifierInfo : RecordOrigin {
 QOV_EXPORT bool IsLegacyWriter(const ModifierInfo& entry);
 
 /// Returns the entry of the legacy build whose probe records a file with this history holds, or
-/// null. Entries of merges are passed over, because a merge keeps probe records as they are.
+/// null. Skips entries of merges, because a merge does not change probe records.
 QOV_EXPORT const ModifierInfo* FindLegacyWriter(const std::vector<ModifierInfo>& history);
 
 }  // namespace QovRyx

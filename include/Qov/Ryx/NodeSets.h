@@ -13,10 +13,11 @@
 
 namespace QovRyx {
 
-/// The sets of a node as they are stored: all names and all values joined, and where each ends.
+/// The sets of a node in their stored form: all names joined, all values joined, and the end of
+/// each name and of each set's values.
 class QOV_EXPORT SetColumns {
  public:
-  /// A set of the columns, which must outlive it.
+  /// Refers to one set of the columns, which must outlive it.
   struct View {
     std::string_view mName;
     std::span<const std::uint32_t> mValues;
@@ -32,7 +33,7 @@ class QOV_EXPORT SetColumns {
 
  private:
   friend class NodeSets;
-  std::vector<std::uint32_t> mNameEnds{0};  ///< Begins with 0, as does mValueEnds.
+  std::vector<std::uint32_t> mNameEnds{0};  ///< Begins with 0; so does mValueEnds.
   std::string mNames;
   std::vector<std::uint32_t> mValueEnds{0};
   std::vector<std::uint32_t> mValues;
@@ -54,16 +55,16 @@ class QOV_EXPORT NodeSets : public Node {
 
   /// How many sets there are; reads no list.
   std::uint32_t GetNumSets() const { return mNumSets; }
-  /// All sets, read from the file if they lie there and verified before this returns. Raises
-  /// MismatchError if the stored pieces disagree, OutOfBounds if one of them passes the end of the
-  /// stream or too many nodes share bytes, and what StreamReader::ReadVerified raises.
+  /// Returns all sets. Sets in a file are read from it and verified before this returns. Raises
+  /// MismatchError if the stored pieces disagree, OutOfBounds if a piece passes the end of the
+  /// stream or if too many nodes share bytes, and the errors of StreamReader::ReadVerified.
   std::vector<Set> GetSets() const;
-  /// The same in the form in which they are stored, which takes the least memory.
+  /// Returns the same sets in their stored form, which takes the least memory.
   SetColumns GetColumns() const { return TakeColumns(true); }
   void SetSets(const std::vector<Set>& sets);
 
-  /// Appends the sets to the heavy stream (docs/format.md, "Node sets") and notes where. Sets that
-  /// are read from a file are sure only after GetReader()->Verify() has returned.
+  /// Appends the sets to the heavy stream (docs/format.md, "Node sets") and records their position.
+  /// Sets that are read from a file are verified only after GetReader()->Verify() has returned.
   void SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey);
   void WriteLightData(QovJbf::JbFile& file, const std::string& lightKey) const;
   void ReadLightData(QovJbf::JbFile& file, const std::string& lightKey);
@@ -90,7 +91,7 @@ class QOV_EXPORT NodeSets : public Node {
   SetColumns ReadColumns(bool verified) const;
   void CountBytes(std::uint64_t numBytes) const;
 
-  SetColumns mColumns;  ///< Of sets that no file holds.
+  SetColumns mColumns;  ///< The sets, if they are not in a file.
   std::uint32_t mNumSets = 0;
   std::shared_ptr<QovJbf::StreamReader> mpReader;
   mutable std::shared_ptr<std::uint64_t> mpNumBytes;  ///< Null once these sets are counted.

@@ -48,10 +48,10 @@ class NumericArray {
     if (!rVector.empty()) std::memcpy(mpData->data(), rVector.data(), mSize);
   }
 
-  /// Replaces `values`, whose memory is used again, by all values, their bits unchanged whatever
-  /// T is; by none if the array has neither values nor a file (as that of a result with a dangling
-  /// link). Values in a file are read from it and verified before this returns. Raises what
-  /// DataLoader::LoadTo raises.
+  /// Replaces `values`, whose memory is reused, by all values. Their bits are unchanged for any T.
+  /// There are none if the array has neither values nor a file, such as that of a dangling link.
+  /// Values in a file are read from it and verified before this returns. Raises the errors of
+  /// DataLoader::LoadTo.
   template <class T>
   void GetValues(std::vector<T>& values) const {
     static_assert(sizeof(T) == kElementSize);

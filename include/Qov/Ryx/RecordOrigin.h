@@ -12,10 +12,10 @@ namespace QovRyx {
 /// The tag and the bytes after the known fields that a record was read with. Base class of every
 /// record with a field list.
 ///
-/// A record keeps them if it cannot be written with its type's current tag without a loss: its tag
-/// is not a known one, bytes follow its known fields, or it is older and lacks an opaque record
-/// (see OpaqueRecord), which cannot be invented. Such a record is written with its tag and these
-/// bytes again. Any other record keeps nothing, which costs the size of a pointer.
+/// A record keeps them if writing it with its type's current tag would lose data: its tag is
+/// unknown, bytes follow its known fields, or it is older and lacks an opaque record (see
+/// OpaqueRecord), which cannot be invented. Such a record is written again with its tag and these
+/// bytes. Any other record keeps neither and takes only the size of a pointer for this.
 class QOV_EXPORT RecordOrigin {
  public:
   RecordOrigin() = default;
@@ -26,13 +26,14 @@ class QOV_EXPORT RecordOrigin {
   ~RecordOrigin() = default;
 
   bool HasOrigin() const { return mpContent != nullptr; }
-  /// The tag, byte for byte; empty without an origin.
+  /// Returns the tag, byte for byte; empty without an origin.
   std::string_view GetOriginTag() const;
-  /// The bytes after the known fields; empty without an origin.
+  /// Returns the bytes after the known fields; empty without an origin.
   std::string_view GetTail() const;
 
   void SetOrigin(std::string_view tag, std::string_view tail);
-  /// Lets the record be written with its type's current tag and known fields alone.
+  /// Removes the origin, so that the record is written with its type's current tag and only its
+  /// known fields.
   void ForgetOrigin() { mpContent.reset(); }
 
   friend bool operator==(const RecordOrigin& left, const RecordOrigin& right) {

@@ -171,7 +171,7 @@ void VisitAction(const BasicAction& action, Visitor&& visitor) {
   }
 }
 
-/// The actions of a sequencer, owned. A null slot is written as an action of the type 65535 with an
+/// Owns the actions of a sequencer. A null slot is written as an action of the type 65535 with an
 /// empty body. Copies are deep.
 class QOV_EXPORT ActionList {
  public:

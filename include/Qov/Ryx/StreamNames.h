@@ -22,7 +22,7 @@ inline const std::string kViewPoints = "View Points";  ///< Views and sequencer;
 QOV_EXPORT bool IsModelStream(std::string_view name);
 
 /// Returns the names of the streams in a file that no reader uses, each once, in the order of the
-/// blocks. They hold data that a merge leaves out, or their names are damaged. `items` is the
+/// blocks. Such a stream holds data that a merge leaves out, or its name is damaged. `items` is the
 /// index of the file. Streams without stored bytes are not listed.
 QOV_EXPORT std::vector<std::string> FindUnknownStreams(const std::vector<QovJbf::IndexItem>& items);
 

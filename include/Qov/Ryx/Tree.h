@@ -37,12 +37,12 @@ using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
 
 /// One model in memory: the tree of nodes and the state of the model as a whole.
 ///
-/// Loading reads descriptors; arrays and node sets stay in the file and are read when they are
-/// asked for or when the model is saved. So the files of a model must stay as they are while it
-/// lives: Save raises ReadError, which names the file, if one has changed since it was opened. All
-/// trees of a process are used by one thread, their arrays too, and while one is loaded or saved no
-/// other is: the log, the handles of files and the version that is being read belong to the
-/// process.
+/// Loading reads descriptors. Arrays and node sets stay in the file and are read when they are
+/// requested or when the model is saved. The files of a model must therefore stay unchanged while
+/// it exists: Save raises ReadError, which names the file, if a file has changed since it was
+/// opened. All trees of a process and their arrays must be used on one thread, and only one tree
+/// may be loaded or saved at a time, because the log, the file handles and the version that is
+/// being read belong to the process.
 ///
 /// Every error is a Qov::Util::Exception (or QovJbf::DamagedBlock for a block that zlib
 /// refuses). After a failed Load or Merge the tree holds part of the file: discard it. After a
@@ -50,7 +50,7 @@ using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
 class QOV_EXPORT Tree {
  public:
   enum class SupportedFileFormats { Ryx = 0 };
-  /// WithoutViews leaves out view points and sequencer, however damaged they are.
+  /// WithoutViews skips view points and sequencer, so that they may be damaged.
   enum class ReadMode { Everything = 0, WithoutViews = 1 };
   /// From the id that a node has in the tree to the one it had in the file.
   using IdMap = std::map<std::uint32_t, std::uint32_t>;
@@ -74,18 +74,18 @@ class QOV_EXPORT Tree {
   void LoadViewPathVec(QovJbf::JbFile& file);
   /// Puts what LoadViewPathVec reads into a file that is being written.
   void SaveViewPathVec(QovJbf::JbFile& file) const;
-  /// Writes the model and adds this program to its history. `create` false updates a file in
-  /// place. Refuses to write over a file that arrays have still to be read from, or that another
-  /// run is writing (MiscellaneousError). The date of the history entry is taken from
-  /// SOURCE_DATE_EPOCH if that is set; MiscellaneousError if it is not a number of seconds. Raises
-  /// ReadError if a file that the model was loaded from has changed, and WriteError if `path` no
-  /// longer leads to the written file at the end.
+  /// Writes the model and adds this program to its history. `create` false updates a file in place.
+  /// Raises MiscellaneousError if arrays must still be read from the file at `path` or if another
+  /// run is writing it. Takes the date of the history entry from SOURCE_DATE_EPOCH if that is set;
+  /// raises MiscellaneousError if its value is not a number of seconds. Raises ReadError if a file
+  /// that the model was loaded from has changed, and WriteError if `path` does not lead to the
+  /// written file at the end.
   void Save(const std::string& path, bool create, const std::string& comment,
             const SupportedFileFormats& format);
-  /// Moves a shape of `source` and the geometry that is its first child beneath the first group
-  /// of that name, as its last child. The objects are this tree's afterwards and `source` keeps
+  /// Moves a shape of `source` and the geometry that is its first child below the first group of
+  /// that name, as its last child. The objects belong to this tree afterwards and `source` keeps
   /// their entries, empty. Links among the geometry's own results lead to its new entry, which
-  /// becomes current; links from it to other geometries, and back, give way to the values.
+  /// becomes current. Links between it and other geometries are replaced by the values.
   ///
   /// Raises ElementNotFound if there is no such group, no such entry or no child; MismatchError
   /// if the entries carry something else; ModelError if there are no ids left. Nothing has been
@@ -108,7 +108,7 @@ class QOV_EXPORT Tree {
   const SequencerData& GetSequencerData() const { return mSequencerData; }
   /// The programs that wrote the model, oldest first; Save adds this one.
   const std::vector<ModifierInfo>& GetModifiers() const { return mModifiers; }
-  /// What reading files into this tree has left out, by the part of the file.
+  /// Counts of the data that was left out when files were read into this tree, by part of the file.
   struct Losses {
     QovJbf::ReadLosses mModel;  ///< Nodes, results and their attributes.
     QovJbf::ReadLosses mHistory;
@@ -117,7 +117,7 @@ class QOV_EXPORT Tree {
   const Losses& GetLosses() const { return mLosses; }
   /// The container version of the file last loaded or saved.
   const std::string& GetFileVersion() const { return mFileVersion; }
-  /// Returns the names of the streams that Load or Merge found last and no reader uses
+  /// Returns the names of the streams that no reader uses and that the last Load or Merge found
   /// (StreamNames.h). Save does not write them.
   const std::vector<std::string>& GetUnknownStreams() const { return mUnknownStreams; }
   /// Returns what the nodes of the file that was read last hold and no program of this version
@@ -154,7 +154,7 @@ class QOV_EXPORT Tree {
   std::string mFileVersion;
   std::vector<std::string> mUnknownStreams;
   UnreadContent mUnread;
-  std::vector<QovJbf::FileIdentity> mSources;  ///< The files that were loaded.
+  std::vector<QovJbf::FileIdentity> mSources;  ///< The loaded files.
   std::vector<ModifierInfo> mModifiers;
   ModifierInfo mCurrentModifier;
 };

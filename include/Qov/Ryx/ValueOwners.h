@@ -7,8 +7,8 @@
 
 namespace QovRyx {
 
-/// Knows which results of a loaded model own the values that linked results take. A linked result
-/// stores neither values nor their type.
+/// Finds the results of a loaded model whose values linked results share. A linked result stores
+/// neither values nor their type.
 class QOV_EXPORT ValueOwners {
  public:
   /// Visits each result once.

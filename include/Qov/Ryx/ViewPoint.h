@@ -69,8 +69,8 @@ struct QOV_EXPORT ViewPoint : RecordOrigin {
   friend bool operator==(const ViewPoint&, const ViewPoint&) = default;
 };
 
-/// The views of a path: a vector that takes a pointer when it is empty, as in files that hold
-/// millions of paths without views.
+/// The views of a path: a vector that takes only a pointer when it is empty, because a file can
+/// hold millions of paths without views.
 class ViewPointList {
  public:
   ViewPointList() = default;

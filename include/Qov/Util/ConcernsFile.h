@@ -7,9 +7,9 @@
 
 namespace Qov::Util {
 
-/// What the errors of this system have besides their text: the file that they are about, and the
-/// cause that the operating system gave. Most errors are raised where only bytes are known; the
-/// callers that know the file name it.
+/// The data that the errors of this system have besides their text: the file, and the cause that
+/// the operating system reported. Most errors are raised where the file name is not known; a caller
+/// that knows it adds it.
 class QOV_EXPORT ConcernsFile {
  public:
   /// The path of the file, empty if nobody named it.

@@ -5,19 +5,20 @@
 
 #include "Qov/Export.h"
 
-/// Text that cannot steer a terminal or mislead the reader. Paths and names can hold anything.
+/// Makes text safe to print: it cannot control a terminal or mislead the reader. Paths and names
+/// can hold any bytes.
 namespace Qov::Util {
 
 /// Returns true for control characters, invisible format characters (direction, width, tags), line
 /// separators and noncharacters.
 QOV_EXPORT bool IsTreacherous(char32_t code);
 
-/// Returns the text of one or more lines with \xNN for every byte of a treacherous character and
+/// Returns a text of one or more lines with \xNN for every byte of an unsafe character and for
 /// every byte that is not UTF-8. Newlines and tabs stay.
 QOV_EXPORT std::string MakePrintable(std::string_view text);
 
-/// Returns a path or name in quotes for a message or a line of the log: as MakePrintable, with
-/// newlines and tabs escaped as well.
+/// Returns a path or name in quotes for a message or a log line. Escapes the same bytes as
+/// MakePrintable and also newlines and tabs.
 QOV_EXPORT std::string Quote(std::string_view name);
 
 /// Returns the same without the quotes.

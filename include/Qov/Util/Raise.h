@@ -20,8 +20,8 @@ namespace Qov::Util {
 [[noreturn]] QOV_EXPORT void Raise(const char* source, Exception::ErrorType type,
                                    unsigned long line = __builtin_LINE());
 
-/// The same for a failed call of the system: the exception's cause is the text for `error`, a value
-/// of errno, which is logged on a line of its own.
+/// Raises and logs the error of a failed system call. The exception's cause is the text for
+/// `error`, a value of errno; it is logged on a separate line.
 [[noreturn]] QOV_EXPORT void RaiseSystemFailure(const char* source, Exception::ErrorType type,
                                                 const std::string& description, int error,
                                                 unsigned long line = __builtin_LINE());

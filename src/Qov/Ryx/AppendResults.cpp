@@ -29,21 +29,22 @@ Positions FindStarts(Tree& from, Tree& into, DroppedResults& dropped) {
   return starts;
 }
 
-/// Cuts the links to geometries that stay behind.
+/// Replaces the links to geometries that are not appended by the values.
 void CutLinksToOthers(const NodeTree& nodes, const Positions& starts) {
   CutLinks(nodes, [&starts](std::uint32_t id, const Geometry::Link& link) {
     return starts.contains(id) && !starts.contains(link.mNode);
   });
 }
 
-/// Lets a link name the same result as before, at its new position. A dangling link stays as it is.
+/// Moves a link, so that it names the same result at its new position. Dangling links are not
+/// changed.
 void MoveLink(Geometry::VarStruct& result, const Positions& starts) {
   if (!result.mLinked || result.mLeadsNowhere) return;
   result.mLink.mVariable += static_cast<std::uint32_t>(starts.at(result.mLink.mNode));
 }
 
-/// Counts the results to be appended that lose their values when a link within their geometry is
-/// made one to itself.
+/// Counts the results to be appended that lose their values, because a link within their geometry
+/// becomes a link to itself.
 std::uint64_t CountLostByLinks(const NodeTree& nodes, const Positions& starts) {
   LinkResolver resolver(nodes);
   std::uint64_t numLost = 0;
@@ -57,7 +58,7 @@ std::uint64_t CountLostByLinks(const NodeTree& nodes, const Positions& starts) {
   return numLost;
 }
 
-/// Lets a link within the geometry name its own new position.
+/// Makes a link within the geometry name the result's own new position.
 void LinkToItself(Geometry::VarStruct& result, std::uint32_t id, std::uint64_t position) {
   if (!result.mLinked || result.mLink.mNode != id) return;
   result.mLink.mVariable = static_cast<std::uint32_t>(position);

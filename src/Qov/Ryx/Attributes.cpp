@@ -48,7 +48,7 @@ void AppendText(std::string& bytes, std::string_view text) {
 
 std::string_view TextAt(const char* at) { return {at + kCountSize, Load<std::uint32_t>(at)}; }
 
-/// The bytes of a value of that type.
+/// Returns the size in bytes of a value of that type.
 std::size_t SizeAt(const char* at, std::size_t type) {
   if (type == kString) return kCountSize + TextAt(at).size();
   return type == kDouble ? sizeof(double) : sizeof(std::uint32_t);
@@ -56,7 +56,7 @@ std::size_t SizeAt(const char* at, std::size_t type) {
 
 std::string_view UpToZero(std::string_view text) { return text.substr(0, text.find('\0')); }
 
-/// The columns of `bytes`, which hold whole columns.
+/// Returns the columns in `bytes`, all of which must be complete.
 std::array<std::string_view, kNumColumns> Cut(std::string_view bytes) {
   std::array<std::string_view, kNumColumns> columns;
   const char* at = bytes.data();
@@ -89,7 +89,7 @@ void CheckColumns(const std::array<std::string_view, kNumColumns>& columns) {
   }
 }
 
-/// An entry whose bytes live elsewhere. Small, because a map can have millions of them.
+/// An entry that refers to bytes owned elsewhere. It is small, because a map can have millions.
 struct Entry {
   Entry(std::string_view name, std::string_view value, unsigned char type)
       : mpName(name.data()),
@@ -113,7 +113,7 @@ struct Entry {
   unsigned char mType;
 };
 
-/// Makes the columns of entries, which are in the order of their names.
+/// Encodes the columns of `entries`, which must be sorted by name.
 std::string Encode(const std::vector<Entry>& entries) {
   std::size_t size = kNumColumns * kCountSize;
   for (const Entry& entry : entries) size += entry.GetStoredSize();
@@ -139,7 +139,7 @@ std::string Encode(const std::vector<Entry>& entries) {
   return bytes;
 }
 
-/// Returns the text before its first zero byte; counts a text that is cut.
+/// Returns the text before its first zero byte. Counts the text if bytes are lost.
 std::string_view KeepUpToZero(std::string_view text) {
   const std::string_view kept = UpToZero(text);
   if (text.find_first_not_of('\0', kept.size()) != std::string_view::npos) {
@@ -148,7 +148,7 @@ std::string_view KeepUpToZero(std::string_view text) {
   return kept;
 }
 
-/// Keeps the first of neighbours of one name; counts the others.
+/// Keeps the first of adjacent entries with the same name and counts the others.
 void LeaveOutEqualNames(std::vector<Entry>& entries) {
   std::string_view last;
   bool isFirst = true;
@@ -224,7 +224,7 @@ Attributes Attributes::FromColumns(std::string columns) {
     entries.emplace_back(KeepUpToZero(it.GetName()),
                          type == kString ? KeepUpToZero(TextAt(value)) : bytes, type);
   }
-  // Names of equal entries stand in memory in stored order.
+  // The addresses of the names keep entries with equal names in stored order.
   std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
     return std::pair(a.GetName(), a.mpName) < std::pair(b.GetName(), b.mpName);
   });
@@ -232,7 +232,7 @@ Attributes Attributes::FromColumns(std::string columns) {
   return Attributes(Encode(entries));
 }
 
-/// True if the names ascend and no text holds a zero byte.
+/// Returns true if the names ascend and no text holds a zero byte.
 bool Attributes::IsInOrder() const {
   std::string_view last;
   for (Iterator it = begin(); it != end(); ++it) {

@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t kNumColumns = 6;
 constexpr std::size_t kCountSize = sizeof(std::uint32_t);
 
-/// A column that goes into a block as a whole.
+/// A column that is written to a block in one piece.
 struct WrittenColumn {
   std::string_view mBytes;
 };
@@ -35,7 +35,7 @@ void CopyToBlock(QovJbf::Block& block, const WrittenColumn& column) {
   block.Put(column.mBytes.data(), static_cast<std::uint32_t>(column.mBytes.size()));
 }
 
-/// Takes an empty map, if the next bytes of a block are one.
+/// Reads an empty map if the next bytes of the block are one.
 struct EmptyMap {
   bool mIsTaken = false;
 };
@@ -54,7 +54,7 @@ struct ReadColumn {
   std::size_t mElementSize;  ///< In bytes; 0 for strings.
 };
 
-/// The bytes of `count` strings at the cursor.
+/// Returns the size in bytes of `count` strings at the cursor.
 std::uint64_t MeasureStrings(const QovJbf::Block& block, std::uint32_t count) {
   std::uint64_t length = 0;
   for (; count > 0; --count) {

@@ -41,7 +41,7 @@ void Geometry::ReserveVariables(std::size_t count) {
   }
 }
 
-/// The slot of that name, or the free one in which it belongs. One slot at least is free.
+/// Returns the slot of that name, or the free slot for it. At least one slot must be free.
 std::uint32_t& Geometry::FindSlot(const std::string& name) {
   std::size_t slot = std::hash<std::string>()(name);
   while (true) {
@@ -52,7 +52,7 @@ std::uint32_t& Geometry::FindSlot(const std::string& name) {
   }
 }
 
-/// Makes room for the names of all variables, of which at most half the slots are used.
+/// Makes room for the names of all variables. At most half of the slots are used.
 void Geometry::GrowIndex() {
   constexpr std::size_t kFewest = 16;
   mSlots.assign(std::bit_ceil(std::max(kFewest, 3 * mVariables.size())), 0);

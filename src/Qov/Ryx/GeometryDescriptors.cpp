@@ -128,7 +128,8 @@ class DescriptorReader {
     attributes.ShareIfEqual(mLastAttributes);
     mLastAttributes = attributes;
   }
-  /// At least as many variables as the rest of the block in which the next one lies can hold.
+  /// Returns an upper bound for the number of variables in the rest of the block of the next
+  /// variable.
   std::size_t CountRoom() {
     constexpr std::size_t kLeastSize = 14;  // of the older layout, with an empty name
     Remaining remaining;
@@ -145,7 +146,7 @@ class DescriptorReader {
   QovJbf::JbFile& mFile;
   const std::string& mLightKey;
   const std::string& mAttributeKey;
-  QovUtil::Attributes mLastAttributes;  ///< Shared by results with equal ones in a row.
+  QovUtil::Attributes mLastAttributes;  ///< Adjacent results with equal attributes share them.
   std::uint64_t& mInlineOffset;
 };
 

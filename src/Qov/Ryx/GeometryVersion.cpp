@@ -10,7 +10,8 @@ namespace {
 
 using Numbers = std::pair<unsigned, unsigned>;
 
-/// The number at `begin`, which is moved past it. A number beyond all bounds is the highest.
+/// Returns the number at `begin` and moves `begin` past it. Returns the highest value for a number
+/// that is too large.
 std::optional<unsigned> TakeNumber(const char*& begin, const char* end) {
   unsigned number = 0;
   const auto [rest, error] = std::from_chars(begin, end, number);

@@ -113,7 +113,7 @@ LinkedNames ShareCommonResults(Geometry& geometry, const std::set<std::string>& 
   return links;
 }
 
-/// Lets the result share the values of the primary one, unless the primary one takes its values
+/// Makes the result share the values of the primary one, unless the primary one takes its values
 /// from that result. Returns the result.
 const Geometry::VarStruct& LinkResult(LinkChains& chains, Geometry& geometry, std::uint32_t id,
                                       const std::string& name, const std::string& primaryName,
@@ -124,7 +124,7 @@ const Geometry::VarStruct& LinkResult(LinkChains& chains, Geometry& geometry, st
       static_cast<std::uint32_t>(geometry.GetOrAddVariableIndex(primaryName));
   const Geometry::VarStruct& primary = geometry.GetVariables()[primaryPosition];
   Geometry::VarStruct& result = geometry.EditVariable(position);
-  // No chain leads to a result that is new, and none from one that is not linked.
+  // Chains never lead to a new result, and never start at a result that is not linked.
   const bool isChained = primary.mLinked && position < numBefore;
   if (position == primaryPosition ||
       (isChained && chains.LeadsTo({id, primaryPosition}, {id, position}))) {

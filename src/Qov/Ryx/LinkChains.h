@@ -8,19 +8,19 @@
 
 namespace QovRyx {
 
-/// Tells which results the chains of links lead over, while results are being linked anew. Each
-/// link is followed once, however many chains lead over it.
+/// Finds the results on chains of links while results are being linked anew. Each link is followed
+/// once, even if several chains contain it.
 class LinkChains {
  public:
   explicit LinkChains(const NodeTree& nodes) : mNodes(nodes) {}
 
-  /// Returns true if `place` is `start` or if the chain of links from `start` leads over it.
+  /// Returns true if `place` is `start` or is on the chain of links from `start`.
   bool LeadsTo(const Geometry::Link& start, const Geometry::Link& place) {
     const LinkForest::Vertex from = Enter(start);
     return mForest.Reaches(from, Enter(place));
   }
 
-  /// Takes note of the new link of the result at `place`.
+  /// Records the new link of the result at `place`.
   void NoteNewLink(const Geometry::Link& place) {
     const auto found = mVertices.find(KeyOf(place));
     if (found == mVertices.end()) return;
@@ -42,8 +42,8 @@ class LinkChains {
     return result != nullptr && result->mLinked && !result->mLeadsNowhere ? result : nullptr;
   }
 
-  /// Returns the vertex of a place. A new one is entered with the chain from it, up to a place
-  /// that is known. The link that closes a circle is left out.
+  /// Returns the vertex of a place. Enters a new place with its chain, up to the first known place.
+  /// Leaves out the link that closes a cycle.
   LinkForest::Vertex Enter(Geometry::Link place) {
     const auto [first, isFirstNew] = mVertices.try_emplace(KeyOf(place), LinkForest::kNone);
     if (!isFirstNew) return first->second;

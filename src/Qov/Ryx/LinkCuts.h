@@ -10,13 +10,13 @@
 
 namespace QovRyx {
 
-/// Gives the values that it shares to each linked result for which `isCut(id, link)` is true, where
-/// `id` is that of its geometry. A result whose chain of links breaks off or is a circle gets no
-/// values. A dangling link stays and is noted as one, because results of other files may come to
-/// stand at its place.
+/// Replaces each link for which `isCut(id, link)` is true by the values that the linked result
+/// shares; `id` is the id of its geometry. A result gets no values if its chain of links ends at a
+/// dangling link or is a cycle. Dangling links stay and are marked, because results of other files
+/// may be put at their places later.
 template <class IsCut>
 void CutLinks(const NodeTree& nodes, IsCut isCut) {
-  // All are resolved before one is changed, because the chains lead over results that change.
+  // All links are resolved before any is changed, because chains lead over results that change.
   std::vector<std::pair<Geometry::VarStruct*, const Geometry::VarStruct*>> cuts;
   LinkResolver resolver(nodes);
   ForEachGeometry(nodes, [&](std::uint32_t id, Geometry& geometry) {
@@ -33,7 +33,7 @@ void CutLinks(const NodeTree& nodes, IsCut isCut) {
   }
 }
 
-/// Cuts all links from one geometry to another one.
+/// Replaces all links between geometries by the values.
 inline void CutLinksBetweenGeometries(const NodeTree& nodes) {
   CutLinks(nodes, [](std::uint32_t id, const Geometry::Link& link) { return link.mNode != id; });
 }

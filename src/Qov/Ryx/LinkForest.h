@@ -7,11 +7,11 @@
 
 namespace QovRyx {
 
-/// A forest that changes while it is asked whether one vertex is an ancestor of another one.
+/// A changing forest that answers whether one vertex is an ancestor of another one.
 ///
-/// Every operation takes amortised logarithmic time, whatever the depth of the trees. It is a
-/// link-cut tree: each tree is divided into paths that lead towards its root, and the vertices of
-/// a path form a splay tree, in which those closer to the root are to the left.
+/// Every operation takes amortised logarithmic time, independent of the depth of the trees. The
+/// forest is a link-cut tree: each tree is divided into paths towards its root. The vertices of a
+/// path form a splay tree, in which a vertex closer to the root is further left.
 class LinkForest {
  public:
   using Vertex = std::uint32_t;
@@ -29,7 +29,7 @@ class LinkForest {
     mPlaces[child].mUp = parent;
   }
 
-  /// Takes its parent from `child`, if it has one.
+  /// Removes the link from `child` to its parent, if it has one.
   void Detach(Vertex child) {
     Expose(child);
     Vertex& rest = mPlaces[child].mDown[kLeft];
@@ -37,11 +37,12 @@ class LinkForest {
     rest = kNone;
   }
 
-  /// Returns true if `to` is `from` or one of its ancestors. Changes the paths, not the trees.
+  /// Returns true if `to` is `from` or one of its ancestors. Changes the division into paths, but
+  /// not the trees.
   bool Reaches(Vertex from, Vertex to) {
     if (from == to) return true;
     Expose(from);
-    Splay(to);  // takes the top from `from` if both are on one path
+    Splay(to);  // replaces `from` as the top if both are on one path
     return mPlaces[from].mUp != kNone;
   }
 
@@ -49,8 +50,8 @@ class LinkForest {
   static constexpr std::size_t kLeft = 0;
   static constexpr std::size_t kRight = 1;
 
-  /// The place of a vertex in the splay tree of its path. The top one has the parent of the whole
-  /// path as `mUp`, which does not have it in `mDown`.
+  /// The place of a vertex in the splay tree of its path. For the top vertex, `mUp` is the parent
+  /// of the whole path; that parent does not list it in `mDown`.
   struct Place {
     Vertex mUp = kNone;
     std::array<Vertex, 2> mDown = {kNone, kNone};
@@ -87,7 +88,7 @@ class LinkForest {
     }
   }
 
-  /// Makes one path of the vertices from `vertex` to its root, with `vertex` as the top.
+  /// Joins the vertices from `vertex` to its root into one path, with `vertex` as the top.
   void Expose(Vertex vertex) {
     Vertex below = kNone;
     for (Vertex at = vertex; at != kNone; at = mPlaces[at].mUp) {
@@ -98,7 +99,7 @@ class LinkForest {
     Splay(vertex);
   }
 
-  std::vector<Place> mPlaces = std::vector<Place>(1);  ///< The first one stands for kNone.
+  std::vector<Place> mPlaces = std::vector<Place>(1);  ///< The first place is that of kNone.
 };
 
 }  // namespace QovRyx

@@ -17,8 +17,8 @@ inline constexpr const char* kMergeSource = "src/Qov/Ryx/RyxMerge";
 inline constexpr int kMergeDone = 0;
 inline constexpr int kMergeFailed = 2;
 
-/// Writes to standard error the system's cause of an error and the file that it is about, a line
-/// each, as far as they are known.
+/// Writes the system's cause of an error and the file that it concerns to standard error, one line
+/// each, if they are known.
 void ReportCircumstances(const std::exception& error);
 
 /// Runs one merge under the handler that all of them have.
@@ -40,11 +40,11 @@ void RefuseOutputAmongInputs(const std::vector<std::string>& inputs, const std::
 /// Writes a line about content that is left out to standard error and to the log.
 void ReportLeftOut(const std::string& line);
 
-/// Writes one line to standard error, and to the log, about streams of a file that are left out
-/// because their names are unknown; nothing if there are none.
+/// Writes one line to standard error and to the log if a file has streams of unknown names, which
+/// are left out.
 void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams);
 
-/// Reads a model file into a tree that holds no other yet, and reports its unknown streams.
+/// Reads a model file into an empty tree and reports its unknown streams.
 void LoadModel(Tree& tree, const std::string& path,
                Tree::ReadMode mode = Tree::ReadMode::Everything);
 
@@ -54,10 +54,10 @@ void MergeModel(Tree& tree, const std::string& path);
 /// Writes a new file, or one in place of another.
 void SaveModel(Tree& tree, const std::string& output);
 
-/// Returns an empty tree, in whose history a merge appears as RyxMerge's once it is saved.
+/// Returns an empty tree. When it is saved, its history names RyxMerge as the program of the merge.
 std::unique_ptr<Tree> MakeModelTree();
 
-/// The same with the group "Merge" as its root, which takes models in below it.
+/// Returns such a tree with the group "Merge" as its root; models are loaded below that group.
 std::unique_ptr<Tree> MakeDatasetTree();
 
 }  // namespace QovRyx

@@ -28,7 +28,7 @@ std::string SecondsSince(std::chrono::steady_clock::time_point start) {
   return std::string(text.data(), end.ptr) + " s";
 }
 
-/// "1 path", "2 paths".
+/// Returns the number with its noun: "1 path", "2 paths".
 std::string Counted(std::uint64_t n, const std::string& noun) {
   return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
 }

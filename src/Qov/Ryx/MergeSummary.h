@@ -16,9 +16,9 @@ struct DroppedResults {
   std::uint64_t mWithoutInstance = 0;  ///< The name has no instance part.
   std::uint64_t mWithoutGeometry = 0;  ///< The first file's node of that id is no geometry.
   std::uint64_t mReplaced = 0;         ///< The values gave way to those of a shared result.
-  /// Automatic renaming made their links lead to themselves, so they have no values.
+  /// Results without values, because automatic renaming made their links lead to themselves.
   std::uint64_t mLinkedToThemselves = 0;
-  /// They share other values than before, because the result that they are linked to does.
+  /// Results that share other values than before, because the result that they are linked to does.
   std::uint64_t mLinkReplaced = 0;
 
   std::uint64_t GetTotal() const {
@@ -32,8 +32,8 @@ void AppendResults(Tree& from, Tree& into, DroppedResults& dropped);
 void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped);
 void GenerateLinkedResults(Tree& tree, const PartLinksMap& links, DroppedResults& dropped);
 
-/// Sets `mLinkReplaced` once all files are merged: counts the linked results that no longer share
-/// the array that they shared when they were loaded, and are not counted otherwise.
+/// Sets `mLinkReplaced` after all files are merged. Counts the linked results that share another
+/// array than when they were loaded and that are not counted otherwise.
 void CountReplacedLinks(const Tree& tree, DroppedResults& dropped);
 
 /// Notes what goes into a merge and, once it is done, tells in the trace log what came of it.
@@ -54,7 +54,8 @@ class MergeSummary {
   };
   /// `tree` is what was written. The merge is done, so nothing that goes wrong here is an error.
   void Tell(const Deed& deed, const Tree& tree, const std::string& output) const noexcept;
-  /// Writes one line on standard error if results lost their values to links to themselves.
+  /// Writes one line to standard error if results lost their values because their links lead to
+  /// themselves.
   void WarnOfLostValues() const;
 
  private:

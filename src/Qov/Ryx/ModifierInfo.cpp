@@ -7,7 +7,7 @@
 namespace QovRyx {
 namespace {
 
-/// Dots and commas are as the builds wrote them.
+/// Dots and commas are exactly as the builds wrote them.
 constexpr std::array<std::string_view, 8> kLegacyBuilds = {
     "2010 R1 4.1.110.825", "2010 R1 4.1.110.912", "2010 R1 4.1.110.915", "2010 R1 4,1,311,128",
     "2010 R1 4,1,311,130", "2010 R1 4,1,311,131", "2010 R1 4,1,311,209", "2010 R1 4,1,311,217",

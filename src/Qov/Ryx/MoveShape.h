@@ -7,8 +7,9 @@
 
 namespace QovRyx {
 
-/// Does what Tree::AddShape does, from `source` to `nodes`. Without `cutLinks` the caller has cut
-/// all links between geometries of `source`, so that many shapes take one pass over its results.
+/// Moves a shape from `source` to `nodes`, as Tree::AddShape describes. If `cutLinks` is false, the
+/// caller has already cut all links between geometries of `source`, so that moving many shapes
+/// takes one pass over its results.
 void MoveShape(NodeTree& nodes, NodeTree& source, std::uint32_t shapeId,
                const std::string& groupName, bool cutLinks);
 

@@ -9,10 +9,9 @@
 ///   types: vector<u16>   the type code of each slot, cut to 16 bits
 ///   bodies               for each slot in order, the record of its class
 ///
-/// A type without a class has a record too, of which the reader keeps the tag and the body. An
-/// InvalidAction that a program has put into the list is written as its type alone, without a
-/// record, so that such a list cannot be read back. A null slot is written with a record, and read
-/// as null again.
+/// A type without a class also has a record, of which the reader keeps the tag and the body. An
+/// InvalidAction that a program has put into the list is written as its type without a record, so
+/// such a list cannot be read back. A null slot is written with a record and read as null again.
 namespace QovRyx {
 
 namespace {

@@ -10,7 +10,7 @@
 
 namespace QovRyx {
 
-/// Streams that are read into memory as a whole and are limited together.
+/// Streams that are read into memory completely and share one limit.
 struct StreamGroup {
   const char* mContent;
   std::vector<std::string> mStreams;
@@ -21,7 +21,7 @@ inline const StreamGroup kTreeStreams{"The descriptions of nodes and results",
 inline const StreamGroup kViewStreams{"The views", {kViewPoints}};
 inline const StreamGroup kHistoryStreams{"The entries of the history", {kGlobalInformation}};
 
-/// Raises OutOfBounds if the uncompressed bytes of the group are more than `limit`, which is
+/// Raises OutOfBounds if the uncompressed bytes of the group exceed `limit`, which is
 /// QovJbf::GetLoadLimit().
 inline void CheckLoadLimit(const StreamGroup& group, std::uint64_t numBytes, std::uint64_t limit,
                            unsigned long line = __builtin_LINE()) {

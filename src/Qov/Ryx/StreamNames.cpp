@@ -7,7 +7,7 @@
 namespace QovRyx {
 namespace {
 
-/// The names of free slots and index blocks begin with it.
+/// The first character of the names of free slots and index blocks.
 constexpr char kReservedMark = '\v';
 
 }  // namespace

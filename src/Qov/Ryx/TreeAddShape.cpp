@@ -13,8 +13,8 @@ namespace {
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
 using ErrorType = Qov::Util::Exception::ErrorType;
 
-/// Returns what an entry carries. A file decides that, so a wrong type is an error and not a
-/// broken assumption.
+/// Returns the node of an entry. Raises MismatchError for a node of another type, because the type
+/// comes from a file: an assertion would be wrong.
 template <class T>
 T& RequireNode(const NodeTree::Node& entry, const char* what) {
   auto* node = dynamic_cast<T*>(entry.mData.get());
@@ -31,7 +31,7 @@ void RequireFreeIds(const NodeTree& nodes, std::uint32_t count) {
   Qov::Util::Raise(kSource, ErrorType::ModelError, "The tree has no ids left");
 }
 
-/// Lets the links within a geometry name its new id. Dangling links stay as they are.
+/// Makes the links within a geometry name its new id. Dangling links are not changed.
 void MoveLinks(Geometry& geometry, std::uint32_t newId) {
   for (std::size_t i = 0; i != geometry.GetVariables().size(); ++i) {
     Geometry::VarStruct& result = geometry.EditVariable(i);

@@ -32,7 +32,7 @@ void TellLosses(const QovJbf::ReadLosses& lost, const std::string& path, const c
   tell(lost.mNumCutTexts, " text is cut at a zero byte", " texts are cut at a zero byte");
 }
 
-/// Calls `read`, and counts and logs what it leaves out of a part of a file.
+/// Calls `read`. Counts and logs the data that it leaves out of a part of a file.
 template <class Read>
 void CountLosses(QovJbf::ReadLosses& losses, const QovJbf::JbFile& file, const char* part,
                  Read read) {
@@ -71,7 +71,7 @@ ViewPointPath RequireViewPointPath(QovJbf::JbFile& file) {
   return path;
 }
 
-/// Makes room for so many more paths, as far as the stream can hold them: the vector then takes no
+/// Reserves room for `count` more paths if the stream can hold them, so that the vector takes no
 /// more memory than they need.
 void ReservePaths(QovJbf::JbFile& file, std::int32_t count, std::vector<ViewPointPath>& paths) {
   constexpr std::uint64_t kLeastSize = 8;  // an empty name and no views
@@ -88,8 +88,8 @@ std::uint64_t GetFileLength(QovJbf::JbFile& file) {
   return static_cast<std::uint64_t>(length);
 }
 
-/// Refuses streams that would take too much memory, because they are read as a whole: zlib makes a
-/// thousand bytes of one.
+/// Refuses streams that would take too much memory, because they are read completely and zlib can
+/// expand one byte to a thousand.
 void CheckExpansion(QovJbf::JbFile& file, const StreamGroup& group) {
   std::uint64_t numBytes = 0;
   for (const std::string& name : group.mStreams) {

@@ -68,7 +68,7 @@ UnreadContent TreeReader::Read(Tree::IdMap& idMap) {
   return std::move(mUnread);
 }
 
-/// Counts whole elements, because no others are stored.
+/// Counts only complete elements, because an incomplete one is not stored.
 void TreeReader::CheckShares() const {
   constexpr std::uint64_t kElementSize = 4;
   std::uint64_t numBytes = 0;

@@ -13,9 +13,9 @@ constexpr std::uint64_t kMostBytes = std::uint64_t{64} << 20;
 /// Size and length of the tag, which precede every record.
 constexpr std::uint32_t kLeastRecord = 8;
 
-/// Goes over the view stream of a file:
+/// Walks the view stream of a file:
 ///   current view: record | number of paths: i32 | paths | sequencer: record
-/// each path being
+/// where each path is
 ///   name: u32 length, bytes | number of view points: i32 | view points: records
 class ViewCounter {
  public:

@@ -32,7 +32,7 @@ struct TypeList {
 /// What holds for every record with a field list.
 using EveryRecord = EveryRecordIn<TypeList>;
 
-TEST(EveryRecordTest, IsWrittenWithTheUnknownTagAndBytesThatWereReadAtEveryLevel) {
+TEST(EveryRecordTest, KeepsUnknownTagsAndBytesAtEveryLevel) {
   EveryRecord::ForEach([]<class Record>(const Record&) {
     std::uint32_t seed = 0;
     for (const char* tag : {"current", "0.0", "0.8", "0.9", "1.0", "0.10", "", "newest"}) {
@@ -52,12 +52,12 @@ TEST(EveryRecordTest, IsWrittenWithTheUnknownTagAndBytesThatWereReadAtEveryLevel
   });
 }
 
-/// The records that lack an opaque one at "0.1": a new one cannot be invented.
+/// True for records that lack an opaque record at "0.1": an opaque record cannot be invented.
 template <class T>
 constexpr bool kStaysOld =
     std::is_same_v<T, QovRyx::ViewState> || std::is_same_v<T, QovRyx::CAEState>;
 
-TEST(EveryRecordTest, OlderOnesAreBroughtUpToDateUnlessThatInventsAnOpaqueRecord) {
+TEST(EveryRecordTest, OlderRecordsAreUpdatedUnlessThatInventsAnOpaqueRecord) {
   EveryRecord::ForEach([]<class Record>(const Record&) {
     for (const std::string tag : {"0.1", "0.2", "0.3", "0.4", "0.5", "0.6", "0.7"}) {
       const auto readTag = [&]<class T>(const T&) { return std::min(tag, std::string(T::kTag)); };
