@@ -74,6 +74,13 @@ TEST_F(RyxMergeProgram, RefusesWhatItCannotMergeAndLeavesNothingBehind) {
   std::memcpy(&size, damaged.data() + 16 + 4 + 133, sizeof(size));
   damaged[2800 + size - 1] ^= 1;
   WriteFile(mDir / "damaged.ryx", damaged);
+  for (const auto& [name, type] : {std::pair{"unknown.ryx", "Geometry"}, {"unread.ryx", "Shape"}}) {
+    Streams streams = ReadStreams(mDir / "run2.ryx");
+    std::string& tree = streams.at("Ryx Tree");
+    tree[tree.rfind(type)] = 'X';
+    if (type == std::string("Shape")) streams.at("Resources").clear();
+    WriteStreams(mDir / name, streams);
+  }
   ExpectTranscript("merge_refusals.txt");
 }
 

@@ -134,8 +134,9 @@ void ReportRest(const StreamCursor& cursor, const ModelContent& model, const cha
   std::string text =
       fmt::format("{} bytes follow the last {}.", cursor.GetLength() - cursor.GetPosition(), what);
   const bool mayBeOwned =
-      std::any_of(model.mNodes.begin(), model.mNodes.end(),
-                  [](const StoredNode& node) { return node.GetType() == NodeType::Unknown; });
+      std::any_of(model.mNodes.begin(), model.mNodes.end(), [](const StoredNode& node) {
+        return node.GetType() == NodeType::Unknown && node.mType != "FutureNode";
+      });
   if (mayBeOwned) {
     findings.Error(
         "stream-rest", place,

@@ -134,11 +134,16 @@ std::unique_ptr<Node> TreeReader::ReadNode(const Record& record) {
   if (record.mType == "Shape") return ReadShape(record);
   if (record.mType == "Geometry") return ReadGeometry(record);
   if (record.mType == "NodeSets") return ReadNodeSets(record);
+  if (record.mType != "FutureNode") NoteUnknown(record);
+  return std::make_unique<FutureNode>(record.mName);
+}
+
+/// "FutureNode" is the type that nodes of unknown types are saved with, without content.
+void TreeReader::NoteUnknown(const Record& record) {
   const std::string node = DescribeNode(record.mEntry.mId - mBase, record.mName) +
                            " of the unknown type " + Qov::Util::Quote(record.mType);
-  if (record.mType != "FutureNode") mUnread.Add(node);
+  mUnread.Add(node);
   if (mFirstUnknown.empty()) mFirstUnknown = node;
-  return std::make_unique<FutureNode>(record.mName);
 }
 
 void TreeReader::NoteNewerVersion(const Record& record, const std::string& known) {

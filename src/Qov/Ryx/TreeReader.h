@@ -46,6 +46,7 @@ class TreeReader {
   void CheckShares() const;
   void Enter(Record record, bool isFirst);
   void RequireHeavyStream();
+  void NoteUnknown(const Record& record);
   void NoteNewerVersion(const Record& record, const std::string& known);
   void CheckRests();
   void MoveBehindSets();
