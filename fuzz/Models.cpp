@@ -29,7 +29,10 @@ void ReadAll(const QovRyx::Geometry& geometry, Readers& readers) {
   for (const auto& variable : geometry.GetVariables()) {
     if (variable.mLinked) continue;
     variable.mValues.GetValues(values);
-    if (const auto& loader = variable.mValues.GetLoader()) readers.insert(&loader->GetReader());
+    if (const auto& loader = variable.mValues.GetLoader()) {
+      loader->VerifyPlace();  // a merge does not believe the lengths of the blocks before either
+      readers.insert(&loader->GetReader());
+    }
   }
 }
 
@@ -59,7 +62,9 @@ bool ReadArrays(const QovRyx::Tree& tree) {
     const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(entry.mData.get());
     if (sets == nullptr) continue;
     static_cast<void>(sets->GetSets());
-    if (sets->GetReader() != nullptr) readers.insert(sets->GetReader());
+    if (sets->GetReader() == nullptr) continue;
+    sets->GetReader()->VerifyBefore(sets->GetSourceOffset());
+    readers.insert(sets->GetReader());
   }
   for (QovJbf::StreamReader* reader : readers) reader->Verify();
   return true;
