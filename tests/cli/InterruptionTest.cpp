@@ -106,6 +106,9 @@ TEST_F(Interruption, ByAnotherWriterOfTheOutputIsReported) {
     EXPECT_THAT(outcome.mErr, HasSubstr("\"" + mOutput + "\" is being written by another run"));
     EXPECT_EQ(ReadFile(mOutput), "another run's");
   }
+  EXPECT_THAT(
+      RunProgram({RYX_PROGRAM, "plan", mInputs[0], mInputs[1], mOutput}, mSurroundings).mOut,
+      HasSubstr("is being written by another run"));
   ::close(other);
   EXPECT_EQ(Merge().mStatus, 0);
 }

@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <exception>
 #include <filesystem>
+
+#include "Qov/Jbf/OutputLocks.h"
 
 namespace Qov::Tools {
 namespace {
@@ -31,6 +34,15 @@ std::string WhyNotWritable(const std::string& path) {
   return ::access(folder.c_str(), W_OK) == 0 ? "" : "would lie in a folder that cannot be written";
 }
 
+bool IsFree(const std::string& path) {
+  try {
+    QovJbf::CheckOutputIsFree(path);
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
 bool IsSameFile(const std::string& left, const std::string& right) {
   std::error_code error;
   return fs::equivalent(left, right, error) && !error;
@@ -51,6 +63,9 @@ std::vector<Obstacle> FindFileObstacles(const MergeRequest& request,
   }
   const std::string trouble = WhyNotWritable(request.mOutput);
   if (!trouble.empty()) obstacles.push_back({request.mOutput, trouble, ""});
+  if (!IsFree(request.mOutput)) {
+    obstacles.push_back({request.mOutput, "is being written by another run", ""});
+  }
   if (request.NeedsCopy() && Exists(request.GetCopyPath())) {
     const char* text = "is already there; the merged model has to be copied to this place";
     obstacles.push_back({request.GetCopyPath(), text, ""});
