@@ -34,7 +34,7 @@ expect_same "Options of RyxMerge" "$options" \
 expect_same "Completed options of RyxMerge" "$options" \
   "$(grep -oP '(?<=--)[a-z][a-z-]+' "$source_dir/completions/RyxMerge.bash")"
 expect_same "Environment of RyxMerge" "$(documented_variables "$page")" \
-  "$(grep -ohP '"\K[A-Z]+_[A-Z_]+(?=")' "$source_dir"/{app,container,src/Qov/Ryx}/*.cpp)"
+  "$(grep -ohP '"\K[A-Z]+_[A-Z_]+(?=")' "$source_dir"/{app,container,src/Qov/Ryx/*}/*.cpp)"
 
 page=$manuals/ryx.1
 subcommands=$(ryx --help | awk '/^Subcommands:/ { inside = 1; next } inside && /^  [a-z]/ { print $1 } inside && /^$/ { exit }')

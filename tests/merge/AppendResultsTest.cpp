@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <limits>
 
-#include "MergeSummary.h"
 #include "Qov/Ryx/RyxMerge.h"
 #include "Qov/Util/Exception.h"
+#include "merge/MergeSummary.h"
 #include "support/ModelBuilder.h"
 #include "support/ModelCompare.h"
 

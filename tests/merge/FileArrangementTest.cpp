@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <random>
 
-#include "IntroSort.h"
+#include "merge/IntroSort.h"
 
 namespace QovRyx {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "MergeSummary.h"
 #include "Qov/Util/Exception.h"
+#include "merge/MergeSummary.h"
 #include "support/ModelBuilder.h"
 
 namespace QovRyx {

@@ -1,4 +1,4 @@
-#include "LinkForest.h"
+#include "merge/LinkForest.h"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "ExpectedModel.h"
-#include "LinkForest.h"
+#include "merge/LinkForest.h"
 
 namespace Qov::Tools {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "model/records/RecordBytes.h"
+#include "records/RecordBytes.h"
 
 namespace Qov::Test {
 namespace {

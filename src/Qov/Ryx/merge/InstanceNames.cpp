@@ -8,10 +8,10 @@
 #include <string_view>
 #include <utility>
 
-#include "GeometryEntries.h"
 #include "LinkChains.h"
 #include "MergeSummary.h"
 #include "Qov/Util/Raise.h"
+#include "model/GeometryEntries.h"
 
 namespace QovRyx {
 namespace {

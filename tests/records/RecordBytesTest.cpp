@@ -8,7 +8,7 @@
 #include "Qov/Ryx/MaterialValues.h"
 #include "Qov/Ryx/ModifierInfo.h"
 #include "Qov/Ryx/ViewPoint.h"
-#include "model/records/RecordBytes.h"
+#include "records/RecordBytes.h"
 
 /// Golden bytes of records, one field a line.
 namespace Qov::Test {

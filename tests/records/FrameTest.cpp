@@ -6,7 +6,7 @@
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/ModifierInfo.h"
 #include "Qov/Ryx/ViewPoint.h"
-#include "model/records/RecordBytes.h"
+#include "records/RecordBytes.h"
 #include "support/CapturedLog.h"
 
 /// The frame of records, and records as elements of containers.

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <memory>
 
-#include "HistoryDate.h"
 #include "MergeSteps.h"
 #include "MergeSummary.h"
 #include "Qov/Jbf/OutputLocks.h"
@@ -17,6 +16,7 @@
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
+#include "model/HistoryDate.h"
 
 namespace QovRyx {
 namespace {

@@ -2,12 +2,12 @@
 #include <cstdint>
 #include <map>
 
-#include "GeometryEntries.h"
-#include "LinkCuts.h"
-#include "LinkResolver.h"
 #include "MergeSummary.h"
 #include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Ryx/RyxMerge.h"
+#include "model/GeometryEntries.h"
+#include "model/LinkCuts.h"
+#include "model/LinkResolver.h"
 
 namespace QovRyx {
 namespace {

@@ -9,8 +9,8 @@
 #include <typeinfo>
 
 #include "Qov/Ryx/FileVersionScope.h"
-#include "model/records/RandomRecord.h"
-#include "model/records/RecordBytes.h"
+#include "records/RandomRecord.h"
+#include "records/RecordBytes.h"
 #include "support/RecordTypes.h"
 
 namespace Qov::Test {

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "GeometryEntries.h"
-#include "LinkCuts.h"
 #include "MergeSteps.h"
-#include "MoveShape.h"
 #include "Qov/Util/Raise.h"
+#include "model/GeometryEntries.h"
+#include "model/LinkCuts.h"
+#include "model/MoveShape.h"
 
 namespace QovRyx {
 namespace {

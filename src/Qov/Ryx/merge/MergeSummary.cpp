@@ -7,9 +7,9 @@
 #include <charconv>
 #include <exception>
 
-#include "LinkResolver.h"
 #include "MergeSteps.h"
 #include "Qov/Log/Record.h"
+#include "model/LinkResolver.h"
 
 namespace QovRyx {
 namespace {
