@@ -11,6 +11,7 @@
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Node.h"
 #include "Qov/Ryx/NumericArray.h"
+#include "Qov/Util/ChunkedVector.h"
 
 namespace QovRyx {
 
@@ -66,12 +67,11 @@ class QOV_EXPORT Geometry : public Node {
   /// "0.6" when files of that container version are written, else "0.7", which it always is here.
   std::string GetVersion() const override;
 
-  const std::vector<VarStruct>& GetVariables() const { return mVariables; }
+  using Variables = Qov::Util::ChunkedVector<VarStruct>;
+  const Variables& GetVariables() const { return mVariables; }
   /// For changing anything but the name.
   VarStruct& EditVariable(std::size_t position) { return mVariables[position]; }
   void AppendVariable(VarStruct variable) { mVariables.push_back(std::move(variable)); }
-  /// Reserves room for exactly `count` more variables, so that appending them wastes no memory.
-  void ReserveVariables(std::size_t count);
   void RenameVariable(std::size_t position, std::string name);
   /// The position of the first variable of that name.
   std::optional<std::size_t> FindVariable(const std::string& name);
@@ -91,7 +91,7 @@ class QOV_EXPORT Geometry : public Node {
   void AttachValues(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled);
 
  private:
-  std::vector<VarStruct> mVariables;
+  Variables mVariables;
   std::uint32_t& FindSlot(const std::string& name);
   void GrowIndex();
 

@@ -188,9 +188,6 @@ void GenerateLinkedResults(Tree& tree, const PartLinksMap& links, DroppedResults
   for (const auto& [id, linksOfNode] : links) {
     Geometry* geometry = AsGeometry(tree.GetNodes().GetReqNode(id));
     if (geometry == nullptr) continue;
-    std::size_t numNames = 0;
-    for (const auto& [primary, names] : linksOfNode) numNames += names.size();
-    geometry->ReserveVariables(numNames);
     for (const auto& [primary, names] : linksOfNode) {
       for (const std::string& name : names) {
         // An earlier file may have brought a primary result of any size.

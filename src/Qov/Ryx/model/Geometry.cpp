@@ -34,13 +34,6 @@ void Geometry::RenameVariable(std::size_t position, std::string name) {
   mNumIndexed = 0;
 }
 
-void Geometry::ReserveVariables(std::size_t count) {
-  const std::size_t needed = mVariables.size() + count;
-  if (needed > mVariables.capacity()) {
-    mVariables.reserve(std::max(needed, mVariables.size() + mVariables.size() / 2));
-  }
-}
-
 /// Returns the slot of that name, or the free slot for it. At least one slot must be free.
 std::uint32_t& Geometry::FindSlot(const std::string& name) {
   std::size_t slot = std::hash<std::string>()(name);
@@ -79,7 +72,8 @@ std::uint64_t Geometry::GetOrAddVariableIndex(const std::string& name) {
 }
 
 void Geometry::AttachValues(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled) {
-  for (VarStruct& variable : mVariables) {
+  for (std::size_t i = 0; i != mVariables.size(); ++i) {
+    VarStruct& variable = mVariables[i];
     if (variable.mLinked || !variable.mOffset) continue;
     const std::uint8_t width = variable.mValues.GetWidth();
     auto loader = std::make_shared<const DataLoader>(

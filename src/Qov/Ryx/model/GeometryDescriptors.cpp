@@ -208,7 +208,7 @@ void Geometry::ReadJb(QovJbf::JbFile& file, const std::string& lightKey,
           "Geometry " + Qov::Util::Quote(GetName()) + " has a negative number of variables");
   }
   const Layout layout = GetLayout(version);
-  ReserveVariables(std::min<std::size_t>(static_cast<std::size_t>(count), reader.CountRoom()));
+  mVariables.ReserveMore(std::min(static_cast<std::size_t>(count), reader.CountRoom()));
   for (std::int32_t i = 0; i < count; ++i) {
     VarStruct variable;
     WalkDescriptor(reader, variable, layout);
