@@ -38,6 +38,16 @@ void Rename(Tree& tree, std::uint64_t k, PartLinksMap& links, const InstanceNami
   }
 }
 
+/// Renames the results of the first file, and shares those that its instances have in common.
+void RenameFirst(Tree& master, const std::string& path, const InstanceNaming& naming,
+                 MergeSummary& summary) {
+  PartLinksMap links;
+  Qov::Util::Concerning(path, [&] {
+    Rename(master, 1, links, naming);
+    GenerateLinkedResults(master, links, summary.GetDropped());
+  });
+}
+
 /// The results of file number `k` go over to the master; nothing else of it does.
 void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
                  const InstanceNaming& naming, MergeSummary& summary) {
@@ -115,11 +125,7 @@ int merge_as_instances(const std::vector<std::string>& files, const std::string&
     const std::unique_ptr<Tree> master = MakeModelTree();
     LoadModel(*master, files.at(0));
     summary.AddInput(files[0]);
-    PartLinksMap links;
-    Qov::Util::Concerning(files[0], [&] {
-      Rename(*master, 1, links, naming);
-      GenerateLinkedResults(*master, links, summary.GetDropped());
-    });
+    RenameFirst(*master, files[0], naming, summary);
     for (std::size_t i = 1; i < files.size(); ++i) {
       AddInstance(*master, files[i], i + 1, naming, summary);
     }
