@@ -1,9 +1,10 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
-#include <iterator>
-#include <set>
+#include <numeric>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Qov/Ryx/StreamNames.h"
@@ -21,6 +22,50 @@ constexpr std::array<std::uint64_t, 3> kPlainSizes = {4, 4, 8};
 /// The types whose values the columns hold.
 constexpr std::array<std::size_t, kNumTypes> kColumnTypes = {0, 1, 3, 2};
 
+/// The names of one map in stored order. They lie in one text, because a map can have millions.
+class AttributeNames {
+ public:
+  explicit AttributeNames(std::uint32_t count) { mEnds.reserve(count); }
+
+  void Add(std::string_view name) {
+    mIsAscending = mIsAscending && (mEnds.empty() || (*this)[mEnds.size() - 1] < name);
+    mText += name;
+    mEnds.push_back(mText.size());
+  }
+  std::size_t GetSize() const { return mEnds.size(); }
+  bool IsAscending() const { return mIsAscending; }
+  std::string_view operator[](std::size_t i) const {
+    const std::uint64_t start = i == 0 ? 0 : mEnds[i - 1];
+    return std::string_view(mText).substr(start, mEnds[i] - start);
+  }
+  std::vector<std::uint32_t> FindRepeated() const;
+
+ private:
+  std::string mText;
+  std::vector<std::uint64_t> mEnds;  ///< Where each name ends in mText.
+  bool mIsAscending = true;
+};
+
+/// Returns the ascending positions of the names that are equal to an earlier one.
+std::vector<std::uint32_t> AttributeNames::FindRepeated() const {
+  std::vector<std::uint32_t> positions(mEnds.size());
+  std::iota(positions.begin(), positions.end(), 0U);
+  std::sort(positions.begin(), positions.end(), [this](std::uint32_t a, std::uint32_t b) {
+    const int order = (*this)[a].compare((*this)[b]);
+    return order == 0 ? a < b : order < 0;
+  });
+  std::string_view last;
+  bool isFirst = true;
+  std::erase_if(positions, [&](std::uint32_t i) {
+    const bool isRepeated = !isFirst && (*this)[i] == last;
+    isFirst = false;
+    last = (*this)[i];
+    return !isRepeated;
+  });
+  std::sort(positions.begin(), positions.end());
+  return positions;
+}
+
 class AttributeReader {
  public:
   AttributeReader(StreamCursor& cursor, Findings& findings)
@@ -31,6 +76,7 @@ class AttributeReader {
 
  private:
   std::uint32_t TakeNames(const Place& place);
+  void ReportNames(const AttributeNames& names, const Place& place);
   std::array<std::uint64_t, kNumTypes> TakeTypes(std::uint32_t numNames, const Place& place);
   std::uint64_t PassOverColumn(std::size_t column, const Place& place);
 
@@ -52,20 +98,36 @@ void AttributeReader::Read(const Place& place) {
 
 std::uint32_t AttributeReader::TakeNames(const Place& place) {
   const std::uint32_t count = mCursor.TakeCount(4);
-  std::set<std::string> seen;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const auto [name, isNew] = seen.insert(mCursor.TakeText(mFindings, place));
-    if (!isNew) {
+  AttributeNames names(count);
+  try {
+    for (std::uint32_t i = 0; i < count; ++i) names.Add(mCursor.TakeText(mFindings, place));
+  } catch (const StreamCursor::EndReached&) {
+    ReportNames(names, place);
+    throw;
+  }
+  ReportNames(names, place);
+  return count;
+}
+
+void AttributeReader::ReportNames(const AttributeNames& names, const Place& place) {
+  if (names.IsAscending()) return;
+  const std::vector<std::uint32_t> repeated = names.FindRepeated();
+  auto nextRepeated = repeated.begin();
+  std::size_t greatest = 0;  // of the names so far
+  for (std::size_t i = 0; i < names.GetSize(); ++i) {
+    if (nextRepeated != repeated.end() && *nextRepeated == i) {
+      ++nextRepeated;
       mFindings.Error(
           "attribute-name", place,
-          fmt::format("There are two attributes {}; readers keep the first.", Quoted(*name)));
-    } else if (std::next(name) != seen.end()) {
+          fmt::format("There are two attributes {}; readers keep the first.", Quoted(names[i])));
+    } else if (names[i] < names[greatest]) {
       mFindings.Warning("attribute-name", place,
-                        fmt::format("Attribute {} comes after {}, out of order.", Quoted(*name),
-                                    Quoted(*seen.rbegin())));
+                        fmt::format("Attribute {} comes after {}, out of order.", Quoted(names[i]),
+                                    Quoted(names[greatest])));
+    } else {
+      greatest = i;
     }
   }
-  return count;
 }
 
 std::array<std::uint64_t, kNumTypes> AttributeReader::TakeTypes(std::uint32_t numNames,
