@@ -29,7 +29,8 @@ struct ExpectedResult {
   QovRyx::Geometry::Link mLink;
   bool mLeadsNowhere = false;  ///< The link must not lead to what others bring to that place.
   std::optional<MadeRule> mMade;
-  bool mSound = true;  ///< Cleared if an output lacks it.
+  bool mSound = true;               ///< Cleared if an output lacks it.
+  const Result* mpFound = nullptr;  ///< The result of an output that it is matched with.
 };
 
 struct ExpectedNode {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "Differences.h"
@@ -52,7 +51,6 @@ class Recount {
   void ComparePaths();
   void CompareHistory();
 
-  const Result* FindMatch(const ExpectedResult& expected) const;
   void Report(ExpectedNode& node, const std::string& text);
   void Report(const ExpectedNode& node, ExpectedResult& result, const std::string& text);
   void Report(std::size_t input, const std::string& subject, const std::string& text);
@@ -62,9 +60,6 @@ class Recount {
   const std::vector<InputFile>& mInputs;
   const QovRyx::Tree& mOutput;
   Differences& mDifferences;
-  /// Each result of the output and the expected one that it is.
-  std::unordered_map<const Result*, ExpectedResult*> mMatches;
-  std::unordered_map<const ExpectedResult*, const Result*> mFound;
 };
 
 }  // namespace Qov::Tools

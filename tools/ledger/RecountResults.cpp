@@ -1,7 +1,10 @@
 #include <fmt/format.h>
 
-#include <deque>
 #include <limits>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "LinkFollower.h"
 #include "Recount.h"
@@ -37,33 +40,34 @@ std::string FindLinkFault(const ExpectedResult* wanted, const Result* match, con
 /// The results of a geometry by name, to be taken in order.
 class ResultsByName {
  public:
-  explicit ResultsByName(const QovRyx::Geometry& geometry) {
-    const auto& results = geometry.GetVariables();
-    for (std::size_t i = 0; i < results.size(); ++i) mPositions[results[i].mName].push_back(i);
+  explicit ResultsByName(const QovRyx::Geometry& geometry)
+      : mNext(geometry.GetVariables().size(), kNone) {
+    for (std::size_t i = mNext.size(); i-- > 0;) {
+      const auto [first, isNew] = mFirst.try_emplace(geometry.GetVariables()[i].mName, i);
+      if (!isNew) mNext[i] = std::exchange(first->second, i);
+    }
   }
 
   std::optional<std::size_t> Take(const std::string& name) {
-    const auto found = mPositions.find(name);
-    if (found == mPositions.end() || found->second.empty()) return std::nullopt;
-    const std::size_t position = found->second.front();
-    found->second.pop_front();
-    return position;
+    const auto found = mFirst.find(name);
+    if (found == mFirst.end() || found->second == kNone) return std::nullopt;
+    return std::exchange(found->second, mNext[found->second]);
   }
 
  private:
-  std::unordered_map<std::string, std::deque<std::size_t>> mPositions;
+  static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+
+  /// The position of the first result of each name that was not taken, or kNone.
+  std::unordered_map<std::string_view, std::size_t> mFirst;
+  std::vector<std::size_t> mNext;  ///< By position: that of the next result of the same name.
 };
 
 }  // namespace
 
-const Result* Recount::FindMatch(const ExpectedResult& expected) const {
-  const auto found = mFound.find(&expected);
-  return found == mFound.end() ? nullptr : found->second;
-}
-
 /// One that is missing or too many does not make those behind it differ.
 void Recount::MatchResults(ExpectedNode& node, const QovRyx::Geometry& geometry) {
   ResultsByName byName(geometry);
+  std::vector<bool> isExpected(geometry.GetVariables().size());
   std::size_t end = 0;  // behind the last one that was matched in order
   for (ExpectedResult& expected : node.mResults) {
     const std::optional<std::size_t> position = byName.Take(expected.mName);
@@ -72,17 +76,17 @@ void Recount::MatchResults(ExpectedNode& node, const QovRyx::Geometry& geometry)
       continue;
     }
     const Result& result = geometry.GetVariables()[*position];
-    mMatches[&result] = &expected;
-    mFound[&expected] = &result;
+    isExpected[*position] = true;
+    expected.mpFound = &result;
     if (*position < end) Report(node, expected, "stands in another place");
     end = std::max(end, *position + 1);
     CompareResult(node, expected, result);
   }
-  for (const Result& result : geometry.GetVariables()) {
-    if (mMatches.contains(&result)) continue;
+  for (std::size_t i = 0; i < isExpected.size(); ++i) {
+    if (isExpected[i]) continue;
     Difference difference = About(node, "is a result too many");
     difference.mInput.clear();
-    difference.mSubject = result.mName;
+    difference.mSubject = geometry.GetVariables()[i].mName;
     mDifferences.Add(std::move(difference));
   }
 }
@@ -122,7 +126,7 @@ std::string Recount::FindDanglingFault(const ExpectedNode& node, const ExpectedR
   }
   if (!expected.mLeadsNowhere) {
     const ExpectedResult* next = mModel.FindNext(expected);
-    return next != nullptr && FindMatch(*next) == named ? "" : "is linked to another result";
+    return next != nullptr && next->mpFound == named ? "" : "is linked to another result";
   }
   const QovRyx::Geometry::Link wanted = FindDanglingLink(node, expected);
   if (result.mLink == wanted) return "";
@@ -136,11 +140,11 @@ void Recount::CompareLinks() {
   LinkFollower<Result> links = FollowLinks(mOutput.GetNodes());
   for (auto& [id, node] : mModel.mNodes) {
     for (ExpectedResult& expected : node.mResults) {
-      const Result* result = FindMatch(expected);
+      const Result* result = expected.mpFound;
       if (result == nullptr || !expected.mLinked || !result->mLinked) continue;
       const ExpectedResult* wanted = expectedLinks.Follow(expected);
       const Result* end = links.Follow(*result);
-      const Result* match = wanted == nullptr ? nullptr : FindMatch(*wanted);
+      const Result* match = wanted == nullptr ? nullptr : wanted->mpFound;
       std::string fault = FindLinkFault(wanted, match, end);
       if (fault.empty() && wanted == nullptr) fault = FindDanglingFault(node, expected, *result);
       if (!fault.empty()) Report(node, expected, fault);

@@ -78,7 +78,7 @@ void Recount::CompareValues() {
 void Recount::CompareArrays(bool integerKinds) {
   for (auto& [id, node] : mModel.mNodes) {
     for (ExpectedResult& expected : node.mResults) {
-      const Result* result = FindMatch(expected);
+      const Result* result = expected.mpFound;
       if (result == nullptr || result->mLinked || expected.mLinked) continue;
       if (result->IsIntegerKind() == integerKinds) CompareArray(node, expected, *result);
     }

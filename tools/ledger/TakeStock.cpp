@@ -9,9 +9,14 @@ namespace {
 
 using NamePairs = std::map<std::pair<std::string, std::string>, std::uint64_t>;
 
-std::vector<NamePair> AsList(const NamePairs& pairs) {
+/// Takes the pairs out of the map one by one, because there can be millions.
+std::vector<NamePair> AsList(NamePairs pairs) {
   std::vector<NamePair> list;
-  for (const auto& [names, count] : pairs) list.push_back({names.first, names.second, count});
+  list.reserve(pairs.size());
+  while (!pairs.empty()) {
+    auto pair = pairs.extract(pairs.begin());
+    list.push_back({std::move(pair.key().first), std::move(pair.key().second), pair.mapped()});
+  }
   return list;
 }
 
@@ -150,8 +155,8 @@ Ledger StockTaker::Take(const std::optional<PerItem<std::uint64_t>>& found) {
   TakeViews();
   TakeHistory();
   for (std::size_t i = 0; i < mLedger.mInputs.size(); ++i) {
-    mLedger.mInputs[i].mRenamed = AsList(mRenamed[i]);
-    mLedger.mInputs[i].mLinked = AsList(mLinked[i]);
+    mLedger.mInputs[i].mRenamed = AsList(std::move(mRenamed[i]));
+    mLedger.mInputs[i].mLinked = AsList(std::move(mLinked[i]));
   }
   for (std::size_t i = 0; i < kNumItems; ++i) {
     mLedger.mOutput[i].mFound = found ? (*found)[i] : mExpected[i];
