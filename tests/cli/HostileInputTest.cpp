@@ -52,6 +52,17 @@ class HostileInput : public RyxProgram {
       geometry.AppendVariable(MakeVariable(nameOf(i), 12, {}));
     }
   }
+  /// Saves a model whose instances have results in common, all with the same attributes.
+  std::string SaveShared(const std::string& name, std::size_t numCommon, std::size_t numInstances,
+                         const QovUtil::Attributes& attributes) const {
+    return SaveModel(name, [&](Tree& tree) {
+      FillWithNames(tree, numCommon + numInstances, [numCommon](std::size_t i) {
+        return (i < numCommon ? "C" : "S|") + std::to_string(i);
+      });
+      Geometry& geometry = *AsGeometry(tree.GetNodes().GetReqNode(2));
+      for (std::size_t i = 0; i < numCommon; ++i) geometry.EditVariable(i).mAttributes = attributes;
+    });
+  }
   /// Every command that reads models; RyxMerge first, whose output verify gets.
   void ExpectAllPass(const std::string& model) {
     const char* instances = "--merge-as-instances";
@@ -164,15 +175,9 @@ TEST_F(HostileInput, OutputsOfMergesCanBeReadAgain) {
     tree.SetHasViewPoints(true);
   });
   WriteStreams(views, {{kViewPoints, ReadStreams(views)[kViewPoints]}});
-  const std::string shared = SaveModel("shared.ryx", [](Tree& tree) {
-    FillWithNames(tree, kCommon + kInstances, [](std::size_t i) {
-      return (i < kCommon ? "Common " : "Stress|LC") + std::to_string(i);
-    });
-    Geometry& geometry = *AsGeometry(tree.GetNodes().GetReqNode(2));
-    QovUtil::AttributeMap attributes;
-    for (std::uint32_t i = 0; i < 8; ++i) attributes["An attribute " + std::to_string(i)] = i;
-    for (std::size_t i = 0; i < kCommon; ++i) geometry.EditVariable(i).mAttributes = attributes;
-  });
+  QovUtil::AttributeMap attributes;
+  for (std::uint32_t i = 0; i < 8; ++i) attributes["An attribute " + std::to_string(i)] = i;
+  const std::string shared = SaveShared("shared.ryx", kCommon, kInstances, attributes);
   const std::string model = Plate("model.ryx");
   for (const std::vector<std::string>& inputs :
        {std::vector<std::string>{model, views}, {"--merge-as-instances", shared, shared}}) {
@@ -181,6 +186,18 @@ TEST_F(HostileInput, OutputsOfMergesCanBeReadAgain) {
     EXPECT_EQ(Merge(arguments).mStatus, 0) << inputs[0];
     const Outcome again = Merge({mOutput, model, mDir / "again.ryx"});
     EXPECT_EQ(again.mStatus, 0) << again.mErr;
+  }
+}
+
+/// Results must not be copied as a whole when one more is added, nor have attributes of their own.
+TEST_F(HostileInput, GeneratedResultsTakeLittleMemory) {
+  constexpr rlim_t kAddressSpace = rlim_t{135} << 20;
+  mSurroundings.mEnvironment["RYXMERGE_THREADS"] = "1";
+  if (!kIsSanitized) mSurroundings.mLimits[RLIMIT_AS] = kAddressSpace;
+  for (const std::string& shared :
+       {SaveShared("many.ryx", 6000, 50, {}),
+        SaveShared("attributes.ryx", 60, 500, {{"note", std::string(2000, 'n')}})}) {
+    EXPECT_EQ(Merge({"--merge-as-instances", shared, shared, mOutput}).mStatus, 0) << shared;
   }
 }
 
