@@ -26,7 +26,7 @@ void ExpectRoundTrip(const T& value, const std::string& hex) {
   EXPECT_EQ(Decoded<T>(ContentOf(block)), value);
 }
 
-TEST(BlockIoTest, EncodesNumbersAsTheirImages) {
+TEST(BlockIoTest, EncodesNumbersAsTheirBytes) {
   ExpectRoundTrip(std::uint32_t{0x01020304}, "04030201");
   ExpectRoundTrip(std::int32_t{-2}, "feffffff");
   ExpectRoundTrip(std::uint64_t{0x0102030405060708}, "0807060504030201");
@@ -64,7 +64,7 @@ TEST(BlockIoTest, EncodesCollectionsElementByElement) {
                   "02000000");
 }
 
-TEST(BlockIoTest, CountsTheEntriesAndTextsThatItLeavesOut) {
+TEST(BlockIoTest, CountsDroppedEntriesAndCutTexts) {
   const ReadLosses before = GetReadLosses();
   const auto entry = [](const std::string& key, std::uint8_t value) {
     return Image(static_cast<std::uint32_t>(key.size())) + key + Image(value);
@@ -72,14 +72,14 @@ TEST(BlockIoTest, CountsTheEntriesAndTextsThatItLeavesOut) {
   const std::string stored =
       Image(4U) + entry("b", 1) + entry("a", 2) + entry("b", 3) + entry(std::string("a\0x", 3), 4);
   using Map = std::map<std::string, std::uint8_t>;
-  EXPECT_EQ(Decoded<Map>(stored), (Map{{"a", 2}, {"b", 1}}));  // the first of each key
+  EXPECT_EQ(Decoded<Map>(stored), (Map{{"a", 2}, {"b", 1}}));  // the first entry of each key
   EXPECT_EQ(Decoded<std::string>(Image(2U) + std::string("a\0", 2)), "a");
   const ReadLosses lost = GetReadLosses() - before;
   EXPECT_EQ(lost.mNumEqualKeys, 2U);
   EXPECT_EQ(lost.mNumCutTexts, 1U);
 }
 
-TEST(BlockIoTest, LeavesAStringAsItIsWhenAnEmptyOneIsRead) {
+TEST(BlockIoTest, KeepsTheTargetWhenAnEmptyStringIsRead) {
   EXPECT_EQ(Decoded<std::string>(Image(0U), "before"), "before");
   EXPECT_EQ(Decoded<std::string>(Image(2U) + std::string("\0x", 2), "before"), "");
   EXPECT_EQ(Decoded<std::string>(Image(3U) + std::string("a\0b", 3)), "a");
@@ -87,7 +87,7 @@ TEST(BlockIoTest, LeavesAStringAsItIsWhenAnEmptyOneIsRead) {
   EXPECT_EQ(Decoded(Image(1U) + Image(0U), before), std::vector<std::string>{"kept"});
 }
 
-TEST(BlockIoTest, RefusesCountsThatNoBlockHasRoomFor) {
+TEST(BlockIoTest, RefusesCountsThatDoNotFitIntoABlock) {
   Block block;
   for (const std::size_t count : {std::size_t{0xFFFFFFFC}, std::size_t{1} << 32}) {
     ExpectError(ErrorType::MemoryAllocationError, "Memory Allocation Error",

@@ -9,7 +9,7 @@ namespace {
 
 using namespace Qov::Test;
 
-/// Puts the growth step back, which outlives the variable.
+/// Restores the growth step, because it keeps its value after the variable is reset.
 class BlockTest : public testing::Test {
  protected:
   ~BlockTest() override { default_block_size = 10485760; }
@@ -21,7 +21,7 @@ class BlockTest : public testing::Test {
   }
 };
 
-TEST_F(BlockTest, GrowsByTheStepAlsoWhenAWriteWouldJustFillIt) {
+TEST_F(BlockTest, GrowsByTheStepEvenIfAWriteFitsExactly) {
   Block exact;
   exact.AllocateAdditionalMemory(8);
   exact.Put("abcd", 4);
@@ -32,7 +32,7 @@ TEST_F(BlockTest, GrowsByTheStepAlsoWhenAWriteWouldJustFillIt) {
   EXPECT_EQ(ContentOf(exact), "abcdefgh");
 }
 
-TEST_F(BlockTest, TakesTheGrowthStepFromTheEnvironmentForGood) {
+TEST_F(BlockTest, KeepsTheGrowthStepOfTheEnvironment) {
   const ScopedEnvironment unset(kGrowthVariable, std::nullopt);
   EXPECT_EQ(CapacityAfter(4), 10485760U);
   for (const auto& [text, capacity] :
@@ -46,7 +46,7 @@ TEST_F(BlockTest, TakesTheGrowthStepFromTheEnvironmentForGood) {
   EXPECT_EQ(CapacityAfter(1), 1U);
 }
 
-TEST_F(BlockTest, RefusesToPassFourGibibytes) {
+TEST_F(BlockTest, RefusesMoreThanFourGibibytes) {
   constexpr std::uint32_t kMost = 0xFFFFFFFF;
   Block block = BlockOf("0123456789");
   block.SetPosition(10);
@@ -54,12 +54,12 @@ TEST_F(BlockTest, RefusesToPassFourGibibytes) {
               [&] { block.Put("never read", kMost - 9); });
   EXPECT_EQ(ContentOf(block), "0123456789");
   EXPECT_EQ(block.GetPosition(), 10U);
-  // Also where the buffer is larger than a block may be.
+  // The same if the buffer is larger than the limit of a block.
   ExpectError(ErrorType::MemoryAllocationError, "",
               [&] { block.CheckFreeSpaceAndAllocateMemory(kMost, 1); });
 }
 
-TEST_F(BlockTest, ReadsAndSeeksUpToTheEndOnly) {
+TEST_F(BlockTest, ReadsAndSeeksOnlyUpToTheEnd) {
   Block block = BlockOf("abcd");
   std::string two = "..";
   block.Get(two.data(), 2);
@@ -91,7 +91,7 @@ TEST_F(BlockTest, OverwritesInTheMiddleAndReleasesMemory) {
   EXPECT_EQ(block.GetRemaining(), 0U);
 }
 
-TEST_F(BlockTest, GoesToAFileAndBack) {
+TEST_F(BlockTest, IsWrittenToAFileAndReadBack) {
   const TempDir folder;
   std::FILE* file = std::fopen((folder / "block").c_str(), "wb+");
   Block().Write(file, true);

@@ -9,7 +9,7 @@ namespace {
 
 using namespace Qov::Test;
 
-/// What a transformation makes of a block of these bytes.
+/// Returns the content of a block of these bytes after the transformation.
 template <class Transformation>
 std::string Transformed(const std::string& bytes, Transformation transformation) {
   Block block = BlockOf(bytes);
@@ -33,17 +33,17 @@ TEST(BlockZlibTest, PutsTheLengthBeforeAZlibStream) {
             "789c4b4c44050033980611");
 }
 
-TEST(BlockZlibTest, RestoresWhatWasCompressed) {
+TEST(BlockZlibTest, DecompressesWhatItCompressed) {
   for (const std::size_t n : {0U, 1U, 5U, 1000000U}) {
     std::string bytes = SomeBytes(n, 1);
     EXPECT_EQ(UnCompressed(Compressed(bytes)), bytes) << n;
     std::mt19937 random(2);
-    for (char& byte : bytes) byte = static_cast<char>(random());  // does not compress at all
+    for (char& byte : bytes) byte = static_cast<char>(random());  // incompressible
     EXPECT_EQ(UnCompressed(Compressed(bytes)), bytes) << n;
   }
 }
 
-TEST(BlockZlibTest, ReportsDamageAndChecksTheLengthBeforeItTakesMemory) {
+TEST(BlockZlibTest, ReportsDamageAndChecksTheLengthBeforeItAllocates) {
   const std::string content = "some content";
   const std::string stored = Compressed(content);
   const std::string stream = stored.substr(4);

@@ -43,9 +43,9 @@ class ChangedFileTest : public testing::Test {
   const std::string mPath = mFolder / "container";
 };
 
-TEST_F(ChangedFileTest, IsNoticedWheneverTheInputIsOpenedOrClosed) {
+TEST_F(ChangedFileTest, ChangedInputIsNoticedOnOpeningAndClosing) {
   const std::string other = mFolder / "other";
-  // Each change affects only one of device and inode, size, and time.
+  // Each change affects one of: device and inode, size, modification time.
   const std::function<void()> changes[] = {[&] {
                                              Write(other);
                                              SetTimes(other, GetTimes(mPath));
@@ -86,7 +86,7 @@ TEST_F(ChangedFileTest, IsNoticedWheneverTheInputIsOpenedOrClosed) {
   }
 }
 
-TEST_F(ChangedFileTest, HasOneWriterAtATime) {
+TEST_F(ChangedFileTest, SecondWriterIsRefused) {
   Write(mPath);
   const std::string before = ReadFile(mPath);
   for (const char* mode : {"wb+", "rb+"}) {
@@ -119,7 +119,7 @@ TEST_F(ChangedFileTest, HasOneWriterAtATime) {
   }
 }
 
-TEST_F(ChangedFileTest, StaysLockedBetweenTwoSaves) {
+TEST_F(ChangedFileTest, OutputStaysLockedBetweenTwoSaves) {
   {
     const OutputLocks locks;
     Write(mPath);
@@ -140,7 +140,7 @@ TEST_F(ChangedFileTest, StaysLockedBetweenTwoSaves) {
   EXPECT_FALSE(IsLockedForOthers());
 }
 
-TEST_F(ChangedFileTest, ReplacedOutputFails) {
+TEST_F(ChangedFileTest, ReplacedOutputIsAnError) {
   const std::string other = mFolder / "other";
   const std::function<void()> changes[] = {[&] { std::filesystem::remove(mPath); },
                                            [&] {

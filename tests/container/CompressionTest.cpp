@@ -18,13 +18,13 @@ std::string CompressedAtOnce(const std::string& content) {
   return ContentOf(block).substr(4);
 }
 
-/// Content on its way through a queue, chunk by chunk.
+/// Passes content through a queue, chunk by chunk.
 class Passage {
  public:
   Passage(CompressionQueue& queue, std::string content)
       : mQueue(queue), mContent(std::move(content)), mJob(queue.Begin()) {}
 
-  /// Adds the next chunk, or ends the block; false if it had ended.
+  /// Adds the next chunk, or ends the block. Returns false if the block had already ended.
   bool Add() {
     if (mIsWhole) return false;
     const std::size_t n = std::min(kChunk, mContent.size() - mAdded);
@@ -41,7 +41,7 @@ class Passage {
     return true;
   }
 
-  /// Takes what is there; true if that was the end.
+  /// Takes the available output. Returns true if it was the last output.
   bool Take() {
     CompressionQueue::Output output = mQueue.TakeOutput(*mJob);
     for (Chunk& chunk : output.mChunks) {
@@ -66,7 +66,7 @@ class Passage {
   std::string mCompressed;
 };
 
-/// Incompressible, hardly so, and well, in turn.
+/// Returns sections that compress not at all, slightly and well, in turn.
 std::string MixedBytes(std::size_t n, unsigned seed) {
   std::mt19937 random(seed);
   std::string bytes(n, '\0');
@@ -77,14 +77,14 @@ std::string MixedBytes(std::size_t n, unsigned seed) {
   return bytes;
 }
 
-TEST(CompressionQueueTest, GivesWhatOneCallGivesWithinItsMemory) {
+TEST(CompressionQueueTest, EqualsASingleCallAndKeepsItsMemoryBound) {
   constexpr std::size_t kSizes[] = {0,      9 * kChunk, 1,   kChunk - 1,     9 * kChunk,
                                     kChunk, kChunk + 1, 300, 9 * kChunk + 7, 2 * kChunk};
   constexpr std::uint64_t kBound = 12 * kChunk;
   for (const unsigned threads : {1U, 2U, 3U}) {
     CompressionQueue queue(threads, kBound, kLevel);
     std::deque<Passage> passages;
-    std::size_t open = 0;  // the first that is not at its end
+    std::size_t open = 0;  // the first passage that has not ended
     const auto takeWhatIsThere = [&] {
       while (open + 1 < passages.size() && passages[open].Take()) ++open;
       if (open + 1 == passages.size()) passages[open].Take();

@@ -24,7 +24,7 @@ inline constexpr const char* kStream = "Heavy Data";
 inline constexpr std::uint8_t kHeavy =
     QovJbf::BlockFlag::kCompressed | QovJbf::BlockFlag::kFreezeWhenFull;
 
-/// Bytes that compress, but not to nothing; the same for the same seed.
+/// Returns bytes that compress to about half; equal bytes for equal seeds.
 inline std::string SomeBytes(std::size_t n, unsigned seed) {
   std::mt19937 random(seed);
   std::string bytes(n, '\0');
@@ -32,7 +32,7 @@ inline std::string SomeBytes(std::size_t n, unsigned seed) {
   return bytes;
 }
 
-/// Writes a container whose streams `fill` puts.
+/// Writes a container; `fill` puts its streams.
 inline void WriteContainer(const std::string& path,
                            const std::function<void(QovJbf::JbFile&)>& fill) {
   std::filesystem::remove(path);
@@ -44,7 +44,7 @@ inline void WriteContainer(const std::string& path,
   file.CloseFile();
 }
 
-/// Writes `content` as stream `name` in pieces of `piece` bytes, with the flags of heavy data.
+/// Writes `content` as stream `name` in pieces of `piece` bytes, with these block flags.
 inline void PutInPieces(QovJbf::JbFile& file, const std::string& name, const std::string& content,
                         std::size_t piece, std::uint8_t flags) {
   for (std::size_t at = 0; at < content.size(); at += piece) {

@@ -9,7 +9,7 @@ namespace {
 
 using namespace Qov::Test;
 
-TEST(IndexTest, CutsNamesThatAreTooLong) {
+TEST(IndexTest, CutsLongNames) {
   IndexItem item;
   item.mPosition = 99;
   item.mFlags2 = 0x80;
@@ -29,7 +29,7 @@ TEST(IndexTest, CutsNamesThatAreTooLong) {
   }
 }
 
-TEST(IndexTest, TakesTheLimitFromTheEnvironmentForEachNewStream) {
+TEST(IndexTest, ReadsTheLimitFromTheEnvironmentForEachNewStream) {
   Index index;
   const auto limitOf = [&](const std::string& name) {
     index.GetWritingBlockIndex(name);
@@ -74,7 +74,7 @@ TEST_F(IndexFileTest, CutsAStreamAtItsLimit) {
   ASSERT_EQ(index.GetBlockSizeLimiter("numbers").mBlocks,
             (std::vector<std::uint64_t>{0, 1, 2, 3, 4, 5}));
   EXPECT_EQ(index.GetBlock(0).GetSize(), 1000U);
-  EXPECT_EQ(index.GetBlock(0).GetCapacity(), 1000U) << "spare memory of a full block";
+  EXPECT_EQ(index.GetBlock(0).GetCapacity(), 1000U) << "a full block has no spare memory";
   EXPECT_EQ(index.GetStreamLength("numbers"), 6000U);
   index.AddFlags("numbers", BlockFlag::kCompressed);
 
@@ -85,7 +85,7 @@ TEST_F(IndexFileTest, CutsAStreamAtItsLimit) {
     ASSERT_EQ(value, i);
   }
   index.Get("numbers", &value, sizeof value);
-  EXPECT_EQ(value, 1499U) << "an exhausted stream is as good as absent";
+  EXPECT_EQ(value, 1499U) << "reading after the end leaves the value";
   index.SetStreamPosition("numbers", 4 * 260, nullptr);
   index.Get("numbers", &value, sizeof value);
   EXPECT_EQ(value, 260U);
@@ -93,7 +93,7 @@ TEST_F(IndexFileTest, CutsAStreamAtItsLimit) {
               [&] { index.Get("numbers", &value, std::uint64_t{1} << 32); });
 
   Write();
-  GetIndex().Put("numbers", "more", 4);  // not into a block that has left
+  GetIndex().Put("numbers", "more", 4);  // not into a block that was written
   ExpectError(ErrorType::MismatchError, "Mis-match Error", [&] { Write(); });
   Reopen();
   for (std::uint32_t i = 0; i < 1500; ++i) {
@@ -102,7 +102,7 @@ TEST_F(IndexFileTest, CutsAStreamAtItsLimit) {
   }
 }
 
-TEST_F(IndexFileTest, FlushesFullBlocksInFileOrderOnly) {
+TEST_F(IndexFileTest, FlushesFullBlocksInFileOrder) {
   Index& index = GetIndex();
   Put("a light one", "x", 0);
   Put("heavy", std::string(999, 'h'), BlockFlag::kFreezeWhenFull);
@@ -121,7 +121,7 @@ TEST_F(IndexFileTest, FlushesFullBlocksInFileOrderOnly) {
               [&] { index.WriteBufferToFileStream(1, mFile.GetStream()); });
 }
 
-TEST_F(IndexFileTest, SeeksToAndFroWithFewBlocksInMemory) {
+TEST_F(IndexFileTest, SeeksInAnyOrderWithFewBlocksInMemory) {
   const std::string content = SomeBytes(50000, 4);
   PutInPieces(mFile, "packed", content, 250, kHeavy);
   PutInPieces(mFile, "plain", content, 250, BlockFlag::kFreezeWhenFull);
@@ -150,7 +150,7 @@ TEST_F(IndexFileTest, SeeksToAndFroWithFewBlocksInMemory) {
       ASSERT_EQ(read, content.substr(piece, 250));
     }
   }
-  // Whoever goes to and fro does not have the same blocks inflated again and again.
+  // Repeated seeks between two blocks do not decompress them again.
   for (int i = 0; i < 4; ++i) mRead.SetBlockPosition("packed", i % 2 == 0 ? 0 : 49000);
   EXPECT_GT(mRead.GetIndex().GetBlock(0).GetSize(), 0U);
   for (const auto& [name, offset] :

@@ -21,7 +21,7 @@ class JbFileTest : public testing::Test {
   const std::string mPath = mFolder / "container";
 };
 
-TEST_F(JbFileTest, WritesAStreamOfEightBytesAsAFileOf2808) {
+TEST_F(JbFileTest, WritesGoldenBytes) {
   WriteContainer(mPath, [](JbFile& file) {
     file.GetIndex().Put("Ryx Tree", std::uint64_t{0x0807060504030201});
   });
@@ -29,7 +29,7 @@ TEST_F(JbFileTest, WritesAStreamOfEightBytesAsAFileOf2808) {
       "894a42460d0a1a0a"  // magic
       "312e3300"          // version
       "e00a0000"          // length of the root index
-      "14000000" +        // items in it
+      "14000000" +        // number of its items
       HexItem(1, "Ryx Tree", 8, "00");
   for (int id = 2; id <= 20; ++id) expected += HexItem(id, "\vEmpty Block ", 0, "00");
   expected += "0102030405060708";
@@ -65,7 +65,7 @@ TEST_F(JbFileTest, PlacesIndexBlocksBetweenTheStreams) {
   }
 }
 
-TEST_F(JbFileTest, TellsAbsentFromBroken) {
+TEST_F(JbFileTest, DistinguishesAbsentFromDamaged) {
   JbFile file;
   Index& index = file.GetIndex();
   std::uint32_t value = 5;
@@ -102,7 +102,7 @@ TEST_F(JbFileTest, OpensAndCloses) {
   EXPECT_NO_THROW(dropped.WriteHeader());
 }
 
-TEST_F(JbFileTest, KnowsWhichVersionsItReads) {
+TEST_F(JbFileTest, RefusesNewerVersions) {
   const auto isCurrent = [](const std::string& version) {
     bool current = false;
     JbFile::CheckSupport(version, current);
@@ -121,7 +121,7 @@ TEST_F(JbFileTest, KnowsWhichVersionsItReads) {
   }
 }
 
-TEST_F(JbFileTest, ReadsVersionsAlikeInEveryLocale) {
+TEST_F(JbFileTest, ReadsVersionsInAnyLocale) {
   const DecimalComma comma(mFolder);
   if (!comma.IsSet()) GTEST_SKIP() << "no locale with a decimal comma can be made";
   bool isCurrent = false;
@@ -131,8 +131,8 @@ TEST_F(JbFileTest, ReadsVersionsAlikeInEveryLocale) {
               [&] { JbFile::CheckSupport("1.4", isCurrent); });
 }
 
-TEST_F(JbFileTest, RefusesIndexBlocksThatListMoreThanTheFileHasBytes) {
-  // Items without names: eleven zeros each.
+TEST_F(JbFileTest, RefusesMoreItemsThanTheFileHasBytes) {
+  // Items without names: eleven zero bytes each.
   const std::string items = Image(400000U) + std::string(400000 * 11, '\0');
   WriteContainer(mPath, [&](JbFile& file) {
     file.GetIndex().Put("+Index Block ", items.data(), items.size());
@@ -145,7 +145,7 @@ TEST_F(JbFileTest, RefusesIndexBlocksThatListMoreThanTheFileHasBytes) {
   JbFile file;
   file.OpenFile(mPath, "rb");
   ExpectError(ErrorType::ReadError, "Unable to read from file", [&] { file.ReadIndex(); });
-  EXPECT_TRUE(file.GetIndex().GetItems().empty()) << "a half-read index must not pass for one";
+  EXPECT_TRUE(file.GetIndex().GetItems().empty()) << "an incomplete index must not be used";
 }
 
 }  // namespace

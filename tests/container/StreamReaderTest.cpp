@@ -22,7 +22,7 @@ std::string ReadPart(StreamReader& reader, std::uint64_t offset, std::size_t n) 
   return part;
 }
 
-std::string ReadSure(StreamReader& reader, std::uint64_t offset, std::size_t n) {
+std::string ReadVerified(StreamReader& reader, std::uint64_t offset, std::size_t n) {
   std::string part(n, '\0');
   reader.ReadVerified(offset, part.data(), n);
   return part;
@@ -38,7 +38,7 @@ class StreamReaderTest : public testing::Test {
   const std::string mPath = mFolder / "container";
 };
 
-TEST_F(StreamReaderTest, ReadsWhatWasWrittenAtAnyOffset) {
+TEST_F(StreamReaderTest, ReadsAtAnyOffset) {
   const std::string content = SomeBytes(300000, 1);
   std::mt19937 random(2);
   for (const std::uint8_t flags : {kHeavy, BlockFlag::kFreezeWhenFull}) {
@@ -52,13 +52,13 @@ TEST_F(StreamReaderTest, ReadsWhatWasWrittenAtAnyOffset) {
         const std::size_t offset = random() % content.size();
         const std::size_t n = random() % std::min<std::size_t>(content.size() - offset, 20000);
         ASSERT_EQ(ReadPart(*reader, offset, n), content.substr(offset, n)) << offset << ' ' << n;
-        ASSERT_EQ(ReadSure(*reader, offset / 2, n), content.substr(offset / 2, n)) << offset;
+        ASSERT_EQ(ReadVerified(*reader, offset / 2, n), content.substr(offset / 2, n)) << offset;
       }
     }
   }
 }
 
-TEST_F(StreamReaderTest, EndsAtTheEnd) {
+TEST_F(StreamReaderTest, RefusesToReadAfterTheEnd) {
   Write("0123456789", 10, kHeavy);
   const auto reader = OpenReader(mPath);
   EXPECT_EQ(ReadPart(*reader, 10, 0), "");
@@ -77,7 +77,7 @@ TEST_F(StreamReaderTest, EndsAtTheEnd) {
   EXPECT_EQ(file.OpenStreamReader("absent")->GetLength(), 0U);
 }
 
-TEST_F(StreamReaderTest, KnowsItsFile) {
+TEST_F(StreamReaderTest, RecognisesItsFileUnderOtherPaths) {
   Write("content", 7, 0);
   const std::string other = mFolder / "other";
   WriteFile(other, ReadFile(mPath));
@@ -89,8 +89,7 @@ TEST_F(StreamReaderTest, KnowsItsFile) {
   EXPECT_EQ(reader->GetPath(), mPath);
 }
 
-/// One compressed block, whose length field and stream the tests falsify. It is the last thing
-/// in the file.
+/// One compressed block at the end of the file. The tests change its length field and its content.
 class DamagedStreamTest : public StreamReaderTest {
  protected:
   static constexpr std::size_t kBlock = 2800;
@@ -110,12 +109,13 @@ class DamagedStreamTest : public StreamReaderTest {
   const CapturedErrors mErrors;
 };
 
-TEST_F(DamagedStreamTest, FindsWrongLastBytesAndLengths) {
+TEST_F(DamagedStreamTest, ReportsWrongChecksumsAndLengths) {
   const auto damaged = OpenWith(mBytes.size() - 1, "?");
   EXPECT_EQ(ReadPart(*damaged, 0, 99999), mContent.substr(0, 99999));
   EXPECT_THROW(ReadPart(*damaged, 99999, 1), DamagedBlock);
   EXPECT_EQ(mErrors.Text(), "Error -3 while uncompressing block \n");
-  EXPECT_EQ(ReadPart(*damaged, 5, 10), mContent.substr(5, 10)) << "an error is not for good";
+  EXPECT_EQ(ReadPart(*damaged, 5, 10), mContent.substr(5, 10))
+      << "reading continues after an error";
 
   const auto tooShort = OpenWith(kBlock, Image(99999U));
   EXPECT_EQ(tooShort->GetLength(), 99999U);
@@ -131,11 +131,11 @@ TEST_F(DamagedStreamTest, FindsWrongLastBytesAndLengths) {
               [&] { OpenWith(kBlock, Image(0xFFFFFFFFU)); });
 }
 
-TEST_F(DamagedStreamTest, InflatesNothingThatItPassesOver) {
+TEST_F(DamagedStreamTest, DoesNotDecompressSkippedBlocks) {
   const ScopedEnvironment limit(kLimitVariable, "1000");
   Write(mContent, 1000, kHeavy);
   mBytes = ReadFile(mPath);
-  // The first block's stream is wreckage; only reading from it can tell.
+  // The content of the first block is damaged, which only reading from that block reports.
   const auto reader = OpenWith(kBlock + 4, std::string(50, '?'));
   EXPECT_EQ(ReadPart(*reader, 50000, 3000), mContent.substr(50000, 3000));
   EXPECT_EQ(ReadPart(*reader, 1500, 1), mContent.substr(1500, 1));
@@ -165,7 +165,7 @@ class TwoBlocksTest : public DamagedStreamTest {
   std::size_t mEndOfFirst = 0;
 };
 
-TEST_F(TwoBlocksTest, ALaterBlockIsNotReadBeforeTheLastOneIsVerified) {
+TEST_F(TwoBlocksTest, BlocksAreVerifiedBeforeLaterOnesAreRead) {
   const auto reader = OpenDamaged();
   EXPECT_EQ(ReadPart(*reader, 10, 20), mContent.substr(10, 20));
   for (int i = 0; i < 2; ++i) EXPECT_THROW(ReadPart(*reader, 1000, 1), DamagedBlock);
@@ -175,18 +175,18 @@ TEST_F(TwoBlocksTest, ALaterBlockIsNotReadBeforeTheLastOneIsVerified) {
   other->Verify();
 }
 
-TEST_F(TwoBlocksTest, NoByteIsDeliveredBeforeItsBlockIsVerified) {
+TEST_F(TwoBlocksTest, VerifiedReadsReturnNothingOfADamagedBlock) {
   const auto damaged = OpenDamaged();
-  for (int i = 0; i < 2; ++i) EXPECT_THROW(ReadSure(*damaged, 10, 20), DamagedBlock);
-  EXPECT_EQ(mErrors.Text(), "Error -3 while uncompressing block \n") << "inflated once";
-  EXPECT_THROW(ReadSure(*damaged, 990, 20), DamagedBlock);
-  EXPECT_EQ(ReadSure(*damaged, 1000, 1000), mContent.substr(1000, 1000));
+  for (int i = 0; i < 2; ++i) EXPECT_THROW(ReadVerified(*damaged, 10, 20), DamagedBlock);
+  EXPECT_EQ(mErrors.Text(), "Error -3 while uncompressing block \n") << "decompressed once";
+  EXPECT_THROW(ReadVerified(*damaged, 990, 20), DamagedBlock);
+  EXPECT_EQ(ReadVerified(*damaged, 1000, 1000), mContent.substr(1000, 1000));
   EXPECT_THROW(damaged->VerifyBefore(1000), DamagedBlock);
   damaged->VerifyBefore(999);
 
   // The second block is sound, but does not begin at the offset that the first block implies.
   const auto longer = OpenWith(kBlock, Image(1001U));
-  EXPECT_EQ(ReadSure(*longer, 1001, 10), mContent.substr(1000, 10));
+  EXPECT_EQ(ReadVerified(*longer, 1001, 10), mContent.substr(1000, 10));
   EXPECT_THROW(longer->VerifyBefore(1001), DamagedBlock);
 }
 

@@ -9,10 +9,10 @@ namespace {
 
 using namespace Qov::Test;
 
-/// A container whose heavy stream goes to the file while it fills.
+/// A container whose heavy stream is written to the file while it fills.
 class StreamedBlocksTest : public testing::Test {
  protected:
-  /// Puts pieces of many sizes in every way that there is, then some small streams.
+  /// Puts pieces of many sizes through each overload of Put, then some small streams.
   static void Fill(JbFile& file) {
     Index& index = file.GetIndex();
     std::mt19937 random(7);
@@ -58,7 +58,7 @@ class StreamedBlocksTest : public testing::Test {
   const std::string mPath = mFolder / "container";
 };
 
-TEST_F(StreamedBlocksTest, AreTheSameBytesOnAnyNumberOfThreads) {
+TEST_F(StreamedBlocksTest, AreEqualForAnyNumberOfThreads) {
   for (const auto& limit :
        std::initializer_list<std::optional<std::string>>{"100", "5000", "1000000", std::nullopt}) {
     const ScopedEnvironment blockSize(kLimitVariable, limit);
@@ -74,7 +74,7 @@ TEST_F(StreamedBlocksTest, AreTheSameBytesOnAnyNumberOfThreads) {
   }
 }
 
-TEST_F(StreamedBlocksTest, AreInTheFileBeforeTheyAreFull) {
+TEST_F(StreamedBlocksTest, AreWrittenBeforeTheyAreFull) {
   const ScopedEnvironment threads(kThreadsVariable, "1");
   JbFile file;
   file.OpenFile(mPath, "wb+");
@@ -87,7 +87,7 @@ TEST_F(StreamedBlocksTest, AreInTheFileBeforeTheyAreFull) {
   EXPECT_EQ(file.GetIndex().GetBlock(0).GetCapacity(), 0U);
   EXPECT_GT(std::filesystem::file_size(mPath), 1000000U);
 
-  // Behind a block that is open they have no place yet.
+  // After an open block they do not have a position yet.
   JbFile other;
   other.OpenFile(mFolder / "other", "wb+");
   other.CompressWhileFilling(kStream);
@@ -100,7 +100,7 @@ TEST_F(StreamedBlocksTest, AreInTheFileBeforeTheyAreFull) {
   EXPECT_EQ(ReadStreams(mFolder / "other").at(kStream), noise);
 }
 
-TEST_F(StreamedBlocksTest, RefuseWhatTheyCannotHold) {
+TEST_F(StreamedBlocksTest, RefuseMoreThanFourGibibytes) {
   JbFile file;
   file.OpenFile(mPath, "wb+");
   file.CompressWhileFilling(kStream);
@@ -114,7 +114,7 @@ TEST_F(StreamedBlocksTest, RefuseWhatTheyCannotHold) {
     index.Put(kStream, 0xFFFFFFFFU - 3,
               [](void*, std::size_t) { Qov::Util::Raise("test", ErrorType::ReadError, "begun"); });
   });
-  EXPECT_EQ(index.GetWritingBlockIndex(kStream), 1U);  // there was no room in the first one
+  EXPECT_EQ(index.GetWritingBlockIndex(kStream), 1U);  // it did not fit into the first block
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ using namespace Qov::Test;
 constexpr std::uint64_t kMegabyte = 1 << 20;
 constexpr std::uint64_t kUnknown = 0xFFFFFFFFFFFFFFFF;
 
-/// A machine by its system files.
+/// A machine described by its system files.
 class ThreadCountTest : public testing::Test {
  protected:
   void Write(const std::string& path, const std::string& text) {
@@ -31,7 +31,7 @@ class ThreadCountTest : public testing::Test {
   const ScopedEnvironment mThreads{"RYXMERGE_THREADS", std::nullopt};
 };
 
-TEST_F(ThreadCountTest, TakesAllWhereNothingIsSaid) {
+TEST_F(ThreadCountTest, UsesAllProcessorsWithoutLimits) {
   EXPECT_GE(mAllowed, 1U);
   EXPECT_EQ(Share().GetFreeMemory(), kUnknown);
   Write("proc/self/cgroup", "0::/\n1:cpu:/gone\nnonsense\n");
@@ -44,7 +44,7 @@ TEST_F(ThreadCountTest, TakesAllWhereNothingIsSaid) {
   EXPECT_EQ(Share().GetFreeMemory(), 700 * kMegabyte);
 }
 
-TEST_F(ThreadCountTest, KeepsToTheLimitsOfTheGroupAndThoseAroundIt) {
+TEST_F(ThreadCountTest, ObeysTheLimitsOfTheGroupAndItsParents) {
   WriteAvailable(900);
   Write("proc/self/cgroup", "0::/outer/inner\n");
   Write("sys/fs/cgroup/outer/inner/cpu.max", "max 100000\n");
@@ -63,7 +63,7 @@ TEST_F(ThreadCountTest, KeepsToTheLimitsOfTheGroupAndThoseAroundIt) {
   EXPECT_EQ(Share().GetFreeMemory(), 0U);
 }
 
-TEST_F(ThreadCountTest, ReadsTheOlderGroupsToo) {
+TEST_F(ThreadCountTest, ReadsGroupsOfVersion1) {
   WriteAvailable(900);
   Write("proc/self/cgroup", "4:memory:/of/the/host\n3:cpu,cpuacct:/mine\n0::/\n");
   Write("sys/fs/cgroup/cpu,cpuacct/mine/cpu.cfs_quota_us", "-1\n");
@@ -76,7 +76,7 @@ TEST_F(ThreadCountTest, ReadsTheOlderGroupsToo) {
   EXPECT_EQ(Share().GetFreeMemory(), 50 * kMegabyte);
 }
 
-TEST_F(ThreadCountTest, FitsTheThreadsIntoHalfOfTheFreeMemory) {
+TEST_F(ThreadCountTest, UsesAtMostHalfOfTheFreeMemory) {
   EXPECT_EQ(GetCompressionMemory(2, 200 * kMegabyte), 300 * kMegabyte);
   EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), mAllowed);
   WriteAvailable(599);
@@ -88,7 +88,7 @@ TEST_F(ThreadCountTest, FitsTheThreadsIntoHalfOfTheFreeMemory) {
   EXPECT_EQ(GetThreadCount(100, Share()), 1U);
 }
 
-TEST_F(ThreadCountTest, FitsTheThreadsIntoTheLimitsOfTheProcess) {
+TEST_F(ThreadCountTest, ObeysTheLimitsOfTheProcess) {
   const auto write = [&](const std::string& space, const std::string& data) {
     Write("proc/self/limits",
           "Limit             Soft Limit    Hard Limit    Units\n"
@@ -115,7 +115,7 @@ TEST_F(ThreadCountTest, FitsTheThreadsIntoTheLimitsOfTheProcess) {
   EXPECT_EQ(Share().GetFreeAddressSpace(), 49 * kMegabyte);
   write(megabytes(5), megabytes(5));
   EXPECT_EQ(Share().GetFreeAddressSpace(), 0U);
-  // Two threads fit with their chunks, but not with their stacks as well.
+  // The chunks of two threads fit, but not their stacks as well.
   const std::uint64_t needed = 2 * (300 + 2 * GetThreadSpace() / kMegabyte);
   write(megabytes(10 + needed - 1), "unlimited");
   EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), 1U);
@@ -123,7 +123,7 @@ TEST_F(ThreadCountTest, FitsTheThreadsIntoTheLimitsOfTheProcess) {
   EXPECT_EQ(GetThreadCount(200 * kMegabyte, Share()), std::min(mAllowed, 2U));
 }
 
-TEST_F(ThreadCountTest, ReadsNumbersAlikeInEveryLocale) {
+TEST_F(ThreadCountTest, ReadsNumbersInAnyLocale) {
   Write("proc/self/cgroup", "0::/\n");
   Write("sys/fs/cgroup/cpu.max", "100 100\n");
   const ForeignStreams streams;

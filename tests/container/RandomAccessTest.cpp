@@ -37,9 +37,9 @@ std::shared_ptr<StreamReader> OpenReader(const std::string& path) {
   return file.OpenStreamReader(kStream);
 }
 
-/// Reading that jumps about must not cost a whole block, or a look at all blocks, each time: what
-/// takes a moment here would take hours.
-TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
+/// Reading in any order must not decompress a whole block, or search all blocks, each time: it
+/// would take hours instead of a moment.
+TEST(RandomAccess, DoesNotDecompressABlockEachTime) {
   const TempDir folder;
   const ScopedEnvironment limit(kLimitVariable, "2000000");
   const std::string content = SomeBytes(6000000, 1);
@@ -47,7 +47,7 @@ TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
                  [&](JbFile& file) { PutInPieces(file, kStream, content, 1000000, kHeavy); });
   const auto reader = OpenReader(folder / "file");
   for (std::size_t i = 1; i < 60000; ++i) {
-    // Backwards in each of three blocks, and from one to the next.
+    // Reads backwards in each of three blocks, and switches block each time.
     const std::size_t offset = (i % 3 + 1) * 2000000 - i * 30;
     std::string part(20, '\0');
     reader->Read(offset, part.data(), part.size());
@@ -56,8 +56,8 @@ TEST(ToAndFro, ABlockIsNotInflatedEachTime) {
   EXPECT_LT(reader->GetNumInVain(), 6 * content.size());
 }
 
-/// Reads a stream in order, in pieces of about that size, verified or not. Returns the number of
-/// bytes that were decompressed for it.
+/// Reads a stream in order, in pieces of at most `piece` bytes, verified or not. Returns the number
+/// of bytes that were decompressed.
 std::uint64_t CostOfReading(StreamReader& reader, std::uint64_t piece, bool verified) {
   gInflated = 0;
   std::string bytes(piece, '\0');
@@ -73,7 +73,7 @@ std::uint64_t CostOfReading(StreamReader& reader, std::uint64_t piece, bool veri
   return gInflated;
 }
 
-TEST(ToAndFro, StoredOrderCostsOnePassOrTwo) {
+TEST(RandomAccess, StoredOrderDecompressesOnceOrTwice) {
   constexpr std::uint64_t kBlocks = 5000000;
   const TempDir folder;
   {
@@ -93,10 +93,10 @@ TEST(ToAndFro, StoredOrderCostsOnePassOrTwo) {
   });
   const auto reader = OpenReader(folder / "large");
   EXPECT_EQ(CostOfReading(*reader, 10000000, true), 2 * tooLarge);
-  EXPECT_EQ(CostOfReading(*reader, 10000000, true), tooLarge) << "verified once";
+  EXPECT_EQ(CostOfReading(*reader, 10000000, true), tooLarge) << "each block is verified once";
 }
 
-TEST(ToAndFro, TinyBlocksAreNotAllLookedAtEachTime) {
+TEST(RandomAccess, DoesNotSearchAllTinyBlocksEachTime) {
   constexpr std::uint32_t kMany = kIsSlow ? 3000 : 10000;
   const TempDir folder;
   const ScopedEnvironment limit(kLimitVariable, "1");
@@ -113,7 +113,7 @@ TEST(ToAndFro, TinyBlocksAreNotAllLookedAtEachTime) {
       ASSERT_EQ(value, i);
     }
   };
-  for (int pass = 0; pass < 3; ++pass) {  // those that are come to again stay in memory
+  for (int pass = 0; pass < 3; ++pass) {  // blocks that are read again stay in memory
     for (std::uint32_t i = kMany; i-- > 0;) expect(i, 1);
   }
   for (std::uint32_t i = 0; i < kMany; ++i) expect(i % 7, 3);
