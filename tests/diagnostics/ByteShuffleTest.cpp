@@ -17,7 +17,7 @@ std::vector<unsigned char> Bytes(const std::vector<T>& values) {
   return bytes;
 }
 
-/// Values whose bytes all differ from their neighbours'. As floats, some are NaNs.
+/// Returns values in which neighbouring bytes differ. Some of them are NaNs as floats.
 template <class T>
 std::vector<T> Sample(std::size_t size) {
   std::vector<T> values(size);
@@ -28,7 +28,7 @@ std::vector<T> Sample(std::size_t size) {
   return values;
 }
 
-TEST(ByteShuffleTest, PlanesFollowOneAnother) {
+TEST(ByteShuffleTest, GroupsBytesByTheirPlace) {
   std::vector<std::uint32_t> values = {0x04030201, 0x08070605};
   ShuffleVectorBytes(values);
   EXPECT_THAT(Bytes(values), ElementsAre(1, 5, 2, 6, 3, 7, 4, 8));
@@ -36,8 +36,8 @@ TEST(ByteShuffleTest, PlanesFollowOneAnother) {
   EXPECT_THAT(values, ElementsAre(0x04030201, 0x08070605));
 }
 
-/// Where the definition puts each byte: components and planes one after the other, and behind
-/// them the elements that are no whole tuple.
+/// Moves each byte as the format defines: components and byte planes one after the other, and after
+/// them the elements that do not fill a tuple.
 template <class T>
 std::vector<unsigned char> ShuffledByDefinition(const std::vector<T>& values, std::size_t width) {
   const auto before = Bytes(values);
@@ -63,8 +63,8 @@ void ExpectShuffled(std::size_t size, unsigned char width) {
   EXPECT_EQ(Bytes(values), before) << size << " elements, width " << int{width};
 }
 
-/// Through several tiles and their ends.
-TEST(ByteShuffleTest, FollowsItsDefinitionInArraysOfAnySize) {
+/// The sizes cover several tiles and incomplete ones.
+TEST(ByteShuffleTest, FollowsItsDefinitionForAnySize) {
   for (const std::size_t size : {0U, 1U, 5U, 15U, 16U, 17U, 63U, 765U, 2047U, 2048U, 7001U}) {
     for (const unsigned char width : std::vector<unsigned char>{0, 1, 2, 3, 6, 130, 255}) {
       ExpectShuffled<std::uint32_t>(size, width);

@@ -31,7 +31,7 @@ TEST(ExceptionTest, ReportNamesKindDescriptionAndPlace) {
   EXPECT_STREQ(error.GetLogMessage(), "Invalid block position");
 }
 
-TEST(ExceptionTest, WithoutDescriptionTheKindDescribes) {
+TEST(ExceptionTest, ReportWithoutDescriptionNamesTheKind) {
   const Exception error(ErrorType::MiscellaneousError, kSource, 1, "<unknown>");
   EXPECT_STREQ(error.GetLogMessage(), "Miscelleneous Error");
   EXPECT_STREQ(Exception::GetDescription(ErrorType::MismatchError), "Mis-match Error");
@@ -49,7 +49,7 @@ TEST(ExceptionTest, LongTextsAreCutAndTerminated) {
   EXPECT_EQ(std::strlen(longSource.what()), Exception::kMessageSize - 1);
 }
 
-TEST(RaiseTest, LogsTheTextThenThrowsItWithTheCallersLine) {
+TEST(RaiseTest, LogsAndThrowsTheTextWithTheCallersLine) {
   const Qov::Test::CapturedLog log;
   const int line = __LINE__ + 2;
   try {

@@ -32,7 +32,7 @@ TEST(FormatterTest, KeepsTheLastPartOfTheSourcePath) {
   }
 }
 
-TEST(ManagerTest, ProgressGoesOnlyWhereItIsTraced) {
+TEST(ManagerTest, ProgressReachesOnlyTracePublishers) {
   std::ostringstream errors;
   std::ostringstream trace;
   std::ostringstream replaced;
@@ -54,7 +54,7 @@ TEST(ManagerTest, UnknownPartsAreRefused) {
   EXPECT_THROW(manager.AddLogger("none", "__Default__", "__Default__"), Qov::Util::Exception);
 }
 
-TEST(TraceTest, FileIsEmptiedThenFilledRecordByRecord) {
+TEST(TraceTest, FileIsTruncatedAndFlushedAfterEachRecord) {
   const Qov::Test::TempDir dir;
   const std::string path = dir / "trace.log";
   Qov::Test::WriteFile(path, "an earlier run\n");
