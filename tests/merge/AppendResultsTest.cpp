@@ -40,7 +40,7 @@ class AppendingResults : public testing::Test {
   Geometry& mSource = AddNode<Geometry>(mFrom, NodeTree::kRootId, "Mesh");
 };
 
-TEST_F(AppendingResults, AllFollowInOrderAndLinksLeadToTheSameResults) {
+TEST_F(AppendingResults, KeepsTheOrderAndMovesLinks) {
   AppendResults(mFrom, mInto, true);
   EXPECT_THAT(VariableTexts(mTarget),
               ElementsAre("A", "B", "C", "D", "E", "S|1", "T", "U|1 -> 2,5", "A"));
@@ -49,20 +49,20 @@ TEST_F(AppendingResults, AllFollowInOrderAndLinksLeadToTheSameResults) {
   EXPECT_EQ(values, Ramp(3, 1.0F));
 }
 
-TEST_F(AppendingResults, OfOtherInstancesOnlyNamesWithAnInstancePartAndLinksToThemselves) {
+TEST_F(AppendingResults, OtherInstancesNeedAnInstancePartAndLinksBecomeSelfLinks) {
   Append(mSource, "V|");
   AppendOtherInstanceResults(mFrom, mInto);
   EXPECT_THAT(VariableTexts(mTarget), ElementsAre("A", "B", "C", "D", "E", "S|1", "U|1 -> 2,6"));
 }
 
-TEST_F(AppendingResults, LinkPositionDoesNotWrapRoundToAResultThatIsThere) {
+TEST_F(AppendingResults, LinkPositionsDoNotOverflow) {
   constexpr std::uint32_t kHighest = std::numeric_limits<std::uint32_t>::max();
   mSource.AppendVariable(MakeLinked("Nowhere", {kId, kHighest - 1}));
   AppendResults(mFrom, mInto, true);
   EXPECT_EQ(mTarget.GetVariables().back().mLink.mVariable, kHighest - 1);
 }
 
-TEST_F(AppendingResults, LinksToOtherGeometriesLeadToTheSameResults) {
+TEST_F(AppendingResults, LinksToOtherGeometriesMove) {
   Geometry& otherTarget = AddNode<Geometry>(mInto, NodeTree::kRootId, "Other");
   Append(otherTarget, "X");
   Geometry& otherSource = AddNode<Geometry>(mFrom, NodeTree::kRootId, "Other");
@@ -77,8 +77,8 @@ TEST_F(AppendingResults, LinksToOtherGeometriesLeadToTheSameResults) {
   EXPECT_THAT(VariableTexts(otherTarget), ElementsAre("X", "Y|1", "Z|1 -> 2,6"));
 }
 
-/// Geometries 2 and 3 are appended to geometries; 4 is not appended. Chains of links contain all
-/// three.
+/// The source has the geometries 2, 3 and 4, and chains of links through all three. The results of
+/// 2 and 3 are appended; those of 4 are not, because the target has a group with this id.
 class AppendingChains : public testing::Test {
  protected:
   AppendingChains() {
@@ -117,7 +117,7 @@ class AppendingChains : public testing::Test {
   Tree mFrom{false};
 };
 
-TEST_F(AppendingChains, LinksMoveOrAreReplacedByTheSharedValues) {
+TEST_F(AppendingChains, LinksMoveOrBecomeCopiesOfTheValues) {
   AppendResults(mFrom, mInto, true);
   EXPECT_THAT(Last(VariableTexts(Target(2)), 6),
               ElementsAre("far|1", "farther|1 -> 3,2", "near|1 -> 2,9", "round|1", "lost|1 -> 3,7",
@@ -129,10 +129,10 @@ TEST_F(AppendingChains, LinksMoveOrAreReplacedByTheSharedValues) {
   EXPECT_TRUE(Target(2).GetVariables()[13].mLeadsNowhere);
 }
 
-TEST_F(AppendingChains, OtherInstancesLoseValuesOnlyOfLinksWithinOneGeometry) {
+TEST_F(AppendingChains, OtherInstancesLoseOnlyValuesOfLinksWithinAGeometry) {
   DroppedResults dropped;
   AppendOtherInstanceResults(mFrom, mInto, dropped);
-  EXPECT_EQ(dropped.mLinkedToThemselves, 1U);  // near|1; lost chain|1 had none
+  EXPECT_EQ(dropped.mLinkedToThemselves, 1U);  // near|1; lost chain|1 had no values before
   EXPECT_THAT(Last(VariableTexts(Target(2)), 6),
               ElementsAre("far|1", "farther|1", "near|1 -> 2,11", "round|1", "lost|1 -> 3,7",
                           "lost chain|1 -> 2,14"));
@@ -143,7 +143,7 @@ TEST_F(AppendingChains, OtherInstancesLoseValuesOnlyOfLinksWithinOneGeometry) {
   EXPECT_EQ(Target(3).GetVariables()[3].mValues.GetNumElements(), 0U);
 }
 
-TEST_F(AppendingResults, WhereTheTargetHasAnotherNodeNothingIsAppendedAndWhereNoneItFails) {
+TEST_F(AppendingResults, SkipsTargetsThatAreNotGeometriesAndRefusesMissingOnes) {
   Geometry& second = AddNode<Geometry>(mFrom, NodeTree::kRootId, "Mesh 2");
   Append(second, "X|1");
   EXPECT_THROW(AppendResults(mFrom, mInto, true), Qov::Util::Exception);

@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-TEST(ArrangeFiles, OrdersASeriesByItsNumbersAndLeavesTheRest) {
+TEST(ArrangeFiles, OrdersASeriesByNumberAndKeepsOtherFiles) {
   EXPECT_THAT(arrange_files({}), IsEmpty());
   EXPECT_THAT(arrange_files({"run2.ryx", "run10.ryx", "run1.ryx"}),
               ElementsAre("run1.ryx", "run2.ryx", "run10.ryx"));
@@ -26,7 +26,7 @@ TEST(ArrangeFiles, OrdersASeriesByItsNumbersAndLeavesTheRest) {
               ElementsAre("9", "8.ryx", "a1.ryx", "a2.ryx.bak"));
 }
 
-TEST(ArrangeFiles, NumbersAreWholeAndHaveAHighestValue) {
+TEST(ArrangeFiles, ComparesNumbersUpTo64Bits) {
   EXPECT_THAT(arrange_files({"r01.ryx", "r1.ryx", "r000.ryx"}),
               ElementsAre("r000.ryx", "r01.ryx", "r1.ryx"));
   EXPECT_THAT(
@@ -34,7 +34,7 @@ TEST(ArrangeFiles, NumbersAreWholeAndHaveAHighestValue) {
       ElementsAre("r18446744073709551614", "r99999999999999999999999", "r18446744073709551615"));
 }
 
-TEST(ArrangeFiles, KeepsEveryFileWhenSeriesAndOthersAreMixed) {
+TEST(ArrangeFiles, KeepsEveryFileOfAMixedList) {
   std::mt19937 random(1);
   std::vector<std::string> paths;
   for (std::size_t i = 0; i != 3000; ++i) {
@@ -47,7 +47,7 @@ TEST(ArrangeFiles, KeepsEveryFileWhenSeriesAndOthersAreMixed) {
   EXPECT_EQ(arranged, paths);
 }
 
-/// Compares by the key alone, so that the tag shows which of equal elements went where.
+/// Compares by the key only; the tag identifies equal elements.
 struct Item {
   int mKey;
   std::size_t mTag;
@@ -57,7 +57,7 @@ struct Item {
 
 void PrintTo(const Item& item, std::ostream* out) { *out << item.mKey << "/" << item.mTag; }
 
-void ExpectTheOrderOfTheStandardSort(const std::vector<int>& keys) {
+void ExpectStandardOrder(const std::vector<int>& keys) {
   std::vector<Item> items;
   for (const int key : keys) items.push_back({key, items.size()});
   std::vector<Item> expected = items;
@@ -66,22 +66,23 @@ void ExpectTheOrderOfTheStandardSort(const std::vector<int>& keys) {
   EXPECT_THAT(items, ElementsAreArray(expected));
 }
 
-TEST(IntroSort, PutsEqualElementsWhereTheStandardSortDoes) {
+TEST(IntroSort, OrdersEqualElementsLikeTheStandardSort) {
   std::mt19937 random(2);
   for (const std::size_t size : {1U, 2U, 15U, 16U, 17U, 18U, 33U, 100U, 5000U}) {
     for (const unsigned numKeys : {1U, 2U, 7U, 100000U}) {
       std::vector<int> keys(size);
       for (int& key : keys) key = static_cast<int>(random() % numKeys);
-      ExpectTheOrderOfTheStandardSort(keys);
+      ExpectStandardOrder(keys);
       std::sort(keys.begin(), keys.end());
-      ExpectTheOrderOfTheStandardSort(keys);
+      ExpectStandardOrder(keys);
       std::reverse(keys.begin(), keys.end());
-      ExpectTheOrderOfTheStandardSort(keys);
+      ExpectStandardOrder(keys);
     }
   }
 }
 
-/// Decides its keys while it is sorted, so that every pivot is nearly the smallest.
+/// Chooses its keys during the sort so that every pivot is nearly the smallest element, which is
+/// the worst case of quicksort.
 struct Adversary {
   std::vector<int>* mKeys;
   int* mNumSolid;
@@ -96,15 +97,15 @@ struct Adversary {
   static constexpr int kGas = 1 << 30;
 };
 
-TEST(IntroSort, FallsBackOnTheHeapLikeTheStandardSort) {
+TEST(IntroSort, FallsBackToHeapSortLikeTheStandardSort) {
   constexpr std::size_t kSize = 4000;
   std::vector<int> keys(kSize, Adversary::kGas);
   int numSolid = 0;
   std::vector<Adversary> items;
   for (std::size_t i = 0; i != kSize; ++i) items.push_back({&keys, &numSolid, i});
   IntroSort<Adversary>(items).Run();
-  for (int& key : keys) key /= 2;  // pairs of equal ones
-  ExpectTheOrderOfTheStandardSort(keys);
+  for (int& key : keys) key /= 2;  // makes pairs of equal keys
+  ExpectStandardOrder(keys);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ using namespace Qov::Test;
 using testing::ElementsAre;
 using testing::Pair;
 
-/// One geometry with empty results of these names.
+/// A tree with one geometry, which has empty results of the given names.
 class InstanceNames : public testing::Test {
  protected:
   static constexpr std::uint32_t kId = 2;
@@ -25,10 +25,10 @@ class InstanceNames : public testing::Test {
   }
 
   Tree mTree{false};
-  PartLinksMap mLinks{{99, {}}};  // what an earlier file left behind
+  PartLinksMap mLinks{{99, {}}};  // an entry of an earlier file
 };
 
-TEST_F(InstanceNames, TheFileNumberGoesIntoTheInstancePart) {
+TEST_F(InstanceNames, FileNumberIsPutIntoTheInstancePart) {
   struct Row {
     const char* mName;
     std::uint64_t mFile;
@@ -53,7 +53,7 @@ TEST_F(InstanceNames, TheFileNumberGoesIntoTheInstancePart) {
   }
 }
 
-TEST_F(InstanceNames, CommonResultsAreSharedAmongTheInstances) {
+TEST_F(InstanceNames, CommonResultsAreLinkedToEachInstance) {
   Geometry& geometry = Make({"Stress|LC1", "Stress|LC2", "Coordinates"});
   RenameResults(mTree, 2, mLinks, false);
   EXPECT_EQ(mLinks.size(), 1U);
@@ -62,7 +62,7 @@ TEST_F(InstanceNames, CommonResultsAreSharedAmongTheInstances) {
               ElementsAre("Stress|LC1", "Stress|LC2", "Coordinates|LC1", "Coordinates|LC2 -> 2,2"));
 }
 
-TEST_F(InstanceNames, LinkedResultsAreUpdatedInPlaceAndKeepTheirArrays) {
+TEST_F(InstanceNames, ExistingResultsBecomeLinksInPlace) {
   Geometry& geometry = Make({"Mass|B", "Mass|A"});
   geometry.EditVariable(0).mAttributes["old"] = 1U;
   geometry.EditVariable(0).mValues = NumericArray::Of(Ramp(4, 0.0F));
@@ -85,7 +85,7 @@ TEST_F(InstanceNames, LinkedResultsAreUpdatedInPlaceAndKeepTheirArrays) {
   EXPECT_EQ(linked.mValues.GetNumElements(), 4U);
 }
 
-TEST_F(InstanceNames, ResultsWhoseValuesAreSharedAlreadyStayAsTheyAre) {
+TEST_F(InstanceNames, ExistingLinksToTheSameValuesAreKept) {
   Geometry& geometry = Make({"Mass|A", "Mass|C"});
   geometry.AppendVariable(MakeLinked("Mass|B", {kId, 0}));
   geometry.AppendVariable(MakeLinked("Mass", {kId, 2}));
@@ -99,8 +99,8 @@ TEST_F(InstanceNames, ResultsWhoseValuesAreSharedAlreadyStayAsTheyAre) {
   EXPECT_EQ(dropped.mReplaced, 1U);
 }
 
-/// Takes minutes with an algorithm that follows each chain to its end.
-TEST_F(InstanceNames, ChainsOfAnyLengthAreFollowed) {
+/// Following each chain to its end would take minutes.
+TEST_F(InstanceNames, FollowsLongChainsInLittleTime) {
   constexpr std::uint32_t kMany = 50000;
   const auto name = [](std::uint32_t i) { return "R" + std::to_string(i); };
   Geometry& geometry = Make({});
@@ -117,25 +117,25 @@ TEST_F(InstanceNames, ChainsOfAnyLengthAreFollowed) {
   GenerateLinkedResults(mTree, mLinks, dropped);
   EXPECT_EQ(geometry.GetVariables().size(), 2 * kMany + 1);
   EXPECT_EQ(dropped.mReplaced, 0U);
-  EXPECT_FALSE(geometry.GetVariables()[kMany].mLinked);  // R0|LC1 has its values from it
+  EXPECT_FALSE(geometry.GetVariables()[kMany].mLinked);  // R0|LC1 shares its values
   for (std::uint32_t i = 1; i != kMany; ++i) {
     ASSERT_EQ(geometry.GetVariables()[kMany + i].mLink, (Geometry::Link{kId, i + 1}));
   }
 }
 
-TEST_F(InstanceNames, MissingResultsAreMadeTheLinkedOneFirst) {
+TEST_F(InstanceNames, MissingResultsAreAddedLinkedOnesFirst) {
   Geometry& geometry = Make({});
   GenerateLinkedResults(mTree, {{kId, {{"Primary", {"Linked"}}}}});
   EXPECT_THAT(VariableTexts(geometry), ElementsAre("Linked -> 2,1", "Primary"));
 }
 
-TEST_F(InstanceNames, LinksOfANodeThatIsNoGeometryAreSkippedAndOfNoneRefused) {
+TEST_F(InstanceNames, SkipsNodesThatAreNotGeometriesAndRefusesMissingOnes) {
   AddNode<Group>(mTree, NodeTree::kRootId, "Group");
   GenerateLinkedResults(mTree, {{NodeTree::kRootId, {{"P", {"L"}}}}, {2, {{"P", {"L"}}}}});
   EXPECT_THROW(GenerateLinkedResults(mTree, {{3, {}}}), Qov::Util::Exception);
 }
 
-TEST(IsMeshResult, CutsOneCharacterBeforeTheSeparator) {
+TEST(IsMeshResult, IgnoresOneCharacterBeforeTheSeparator) {
   for (const char* name : {"Coordinates", "Coordinates |LC1", "Connectivity.|x", "Polylength",
                            "Part Elements", "Node Ids", "Element IDs"}) {
     EXPECT_TRUE(isMeshResult(Barred(name))) << name;

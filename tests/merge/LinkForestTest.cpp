@@ -34,7 +34,7 @@ TEST(LinkForest, ReachesAllAncestors) {
   }
 }
 
-TEST(LinkForest, TakesLittleTimeToMoveLongChains) {
+TEST(LinkForest, MovesLongChainsInLittleTime) {
   constexpr LinkForest::Vertex kSize = 200000;
   LinkForest forest;
   for (LinkForest::Vertex i = 1; i <= kSize; ++i) {

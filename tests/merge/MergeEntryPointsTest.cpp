@@ -24,7 +24,7 @@ using EntryPoint = int (*)(int, const char* const[]);
 
 class MergeEntryPoints : public testing::Test {
  protected:
-  /// Calls as a program does, with a null pointer behind its arguments.
+  /// Calls an entry point as a program does, with a null pointer after the last argument.
   int Call(EntryPoint merge, const std::vector<std::string>& arguments) {
     std::vector<const char*> argv = {"caller"};
     for (const std::string& argument : arguments) argv.push_back(argument.c_str());
@@ -64,7 +64,7 @@ class MergeEntryPoints : public testing::Test {
   std::string mErrors;
 };
 
-TEST_F(MergeEntryPoints, DatasetsAreThoseOfTheProgram) {
+TEST_F(MergeEntryPoints, DatasetsEqualThoseOfTheProgram) {
   const std::vector<std::string> files = {Plate("a.ryx", {"S"}, 1), Plate("b.ryx", {"S"}, 2),
                                           Plate("c.ryx", {"T"}, 3)};
   const std::string all = MergedAsDatasets(files);
@@ -77,7 +77,7 @@ TEST_F(MergeEntryPoints, DatasetsAreThoseOfTheProgram) {
   }
 }
 
-TEST_F(MergeEntryPoints, OneFileMergesAsOftenAsTheNumberSays) {
+TEST_F(MergeEntryPoints, MergesOneFileAGivenNumberOfTimes) {
   const std::string file = Plate("a.ryx", {"S"}, 1);
   const std::string once = MergedAsDatasets({file});
   for (const char* number : {"0", "1", "three", ""}) {
@@ -88,7 +88,7 @@ TEST_F(MergeEntryPoints, OneFileMergesAsOftenAsTheNumberSays) {
   EXPECT_EQ(DescribeModel(mOutput), MergedAsDatasets({file, file, file}));
 }
 
-TEST_F(MergeEntryPoints, ResultsAreTakenByKindAndName) {
+TEST_F(MergeEntryPoints, SelectsResultsByKindAndName) {
   const auto build = [](const std::vector<std::pair<std::string, std::uint32_t>>& results) {
     return [results](Tree& tree) {
       auto& mesh = AddNode<Geometry>(tree, NodeTree::kRootId, "Mesh");
@@ -97,7 +97,7 @@ TEST_F(MergeEntryPoints, ResultsAreTakenByKindAndName) {
       }
       mesh.AppendVariable(MakeLinked("linked", {7, 9}));
       mesh.EditVariable(results.size()).mKind = 20;
-      mesh.AppendVariable(MakeLinked("ahead", {2, 5}));  // the first input has no result there
+      mesh.AppendVariable(MakeLinked("ahead", {2, 5}));  // the first input has no such result
       mesh.EditVariable(results.size() + 1).mKind = 20;
     };
   };
@@ -122,7 +122,7 @@ TEST_F(MergeEntryPoints, ResultsAreTakenByKindAndName) {
   EXPECT_EQ(values, Ramp(4, 1.0F));
 }
 
-TEST_F(MergeEntryPoints, FilesOfOtherStructuresAreRefused) {
+TEST_F(MergeEntryPoints, RefusesFilesOfOtherStructure) {
   const std::string plate = Plate("a.ryx", {"S"}, 1);
   const std::string small =
       Model("small.ryx", [](Tree& tree) { AddNode<Group>(tree, NodeTree::kRootId, "Alone"); });
@@ -141,7 +141,7 @@ TEST_F(MergeEntryPoints, FilesOfOtherStructuresAreRefused) {
   EXPECT_FALSE(std::filesystem::exists(mOutput));
 }
 
-TEST_F(MergeEntryPoints, ShapesBeneathCutSectionsAreTaken) {
+TEST_F(MergeEntryPoints, TakesShapesBelowCutSections) {
   const auto build = [](const std::vector<std::string>& names) {
     return [names](Tree& tree) {
       const auto group = tree.GetNodes().GetNextId();
@@ -170,7 +170,7 @@ TEST_F(MergeEntryPoints, ShapesBeneathCutSectionsAreTaken) {
             })));
 }
 
-TEST_F(MergeEntryPoints, CutSectionsKeepTheValuesThatTheyShare) {
+TEST_F(MergeEntryPoints, CutSectionsKeepSharedValues) {
   const std::string first = Model("a.ryx", [](Tree& tree) {
     AddNode<Group>(tree, NodeTree::kRootId, "Cut-Sections");
     AddNode<Geometry>(tree, NodeTree::kRootId, "Mesh").AppendVariable(MakeCarrier("M", 1));
@@ -203,7 +203,7 @@ TEST_F(MergeEntryPoints, CutSectionsKeepTheValuesThatTheyShare) {
   ExpectError(cae_merge_cs, {first, other, mOutput}, "Node 8 is not a geometry");
 }
 
-TEST_F(MergeEntryPoints, MissingArgumentsAreTold) {
+TEST_F(MergeEntryPoints, ReportsMissingArguments) {
   const char* const hole[] = {"caller", nullptr, "b.ryx", "c.ryx", "d.ryx", nullptr};
   const char* const lateHole[] = {"caller", "a.ryx", nullptr, "c.ryx", "d.ryx", nullptr};
   for (const EntryPoint merge : {cae_merge, cae_merge_cs, cae_merge_in_tree, cad_merge, merge_n}) {
@@ -220,7 +220,7 @@ TEST_F(MergeEntryPoints, MissingArgumentsAreTold) {
   ExpectError(merge_n, {"a.ryx", "2"}, "Argument 3 is missing");
 }
 
-TEST_F(MergeEntryPoints, EqualMergesGiveEqualFilesThatNameTheTool) {
+TEST_F(MergeEntryPoints, EqualMergesWriteEqualFilesAndNameRyxMerge) {
   const std::vector<std::string> files = {Plate("a.ryx", {"S"}, 1), Plate("b.ryx", {"S"}, 2)};
   SaveViewPointFile(mDir / "v.vpt", "round");
   std::vector<std::function<int()>> merges = {
@@ -258,7 +258,7 @@ TEST_F(MergeEntryPoints, EqualMergesGiveEqualFilesThatNameTheTool) {
   EXPECT_FALSE(std::filesystem::exists(mDir / "new.ryx"));
 }
 
-TEST_F(MergeEntryPoints, OutputThatIsAnInputIsRefused) {
+TEST_F(MergeEntryPoints, RefusesAnOutputThatIsAnInput) {
   const std::vector<std::string> files = {Plate("a.ryx", {"S"}, 1), Plate("b.ryx", {"S"}, 2)};
   std::filesystem::create_hard_link(files[1], mDir / "other name.ryx");
   const std::string before = DescribeModel(files[0]) + DescribeModel(files[1]);
