@@ -12,7 +12,7 @@ namespace {
 using namespace Qov::Test;
 using testing::ElementsAre;
 
-/// A model with two groups of one name and one that is no group, and a plate to take from.
+/// A model with a shape and two groups of the same name, and a plate whose shapes are added.
 class AddShape : public testing::Test {
  protected:
   AddShape() {
@@ -38,7 +38,7 @@ class AddShape : public testing::Test {
   Tree mSource{false};
 };
 
-TEST_F(AddShape, MovesTheObjectsBeneathTheFirstGroupOfThatName) {
+TEST_F(AddShape, MovesTheShapeBelowTheFirstGroupOfThatName) {
   const Node* shape = mSource.GetNodes().GetReqNode(PlateIds::kShape).mData.get();
   const Node* geometry = &SourceMesh();
   mTree.AddShape(mSource, PlateIds::kShape, "Cuts");
@@ -53,7 +53,7 @@ TEST_F(AddShape, MovesTheObjectsBeneathTheFirstGroupOfThatName) {
   ExpectRefusal(ErrorType::MismatchError, "Node 3 is not a shape", PlateIds::kShape);
 }
 
-TEST_F(AddShape, KeepsWhatIsReadFromAFileThatNobodyHoldsAnyMore) {
+TEST_F(AddShape, KeepsReadingTheFileOfADestroyedTree) {
   const TempDir dir;
   SavePlate(dir / "plate.ryx", {"Stress"}, 1);
   {
@@ -72,7 +72,7 @@ TEST_F(AddShape, KeepsWhatIsReadFromAFileThatNobodyHoldsAnyMore) {
   EXPECT_EQ(moved.str(), built.str());
 }
 
-TEST_F(AddShape, ResultsKeepValuesSharedThroughAnyChain) {
+TEST_F(AddShape, KeepsValuesSharedThroughChains) {
   constexpr std::uint32_t kMesh = PlateIds::kGeometry;
   constexpr std::uint32_t kOther = PlateIds::kSets + 2;
   AddNode<Shape>(mSource, NodeTree::kRootId, "Second");
@@ -87,7 +87,7 @@ TEST_F(AddShape, ResultsKeepValuesSharedThroughAnyChain) {
   other.AppendVariable(MakeLinked("to mesh", {kMesh, 4}));
   other.AppendVariable(MakeCarrier("far", 60));
   other.AppendVariable(MakeLinked("to far", {kMesh, 6}));
-  // The places that the links named in the source hold other results here.
+  // The link targets of the source tree are other results in this tree.
   auto& stranger = AddNode<Geometry>(mTree, NodeTree::kRootId, "Stranger");
   for (std::uint32_t i = 0; i != 100; ++i) stranger.AppendVariable(MakeCarrier("stranger", i));
   mTree.AddShape(mSource, PlateIds::kShape, "Cuts");
@@ -104,7 +104,7 @@ TEST_F(AddShape, ResultsKeepValuesSharedThroughAnyChain) {
   EXPECT_TRUE(mesh[8].mLeadsNowhere && mesh[9].mLeadsNowhere);
 }
 
-TEST_F(AddShape, RefusesWhatDoesNotFitAndMovesNothing) {
+TEST_F(AddShape, ChangesNothingIfItFails) {
   AddNode<Shape>(mSource, NodeTree::kRootId, "Childless");
   AddNode<Group>(mSource, PlateIds::kSets + 1, "Group");
   ExpectRefusal(ErrorType::ElementNotFound, "", PlateIds::kShape, "cuts");

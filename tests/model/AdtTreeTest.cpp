@@ -26,7 +26,7 @@ void ExpectNotFound(Call call) {
   Qov::Test::ExpectError(Qov::Test::ErrorType::ElementNotFound, "Element Not Found", call);
 }
 
-TEST(AdtTree, LinksChildrenInTheOrderTheyCome) {
+TEST(AdtTree, LinksChildrenInTheOrderOfAdding) {
   NodeTree tree;
   EXPECT_EQ(tree.GetSize(), 1U);
   EXPECT_EQ(tree.GetCurrentNode().mData, nullptr);
@@ -42,13 +42,13 @@ TEST(AdtTree, LinksChildrenInTheOrderTheyCome) {
   EXPECT_EQ(LinksOf(tree, 4), (Links{4, 1, 3, 0, 0, 0}));
 }
 
-TEST(AdtTree, RefusesIdsThatWereNeverHandedOut) {
+TEST(AdtTree, RefusesUnknownIds) {
   NodeTree tree;
   tree.PutNode({.mId = 7, .mParent = 1, .mData = nullptr});
   EXPECT_EQ(tree.GetNextId(), 8U);
   ExpectNotFound([&] { tree.SetCurrentId(8); });
   ExpectNotFound([&] { tree.GetReqNode(5); });
-  tree.SetCurrentId(5);  // below the next id, though there is no such entry
+  tree.SetCurrentId(5);  // less than the next id, but without an entry
   ExpectNotFound([&] { tree.GetCurrentNode(); });
   ExpectNotFound([&] { tree.AddChild(nullptr); });
   tree.SetCurrentId(7);
@@ -57,7 +57,7 @@ TEST(AdtTree, RefusesIdsThatWereNeverHandedOut) {
   EXPECT_EQ(tree.GetSize(), 2U);
 }
 
-TEST(AdtTree, MovesToTheFirstNodeOfNameTypeAndVersion) {
+TEST(AdtTree, FindsTheFirstNodeOfNameTypeAndVersion) {
   NodeTree tree;
   tree.AddChild(std::make_unique<QovRyx::FutureNode>("Cut-Sections"));
   tree.AddChild(std::make_unique<QovRyx::Group>("Cut-Sections"));

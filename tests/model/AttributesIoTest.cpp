@@ -15,7 +15,7 @@ TEST(AttributesIo, WritesSixColumnsWithTheStringsLast) {
   QovUtil::WriteAttributesToJbf(
       file, kKey, {{"b", std::string("mm")}, {"a", std::uint32_t{7}}, {"B", 2.0}, {"c", 1.0F}});
   EXPECT_EQ(Qov::Test::StreamBytes(file, kKey),
-            "04000000"                  // four names, byte by byte in order
+            "04000000"                  // four names, sorted byte by byte
             "0100000042"                // B
             "0100000061"                // a
             "0100000062"                // b
@@ -27,7 +27,7 @@ TEST(AttributesIo, WritesSixColumnsWithTheStringsLast) {
             "01000000020000006d6d");    // string
 }
 
-/// Reads attributes in a form that other programs may store.
+/// Other programs may store attributes like this.
 TEST(AttributesIo, SortsNamesAndKeepsTheFirstOfEqualOnes) {
   const Qov::Test::TempDir dir;
   QovJbf::JbFile written;
@@ -72,10 +72,10 @@ TEST(AttributesIo, RefusesColumnsThatDisagree) {
   const std::vector<BadColumns> cases = {
       {{"a"}, {}, {}},          // no type
       {{"a"}, {0}, {}},         // no value
-      {{"a"}, {0}, {1, 2}},     // a value too many
-      {{"a"}, {0, 0}, {1, 2}},  // a type too many
-      {{}, {}, {1}},            // a value for no name
-      {{"a"}, {4}, {1}},        // no such type
+      {{"a"}, {0}, {1, 2}},     // an additional value
+      {{"a"}, {0, 0}, {1, 2}},  // an additional type
+      {{}, {}, {1}},            // a value without a name
+      {{"a"}, {4}, {1}},        // an unknown type
   };
   for (const BadColumns& bad : cases) {
     QovJbf::JbFile written;

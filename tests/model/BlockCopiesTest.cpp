@@ -11,13 +11,13 @@
 
 namespace {
 
-/// Bytes that zlib has put out or taken in, uncompressed; workers count too.
+/// Uncompressed bytes that zlib has written or read, in all threads.
 std::atomic<std::uint64_t> gInflated = 0;
 std::atomic<std::uint64_t> gDeflated = 0;
 
 }  // namespace
 
-// The linker sends the library's calls of zlib here.
+// The linker redirects the library's calls of zlib to these functions.
 extern "C" {
 int __real_inflate(z_streamp stream, int flush);
 int __real_deflate(z_streamp stream, int flush);
@@ -53,7 +53,7 @@ class BlockCopiesTest : public testing::Test {
     SavePlate(mDir / "b.ryx", {"Stress"}, 2, kNumNodes);
   }
 
-  /// Saves with copies of blocks, and counts what zlib has to do for heavy data.
+  /// Saves with copied blocks and counts the bytes that zlib processes.
   void SaveCopied(Tree& tree, const std::string& path) {
     const ScopedEnvironment copy("RYXMERGE_COPY_BLOCKS", "1");
     const ScopedEnvironment threads("RYXMERGE_THREADS", "1");
@@ -65,7 +65,7 @@ class BlockCopiesTest : public testing::Test {
   const ScopedEnvironment mThreads{"RYXMERGE_THREADS", "1"};
 };
 
-TEST_F(BlockCopiesTest, NeedNoZlib) {
+TEST_F(BlockCopiesTest, DoNotUseZlib) {
   Tree tree(false);
   MakeMergeRoot(tree);
   for (const char* name : {"a.ryx", "b.ryx"}) MergeFile(tree, mDir / name);
@@ -75,15 +75,15 @@ TEST_F(BlockCopiesTest, NeedNoZlib) {
   const std::string expected = DescribeModel(tree);
   EXPECT_EQ(DescribeModel(mDir / "merged.ryx"), expected);
 
-  // What was copied can be copied again, and read as any other file.
+  // A file with copied blocks can be read, and its blocks can be copied again.
   Tree again(false);
   LoadTree(again, mDir / "merged.ryx");
   SaveCopied(again, mDir / "again.ryx");
   EXPECT_EQ(DescribeModel(mDir / "again.ryx"), expected);
 }
 
-TEST_F(BlockCopiesTest, TakeOnlyWhatIsHalfWanted) {
-  // Of the seven arrays' worth of values in the block three are the coordinates.
+TEST_F(BlockCopiesTest, NeedHalfOfTheBlock) {
+  // The coordinates take half of the block, the other three arrays a sixth each.
   const auto saveWithOthers = [this](const std::vector<std::size_t>& replaced) {
     Tree tree(false);
     LoadTree(tree, mDir / "a.ryx");
@@ -104,7 +104,7 @@ TEST_F(BlockCopiesTest, TakeOnlyWhatIsHalfWanted) {
   EXPECT_GT(gDeflated, 6 * kArraySize);
 }
 
-TEST_F(BlockCopiesTest, LeaveOutArraysThatAreToBeShuffledAnew) {
+TEST_F(BlockCopiesTest, LeaveOutArraysThatMustBeShuffledAgain) {
   Tree tree(false);
   LoadTree(tree, mDir / "a.ryx");
   Geometry& geometry = *AsGeometry(tree.GetNodes().GetReqNode(PlateIds::kGeometry));
@@ -119,7 +119,7 @@ TEST_F(BlockCopiesTest, LeaveOutArraysThatAreToBeShuffledAnew) {
   EXPECT_EQ(DescribeModel(mDir / "plain.ryx"), expected);
 }
 
-TEST_F(BlockCopiesTest, CheckLengthsAndNothingElse) {
+TEST_F(BlockCopiesTest, CheckOnlyLengths) {
   Tree tree(false);
   LoadTree(tree, mDir / "a.ryx");
   const auto overwrite = [&](std::streamoff at, char byte) {

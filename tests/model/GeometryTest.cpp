@@ -26,7 +26,7 @@ TEST(Geometry, FindsTheFirstVariableOfAName) {
   EXPECT_EQ(geometry.GetOrAddVariableIndex("new"), 3U);
 }
 
-TEST(Geometry, TellsIntegersFromFloats) {
+TEST(Geometry, DistinguishesIntegersFromFloats) {
   QovRyx::Tree tree(false);
   Geometry& geometry = AddNode<Geometry>(tree, 1, "g");
   const std::vector<std::pair<std::uint32_t, std::uint32_t>> kinds = {
@@ -62,7 +62,7 @@ TEST(Geometry, WritesDescriptors) {
   stored.mFlag = 7;
   stored.mOffset = 0x1122334455;
   auto linked = MakeLinked("L", {5, 1});
-  linked.mKindHighByte = 9;  // has no place beside "no kind"
+  linked.mKindHighByte = 9;  // not stored, because there is no kind
   geometry.AppendVariable(stored);
   geometry.AppendVariable(linked);
 
@@ -86,7 +86,7 @@ TEST(Geometry, WritesDescriptors) {
             "00");
 }
 
-TEST(Geometry, WritesAsManyInlineBytesAsTheDescriptorSays) {
+TEST(Geometry, PadsInlineValuesToTheSizeInTheDescriptor) {
   Geometry geometry("g");
   geometry.AppendVariable(MakeVariable("cut", 12, NumericArray(6, 1, nullptr)));
   geometry.AppendVariable(MakeVariable("S", 12, NumericArray::Of(Ramp(1, 1.0F))));
@@ -97,7 +97,7 @@ TEST(Geometry, WritesAsManyInlineBytesAsTheDescriptorSays) {
             "0000803f");
 }
 
-TEST(Geometry, WantsAnOffsetForEveryStoredVariable) {
+TEST(Geometry, NeedsAnOffsetForEveryStoredVariable) {
   Geometry geometry("g");
   geometry.AppendVariable(MakeVariable("S", 12, {}));
   QovJbf::JbFile file;

@@ -14,7 +14,7 @@ namespace {
 
 using namespace QovRyx;
 
-/// Arrays of many lengths and widths, some long enough for several chunks of a block.
+/// Adds arrays of many lengths and widths. Some of them need several chunks of a block.
 void AddNoise(Tree& tree) {
   std::mt19937 random(1);
   Geometry& geometry = AddNode<Geometry>(tree, 1, "noise");
@@ -26,7 +26,7 @@ void AddNoise(Tree& tree) {
   }
 }
 
-TEST(HeavyPass, WritesTheSameWithAnyBlocksAndThreads) {
+TEST(HeavyPass, IsEqualForAnyBlockSizeAndThreadCount) {
   const TempDir dir;
   Tree built("maker", "1", false);
   BuildPlate(built, {"Stress"}, 1, 5000);
@@ -40,7 +40,7 @@ TEST(HeavyPass, WritesTheSameWithAnyBlocksAndThreads) {
     const ScopedEnvironment blockSize("TELMORAX_MAX_RYX_BLOCK_SIZE", limit);
     for (const char* threads : {"1", "2", "3", "8"}) {
       const ScopedEnvironment environment("RYXMERGE_THREADS", threads);
-      for (Tree* tree : {&built, &loaded}) {  // from memory, and copied from the other file
+      for (Tree* tree : {&built, &loaded}) {  // arrays from memory, and arrays from the file
         SaveTree(*tree, dir / "out.ryx");
         EXPECT_TRUE(ReadStreams(dir / "out.ryx")[kHeavyData] == expected)
             << threads << " threads, " << limit.value_or("no") << " limit";
@@ -53,7 +53,7 @@ TEST(HeavyPass, WritesTheSameWithAnyBlocksAndThreads) {
 constexpr std::size_t kNumValues = 1009;
 constexpr std::size_t kSize = kNumValues * sizeof(std::uint32_t);
 
-/// A file in which so many results have the same bytes, which no writer of ours makes.
+/// Writes a file in which all results have the same offset. No writer of this project does that.
 void SaveShared(const std::string& path, std::size_t numResults) {
   Tree tree(false);
   Geometry& geometry = AddNode<Geometry>(tree, 1, "shared");
@@ -71,7 +71,7 @@ void SaveShared(const std::string& path, std::size_t numResults) {
   WriteStreams(path, streams);
 }
 
-TEST(HeavyPass, SharedBytesStaySharedAndNeverStandForAnyAmount) {
+TEST(HeavyPass, SharedBytesStaySharedUpToALimit) {
   const TempDir dir;
   SaveShared(dir / "shared.ryx", 60);
   Tree tree(false);
@@ -97,7 +97,7 @@ TEST(HeavyPass, SharedBytesStaySharedAndNeverStandForAnyAmount) {
   }
 }
 
-/// Any number of arrays without a complete element is stored without bytes.
+/// Arrays without a complete element take no bytes.
 TEST(HeavyPass, IncompleteElementsAreNotStored) {
   const TempDir dir;
   Tree tree(false);

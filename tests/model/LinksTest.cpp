@@ -8,9 +8,9 @@ namespace {
 
 using namespace QovRyx;
 
-constexpr Geometry::Link kNowhere{99, 0};
+constexpr Geometry::Link kDangling{99, 0};
 
-/// Two geometries, ids 2 and 3. Variable 0 of the first is the only one with values of its own.
+/// Adds two geometries, ids 2 and 3. Only variable 0 of the first is not linked.
 void BuildLinks(Tree& tree, const std::vector<Geometry::Link>& links) {
   Geometry& first = AddNode<Geometry>(tree, 1, "first");
   first.AppendVariable(MakeVariable("values", 12, NumericArray::Of(Ramp(4, 1.0F))));
@@ -24,10 +24,10 @@ std::vector<float> ValuesOf(const Tree& tree, std::uint32_t id, std::size_t posi
   return values;
 }
 
-TEST(Links, AreFollowedAlongChainsAndNotRoundCircles) {
+TEST(Links, ChainsAreFollowedAndCyclesHaveNoValues) {
   const TempDir dir;
   Tree tree(false);
-  BuildLinks(tree, {{3, 2}, {2, 0}, {3, 1}, {3, 4}, {3, 5}, {3, 3}, {3, 6}, kNowhere, {2, 7}});
+  BuildLinks(tree, {{3, 2}, {2, 0}, {3, 1}, {3, 4}, {3, 5}, {3, 3}, {3, 6}, kDangling, {2, 7}});
   SaveTree(tree, dir / "links.ryx");
   Tree loaded(false);
   LoadTree(loaded, dir / "links.ryx");
@@ -36,7 +36,7 @@ TEST(Links, AreFollowedAlongChainsAndNotRoundCircles) {
   }
 }
 
-TEST(Links, AreShiftedWithTheIdsOfTheirFileAndNeverLeadIntoAnother) {
+TEST(Links, AreShiftedWithTheIdsOfTheirFileAndStayInIt) {
   const TempDir dir;
   Tree tree(false);
   BuildLinks(tree, {{2, 0}, {0xFFFFFFFF, 3}, {5, 0}, {99, 1}, {2, 7}});
@@ -61,7 +61,7 @@ TEST(Links, AreShiftedWithTheIdsOfTheirFileAndNeverLeadIntoAnother) {
   EXPECT_TRUE(ValuesOf(merged, 4, 2).empty());
 }
 
-TEST(Links, InALongChainAreFollowedWithoutRecursion) {
+TEST(Links, LongChainsAreFollowedWithoutRecursion) {
   Tree tree(false);
   const TempDir dir;
   std::vector<Geometry::Link> links;

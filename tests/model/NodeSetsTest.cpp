@@ -14,7 +14,7 @@ using QovRyx::NodeSets;
 const std::string kLight = "Light Data";
 const std::string kHeavy = "Heavy Data";
 
-TEST(NodeSets, WritesFourPiecesAndTheirPlace) {
+TEST(NodeSets, WritesFourPiecesAndTheirOffset) {
   NodeSets sets("Sets");
   sets.SetSets({{"ab", {5, 6}}, {"", {}}, {"c", {7}}});
   QovJbf::JbFile file;
@@ -34,7 +34,7 @@ TEST(NodeSets, WritesFourPiecesAndTheirPlace) {
             "03000000");        // values
 }
 
-/// What is stored of node sets.
+/// The stored pieces of node sets.
 struct Pieces {
   std::vector<std::uint32_t> mNameEnds;
   std::string mNames;
@@ -69,12 +69,12 @@ std::vector<NodeSets::Set> ReadPieces(const Pieces& pieces) {
 TEST(NodeSets, RefusesPiecesThatDisagree) {
   EXPECT_EQ(ReadPieces({{0, 2}, "ab", {0, 1}, {9}, 1}), (std::vector<NodeSets::Set>{{"ab", {9}}}));
   for (const Pieces& pieces :
-       std::initializer_list<Pieces>{{{0, 2}, "ab", {0, 1}, {9}, 2},        // too few ends
-                                     {{}, "", {}, {}, 0},                   // not even the 0
-                                     {{1, 2}, "ab", {0, 1}, {9}, 1},        // not from 0
-                                     {{0, 1}, "ab", {0, 1}, {9}, 1},        // a name's rest
-                                     {{0, 2}, "ab", {0, 2}, {9}, 1},        // past the values
-                                     {{0, 3, 2}, "ab", {0, 0, 1}, {9}, 2},  // falling
+       std::initializer_list<Pieces>{{{0, 2}, "ab", {0, 1}, {9}, 2},  // too few ends
+                                     {{}, "", {}, {}, 0},             // the leading 0 is missing
+                                     {{1, 2}, "ab", {0, 1}, {9}, 1},  // does not begin with 0
+                                     {{0, 1}, "ab", {0, 1}, {9}, 1},  // bytes after the last name
+                                     {{0, 2}, "ab", {0, 2}, {9}, 1},  // after the last value
+                                     {{0, 3, 2}, "ab", {0, 0, 1}, {9}, 2},  // decreasing
                                      {{0, 2}, "ab", {0, 1}, {9}, 0xFFFFFFFF}}) {
     ExpectError(ErrorType::MismatchError, "node set disagree", [&] { ReadPieces(pieces); });
   }

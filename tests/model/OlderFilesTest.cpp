@@ -18,7 +18,7 @@ void PutPlacement(OldFile& old) {
     old.GetIndex().Put(kLightData, static_cast<float>(value));
 }
 
-TEST(OlderFiles, GroupsAndShapesHaveWhatTheirVersionHad) {
+TEST(OlderFiles, GroupsAndShapesHaveTheFieldsOfTheirVersion) {
   const TempDir dir;
   OldFile old(8);
   for (const char* version : {"0.0a", "0.1"}) old.PutRecord(version, "Group", version);
@@ -56,7 +56,7 @@ TEST(OlderFiles, GroupsAndShapesHaveWhatTheirVersionHad) {
   EXPECT_EQ(scalarOf(8), 5.0F);
 }
 
-TEST(OlderFiles, GeometriesOfNewerVersionsAreRefused) {
+TEST(OlderFiles, RefusesGeometriesOfNewerVersions) {
   const TempDir dir;
   for (const char* version : {"0.8", "0.10", "1.0", "99999999999.0"}) {
     Geometry geometry("Mesh");
@@ -71,8 +71,8 @@ TEST(OlderFiles, GeometriesOfNewerVersionsAreRefused) {
 
 class OlderGeometryTest : public testing::TestWithParam<const char*> {};
 
-/// Values that stand inline come one geometry after the other, with node sets in between.
-TEST_P(OlderGeometryTest, ReadsValuesThatStandInline) {
+/// Inline values follow each other geometry by geometry, with node sets in between.
+TEST_P(OlderGeometryTest, ReadsInlineValues) {
   const std::string version = GetParam();
   Geometry first("first");
   first.AppendVariable(MakeVariable("Coordinates", 0, NumericArray::Of(Ramp(6, 1.0F), 3)));
@@ -82,7 +82,7 @@ TEST_P(OlderGeometryTest, ReadsValuesThatStandInline) {
   second.AppendVariable(MakeVariable("Stress|LC1", 12, NumericArray::Of(Ramp(2, 7.0F))));
   for (Geometry* geometry : {&first, &second}) {
     for (std::size_t i = 0; i < geometry->GetVariables().size(); ++i) {
-      geometry->EditVariable(i).mOffset = 0;  // of no account where values stand inline
+      geometry->EditVariable(i).mOffset = 0;  // ignored for inline values
       geometry->EditVariable(i).mAttributes["unit"] = std::string("mm");
     }
   }
@@ -115,7 +115,8 @@ TEST_P(OlderGeometryTest, ReadsValuesThatStandInline) {
 
 INSTANTIATE_TEST_SUITE_P(Versions, OlderGeometryTest, testing::Values("0.5", "0.4", "0.1", ""));
 
-/// Loads the streams of a current file with view points as a file of another version.
+/// Loads a file that has the streams of the current version, view points included, and another
+/// version in its header.
 void LoadWithVersion(Tree& tree, const std::string& version) {
   const TempDir dir;
   Tree current("maker", "1", false);
@@ -125,13 +126,13 @@ void LoadWithVersion(Tree& tree, const std::string& version) {
   LoadTree(tree, dir / "b.ryx");
 }
 
-TEST(OlderFiles, ViewPointsGoByTheVersionOfTheFile) {
+TEST(OlderFiles, ViewPointsDependOnTheVersionOfTheFile) {
   Tree loaded(false);
   LoadWithVersion(loaded, "0.9");
   EXPECT_EQ(loaded.GetViewPointPaths().size(), 1U);
   EXPECT_EQ(loaded.GetFileVersion(), "0.9");
 
-  // The tree of a bare root reads the same with narrow offsets: its only record is the last.
+  // Narrow offsets do not matter here: the offset is the last field of the only tree record.
   Tree oldest(false);
   LoadWithVersion(oldest, "0.1");
   EXPECT_FALSE(oldest.HasViewPoints());

@@ -10,7 +10,7 @@ namespace {
 
 using namespace QovRyx;
 
-/// Linked variables have the values of others once they are loaded, and none before.
+/// Removes the values that linked variables get from others when a file is loaded.
 void DropLinkedValues(Tree& tree) {
   ForEachGeometry(tree.GetNodes(), [](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
@@ -21,7 +21,7 @@ void DropLinkedValues(Tree& tree) {
 
 class RandomModelTest : public testing::TestWithParam<std::uint32_t> {};
 
-TEST_P(RandomModelTest, ComesBackFromFilesAsItWas) {
+TEST_P(RandomModelTest, IsUnchangedAfterSavingAndLoading) {
   const TempDir dir;
   Tree original("maker", "1", false);
   RandomModel(GetParam()).Fill(original);

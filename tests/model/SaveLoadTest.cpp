@@ -63,7 +63,7 @@ TEST(Save, AddsToTheHistoryEachTime) {
   EXPECT_FALSE(last.mDate.empty());
 }
 
-TEST(Save, NotesTheMachineIfItIsToBeTold) {
+TEST(Save, RecordsTheMachineOnRequest) {
   const TempDir dir;
   Tree tree(true);
   SaveTree(tree, dir / "a.ryx");
@@ -74,7 +74,7 @@ TEST(Save, NotesTheMachineIfItIsToBeTold) {
   EXPECT_EQ(loaded.GetModifiers().back().mHost, host.data());
 }
 
-/// Though all the names are equal.
+/// All results have the same name.
 TEST(Save, StoresIntegerArraysFirstAndEmptyOnesWithoutBytes) {
   const TempDir dir;
   Tree tree(false);
@@ -95,7 +95,7 @@ TEST(Save, StoresIntegerArraysFirstAndEmptyOnesWithoutBytes) {
   EXPECT_EQ(DescribeModel(dir / "a.ryx"), DescribeModel(tree));
 }
 
-TEST(Save, RefusesAFileThatIsStillReadFrom) {
+TEST(Save, RefusesAnOutputThatIsAnInput) {
   const TempDir dir;
   SaveSample(dir / "a.ryx");
   std::filesystem::create_symlink(dir / "a.ryx", dir / "link.ryx");
@@ -145,7 +145,8 @@ TEST(Save, RefusesInputsThatChangedSinceTheyWereLoaded) {
     expectRefusal(during);
   }
   Tree loaded(false);
-  EXPECT_THROW(LoadTree(loaded, output), Qov::Util::Exception) << "it must not pass for a model";
+  EXPECT_THROW(LoadTree(loaded, output), Qov::Util::Exception)
+      << "the incomplete output must not be readable";
 
   WriteFile(output, "precious");
   Tree before(false);
@@ -163,7 +164,7 @@ TEST(Save, RefusesInputsThatChangedSinceTheyWereLoaded) {
   Tree updated(false);
   LoadTree(updated, input);
   updated.Save(input, false, "", Tree::SupportedFileFormats::Ryx);
-  EXPECT_NO_THROW(SaveTree(updated, output)) << "its own change is none";
+  EXPECT_NO_THROW(SaveTree(updated, output)) << "a save updates the identity of its input";
 }
 
 class Impostor : public Node {
@@ -175,7 +176,7 @@ class Impostor : public Node {
   std::string mType;
 };
 
-TEST(SaveDeathTest, StopsAtANodeThatIsNotWhatItSays) {
+TEST(SaveDeathTest, StopsAtANodeOfAWrongClass) {
   const TempDir dir;
   for (const auto& [type, text] : {std::pair("Group", "0 != grp_ptr"),
                                    {"Shape", "0 != shape_ptr"},
@@ -187,7 +188,7 @@ TEST(SaveDeathTest, StopsAtANodeThatIsNotWhatItSays) {
   }
 }
 
-/// Every file that is written can be read again; other models are refused.
+/// A model that could not be loaded again is not saved.
 TEST(Save, RefusesModelsThatAreTooLargeToLoad) {
   const TempDir dir;
   const auto limitTo = [](std::size_t limit) {
@@ -234,7 +235,7 @@ TEST(Load, PutsEntriesWithoutAParentBelowTheGroup) {
   EXPECT_EQ(DescribeModel(dir / "a.ryx"), DescribeModel(tree));
 }
 
-TEST(Load, KeepsIdsInAFreshTreeAndShiftsThemBeneathAGroup) {
+TEST(Load, KeepsIdsInANewTreeAndShiftsThemBelowAGroup) {
   const TempDir dir;
   SaveSample(dir / "a.ryx");
   const auto load = [&](Tree& tree) {
@@ -260,10 +261,10 @@ TEST(Load, KeepsIdsInAFreshTreeAndShiftsThemBeneathAGroup) {
   EXPECT_EQ(merged.GetNodes().GetReqNode(1).mLastChild, 7U);
 }
 
-/// The streams of a sample model, which the tests spoil.
-class SpoiltModel : public testing::Test {
+/// The streams of a sample model, which the tests damage.
+class DamagedModel : public testing::Test {
  protected:
-  SpoiltModel() {
+  DamagedModel() {
     SaveSample(mPath);
     mStreams = ReadStreams(mPath);
   }
@@ -277,45 +278,45 @@ class SpoiltModel : public testing::Test {
   Streams mStreams;
 };
 
-TEST_F(SpoiltModel, LacksAStreamOrItsEnd) {
+TEST_F(DamagedModel, MissingAndTruncatedStreamsAreErrors) {
   for (const auto& [name, bytes] : mStreams) {
     SCOPED_TRACE(name);
-    Streams spoilt = mStreams;
+    Streams damaged = mStreams;
     for (std::size_t length = 0; length < bytes.size(); length += 1 + bytes.size() / 50) {
-      spoilt[name] = bytes.substr(0, length);
-      ExpectError(ErrorType::OutOfBounds, "", LoadOf(spoilt));
+      damaged[name] = bytes.substr(0, length);
+      ExpectError(ErrorType::OutOfBounds, "", LoadOf(damaged));
     }
-    spoilt.erase(name);
+    damaged.erase(name);
     if (name == kGlobalInformation || name == kViewPoints) {
-      EXPECT_NO_THROW(LoadOf(spoilt)());
+      EXPECT_NO_THROW(LoadOf(damaged)());
     } else {
-      ExpectError(ErrorType::ElementNotFound, "Element Not Found", LoadOf(spoilt));
+      ExpectError(ErrorType::ElementNotFound, "Element Not Found", LoadOf(damaged));
     }
   }
 }
 
-TEST_F(SpoiltModel, HasATreeThatIsNone) {
-  struct Lie {
+TEST_F(DamagedModel, InvalidTreesAreErrors) {
+  struct WrongNumber {
     std::size_t mAt;
     std::uint32_t mNumber;
     ErrorType mError;
   };
-  constexpr std::size_t kRecord = 4 + 24 + 12 + 8;  // behind the count and the root's record
-  for (const Lie& lie :
-       std::initializer_list<Lie>{{0, 0, ErrorType::ModelError},
-                                  {0, 0xFFFFFFFF, ErrorType::ModelError},
-                                  {0, 0x7FFFFFFF, ErrorType::OutOfBounds},
-                                  {4, 9, ErrorType::ModelError},  // the first is not the root
-                                  {kRecord, 1, ErrorType::ElementExists},  // two roots
-                                  {kRecord, 0, ErrorType::ElementExists},  // 0 means none
-                                  {kRecord, 0xFFFFFFFF, ErrorType::ModelError}}) {
-    Streams spoilt = mStreams;
-    std::memcpy(spoilt[kRyxTree].data() + lie.mAt, &lie.mNumber, sizeof lie.mNumber);
-    ExpectError(lie.mError, "", LoadOf(spoilt));
+  constexpr std::size_t kRecord = 4 + 24 + 12 + 8;  // after the count and the record of the root
+  for (const WrongNumber& wrong : std::initializer_list<WrongNumber>{
+           {0, 0, ErrorType::ModelError},
+           {0, 0xFFFFFFFF, ErrorType::ModelError},
+           {0, 0x7FFFFFFF, ErrorType::OutOfBounds},
+           {4, 9, ErrorType::ModelError},           // the first record is not the root
+           {kRecord, 1, ErrorType::ElementExists},  // two roots
+           {kRecord, 0, ErrorType::ElementExists},  // 0 means none
+           {kRecord, 0xFFFFFFFF, ErrorType::ModelError}}) {
+    Streams damaged = mStreams;
+    std::memcpy(damaged[kRyxTree].data() + wrong.mAt, &wrong.mNumber, sizeof wrong.mNumber);
+    ExpectError(wrong.mError, "", LoadOf(damaged));
   }
 }
 
-TEST(Load, RefusesWhatIsNoModelFile) {
+TEST(Load, RefusesOtherFiles) {
   const TempDir dir;
   WriteFile(dir / "empty", "");
   WriteFile(dir / "text", "a text file, not a model");
@@ -329,7 +330,7 @@ TEST(Load, RefusesWhatIsNoModelFile) {
   }
 }
 
-TEST(Load, NamesTheStreamsThatItDoesNotRead) {
+TEST(Load, ReportsUnknownStreams) {
   const TempDir dir;
   SaveSample(dir / "a.ryx");
   Streams streams = ReadStreams(dir / "a.ryx");
@@ -370,7 +371,7 @@ std::string TraceOfLoading(Tree& tree, const std::string& path) {
   return trace.str();
 }
 
-TEST(Load, KnowsThePreviousLayoutOfProbeRecordsAfterMergesToo) {
+TEST(Load, RecognisesOldProbeRecordsAlsoAfterMerges) {
   const TempDir dir;
   struct Case {
     const char* mVersion;
@@ -398,7 +399,7 @@ TEST(Load, KnowsThePreviousLayoutOfProbeRecordsAfterMergesToo) {
   }
 }
 
-/// Replaces each occurrence of a text in a stream by one of the same length.
+/// Replaces each occurrence of a text in a stream by a text of the same length.
 void Overwrite(std::string& bytes, const std::string& from, const std::string& to) {
   ASSERT_NE(bytes.find(from), bytes.npos);
   for (std::size_t at = 0; (at = bytes.find(from, at)) != bytes.npos; at += to.size()) {
@@ -406,7 +407,7 @@ void Overwrite(std::string& bytes, const std::string& from, const std::string& t
   }
 }
 
-TEST_F(SpoiltModel, HasEqualKeysAndTextsWithZeroBytes) {
+TEST_F(DamagedModel, EqualKeysAndTextsWithZeroBytesAreCounted) {
   Tree tree("viewer", "1-more", false);
   auto group = std::make_unique<Group>("parts");
   group->mAttributes = {{"key1", 1.0}, {"key2", 2.0}, {"key3", 3.0}};
