@@ -18,7 +18,7 @@ namespace {
 
 template <class... Records>
 struct TypeList {
-  /// Calls `check` for each type, with one of its values.
+  /// Calls `check` with a default value of each type.
   template <class Check>
   static void ForEach(Check check) {
     const auto checkOne = [&check](const auto& record) {
@@ -29,7 +29,7 @@ struct TypeList {
   }
 };
 
-/// What holds for every record with a field list.
+/// The records with a field list.
 using EveryRecord = EveryRecordIn<TypeList>;
 
 TEST(EveryRecordTest, KeepsUnknownTagsAndBytesAtEveryLevel) {
@@ -52,12 +52,13 @@ TEST(EveryRecordTest, KeepsUnknownTagsAndBytesAtEveryLevel) {
   });
 }
 
-/// True for records that lack an opaque record at "0.1": an opaque record cannot be invented.
+/// True for records that gained an opaque record after "0.1". They keep that version, because the
+/// content of an opaque record is unknown.
 template <class T>
 constexpr bool kStaysOld =
     std::is_same_v<T, QovRyx::ViewState> || std::is_same_v<T, QovRyx::CAEState>;
 
-TEST(EveryRecordTest, OlderRecordsAreUpdatedUnlessThatInventsAnOpaqueRecord) {
+TEST(EveryRecordTest, UpdatesOlderRecordsUnlessAnOpaqueOneIsMissing) {
   EveryRecord::ForEach([]<class Record>(const Record&) {
     for (const std::string tag : {"0.1", "0.2", "0.3", "0.4", "0.5", "0.6", "0.7"}) {
       const auto readTag = [&]<class T>(const T&) { return std::min(tag, std::string(T::kTag)); };
@@ -84,13 +85,13 @@ TEST(EveryRecordTest, WrongSizesAndTruncationsAreErrors) {
       const Bytes cut = bytes.substr(0, size);
       ASSERT_EQ(DecodingError<Record>(cut), ErrorType::OutOfBounds) << size;
       if (size < 4) continue;
-      // The size agrees with the cut, so that the fields themselves meet the end.
+      // With a matching size, the fields are truncated instead of the record.
       ASSERT_EQ(DecodingError<Record>(WithSize(cut, size)), ErrorType::OutOfBounds) << size;
     }
   });
 }
 
-/// Those whose content is kept as it is.
+/// The opaque records, whose content is kept as it is.
 using EveryKeptRecord =
     TypeList<QovRyx::CAELegendState, QovRyx::CAEProbeState, QovRyx::CAEAnimationState,
              QovRyx::CAEXYPlotV1State, QovRyx::CAEScalarInfo, QovRyx::LabelBaseState,
@@ -114,7 +115,7 @@ TEST(EveryKeptRecordTest, IsWrittenExactlyAsItWasRead) {
   });
 }
 
-TEST(EveryKeptRecordTest, RefusesSizesThatCannotBe) {
+TEST(EveryKeptRecordTest, RefusesInvalidSizes) {
   const Bytes bytes = MakeRecord("0.1", "123");
   for (const std::size_t size : {0U, 4U, 8U, 10U, 15U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
     EXPECT_EQ(DecodingError<QovRyx::LabelState>(WithSize(bytes, size)),
@@ -123,7 +124,7 @@ TEST(EveryKeptRecordTest, RefusesSizesThatCannotBe) {
   }
 }
 
-TEST(EveryKeptRecordTest, CannotBeReadWhereFilesHoldNoSizes) {
+TEST(EveryKeptRecordTest, CannotBeReadFromFilesWithoutSizes) {
   EveryKeptRecord::ForEach([]<class Record>(const Record&) {
     for (const std::string version : {"0.1", "0.1a", "0.1b", "0.2"}) {
       const QovRyx::FileVersionScope scope(version);

@@ -13,7 +13,7 @@
 namespace Qov::Test {
 namespace {
 
-TEST(FrameTest, AnOverrunIsLoggedAndNamesThePlace) {
+TEST(FrameTest, OverrunsAreLoggedWithTheirPlace) {
   const Bytes bytes = Encode(QovRyx::ModifierInfo());
   const CapturedLog log;
   try {
@@ -27,7 +27,7 @@ TEST(FrameTest, AnOverrunIsLoggedAndNamesThePlace) {
   EXPECT_EQ(log.Text(), "BlockVersionedIo : 184 @ Unknown Version\n");
 }
 
-TEST(FrameTest, ANestedRecordMayNotPassItsOwner) {
+TEST(FrameTest, NestedRecordsEndInsideTheirOwner) {
   Bytes bytes = Encode(QovRyx::CAEState());
   const std::size_t legend = bytes.find(FromHex("0b000000 03000000 302e37"));
   ASSERT_NE(legend, Bytes::npos);
@@ -46,7 +46,7 @@ TEST(FrameTest, VectorsAreReplacedElementByElement) {
   EXPECT_EQ(read, written);
 }
 
-TEST(FrameTest, FieldsOfAKeptRecordCanBeEdited) {
+TEST(FrameTest, EditedRecordsKeepTheirTailAndTagIfPossible) {
   struct Case {
     std::string mTag;
     Bytes mTail;
@@ -72,7 +72,7 @@ TEST(FrameTest, FieldsOfAKeptRecordCanBeEdited) {
   }
 }
 
-TEST(FrameTest, ReadingReplacesWhatARecordKept) {
+TEST(FrameTest, ReadingReplacesTagAndTail) {
   QovRyx::ModifierInfo info;
   info.SetOrigin("0.9", "tail");
   QovJbf::Block block = BlockOf(Encode(QovRyx::ModifierInfo()));
@@ -80,7 +80,7 @@ TEST(FrameTest, ReadingReplacesWhatARecordKept) {
   EXPECT_EQ(info, QovRyx::ModifierInfo());
 }
 
-/// Records begin with their tag in the oldest files, nested ones too.
+/// In the oldest files, records and nested records begin with their tag.
 TEST(LegacyFrameTest, HasNoSizes) {
   const Bytes transform = FromHex(
       "03000000 302e31"
@@ -101,7 +101,7 @@ TEST(LegacyFrameTest, HasNoSizes) {
     ASSERT_EQ(state.mTransforms.size(), 2U);
     EXPECT_EQ(state.mTransforms["b"].mMode, 5U);
 
-    // A view point cannot be read past its legend, whose content nobody knows.
+    // Reading a view point stops at its legend, because the length of that record is unknown.
     const CapturedLog log;
     EXPECT_EQ(DecodingError<QovRyx::ViewPoint>(viewPoint + FromHex("03000000 302e31") + caeStart +
                                                Bytes(100, '\0')),

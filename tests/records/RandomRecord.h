@@ -15,8 +15,8 @@
 
 namespace Qov::Test {
 
-/// A walker that fills the fields of the rungs that a tag reaches, in nested records too, with
-/// random values: any bit pattern for numbers and flags.
+/// Fills the fields up to the version `tag`, in nested records too, with random values. Numbers and
+/// flags get any bit pattern.
 class RandomFiller {
  public:
   RandomFiller(std::uint32_t seed, std::string_view tag) : mRandom(seed), mTag(tag), mLadder(tag) {}
@@ -35,7 +35,7 @@ class RandomFiller {
   std::uint32_t Next() { return static_cast<std::uint32_t>(mRandom()); }
   std::uint32_t NextCount() { return Next() % 3; }
 
-  /// Any bits for numbers and what consists of them.
+  /// Fills numbers, vectors and colours with random bits.
   template <class T>
   requires std::is_arithmetic_v<T> || std::is_same_v<T, QovRyx::Vector3> ||
       std::is_same_v<T, QovRyx::ColourValue>
@@ -96,7 +96,7 @@ class RandomFiller {
   bool mOpen = false;
 };
 
-/// A record whose rungs up to `tag` are random and whose others are as constructed.
+/// Returns a record with random fields up to the version `tag` and defaults after it.
 template <class T>
 T RandomRecord(std::uint32_t seed, std::string_view tag = "all") {
   T record;

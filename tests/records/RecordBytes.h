@@ -12,12 +12,12 @@
 #include "support/Blocks.h"
 #include "support/Errors.h"
 
-/// Records as bytes, for tests that look at the bytes or damage them.
+/// Records as bytes, for tests that compare or damage them.
 namespace Qov::Test {
 
 using Bytes = std::string;
 
-/// "0a 0B..." with spaces where they help.
+/// Returns the bytes of hex digits such as "0a 0B"; spaces are ignored.
 inline Bytes FromHex(const std::string& text) {
   Bytes bytes;
   std::string digits;
@@ -38,7 +38,8 @@ Bytes Encode(const T& value) {
   return ContentOf(block);
 }
 
-/// As a writer whose newest version was `tag` wrote the record itself.
+/// Encodes the record as version `tag`, as a writer of that version did. Nested records are
+/// current.
 template <class T>
 Bytes EncodeAs(const T& record, const std::string& tag) {
   QovJbf::Block block;
@@ -57,7 +58,7 @@ T Decode(const Bytes& bytes) {
   return value;
 }
 
-/// The kind of error that decoding ends with; InvalidException if it does not fail.
+/// Returns the kind of error that decoding raises, or InvalidException if it succeeds.
 template <class T>
 ErrorType DecodingError(const Bytes& bytes) {
   try {
@@ -68,19 +69,19 @@ ErrorType DecodingError(const Bytes& bytes) {
   return ErrorType::InvalidException;
 }
 
-/// A record with another size in front.
+/// Returns the record with another size field.
 inline Bytes WithSize(const Bytes& record, std::size_t size) {
   return Image(static_cast<std::uint32_t>(size)) + record.substr(4);
 }
 
-/// A whole record of a tag and a body.
+/// Returns a complete record: size, tag and body.
 inline Bytes MakeRecord(const std::string& tag, const Bytes& body) {
   const std::uint32_t length = static_cast<std::uint32_t>(tag.size());
   return Image(static_cast<std::uint32_t>(8 + length + body.size())) + Image(length) + tag + body;
 }
 
-/// Writes records as another program may have: `tagOf` returns the tag for each record, at every
-/// level, and `tail` follows the known fields of each.
+/// Writes records as another program may do: at every level, `tagOf` returns the tag of a record,
+/// and `tail` follows its known fields.
 template <class TagOf>
 class ForeignWriter {
  public:

@@ -14,10 +14,10 @@
 namespace Qov::Test {
 namespace {
 
-/// A tag, and what its rung adds to the body.
+/// Tags, each with the bytes that its version adds to the body.
 using RungBytes = std::vector<std::pair<std::string, Bytes>>;
 
-/// What golden.txt tells of a record: its name, and each tag with the bytes behind it.
+/// Reads the bytes of one record from golden.txt, which lists a name, then each tag and its bytes.
 RungBytes ReadRungs(const std::string& name) {
   std::ifstream file(RECORDS_GOLDEN);
   RungBytes rungs;
@@ -32,7 +32,7 @@ RungBytes ReadRungs(const std::string& name) {
   return rungs;
 }
 
-/// Checks the record at every rung, writing and reading.
+/// Checks writing and reading of the record at every version.
 template <class T>
 void ExpectRungs(const std::string& name, const T& record) {
   const RungBytes rungs = ReadRungs(name);
@@ -146,7 +146,7 @@ TEST(RecordBytesTest, SmallResultStates) {
   ExpectRungs("MultiCAEState", multi);
 }
 
-TEST(RecordBytesTest, DefaultsOfKeptRecordsHoldWhatTheyNest) {
+TEST(RecordBytesTest, DefaultsOfOpaqueRecordsHoldNestedRecords) {
   EXPECT_EQ(Encode(QovRyx::UserLabelState()), FromHex("37000000 03000000 302e32"
                                                       "0b000000 03000000 302e37"
                                                       "21000000 03000000 302e31"
@@ -166,7 +166,7 @@ TEST(RecordBytesTest, DefaultsOfKeptRecordsHoldWhatTheyNest) {
                                                        "0b000000 03000000 302e37"));
 }
 
-TEST(RecordBytesTest, ViewPointUpToItsState) {
+TEST(RecordBytesTest, ViewPointBeforeItsState) {
   QovRyx::ViewPoint viewPoint;
   viewPoint.mName = "v";
   viewPoint.mFlag = 1;

@@ -21,7 +21,7 @@ T& Add(QovRyx::SequencerData& data) {
   return reference;
 }
 
-/// One action of each known class, in the order of their codes.
+/// Returns one action of each known class, in the order of their type numbers.
 QovRyx::SequencerData MakeOneOfEach() {
   QovRyx::SequencerData data;
   Add<QovRyx::RotateAction>(data).mVector = {1, 2, 0x7FA00000};
@@ -70,7 +70,7 @@ TEST(SequencerTest, SettingsAndSequencesAreNestedRecords) {
   EXPECT_EQ(Encode(Decode<QovRyx::SequencerData>(bytes)), bytes);
 }
 
-TEST(SequencerTest, ActionsComeBackAsTheirClass) {
+TEST(SequencerTest, ActionsAreReadAsTheirClass) {
   EXPECT_EQ(Encode(MakeOneOfEach()), kOneOfEachBytes);
   const auto read = Decode<QovRyx::SequencerData>(kOneOfEachBytes);
   ASSERT_EQ(read.mActions.mSlots.size(), 6U);
@@ -80,7 +80,7 @@ TEST(SequencerTest, ActionsComeBackAsTheirClass) {
   EXPECT_EQ(Encode(read), kOneOfEachBytes);
 }
 
-TEST(SequencerTest, CopiesOwnTheirActions) {
+TEST(SequencerTest, CopiesAreDeep) {
   QovRyx::SequencerData original = MakeOneOfEach();
   original.mActions.mSlots.push_back(nullptr);
   Add<QovRyx::InvalidAction>(original);
@@ -109,7 +109,7 @@ TEST(SequencerTest, ActionsOfUnknownTypesAreKept) {
   EXPECT_EQ(slots[3], nullptr);
 }
 
-TEST(SequencerTest, ANullSlotCanBeReadAgain) {
+TEST(SequencerTest, EmptySlotsCanBeReadAgain) {
   QovRyx::SequencerData data;
   data.mActions.mSlots.emplace_back();
   const Bytes bytes =
@@ -118,13 +118,13 @@ TEST(SequencerTest, ANullSlotCanBeReadAgain) {
   EXPECT_EQ(Encode(Decode<QovRyx::SequencerData>(bytes)), bytes);
 }
 
-TEST(SequencerTest, AnInvalidActionIsWrittenWithoutABody) {
+TEST(SequencerTest, InvalidActionsAreWrittenWithoutABody) {
   QovRyx::SequencerData data;
   Add<QovRyx::InvalidAction>(data);
   const Bytes bytes = Encode(data);
   EXPECT_EQ(bytes, MakeRecord("0.1", FromHex(kEmptyStart + "01000000 ffff")));
   EXPECT_EQ(DecodingError<QovRyx::SequencerData>(bytes), ErrorType::OutOfBounds);
-  // With more behind it, the reader takes that for the missing record and finds the size wrong.
+  // The reader takes the following bytes for the missing record and finds a wrong size.
   EXPECT_EQ(DecodingError<QovRyx::SequencerData>(bytes + Encode(QovRyx::InvalidAction())),
             ErrorType::UnknownVersion);
 }
