@@ -28,11 +28,11 @@
 #include "support/Streams.h"
 #include "support/TempDir.h"
 
-/// Damaged files of every kind, each through a merge and through the companion.
+/// Runs a merge and a command of ryx on each of many damaged files.
 namespace Qov::Test {
 namespace {
 
-/// The magic, the version, and the index with the items that are in use.
+/// The end of the magic, the version and the used items of the index.
 constexpr std::size_t kEndOfIndex = 16 + 4 + 8 * 139;
 constexpr std::array<std::uint32_t, 4> kExtremes = {0, 1, 0x80000000U, 0xFFFFFFFFU};
 
@@ -66,16 +66,16 @@ const Sample kSamples[] = {{"Plate", &SavePlateWithViews},
                            {"OldModel", &SaveOldModel},
                            {"OldestModel", &SaveOldestModel}};
 
-/// What a program said, kept in memory.
-class SpokenText {
+/// Collects the output of a program in memory.
+class OutputBuffer {
  public:
-  SpokenText() : mStream(::open_memstream(&mText, &mSize)) {}
-  ~SpokenText() {
+  OutputBuffer() : mStream(::open_memstream(&mText, &mSize)) {}
+  ~OutputBuffer() {
     std::fclose(mStream);
     std::free(mText);
   }
-  SpokenText(const SpokenText&) = delete;
-  SpokenText& operator=(const SpokenText&) = delete;
+  OutputBuffer(const OutputBuffer&) = delete;
+  OutputBuffer& operator=(const OutputBuffer&) = delete;
 
   std::FILE* GetStream() { return mStream; }
   std::string Get() {
@@ -90,26 +90,26 @@ class SpokenText {
 };
 
 /// The status and the output of a ryx command.
-struct Said {
+struct CommandResult {
   int mStatus = 0;
   std::string mOut;
   std::string mErr;
 };
 
-Said RunRyx(const std::vector<std::string>& arguments) {
+CommandResult RunRyx(const std::vector<std::string>& arguments) {
   std::vector<const char*> words = {"ryx"};
   for (const std::string& word : arguments) words.push_back(word.c_str());
-  SpokenText said;
-  SpokenText complaints;
-  Tools::Output output(said.GetStream(), {});
-  Tools::Output errors(complaints.GetStream(), {});
+  OutputBuffer printed;
+  OutputBuffer reported;
+  Tools::Output output(printed.GetStream(), {});
+  Tools::Output errors(reported.GetStream(), {});
   const int status =
       Tools::RunProgram(static_cast<int>(words.size()), words.data(), output, errors);
-  return {status, said.Get(), complaints.Get()};
+  return {status, printed.Get(), reported.Get()};
 }
 
-/// Whether a program took more than there is, which no size in so small a file is a reason for.
-bool TellsOfLittleMemory(const std::string& text) {
+/// Returns true if a message reports a lack of memory. Small files must not cause that.
+bool ReportsLackOfMemory(const std::string& text) {
   const auto tells = [&text](const char* words) { return text.find(words) != std::string::npos; };
   return tells("Memory Allocation Error") || tells("bad_alloc") || tells("memory");
 }
@@ -119,9 +119,9 @@ void Limit(int resource, rlim_t most) {
   ::setrlimit(static_cast<__rlimit_resource>(resource), &limit);
 }
 
-/// Little memory, and some minutes of processor time.
-void Confine() {
-  // Sanitizers themselves take terabytes of address space.
+/// Limits the process to 1 GiB of address space and 280 s of processor time.
+void LimitResources() {
+  // Sanitizers need terabytes of address space.
   if (!kIsSanitized) Limit(RLIMIT_AS, rlim_t{1} << 30);
   Limit(RLIMIT_CPU, 280);
 }
@@ -139,18 +139,18 @@ class Damage : public testing::TestWithParam<Sample> {
     EXPECT_TRUE(IsSound(mDir / "whole.ryx") && IsSound(mDir / "plain.ryx"));
   }
 
-  /// Of `n` variants of a file, each with what `damage(i)` makes of it.
+  /// Examines `n` damaged files in a child process; `damage(i)` returns their bytes.
   void ExpectNoHarm(std::size_t n, const std::function<std::string(std::size_t)>& damage) {
     EXPECT_EXIT(ExamineAll(n, damage), testing::ExitedWithCode(0), "");
   }
 
-  /// In a process of its own, which ends with the first case that says what is wrong.
+  /// Ends the process with status 1 at the first case that fails, else with 0.
   [[noreturn]] void ExamineAll(std::size_t n,
                                const std::function<std::string(std::size_t)>& damage) const {
-    Confine();
+    LimitResources();
     constexpr std::size_t kStep = kIsSlow ? 13 : 1;
     for (std::size_t i = 0; i * kStep < n; ++i) {
-      std::cerr << "case " << i << "\n";  // the last one is it if a signal ends the process
+      std::cerr << "case " << i << "\n";  // shows the failing case if a signal ends the process
       const std::string trouble = Examine(damage(i * kStep), i);
       if (trouble.empty()) continue;
       std::cerr << trouble << "\n";
@@ -159,7 +159,8 @@ class Damage : public testing::TestWithParam<Sample> {
     std::exit(0);
   }
 
-  /// Every variant goes through one way of merging and one subcommand; they take turns.
+  /// Runs one merge mode and one command of ryx on the file; `i` selects them in turn. Returns the
+  /// first problem, or an empty text.
   std::string Examine(const std::string& bytes, std::size_t i) const {
     WriteFile(mDamaged, bytes);
     std::string trouble = TryToMerge(i, IsSound(mDamaged));
@@ -192,20 +193,20 @@ class Damage : public testing::TestWithParam<Sample> {
     }
   }
 
-  std::string TryToMerge(std::size_t i, bool isCalledSound) const {
+  std::string TryToMerge(std::size_t i, bool isSound) const {
     const CapturedErrors errors;
     const int status = Merge(i);
     if (status == 0) {
-      // Raises for an output that cannot be read. What lies in blocks that are copied is not
-      // looked at.
+      // Raises an error if the output cannot be read. Copied blocks are not verified.
       if (i % kNumMerges != kWithCopies) DescribeModel(mOutput);
       return "";
     }
     if (status != 2) return "the status is " + std::to_string(status);
     const std::string text = errors.Text();
-    if (text.find("The file was") == std::string::npos) return "names no file: " + text;
-    if (TellsOfLittleMemory(text)) return "a size was believed: " + text;
-    return isCalledSound ? "called sound, but refused: " + text : "";
+    if (text.find("The file was") == std::string::npos)
+      return "the message does not name a file: " + text;
+    if (ReportsLackOfMemory(text)) return "a wrong size caused a lack of memory: " + text;
+    return isSound ? "ryx check finds no error, but the merge fails: " + text : "";
   }
 
   std::string TryToShow(std::size_t i) const {
@@ -227,16 +228,16 @@ class Damage : public testing::TestWithParam<Sample> {
          {"verify", mDamaged, mGood, mGood},
          {"verify", mGood, mDamaged, mGood}}};
     const std::vector<std::string>& command = commands[i % commands.size()];
-    const Said said = RunRyx(command);
-    const bool isPutIntoWords = said.mStatus == 0 || (said.mStatus == 1 && !said.mOut.empty()) ||
-                                (said.mStatus == 2 && said.mErr.starts_with("ryx"));
-    return isPutIntoWords && !TellsOfLittleMemory(said.mErr)
+    const CommandResult result = RunRyx(command);
+    const bool isReported = result.mStatus == 0 || (result.mStatus == 1 && !result.mOut.empty()) ||
+                            (result.mStatus == 2 && result.mErr.starts_with("ryx"));
+    return isReported && !ReportsLackOfMemory(result.mErr)
                ? ""
-               : fmt::format("{} ends with {}: {}", command[0], said.mStatus, said.mErr);
+               : fmt::format("{} ends with {}: {}", command[0], result.mStatus, result.mErr);
   }
 
   const ScopedEnvironment mThreads{"RYXMERGE_THREADS", "1"};
-  const ScopedEnvironment mGrowth{"TELMORAX_DEFAULT_RYX_BLOCK_SIZE", "1000"};  // quicker
+  const ScopedEnvironment mGrowth{"TELMORAX_DEFAULT_RYX_BLOCK_SIZE", "1000"};  // saves time
   const TempDir mDir;
   const std::string mGood = mDir / "good.ryx";
   const std::string mViews = mDir / "views.vpt";
@@ -252,7 +253,7 @@ std::string WithFlippedBit(std::string bytes, std::size_t bit) {
   return bytes;
 }
 
-/// Case `i` puts one of the extremes at one of the places from `begin` on.
+/// Writes one of the extremes at one of the positions from `begin` on; `i` selects both.
 std::string WithExtreme(std::string bytes, std::size_t begin, std::size_t i) {
   const std::uint32_t value = kExtremes[i % kExtremes.size()];
   std::memcpy(bytes.data() + begin + i / kExtremes.size(), &value, sizeof value);
@@ -263,7 +264,7 @@ TEST_P(Damage, EveryLength) {
   ExpectNoHarm(mWhole.size(), [this](std::size_t i) { return mWhole.substr(0, i); });
 }
 
-using DamageOfThePlate = Damage;  // header and index are alike for all
+using DamageOfThePlate = Damage;  // header and index are similar in all samples
 
 TEST_P(DamageOfThePlate, EveryBitOfHeaderAndIndex) {
   ExpectNoHarm(8 * kEndOfIndex, [this](std::size_t i) { return WithFlippedBit(mWhole, i); });
@@ -280,7 +281,7 @@ TEST_P(DamageOfThePlate, EveryNumberOfHeaderAndIndex) {
                [this](std::size_t i) { return WithExtreme(mWhole, 0, i); });
 }
 
-/// Lengths and counts are anywhere in them.
+/// Lengths and counts may be at any position.
 TEST_P(Damage, EveryNumberOfEveryStream) {
   for (const auto& [name, stream] : mStreams) {
     SCOPED_TRACE(name);
@@ -291,8 +292,7 @@ TEST_P(Damage, EveryNumberOfEveryStream) {
   }
 }
 
-/// The checksum is at the end of each block, after all its values: none of them may be shown before
-/// the checksum is verified.
+/// The checksum is at the end of each block. No value may be shown before the checksum is verified.
 TEST_P(DamageOfThePlate, DamagedValuesAreNeverShownAsSound) {
   constexpr std::size_t kNumFlips = kIsSlow ? 40 : 200;
   const ScopedEnvironment blocks("TELMORAX_MAX_RYX_BLOCK_SIZE", "400");
@@ -326,11 +326,11 @@ TEST_P(DamageOfThePlate, DamagedValuesAreNeverShownAsSound) {
     const std::size_t bit = 8 * kFirstBlock + i * numBits / kNumFlips;
     WriteFile(mDamaged, WithFlippedBit(whole, bit));
     for (std::size_t k = 0; k < commands.size(); ++k) {
-      const Said said = RunRyx(commands[k]);
-      numRefused += said.mStatus == 2 ? 1U : 0U;
-      EXPECT_TRUE(said.mStatus == 2 || (said.mStatus == 0 && said.mOut == outputs[k]))
+      const CommandResult result = RunRyx(commands[k]);
+      numRefused += result.mStatus == 2 ? 1U : 0U;
+      EXPECT_TRUE(result.mStatus == 2 || (result.mStatus == 0 && result.mOut == outputs[k]))
           << "bit " << bit << ", " << testing::PrintToString(commands[k]) << " ends with "
-          << said.mStatus;
+          << result.mStatus;
     }
   }
   EXPECT_GT(numRefused, kNumFlips);
