@@ -14,7 +14,7 @@
 #include "support/Soundness.h"
 #include "support/TempDir.h"
 
-/// Every call of a merge that can fail fails once, and then with all that follow it.
+/// Makes every call of a merge that can fail fail once, and then together with all later calls.
 namespace Qov::Test {
 namespace {
 
@@ -25,7 +25,7 @@ using testing::Not;
 constexpr int kFailed = 2;
 constexpr const char* kBefore = "an output of before";
 
-/// Made before any call fails.
+/// The paths, created before any call fails because that needs memory.
 struct Paths {
   std::vector<std::string> mModels;
   std::vector<std::string> mViews;
@@ -87,7 +87,7 @@ class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, std::str
     return ReadFile(mDir / "a.ryx") + ReadFile(mDir / "b.ryx") + ReadFile(mDir / "v.vpt");
   }
 
-  /// True if the fault came about.
+  /// Merges with a fault at call `n`. Returns false if there were fewer calls.
   bool RunWithFault(std::size_t n, bool andLater) {
     WriteFile(mPaths.mOutput, kBefore);
     int status = 0;
@@ -111,7 +111,7 @@ class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, std::str
     return hasFailed;
   }
 
-  /// As before, or not to be taken for a model.
+  /// Returns true if the output is unchanged or `ryx check` finds errors in it.
   static bool IsUnfinished(const std::string& path) {
     return ReadFile(path) == kBefore || !IsSound(path);
   }
@@ -127,12 +127,12 @@ class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, std::str
   std::size_t mNumRecovered = 0;
 };
 
-TEST_P(FaultLoop, EndsWithAMessageAndNothingToBeTakenForAModel) {
+TEST_P(FaultLoop, IsReportedAndLeavesNoReadableOutput) {
   for (const bool andLater : {false, true}) {
     std::size_t n = 1;
     while (RunWithFault(n, andLater) && !HasFailure()) ++n;
     if (HasFailure()) FAIL() << "call " << n << (andLater ? " and all later ones" : "");
-    EXPECT_GT(n, 1U);  // else no call came by where it can be made to fail
+    EXPECT_GT(n, 1U);  // otherwise no call was intercepted
     EXPECT_EQ(ReadInputs(), mInputs);
   }
   // A merge continues with one thread if there is no memory for several.

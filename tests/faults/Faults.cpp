@@ -13,7 +13,7 @@
 namespace Qov::Test::Faults {
 namespace {
 
-// Workers allocate too, and no memory may be taken to find out whether there is any.
+// Atomic, because workers allocate too. Checking for a fault must not allocate.
 struct Plan {
   std::atomic<bool> mIsArmed = false;
   Call mCall = Call::Open;
@@ -74,7 +74,7 @@ std::FILE* __wrap_fdopen(int descriptor, const char* mode) {
 int __real_fclose(std::FILE* file);
 int __wrap_fclose(std::FILE* file) {
   if (!Fails(Call::Close, ENOSPC)) return __real_fclose(file);
-  __fpurge(file);  // what was not flushed is lost
+  __fpurge(file);  // discards the bytes that are not flushed
   __real_fclose(file);
   return EOF;
 }

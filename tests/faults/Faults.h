@@ -2,15 +2,15 @@
 
 #include <cstddef>
 
-/// Makes calls of the C library fail. The program that uses it is linked so that the calls of the
-/// library under test come here first (CMakeLists.txt).
+/// Makes calls of the C library fail. The linker redirects the calls of the library under test to
+/// Faults.cpp (see CMakeLists.txt).
 namespace Qov::Test::Faults {
 
 enum class Call { Open, Close, Read, Write, Seek, Tell, Flush, Memory, Zlib, Inflate };
 
-/// From now on the call number `n`, from 1, of this kind fails, and all behind it if `andLater`.
+/// Makes call number `n` (from 1) of this kind fail, and all later ones if `andLater` is true.
 void Arm(Call call, std::size_t n, bool andLater);
-/// No call fails any more. True if any did since Arm.
+/// Ends the faults. Returns true if any call failed since Arm.
 bool Disarm();
 
 }  // namespace Qov::Test::Faults

@@ -14,7 +14,7 @@
 namespace Qov::Test {
 namespace {
 
-/// A failed allocation in zlib does not mean that the file is damaged.
+/// A failed allocation in zlib does not prove that the file is damaged.
 TEST(ZlibMemory, FailureIsNotReportedAsDamage) {
   constexpr std::uint64_t kFirstBlock = 2800;
   const TempDir folder;
