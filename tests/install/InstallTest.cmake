@@ -1,9 +1,9 @@
 # cmake -D BUILD_DIR=... -D WORK_DIR=... -D SOURCE_DIR=... -D CXX=...
 #       -D GENERATOR=... -D MAKE_PROGRAM=... -P InstallTest.cmake
 #
-# Installs into a separate prefix, builds the examples against that prefix alone, and compares
-# their output. The examples are built with the generator of the build itself, because make, CMake's
-# default, may be missing.
+# Installs into a separate prefix, builds the examples with that prefix only, and compares their
+# output. The examples use the generator of this build, because make, the default of CMake, may be
+# missing.
 set(prefix ${WORK_DIR}/prefix)
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
@@ -25,13 +25,13 @@ function(expect_file name)
   endif()
 endfunction()
 
-# expect_output(NAME COMMAND argument...): compares with expected/NAME.txt.
+# expect_output(NAME COMMAND argument...): compares the output with expected/NAME.txt.
 function(expect_output name)
   run(${ARGN})
   file(READ ${SOURCE_DIR}/tests/install/expected/${name}.txt expected)
   if(NOT output STREQUAL expected)
     file(WRITE ${WORK_DIR}/${name}.txt "${output}")
-    message(SEND_ERROR "${name} prints other than expected; see ${WORK_DIR}/${name}.txt:\n${output}")
+    message(SEND_ERROR "The output of ${name} differs from expected/${name}.txt; see ${WORK_DIR}/${name}.txt:\n${output}")
   endif()
 endfunction()
 
@@ -57,14 +57,14 @@ expect_output(merge examples/merge/merge models/plate.ryx models/plate_more_load
 execute_process(COMMAND examples/merge/merge models/plate.ryx single.ryx
                 WORKING_DIRECTORY ${WORK_DIR} RESULT_VARIABLE status ERROR_QUIET)
 if(NOT status EQUAL 1 OR EXISTS ${WORK_DIR}/single.ryx)
-  message(SEND_ERROR "merge accepts a single input: status ${status}")
+  message(SEND_ERROR "merge must refuse a single input, but its status is ${status}")
 endif()
 build(tests/install/border)
 foreach(library IN ITEMS RyxMerge static)
   expect_output(border tests/install/border/border_${library} models/plate.ryx)
 endforeach()
 
-# Without CMake.
+# Builds without CMake.
 find_program(pkgConfig NAMES pkg-config pkgconf)
 file(GLOB_RECURSE pc ${prefix}/*/RyxMerge.pc)
 if(pkgConfig)

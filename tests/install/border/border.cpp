@@ -1,5 +1,5 @@
-// What must be one and the same thing on both sides of the library's border: errors that are
-// caught by their types, types that are cast, the process's log.
+// Checks that a program and the library share types and objects: exceptions can be caught by type,
+// nodes can be cast, and both use the same log.
 
 #include <Qov/Jbf/BlockZlibUnCompressor.h>
 #include <Qov/Log/Manager.h>
