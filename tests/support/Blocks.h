@@ -6,10 +6,10 @@
 
 #include "Qov/Jbf/Block.h"
 
-/// Blocks and their bytes.
+/// Blocks from bytes, and bytes of blocks.
 namespace Qov::Test {
 
-/// Bytes as hex digits.
+/// Returns bytes as hex digits.
 inline std::string ToHex(const std::string& bytes) {
   static constexpr const char* kDigits = "0123456789abcdef";
   std::string hex;
@@ -28,13 +28,13 @@ inline std::string HexOf(const QovJbf::Block& block) { return ToHex(ContentOf(bl
 
 inline QovJbf::Block BlockOf(const std::string& bytes) {
   QovJbf::Block block;
-  block.AllocateAdditionalMemory(bytes.size() + 1);  // else every block would take megabytes
+  block.AllocateAdditionalMemory(bytes.size() + 1);  // otherwise every block takes 10 MiB
   block.Put(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
   block.SetPosition(0);
   return block;
 }
 
-/// The image of a number.
+/// Returns the bytes of a number as they are in memory.
 template <class T>
 std::string Image(T value) {
   std::string bytes(sizeof value, '\0');

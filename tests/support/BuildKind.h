@@ -2,14 +2,14 @@
 
 namespace Qov::Test {
 
-/// Sanitizers take terabytes of address space.
+/// True for builds with a sanitizer that needs terabytes of address space.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 inline constexpr bool kIsSanitized = true;
 #else
 inline constexpr bool kIsSanitized = false;
 #endif
 
-/// All builds but the optimised one take many times the time: they get fewer of many.
+/// True for builds without optimisation: they run fewer cases, because each takes much longer.
 #ifdef NDEBUG
 inline constexpr bool kIsSlow = false;
 #else

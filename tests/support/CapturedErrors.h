@@ -6,7 +6,7 @@
 
 namespace Qov::Test {
 
-/// What is written to std::cerr while the object lives.
+/// Collects what is written to std::cerr while the object exists.
 class CapturedErrors {
  public:
   CapturedErrors() : mBuffer(std::cerr.rdbuf(mText.rdbuf())) { mText.str(std::string(4096, ' ')); }
@@ -20,7 +20,7 @@ class CapturedErrors {
   }
 
  private:
-  std::ostringstream mText;  ///< Long enough at first for what is written when memory is short.
+  std::ostringstream mText;  ///< Allocated in advance for messages about a lack of memory.
   std::streambuf* mBuffer;
 };
 

@@ -8,7 +8,7 @@
 
 namespace Qov::Test {
 
-/// Collects the error lines that the process logs while the object lives.
+/// Collects the error lines that the process logs while the object exists.
 class CapturedLog {
  public:
   CapturedLog() { Manager().AddPublisher(kName, new Log::StreamPublisher(mStream)); }

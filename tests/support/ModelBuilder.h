@@ -13,7 +13,7 @@
 /// Small models, built in memory.
 namespace Qov::Test {
 
-/// "Stress|LC1" with the separator of instance parts in the place of each bar.
+/// Replaces each bar, as in "Stress|LC1", by the separator of instance parts.
 inline std::string Barred(std::string text) {
   std::replace(text.begin(), text.end(), '|', '\x1E');
   return text;
@@ -23,7 +23,7 @@ inline std::string Unbarred(std::string text) {
   return text;
 }
 
-/// Adds an entry beneath `parent` and returns what it carries.
+/// Adds a node below `parent` and returns it.
 template <class T>
 T& AddNode(QovRyx::Tree& tree, std::uint32_t parent, std::unique_ptr<T> node) {
   T& added = *node;
@@ -45,7 +45,7 @@ inline QovRyx::Geometry::VarStruct MakeVariable(const std::string& name, std::ui
   return variable;
 }
 
-/// A result of the same values as another one.
+/// Returns a result that is linked to another one.
 inline QovRyx::Geometry::VarStruct MakeLinked(const std::string& name,
                                               QovRyx::Geometry::Link link) {
   QovRyx::Geometry::VarStruct variable = MakeVariable(name, QovRyx::Geometry::kNoKind, {});
@@ -54,7 +54,7 @@ inline QovRyx::Geometry::VarStruct MakeLinked(const std::string& name,
   return variable;
 }
 
-/// Returns a result of integers, with a different number in each carried field.
+/// Returns a result of integers with values in all fields that are only carried.
 inline QovRyx::Geometry::VarStruct MakeCarrier(const std::string& name, std::uint32_t start) {
   QovRyx::Geometry::VarStruct variable = MakeVariable(
       name, 12, QovRyx::NumericArray::Of(std::vector<std::uint32_t>{start, start + 1, 7, 8}, 2));
@@ -79,7 +79,8 @@ inline std::vector<std::uint32_t> Count(std::size_t size, std::uint32_t start) {
   return values;
 }
 
-/// The names of a geometry's variables with bars, and where the linked ones lead.
+/// Returns the names of all variables, with bars as separators; for links " -> NODE,VARIABLE"
+/// follows.
 inline std::vector<std::string> VariableTexts(const QovRyx::Geometry& geometry) {
   std::vector<std::string> texts;
   for (const QovRyx::Geometry::VarStruct& variable : geometry.GetVariables()) {
@@ -93,7 +94,7 @@ inline std::vector<std::string> VariableTexts(const QovRyx::Geometry& geometry) 
   return texts;
 }
 
-/// The tree ids of what BuildPlate makes.
+/// The ids of the nodes that BuildPlate adds to an empty tree.
 struct PlateIds {
   static constexpr std::uint32_t kGroup = 2;
   static constexpr std::uint32_t kShape = 3;
@@ -101,8 +102,8 @@ struct PlateIds {
   static constexpr std::uint32_t kSets = 5;
 };
 
-/// A group that holds a shape with a mesh, and node sets. Each of `results` gets one value a
-/// mesh node; `seed` makes the values of different files differ.
+/// Adds a group with node sets and a shape with a mesh. Each of `results` has one value for each
+/// mesh node; files with different seeds have different values.
 inline void BuildPlate(QovRyx::Tree& tree, const std::vector<std::string>& results,
                        std::uint32_t seed, std::size_t numNodes = 40) {
   auto& group = AddNode<QovRyx::Group>(tree, QovRyx::NodeTree::kRootId, "Plate");
@@ -125,7 +126,7 @@ inline void BuildPlate(QovRyx::Tree& tree, const std::vector<std::string>& resul
   sets.SetSets({{"left", Count(5, seed)}, {"none", {}}, {"right", Count(3, seed + 20)}});
 }
 
-/// A path of views, whose name and size tell it from others.
+/// Adds a path of default view points.
 inline void AddViewPointPath(QovRyx::Tree& tree, const std::string& name,
                              std::size_t numViewPoints) {
   tree.GetViewPointPaths().push_back({name, std::vector<QovRyx::ViewPoint>(numViewPoints)});
@@ -142,7 +143,7 @@ inline void LoadTree(QovRyx::Tree& tree, const std::string& path) {
             QovRyx::Tree::SupportedFileFormats::Ryx);
 }
 
-/// Adds the model in a file to what is in the tree.
+/// Adds the model of a file to the tree.
 inline void MergeFile(QovRyx::Tree& tree, const std::string& path) {
   tree.Merge(path, QovRyx::Tree::ReadMode::Everything, QovRyx::Tree::SupportedFileFormats::Ryx);
 }
@@ -161,7 +162,7 @@ inline void SavePlate(const std::string& path, const std::vector<std::string>& r
   SaveTree(tree, path);
 }
 
-/// A view-point file: a container with views, and nothing else that matters.
+/// Writes a view-point file with one path of two view points.
 inline void SaveViewPointFile(const std::string& path, const std::string& pathName) {
   QovRyx::Tree tree(false);
   AddViewPointPath(tree, pathName, 2);

@@ -13,8 +13,8 @@
 #include "support/ModelBuilder.h"
 
 /// Models as text, for EXPECT_EQ(DescribeModel(a), DescribeModel(b)): GoogleTest then shows the
-/// lines that differ. Two texts are equal when the models are, node by node and array by array,
-/// whatever file each comes from; the history is left out, because it bears times.
+/// lines that differ. Two texts are equal if all nodes, arrays and views are equal. The history is
+/// left out, because it contains times.
 namespace Qov::Test {
 
 inline std::size_t HashBytes(const void* bytes, std::size_t size) {
@@ -58,7 +58,7 @@ inline std::string DescribeValues(QovRyx::Geometry::VarStruct variable) {
   return out.str();
 }
 
-/// Any record, by the bytes that it is written as.
+/// Describes a record by the bytes that are written for it.
 template <class Record>
 void DescribeRecord(std::ostream& out, const Record& record) {
   QovJbf::Block block;
@@ -125,7 +125,7 @@ inline std::string DescribeModel(const QovRyx::Tree& tree) {
   return out.str();
 }
 
-/// The same for the model in a file.
+/// Describes the model in a file.
 inline std::string DescribeModel(const std::string& path) {
   QovRyx::Tree tree(false);
   LoadTree(tree, path);

@@ -12,7 +12,7 @@
 
 namespace Qov::Test {
 
-/// A file as older programs wrote it, record by record: the root, then its children.
+/// Writes a file as older programs did: the record of the root, then those of its children.
 class OldFile {
  public:
   explicit OldFile(std::uint32_t numRecords) : mNumRecords(numRecords) {
@@ -50,7 +50,7 @@ class OldFile {
   std::uint32_t mLastId = 1;
 };
 
-/// A model whose values follow their descriptors, of the structure of a plate.
+/// Writes a model with inline values. It has the structure of a plate.
 inline void SaveOldestModel(const std::string& path) {
   QovRyx::Geometry geometry("Skin");
   for (const char* name : {"Coordinates", "Stress|LC1"}) {

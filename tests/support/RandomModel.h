@@ -12,7 +12,7 @@
 
 namespace Qov::Test {
 
-/// Fills a model with random nodes, arrays, links and attributes; the same ones for a seed.
+/// Fills a model with random nodes, arrays, links and attributes. Equal seeds give equal models.
 class RandomModel {
  public:
   explicit RandomModel(std::uint32_t seed) : mRandom(seed) {}
@@ -37,7 +37,7 @@ class RandomModel {
 
   std::uint32_t Below(std::uint32_t limit) { return static_cast<std::uint32_t>(mRandom() % limit); }
 
-  /// Any bytes but zero, which would end a text.
+  /// Returns random bytes without 0, because a zero byte ends a text.
   std::string MakeText() {
     std::string text(Below(12), '\0');
     for (char& c : text) c = static_cast<char>(1 + Below(255));
@@ -92,7 +92,7 @@ class RandomModel {
     variable.mFlag = static_cast<std::uint8_t>(Below(256));
     variable.mAttributes = MakeAttributes();
     variable.mLinked = Below(4) == 0;
-    if (variable.mLinked) {  // to anything, itself and nothing included
+    if (variable.mLinked) {  // may be a link to itself or a dangling link
       variable.mLink = {Below(numIds + 2), Below(12)};
       return variable;
     }

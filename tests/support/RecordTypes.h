@@ -7,7 +7,7 @@
 
 namespace Qov::Test {
 
-/// A template with all records that have a field list as its arguments.
+/// `List` with all records that have a field list as its arguments.
 template <template <class...> class List>
 using EveryRecordIn =
     List<QovRyx::ViewPoint, QovRyx::ViewState, QovRyx::HiddenState, QovRyx::UsrEntityData,

@@ -7,7 +7,7 @@
 
 namespace Qov::Test {
 
-/// Sets an environment variable, or removes it, and puts it back as it was.
+/// Sets or removes an environment variable, and restores it at the end of the scope.
 class ScopedEnvironment {
  public:
   ScopedEnvironment(std::string name, const std::optional<std::string>& value)

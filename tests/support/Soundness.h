@@ -6,7 +6,7 @@
 
 namespace Qov::Test {
 
-/// Whether `ryx check` finds no error in a file.
+/// Returns true if `ryx check` finds no errors in a file.
 inline bool IsSound(const std::string& path) {
   Tools::FileReport report(1);
   try {

@@ -27,14 +27,14 @@ inline Streams ReadStreams(const std::string& path) {
   return streams;
 }
 
-/// Puts the current version in the header, or another one.
+/// Writes a container version to the header of a file.
 inline void WriteVersion(const std::string& path, const std::string& version) {
   std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
   file.seekp(8);
   file.write(version.c_str(), 4);
 }
 
-/// Writes what was put into `file`, plain.
+/// Writes the streams of `file` without compression.
 inline void WriteTo(QovJbf::JbFile& file, const std::string& path,
                     const std::string& version = "1.3") {
   file.OpenFile(path, "wb+");
@@ -54,7 +54,7 @@ inline void WriteStreams(const std::string& path, const Streams& streams,
   WriteTo(file, path, version);
 }
 
-/// The bytes put into the only block of a stream so far, as hex digits.
+/// Returns the bytes of the only block of a stream as hex digits.
 inline std::string StreamBytes(QovJbf::JbFile& file, const std::string& stream) {
   QovJbf::Index& index = file.GetIndex();
   return HexOf(index.GetBlock(index.GetBlockSizeLimiter(stream).mBlocks.front()));

@@ -8,7 +8,7 @@
 
 namespace Qov::Test {
 
-/// A fresh folder that goes away with the object.
+/// A new folder, removed with the object.
 class TempDir {
  public:
   TempDir() {
