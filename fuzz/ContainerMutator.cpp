@@ -10,9 +10,9 @@
 #include "Target.h"
 #include "support/Streams.h"
 
-/// Mutates what is inside a container. Plain mutations of a file change the header, the index or
-/// the checksum of a block, so what lies in the blocks would hardly ever be reached: here one
-/// stream is mutated, and the container is built anew around it.
+/// Mutates one stream of a container and rebuilds the container around it. Plain mutations of a
+/// file mostly damage the header, the index or the checksum of a block, so they seldom reach the
+/// content of the blocks.
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
 
 namespace Qov::Fuzz {
@@ -25,7 +25,7 @@ class Mutation {
  public:
   explicit Mutation(unsigned seed) : mRandom(seed) {}
 
-  /// Mutates the container in place; returns its new size, at most `maxSize`.
+  /// Mutates the container in place. Returns its new size, at most `maxSize`.
   std::size_t Run(std::uint8_t* data, std::size_t size, std::size_t maxSize);
   bool OneIn(unsigned n) { return mRandom() % n == 0; }
 
@@ -74,7 +74,7 @@ std::string Mutation::Build(const Test::Streams& streams, const std::string& ver
   return output.GetContent();
 }
 
-/// In one block or in many, compressed or plain.
+/// Puts a stream in one block or in several, compressed or not.
 void Mutation::Put(QovJbf::JbFile& file, const std::string& name, const std::string& bytes) {
   QovJbf::Index& index = file.GetIndex();
   index.GetWritingBlockIndex(name);

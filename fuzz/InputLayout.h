@@ -4,13 +4,13 @@
 
 namespace Qov::Fuzz {
 
-/// How the containers lie in the inputs of a target, for the mutator.
+/// The places of the containers in the inputs of a target; the mutator uses them.
 struct InputLayout {
-  std::size_t mPrefix = 0;  ///< Bytes in front.
-  bool mIsPair = false;     ///< Length of the first: u32 | first | second. Else: one container.
+  std::size_t mPrefix = 0;  ///< Bytes before the first container.
+  bool mIsPair = false;     ///< True: as in FilePair (Models.h). False: one container.
 };
 
-/// Said by each target whose inputs hold containers.
+/// Defined by each target whose inputs hold containers.
 extern const InputLayout kInputLayout;
 
 }  // namespace Qov::Fuzz

@@ -10,8 +10,8 @@
 #include "support/RandomModel.h"
 #include "support/RecordTypes.h"
 
-/// Writes the small inputs that fuzzing starts from: MakeSeeds FOLDER, into a folder for each
-/// target. They are kept in fuzz/corpus beside what fuzzing found.
+/// Writes the small inputs that fuzzing starts from: MakeSeeds FOLDER. Each target has a folder.
+/// fuzz/corpus holds them together with inputs that fuzzing found.
 namespace {
 
 using namespace Qov::Test;
@@ -33,7 +33,7 @@ std::string LittleEndian(std::size_t value) {
   return bytes;
 }
 
-/// What the ways of merging that go by links and names are for.
+/// Adds linked results and cut sections, which some merge modes treat specially.
 void BuildLinks(QovRyx::Tree& tree) {
   BuildPlate(tree, {"Stress|LC1", "Mass"}, 1, 4);
   const std::uint32_t cuts = tree.GetNodes().GetNextId();
@@ -48,7 +48,7 @@ void BuildLinks(QovRyx::Tree& tree) {
       ->AppendVariable(MakeLinked("Heat|LC2", {cuts + 2, 0}));
 }
 
-/// Models that take little room and have something of everything.
+/// Returns the bytes of small models that together have every type of node.
 std::vector<std::string> MakeModels(const Path& folder) {
   std::vector<std::string> models;
   const std::string path = folder / "seed.ryx";
@@ -87,7 +87,8 @@ std::string RecordBytes() {
   return {reinterpret_cast<const char*>(block.GetData()), block.GetSize()};
 }
 
-/// One of each type, numbered as in the target, of the latest version.
+/// Writes one record of each type, with the type number that the target uses and the current file
+/// version.
 template <class... Records>
 struct RecordWriter {
   static void Write(const Path& folder) {
@@ -129,7 +130,7 @@ void WriteSeeds(const Path& folder) {
 
 }  // namespace
 
-// NOLINTNEXTLINE(bugprone-exception-escape): what goes wrong is told when the program ends
+// NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the program and is reported
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::cerr << "Usage: MakeSeeds FOLDER\n";

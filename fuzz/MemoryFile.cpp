@@ -16,7 +16,7 @@ MemoryFile::MemoryFile()
 
 MemoryFile::~MemoryFile() { ::close(mDescriptor); }
 
-// NOLINTNEXTLINE(readability-make-member-function-const): the file is part of the object
+// NOLINTNEXTLINE(readability-make-member-function-const): it changes the file
 void MemoryFile::SetContent(const std::uint8_t* bytes, std::size_t size) {
   if (::ftruncate(mDescriptor, 0) != 0) std::abort();
   if (::pwrite(mDescriptor, bytes, size, 0) != static_cast<ssize_t>(size)) std::abort();

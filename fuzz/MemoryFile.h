@@ -6,7 +6,7 @@
 
 namespace Qov::Fuzz {
 
-/// A file that lies in memory and yet has a path, for code that opens files.
+/// A file in memory that has a path, for code that opens files.
 class MemoryFile {
  public:
   MemoryFile();

@@ -30,7 +30,7 @@ void ReadAll(const QovRyx::Geometry& geometry, Readers& readers) {
     if (variable.mLinked) continue;
     variable.mValues.GetValues(values);
     if (const auto& loader = variable.mValues.GetLoader()) {
-      loader->VerifyPlace();  // a merge does not believe the lengths of the blocks before either
+      loader->VerifyPlace();  // a merge verifies the lengths of the blocks before it, too
       readers.insert(&loader->GetReader());
     }
   }

@@ -12,23 +12,25 @@ namespace Qov::Fuzz {
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// Two files in one input: length of the first: u32 | first | second.
+/// Two files in one input:
+///   length of the first: u32
+///   first file
+///   second file
 struct FilePair {
   Bytes mFirst;
   Bytes mSecond;
 };
 FilePair SplitPair(Bytes bytes);
 
-/// Loads a whole model. Raises what loading raises.
+/// Loads a complete model. Raises the errors of Tree::Load.
 void Load(QovRyx::Tree& tree, const std::string& path);
 
-/// Reads the arrays that a loaded model does not share with others, and its node sets, and checks
-/// the blocks that they end in the middle of. False if they are too many bytes for one run: a few
-/// hundred bytes of a file may stand for many megabytes.
+/// Reads and verifies the node sets and the arrays that are not linked. Returns false if the arrays
+/// take more than 16 MiB, because a few hundred bytes may decompress to many megabytes.
 bool ReadArrays(const QovRyx::Tree& tree);
 
-/// All that is in a model, to be compared with another one's; nothing if it is too much for one
-/// run, as above, results that share their values counted one by one.
+/// Describes a model completely, for comparisons. Returns nothing if its arrays, linked ones
+/// included, take more than 16 MiB.
 std::optional<std::string> Describe(const QovRyx::Tree& tree);
 
 }  // namespace Qov::Fuzz

@@ -8,7 +8,7 @@
 
 #include "Target.h"
 
-/// Runs a target on every file of the folders that are given, in the order of their names.
+/// Runs a target on every file of the given folders, in the order of their names.
 namespace {
 
 void Replay(const std::filesystem::path& path) {

@@ -9,20 +9,20 @@
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Util/Exception.h"
 
-/// What fuzz targets have in common. A target is a function that a fuzzer calls with any bytes at
-/// all; linked with Replay.cpp instead it runs the files of a corpus.
+/// Functions that all fuzz targets share. A target is a function that a fuzzer calls with arbitrary
+/// bytes. Linked with Replay.cpp instead of a fuzzer, it runs the files of a corpus.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace Qov::Fuzz {
 
-/// Ends the program if something does not hold that has to hold for every input.
+/// Ends the program if a property that must hold for every input does not hold.
 inline void Require(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "Does not hold: %s\n", what);
   std::abort();
 }
 
-/// Keeps what is written to std::cerr from being seen, for as long as the object lives.
+/// Discards what is written to std::cerr while the object exists.
 class SilentErrors {
  public:
   SilentErrors() : mBuffer(std::cerr.rdbuf(nullptr)) {}
@@ -37,8 +37,8 @@ class SilentErrors {
   std::streambuf* mBuffer;
 };
 
-/// True if `work` takes what it is given; false if it refuses it with one of the exceptions that
-/// bad input may raise. Whatever else it throws ends the program, as a crash does.
+/// Returns true if `work` succeeds, and false if it throws one of the exceptions that bad input may
+/// cause. Any other exception ends the program.
 template <class Work>
 bool Accepts(Work work) {
   const SilentErrors silence;

@@ -4,7 +4,7 @@
 #include "Target.h"
 #include "check/FileCheck.h"
 
-/// Checks a file. One that is called sound can be loaded.
+/// Checks a file. A model without findings can be loaded.
 namespace {
 
 using namespace Qov::Fuzz;
@@ -21,7 +21,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Qov::Tools::FileReport report(kFindingsOfAKind);
   if (!Accepts([&] { Qov::Tools::CheckFile(file.GetPath(), report); })) return 0;
   for (const auto& finding : report.mFindings.GetKept()) {
-    Require(!finding.mText.empty(), "every finding is put into words");
+    Require(!finding.mText.empty(), "every finding has a text");
   }
   if (report.mKind != Qov::Tools::FileReport::Kind::Model) return 0;
   if (report.mFindings.GetNumErrors() != 0) return 0;

@@ -7,7 +7,8 @@
 #include "Qov/Jbf/JbFile.h"
 #include "Target.h"
 
-/// Opens a container and reads every stream to its end, both ways there are.
+/// Opens a container and reads every stream to its end, through a StreamReader and through the
+/// blocks.
 namespace {
 
 using namespace Qov::Fuzz;
@@ -21,8 +22,9 @@ std::size_t CountBlocks(QovJbf::JbFile& file, const std::string& name) {
       [&name](const QovJbf::IndexItem& item) { return item.mName == name && item.mSize > 0; }));
 }
 
-/// No piece passes the end of a block: the one way of reading takes none that does. It inflates
-/// a block at once, those without content too, which the reader never comes to.
+/// Reads pieces that end at the end of a block at most, because reading through the blocks refuses
+/// others. That way decompresses a whole block at once, empty blocks included; the reader skips
+/// these.
 void ReadThrough(QovJbf::JbFile& file, const std::string& name) {
   const auto reader = file.OpenStreamReader(name);
   std::vector<std::uint8_t> fromReader(kPiece);
@@ -31,7 +33,7 @@ void ReadThrough(QovJbf::JbFile& file, const std::string& name) {
   bool areBlocksSound = Accepts([&] { file.SetBlockPosition(name, 0); });
   for (std::uint64_t at = 0; at < reader->GetLength();) {
     const auto block = reader->FindBlock(at, 1);
-    Require(block.has_value(), "each byte lies in a block");
+    Require(block.has_value(), "each byte is in a block");
     if (block->mStart == at) ++numBlocks;
     const std::size_t n = std::min<std::uint64_t>(kPiece, block->mStart + block->mRawLength - at);
     reader->Read(at, fromReader.data(), n);
@@ -46,7 +48,7 @@ void ReadThrough(QovJbf::JbFile& file, const std::string& name) {
   }
   reader->Verify();
   const bool hasEmptyBlocks = numBlocks < CountBlocks(file, name);
-  Require(areBlocksSound || hasEmptyBlocks, "what one way of reading accepts the other accepts");
+  Require(areBlocksSound || hasEmptyBlocks, "both ways of reading accept the same blocks");
 }
 
 void ReadContainer(const std::string& path) {
@@ -59,7 +61,7 @@ void ReadContainer(const std::string& path) {
   std::set<std::string> names;
   for (const QovJbf::IndexItem& item : file.GetIndex().GetItems()) names.insert(item.mName);
   for (const std::string& name : names) {
-    // What these hold is the container's own affair; it is no stream that can be positioned.
+    // These are parts of the index. They are not streams with positions.
     if (name.starts_with("\vIndex Block ") || name.starts_with("\vEmpty Block ")) continue;
     Accepts([&] { ReadThrough(file, name); });
   }

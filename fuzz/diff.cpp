@@ -4,12 +4,12 @@
 #include "Target.h"
 #include "diff/ModelDiff.h"
 
-/// Compares two models, and each with itself: length of the first: u32 | first | second.
+/// Compares two models, and the first one with itself. The input is a FilePair (Models.h).
 namespace {
 
 using namespace Qov::Fuzz;
 
-/// Loads into `tree`; false if that fails or if its arrays are too many.
+/// Loads a model into `tree`. Returns false if that fails or if its arrays take too much memory.
 bool LoadSmall(QovRyx::Tree& tree, const MemoryFile& file) {
   bool isSmall = false;
   return Accepts([&] {

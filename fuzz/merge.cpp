@@ -12,9 +12,11 @@
 #include "Target.h"
 #include "support/ScopedEnvironment.h"
 
-/// Merges two models: mode: u8 | length of the first: u32 | first | second. What was accepted one
-/// by one is merged, in the modes that want files of one structure if they are that, and what was
-/// merged can be loaded. Every other six modes are the same with whole blocks copied.
+/// Merges two models. The input is:
+///   mode: u8                 0 to 5; plus 6: the same with copied blocks
+///   FilePair (Models.h)
+/// Two models that can be loaded can be merged; the modes that need files of one structure merge
+/// only such files. The result can be loaded.
 namespace {
 
 using namespace Qov::Fuzz;
@@ -25,7 +27,7 @@ using EntryPoint = int (*)(int, const char* const*);
 constexpr int kDone = 0;
 constexpr int kRefused = 2;
 constexpr std::uint8_t kModes = 6;
-/// Models below it can be put below one another without an id that is too high.
+/// Two models whose ids are at most this can be merged without exceeding the highest id.
 constexpr std::uint32_t kHighId = 1U << 30;
 
 int RunEntryPoint(EntryPoint function, const Paths& inputs, const std::string& output) {
@@ -65,7 +67,7 @@ struct Examined {
   bool mIsSmall = false;
 };
 
-/// Of nodes, or of what they link to, be it there or not.
+/// Returns true if an id of a node, or one that a tree record names, is above kHighId.
 bool HasHighIds(const QovRyx::Tree& tree) {
   for (const auto& [id, entry] : tree.GetNodes()) {
     if (std::max({id, entry.mParent, entry.mPreviousSibling, entry.mNextSibling, entry.mFirstChild,
@@ -85,7 +87,7 @@ bool HasGeometriesOf(const QovRyx::Tree& first, const QovRyx::Tree& further) {
   return hasAll;
 }
 
-/// Whether nothing is in the way of merging models that can be read.
+/// Returns true if two models that can be loaded must merge without an error.
 bool MustMerge(std::uint8_t mode, const QovRyx::Tree& first, const QovRyx::Tree& further) {
   switch (mode % kModes) {
     case 0:
@@ -95,7 +97,7 @@ bool MustMerge(std::uint8_t mode, const QovRyx::Tree& first, const QovRyx::Tree&
                QovRyx::CheckSharing(first);
                QovRyx::CheckSharing(further);
              });
-    case 5:  // which wants more of the two than they need to be read
+    case 5:  // needs more than models that can be loaded
       return false;
     default:
       return HasGeometriesOf(first, further);
@@ -128,7 +130,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   }
   Require(status == kDone || status == kRefused, "a merge succeeds or is refused");
   if (status == kDone && areSmall) {
-    Require(Examined(output.GetPath()).mIsSound, "what was merged can be loaded");
+    Require(Examined(output.GetPath()).mIsSound, "a merged model can be loaded");
   }
   return 0;
 }

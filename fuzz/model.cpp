@@ -3,7 +3,7 @@
 #include "Models.h"
 #include "Target.h"
 
-/// Loads a model and reads all that is in it; one that is sound survives being saved.
+/// Loads a model and reads all its data. A sound model is unchanged after saving and loading.
 namespace {
 
 using namespace Qov::Fuzz;
@@ -27,13 +27,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     isRead = ReadArrays(tree);
   });
   if (!isSound || !isRead) return 0;
-  Require(Accepts([&] { Save(tree, copy.GetPath()); }), "what was read can be saved");
+  Require(Accepts([&] { Save(tree, copy.GetPath()); }), "a loaded model can be saved");
   QovRyx::Tree again(false);
   Require(Accepts([&] {
             Load(again, copy.GetPath());
             ReadArrays(again);
           }),
-          "what was saved can be loaded");
+          "a saved model can be loaded");
   Require(Describe(again) == Describe(tree), "nothing is lost or changed");
   return 0;
 }

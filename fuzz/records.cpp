@@ -13,9 +13,12 @@
 #include "Target.h"
 #include "support/RecordTypes.h"
 
-/// Reads one record: type: u8 | version of the file: u8 | bytes. Whatever is accepted is written
-/// and read again without a change. Where nothing is brought up to date, put in order or left out,
-/// it is written as the bytes that were read.
+/// Reads one record. The input is:
+///   type: u8
+///   version of the file: u8
+///   the bytes of the record
+/// An accepted record is unchanged after writing and reading. It is written as the bytes that were
+/// read, unless the writer updates, sorts or leaves out a part of it.
 namespace {
 
 using namespace Qov::Fuzz;
@@ -45,8 +48,8 @@ bool HaveSameBytes(const QovJbf::Block& a, const QovJbf::Block& b) {
          (a.GetSize() == 0 || std::memcmp(a.GetData(), b.GetData(), a.GetSize()) == 0);
 }
 
-/// A walker that reads a record and checks that the record has the form in which it is written:
-/// with sizes, current tags, keys in ascending order and no zero bytes in texts.
+/// Reads a record and checks that it has the form that the writer gives it: with sizes, current
+/// tags, keys in ascending order and no zero bytes in texts.
 class FormCheck {
  public:
   FormCheck(QovJbf::Block& block, const std::string& tag, bool& isWrittenForm)
