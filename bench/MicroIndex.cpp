@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint32_t kBlockSize = 64;
 
-/// Small blocks, as a limit far below every array makes them.
+/// Sets the block size far below the size of an array while the object exists.
 class SmallBlocks {
  public:
   SmallBlocks() {
@@ -35,7 +35,7 @@ void GrowIndex(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-/// What each record of a tree asks for.
+/// Measures GetStreamLength, which is called for each record of a tree.
 void StreamLength(benchmark::State& state) {
   const SmallBlocks small;
   const QovJbf::Index index = MakeIndex(state.range(0));

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// A view of a model in which that many parts are hidden and pulled out.
+/// Returns a view of a model with so many hidden and moved parts.
 QovRyx::ViewPoint MakeView(std::int64_t numParts) {
   QovRyx::ViewPoint view;
   for (std::int64_t i = 0; i < numParts; ++i) {

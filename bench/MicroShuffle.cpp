@@ -38,7 +38,7 @@ void UnShuffle(benchmark::State& state) {
   CountBytes(state);
 }
 
-/// In a cache, and far beyond every one; scalars and vectors.
+/// Sizes that fit into a cache and that do not; scalars and vectors.
 BENCHMARK(Shuffle)->ArgsProduct({{6000, 6000000}, {1, 3}});
 BENCHMARK(UnShuffle)->ArgsProduct({{6000, 6000000}, {1, 3}});
 

@@ -11,7 +11,7 @@ using namespace QovRyx;
 
 const std::string kPath = "micro_tree.ryx";
 
-/// Groups of ten parts, each a shape with an empty geometry.
+/// Returns a tree of groups with ten parts each. A part is a shape with an empty geometry.
 void BuildTree(Tree& tree, std::int64_t numNodes) {
   NodeTree& nodes = tree.GetNodes();
   const auto add = [&nodes](std::uint32_t parent, std::unique_ptr<Node> node) {

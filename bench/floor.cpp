@@ -1,17 +1,17 @@
-// Does what no merge can avoid and nothing else: reads the compressed heavy blocks of model files,
-// inflates them once, deflates the same bytes at level 6 and writes them. What a merge takes beyond
-// this is its own cost.
+// Does only the work that no merge can avoid: reads the compressed heavy blocks of model files,
+// inflates them once, deflates the same bytes at level 6 and writes them. The time that a merge
+// takes beyond this is its own cost.
 //
 //   floor [--threads N] [--whole-blocks] [--block-size BYTES | --like MODEL] OUTPUT INPUT...
 //   floor --inflate INPUT...
 //
-// --threads N       deflates on N threads beside the one that inflates. They share the work
-//                   evenly to the last megabyte: the best that any cut into blocks could allow.
-// --whole-blocks    a block is one piece of work: the best that those blocks allow.
-// --block-size      the largest block of the output; TELMORAX_MAX_RYX_BLOCK_SIZE or 200 MiB
-//                   unless given.
-// --like MODEL      blocks of exactly the lengths of those of a merged model.
-// --inflate         inflates only.
+// --threads N       deflate on N threads besides the one that inflates. They share the work in
+//                   pieces of 1 MiB, which is the best possible division.
+// --whole-blocks    share the work in whole blocks, which is the best division for these blocks.
+// --block-size      the largest block of the output; default: TELMORAX_MAX_RYX_BLOCK_SIZE, or
+//                   200 MiB.
+// --like MODEL      use the block lengths of a merged model.
+// --inflate         only inflate.
 
 #include <cstdio>
 #include <exception>

@@ -1,10 +1,11 @@
-// Runs a command and prints what it took, on one line:
+// Runs a command and prints its resource usage in one line:
 //
 //   measure COMMAND...
 //   wall=12.345 cpu=23.456 rss=123456 files=12
 //
-// Seconds, seconds of all threads, kilobytes at most, file handles at most (sampled). What the
-// command writes goes to standard error; its status is passed on.
+// wall and cpu are in seconds, cpu of all threads together; rss is the peak memory in KiB; files is
+// the highest sampled number of open files. The output of the command goes to standard error. The
+// exit status is that of the command.
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -34,7 +35,7 @@ std::ptrdiff_t CountFiles(pid_t process) {
   return error ? 0 : std::distance(begin(files), end(files));
 }
 
-/// Looks at the open files of a process now and then.
+/// Counts the open files of a process every 5 ms.
 class FileSampler {
  public:
   explicit FileSampler(pid_t process) : mThread([this, process] { Sample(process); }) {}
@@ -73,7 +74,7 @@ int main(int argc, char** argv) {
   const auto start = Clock::now();
   const pid_t child = Start(argv + 1);
   FileSampler sampler(child);
-  // Only looked at, so that its number stays its own while the sampler runs.
+  // WNOWAIT keeps the process id in use while the sampler runs.
   siginfo_t ended{};
   waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);
   const std::chrono::duration<double> wall = Clock::now() - start;

@@ -1,7 +1,7 @@
-# Of a file that callgrind wrote: the part of all instructions that ran neither in zlib nor in
-# what zlib called, such as memcpy.
+# Prints the percentage of the instructions in a callgrind file that ran neither in zlib nor in
+# functions that zlib called, such as memcpy.
 
-# "(7) /lib/libz.so.1", or "(7)" once that is known.
+# The text is "(7) /lib/libz.so.1" at first, and "(7)" later.
 function is_zlib(text,    id) {
   match(text, /\([0-9]+\)/)
   id = substr(text, RSTART, RLENGTH)
@@ -12,7 +12,7 @@ function is_zlib(text,    id) {
 /^ob=/ { in_zlib = is_zlib(substr($0, 4)) }
 /^cob=/ { leads_out = !is_zlib(substr($0, 5)) }
 /^calls=/ {
-  getline  # what the call cost in all
+  getline  # the total cost of the call
   if (in_zlib && leads_out) zlib += $2
   leads_out = 0
   next

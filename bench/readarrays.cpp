@@ -1,4 +1,4 @@
-// Reads every array of a model in the order in which they are stored: readarrays MODEL
+// Reads every array of a model in stored order: readarrays MODEL
 
 #include <cstdint>
 #include <cstdio>
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Files hold the connectivity and the ids of all geometries before everything else.
+/// Returns the arrays in stored order: the integer kinds of all geometries, then all others.
 std::vector<const QovRyx::NumericArray*> FindArrays(const QovRyx::Tree& tree) {
   std::vector<const QovRyx::NumericArray*> arrays;
   for (const bool integerKinds : {true, false}) {

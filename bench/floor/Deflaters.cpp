@@ -19,7 +19,7 @@ constexpr std::uint64_t kSmallPiece = std::uint64_t{1024} * 1024;
 
 using Bytes = std::vector<unsigned char>;
 
-/// One zlib stream after the other.
+/// Writes zlib streams one after the other.
 class Deflater {
  public:
   Deflater() { deflateInit(&mStream, kLevel); }
@@ -27,7 +27,7 @@ class Deflater {
   Deflater(const Deflater&) = delete;
   Deflater& operator=(const Deflater&) = delete;
 
-  /// Calls `write(bytes, size)` for what comes out; `last` ends the stream.
+  /// Calls `write(bytes, size)` for the output; `last` ends the stream.
   template <class Write>
   void Deflate(const unsigned char* bytes, std::size_t size, bool last, Write write) {
     mStream.next_in = const_cast<unsigned char*>(bytes);
@@ -81,7 +81,7 @@ class OneThread : public Deflaters {
   Deflater mDeflater;
 };
 
-/// A piece of work. Threads deflate it while its bytes still arrive.
+/// A piece of work. A thread deflates it while its bytes still arrive.
 struct Piece {
   std::deque<Bytes> mArrived;
   bool mComplete = false;
@@ -89,7 +89,7 @@ struct Piece {
   bool mDone = false;
 };
 
-/// Buffers that were used before: new memory costs time.
+/// Keeps buffers for reuse, because allocating new memory takes time.
 class Buffers {
  public:
   Bytes Fill(const unsigned char* bytes, std::size_t size) {
@@ -145,7 +145,7 @@ class ManyThreads : public Deflaters {
   }
 
  private:
-  /// Enough that no thread waits for bytes, however big the blocks are.
+  /// Large enough that no thread waits for bytes, whatever the block size.
   static constexpr std::size_t kMostHeld = std::size_t{512} * 1024 * 1024;
 
   void Stop() {
@@ -184,7 +184,7 @@ class ManyThreads : public Deflaters {
     piece.mDone = true;
   }
 
-  /// Nothing when the piece is complete.
+  /// Returns the next bytes of the piece, or nothing at its end.
   Bytes Next(Piece& piece) {
     std::unique_lock lock(mMutex);
     mChanged.wait(lock, [&piece] { return !piece.mArrived.empty() || piece.mComplete; });

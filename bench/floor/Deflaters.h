@@ -8,26 +8,26 @@
 
 namespace Qov::Bench {
 
-/// Deflates pieces of work, each a zlib stream of its own, and writes them in their order.
+/// Deflates each piece of work as one zlib stream and writes the streams in order.
 class Deflaters {
  public:
   virtual ~Deflaters() = default;
-  /// More bytes of the current piece of work. They are copied if they have to be kept.
+  /// Adds bytes to the current piece of work. Copies them if they are needed after the call.
   virtual void Add(const unsigned char* bytes, std::size_t size) = 0;
-  /// The current piece of work is complete; the next bytes begin another one.
+  /// Ends the current piece of work; the next bytes begin another one.
   virtual void EndPiece() = 0;
-  /// Waits until all is written.
+  /// Waits until all pieces are written.
   virtual void Finish() = 0;
 };
 
-/// With one thread the calling thread deflates.
+/// Returns deflaters with so many threads; for one thread, the calling thread deflates.
 std::unique_ptr<Deflaters> MakeDeflaters(std::size_t numThreads, const std::string& outputPath);
 
 /// Cuts a stream into pieces of work.
 class BlockCutter {
  public:
-  /// Blocks of the given lengths, the last of which holds for all further ones; unless
-  /// `wholeBlocks`, every megabyte is a piece.
+  /// Cuts at the given block lengths; the last length applies to all further blocks. Without
+  /// `wholeBlocks`, a piece has at most 1 MiB.
   BlockCutter(std::vector<std::uint64_t> lengths, bool wholeBlocks);
   void Cut(const unsigned char* bytes, std::size_t size, Deflaters& deflaters);
 

@@ -65,7 +65,7 @@ void InflateBlock(std::FILE* file, const StoredBlock& block, const Receiver& rec
     stream.next_out = out.data();
     stream.avail_out = kPiece;
     result = inflate(&stream, Z_NO_FLUSH);
-    if (result != Z_OK && result != Z_STREAM_END) throw std::runtime_error("a damaged block");
+    if (result != Z_OK && result != Z_STREAM_END) throw std::runtime_error("damaged block");
     receive(out.data(), kPiece - stream.avail_out);
   }
   inflateEnd(&stream);
