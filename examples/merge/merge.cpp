@@ -1,4 +1,4 @@
-// Merges model files in this process and says what came out.
+// Merges model files in this process and prints the number of nodes of the result.
 
 #include <Qov/Ryx/RyxMerge.h>
 #include <Qov/Ryx/Tree.h>
@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
   }
   const std::vector<std::string> inputs(argv + 1, argv + argc - 1);
   const std::string output = argv[argc - 1];
-  // The merges throw nothing: they print their errors and return 2.
+  // The merges do not throw: they print their errors and return 2.
   const int status = QovRyx::merge_as_datasets(inputs, output);
   if (status != 0) return status;
   std::cout << "Merged " << inputs.size() << " files: ";

@@ -1,4 +1,4 @@
-// Prints the nodes of a model and, for every result, the least and the greatest of its values.
+// Prints the nodes of a model and the smallest and largest value of every result.
 
 #include <Qov/Ryx/Tree.h>
 #include <Qov/Ryx/ValueOwners.h>
@@ -25,7 +25,7 @@ std::string Readable(std::string name) {
   return name;
 }
 
-/// Reads and verifies one array, which loading a model does not, and frees it on return.
+/// Reads and verifies one array, because loading a model does not read arrays. Frees it on return.
 template <class T>
 void PrintRange(const QovRyx::NumericArray& array) {
   std::vector<T> values;
@@ -54,7 +54,7 @@ void PrintModel(const std::string& path) {
   Tree::IdMap ids;
   tree.Load(path, ids, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
   const QovRyx::ValueOwners owners(tree.GetNodes());
-  // By id: every entry once, whatever links a damaged file holds.
+  // Iterates by id to visit every entry once, even if the links of a damaged file form a cycle.
   for (const auto& [id, entry] : tree.GetNodes()) {
     if (!entry.mData) continue;
     std::cout << entry.mData->GetType() << " " << Readable(entry.mData->GetName()) << "\n";
@@ -74,7 +74,7 @@ int main(int argc, char** argv) {
   try {
     PrintModel(argv[1]);
   } catch (const Qov::Util::Exception& error) {
-    std::cerr << "ranges: " << error.GetLogMessage() << "\n";  // what() is the whole report
+    std::cerr << "ranges: " << error.GetLogMessage() << "\n";  // what() is the complete report
     return 2;
   } catch (const std::exception& error) {
     std::cerr << "ranges: " << error.what() << "\n";
