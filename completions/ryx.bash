@@ -1,8 +1,8 @@
 # bash completion for ryx
 # shellcheck shell=bash
 #
-# It asks the program itself for the words, so it knows whatever the program knows. Where a file
-# or any other text may stand, bash completes file names.
+# The program itself returns the possible words, so this file does not depend on the options. Where
+# a file or any other text is expected, bash completes file names.
 
 _ryx() {
   local program=${COMP_WORDS[0]/#\~/$HOME}

@@ -1,13 +1,12 @@
 #!/usr/bin/env bash
-# Builds the benchmarks and prints how merges compare with the floor: what reading, inflating,
-# deflating and writing the same bytes takes when nothing else is done. docs/performance.md says
-# what the figures mean.
+# Builds the benchmarks and compares merges with the floor: the cost of only reading, inflating,
+# deflating and writing the same bytes. docs/performance.md explains the figures.
 #
 #   scripts/bench.sh [--quick] [--runs N] [ROW...]
 #
-# --quick     a tenth of the data and one run: whether it all works, not figures
-# --runs N    runs of each command, whose median counts; 5 unless given
-# ROW         only these rows of the table; --list names them
+# --quick     a tenth of the data and one run: tests the script, gives no reliable figures
+# --runs N    runs of each command; the figures are medians; default: 5
+# ROW         only these rows of the table; --list prints their names
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -48,7 +47,7 @@ prepare() {
   export PELORIN_TEMP_PATH=$data
 }
 
-# models NAME OPTION...: the folder of those sample models, which are written if need be.
+# models NAME OPTION...: prints the folder of these sample models. Writes missing ones.
 models() {
   local folder=$data/$1-$size
   shift
@@ -60,7 +59,7 @@ models() {
   echo "$folder"
 }
 
-# in_order FOLDER [N]: its models, or the first N of them.
+# in_order FOLDER [N]: prints the models of a folder in order, or the first N of them.
 in_order() { find "$1" -name 'run*.ryx' | sort -V | head -n "${2:-1000000}"; }
 
 use_big() { mapfile -t big < <(in_order "$(models big --size "$size" --parts 4 --cases 6 --steps 12)"); }
@@ -69,8 +68,8 @@ use_small() {
     "$(models small --size 20 --parts 2 --cases 3 --steps "$num_small")")
 }
 
-# one FIELD COMMAND...: runs it once and prints what `measure` says of that field. What it wrote is
-# gone before the next command starts.
+# one FIELD COMMAND...: runs a command once and prints this field of the output of `measure`.
+# Removes the files that the command wrote.
 one() {
   local field=$1 line
   shift
@@ -86,7 +85,8 @@ one() {
 median() { sort -g | awk '{v[NR] = $1} END {print (v[int((NR + 1) / 2)] + v[int(NR / 2) + 1]) / 2}'; }
 quotient() { awk -v a="$1" -v b="$2" 'BEGIN {printf "%.3f", a / b}'; }
 
-# versus FIELD COMMAND... -- COMMAND...: runs both in turn and prints the quotient of the medians.
+# versus FIELD COMMAND... -- COMMAND...: runs two commands in turn and prints the quotient of their
+# medians.
 versus() {
   local field=$1 first=() second=() i
   shift
@@ -102,8 +102,8 @@ versus() {
   quotient "$(median <"$data/first")" "$(median <"$data/second")"
 }
 
-# most FIELD COMMAND...: the median of that field.
-most() {
+# median_of FIELD COMMAND...: prints the median of this field.
+median_of() {
   local i
   for ((i = 0; i < runs; ++i)); do one "$@"; done | median
 }
@@ -151,7 +151,7 @@ row_small_files() {
     "$(versus cpu RyxMerge "${instances[@]}" "${small[@]}" "$out" -- \
       floor "$data/floor.out" "${small[@]}")"
 }
-# Of a merge of one model twice, on one thread.
+# Merges one model with itself on one thread.
 row_outside_zlib() {
   use_big
   local profile=$data/callgrind.out
@@ -169,8 +169,8 @@ row_growth_files() {
     "$(versus cpu RyxMerge "${instances[@]}" "${small[@]}" "$out" -- \
       RyxMerge "${instances[@]}" "${quarter[@]}" "$out")"
 }
-# Two files of one geometry with four results a load case; without suffixes the mesh is linked.
-# Ten merges of the small one, because a single one is too short to be measured well.
+# Two files with one geometry and four results in each load case; without suffixes the mesh is
+# linked. Each command merges ten times, because a single small merge is too short to measure.
 row_growth_results() {
   local few many
   mapfile -t few < <(in_order "$(models few --size 4 --parts 1 --cases 62 --steps 2)")
@@ -190,12 +190,12 @@ row_memory_default() {
   use_big
   report "peak memory, default blocks, 2 threads" \
     "at most 1.5 blocks (315 MB), plus the largest array, plus 64 MB" \
-    "$(quotient "$(RYXMERGE_THREADS=2 most rss RyxMerge "${big[@]}" "$out")" 1000) MB"
+    "$(quotient "$(RYXMERGE_THREADS=2 median_of rss RyxMerge "${big[@]}" "$out")" 1000) MB"
 }
 row_memory_16m() {
   use_big
   report "peak memory, blocks of 16 MiB" "at most 120 MB" \
-    "$(quotient "$(most rss env TELMORAX_MAX_RYX_BLOCK_SIZE=$middle_block \
+    "$(quotient "$(median_of rss env TELMORAX_MAX_RYX_BLOCK_SIZE=$middle_block \
       RyxMerge "${big[@]}" "$out")" 1000) MB"
 }
 row_reading() {
@@ -212,7 +212,7 @@ row_open_files() {
   local tiny
   mapfile -t tiny < <(in_order "$(models tiny --size 8 --parts 1 --steps "$num_tiny")")
   report "file handles open at once, ${#tiny[@]} inputs" "at most 64" \
-    "$(most files RyxMerge "${instances[@]}" "${tiny[@]}" "$out")"
+    "$(median_of files RyxMerge "${instances[@]}" "${tiny[@]}" "$out")"
 }
 row_copying() {
   use_big

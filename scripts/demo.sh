@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the programs, merges sample models in every mode and shows
-# what comes out. Everything is written below build/demo, which each run starts anew.
+# Installs missing packages, builds the programs, merges sample models in every mode and shows the
+# results. All files are written to build/demo, which each run deletes first.
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -31,10 +31,10 @@ step "Writing sample models"
 run ryx sample models
 run ryx ls models/plate.ryx
 
-step "Merging as datasets: every file keeps a group of its own"
+step "Merging as datasets: every file keeps its own groups"
 merge_to merged/datasets.ryx models/plate.ryx models/assembly.ryx
 
-step "Merging as instances: the second file's results join the first file's geometry"
+step "Merging as instances: the results of the second file are added to the geometry of the first"
 merge_to merged/instances.ryx --merge-as-instances models/plate.ryx models/plate_more_load.ryx
 
 step "Merging as instances, every result named after its file"

@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
-# Fuzzes every target, one after the other, on all cores.
+# Fuzzes the targets one after the other on all cores.
 #
 #   scripts/fuzz.sh [--afl] [MINUTES [TARGET...]]
 #
-# --afl     with AFL++ in the place of libFuzzer; it changes the bytes of files only, and knows
-#           nothing of what lies in a container
-# MINUTES   for each target; 1 unless given
-# TARGET    only these; fuzz/CMakeLists.txt lists them
+# --afl     use AFL++ instead of libFuzzer; it only changes bytes of files and does not rebuild
+#           containers
+# MINUTES   the time for each target; default: 1
+# TARGET    only these targets; fuzz/CMakeLists.txt lists them
 #
-# Inputs that reach something new gather in build/fuzz/corpus/TARGET, logs and what breaks a target
-# in build/fuzz/found/TARGET (AFL++: all in build/fuzz-afl/found). Add a fixed fault's input to
-# fuzz/corpus/TARGET, where a test replays it.
+# Inputs that reach new code are in build/fuzz/corpus/TARGET; logs and inputs that fail are in
+# build/fuzz/found/TARGET (AFL++: all in build/fuzz-afl/found). When a fault is fixed, add its input
+# to fuzz/corpus/TARGET, because a test replays the files there.
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -33,16 +33,16 @@ cmake -S . -B "$build" -G Ninja -DCMAKE_CXX_COMPILER=$compiler -DCMAKE_BUILD_TYP
   -DRYXMERGE_BUILD_FUZZERS=ON >/dev/null
 cmake --build "$build" --parallel "$(nproc)" --target "${targets[@]/#/fuzz_}"
 
-# A file may grow a thousand times when it is inflated, so inputs are kept small.
+# Inputs are kept small, because a file may decompress to a thousand times its size.
 most_bytes=16384
 seconds=$((minutes * 60))
 export RYXMERGE_THREADS=1 TELMORAX_DEFAULT_RYX_BLOCK_SIZE=1000
 
-# Each takes the target's name, where it starts from and where it leaves what it finds, and runs
-# one process a core.
+# The functions below take the name of the target, the folder of the first inputs and the folder for
+# the findings. They run one process for each core.
 
-# The processes learn from each other through the corpus that they share. libFuzzer's own way,
-# -fork, starts afresh so often that it spends most of its time on reading the corpus.
+# The processes exchange inputs through a shared corpus. The option -fork of libFuzzer restarts so
+# often that it spends most of its time on reading the corpus.
 run_libfuzzer() {
   local options=(-max_len="$most_bytes" -timeout=20 -rss_limit_mb=2048 -malloc_limit_mb=256
     -max_total_time="$seconds" -use_value_profile=1 -dict=fuzz/model.dict -print_final_stats=1)
@@ -60,7 +60,7 @@ run_libfuzzer() {
   return "$status"
 }
 
-# The first keeps the corpus of all, the others leave out its thorough steps.
+# The first process (-M) also does the deterministic steps, the others (-S) leave them out.
 run_afl() {
   local i jobs=()
   for ((i = 0; i < $(nproc); ++i)); do
@@ -84,5 +84,5 @@ for target in "${targets[@]}"; do
     *) run_libfuzzer "$target" "fuzz/corpus/$target" "$build/found/$target" || status=1 ;;
   esac
 done
-[[ $status -eq 0 ]] || echo "Faults were found; their inputs are in $build/found."
+[[ $status -eq 0 ]] || echo "Faults were found. Their inputs are in $build/found."
 exit "$status"

@@ -1,8 +1,8 @@
-# Shared by the scripts of this repository: source it, do not run it.
+# Functions that the scripts of this repository share. Source this file, do not run it.
 # shellcheck shell=bash
 #
-# It stops the script at the first command that fails and says in which step that was, and it
-# changes to the top folder of the repository.
+# It changes to the top folder of the repository. It stops the script at the first command that
+# fails and prints the step.
 
 set -Eeuo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -10,7 +10,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 current_step="start"
 trap 'echo "FAILED: $current_step" >&2' ERR
 
-# What the programs and their tests are built with.
+# The packages that the programs and their tests need.
 # shellcheck disable=SC2034  # used by the scripts
 build_packages=(
   g++ cmake ninja-build pkg-config
@@ -34,16 +34,16 @@ as_root() {
   elif command -v sudo >/dev/null; then
     sudo "$@"
   else
-    echo "Root rights are needed for: $*" >&2
+    echo "This needs root rights: $*" >&2
     return 1
   fi
 }
 
-# install_packages PACKAGE...: installs those that are missing; does nothing when all are there.
+# install_packages PACKAGE...: installs the packages that are missing.
 install_packages() {
   step "Checking the packages"
   if ! command -v dpkg-query >/dev/null; then
-    echo "Not a Debian system. These packages, or their like, must be there: $*"
+    echo "Not a Debian system. Install these packages or their equivalents: $*"
     return
   fi
   local package missing=()
@@ -51,7 +51,7 @@ install_packages() {
     is_installed "$package" || missing+=("$package")
   done
   if [[ ${#missing[@]} -eq 0 ]]; then
-    echo "All are there."
+    echo "All packages are installed."
     return
   fi
   step "Installing ${missing[*]}"

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Looks through the sources with clang-tidy and cppcheck, and through the scripts with shellcheck.
+# Checks the sources with clang-tidy and cppcheck, and the scripts with shellcheck.
 #
 #   scripts/lint.sh [FILE...]
 #
-# FILE      only these: sources, headers, scripts; everything that git knows unless given
+# FILE      only these sources, headers and scripts; default: all files of the repository
 #
-# .clang-tidy and scripts/cppcheck-suppressions.txt say what is looked for, and why not for more.
+# .clang-tidy and scripts/cppcheck-suppressions.txt list the checks and why some are disabled.
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -23,27 +23,27 @@ done
 status=0
 
 if [[ ${#scripts[@]} -gt 0 ]]; then
-  step "Looking through ${#scripts[@]} scripts with shellcheck"
+  step "Checking ${#scripts[@]} scripts with shellcheck"
   shellcheck --external-sources "${scripts[@]}" || status=1
 fi
 
 if [[ ${#sources[@]} -gt 0 ]]; then
-  step "Looking through ${#sources[@]} sources with cppcheck"
+  step "Checking ${#sources[@]} sources with cppcheck"
   cppcheck --enable=warning,performance,portability,style --inline-suppr --error-exitcode=1 \
     --suppressions-list=scripts/cppcheck-suppressions.txt --library=googletest --std=c++20 \
     --language=c++ -I include -I . -I tests --quiet -j "$(nproc)" "${sources[@]}" || status=1
 
-  step "Telling clang-tidy how the sources are compiled"
+  step "Writing the compile commands for clang-tidy"
   build=build/lint
   cmake --preset dev -B "$build" -DRYXMERGE_BUILD_BENCH=ON >/dev/null
 
-  # What no build of this machine compiles, such as the examples, is taken for its neighbour.
-  step "Looking through ${#sources[@]} sources with clang-tidy"
+  # clang-tidy guesses the flags of sources that no build compiles, such as the examples.
+  step "Checking ${#sources[@]} sources with clang-tidy"
   printf '%s\0' "${sources[@]}" |
     xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p "$build" --quiet 2> >(
       grep -Ev '^[0-9]+ (warning|error).* generated\.$|^Error while processing' >&2 || true
     ) || status=1
 fi
 
-[[ $status -eq 0 ]] || echo "What was found stands above." >&2
+[[ $status -eq 0 ]] || echo "The checks found problems; see above." >&2
 exit "$status"

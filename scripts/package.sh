@@ -3,7 +3,7 @@
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-# lintian depends on many packages, so it runs only where it is installed, and in CI.
+# lintian depends on many packages. It runs only if it is installed, and in CI.
 packages=("${build_packages[@]}" dpkg-dev file)
 [[ -z "${CI:-}" ]] || packages+=(lintian)
 install_packages "${packages[@]}"

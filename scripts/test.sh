@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the programs and runs all tests.
+# Installs missing packages, builds the programs and runs all tests.
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
