@@ -1,4 +1,4 @@
-# What every target of the project is compiled with, on one INTERFACE target.
+# The compiler flags of every target of the project, on one INTERFACE target.
 add_library(qov_options INTERFACE)
 target_compile_features(qov_options INTERFACE cxx_std_20)
 target_compile_options(qov_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)

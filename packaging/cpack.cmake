@@ -1,5 +1,5 @@
-# The Debian packages, one for each component of install.cmake: `cpack -G DEB`, or
-# scripts/package.sh, which builds below /usr and also checks them.
+# The Debian packages, one for each component of install.cmake. Build them with scripts/package.sh,
+# which uses the prefix /usr and checks the packages, or with `cpack -G DEB`.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ryxmerge)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

@@ -23,13 +23,13 @@ foreach(export IN ITEMS RyxMergeTargets RyxMergeStaticTargets)
           COMPONENT development)
 endforeach()
 
-# pkg-config: the prefix is taken from where the file lies.
+# pkg-config derives the prefix from the place of the file.
 file(RELATIVE_PATH pcPrefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(RyxMerge.pc.in RyxMerge.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/RyxMerge.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# The manual pages' footer names the version.
+# Puts the version into the footer of the manual pages.
 foreach(page IN ITEMS RyxMerge.1 ryx.1)
   configure_file(${PROJECT_SOURCE_DIR}/docs/man/${page} ${page} @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${page}
@@ -42,7 +42,7 @@ install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/json ${PROJECT_SOURCE_DIR}/examples
         DESTINATION ${documents} COMPONENT programs)
 
-# bash-completion finds a file by the name of the command.
+# bash-completion looks for a file with the name of the command.
 file(GLOB completions CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/completions/*.bash)
 foreach(completion IN LISTS completions)
   get_filename_component(command ${completion} NAME_WLE)
