@@ -39,9 +39,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}),
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, g++, pkg-config")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "library for ryx model files (development files)
 A ryx model file holds a model for 3D viewing of simulation and design data.
-This package holds the headers and the static library for programs that read,
-merge or write such files, and the files by which CMake and pkg-config find
-them.")
+This package contains the headers and the static library for programs that
+read, merge or write such files, and the files for CMake and pkg-config.")
 
 configure_file(${debianFiles}/changelog.in changelog @ONLY)
 set(CPACK_PRE_BUILD_SCRIPTS ${debianFiles}/PrepareTree.cmake)
