@@ -92,7 +92,7 @@ TEST(EveryRecordTest, WrongSizesAndTruncationsAreErrors) {
 }
 
 /// The opaque records, whose content is kept as it is.
-using EveryKeptRecord =
+using EveryOpaqueRecord =
     TypeList<QovRyx::CAELegendState, QovRyx::CAEProbeState, QovRyx::CAEAnimationState,
              QovRyx::CAEXYPlotV1State, QovRyx::CAEScalarInfo, QovRyx::LabelBaseState,
              QovRyx::LabelState, QovRyx::TwoDLabelState, QovRyx::UserLabelState,
@@ -100,8 +100,8 @@ using EveryKeptRecord =
              QovRyx::ProbeLabelState, QovRyx::ProbeTableState, QovRyx::ThreeD_DistanceState,
              QovRyx::ThreePointArcState, QovRyx::MeasurementState>;
 
-TEST(EveryKeptRecordTest, IsWrittenExactlyAsItWasRead) {
-  EveryKeptRecord::ForEach([]<class Record>(const Record&) {
+TEST(EveryOpaqueRecordTest, IsWrittenExactlyAsItWasRead) {
+  EveryOpaqueRecord::ForEach([]<class Record>(const Record&) {
     for (const std::string& tag : {std::string("0.1"), std::string(), std::string("0.1\0x", 5)}) {
       for (const char* body : {"", "00", "ff 00 12 34 56"}) {
         const Bytes bytes = MakeRecord(tag, FromHex(body));
@@ -115,7 +115,7 @@ TEST(EveryKeptRecordTest, IsWrittenExactlyAsItWasRead) {
   });
 }
 
-TEST(EveryKeptRecordTest, RefusesInvalidSizes) {
+TEST(EveryOpaqueRecordTest, RefusesInvalidSizes) {
   const Bytes bytes = MakeRecord("0.1", "123");
   for (const std::size_t size : {0U, 4U, 8U, 10U, 15U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
     EXPECT_EQ(DecodingError<QovRyx::LabelState>(WithSize(bytes, size)),
@@ -124,8 +124,8 @@ TEST(EveryKeptRecordTest, RefusesInvalidSizes) {
   }
 }
 
-TEST(EveryKeptRecordTest, CannotBeReadFromFilesWithoutSizes) {
-  EveryKeptRecord::ForEach([]<class Record>(const Record&) {
+TEST(EveryOpaqueRecordTest, CannotBeReadFromFilesWithoutSizes) {
+  EveryOpaqueRecord::ForEach([]<class Record>(const Record&) {
     for (const std::string version : {"0.1", "0.1a", "0.1b", "0.2"}) {
       const QovRyx::FileVersionScope scope(version);
       ExpectError(ErrorType::FormatNotSupported,
