@@ -89,34 +89,54 @@ void CheckColumns(const std::array<std::string_view, kNumColumns>& columns) {
   }
 }
 
-/// An entry that refers to bytes owned elsewhere. It is small, because a map can have millions.
-struct Entry {
-  Entry(std::string_view name, std::string_view value, unsigned char type)
-      : mpName(name.data()),
-        mpValue(value.data()),
-        mNameSize(static_cast<std::uint32_t>(name.size())),
-        mValueSize(static_cast<std::uint32_t>(value.size())),
-        mType(type) {}
-
+/// An entry of stored columns, whose texts end before a zero byte. It is small, because a map can
+/// have millions.
+struct StoredEntry {
   std::string_view GetName() const { return {mpName, mNameSize}; }
   /// Returns the bytes of a number or a text.
-  std::string_view GetValue() const { return {mpValue, mValueSize}; }
-  /// Returns how many bytes the entry takes in the columns.
-  std::size_t GetStoredSize() const {
-    return kCountSize + mNameSize + 1 + (mType == kString ? kCountSize : 0) + mValueSize;
+  std::string_view GetValue() const {
+    if (mType == kString) return UpToZero(TextAt(mpValue));
+    return {mpValue, SizeAt(mpValue, mType)};
   }
 
   const char* mpName;
-  const char* mpValue;
+  const char* mpValue;  ///< Where the column holds the value; for a text, its length.
   std::uint32_t mNameSize;
-  std::uint32_t mValueSize;
   unsigned char mType;
 };
 
+std::string_view BytesOf(const std::string& text) { return text; }
+template <class T>
+std::string_view BytesOf(const T& number) {
+  return {reinterpret_cast<const char*>(&number), sizeof number};
+}
+
+/// An entry of a map in memory.
+struct MapEntry {
+  explicit MapEntry(const AttributeMap::value_type& entry)
+      : mpEntry(&entry), mType(static_cast<unsigned char>(entry.second.index())) {}
+
+  std::string_view GetName() const { return mpEntry->first; }
+  std::string_view GetValue() const {
+    return std::visit([](const auto& held) { return BytesOf(held); }, mpEntry->second);
+  }
+
+  const AttributeMap::value_type* mpEntry;
+  unsigned char mType;
+};
+
+/// Returns how many bytes an entry takes in the columns.
+template <class Entry>
+std::size_t GetStoredSize(const Entry& entry) {
+  const std::size_t count = entry.mType == kString ? kCountSize : 0;
+  return kCountSize + entry.GetName().size() + 1 + count + entry.GetValue().size();
+}
+
 /// Encodes the columns of `entries`, which must be sorted by name.
+template <class Entry>
 std::string Encode(const std::vector<Entry>& entries) {
   std::size_t size = kNumColumns * kCountSize;
-  for (const Entry& entry : entries) size += entry.GetStoredSize();
+  for (const Entry& entry : entries) size += GetStoredSize(entry);
   std::string bytes;
   bytes.reserve(size);
   Append(bytes, static_cast<std::uint32_t>(entries.size()));
@@ -149,10 +169,10 @@ std::string_view KeepUpToZero(std::string_view text) {
 }
 
 /// Keeps the first of adjacent entries with the same name and counts the others.
-void LeaveOutEqualNames(std::vector<Entry>& entries) {
+void LeaveOutEqualNames(std::vector<StoredEntry>& entries) {
   std::string_view last;
   bool isFirst = true;
-  std::erase_if(entries, [&](const Entry& entry) {
+  std::erase_if(entries, [&](const StoredEntry& entry) {
     const bool isEqual = !isFirst && entry.GetName() == last;
     if (isEqual) {
       QovJbf::GetReadLosses().AddEqualKey(std::string(entry.GetName()) + '\0' +
@@ -164,19 +184,10 @@ void LeaveOutEqualNames(std::vector<Entry>& entries) {
   });
 }
 
-std::string_view BytesOf(const std::string& text) { return text; }
-template <class T>
-std::string_view BytesOf(const T& number) {
-  return {reinterpret_cast<const char*>(&number), sizeof number};
-}
-
-std::string Encode(const AttributeMap& map) {
-  std::vector<Entry> entries;
+std::string EncodeMap(const AttributeMap& map) {
+  std::vector<MapEntry> entries;
   entries.reserve(map.size());
-  for (const auto& [name, value] : map) {
-    const auto bytes = std::visit([](const auto& held) { return BytesOf(held); }, value);
-    entries.emplace_back(name, bytes, static_cast<unsigned char>(value.index()));
-  }
+  for (const auto& entry : map) entries.emplace_back(entry);
   return Encode(entries);
 }
 
@@ -208,24 +219,24 @@ Attributes::Attributes(std::string columns) {
 }
 
 Attributes::Attributes(const AttributeMap& map) {
-  if (!map.empty()) *this = Attributes(Encode(map));
+  if (!map.empty()) *this = Attributes(EncodeMap(map));
 }
 
 Attributes Attributes::FromColumns(std::string columns) {
   CheckColumns(Cut(columns));
   Attributes stored(std::move(columns));
   if (stored.IsInOrder()) return stored;
-  std::vector<Entry> entries;
+  std::vector<StoredEntry> entries;
   entries.reserve(stored.size());
   for (Iterator it = stored.begin(); it != stored.end(); ++it) {
     const auto type = static_cast<unsigned char>(*it.mType);
     const char* value = it.mValues[type];
-    const std::string_view bytes(value, SizeAt(value, type));
-    entries.emplace_back(KeepUpToZero(it.GetName()),
-                         type == kString ? KeepUpToZero(TextAt(value)) : bytes, type);
+    if (type == kString) KeepUpToZero(TextAt(value));  // counts what is lost
+    const std::string_view name = KeepUpToZero(it.GetName());
+    entries.push_back({name.data(), value, static_cast<std::uint32_t>(name.size()), type});
   }
   // The addresses of the names keep entries with equal names in stored order.
-  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+  std::sort(entries.begin(), entries.end(), [](const StoredEntry& a, const StoredEntry& b) {
     return std::pair(a.GetName(), a.mpName) < std::pair(b.GetName(), b.mpName);
   });
   LeaveOutEqualNames(entries);
