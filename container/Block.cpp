@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
+#include "ContainerFormat.h"
 #include "Limits.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
+#include "Sources.h"
 
 namespace QovJbf {
 
@@ -16,12 +17,11 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
 
-constexpr const char* kSource = "include/Qov/Jbf/Block";
 constexpr const char* kGrowthVariable = "TELMORAX_DEFAULT_RYX_BLOCK_SIZE";
 
 void WriteBytes(std::FILE* file, const void* data, std::size_t n) {
   if (std::fwrite(data, 1, n, file) != n) {
-    Raise(kSource, ErrorType::WriteError, "Unable to write to file");
+    Raise(kBlockSource, ErrorType::WriteError, "Unable to write to file");
   }
 }
 
@@ -34,15 +34,15 @@ Block::~Block() { std::free(mData); }
 void Block::AllocateAdditionalMemory(std::uint64_t extra) {
   if (extra == 0) return;
   void* grown = std::realloc(mData, mCapacity + extra);
-  if (grown == nullptr) Raise(kSource, ErrorType::MemoryAllocationError);
+  if (grown == nullptr) Raise(kBlockSource, ErrorType::MemoryAllocationError);
   mData = static_cast<unsigned char*>(grown);
   mCapacity += extra;
 }
 
 void Block::CheckFreeSpaceAndAllocateMemory(const std::uint32_t& at, std::uint32_t n) {
   const std::uint64_t end = std::uint64_t{at} + n;
-  if (end > std::numeric_limits<std::uint32_t>::max()) {
-    Raise(kSource, ErrorType::MemoryAllocationError);
+  if (end > kLargestBlock) {
+    Raise(kBlockSource, ErrorType::MemoryAllocationError);
   }
   if (end < mCapacity) return;
   QOV_ASSERT(!IsReleased());
@@ -65,7 +65,7 @@ std::uint32_t Block::Put(const void* source, std::uint32_t n) {
 void Block::Get(void* target, std::uint32_t n) {
   if (n == 0) return;
   if (n > GetRemaining()) {
-    Raise(kSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+    Raise(kBlockSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
   }
   QOV_ASSERT(!IsReleased());
   std::memcpy(target, mData + mPosition, n);
@@ -73,7 +73,7 @@ void Block::Get(void* target, std::uint32_t n) {
 }
 
 void Block::SetPosition(std::uint64_t position) {
-  if (position > mSize) Raise(kSource, ErrorType::OutOfBounds, "Invalid block position");
+  if (position > mSize) Raise(kBlockSource, ErrorType::OutOfBounds, "Invalid block position");
   mPosition = static_cast<std::uint32_t>(position);
 }
 
@@ -81,7 +81,7 @@ void Block::Read(std::FILE* file, std::uint32_t n) {
   if (n == 0) return;
   CheckFreeSpaceAndAllocateMemory(mPosition, n);
   if (std::fread(mData + mPosition, 1, n, file) != n) {
-    Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+    Raise(kBlockSource, ErrorType::ReadError, "Unable to read from file");
   }
   mSize = std::max(mSize, mPosition + n);
 }

@@ -4,7 +4,7 @@
 
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
-#include "StreamReaderSource.h"
+#include "Sources.h"
 
 namespace QovJbf {
 

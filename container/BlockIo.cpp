@@ -1,8 +1,10 @@
 #include "Qov/Jbf/BlockIo.h"
 
-#include <limits>
+#include <bit>
 
+#include "ContainerFormat.h"
 #include "Qov/Util/Raise.h"
+#include "Sources.h"
 
 namespace QovJbf {
 
@@ -11,7 +13,8 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
 
-constexpr const char* kSource = "include/Qov/Jbf/Block";
+static_assert(std::endian::native == std::endian::little,
+              "Values are stored as they lie in memory, which is right on little-endian machines");
 
 template <class T>
 void PutImage(Block& block, const T& value) {
@@ -73,7 +76,7 @@ namespace Detail {
 
 void CheckCount(const Block& block, std::uint64_t count, std::uint64_t leastSize) {
   if (count * leastSize > block.GetRemaining()) {
-    Raise(kSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+    Raise(kBlockSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
   }
 }
 
@@ -84,10 +87,9 @@ std::string_view GetBytesFrom(const Block& block, std::uint32_t start) {
 }
 
 void PutCount(Block& block, std::size_t count, std::size_t leastSize) {
-  constexpr std::uint64_t kMaximum = std::numeric_limits<std::uint32_t>::max();
-  const std::uint64_t room = kMaximum - block.GetPosition();
-  if (count > kMaximum || sizeof(std::uint32_t) + count * leastSize > room) {
-    Raise(kSource, ErrorType::MemoryAllocationError);
+  const std::uint64_t room = kLargestBlock - block.GetPosition();
+  if (count > kLargestBlock || kCountSize + count * leastSize > room) {
+    Raise(kBlockSource, ErrorType::MemoryAllocationError);
   }
   CopyToBlock(block, static_cast<std::uint32_t>(count));
 }

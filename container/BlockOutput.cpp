@@ -1,14 +1,14 @@
 #include "BlockOutput.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 #include <utility>
 
+#include "ContainerFormat.h"
 #include "FileAccess.h"
-#include "IndexLayout.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
+#include "Sources.h"
 #include "ThreadCount.h"
 
 namespace QovJbf {
@@ -128,7 +128,7 @@ void BlockOutput::WriteRawSize(Entry& entry, std::FILE* file, std::uint64_t posi
 
 std::uint32_t BlockOutput::RemoveFirst() {
   const std::uint64_t written = mBlocks.begin()->second.mWritten;
-  if (written > std::numeric_limits<std::uint32_t>::max()) {
+  if (written > kLargestBlock) {
     Raise(kIndexSource, ErrorType::MemoryAllocationError);
   }
   mBlocks.erase(mBlocks.begin());

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
+#include "ContainerFormat.h"
 #include "MallocBuffer.h"
-#include "RawLength.h"
+#include "Sources.h"
 
 namespace QovJbf {
 
@@ -15,8 +15,6 @@ using Qov::Util::Raise;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
-
-constexpr const char* kSource = "include/Qov/Jbf/BlockZlibCompressor";
 
 // A fifth more than the content is more than zlib's own bound for all but the shortest blocks.
 std::uint64_t GetOutputSize(std::uint32_t rawLength) {
@@ -31,12 +29,12 @@ void BlockZlibCompressor::operator()(Block& block) {
   const MallocBuffer input(block.Detach());
   uLongf length = GetOutputSize(rawLength);
   const std::uint64_t capacity = kRawLengthSize + length;
-  MallocBuffer output = AllocateBuffer(kSource, capacity);
+  MallocBuffer output = AllocateBuffer(kCompressorSource, capacity);
   std::memcpy(output.get(), &rawLength, kRawLengthSize);
   const int result =
       compress2(output.get() + kRawLengthSize, &length, input.get(), rawLength, mLevel);
-  if (result != Z_OK || length > std::numeric_limits<std::uint32_t>::max() - kRawLengthSize) {
-    Raise(kSource, ErrorType::MemoryAllocationError);
+  if (result != Z_OK || length > kLargestBlock - kRawLengthSize) {
+    Raise(kCompressorSource, ErrorType::MemoryAllocationError);
   }
   block.Attach(output.release(), capacity, static_cast<std::uint32_t>(kRawLengthSize + length));
 }

@@ -2,6 +2,7 @@
 
 #include <zlib.h>
 
+#include "ContainerFormat.h"
 #include "MallocBuffer.h"
 #include "Qov/Jbf/BlockIo.h"
 #include "RawLength.h"

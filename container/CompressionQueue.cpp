@@ -8,14 +8,9 @@
 #include "BlockDeflater.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
+#include "Sources.h"
 
 namespace QovJbf {
-
-namespace {
-
-constexpr const char* kSource = "include/Qov/Jbf/BlockZlibCompressor";
-
-}  // namespace
 
 /// The lock of the queue guards all but mDeflater, which belongs to the worker in Run.
 class CompressionQueue::Job {
@@ -90,7 +85,8 @@ void CompressionQueue::Wait() {
 }
 
 void CompressionQueue::RaiseIfFailed() const {
-  if (mHasFailed) Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+  if (mHasFailed)
+    Qov::Util::Raise(kCompressorSource, Qov::Util::Exception::ErrorType::MemoryAllocationError);
 }
 
 // From here on, on a worker.

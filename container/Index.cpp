@@ -1,14 +1,14 @@
 #include "Qov/Jbf/Index.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "BlockOutput.h"
-#include "IndexLayout.h"
+#include "ContainerFormat.h"
 #include "Limits.h"
 #include "MallocBuffer.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
+#include "Sources.h"
 
 // How the table of items and the streams in it grow. A new file has 20 items, all free:
 //
@@ -25,11 +25,6 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 namespace {
 
 constexpr const char* kLimitVariable = "TELMORAX_MAX_RYX_BLOCK_SIZE";
-constexpr std::uint32_t kDefaultLimit = 209715200;
-
-constexpr std::uint64_t EncodedIndexSize(std::uint64_t items) {
-  return items * IndexItem::kEncodedSize + sizeof(std::uint32_t);
-}
 
 }  // namespace
 
@@ -52,11 +47,11 @@ std::uint64_t Index::CreateEmptyBlocks(std::uint64_t n) {
   // Free blocks are taken from the back, the lowest first.
   std::vector<std::uint64_t>& free = MakeLimiter(kEmptyBlockName).mBlocks;
   std::reverse(free.begin(), free.end());
-  return EncodedIndexSize(n);
+  return GetItemListSize(n);
 }
 
 void Index::CreateFirstBlocks() {
-  mIndexLength = CreateEmptyBlocks(kRootItems) + sizeof(std::uint32_t);
+  mIndexLength = CreateEmptyBlocks(kRootItems) + kRootLengthSize;
   mPositioned = 0;
 }
 
@@ -115,7 +110,7 @@ void Index::MakeIndexBlock(std::uint64_t k) {
 void Index::EncodeItems(std::uint64_t first, std::uint64_t count, Block& block) const {
   if (first + count > mItems.size()) Raise(kIndexSource, ErrorType::MismatchError);
   block.Reset();
-  block.AllocateAdditionalMemory(EncodedIndexSize(count) + 1);
+  block.AllocateAdditionalMemory(GetItemListSize(count) + 1);
   CopyToBlock(block, static_cast<std::uint32_t>(count));
   for (std::uint64_t i = first; i < first + count; ++i) CopyToBlock(block, mItems[i]);
 }
@@ -128,7 +123,7 @@ BlockSizeLimiter& Index::GetBlockSizeLimiter(const std::string& name) {
 
 BlockSizeLimiter& Index::MakeLimiter(const std::string& name) {
   const auto [position, isNew] = mLimiters.try_emplace(name);
-  if (isNew) position->second.mLimit = ReadSizeVariable(kLimitVariable, kDefaultLimit);
+  if (isNew) position->second.mLimit = ReadSizeVariable(kLimitVariable, kDefaultBlockLimit);
   return position->second;
 }
 
@@ -153,7 +148,7 @@ void Index::Put(const std::string& name, std::uint64_t n, const PieceSource& sou
 }
 
 std::uint64_t Index::GetBlockForBytes(const std::string& name, std::uint64_t n) {
-  if (n > std::numeric_limits<std::uint32_t>::max()) {
+  if (n > kLargestBlock) {
     Raise(kIndexSource, ErrorType::MemoryAllocationError);
   }
   const std::uint64_t k = GetWritingBlockIndex(name);
@@ -164,7 +159,7 @@ std::uint64_t Index::GetBlockForBytes(const std::string& name, std::uint64_t n) 
 // What goes to the file while it fills can be larger than anything in memory, and find no room in a
 // block that is not full yet.
 std::uint64_t Index::FindRoom(std::uint64_t k, std::uint64_t n) {
-  const bool hasRoom = n <= std::numeric_limits<std::uint32_t>::max() - GetFill(k);
+  const bool hasRoom = n <= kLargestBlock - GetFill(k);
   return hasRoom || !mItems[k].mStreamed ? k : AddBlock(std::string(mItems[k].mName));
 }
 

@@ -3,15 +3,15 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
+#include "ContainerFormat.h"
 #include "FileAccess.h"
-#include "IndexLayout.h"
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
+#include "Sources.h"
 
 // How the bytes of a stream come back. Of a stream that lies in a file the block at
 // BlockSizeLimiter::mReading is in memory, and those that reading came back to.
@@ -34,7 +34,7 @@ void ReadUnlessAbsent(const Reader& read) {
 }
 
 void GetBytes(Block& block, void* target, std::uint64_t n) {
-  if (n > std::numeric_limits<std::uint32_t>::max()) {
+  if (n > kLargestBlock) {
     Raise(kIndexSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
   }
   block.Get(target, static_cast<std::uint32_t>(n));
@@ -215,7 +215,7 @@ void Index::ReadIndexBufferFromFileStream(std::FILE* file, std::uint32_t length)
   Block root = ReadWholeBlock(file, read.mIndexPosition, length);
   read.AppendItems(root, fileLength);
   for (std::uint64_t k = 0; k < read.mItems.size(); ++k) {
-    if (!IsIndexBlock(read.mItems[k])) continue;
+    if (!IsIndexBlockName(read.mItems[k].mName)) continue;
     Block block = read.ReadStoredBlock(k, file);
     read.mItems[k].mLoaded = true;
     read.AppendItems(block, fileLength);

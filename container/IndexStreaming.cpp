@@ -1,14 +1,14 @@
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 #include "BlockOutput.h"
+#include "ContainerFormat.h"
 #include "FileAccess.h"
-#include "IndexLayout.h"
 #include "MallocBuffer.h"
 #include "Qov/Jbf/Index.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
+#include "Sources.h"
 #include "ThreadCount.h"
 
 // How the blocks of a stream are compressed while they fill. Of such a block the index knows only
@@ -57,7 +57,7 @@ void Index::StreamBytes(std::uint64_t k, const void* bytes, std::uint64_t n) {
 void Index::Stream(std::uint64_t k, std::uint64_t n, const PieceSource& source) {
   QOV_ASSERT(mpFile != nullptr);
   const std::uint64_t size = mItems[k].mRawSize + n;
-  if (size > std::numeric_limits<std::uint32_t>::max()) {
+  if (size > kLargestBlock) {
     Raise(kIndexSource, ErrorType::MemoryAllocationError);
   }
   const std::uint32_t limit = GetBlockSizeLimiter(mItems[k].mName).mLimit;

@@ -3,10 +3,11 @@
 #include <utility>
 
 #include "BlockOutput.h"
+#include "ContainerFormat.h"
 #include "FileAccess.h"
-#include "IndexLayout.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/Raise.h"
+#include "Sources.h"
 
 // How blocks go into a file: in the order of their items, back to back. A block's place follows
 // from the sizes of all blocks before it, so none can be written before its predecessors.
@@ -112,7 +113,7 @@ void Index::WriteAllBuffersToFileStream(std::FILE* file) {
 void Index::FlushFrozen(std::FILE* file) {
   Trace(kIndexSource) << "Flushing frozen blocks ... ";
   for (auto& [name, stream] : mLimiters) {
-    if (!IsEmptyBlockName(name) && !name.starts_with(kIndexBlockName)) HandOverFull(stream);
+    if (!IsEmptyBlockName(name) && !IsIndexBlockName(name)) HandOverFull(stream);
   }
   WriteWhatIsReady(file);
   Trace(kIndexSource) << "Frozen blocks flushed. ";
@@ -133,7 +134,8 @@ void Index::HandOverFull(BlockSizeLimiter& stream) {
 
 // True if every item before `k` is frozen or an index block; mWritten then is at least `k`.
 bool Index::IsWrittenUpTo(std::uint64_t k) {
-  while (mWritten < k && (mItems[mWritten].mFrozen || IsIndexBlock(mItems[mWritten]))) ++mWritten;
+  while (mWritten < k && (mItems[mWritten].mFrozen || IsIndexBlockName(mItems[mWritten].mName)))
+    ++mWritten;
   return mWritten >= k;
 }
 

@@ -2,22 +2,20 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <utility>
 
+#include "ContainerFormat.h"
 #include "FileAccess.h"
-#include "IndexLayout.h"
 #include "OutputFile.h"
 #include "Qov/Log/Record.h"
-#include "Qov/Util/CLocale.h"
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
+#include "Sources.h"
 
 namespace QovJbf {
 
@@ -27,23 +25,9 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
 
-constexpr const char* kSource = "include/Qov/Jbf/JbFile";
-
-constexpr std::array<unsigned char, 8> kMagic = {0x89, 'J', 'B', 'F', '\r', '\n', 0x1A, '\n'};
-constexpr std::uint64_t kVersionPosition = 8;
-constexpr std::size_t kVersionSize = 4;
-
-// "1.3" gives 13. Text that is no number, or a negative one, gives 0; a huge one the maximum.
-std::uint32_t GetVersionNumber(const std::string& version) {
-  constexpr double kMaximum = 4.0e8;
-  const double parsed = strtod_l(version.c_str(), nullptr, Qov::Util::GetCLocale());
-  const double clamped = parsed > 0.0 ? std::min(parsed, kMaximum) : 0.0;
-  return static_cast<std::uint32_t>((static_cast<float>(clamped) + 0.001) * 10.0);
-}
-
 void WriteBytes(std::FILE* file, const void* data, std::size_t n) {
   if (std::fwrite(data, 1, n, file) != n) {
-    Raise(kSource, ErrorType::WriteError, "Unable to write to file");
+    Raise(kJbFileSource, ErrorType::WriteError, "Unable to write to file");
   }
 }
 
@@ -68,7 +52,7 @@ JbFile::~JbFile() {
 
 std::FILE* JbFile::OpenFile(const std::string& path, const char* mode) {
   if (mStream != nullptr) {
-    Raise(kSource, ErrorType::MiscellaneousError, "File stream is already in use");
+    Raise(kJbFileSource, ErrorType::MiscellaneousError, "File stream is already in use");
   }
   mIsWritable = std::strpbrk(mode, "wa+") != nullptr;
   mStream = mIsWritable ? OpenOutput(path, mode) : OpenSharingHandles(path);
@@ -77,7 +61,7 @@ std::FILE* JbFile::OpenFile(const std::string& path, const char* mode) {
     errno = EISDIR;
   }
   if (mStream == nullptr) {
-    Qov::Util::RaiseSystemFailure(kSource, ErrorType::MiscellaneousError,
+    Qov::Util::RaiseSystemFailure(kJbFileSource, ErrorType::MiscellaneousError,
                                   "Unable to open file " + Qov::Util::Quote(path), errno);
   }
   mPath = path;
@@ -97,7 +81,7 @@ void JbFile::CheckBeforeClosing() {
 }
 
 void JbFile::CloseFile() {
-  Trace(kSource) << "Closing file ...";
+  Trace(kJbFileSource) << "Closing file ...";
   if (mStream == nullptr) return;
   mIndex.StopWriting();
   try {
@@ -108,30 +92,29 @@ void JbFile::CloseFile() {
   }
   const bool isClosed = std::fclose(std::exchange(mStream, nullptr)) == 0;
   if (!isClosed && mIsWritable) {
-    Raise(kSource, ErrorType::WriteError, "Unable to write to file");
+    Raise(kJbFileSource, ErrorType::WriteError, "Unable to write to file");
   }
-  Trace(kSource) << "File closed.";
+  Trace(kJbFileSource) << "File closed.";
 }
 
 bool JbFile::IsJbFile() {
   std::array<unsigned char, kMagic.size()> magic{};
-  SeekToRead(kSource, mStream, 0);
+  SeekToRead(kJbFileSource, mStream, 0);
   return std::fread(magic.data(), 1, magic.size(), mStream) == magic.size() && magic == kMagic;
 }
 
 std::string JbFile::ReadVersion() {
   std::array<char, kVersionSize + 1> text{};
-  ReadAt(kSource, mStream, kVersionPosition, text.data(), kVersionSize);
+  ReadAt(kJbFileSource, mStream, kVersionPosition, text.data(), kVersionSize);
   return text.data();
 }
 
 void JbFile::CheckSupport(const std::string& version, bool& isCurrent) {
-  constexpr std::uint32_t kNarrowOffsets = 6;  // 0.6, the last version with 32-bit ones
   const std::uint32_t file = GetVersionNumber(version);
   const std::uint32_t supported = GetVersionNumber(kCurrentFileVersion);
-  isCurrent = file > kNarrowOffsets;
+  isCurrent = HasWideOffsets(version);
   if (file <= supported) return;
-  Raise(kSource, ErrorType::UnknownVersion,
+  Raise(kJbFileSource, ErrorType::UnknownVersion,
         "This file is of ryx file version " + std::to_string(file) +
             ".\nThis version of Pelorin only supports ryx file version upto " +
             std::to_string(supported) + ".\n");
@@ -141,18 +124,18 @@ void JbFile::WriteHeader() {
   std::array<char, kVersionSize> version{};
   std::snprintf(version.data(), version.size(), "%s", kCurrentFileVersion);
   if (mStream == nullptr || fseeko(mStream, 0, SEEK_SET) != 0) {
-    Raise(kSource, ErrorType::WriteError, "Unable to write to file");
+    Raise(kJbFileSource, ErrorType::WriteError, "Unable to write to file");
   }
   WriteBytes(mStream, kMagic.data(), kMagic.size());
   WriteBytes(mStream, version.data(), version.size());
 }
 
 void JbFile::ReadIndex() {
-  Trace(kSource) << "Reading index positions ... ";
+  Trace(kJbFileSource) << "Reading index positions ... ";
   std::uint32_t length = 0;
-  ReadAt(kSource, mStream, kRootPosition, &length, sizeof length);
+  ReadAt(kJbFileSource, mStream, kRootPosition, &length, sizeof length);
   mIndex.ReadIndexBufferFromFileStream(mStream, length);
-  Trace(kSource) << "Index read. ";
+  Trace(kJbFileSource) << "Index read. ";
 }
 
 void JbFile::ReadIndexIfNeeded() {
@@ -161,7 +144,7 @@ void JbFile::ReadIndexIfNeeded() {
 
 Block& JbFile::GetReadingBlock(const std::string& name) {
   ReadIndexIfNeeded();
-  if (mStream == nullptr) Raise(kSource, ErrorType::ElementNotFound);
+  if (mStream == nullptr) Raise(kJbFileSource, ErrorType::ElementNotFound);
   return mIndex.GetBlock(mIndex.GetReadingBlockIndex(name, mStream));
 }
 
@@ -188,7 +171,7 @@ bool JbFile::HasStream(const std::string& name) {
 }
 
 std::shared_ptr<StreamReader> JbFile::OpenStreamReader(const std::string& name) {
-  if (mStream == nullptr) Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+  if (mStream == nullptr) Raise(kJbFileSource, ErrorType::ReadError, "Unable to read from file");
   std::vector<StreamReader::StoredBlock> blocks;
   if (HasStream(name)) {
     for (const std::uint64_t k : mIndex.GetBlockSizeLimiter(name).mBlocks) {

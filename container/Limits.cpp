@@ -2,14 +2,15 @@
 
 #include <cstdlib>
 
+#include "ContainerFormat.h"
+
 namespace QovJbf {
 
 std::uint32_t ReadSizeVariable(const char* name, std::uint32_t otherwise) {
-  constexpr unsigned long kMaximum = 4294967294UL;
   const char* text = std::getenv(name);
   if (text == nullptr) return otherwise;
   const unsigned long value = std::strtoul(text, nullptr, 10);
-  return value <= kMaximum ? static_cast<std::uint32_t>(value) : otherwise;
+  return value < kLargestBlock ? static_cast<std::uint32_t>(value) : otherwise;
 }
 
 }  // namespace QovJbf

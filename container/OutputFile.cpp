@@ -15,6 +15,7 @@
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
+#include "Sources.h"
 
 namespace QovJbf {
 
@@ -23,8 +24,6 @@ using Qov::Util::Raise;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
-
-constexpr const char* kSource = "include/Qov/Jbf/JbFile";
 
 /// A file descriptor that is closed with its owner.
 class Descriptor {
@@ -63,7 +62,7 @@ bool IsRegular(int descriptor) {
 }
 
 [[noreturn]] void RaiseReplaced(const std::string& path) {
-  Raise(kSource, ErrorType::WriteError,
+  Raise(kJbFileSource, ErrorType::WriteError,
         "Output file " + Quote(path) + " was removed or replaced while it was written");
 }
 
@@ -82,12 +81,13 @@ Descriptor Reopen(const std::string& path, const Descriptor& kept) {
 void Lock(const Descriptor& output, const std::string& path) {
   if (::flock(output.Get(), LOCK_EX | LOCK_NB) == 0) return;
   if (errno == EWOULDBLOCK) {
-    Raise(kSource, ErrorType::MiscellaneousError,
+    Raise(kJbFileSource, ErrorType::MiscellaneousError,
           "Output file " + Quote(path) +
               " is being written by another run; wait until that has ended, or name another "
               "output");
   }
-  Qov::Log::Trace(kSource) << "The output cannot be locked; another writer would go unnoticed.";
+  Qov::Log::Trace(kJbFileSource)
+      << "The output cannot be locked; another writer would go unnoticed.";
 }
 
 Descriptor OpenAndLock(const std::string& path, int flags) {

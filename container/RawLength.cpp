@@ -5,22 +5,14 @@
 #include <iostream>
 #include <string>
 
+#include "ContainerFormat.h"
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovJbf {
 
-namespace {
-
-// Deflate makes at most 258 bytes of two bits; the rest is for the ends of a very short stream.
-constexpr std::uint64_t kLargestRatio = 1032;
-constexpr std::uint64_t kSlack = 64;
-
-}  // namespace
-
 void CheckRawLength(const char* source, std::uint32_t rawLength, std::uint32_t storedSize) {
-  if (storedSize >= kRawLengthSize &&
-      rawLength <= (storedSize - kRawLengthSize) * kLargestRatio + kSlack) {
+  if (storedSize >= kRawLengthSize && rawLength <= GetLargestContent(storedSize - kRawLengthSize)) {
     return;
   }
   Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::OutOfBounds,

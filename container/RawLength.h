@@ -4,9 +4,6 @@
 
 namespace QovJbf {
 
-/// A compressed block: u32 length of the content, then a zlib stream.
-inline constexpr std::uint32_t kRawLengthSize = 4;
-
 /// Raises OutOfBounds ("Not enough bytes in the block") from `source` if no zlib stream of the
 /// `storedSize` bytes of a compressed block, length field included, can inflate to `rawLength`.
 void CheckRawLength(const char* source, std::uint32_t rawLength, std::uint32_t storedSize);

@@ -5,7 +5,7 @@
 
 #include "FileAccess.h"
 #include "Qov/Util/Raise.h"
-#include "StreamReaderSource.h"
+#include "Sources.h"
 
 namespace QovJbf {
 

@@ -4,13 +4,14 @@
 #include <cstring>
 
 #include "BlockInflater.h"
+#include "ContainerFormat.h"
 #include "FileAccess.h"
 #include "InflatedBlocks.h"
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
 #include "SourceFile.h"
-#include "StreamReaderSource.h"
+#include "Sources.h"
 
 namespace QovJbf {
 
