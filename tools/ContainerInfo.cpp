@@ -9,11 +9,10 @@
 #include "ErrorText.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Util/Raise.h"
+#include "container/ContainerFormat.h"
 
 namespace Qov::Tools {
 namespace {
-
-constexpr const char* kFreeSlot = "\vEmpty Block ";
 
 std::uint64_t FileSize(int descriptor) {
   struct stat status {};
@@ -25,7 +24,7 @@ std::optional<std::uint32_t> RawSize(int descriptor, const BlockInfo& block,
   if (block.mStored > fileSize || block.mPosition > fileSize - block.mStored) return std::nullopt;
   if ((block.mFlags & QovJbf::BlockFlag::kCompressed) == 0) return block.mStored;
   std::uint32_t raw = 0;
-  const bool isRead = block.mStored >= sizeof raw &&
+  const bool isRead = block.mStored >= QovJbf::kRawLengthSize &&
                       pread(descriptor, &raw, sizeof raw, static_cast<off_t>(block.mPosition)) ==
                           static_cast<ssize_t>(sizeof raw);
   return isRead ? std::optional(raw) : std::nullopt;
@@ -36,7 +35,7 @@ void ReadBlocks(QovJbf::JbFile& file, ContainerInfo& info) {
   const int descriptor = fileno(file.GetStream());
   for (std::uint64_t k = 0; k < index.GetItems().size(); ++k) {
     const QovJbf::IndexItem& item = index.GetItems()[k];
-    if (item.mName == kFreeSlot) continue;
+    if (item.mName == QovJbf::kEmptyBlockName) continue;
     BlockInfo block{k, item.mName, index.GetPosition(k), item.mSize, {}, item.mFlags};
     block.mRaw = RawSize(descriptor, block, info.mFileSize);
     info.mBlocks.push_back(std::move(block));

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "container/ContainerFormat.h"
+
 namespace Qov::Tools {
 
 /// One physical block of a container file.
@@ -18,7 +20,7 @@ struct BlockInfo {
   std::uint8_t mFlags = 0;
 
   /// Holds a piece of the index, and no stream.
-  bool IsIndex() const { return mStream.starts_with('\v'); }
+  bool IsIndex() const { return QovJbf::IsReservedName(mStream); }
 };
 
 /// All blocks of one stream together.

@@ -9,14 +9,12 @@
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
 #include "check/Container.h"
+#include "container/ContainerFormat.h"
 
 namespace Qov::Tools {
 namespace {
 
 using QovRyx::Tree;
-
-/// The oldest files have no views that could be read.
-constexpr const char* kVersionWithoutViews = "0.1";
 
 [[noreturn]] void Refuse(const char* text) {
   Util::Raise("tools/ModelInput", Util::Exception::ErrorType::FormatNotSupported, text);
@@ -31,7 +29,7 @@ bool LoadViewsOnly(QovJbf::JbFile& file, Tree& tree) {
   file.ReadIndex();
   if (file.HasStream(QovRyx::kRyxTree)) return false;
   if (!file.HasStream(QovRyx::kViewPoints)) Refuse("holds neither a model nor view points");
-  if (version == kVersionWithoutViews) Refuse("view points of version 0.1 are not read");
+  if (!QovJbf::HasViews(version)) Refuse("view points of version 0.1 are not read");
   const QovRyx::FileVersionScope scope(version);
   tree.LoadViewPathVec(file);
   return true;
@@ -74,7 +72,7 @@ std::string Salvage(const std::string& path, Tree& tree) {
     file.ReadIndex();
     Try([&] { progress = DescribeProgress(file, tree); });
     const std::string version = file.ReadVersion();
-    if (tree.HasViewPoints() || version == kVersionWithoutViews) return;
+    if (tree.HasViewPoints() || !QovJbf::HasViews(version)) return;
     tree.GetViewPointPaths().clear();
     const QovRyx::FileVersionScope scope(version);
     tree.LoadViewPathVec(file);

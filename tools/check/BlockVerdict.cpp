@@ -8,17 +8,12 @@
 #include <memory>
 
 #include "Qov/Util/Raise.h"
-
-// A compressed block: u32 length of the content, then a zlib stream.
+#include "container/ContainerFormat.h"
 
 namespace Qov::Tools {
 namespace {
 
 constexpr const char* kSource = "tools/check/BlockVerdict";
-constexpr std::uint32_t kLengthSize = 4;
-// What zlib can make of one byte at the most, and of a very short stream.
-constexpr std::uint64_t kLargestRatio = 1032;
-constexpr std::uint64_t kSlack = 64;
 
 /// Raises MemoryAllocationError if zlib had no memory, because that is not a fault of the file.
 void RaiseIfMemoryIsShort(int result) {
@@ -94,20 +89,21 @@ std::string Inflation::Run(std::uint64_t limit, QovJbf::Block* content) {
 BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
                           QovJbf::Block* content) {
   BlockVerdict verdict;
-  if (size < kLengthSize) {
+  if (size < QovJbf::kRawLengthSize) {
     verdict.mIsImpossible = true;
     verdict.mTrouble = fmt::format("It is compressed but has only {} bytes.", size);
     return verdict;
   }
-  file.Read(position, &verdict.mRawLength, kLengthSize);
-  const std::uint32_t stored = size - kLengthSize;
-  if (verdict.mRawLength > stored * kLargestRatio + kSlack) {
+  file.Read(position, &verdict.mRawLength, QovJbf::kRawLengthSize);
+  const std::uint32_t stored = size - QovJbf::kRawLengthSize;
+  if (verdict.mRawLength > QovJbf::GetLargestContent(stored)) {
     verdict.mIsImpossible = true;
     verdict.mTrouble = fmt::format("It says that it inflates to {} bytes, more than {} can hold.",
                                    verdict.mRawLength, stored);
     return verdict;
   }
-  const auto inflation = std::make_unique<Inflation>(file, position + kLengthSize, stored);
+  const auto inflation =
+      std::make_unique<Inflation>(file, position + QovJbf::kRawLengthSize, stored);
   verdict.mTrouble = inflation->Run(verdict.mRawLength, content);
   const std::uint64_t made = inflation->GetNumMade();
   if (verdict.mTrouble.empty() && made != verdict.mRawLength) {

@@ -11,6 +11,7 @@
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
 #include "check/BlockVerdict.h"
+#include "container/ContainerFormat.h"
 
 // docs/format.md, "Container", says how a sound one looks.
 
@@ -18,20 +19,13 @@ namespace Qov::Tools {
 namespace {
 
 using QovJbf::IndexItem;
-
-constexpr std::array<unsigned char, 8> kMagic = {0x89, 'J', 'B', 'F', '\r', '\n', 0x1A, '\n'};
-constexpr std::uint64_t kHeaderSize = 12;
-constexpr std::uint64_t kCountSize = 4;
-constexpr const char* kEmptySlot = "\vEmpty Block ";
-constexpr const char* kIndexBlock = "\vIndex Block ";
-constexpr std::uint8_t kKnownFlags =
-    QovJbf::BlockFlag::kCompressed | QovJbf::BlockFlag::kFreezeWhenFull;
-
-bool IsIndexBlock(const std::string& name) { return name.starts_with(kIndexBlock); }
+using QovJbf::kMagic;
+using QovJbf::kRootLengthSize;
+using QovJbf::kRootPosition;
 
 /// Whether a root index of that length could follow the header, whatever the magic says.
 bool LooksLikeRoot(std::uint32_t length, std::uint32_t count) {
-  return count != 0 && length == kCountSize + std::uint64_t{count} * IndexItem::kEncodedSize;
+  return count != 0 && length == QovJbf::GetItemListSize(count);
 }
 
 /// The bytes must be there.
@@ -66,7 +60,7 @@ bool Container::OpenUnchecked() {
     if (!mStreamsByName.try_emplace(item.mName, number).second) continue;
     Stream& stream = mStreams.emplace_back();
     stream.mName = item.mName;
-    if (item.mName.empty() || item.mName.front() == '\v') continue;
+    if (item.mName.empty() || QovJbf::IsReservedName(item.mName)) continue;
     stream.mLength = stream.mSound = mFile.OpenStreamReader(item.mName)->GetLength();
   }
   CheckStreamNames();
@@ -93,25 +87,25 @@ bool Container::CheckHeader() {
   const bool isMagic =
       numMagic > 0 && std::equal(magic.begin(), magic.begin() + numMagic, kMagic.begin());
   std::array<std::uint32_t, 2> root{};
-  const bool hasRoot = mBytes.Holds(kHeaderSize, sizeof root);
-  if (hasRoot) mBytes.Read(kHeaderSize, root.data(), sizeof root);
+  const bool hasRoot = mBytes.Holds(kRootPosition, sizeof root);
+  if (hasRoot) mBytes.Read(kRootPosition, root.data(), sizeof root);
   if (!isMagic && !LooksLikeRoot(root[0], root[1])) {
     Util::Raise("tools/check/Container", Util::Exception::ErrorType::FormatNotSupported,
                 mBytes.GetLength() == 0 ? "The file is empty" : "It is no ryx container");
   }
   if (!isMagic) mFindings.Error("magic", Place::InFile(0), "The file does not begin as it should.");
-  if (mBytes.GetLength() >= kHeaderSize) CheckVersion();
+  if (mBytes.GetLength() >= QovJbf::kHeaderSize) CheckVersion();
   if (hasRoot && root[0] != 0 && root[1] != 0) return true;
-  mFindings.Error("unfinished", Place::InFile(kHeaderSize),
+  mFindings.Error("unfinished", Place::InFile(kRootPosition),
                   "The file is unfinished: it has no index, as an interrupted save leaves it.");
   return false;
 }
 
 void Container::CheckVersion() {
-  std::array<char, 5> text{};
-  mBytes.Read(kMagic.size(), text.data(), 4);
+  std::array<char, QovJbf::kVersionSize + 1> text{};
+  mBytes.Read(QovJbf::kVersionPosition, text.data(), QovJbf::kVersionSize);
   mVersion = text.data();
-  const Place place = Place::InFile(kMagic.size());
+  const Place place = Place::InFile(QovJbf::kVersionPosition);
   try {
     QovJbf::JbFile::CheckSupport(mVersion, mHasWideOffsets);
   } catch (const Util::Exception&) {
@@ -131,7 +125,7 @@ bool Container::ReadIndex() {
   const QovRyx::ProgressReport progress(mBytes.GetLength());
   std::uint64_t position = mFirstBlock;
   for (std::size_t k = 0; k < mBlocks.size(); ++k) {
-    const bool isIndex = IsIndexBlock(mStreams[mBlocks[k].mStream].mName);
+    const bool isIndex = QovJbf::IsIndexBlockName(mStreams[mBlocks[k].mStream].mName);
     if (isIndex && !ReadIndexBlock(k, position)) return false;
     position += mBlocks[k].mSize;
     QovRyx::ProgressReport::Advance(mBlocks[k].mSize);
@@ -140,17 +134,18 @@ bool Container::ReadIndex() {
 }
 
 bool Container::ReadRoot() {
-  const Place place = Place::InFile(kHeaderSize);
+  const Place place = Place::InFile(kRootPosition);
   std::uint32_t length = 0;
-  mBytes.Read(kHeaderSize, &length, sizeof length);
-  mFirstBlock = kHeaderSize + sizeof length + length;
+  mBytes.Read(kRootPosition, &length, kRootLengthSize);
+  const std::uint64_t begin = kRootPosition + kRootLengthSize;
+  mFirstBlock = begin + length;
   if (mFirstBlock > mBytes.GetLength()) {
     mFindings.Error("index", place,
                     fmt::format("The root index should take {} bytes, but the file ends after {}.",
-                                length, mBytes.GetLength() - kHeaderSize - sizeof length));
+                                length, mBytes.GetLength() - begin));
     return false;
   }
-  QovJbf::Block items = ReadPlain(mBytes, kHeaderSize + sizeof length, length);
+  QovJbf::Block items = ReadPlain(mBytes, begin, length);
   return AppendItems(items, place);
 }
 
@@ -222,16 +217,16 @@ void Container::AppendItem(const IndexItem& item) {
 void Container::CheckItem(const IndexItem& item) {
   Place place = Place::InStream(item.mName);
   place.mBlock = mBlocks.size();
-  if (item.mName.starts_with(kEmptySlot)) {
+  if (QovJbf::IsEmptyBlockName(item.mName)) {
     if (item.mSize == 0) return;
     mFindings.Error("reserved-name", place,
                     fmt::format("A slot that is free takes {} bytes.", item.mSize));
-  } else if (item.mName.starts_with('\v') && !IsIndexBlock(item.mName)) {
+  } else if (QovJbf::IsReservedName(item.mName) && !QovJbf::IsIndexBlockName(item.mName)) {
     mFindings.Warning("reserved-name", place, "Names that begin so are reserved.");
   } else if (item.mName.empty()) {
     mFindings.Warning("reserved-name", place, "The block belongs to a stream without a name.");
   }
-  if ((item.mFlags & ~kKnownFlags) == 0 && item.mFlags2 == 0) return;
+  if ((item.mFlags & ~QovJbf::kKnownBlockFlags) == 0 && item.mFlags2 == 0) return;
   mFindings.Warning("flags", place,
                     fmt::format("The block has flags that are not known: 0x{:02X}, 0x{:02X}.",
                                 item.mFlags, item.mFlags2));
@@ -255,8 +250,9 @@ void Container::CheckBlocks() {
 
 void Container::CheckStreamNames() {
   for (const Stream& stream : mStreams) {
-    if (stream.mName.empty() || stream.mName.front() == '\v' || QovRyx::IsModelStream(stream.mName))
-      continue;
+    const bool isKnown =
+        QovJbf::IsReservedName(stream.mName) || QovRyx::IsModelStream(stream.mName);
+    if (stream.mName.empty() || isKnown) continue;
     mFindings.Warning("unknown-stream", Place::InStream(stream.mName),
                       "No stream of this name is known; a merge would leave it out.");
   }
@@ -306,7 +302,7 @@ bool Container::OpenForReading() {
     mFile.ReadIndex();
     return true;
   } catch (const Util::Exception& error) {
-    mFindings.Error("index", Place::InFile(kHeaderSize),
+    mFindings.Error("index", Place::InFile(kRootPosition),
                     fmt::format("The index cannot be read: {}.", error.GetLogMessage()));
     return false;
   }

@@ -13,12 +13,10 @@
 #include "check/ModelContent.h"
 #include "check/RecordStage.h"
 #include "check/TreeStage.h"
+#include "container/ContainerFormat.h"
 
 namespace Qov::Tools {
 namespace {
-
-/// The oldest files have no views that could be read.
-constexpr const char* kVersionWithoutViews = "0.1";
 
 FileReport::Kind FindKind(const Container& container) {
   if (container.HasStream(QovRyx::kRyxTree)) return FileReport::Kind::Model;
@@ -71,9 +69,9 @@ void CheckFile(const std::string& path, FileReport& report) {
   if (!hasStreams) return;
   report.mKind = FindKind(container);
   CheckParts(container, report);
-  const bool isOldest = container.GetVersion() == kVersionWithoutViews;
+  const bool hasViews = QovJbf::HasViews(container.GetVersion());
   const std::string nothing = "The container holds neither a model nor view points.";
-  if (report.mKind == FileReport::Kind::Unknown && isOldest) {
+  if (report.mKind == FileReport::Kind::Unknown && !hasViews) {
     findings.Warning("no-model", {}, nothing);  // as its view-point files do
   } else if (report.mKind == FileReport::Kind::Unknown) {
     findings.Error("no-model", {}, nothing);
@@ -82,7 +80,7 @@ void CheckFile(const std::string& path, FileReport& report) {
   }
   CheckHistory(container, findings);
   CheckViews(container, findings);
-  const bool canLoad = report.mKind == FileReport::Kind::Model || !isOldest;
+  const bool canLoad = report.mKind == FileReport::Kind::Model || hasViews;
   if (findings.GetNumErrors() == 0 && canLoad) CheckLoading(path, findings);
 }
 

@@ -11,6 +11,7 @@
 #include "Qov/Ryx/ViewPoint.h"
 #include "check/RecordCheck.h"
 #include "check/TreeStage.h"
+#include "container/ContainerFormat.h"
 
 namespace Qov::Tools {
 namespace {
@@ -122,11 +123,11 @@ void TakeViews(StreamCursor& cursor, Findings& findings) {
 /// Whether the views can be read by the rules of the file's version.
 bool AreReadable(const std::string& version, Findings& findings) {
   const Place place = Place::InStream(QovRyx::kViewPoints);
-  if (version == "0.1") {
+  if (!QovJbf::HasViews(version)) {
     findings.Warning("views-unread", place, "Views of files of version 0.1 are not read.");
     return false;
   }
-  if (version != "0.1a" && version != "0.1b" && version != "0.2") return true;
+  if (QovJbf::HasRecordSizes(version)) return true;
   findings.Error("views-unread", place,
                  fmt::format("Views of files of version {} cannot be read: their records have no "
                              "sizes.",

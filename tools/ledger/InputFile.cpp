@@ -5,14 +5,12 @@
 #include "ErrorText.h"
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Util/Raise.h"
+#include "container/ContainerFormat.h"
 
 namespace Qov::Tools {
 namespace {
 
 using QovRyx::Tree;
-
-constexpr off_t kHeaderSize = 12;
-constexpr const char* kVersionWithoutViews = "0.1";
 
 void LoadModel(InputFile& input) {
   Tree::IdMap ids;
@@ -33,7 +31,7 @@ void LoadFurtherModel(InputFile& input) {
 
 void CheckHeaderSize(const QovJbf::JbFile& file) {
   ::fseeko(file.GetStream(), 0, SEEK_END);
-  if (::ftello(file.GetStream()) >= kHeaderSize) return;
+  if (::ftello(file.GetStream()) >= off_t{QovJbf::kHeaderSize}) return;
   Util::Raise("tools/ledger/InputFile", Util::Exception::ErrorType::ReadError,
               "\"" + file.GetPath() + "\" is too short for a view-point file");
 }
@@ -43,7 +41,7 @@ void LoadViewFile(InputFile& input) {
   file.OpenFile(input.mPath, "rb");
   CheckHeaderSize(file);
   const std::string version = file.ReadVersion();
-  if (version == kVersionWithoutViews) {
+  if (!QovJbf::HasViews(version)) {
     input.mNote = "of version 0.1, whose views are not read";
   } else {
     const QovRyx::FileVersionScope scope(version);

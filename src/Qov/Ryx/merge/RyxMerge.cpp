@@ -16,13 +16,11 @@
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
+#include "container/ContainerFormat.h"
 #include "model/HistoryDate.h"
 
 namespace QovRyx {
 namespace {
-
-/// The magic and the version text.
-constexpr off_t kHeaderSize = 12;
 
 /// How one instance merge renames and what it takes.
 struct InstanceNaming {
@@ -70,7 +68,7 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
 
 void CheckHeaderSize(const QovJbf::JbFile& file) {
   ::fseeko(file.GetStream(), 0, SEEK_END);
-  if (::ftello(file.GetStream()) >= kHeaderSize) return;
+  if (::ftello(file.GetStream()) >= off_t{QovJbf::kHeaderSize}) return;
   Qov::Util::Raise(kMergeSource, Qov::Util::Exception::ErrorType::ReadError,
                    Qov::Util::Quote(file.GetPath()) + " is too short for a view-point file");
 }
@@ -82,13 +80,11 @@ std::string OpenViewPointFile(QovJbf::JbFile& file, const std::string& path) {
   return file.ReadVersion();
 }
 
-bool HasVersionWithViews(const std::string& version) { return version != "0.1"; }
-
 /// Reads the views, so that a damaged file does not fail the run after the merge.
 void CheckViewPointFile(const std::string& path) {
   QovJbf::JbFile file;
   const std::string version = OpenViewPointFile(file, path);
-  if (!HasVersionWithViews(version)) return;
+  if (!QovJbf::HasViews(version)) return;
   const FileVersionScope scope(version);
   file.ReadIndex();
   Tree views(false);
@@ -103,7 +99,7 @@ void AddViewPoints(Tree& tree, const std::string& path) {
   Qov::Log::Trace(kMergeSource) << "Loading view points of " << Qov::Util::Quote(path) << " ...";
   QovJbf::JbFile file;
   const std::string version = OpenViewPointFile(file, path);
-  if (HasVersionWithViews(version)) {
+  if (QovJbf::HasViews(version)) {
     const FileVersionScope scope(version);
     tree.LoadViewPathVec(file);
     ReportUnknownStreams(path, FindUnknownStreams(file.GetIndex().GetItems()));

@@ -5,6 +5,8 @@
 #include <functional>
 #include <utility>
 
+#include "container/ContainerFormat.h"
+
 namespace QovRyx {
 
 void Geometry::VarStruct::TakeValueFieldsOf(const VarStruct& other) {
@@ -25,7 +27,7 @@ void Geometry::VarStruct::TakeValuesOf(const VarStruct& owner) {
 }
 
 std::string Geometry::GetVersion() const {
-  return QovJbf::ryx_file_version == "0.6" ? "0.6" : "0.7";
+  return QovJbf::ryx_file_version == QovJbf::kLastVersionWithNarrowOffsets ? "0.6" : "0.7";
 }
 
 void Geometry::RenameVariable(std::size_t position, std::string name) {

@@ -4,13 +4,9 @@
 #include <array>
 #include <set>
 
+#include "container/ContainerFormat.h"
+
 namespace QovRyx {
-namespace {
-
-/// The first character of the names of free slots and index blocks.
-constexpr char kReservedMark = '\v';
-
-}  // namespace
 
 bool IsModelStream(std::string_view name) {
   const std::array known = {&kHeavyData, &kRyxTree,    &kLightData,        &kAttributes,
@@ -23,7 +19,7 @@ std::vector<std::string> FindUnknownStreams(const std::vector<QovJbf::IndexItem>
   std::set<std::string_view> seen;
   for (const QovJbf::IndexItem& item : items) {
     const std::string& name = item.mName;
-    if (item.mSize == 0 || name.starts_with(kReservedMark) || IsModelStream(name)) continue;
+    if (item.mSize == 0 || QovJbf::IsReservedName(name) || IsModelStream(name)) continue;
     if (seen.insert(name).second) unknown.push_back(name);
   }
   return unknown;

@@ -13,6 +13,7 @@
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
 #include "TreeReader.h"
+#include "container/ContainerFormat.h"
 
 namespace QovRyx {
 namespace {
@@ -136,7 +137,7 @@ void Tree::LoadFile(const std::string& path, IdMap& idMap, ReadMode mode) {
 
 void Tree::LoadViews(QovJbf::JbFile& file) {
   if (!file.HasStream(kViewPoints)) return;
-  if (mFileVersion == "0.1") {
+  if (!QovJbf::HasViews(mFileVersion)) {
     mUnread.Add("the views of a file of version 0.1");
     return;
   }

@@ -1,7 +1,5 @@
 #include "Qov/Ryx/BlockVersionedIo.h"
 
-#include <algorithm>
-#include <array>
 #include <cstring>
 #include <limits>
 #include <utility>
@@ -9,6 +7,7 @@
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
+#include "container/ContainerFormat.h"
 
 namespace QovJbf {
 
@@ -28,12 +27,6 @@ constexpr int kAboveAllRungs = std::numeric_limits<int>::max();
 int ParseRung(std::string_view tag) {
   const bool isRung = tag.size() == 3 && tag.substr(0, 2) == "0." && tag[2] >= '1' && tag[2] <= '9';
   return isRung ? tag[2] - '0' : 0;
-}
-
-/// Files of these versions were written before records got their size.
-bool HasRecordSizes(const std::string& fileVersion) {
-  constexpr std::array<std::string_view, 4> kWithoutSizes{"0.1", "0.1a", "0.1b", "0.2"};
-  return std::find(kWithoutSizes.begin(), kWithoutSizes.end(), fileVersion) == kWithoutSizes.end();
 }
 
 /// Fails as reading would, but before memory is taken.
