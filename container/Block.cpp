@@ -13,6 +13,10 @@
 namespace QovJbf {
 
 using Qov::Util::Raise;
+using Qov::Util::RaiseNotEnoughBytes;
+using Qov::Util::RaiseOutOfMemory;
+using Qov::Util::RaiseReadError;
+using Qov::Util::RaiseWriteError;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
@@ -21,7 +25,7 @@ constexpr const char* kGrowthVariable = "TELMORAX_DEFAULT_RYX_BLOCK_SIZE";
 
 void WriteBytes(std::FILE* file, const void* data, std::size_t n) {
   if (std::fwrite(data, 1, n, file) != n) {
-    Raise(kBlockSource, ErrorType::WriteError, "Unable to write to file");
+    RaiseWriteError(kBlockSource);
   }
 }
 
@@ -34,7 +38,7 @@ Block::~Block() { std::free(mData); }
 void Block::AllocateAdditionalMemory(std::uint64_t extra) {
   if (extra == 0) return;
   void* grown = std::realloc(mData, mCapacity + extra);
-  if (grown == nullptr) Raise(kBlockSource, ErrorType::MemoryAllocationError);
+  if (grown == nullptr) RaiseOutOfMemory(kBlockSource);
   mData = static_cast<unsigned char*>(grown);
   mCapacity += extra;
 }
@@ -42,7 +46,7 @@ void Block::AllocateAdditionalMemory(std::uint64_t extra) {
 void Block::CheckFreeSpaceAndAllocateMemory(const std::uint32_t& at, std::uint32_t n) {
   const std::uint64_t end = std::uint64_t{at} + n;
   if (end > kLargestBlock) {
-    Raise(kBlockSource, ErrorType::MemoryAllocationError);
+    RaiseOutOfMemory(kBlockSource);
   }
   if (end < mCapacity) return;
   QOV_ASSERT(!IsReleased());
@@ -65,7 +69,7 @@ std::uint32_t Block::Put(const void* source, std::uint32_t n) {
 void Block::Get(void* target, std::uint32_t n) {
   if (n == 0) return;
   if (n > GetRemaining()) {
-    Raise(kBlockSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+    RaiseNotEnoughBytes(kBlockSource);
   }
   QOV_ASSERT(!IsReleased());
   std::memcpy(target, mData + mPosition, n);
@@ -81,7 +85,7 @@ void Block::Read(std::FILE* file, std::uint32_t n) {
   if (n == 0) return;
   CheckFreeSpaceAndAllocateMemory(mPosition, n);
   if (std::fread(mData + mPosition, 1, n, file) != n) {
-    Raise(kBlockSource, ErrorType::ReadError, "Unable to read from file");
+    RaiseReadError(kBlockSource);
   }
   mSize = std::max(mSize, mPosition + n);
 }

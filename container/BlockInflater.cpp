@@ -13,7 +13,7 @@ BlockInflater::BlockInflater(SourceFile& source, std::uint64_t position, std::ui
                              std::uint32_t rawLength)
     : mSource(source), mPosition(position), mStoredLeft(storedSize), mRawLength(rawLength) {
   if (inflateInit(&mStream) != Z_OK) {
-    Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+    Qov::Util::RaiseOutOfMemory(kStreamReaderSource);
   }
 }
 

@@ -8,8 +8,8 @@
 
 namespace QovJbf {
 
-using Qov::Util::Raise;
-using ErrorType = Qov::Util::Exception::ErrorType;
+using Qov::Util::RaiseNotEnoughBytes;
+using Qov::Util::RaiseOutOfMemory;
 
 namespace {
 
@@ -76,7 +76,7 @@ namespace Detail {
 
 void CheckCount(const Block& block, std::uint64_t count, std::uint64_t leastSize) {
   if (count * leastSize > block.GetRemaining()) {
-    Raise(kBlockSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+    RaiseNotEnoughBytes(kBlockSource);
   }
 }
 
@@ -89,7 +89,7 @@ std::string_view GetBytesFrom(const Block& block, std::uint32_t start) {
 void PutCount(Block& block, std::size_t count, std::size_t leastSize) {
   const std::uint64_t room = kLargestBlock - block.GetPosition();
   if (count > kLargestBlock || kCountSize + count * leastSize > room) {
-    Raise(kBlockSource, ErrorType::MemoryAllocationError);
+    RaiseOutOfMemory(kBlockSource);
   }
   CopyToBlock(block, static_cast<std::uint32_t>(count));
 }

@@ -13,8 +13,7 @@
 
 namespace QovJbf {
 
-using Qov::Util::Raise;
-using ErrorType = Qov::Util::Exception::ErrorType;
+using Qov::Util::RaiseOutOfMemory;
 
 namespace {
 
@@ -67,7 +66,7 @@ Chunk BlockOutput::TakeChunk() {
   try {
     return mQueue.GetPool().Take();
   } catch (const std::bad_alloc&) {
-    Raise(kIndexSource, ErrorType::MemoryAllocationError);
+    RaiseOutOfMemory(kIndexSource);
   }
 }
 
@@ -129,7 +128,7 @@ void BlockOutput::WriteRawSize(Entry& entry, std::FILE* file, std::uint64_t posi
 std::uint32_t BlockOutput::RemoveFirst() {
   const std::uint64_t written = mBlocks.begin()->second.mWritten;
   if (written > kLargestBlock) {
-    Raise(kIndexSource, ErrorType::MemoryAllocationError);
+    RaiseOutOfMemory(kIndexSource);
   }
   mBlocks.erase(mBlocks.begin());
   --mNumWhole;

@@ -11,8 +11,7 @@
 
 namespace QovJbf {
 
-using Qov::Util::Raise;
-using ErrorType = Qov::Util::Exception::ErrorType;
+using Qov::Util::RaiseOutOfMemory;
 
 namespace {
 
@@ -34,7 +33,7 @@ void BlockZlibCompressor::operator()(Block& block) {
   const int result =
       compress2(output.get() + kRawLengthSize, &length, input.get(), rawLength, mLevel);
   if (result != Z_OK || length > kLargestBlock - kRawLengthSize) {
-    Raise(kCompressorSource, ErrorType::MemoryAllocationError);
+    RaiseOutOfMemory(kCompressorSource);
   }
   block.Attach(output.release(), capacity, static_cast<std::uint32_t>(kRawLengthSize + length));
 }

@@ -85,8 +85,7 @@ void CompressionQueue::Wait() {
 }
 
 void CompressionQueue::RaiseIfFailed() const {
-  if (mHasFailed)
-    Qov::Util::Raise(kCompressorSource, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+  if (mHasFailed) Qov::Util::RaiseOutOfMemory(kCompressorSource);
 }
 
 // From here on, on a worker.

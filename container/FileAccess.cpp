@@ -10,21 +10,12 @@
 
 namespace QovJbf {
 
-using ErrorType = Qov::Util::Exception::ErrorType;
+using Qov::Util::RaiseReadError;
+using Qov::Util::RaiseWriteFailure;
 
 namespace {
 
 constexpr std::uint64_t kLargestOffset = std::numeric_limits<off_t>::max();
-
-[[noreturn]] void RaiseReadError(const char* source, unsigned long line) {
-  Qov::Util::Raise(source, ErrorType::ReadError, "Unable to read from file", line);
-}
-
-/// To be called right after the call that failed, because errno tells the cause.
-[[noreturn]] void RaiseWriteError(const char* source, unsigned long line) {
-  Qov::Util::RaiseSystemFailure(source, ErrorType::WriteError, "Unable to write to file", errno,
-                                line);
-}
 
 }  // namespace
 
@@ -50,16 +41,17 @@ void ReadAt(const char* source, std::FILE* file, std::uint64_t position, void* t
 
 void SeekToWrite(const char* source, std::FILE* file, std::uint64_t position, unsigned long line) {
   // Seeking would flush too, but not tell a full disk from a bad position.
-  if (std::fflush(file) != 0) RaiseWriteError(source, line);
+  if (std::fflush(file) != 0) RaiseWriteFailure(source, errno, line);
   if (fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0) return;
   Qov::Log::Trace(source) << "File positioning failed";
-  Qov::Util::Raise(source, ErrorType::WriteError, "Saving the buffer failed", line);
+  Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::WriteError, "Saving the buffer failed",
+                   line);
 }
 
 void WriteAt(const char* source, std::FILE* file, std::uint64_t position, const void* data,
              std::size_t n, unsigned long line) {
   SeekToWrite(source, file, position, line);
-  if (std::fwrite(data, 1, n, file) != n) RaiseWriteError(source, line);
+  if (std::fwrite(data, 1, n, file) != n) RaiseWriteFailure(source, errno, line);
 }
 
 void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,

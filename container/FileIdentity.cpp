@@ -10,6 +10,7 @@
 namespace QovJbf {
 
 using Qov::Util::Raise;
+using Qov::Util::RaiseReadError;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
@@ -21,7 +22,7 @@ constexpr const char* kSource = "include/Qov/Jbf/FileIdentity";
 FileIdentity::FileIdentity(std::string path, std::FILE* file) : mPath(std::move(path)) {
   struct stat status {};
   if (::fstat(::fileno(file), &status) != 0) {
-    Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+    RaiseReadError(kSource);
   }
   mDevice = status.st_dev;
   mInode = status.st_ino;

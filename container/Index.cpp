@@ -20,6 +20,8 @@
 namespace QovJbf {
 
 using Qov::Util::Raise;
+using Qov::Util::RaiseElementNotFound;
+using Qov::Util::RaiseOutOfMemory;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
@@ -117,7 +119,7 @@ void Index::EncodeItems(std::uint64_t first, std::uint64_t count, Block& block) 
 
 BlockSizeLimiter& Index::GetBlockSizeLimiter(const std::string& name) {
   const auto found = mLimiters.find(name);
-  if (found == mLimiters.end()) Raise(kIndexSource, ErrorType::ElementNotFound);
+  if (found == mLimiters.end()) RaiseElementNotFound(kIndexSource);
   return found->second;
 }
 
@@ -149,10 +151,10 @@ void Index::Put(const std::string& name, std::uint64_t n, const PieceSource& sou
 
 std::uint64_t Index::GetBlockForBytes(const std::string& name, std::uint64_t n) {
   if (n > kLargestBlock) {
-    Raise(kIndexSource, ErrorType::MemoryAllocationError);
+    RaiseOutOfMemory(kIndexSource);
   }
   const std::uint64_t k = GetWritingBlockIndex(name);
-  if (mItems[k].mFrozen) Raise(kIndexSource, ErrorType::ElementNotFound);
+  if (mItems[k].mFrozen) RaiseElementNotFound(kIndexSource);
   return FindRoom(k, n);
 }
 

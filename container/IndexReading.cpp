@@ -19,6 +19,9 @@ namespace QovJbf {
 
 using Qov::Log::Trace;
 using Qov::Util::Raise;
+using Qov::Util::RaiseElementNotFound;
+using Qov::Util::RaiseNotEnoughBytes;
+using Qov::Util::RaiseReadError;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
@@ -35,7 +38,7 @@ void ReadUnlessAbsent(const Reader& read) {
 
 void GetBytes(Block& block, void* target, std::uint64_t n) {
   if (n > kLargestBlock) {
-    Raise(kIndexSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+    RaiseNotEnoughBytes(kIndexSource);
   }
   block.Get(target, static_cast<std::uint32_t>(n));
 }
@@ -60,13 +63,13 @@ std::uint64_t Index::GetReadingBlockIndex(const std::string& name) {
     MoveReading(stream, i);
     return k;
   }
-  Raise(kIndexSource, ErrorType::ElementNotFound);
+  RaiseElementNotFound(kIndexSource);
 }
 
 std::uint64_t Index::GetReadingBlockIndex(const std::string& name, std::FILE* file) {
   if (file != nullptr) WriteAllHandedOver(file);
   BlockSizeLimiter& stream = GetBlockSizeLimiter(name);
-  if (stream.mBlocks.empty()) Raise(kIndexSource, ErrorType::ElementNotFound);
+  if (stream.mBlocks.empty()) RaiseElementNotFound(kIndexSource);
   while (true) {
     const std::uint64_t k = stream.mBlocks[stream.mReading];
     if (IsOnlyInFile(k)) LoadBlock(k, file);
@@ -140,7 +143,7 @@ std::uint32_t Index::GetRawLength(std::uint64_t k, std::FILE* file) {
 
 std::uint64_t Index::GetStreamLength(const std::string& name) const {
   const auto found = mLimiters.find(name);
-  if (found == mLimiters.end()) Raise(kIndexSource, ErrorType::ElementNotFound);
+  if (found == mLimiters.end()) RaiseElementNotFound(kIndexSource);
   const BlockSizeLimiter& stream = found->second;
   const std::size_t known = stream.mStarts.size();
   std::uint64_t length = known > 0 ? stream.mStarts.back() : 0;
@@ -199,7 +202,7 @@ void Index::AppendItems(Block& block, std::uint64_t fileLength) {
   const std::uint32_t count = Detail::GetCount<IndexItem>(block);
   // Compressed index blocks could list more than the machine can hold.
   if (count > fileLength || mItems.size() > fileLength - count) {
-    Raise(kIndexSource, ErrorType::ReadError, "Unable to read from file");
+    RaiseReadError(kIndexSource);
   }
   for (std::uint32_t i = 0; i < count; ++i) CopyFromBlock(block, mItems.emplace_back());
 }
@@ -207,7 +210,7 @@ void Index::AppendItems(Block& block, std::uint64_t fileLength) {
 void Index::ReadIndexBufferFromFileStream(std::FILE* file, std::uint32_t length) {
   Trace(kIndexSource) << "Reading index block ... ";
   const off_t position = ftello(file);
-  if (position < 0) Raise(kIndexSource, ErrorType::ReadError, "Unable to read from file");
+  if (position < 0) RaiseReadError(kIndexSource);
   Index read;
   read.mIndexPosition = static_cast<std::uint64_t>(position);
   read.mIndexLength = length;

@@ -17,6 +17,7 @@
 namespace QovJbf {
 
 using Qov::Util::Raise;
+using Qov::Util::RaiseOutOfMemory;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 void Index::StreamToFile(const std::string& name, std::FILE* file, std::uint64_t expectedLength) {
@@ -58,7 +59,7 @@ void Index::Stream(std::uint64_t k, std::uint64_t n, const PieceSource& source) 
   QOV_ASSERT(mpFile != nullptr);
   const std::uint64_t size = mItems[k].mRawSize + n;
   if (size > kLargestBlock) {
-    Raise(kIndexSource, ErrorType::MemoryAllocationError);
+    RaiseOutOfMemory(kIndexSource);
   }
   const std::uint32_t limit = GetBlockSizeLimiter(mItems[k].mName).mLimit;
   if (size > limit) GetOutput().AllowExcess(size - limit);

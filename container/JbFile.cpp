@@ -21,13 +21,16 @@ namespace QovJbf {
 
 using Qov::Log::Trace;
 using Qov::Util::Raise;
+using Qov::Util::RaiseElementNotFound;
+using Qov::Util::RaiseReadError;
+using Qov::Util::RaiseWriteError;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
 
 void WriteBytes(std::FILE* file, const void* data, std::size_t n) {
   if (std::fwrite(data, 1, n, file) != n) {
-    Raise(kJbFileSource, ErrorType::WriteError, "Unable to write to file");
+    RaiseWriteError(kJbFileSource);
   }
 }
 
@@ -92,7 +95,7 @@ void JbFile::CloseFile() {
   }
   const bool isClosed = std::fclose(std::exchange(mStream, nullptr)) == 0;
   if (!isClosed && mIsWritable) {
-    Raise(kJbFileSource, ErrorType::WriteError, "Unable to write to file");
+    RaiseWriteError(kJbFileSource);
   }
   Trace(kJbFileSource) << "File closed.";
 }
@@ -124,7 +127,7 @@ void JbFile::WriteHeader() {
   std::array<char, kVersionSize> version{};
   std::snprintf(version.data(), version.size(), "%s", kCurrentFileVersion);
   if (mStream == nullptr || fseeko(mStream, 0, SEEK_SET) != 0) {
-    Raise(kJbFileSource, ErrorType::WriteError, "Unable to write to file");
+    RaiseWriteError(kJbFileSource);
   }
   WriteBytes(mStream, kMagic.data(), kMagic.size());
   WriteBytes(mStream, version.data(), version.size());
@@ -144,7 +147,7 @@ void JbFile::ReadIndexIfNeeded() {
 
 Block& JbFile::GetReadingBlock(const std::string& name) {
   ReadIndexIfNeeded();
-  if (mStream == nullptr) Raise(kJbFileSource, ErrorType::ElementNotFound);
+  if (mStream == nullptr) RaiseElementNotFound(kJbFileSource);
   return mIndex.GetBlock(mIndex.GetReadingBlockIndex(name, mStream));
 }
 
@@ -171,7 +174,7 @@ bool JbFile::HasStream(const std::string& name) {
 }
 
 std::shared_ptr<StreamReader> JbFile::OpenStreamReader(const std::string& name) {
-  if (mStream == nullptr) Raise(kJbFileSource, ErrorType::ReadError, "Unable to read from file");
+  if (mStream == nullptr) RaiseReadError(kJbFileSource);
   std::vector<StreamReader::StoredBlock> blocks;
   if (HasStream(name)) {
     for (const std::uint64_t k : mIndex.GetBlockSizeLimiter(name).mBlocks) {

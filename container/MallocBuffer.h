@@ -18,7 +18,7 @@ using MallocBuffer = std::unique_ptr<unsigned char, FreeDeleter>;
 /// Raises MemoryAllocationError from `source`.
 inline MallocBuffer AllocateBuffer(const char* source, std::uint64_t size) {
   MallocBuffer buffer(static_cast<unsigned char*>(std::malloc(size > 0 ? size : 1)));
-  if (!buffer) Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+  if (!buffer) Qov::Util::RaiseOutOfMemory(source);
   return buffer;
 }
 

@@ -15,13 +15,12 @@ void CheckRawLength(const char* source, std::uint32_t rawLength, std::uint32_t s
   if (storedSize >= kRawLengthSize && rawLength <= GetLargestContent(storedSize - kRawLengthSize)) {
     return;
   }
-  Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::OutOfBounds,
-                   "Not enough bytes in the block");
+  Qov::Util::RaiseNotEnoughBytes(source);
 }
 
 void ThrowInflateError(const char* source, int zlibResult) {
   if (zlibResult == Z_MEM_ERROR) {
-    Qov::Util::Raise(source, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+    Qov::Util::RaiseOutOfMemory(source);
   }
   ThrowDamagedBlock(zlibResult);
 }

@@ -39,8 +39,7 @@ void SourceFile::Open() {
   mFile = OpenSharingHandles(GetPath());
   if (mFile == nullptr && errno == ENOENT) mIdentity.RaiseChanged();
   if (mFile == nullptr) {
-    Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::ReadError,
-                     "Unable to read from file");
+    Qov::Util::RaiseReadError(kStreamReaderSource);
   }
   GetOpenSources().push_front(this);
   try {

@@ -72,8 +72,7 @@ template <class ReadPart>
 void StreamReader::State::ForEachPart(std::uint64_t offset, void* target, std::size_t n,
                                       ReadPart readPart) {
   if (n > mStarts.back() || offset > mStarts.back() - n) {
-    Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::OutOfBounds,
-                     "Not enough bytes in the block");
+    Qov::Util::RaiseNotEnoughBytes(kStreamReaderSource);
   }
   const auto after = std::upper_bound(mStarts.begin(), mStarts.end(), offset);
   auto* bytes = static_cast<unsigned char*>(target);

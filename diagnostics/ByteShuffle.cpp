@@ -20,7 +20,7 @@ using Buffer = std::unique_ptr<unsigned char[]>;
 /// A copy of the first `size` bytes of an array, from which it is then filled again.
 Buffer CopyBytes(const void* bytes, std::size_t size) {
   Buffer copy(new (std::nothrow) unsigned char[size]);
-  if (!copy) Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MemoryAllocationError);
+  if (!copy) Qov::Util::RaiseOutOfMemory(kSource);
   std::memcpy(copy.get(), bytes, size);
   return copy;
 }

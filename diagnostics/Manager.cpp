@@ -61,7 +61,7 @@ template <class Part>
 std::size_t Manager::Registry<Part>::IndexOf(const std::string& name) const {
   const auto entry = mIndices.find(name);
   if (entry == mIndices.end()) {
-    Util::Raise(kSource, Util::Exception::ErrorType::ElementNotFound);
+    Qov::Util::RaiseElementNotFound(kSource);
   }
   return entry->second;
 }

@@ -7,8 +7,11 @@
 namespace Qov::Util {
 namespace {
 
-/// What stands in reports where other systems name a function.
+using ErrorType = Exception::ErrorType;
+
+/// The name of the failing function. Reports have a place for it that is not used.
 constexpr const char* kMethod = "<unknown>";
+constexpr const char* kWriteFailure = "Unable to write to file";
 
 }  // namespace
 
@@ -30,6 +33,30 @@ void RaiseSystemFailure(const char* source, Exception::ErrorType type,
   Exception exception(type, description.c_str(), source, line, kMethod);
   exception.SetCause(cause);
   throw exception;
+}
+
+void RaiseOutOfMemory(const char* source, unsigned long line) {
+  Raise(source, ErrorType::MemoryAllocationError, line);
+}
+
+void RaiseNotEnoughBytes(const char* source, unsigned long line) {
+  Raise(source, ErrorType::OutOfBounds, "Not enough bytes in the block", line);
+}
+
+void RaiseElementNotFound(const char* source, unsigned long line) {
+  Raise(source, ErrorType::ElementNotFound, line);
+}
+
+void RaiseReadError(const char* source, unsigned long line) {
+  Raise(source, ErrorType::ReadError, "Unable to read from file", line);
+}
+
+void RaiseWriteError(const char* source, unsigned long line) {
+  Raise(source, ErrorType::WriteError, kWriteFailure, line);
+}
+
+void RaiseWriteFailure(const char* source, int error, unsigned long line) {
+  RaiseSystemFailure(source, ErrorType::WriteError, kWriteFailure, error, line);
 }
 
 }  // namespace Qov::Util

@@ -29,15 +29,10 @@ int ParseRung(std::string_view tag) {
   return isRung ? tag[2] - '0' : 0;
 }
 
-/// Fails as reading would, but before memory is taken.
-[[noreturn]] void RaiseNotEnoughBytes() {
-  Raise(kSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
-}
-
 std::string ReadTag(Block& block) {
   std::uint32_t length = 0;
   CopyFromBlock(block, length);
-  if (length > block.GetRemaining()) RaiseNotEnoughBytes();
+  if (length > block.GetRemaining()) Qov::Util::RaiseNotEnoughBytes(kSource);
   std::string tag(length, '\0');
   block.Get(tag.data(), length);
   return tag;
@@ -48,7 +43,7 @@ std::uint32_t ReadEnd(Block& block) {
   const std::uint32_t start = block.GetPosition();
   std::uint32_t size = 0;
   CopyFromBlock(block, size);
-  if (size > block.GetSize() - start) RaiseNotEnoughBytes();
+  if (size > block.GetSize() - start) Qov::Util::RaiseNotEnoughBytes(kSource);
   return start + size;
 }
 
