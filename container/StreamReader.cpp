@@ -227,7 +227,7 @@ void StreamReader::VerifyBefore(std::uint64_t offset) {
   }
 }
 
-std::uint64_t StreamReader::GetNumInVain() const { return mpState->mAllInVain; }
+std::uint64_t StreamReader::GetNumDiscarded() const { return mpState->mAllInVain; }
 
 std::optional<StreamReader::BlockExtent> StreamReader::FindBlock(std::uint64_t offset,
                                                                  std::uint64_t n) const {

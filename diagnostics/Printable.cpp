@@ -44,7 +44,8 @@ std::string EscapeUnless(std::string_view text, IsKept isKept) {
   while (!text.empty()) {
     const Utf8Character character = DecodeFirst(text);
     const std::string_view bytes = text.substr(0, std::max<std::size_t>(character.mLength, 1));
-    const bool isSafe = character.mLength > 0 && (isKept(bytes) || !IsTreacherous(character.mCode));
+    const bool isSafe =
+        character.mLength > 0 && (isKept(bytes) || !IsUnsafeToPrint(character.mCode));
     printable += isSafe ? std::string(bytes) : HexBytes(bytes);
     text.remove_prefix(bytes.size());
   }
@@ -53,7 +54,7 @@ std::string EscapeUnless(std::string_view text, IsKept isKept) {
 
 }  // namespace
 
-bool IsTreacherous(char32_t code) {
+bool IsUnsafeToPrint(char32_t code) {
   const bool isNoncharacter = (code & 0xFFFE) == 0xFFFE;  // the last two of each plane
   return isNoncharacter ||
          std::any_of(kTreacherous.begin(), kTreacherous.end(), [code](const Range& range) {

@@ -38,7 +38,7 @@ std::string ErrorText(const std::exception& error) {
   }
   while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
   if (hasLines) std::replace(text.begin(), text.end(), '\n', ' ');
-  const auto* concerns = dynamic_cast<const Util::ConcernsFile*>(&error);
+  const auto* concerns = dynamic_cast<const Util::FileContext*>(&error);
   if (concerns != nullptr && !concerns->GetCause().empty()) text += ": " + concerns->GetCause();
   return text;
 }

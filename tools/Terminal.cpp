@@ -78,7 +78,7 @@ std::string Escape(std::string_view text, const TextStyle& style) {
     } else if (bytes == "\\") {
       escaped += "\\\\";
     } else if (character.mLength == 0 || character.mCode == kSeparatorMark ||
-               Util::IsTreacherous(character.mCode) || (asciiOnly && character.mLength > 1)) {
+               Util::IsUnsafeToPrint(character.mCode) || (asciiOnly && character.mLength > 1)) {
       escaped += HexBytes(bytes);
     } else {
       escaped += bytes;

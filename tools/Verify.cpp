@@ -9,7 +9,7 @@
 #include "Command.h"
 #include "ErrorText.h"
 #include "OptionValues.h"
-#include "Qov/Util/ConcernsFile.h"
+#include "Qov/Util/FileContext.h"
 #include "check/UnreadContent.h"
 #include "ledger/LedgerReport.h"
 #include "ledger/Recount.h"
@@ -69,8 +69,8 @@ bool LoadOutput(const std::string& path, QovRyx::Tree& output, Verdict& verdict)
 
 /// Why an array or a node set of an input cannot be read, and of which one.
 Obstacle UnreadableInput(const std::exception& error) {
-  const auto* concerned = dynamic_cast<const Util::ConcernsFile*>(&error);
-  const std::string path = concerned == nullptr ? "" : concerned->GetConcernedFile();
+  const auto* concerned = dynamic_cast<const Util::FileContext*>(&error);
+  const std::string path = concerned == nullptr ? "" : concerned->GetFilePath();
   return {path, FileErrorText(path, error), ""};
 }
 

@@ -51,11 +51,11 @@ TEST(RyxEscape, EscapesInvisibleCharacters) {
        U"\x9F\u00AD\u034F\u061C\u115F\u180E\u200B\u2029\u202E\u2064\u206A\u206F\u3164\uFDD0\uFE0F"
        U"\uFEFF\uFFA0\uFFF9"
        U"\U0001D173\U0001FFFE\U000E0001\U000E0100\U0010FFFF") {
-    EXPECT_TRUE(Util::IsTreacherous(code)) << static_cast<std::uint32_t>(code);
+    EXPECT_TRUE(Util::IsUnsafeToPrint(code)) << static_cast<std::uint32_t>(code);
   }
   for (const char32_t code : {U' ', U'~', U'\u00AC', U'\u00E4', U'\u2010', U'\u205F', U'\uFFFD',
                               U'\U0001F600', U'\U000E1000'}) {
-    EXPECT_FALSE(Util::IsTreacherous(code)) << static_cast<std::uint32_t>(code);
+    EXPECT_FALSE(Util::IsUnsafeToPrint(code)) << static_cast<std::uint32_t>(code);
   }
 }
 

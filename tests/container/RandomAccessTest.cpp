@@ -53,7 +53,7 @@ TEST(RandomAccess, DoesNotDecompressABlockEachTime) {
     reader->Read(offset, part.data(), part.size());
     ASSERT_EQ(part, content.substr(offset, part.size())) << offset;
   }
-  EXPECT_LT(reader->GetNumInVain(), 6 * content.size());
+  EXPECT_LT(reader->GetNumDiscarded(), 6 * content.size());
 }
 
 /// Reads a stream in order, in pieces of at most `piece` bytes, verified or not. Returns the number

@@ -6,7 +6,7 @@
 
 #include "ErrorText.h"
 #include "Qov/Ryx/Progress.h"
-#include "Qov/Util/ConcernsFile.h"
+#include "Qov/Util/FileContext.h"
 #include "Recount.h"
 
 namespace Qov::Tools {
@@ -101,7 +101,7 @@ void Recount::CompareArray(const ExpectedNode& node, ExpectedResult& expected,
   Values wantedValues;
   Values foundValues;
   QovRyx::ProgressReport::Advance(wanted.GetSize());
-  Util::Concerning(mInputs[expected.mInput].mPath, [&] { wanted.GetValues(wantedValues); });
+  Util::WithFileContext(mInputs[expected.mInput].mPath, [&] { wanted.GetValues(wantedValues); });
   std::string text = TryToRead([&] { found.GetValues(foundValues); });
   if (text.empty()) text = DescribeDifference(wantedValues, foundValues, result.HoldsUnsigned());
   if (!text.empty()) Report(node, expected, text);
@@ -115,7 +115,7 @@ void Recount::CompareSets(ExpectedNode& node) {
   if (output == nullptr) return;
   node.mNumSoundSets = 0;
   const auto wanted =
-      Util::Concerning(mInputs[node.mInput].mPath, [source] { return source->GetColumns(); });
+      Util::WithFileContext(mInputs[node.mInput].mPath, [source] { return source->GetColumns(); });
   QovRyx::SetColumns found;
   const std::string trouble = TryToRead([&] { found = output->GetColumns(); });
   if (!trouble.empty()) {

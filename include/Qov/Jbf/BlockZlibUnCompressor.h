@@ -4,7 +4,7 @@
 
 #include "Qov/Export.h"
 #include "Qov/Jbf/BlockTransformation.h"
-#include "Qov/Util/ConcernsFile.h"
+#include "Qov/Util/FileContext.h"
 
 namespace QovJbf {
 
@@ -19,7 +19,7 @@ class QOV_EXPORT BlockZlibUnCompressor : public BlockTransformation {
 };
 
 /// What a zlib stream that cannot be inflated is reported as.
-class QOV_EXPORT DamagedBlock : public std::exception, public Qov::Util::ConcernsFile {
+class QOV_EXPORT DamagedBlock : public std::exception, public Qov::Util::FileContext {
  public:
   const char* what() const noexcept override;
 };

@@ -76,7 +76,7 @@ class QOV_EXPORT StreamReader {
   /// Raises DamagedBlock.
   void VerifyBefore(std::uint64_t offset);
   /// Returns how many bytes were decompressed only to reach those after them.
-  std::uint64_t GetNumInVain() const;
+  std::uint64_t GetNumDiscarded() const;
 
   /// A physical block of the stream, to be copied as it lies in the file.
   struct BlockExtent {

@@ -7,14 +7,14 @@
 #include <exception>
 
 #include "Qov/Export.h"
-#include "Qov/Util/ConcernsFile.h"
+#include "Qov/Util/FileContext.h"
 
 namespace Qov::Util {
 
 /// The one error of the system: a kind, a description, the place that raised it and a report.
 ///
 /// Throw it through Raise() only, which logs the same text first.
-class QOV_EXPORT Exception : public std::exception, public ConcernsFile {
+class QOV_EXPORT Exception : public std::exception, public FileContext {
  public:
   enum class ErrorType : std::uint32_t {
     MemoryAllocationError = 0,
@@ -50,7 +50,7 @@ class QOV_EXPORT Exception : public std::exception, public ConcernsFile {
   Exception(ErrorType type, const char* description, const char* file, unsigned long line,
             const char* method);
 
-  using ConcernsFile::SetCause;
+  using FileContext::SetCause;
 
   /// The whole report, several lines of it.
   const char* what() const noexcept override { return mMessage.data(); }

@@ -11,7 +11,7 @@ namespace Qov::Util {
 
 /// Returns true for control characters, invisible format characters (direction, width, tags), line
 /// separators and noncharacters.
-QOV_EXPORT bool IsTreacherous(char32_t code);
+QOV_EXPORT bool IsUnsafeToPrint(char32_t code);
 
 /// Returns a text of one or more lines with \xNN for every byte of an unsafe character and for
 /// every byte that is not UTF-8. Newlines and tabs stay.

@@ -71,7 +71,7 @@ int MergeIntoFirst(int argc, const char* const* argv, Take take) {
     for (std::size_t i = 1; i < arguments.mInputs.size(); ++i) {
       Tree tree(false);
       LoadModel(tree, arguments.mInputs[i], Tree::ReadMode::WithoutViews);
-      Qov::Util::Concerning(arguments.mInputs[i], [&] { take(tree, *master); });
+      Qov::Util::WithFileContext(arguments.mInputs[i], [&] { take(tree, *master); });
     }
     SaveModel(*master, arguments.mOutput);
   });

@@ -18,10 +18,10 @@ bool IsSameFile(const struct stat& left, const struct stat& right) {
 }  // namespace
 
 void ReportCircumstances(const std::exception& error) {
-  const auto* concerns = dynamic_cast<const Qov::Util::ConcernsFile*>(&error);
+  const auto* concerns = dynamic_cast<const Qov::Util::FileContext*>(&error);
   if (concerns == nullptr) return;
   const std::string& cause = concerns->GetCause();
-  const std::string& path = concerns->GetConcernedFile();
+  const std::string& path = concerns->GetFilePath();
   if (!cause.empty()) std::cerr << "The cause was: " << cause << std::endl;
   if (!path.empty()) std::cerr << "The file was " << Qov::Util::Quote(path) << "." << std::endl;
 }
@@ -88,8 +88,8 @@ void MergeModel(Tree& tree, const std::string& path) {
 
 void SaveModel(Tree& tree, const std::string& output) {
   Qov::Log::Trace(kMergeSource) << "Saving " << Qov::Util::Quote(output) << " ...";
-  Qov::Util::Concerning(output,
-                        [&] { tree.Save(output, true, "", Tree::SupportedFileFormats::Ryx); });
+  Qov::Util::WithFileContext(output,
+                             [&] { tree.Save(output, true, "", Tree::SupportedFileFormats::Ryx); });
 }
 
 std::unique_ptr<Tree> MakeModelTree() {

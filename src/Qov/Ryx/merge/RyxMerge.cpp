@@ -40,7 +40,7 @@ void Rename(Tree& tree, std::uint64_t k, PartLinksMap& links, const InstanceNami
 void RenameFirst(Tree& master, const std::string& path, const InstanceNaming& naming,
                  MergeSummary& summary) {
   PartLinksMap links;
-  Qov::Util::Concerning(path, [&] {
+  Qov::Util::WithFileContext(path, [&] {
     Rename(master, 1, links, naming);
     GenerateLinkedResults(master, links, summary.GetDropped());
   });
@@ -55,7 +55,7 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
   summary.AddViewsLeftOut(path);
   summary.AddNodesLeftOut(tree.GetNodes().GetSize());
   PartLinksMap links;
-  Qov::Util::Concerning(path, [&] {
+  Qov::Util::WithFileContext(path, [&] {
     Rename(tree, k, links, naming);
     if (naming.mAutoRename) {
       AppendOtherInstanceResults(tree, master, summary.GetDropped());
@@ -159,7 +159,7 @@ int merge_viewpoints_with_ryx(const std::string& model,
     LoadModel(*tree, model);
     for (const std::string& path : viewPointFiles) {
       summary.AddInput(path);
-      Qov::Util::Concerning(path, [&] { AddViewPoints(*tree, path); });
+      Qov::Util::WithFileContext(path, [&] { AddViewPoints(*tree, path); });
     }
     SaveModel(*tree, output);
     summary.Tell({"Added the views of ", viewPointFiles.size(), " files"}, *tree, output);
@@ -174,7 +174,7 @@ int check_before_merge(const std::vector<std::string>& models,
     QovJbf::CheckOutputIsFree(output);
     FormatHistoryDate();
     for (const std::string& path : viewPointFiles) {
-      Qov::Util::Concerning(path, [&] { CheckViewPointFile(path); });
+      Qov::Util::WithFileContext(path, [&] { CheckViewPointFile(path); });
     }
   });
 }

@@ -7,7 +7,7 @@
 #include "HeavyPass.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/ConcernsFile.h"
+#include "Qov/Util/FileContext.h"
 #include "SharedArrays.h"
 
 namespace QovRyx {
@@ -17,7 +17,8 @@ void Append(QovJbf::JbFile& file, QovJbf::StreamReader& reader,
             const QovJbf::StreamReader::BlockExtent& block) {
   std::uint64_t done = 0;
   const auto source = [&](void* target, std::size_t n) {
-    Qov::Util::Concerning(reader.GetPath(), [&] { reader.ReadStored(block, done, target, n); });
+    Qov::Util::WithFileContext(reader.GetPath(),
+                               [&] { reader.ReadStored(block, done, target, n); });
     done += n;
   };
   file.GetIndex().PutStoredBlock(kHeavyData, block.mRawLength, block.mStoredSize, block.mCompressed,

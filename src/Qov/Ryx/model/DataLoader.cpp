@@ -30,7 +30,7 @@ void DataLoader::Load(std::vector<T>& values, bool verified) const {
   values.resize(mCount);
   if (mCount == 0) return;
   const std::size_t size = mCount * kElementSize;
-  Qov::Util::Concerning(mpReader->GetPath(), [&] {
+  Qov::Util::WithFileContext(mpReader->GetPath(), [&] {
     verified ? mpReader->ReadVerified(mOffset, values.data(), size)
              : mpReader->Read(mOffset, values.data(), size);
   });
@@ -39,12 +39,13 @@ void DataLoader::Load(std::vector<T>& values, bool verified) const {
 
 void DataLoader::VerifyPlace() const {
   if (mCount == 0) return;
-  Qov::Util::Concerning(mpReader->GetPath(), [&] { mpReader->VerifyBefore(mOffset); });
+  Qov::Util::WithFileContext(mpReader->GetPath(), [&] { mpReader->VerifyBefore(mOffset); });
 }
 
 void DataLoader::ReadStored(std::uint64_t begin, void* target, std::size_t n) const {
   QOV_ASSERT(begin + n <= mCount * kElementSize);
-  Qov::Util::Concerning(mpReader->GetPath(), [&] { mpReader->Read(mOffset + begin, target, n); });
+  Qov::Util::WithFileContext(mpReader->GetPath(),
+                             [&] { mpReader->Read(mOffset + begin, target, n); });
 }
 
 template void DataLoader::Load(std::vector<std::uint32_t>&, bool) const;

@@ -18,7 +18,7 @@ constexpr std::uint64_t kFreeBytesInVain = std::uint64_t{1} << 30;
 
 /// Arrays may lie in any order, but not so that a small file keeps us busy for hours.
 void CheckOrder(const QovJbf::StreamReader& reader) {
-  if (reader.GetNumInVain() / kMostTimesInVain <=
+  if (reader.GetNumDiscarded() / kMostTimesInVain <=
       reader.GetLength() + kFreeBytesInVain / kMostTimesInVain) {
     return;
   }
@@ -74,7 +74,8 @@ void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
   }
   const auto& loader = variable.mValues.GetLoader();
   if (loader)
-    Qov::Util::Concerning(loader->GetReader().GetPath(), [&] { CheckOrder(loader->GetReader()); });
+    Qov::Util::WithFileContext(loader->GetReader().GetPath(),
+                               [&] { CheckOrder(loader->GetReader()); });
 }
 
 /// True if the bytes that the variable is to have are in the output already, where it then leads.

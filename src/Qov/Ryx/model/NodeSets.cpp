@@ -122,7 +122,7 @@ std::vector<NodeSets::Set> NodeSets::GetSets() const {
 
 SetColumns NodeSets::TakeColumns(bool verified) const {
   if (!mpReader) return mColumns;
-  return Qov::Util::Concerning(mpReader->GetPath(), [&] { return ReadColumns(verified); });
+  return Qov::Util::WithFileContext(mpReader->GetPath(), [&] { return ReadColumns(verified); });
 }
 
 void NodeSets::SetSets(const std::vector<Set>& sets) {

@@ -112,14 +112,14 @@ void CheckComplete(QovJbf::JbFile& file) {
 void Tree::Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
                 const SupportedFileFormats& format) {
   if (format != SupportedFileFormats::Ryx) return;
-  Qov::Util::Concerning(path, [&] { LoadFile(path, idMap, mode); });
+  Qov::Util::WithFileContext(path, [&] { LoadFile(path, idMap, mode); });
 }
 
 void Tree::Merge(const std::string& path, const ReadMode& mode,
                  const SupportedFileFormats& format) {
   static_cast<void>(mode);  // views are left out anyway
   if (format != SupportedFileFormats::Ryx) return;
-  Qov::Util::Concerning(path, [&] { MergeFile(path); });
+  Qov::Util::WithFileContext(path, [&] { MergeFile(path); });
 }
 
 void Tree::LoadFile(const std::string& path, IdMap& idMap, ReadMode mode) {

@@ -104,7 +104,7 @@ void CheckLoadable(QovJbf::JbFile& file, const StreamGroup& group, std::uint64_t
   for (const std::string& name : group.mStreams) {
     if (index.HasStream(name)) numBytes += index.GetStreamLength(name);
   }
-  Qov::Util::Concerning(file.GetPath(), [&] { CheckLoadLimit(group, numBytes, limit); });
+  Qov::Util::WithFileContext(file.GetPath(), [&] { CheckLoadLimit(group, numBytes, limit); });
 }
 
 void SaveViewPointPath(QovJbf::Index& index, const ViewPointPath& path) {
@@ -202,7 +202,7 @@ void Tree::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
     if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) pass.SaveNodeSets(*sets);
   }
   for (QovJbf::StreamReader* reader : FindReaders(mNodes)) {
-    Qov::Util::Concerning(reader->GetPath(), [reader] {
+    Qov::Util::WithFileContext(reader->GetPath(), [reader] {
       reader->Verify();
       // A wrong length of a block that was skipped would give an array the bytes of another one.
       // Who asks for copied blocks takes lengths on trust.
