@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "Qov/Jbf/Index.h"
+#include "Qov/Jbf/IndexItem.h"
 
 /// The constants of the container format. The layout of a file, all numbers little-endian:
 ///

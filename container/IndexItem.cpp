@@ -1,12 +1,12 @@
-#include "Qov/Jbf/Index.h"
+#include "Qov/Jbf/IndexItem.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 // id: u8
-// name length: u32, written as 128; any length is read
-// name: 128 bytes, padded with zeros, without a terminator when all are used
+// name length: u32    written as 128; any length is read
+// name: 128 bytes     padded with zeros; a name of 128 bytes has no terminator
 // size: u32
 // flags: u8
 // flags2: u8

@@ -107,15 +107,15 @@ TEST_F(IndexFileTest, FlushesFullBlocksInFileOrder) {
   Put("a light one", "x", 0);
   Put("heavy", std::string(999, 'h'), BlockFlag::kFreezeWhenFull);
   index.FlushFrozen(mFile.GetStream());
-  EXPECT_FALSE(index.GetItems()[1].mFrozen) << "not full yet";
+  EXPECT_FALSE(index.IsFrozen(1)) << "not full yet";
   Put("heavy", "h", 0);
   ExpectError(ErrorType::NotImplemented, "Not Implemented",
               [&] { index.FlushFrozen(mFile.GetStream()); });
 
   Put("a light one", std::string(999, 'x'), BlockFlag::kFreezeWhenFull);
   index.FlushFrozen(mFile.GetStream());
-  EXPECT_TRUE(index.GetItems()[0].mFrozen);
-  EXPECT_TRUE(index.GetItems()[1].mFrozen);
+  EXPECT_TRUE(index.IsFrozen(0));
+  EXPECT_TRUE(index.IsFrozen(1));
   EXPECT_EQ(index.GetBlock(1).GetCapacity(), 0U);
   ExpectError(ErrorType::MismatchError, "Mis-match Error",
               [&] { index.WriteBufferToFileStream(1, mFile.GetStream()); });

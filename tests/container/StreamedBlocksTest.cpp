@@ -83,7 +83,7 @@ TEST_F(StreamedBlocksTest, AreWrittenBeforeTheyAreFull) {
   const std::string noise = SomeBytes(4000000, 1);
   file.GetIndex().Put(kStream, noise.data(), noise.size());
   EXPECT_EQ(file.GetIndex().GetStreamLength(kStream), noise.size());
-  EXPECT_FALSE(file.GetIndex().GetItems()[0].mFrozen);
+  EXPECT_FALSE(file.GetIndex().IsFrozen(0));
   EXPECT_EQ(file.GetIndex().GetBlock(0).GetCapacity(), 0U);
   EXPECT_GT(std::filesystem::file_size(mPath), 1000000U);
 

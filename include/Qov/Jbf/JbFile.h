@@ -10,6 +10,7 @@
 #include "Qov/Jbf/FileIdentity.h"
 #include "Qov/Jbf/Index.h"
 #include "Qov/Jbf/StreamReader.h"
+#include "Qov/Util/Exception.h"
 
 namespace QovJbf {
 
