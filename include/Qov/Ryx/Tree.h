@@ -125,25 +125,8 @@ class QOV_EXPORT Tree {
   const UnreadContent& GetUnreadContent() const { return mUnread; }
 
  private:
-  void LoadFile(const std::string& path, IdMap& idMap, ReadMode mode);
-  void MergeFile(const std::string& path);
-  void OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets);
-  std::uint32_t GetAttachParent();
-  void LoadViews(QovJbf::JbFile& file);
-  void LoadGlobalInfo(QovJbf::JbFile& file);
-  void LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent, bool wideOffsets);
-  void ReadViews(QovJbf::JbFile& file);
-  void UpdateBufferLinks();
-  bool WriteWithAllThreads(const std::string& path, bool create, const std::string& comment);
-  void Write(QovJbf::JbFile& file, const std::string& path, bool create,
-             const std::string& comment);
-  void SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle);
-  void FlushAndClose(QovJbf::JbFile& file, const std::string& comment);
-  void SaveTree(QovJbf::JbFile& file);
-  void SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment);
-  void RefuseToOverwriteSources(const std::string& path) const;
-  void CheckSources() const;
-  void CutFalseLinks();
+  friend class TreeLoader;
+  friend class TreeSaver;
 
   NodeTree mNodes;
   bool mHasViewPoints = false;

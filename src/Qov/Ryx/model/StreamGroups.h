@@ -4,30 +4,27 @@
 #include <string>
 #include <vector>
 
-#include "Qov/Jbf/LoadLimit.h"
-#include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/Raise.h"
+#include "Qov/Jbf/JbFile.h"
 
 namespace QovRyx {
 
 /// Streams that are read into memory completely and share one limit.
 struct StreamGroup {
-  const char* mContent;
+  const char* mContent;  ///< A description for messages.
   std::vector<std::string> mStreams;
 };
 
-inline const StreamGroup kTreeStreams{"The descriptions of nodes and results",
-                                      {kRyxTree, kLightData, kAttributes, kResources}};
-inline const StreamGroup kViewStreams{"The views", {kViewPoints}};
-inline const StreamGroup kHistoryStreams{"The entries of the history", {kGlobalInformation}};
+extern const StreamGroup kTreeStreams;
+extern const StreamGroup kViewStreams;
+extern const StreamGroup kHistoryStreams;
 
-/// Raises OutOfBounds if the uncompressed bytes of the group exceed `limit`, which is
-/// QovJbf::GetLoadLimit().
-inline void CheckLoadLimit(const StreamGroup& group, std::uint64_t numBytes, std::uint64_t limit,
-                           unsigned long line = __builtin_LINE()) {
-  if (numBytes <= limit) return;
-  Qov::Util::Raise("include/Qov/Ryx/Tree", Qov::Util::Exception::ErrorType::OutOfBounds,
-                   QovJbf::DescribeLoadLimit(group.mContent, numBytes, limit), line);
-}
+/// Raises OutOfBounds if the streams of the group in a file that is being read decompress to more
+/// bytes than QovJbf::GetLoadLimit() allows. Compression can shorten data by a factor of 1000, so
+/// the length of the file is not a bound.
+void CheckExpansion(QovJbf::JbFile& file, const StreamGroup& group);
+
+/// Raises OutOfBounds if the streams of the group in a file that is being written take more than
+/// `limit` bytes, because the file could not be loaded again. `limit` is QovJbf::GetLoadLimit().
+void CheckLoadable(QovJbf::JbFile& file, const StreamGroup& group, std::uint64_t limit);
 
 }  // namespace QovRyx

@@ -2,6 +2,15 @@
 
 #include <cstdlib>
 
+#include "MoveShape.h"
+#include "Qov/Jbf/LoadLimit.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Util/ConcernsFile.h"
+#include "StreamGroups.h"
+#include "TreeLoader.h"
+#include "TreeSaver.h"
+#include "ViewPathIo.h"
+
 namespace QovRyx {
 
 bool g_b217Ryx = false;
@@ -21,6 +30,35 @@ Tree::Tree(const std::string& application, const std::string& applicationVersion
 }
 
 Tree::~Tree() = default;
+
+void Tree::Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
+                const SupportedFileFormats& format) {
+  if (format != SupportedFileFormats::Ryx) return;
+  Qov::Util::WithFileContext(path, [&] { TreeLoader(*this).Load(path, idMap, mode); });
+}
+
+void Tree::Merge(const std::string& path, const ReadMode& /*mode*/,
+                 const SupportedFileFormats& format) {
+  if (format != SupportedFileFormats::Ryx) return;
+  Qov::Util::WithFileContext(path, [&] { TreeLoader(*this).Merge(path); });
+}
+
+void Tree::LoadViewPathVec(QovJbf::JbFile& file) { TreeLoader(*this).LoadViewPathVec(file); }
+
+void Tree::SaveViewPathVec(QovJbf::JbFile& file) const {
+  WriteViewPaths(file, *this);
+  CheckLoadable(file, kViewStreams, QovJbf::GetLoadLimit());
+  file.AddBlockTransformation(kViewPoints, QovJbf::BlockFlag::kCompressed);
+}
+
+void Tree::Save(const std::string& path, bool create, const std::string& comment,
+                const SupportedFileFormats& format) {
+  if (format == SupportedFileFormats::Ryx) TreeSaver(*this).Save(path, create, comment);
+}
+
+void Tree::AddShape(Tree& source, const std::uint32_t& shapeId, const std::string& groupName) {
+  MoveShape(mNodes, source.mNodes, shapeId, groupName, true);
+}
 
 const Geometry::VarStruct* FindVariable(const NodeTree& nodes, const Geometry::Link& link) {
   const NodeTree::Node* entry = nodes.FindNode(link.mNode);

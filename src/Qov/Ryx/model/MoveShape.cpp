@@ -1,10 +1,11 @@
+#include "MoveShape.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <utility>
 
 #include "LinkCuts.h"
-#include "MoveShape.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovRyx {
@@ -57,10 +58,6 @@ void MoveShape(NodeTree& nodes, NodeTree& source, std::uint32_t shapeId,
   MoveLinks(geometry, nodes.GetNextId() + 1);
   nodes.AddChild(std::move(shape.mData));
   nodes.AddChild(std::move(child.mData));
-}
-
-void Tree::AddShape(Tree& source, const std::uint32_t& shapeId, const std::string& groupName) {
-  MoveShape(mNodes, source.mNodes, shapeId, groupName, true);
 }
 
 }  // namespace QovRyx

@@ -1,6 +1,6 @@
-#include <cstdint>
+#include "TreeLoader.h"
+
 #include <cstdio>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -8,11 +8,11 @@
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Ryx/Tree.h"
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
 #include "TreeReader.h"
+#include "ViewPathIo.h"
 #include "container/ContainerFormat.h"
 
 namespace QovRyx {
@@ -54,49 +54,11 @@ void TellLegacyWriter(const std::vector<ModifierInfo>& history, const std::strin
                               "history, readers no longer recognise them";
 }
 
-/// A signed count in the view-point stream; nothing is read for a negative one.
-std::int32_t RequireCount(QovJbf::JbFile& file) {
-  std::int32_t count = 0;
-  file.Require(kViewPoints, count);
-  return count;
-}
-
-ViewPointPath RequireViewPointPath(QovJbf::JbFile& file) {
-  ViewPointPath path;
-  file.Require(kViewPoints, path.mName);
-  for (std::int32_t left = RequireCount(file); left > 0; --left) {
-    ViewPoint viewPoint;
-    file.Require(kViewPoints, viewPoint);
-    path.mViewPoints.push_back(std::move(viewPoint));
-  }
-  return path;
-}
-
-/// Reserves room for `count` more paths if the stream can hold them, so that the vector takes no
-/// more memory than they need.
-void ReservePaths(QovJbf::JbFile& file, std::int32_t count, std::vector<ViewPointPath>& paths) {
-  constexpr std::uint64_t kLeastSize = 8;  // an empty name and no views
-  const std::uint64_t most = file.OpenStreamReader(kViewPoints)->GetLength() / kLeastSize;
-  if (count <= 0 || static_cast<std::uint64_t>(count) > most) return;
-  const std::size_t needed = paths.size() + static_cast<std::size_t>(count);
-  if (needed > paths.capacity()) paths.reserve(std::max(needed, paths.size() * 3 / 2));
-}
-
 std::uint64_t GetFileLength(QovJbf::JbFile& file) {
   const bool isAtEnd = fseeko(file.GetStream(), 0, SEEK_END) == 0;
   const off_t length = isAtEnd ? ftello(file.GetStream()) : -1;
   if (length < 0) Raise(kSource, ErrorType::ReadError, "Unable to read from file");
   return static_cast<std::uint64_t>(length);
-}
-
-/// Refuses streams that would take too much memory, because they are read completely and zlib can
-/// expand one byte to a thousand.
-void CheckExpansion(QovJbf::JbFile& file, const StreamGroup& group) {
-  std::uint64_t numBytes = 0;
-  for (const std::string& name : group.mStreams) {
-    numBytes += file.OpenStreamReader(name)->GetLength();
-  }
-  CheckLoadLimit(group, numBytes, QovJbf::GetLoadLimit());
 }
 
 /// Refuses a file that ends before its last block does, even if nothing was read from there.
@@ -109,74 +71,61 @@ void CheckComplete(QovJbf::JbFile& file) {
 
 }  // namespace
 
-void Tree::Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
-                const SupportedFileFormats& format) {
-  if (format != SupportedFileFormats::Ryx) return;
-  Qov::Util::WithFileContext(path, [&] { LoadFile(path, idMap, mode); });
-}
-
-void Tree::Merge(const std::string& path, const ReadMode& mode,
-                 const SupportedFileFormats& format) {
-  static_cast<void>(mode);  // views are left out anyway
-  if (format != SupportedFileFormats::Ryx) return;
-  Qov::Util::WithFileContext(path, [&] { MergeFile(path); });
-}
-
-void Tree::LoadFile(const std::string& path, IdMap& idMap, ReadMode mode) {
+void TreeLoader::Load(const std::string& path, Tree::IdMap& idMap, Tree::ReadMode mode) {
   QovJbf::JbFile file;
   bool wideOffsets = false;
   OpenForReading(file, path, wideOffsets);
   const std::uint32_t attachParent = GetAttachParent();
-  CountLosses(mLosses.mHistory, file, "history", [&] { LoadGlobalInfo(file); });
+  CountLosses(mTree.mLosses.mHistory, file, "history", [&] { LoadGlobalInfo(file); });
   LoadTree(file, idMap, attachParent, wideOffsets);
   UpdateBufferLinks();
-  if (mode == ReadMode::Everything) LoadViews(file);
+  if (mode == Tree::ReadMode::Everything) LoadViews(file);
   CheckComplete(file);
   file.CloseFile();
 }
 
-void Tree::LoadViews(QovJbf::JbFile& file) {
+void TreeLoader::LoadViews(QovJbf::JbFile& file) {
   if (!file.HasStream(kViewPoints)) return;
-  if (!QovJbf::HasViews(mFileVersion)) {
-    mUnread.Add("the views of a file of version 0.1");
+  if (!QovJbf::HasViews(mTree.mFileVersion)) {
+    mTree.mUnread.Add("the views of a file of version 0.1");
     return;
   }
-  const FileVersionScope scope(mFileVersion);
+  const FileVersionScope scope(mTree.mFileVersion);
   LoadViewPathVec(file);
-  TellLegacyWriter(mModifiers, file.GetPath());
+  TellLegacyWriter(mTree.mModifiers, file.GetPath());
 }
 
-void Tree::MergeFile(const std::string& path) {
+void TreeLoader::Merge(const std::string& path) {
   QovJbf::JbFile file;
   bool wideOffsets = false;
   OpenForReading(file, path, wideOffsets);
-  IdMap idMap;
+  Tree::IdMap idMap;
   LoadTree(file, idMap, GetAttachParent(), wideOffsets);
   CheckComplete(file);
   file.CloseFile();
 }
 
-void Tree::OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets) {
+void TreeLoader::OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets) {
   file.OpenFile(path, "rb");
-  mSources.push_back(*file.GetIdentity());
+  mTree.mSources.push_back(*file.GetIdentity());
   if (!file.IsJbFile()) {
     Raise(kSource, ErrorType::FormatNotSupported,
           Qov::Util::EscapeName(path) + " is not a Ryx file");
   }
-  mFileVersion = file.ReadVersion();
-  QovJbf::JbFile::CheckSupport(mFileVersion, wideOffsets);
+  mTree.mFileVersion = file.ReadVersion();
+  QovJbf::JbFile::CheckSupport(mTree.mFileVersion, wideOffsets);
   file.ReadIndex();
-  mUnknownStreams = FindUnknownStreams(file.GetIndex().GetItems());
+  mTree.mUnknownStreams = FindUnknownStreams(file.GetIndex().GetItems());
 }
 
 /// 1 if the root takes the nodes of files in beneath it, else 0.
-std::uint32_t Tree::GetAttachParent() {
-  mNodes.SetCurrentId(NodeTree::kRootId);
-  const auto* group = dynamic_cast<const Group*>(mNodes.GetCurrentNode().mData.get());
+std::uint32_t TreeLoader::GetAttachParent() {
+  mTree.mNodes.SetCurrentId(NodeTree::kRootId);
+  const auto* group = dynamic_cast<const Group*>(mTree.mNodes.GetCurrentNode().mData.get());
   return group != nullptr && group->TakesModels() ? NodeTree::kRootId : 0;
 }
 
-void Tree::LoadGlobalInfo(QovJbf::JbFile& file) {
+void TreeLoader::LoadGlobalInfo(QovJbf::JbFile& file) {
   CheckExpansion(file, kHistoryStreams);
   if (file.HasStream(kGlobalInformation)) {
     std::uint32_t count = 0;
@@ -184,23 +133,24 @@ void Tree::LoadGlobalInfo(QovJbf::JbFile& file) {
     for (; count > 0; --count) {
       ModifierInfo modifier;
       file.Require(kGlobalInformation, modifier);
-      mModifiers.push_back(std::move(modifier));
+      mTree.mModifiers.push_back(std::move(modifier));
     }
   }
-  if (!mModifiers.empty()) g_b217Ryx = IsLegacyWriter(mModifiers.back());
+  if (!mTree.mModifiers.empty()) g_b217Ryx = IsLegacyWriter(mTree.mModifiers.back());
 }
 
-void Tree::LoadTree(QovJbf::JbFile& file, IdMap& idMap, std::uint32_t attachParent,
-                    bool wideOffsets) {
+void TreeLoader::LoadTree(QovJbf::JbFile& file, Tree::IdMap& idMap, std::uint32_t attachParent,
+                          bool wideOffsets) {
   CheckExpansion(file, kTreeStreams);
-  CountLosses(mLosses.mModel, file, "model",
-              [&] { mUnread = TreeReader(file, mNodes, attachParent, wideOffsets).Read(idMap); });
+  CountLosses(mTree.mLosses.mModel, file, "model", [&] {
+    mTree.mUnread = TreeReader(file, mTree.mNodes, attachParent, wideOffsets).Read(idMap);
+  });
 }
 
-void Tree::UpdateBufferLinks() {
+void TreeLoader::UpdateBufferLinks() {
   Qov::Log::Trace(kSource) << "Updating buffer links ...";
-  LinkResolver resolver(mNodes);
-  ForEachGeometry(mNodes, [&resolver](std::uint32_t, Geometry& geometry) {
+  LinkResolver resolver(mTree.mNodes);
+  ForEachGeometry(mTree.mNodes, [&resolver](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
       Geometry::VarStruct& variable = geometry.EditVariable(i);
       if (!variable.mLinked) continue;
@@ -212,24 +162,12 @@ void Tree::UpdateBufferLinks() {
   Qov::Log::Trace(kSource) << "Buffer links updated.";
 }
 
-void Tree::LoadViewPathVec(QovJbf::JbFile& file) {
-  if (file.GetIdentity()) mSources.push_back(*file.GetIdentity());
+void TreeLoader::LoadViewPathVec(QovJbf::JbFile& file) {
+  if (file.GetIdentity()) mTree.mSources.push_back(*file.GetIdentity());
   if (!file.HasStream(kViewPoints)) return;
   CheckExpansion(file, kViewStreams);
-  CountLosses(mLosses.mViews, file, "views", [&] { ReadViews(file); });
-  mHasViewPoints = true;
-}
-
-void Tree::ReadViews(QovJbf::JbFile& file) {
-  ViewPoint viewPoint;
-  file.Require(kViewPoints, viewPoint);
-  mViewPoint = std::move(viewPoint);
-  std::int32_t numPaths = RequireCount(file);
-  ReservePaths(file, numPaths, mViewPointPaths);
-  for (; numPaths > 0; --numPaths) mViewPointPaths.push_back(RequireViewPointPath(file));
-  SequencerData sequencerData;
-  file.Require(kViewPoints, sequencerData);
-  mSequencerData = std::move(sequencerData);
+  CountLosses(mTree.mLosses.mViews, file, "views", [&] { ReadViewPaths(file, mTree); });
+  mTree.mHasViewPoints = true;
 }
 
 }  // namespace QovRyx

@@ -1,3 +1,5 @@
+#include "TreeSaver.h"
+
 #include <unistd.h>
 
 #include <array>
@@ -5,15 +7,16 @@
 
 #include "HeavyPass.h"
 #include "HistoryDate.h"
+#include "Qov/Jbf/LoadLimit.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Ryx/Tree.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
+#include "ViewPathIo.h"
 
 namespace QovRyx {
 namespace {
@@ -97,34 +100,16 @@ std::set<QovJbf::StreamReader*> FindReaders(const NodeTree& nodes) {
   return readers;
 }
 
-/// Refuses to write what no program could load again.
-void CheckLoadable(QovJbf::JbFile& file, const StreamGroup& group, std::uint64_t limit) {
-  const QovJbf::Index& index = file.GetIndex();
-  std::uint64_t numBytes = 0;
-  for (const std::string& name : group.mStreams) {
-    if (index.HasStream(name)) numBytes += index.GetStreamLength(name);
-  }
-  Qov::Util::WithFileContext(file.GetPath(), [&] { CheckLoadLimit(group, numBytes, limit); });
-}
-
-void SaveViewPointPath(QovJbf::Index& index, const ViewPointPath& path) {
-  index.Put(kViewPoints, path.mName);
-  index.Put(kViewPoints, static_cast<std::uint32_t>(path.mViewPoints.size()));
-  for (const ViewPoint& viewPoint : path.mViewPoints) index.Put(kViewPoints, viewPoint);
-}
-
 }  // namespace
 
-void Tree::Save(const std::string& path, bool create, const std::string& comment,
-                const SupportedFileFormats& format) {
-  if (format != SupportedFileFormats::Ryx) return;
+void TreeSaver::Save(const std::string& path, bool create, const std::string& comment) {
   FormatHistoryDate();  // raises for an unusable SOURCE_DATE_EPOCH before anything is written
   RefuseToOverwriteSources(path);
   CheckSources();
   // It may be updated in place, and is another file afterwards.
-  std::erase_if(mSources, [&path](const auto& source) { return source.IsFileAt(path); });
+  std::erase_if(mTree.mSources, [&path](const auto& source) { return source.IsFileAt(path); });
   CutFalseLinks();
-  mFileVersion = QovJbf::kCurrentFileVersion;
+  mTree.mFileVersion = QovJbf::kCurrentFileVersion;
   if (WriteWithAllThreads(path, create, comment)) return;
   Qov::Log::Trace(kSource) << "There is not enough memory for several threads; saving with one ...";
   QovJbf::JbFile file;
@@ -133,8 +118,9 @@ void Tree::Save(const std::string& path, bool create, const std::string& comment
 }
 
 /// Returns false if memory was short and fewer threads may get along with it.
-bool Tree::WriteWithAllThreads(const std::string& path, bool create, const std::string& comment) {
-  const std::size_t numModifiers = mModifiers.size();
+bool TreeSaver::WriteWithAllThreads(const std::string& path, bool create,
+                                    const std::string& comment) {
+  const std::size_t numModifiers = mTree.mModifiers.size();
   QovJbf::JbFile file;
   const auto canUseFewer = [&] { return file.GetIndex().GetNumThreads() > 1; };
   try {
@@ -146,21 +132,21 @@ bool Tree::WriteWithAllThreads(const std::string& path, bool create, const std::
     const bool isMemory = error.GetType() == Qov::Util::Exception::ErrorType::MemoryAllocationError;
     if (!isMemory || !canUseFewer()) throw;
   }
-  mModifiers.resize(numModifiers);
+  mTree.mModifiers.resize(numModifiers);
   return false;
 }
 
-void Tree::Write(QovJbf::JbFile& file, const std::string& path, bool create,
-                 const std::string& comment) {
+void TreeSaver::Write(QovJbf::JbFile& file, const std::string& path, bool create,
+                      const std::string& comment) {
   file.OpenFile(path, create ? "wb+" : "rb+");
   file.WriteHeader();
-  const ProgressReport report(CountHeavyBytes(mNodes));
+  const ProgressReport report(CountHeavyBytes(mTree.mNodes));
   SaveHeavyBlocks(file, true);
   FlushAndClose(file, comment);
 }
 
-void Tree::RefuseToOverwriteSources(const std::string& path) const {
-  for (const QovJbf::StreamReader* reader : FindReaders(mNodes)) {
+void TreeSaver::RefuseToOverwriteSources(const std::string& path) const {
+  for (const QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
     if (reader->ReadsFrom(path)) {
       Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MiscellaneousError,
                        "Output file " + Qov::Util::Quote(path) + " is also an input");
@@ -169,39 +155,39 @@ void Tree::RefuseToOverwriteSources(const std::string& path) const {
 }
 
 /// Raises if a file that anything of the model came from has changed since it was first opened.
-void Tree::CheckSources() const {
-  for (const QovJbf::FileIdentity& source : mSources) source.CheckUnchanged();
-  for (const QovJbf::StreamReader* reader : FindReaders(mNodes)) {
+void TreeSaver::CheckSources() const {
+  for (const QovJbf::FileIdentity& source : mTree.mSources) source.CheckUnchanged();
+  for (const QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
     reader->GetIdentity().CheckUnchanged();
   }
 }
 
 /// A result whose link named nothing must not come to share the values of a result that another
 /// file brought to that place.
-void Tree::CutFalseLinks() {
-  ForEachGeometry(mNodes, [this](std::uint32_t, Geometry& geometry) {
+void TreeSaver::CutFalseLinks() {
+  ForEachGeometry(mTree.mNodes, [this](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
       Geometry::VarStruct& variable = geometry.EditVariable(i);
-      if (variable.mLeadsNowhere && FindVariable(mNodes, variable.mLink) != nullptr) {
+      if (variable.mLeadsNowhere && FindVariable(mTree.mNodes, variable.mLink) != nullptr) {
         variable.mLink = {};
       }
     }
   });
 }
 
-void Tree::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
-  HeavyPass pass(file, shuffle, CountHeavyBytes(mNodes));
-  if (AreBlockCopiesWanted()) pass.CopyBlocks(mNodes);
-  ForEachGeometry(mNodes, [&pass](std::uint32_t, Geometry& geometry) {
+void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
+  HeavyPass pass(file, shuffle, CountHeavyBytes(mTree.mNodes));
+  if (AreBlockCopiesWanted()) pass.CopyBlocks(mTree.mNodes);
+  ForEachGeometry(mTree.mNodes, [&pass](std::uint32_t, Geometry& geometry) {
     pass.SaveConnectivityBlocks(geometry);
   });
-  ForEachGeometry(mNodes,
+  ForEachGeometry(mTree.mNodes,
                   [&pass](std::uint32_t, Geometry& geometry) { pass.SaveOtherBlocks(geometry); });
   // The node sets too, while full blocks can still go to the file.
-  for (auto& [id, entry] : mNodes) {
+  for (auto& [id, entry] : mTree.mNodes) {
     if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) pass.SaveNodeSets(*sets);
   }
-  for (QovJbf::StreamReader* reader : FindReaders(mNodes)) {
+  for (QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
     Qov::Util::WithFileContext(reader->GetPath(), [reader] {
       reader->Verify();
       // A wrong length of a block that was skipped would give an array the bytes of another one.
@@ -211,9 +197,9 @@ void Tree::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
   }
 }
 
-void Tree::FlushAndClose(QovJbf::JbFile& file, const std::string& comment) {
+void TreeSaver::FlushAndClose(QovJbf::JbFile& file, const std::string& comment) {
   SaveTree(file);
-  if (mHasViewPoints) SaveViewPathVec(file);
+  if (mTree.mHasViewPoints) mTree.SaveViewPathVec(file);
   SaveGlobalInfo(file, comment);
   for (const std::string& stream : {kHeavyData, kRyxTree, kLightData, kAttributes, kResources,
                                     kGlobalInformation, kViewPoints}) {
@@ -224,43 +210,33 @@ void Tree::FlushAndClose(QovJbf::JbFile& file, const std::string& comment) {
   file.CloseFile();
 }
 
-void Tree::SaveTree(QovJbf::JbFile& file) {
+void TreeSaver::SaveTree(QovJbf::JbFile& file) {
   Qov::Log::Trace(kSource) << "Saving ryx tree ...";
   // Every record holds the length of the light data so far, which may be 0 to the end.
   file.GetIndex().GetWritingBlockIndex(kLightData);
-  file.GetIndex().Put(kRyxTree, static_cast<std::int32_t>(mNodes.GetSize()));
+  file.GetIndex().Put(kRyxTree, static_cast<std::int32_t>(mTree.mNodes.GetSize()));
   // The limit is asked for once: it takes several system files to tell.
   const std::uint64_t limit = QovJbf::GetLoadLimit();
-  for (const auto& [id, entry] : mNodes) {
+  for (const auto& [id, entry] : mTree.mNodes) {
     SaveRecord(file, entry);
     CheckLoadable(file, kTreeStreams, limit);
   }
   Qov::Log::Trace(kSource) << "Ryx tree saved.";
 }
 
-void Tree::SaveViewPathVec(QovJbf::JbFile& file) const {
-  QovJbf::Index& index = file.GetIndex();
-  index.Put(kViewPoints, mViewPoint);
-  index.Put(kViewPoints, static_cast<std::uint32_t>(mViewPointPaths.size()));
-  for (const ViewPointPath& path : mViewPointPaths) SaveViewPointPath(index, path);
-  index.Put(kViewPoints, mSequencerData);
-  CheckLoadable(file, kViewStreams, QovJbf::GetLoadLimit());
-  file.AddBlockTransformation(kViewPoints, QovJbf::BlockFlag::kCompressed);
-}
-
-void Tree::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment) {
+void TreeSaver::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment) {
   Qov::Log::Trace(kSource) << "Saving global information ...";
-  mCurrentModifier.mDate = FormatHistoryDate();
-  mCurrentModifier.mFileVersion = mFileVersion;
-  if (mCurrentModifier.mRecordMachine) {
-    mCurrentModifier.mHost = GetHostName();
-    mCurrentModifier.mUser = GetUserName();
+  mTree.mCurrentModifier.mDate = FormatHistoryDate();
+  mTree.mCurrentModifier.mFileVersion = mTree.mFileVersion;
+  if (mTree.mCurrentModifier.mRecordMachine) {
+    mTree.mCurrentModifier.mHost = GetHostName();
+    mTree.mCurrentModifier.mUser = GetUserName();
   }
-  mCurrentModifier.mComment = comment;
-  mModifiers.push_back(mCurrentModifier);
+  mTree.mCurrentModifier.mComment = comment;
+  mTree.mModifiers.push_back(mTree.mCurrentModifier);
   QovJbf::Index& index = file.GetIndex();
-  index.Put(kGlobalInformation, static_cast<std::uint32_t>(mModifiers.size()));
-  for (const ModifierInfo& modifier : mModifiers) index.Put(kGlobalInformation, modifier);
+  index.Put(kGlobalInformation, static_cast<std::uint32_t>(mTree.mModifiers.size()));
+  for (const ModifierInfo& modifier : mTree.mModifiers) index.Put(kGlobalInformation, modifier);
   CheckLoadable(file, kHistoryStreams, QovJbf::GetLoadLimit());
   file.AddBlockTransformation(kGlobalInformation, QovJbf::BlockFlag::kCompressed);
   Qov::Log::Trace(kSource) << "Global information saved.";
