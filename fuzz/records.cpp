@@ -67,7 +67,7 @@ class FormCheck {
 
   template <class T>
   void Read(T& value) {
-    if constexpr (QovJbf::VersionedRecord<T> && !QovJbf::KeptRecord<T>) {
+    if constexpr (QovJbf::VersionedRecord<T> && !QovJbf::OpaqueRecordType<T>) {
       QovJbf::FrameReader frame(mBlock);
       FormCheck nested(mBlock, frame.GetTag(), mIsWrittenForm);
       Require(QovJbf::RungLadder(frame.GetTag()).Reaches(T::kTag) || frame.GetTag() == T::kTag);

@@ -44,7 +44,7 @@ Json PrintActions(const QovRyx::ActionList& actions);
 
 template <QovJbf::VersionedRecord T>
 Json PrintRecord(const T& record) {
-  if constexpr (QovJbf::KeptRecord<T>) {
+  if constexpr (QovJbf::OpaqueRecordType<T>) {
     return PrintKept(record);
   } else {
     FieldPrinter walk;

@@ -67,7 +67,7 @@ class RandomFiller {
   }
   template <QovJbf::VersionedRecord T>
   void Fill(T& record) {
-    if constexpr (QovJbf::KeptRecord<T>) {
+    if constexpr (QovJbf::OpaqueRecordType<T>) {
       Fill(record.mTag);
       Fill(record.mBody);
     } else {

@@ -99,7 +99,7 @@ class ForeignWriter {
   }
   template <class T>
   Bytes Write(const T& value) const {
-    if constexpr (QovJbf::VersionedRecord<T> && !QovJbf::KeptRecord<T>) {
+    if constexpr (QovJbf::VersionedRecord<T> && !QovJbf::OpaqueRecordType<T>) {
       const std::string tag = mTagOf(value);
       ForeignWriter nested(mTagOf, mTail, tag);
       T::Walk(value, nested);

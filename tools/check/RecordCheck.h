@@ -117,7 +117,7 @@ void RecordCheck::Check(const std::string& path) {
   const std::uint32_t outerEnd = mOuterEnd;
   mOuterEnd = frame.mEnd;
   CheckTag(frame, T::kTag, path);
-  if constexpr (!QovJbf::KeptRecord<T>) {
+  if constexpr (!QovJbf::OpaqueRecordType<T>) {
     T record;
     Walker walker(*this, frame.mTag, path);
     try {

@@ -15,16 +15,16 @@
 
 /// The frame and the field lists of versioned records.
 ///
-///   size: u32        bytes of the whole record, this field and the tag among them
+///   size: u32        bytes of the whole record, including this field and the tag
 ///   tag: string      the version of the body
 ///   body             the fields of rung "0.1", then those that each later rung added
 ///
-/// Files of the container versions "0.1", "0.1a", "0.1b" and "0.2" hold records without the size;
-/// QovJbf::ryx_file_version says which rule applies. A reader keeps the bytes that a newer writer
-/// appended, and does not change the members of rungs that an older writer did not know.
+/// Files of the oldest container versions hold records without the size (docs/format.md, "Older
+/// versions"); QovJbf::ryx_file_version is the version that applies. A reader keeps the bytes that
+/// a newer writer appended, and does not change the members of rungs that an older writer lacked.
 ///
 /// A record type derives from QovRyx::RecordOrigin and lists its fields once, in stream order, for
-/// every walker: the writer and the reader below, or a printer.
+/// every walker: the writer, the reader, a printer, a checker.
 ///
 ///   struct CAEXYPlotMgrState : RecordOrigin {
 ///     static constexpr const char* kTag = "0.2";
@@ -37,11 +37,11 @@
 ///     }
 ///   };
 ///
-/// The type of a member decides how it lies in the block: whatever has CopyToBlock and
-/// CopyFromBlock will do, other records, vectors of records and maps to records included.
+/// The type of a member defines its encoding. Every type with CopyToBlock and CopyFromBlock is
+/// possible, including records, vectors of records and maps to records.
 ///
-/// Values that are only carried are unsigned integers, so that every bit pattern survives: 32-bit
-/// ones, whatever they mean to others, are std::uint32_t, and flags are std::uint8_t.
+/// Values that are carried without being used are unsigned integers, so that every bit pattern is
+/// preserved: 32-bit values of any meaning are std::uint32_t, and flags are std::uint8_t.
 namespace QovJbf {
 
 /// A type that is written as a versioned record with the tag T::kTag.
@@ -50,18 +50,19 @@ concept VersionedRecord = requires {
   { T::kTag } -> std::convertible_to<const char*>;
 };
 
-/// A record that is kept as tag and bytes.
+/// A record that is carried as its tag and the bytes of its body (QovRyx::OpaqueRecord).
 template <class T>
-concept KeptRecord = VersionedRecord<T> && std::derived_from<T, QovRyx::OpaqueRecord>;
+concept OpaqueRecordType = VersionedRecord<T> && std::derived_from<T, QovRyx::OpaqueRecord>;
 
-/// How far the body of a record with a given tag goes. Tags beyond the ladder, "0.8" among them,
-/// reach every rung.
+/// The rungs that the body of a record with a given tag contains. A body with a tag after "0.7", or
+/// with a tag that is not a rung, contains every rung.
 class QOV_EXPORT RungLadder {
  public:
   explicit RungLadder(std::string_view tag);
   /// Returns a ladder that reaches no rung.
   static RungLadder None() { return {}; }
-  /// `rung` is the tag of the version that brought it: "0.1" to "0.9".
+  /// Returns true if the body contains `rung`, the tag of the version that brought it: "0.1" to
+  /// "0.9".
   bool Reaches(std::string_view rung) const;
 
  private:
@@ -70,7 +71,8 @@ class QOV_EXPORT RungLadder {
   int mHeight = 0;
 };
 
-/// Writes a record's frame: size and tag when it is made, the true size when it is closed.
+/// Writes the frame of a record. The constructor writes the tag and a placeholder for the size,
+/// Close the size.
 class QOV_EXPORT FrameWriter {
  public:
   FrameWriter(Block& block, std::string_view tag);
@@ -81,19 +83,18 @@ class QOV_EXPORT FrameWriter {
   std::uint32_t mStart;
 };
 
-/// Reads a record's frame: size and tag when it is made; Close() checks the size and goes to the
-/// record's end.
+/// Reads the frame of a record. The constructor reads the size and the tag, Close checks the size.
 class QOV_EXPORT FrameReader {
  public:
-  /// Raises OutOfBounds ("Not enough bytes in the block") for a record that passes the block's end.
+  /// Raises OutOfBounds ("Not enough bytes in the block") if the record ends after the block.
   explicit FrameReader(Block& block);
-  /// Moves the cursor to the end of the record and returns the unread bytes, which the block owns.
-  /// Raises UnknownVersion if more was read than the record holds.
+  /// Moves the cursor to the end of the record. Returns the unread bytes, which the block owns.
+  /// Raises UnknownVersion if more bytes were read than the record has.
   std::string_view Close();
 
-  /// The tag, byte for byte.
+  /// Returns the tag, byte for byte.
   const std::string& GetTag() const { return mTag; }
-  /// Where the record ends; the block's end if the file has no sizes.
+  /// Returns the end of the record in the block, or the end of the block if the file has no sizes.
   std::uint32_t GetEnd() const { return mEnd; }
 
  private:
@@ -150,11 +151,11 @@ class FieldReader {
   bool mOpen = false;
 };
 
-/// Writes a kept record as it was read.
-QOV_EXPORT void CopyToBlock_Kept(Block& block, const QovRyx::OpaqueRecord& record);
-/// Reads one. Raises FormatNotSupported, with `name`, when the file has no sizes: nothing tells
-/// then where the record ends.
-QOV_EXPORT void CopyFromBlock_Kept(Block& block, QovRyx::OpaqueRecord& record, const char* name);
+/// Writes an opaque record as it was read.
+QOV_EXPORT void CopyToBlock_Opaque(Block& block, const QovRyx::OpaqueRecord& record);
+/// Reads an opaque record. Raises FormatNotSupported, with `name`, if the file has no sizes,
+/// because then the end of the record is unknown.
+QOV_EXPORT void CopyFromBlock_Opaque(Block& block, QovRyx::OpaqueRecord& record, const char* name);
 
 namespace Detail {
 
@@ -171,15 +172,15 @@ class OpaqueFinder {
   }
   template <class T>
   OpaqueFinder& Field(const char* /*name*/, const T& value) {
-    if (mOpen) Look(value);
+    if (mOpen) Search(value);
     return *this;
   }
   bool HasFound() const { return mHasFound; }
 
  private:
   template <class T>
-  void Look(const T& value) {
-    if constexpr (KeptRecord<T>) {
+  void Search(const T& value) {
+    if constexpr (OpaqueRecordType<T>) {
       mHasFound = true;
     } else if constexpr (VersionedRecord<T>) {
       OpaqueFinder nested(RungLadder::None());
@@ -234,12 +235,12 @@ std::string_view ChooseTag(const T& record) {
 
 }  // namespace Detail
 
-/// Appends `record` at the cursor, with its type's current tag, or with the tag and the unknown
-/// bytes that it keeps (QovRyx::RecordOrigin).
+/// Appends `record` at the cursor, with the current tag of its type, or with the tag and the
+/// unknown bytes of its origin (QovRyx::RecordOrigin).
 template <VersionedRecord T>
 void CopyToBlock_Versioned(Block& block, const T& record) {
-  if constexpr (KeptRecord<T>) {
-    CopyToBlock_Kept(block, record);
+  if constexpr (OpaqueRecordType<T>) {
+    CopyToBlock_Opaque(block, record);
   } else {
     const std::string_view tag = Detail::ChooseTag(record);
     FrameWriter frame(block, tag);
@@ -251,16 +252,16 @@ void CopyToBlock_Versioned(Block& block, const T& record) {
   }
 }
 
-/// Reads one record at the cursor and leaves the cursor after it. Members that the record's
-/// version does not carry keep their values, so pass a default-constructed record. A tag and bytes
-/// that a record with the current tag would lose become the record's origin.
+/// Reads one record at the cursor and leaves the cursor after it. Members of rungs that the stored
+/// record lacks keep their values, so pass a default-constructed record. A tag and bytes that a
+/// record with the current tag would lose become the origin of the record.
 ///
-/// Raises UnknownVersion when the body is longer than the record's size; the record is partly
-/// filled then.
+/// Raises UnknownVersion if the body is longer than the size of the record, which is partly filled
+/// then.
 template <VersionedRecord T>
 void CopyFromBlock_Versioned(Block& block, T& record) {
-  if constexpr (KeptRecord<T>) {
-    CopyFromBlock_Kept(block, record, T::kName);
+  if constexpr (OpaqueRecordType<T>) {
+    CopyFromBlock_Opaque(block, record, T::kName);
   } else {
     FrameReader frame(block);
     FieldReader walk(block, frame.GetTag());
@@ -274,7 +275,7 @@ void CopyFromBlock_Versioned(Block& block, T& record) {
   }
 }
 
-// What makes records ordinary values to Index::Put, JbFile::Get and the containers of BlockIo.h.
+// Overloads for Index::Put, JbFile::Get and the containers of BlockIo.h.
 
 template <VersionedRecord T>
 void CopyToBlock(Block& block, const T& record) {
@@ -292,8 +293,7 @@ void CopyToBlock(Block& block, const std::vector<T>& records) {
   for (const T& record : records) CopyToBlock(block, record);
 }
 
-/// The vector grows record by record: a count that is not true ends where the bytes end, and
-/// takes no memory before.
+/// Appends record by record, so that a false count takes no memory before the bytes end.
 template <VersionedRecord T>
 void CopyFromBlock(Block& block, std::vector<T>& records) {
   std::uint32_t count = 0;

@@ -2,7 +2,7 @@
 
 #include "Qov/Jbf/LoadLimit.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/ConcernsFile.h"
+#include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
 
 namespace QovRyx {

@@ -5,7 +5,7 @@
 #include "MoveShape.h"
 #include "Qov/Jbf/LoadLimit.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/ConcernsFile.h"
+#include "Qov/Util/FileContext.h"
 #include "StreamGroups.h"
 #include "TreeLoader.h"
 #include "TreeSaver.h"

@@ -17,13 +17,13 @@ using Qov::Util::Raise;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
 constexpr const char* kSource = "include/Qov/Ryx/BlockVersionedIo";
-/// The line that an overrun is reported with, wherever the check stands.
+/// The line number that is reported for a record that is longer than its size.
 constexpr unsigned long kOverrunLine = 184;
 
 constexpr int kLastRung = 7;
 constexpr int kAboveAllRungs = std::numeric_limits<int>::max();
 
-/// N of "0.N"; 0 for anything else.
+/// Returns N for a tag "0.N", or 0 for any other text.
 int ParseRung(std::string_view tag) {
   const bool isRung = tag.size() == 3 && tag.substr(0, 2) == "0." && tag[2] >= '1' && tag[2] <= '9';
   return isRung ? tag[2] - '0' : 0;
@@ -38,7 +38,7 @@ std::string ReadTag(Block& block) {
   return tag;
 }
 
-/// Reads the size and returns where the record ends.
+/// Reads the size of a record and returns its end.
 std::uint32_t ReadEnd(Block& block) {
   const std::uint32_t start = block.GetPosition();
   std::uint32_t size = 0;
@@ -91,13 +91,13 @@ bool Detail::HaveSameBytes(const Block& left, const Block& right) {
          (left.GetSize() == 0 || std::memcmp(left.GetData(), right.GetData(), left.GetSize()) == 0);
 }
 
-void CopyToBlock_Kept(Block& block, const QovRyx::OpaqueRecord& record) {
+void CopyToBlock_Opaque(Block& block, const QovRyx::OpaqueRecord& record) {
   FrameWriter frame(block, record.mTag);
   block.Put(record.mBody.data(), static_cast<std::uint32_t>(record.mBody.size()));
   frame.Close();
 }
 
-void CopyFromBlock_Kept(Block& block, QovRyx::OpaqueRecord& record, const char* name) {
+void CopyFromBlock_Opaque(Block& block, QovRyx::OpaqueRecord& record, const char* name) {
   if (!HasRecordSizes(ryx_file_version)) {
     const std::string where = " in a file of version " + ryx_file_version;
     Raise(kSource, ErrorType::FormatNotSupported, "Format Not Supported: " + (name + where));
