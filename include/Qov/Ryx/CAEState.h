@@ -10,7 +10,8 @@
 #include "Qov/Ryx/BlockVersionedIo.h"
 #include "Qov/Ryx/OpaqueRecord.h"
 
-/// How one view shows simulation results. All values are only carried.
+/// The records that say how one view shows simulation results (docs/format.md, "CAEState"). All
+/// values are carried without being used.
 namespace QovRyx {
 
 struct QOV_EXPORT CAELegendState : OpaqueRecord {
@@ -43,7 +44,7 @@ struct QOV_EXPORT CAEScalarInfo : OpaqueRecord {
   CAEScalarInfo();
 };
 
-/// Lies in the body of a CAEAnimationState.
+/// Part of the body of a CAEAnimationState, which is opaque here.
 struct CAEEigenVectorAnimationState : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
@@ -126,7 +127,7 @@ struct CAEContourLineMgrState : RecordOrigin {
   friend bool operator==(const CAEContourLineMgrState&, const CAEContourLineMgrState&) = default;
 };
 
-/// Lies in the body of a CAEXYPlotV1State.
+/// Part of the body of a CAEXYPlotV1State, which is opaque here.
 struct CAEXYPlotV1CurveState : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
@@ -158,7 +159,7 @@ struct CAEXYPlotMgrState : RecordOrigin {
 };
 
 struct CAEState : RecordOrigin {
-  /// Beyond the ladder of "0.1" to "0.7": a reader takes it for a tag that reaches every rung.
+  /// A tag after "0.7", so that a record with it contains every rung.
   static constexpr const char* kTag = "0.8";
 
   std::string mName1;

@@ -7,8 +7,8 @@
 
 namespace QovRyx {
 
-/// Lets the records of a file be read by the rules of its container version, for as long as the
-/// object lives.
+/// Sets QovJbf::ryx_file_version, the container version by whose rules records are read, for the
+/// lifetime of the object.
 class FileVersionScope {
  public:
   explicit FileVersionScope(std::string version)

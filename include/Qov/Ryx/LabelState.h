@@ -3,7 +3,8 @@
 #include "Qov/Export.h"
 #include "Qov/Ryx/OpaqueRecord.h"
 
-/// The records of labels, tables and measurements. Their bodies are carried unread.
+/// The records of labels, tables and measurements (docs/format.md, "Opaque records"). Their bodies
+/// are carried without being read.
 namespace QovRyx {
 
 struct QOV_EXPORT LabelBaseState : OpaqueRecord {

@@ -7,7 +7,7 @@
 
 namespace QovRyx {
 
-/// The colours and lighting values of a shape's material, and its record.
+/// The colours and lighting values of the material of a shape (docs/format.md, "Materials").
 struct MaterialValues : RecordOrigin {
   static constexpr const char* kTag = "0.3";
   static constexpr float kDefaultGrey = 0.8F;

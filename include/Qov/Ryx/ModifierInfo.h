@@ -8,11 +8,11 @@
 
 namespace QovRyx {
 
-/// One entry of a file's history: a program that wrote it.
+/// One entry of the history of a file: a program that wrote it (docs/format.md, "History").
 struct ModifierInfo : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 
-  /// Whether this program records host and user too; not stored.
+  /// True if this program records its host and user too. Not stored.
   bool mRecordMachine = false;
   std::string mApplication;
   std::string mApplicationVersion;

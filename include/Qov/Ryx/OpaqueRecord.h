@@ -7,12 +7,12 @@
 
 namespace QovRyx {
 
-/// A record whose body this program does not look into: it is kept as it was read, tag and bytes,
-/// and written back so.
+/// A record whose body is not decoded (docs/format.md, "Opaque records"). Its tag and the bytes of
+/// its body are carried and written as they were read.
 ///
-/// Each such record type is a class of its own that derives from this one and names itself by
-/// kName and kTag; what it holds when default-constructed is its current tag and the default
-/// records that belong into its body.
+/// Each type of opaque records is a class that derives from this one and has the constants kName
+/// and kTag. A default-constructed record has the current tag and, as its body, the default records
+/// that it nests.
 struct OpaqueRecord {
   std::string mTag;
   std::vector<std::uint8_t> mBody;

@@ -9,8 +9,9 @@
 #include "Qov/Jbf/ValueTypes.h"
 #include "Qov/Ryx/BlockVersionedIo.h"
 
-/// What a view does to the parts of the model: hides, explodes, picks and moves them. The keys of
-/// the maps name the parts. All values are only carried.
+/// The records that say how a view hides, explodes, picks and moves parts of the model
+/// (docs/format.md, "Part states"). The keys of the maps name the parts. All values are carried
+/// without being used.
 namespace QovRyx {
 
 struct UsrEntityData : RecordOrigin {

@@ -31,6 +31,7 @@ class QOV_EXPORT RecordOrigin {
   /// Returns the bytes after the known fields; empty without an origin.
   std::string_view GetTail() const;
 
+  /// Makes `tag` and `tail` the origin.
   void SetOrigin(std::string_view tag, std::string_view tail);
   /// Removes the origin, so that the record is written with its type's current tag and only its
   /// known fields.

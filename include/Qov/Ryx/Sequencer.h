@@ -10,15 +10,15 @@
 #include "Qov/Export.h"
 #include "Qov/Ryx/BlockVersionedIo.h"
 
-/// Animation sequences: actions, their settings, and named sequences of steps. All values are
-/// only carried.
+/// The records of animation sequences: actions, their settings, and named sequences of steps
+/// (docs/format.md, "Sequencer"). All values are carried without being used.
 namespace QovRyx {
 
 /// An action of a sequencer.
 class QOV_EXPORT BasicAction : public RecordOrigin {
  public:
   virtual ~BasicAction() = default;
-  /// The code of the concrete class.
+  /// Returns the type code of the concrete class.
   virtual int ActionType() const = 0;
 
  protected:
@@ -114,7 +114,7 @@ class QOV_EXPORT PlayAudioAction : public BasicAction {
   }
 };
 
-/// An action that is not meant to be stored: a list that holds one cannot be read back.
+/// An action that must not be stored, because a list that holds one cannot be read back.
 class QOV_EXPORT InvalidAction : public BasicAction {
  public:
   static constexpr int kType = -1;
@@ -127,8 +127,8 @@ class QOV_EXPORT InvalidAction : public BasicAction {
   }
 };
 
-/// An action of a type that this program does not know. Its tag and the bytes of its body are kept
-/// as its origin (RecordOrigin) and written back.
+/// An action of an unknown type. Its tag and the bytes of its body are its origin (RecordOrigin)
+/// and are written as they were read.
 class QOV_EXPORT UnknownAction : public BasicAction {
  public:
   /// The lowest type without a class.
@@ -148,7 +148,7 @@ class QOV_EXPORT UnknownAction : public BasicAction {
   std::uint16_t mType;
 };
 
-/// Calls `visitor` with the action as its concrete class, which tells a walker its fields.
+/// Calls `visitor` with the action as its concrete class, which lists the fields.
 template <class Visitor>
 void VisitAction(const BasicAction& action, Visitor&& visitor) {
   switch (action.ActionType()) {
@@ -172,7 +172,7 @@ void VisitAction(const BasicAction& action, Visitor&& visitor) {
 }
 
 /// Owns the actions of a sequencer. A null slot is written as an action of the type 65535 with an
-/// empty body. Copies are deep.
+/// empty body. A copy of the list has copies of the actions.
 class QOV_EXPORT ActionList {
  public:
   ActionList() = default;
@@ -185,7 +185,7 @@ class QOV_EXPORT ActionList {
   std::vector<std::unique_ptr<BasicAction>> mSlots;
 };
 
-/// What an action is applied by: two matrices and how to take them.
+/// The matrices by which an action is applied.
 struct SupportAction : RecordOrigin {
   static constexpr const char* kTag = "0.1";
 

@@ -18,12 +18,12 @@
 
 namespace QovRyx {
 
-/// A saved view: where the model was looked at from, and its display state at that moment. All
-/// values are only carried.
+/// A saved view: the camera and the display state (docs/format.md, "ViewPoint"). All values are
+/// carried without being used.
 struct QOV_EXPORT ViewPoint : RecordOrigin {
   static constexpr const char* kTag = "0.2";
 
-  // The bits of the floats that the values start as.
+  // The bits of default values that are floats.
   static constexpr std::uint32_t kOne = std::bit_cast<std::uint32_t>(1.0F);
   static constexpr std::uint32_t kDefaultScalar2 = std::bit_cast<std::uint32_t>(100.0F);
   static constexpr std::uint32_t kDefaultScalar3 = std::bit_cast<std::uint32_t>(0.785F);
@@ -74,7 +74,7 @@ struct QOV_EXPORT ViewPoint : RecordOrigin {
 class ViewPointList {
  public:
   ViewPointList() = default;
-  ViewPointList(std::vector<ViewPoint> views)  // NOLINT(google-explicit-constructor): the same
+  ViewPointList(std::vector<ViewPoint> views)  // NOLINT(google-explicit-constructor): same data
       : mpViews(views.empty() ? nullptr
                               : std::make_unique<std::vector<ViewPoint>>(std::move(views))) {}
   ViewPointList(std::initializer_list<ViewPoint> views)
@@ -125,7 +125,7 @@ struct ViewPointPath {
 
 namespace QovJbf {
 
-// Everything below a view point is compiled once, in ViewPoint.cpp.
+// The records inside a view point are compiled once, in ViewPoint.cpp.
 extern template QOV_EXPORT void CopyToBlock_Versioned(Block& block,
                                                       const QovRyx::ViewPoint& record);
 extern template QOV_EXPORT void CopyFromBlock_Versioned(Block& block, QovRyx::ViewPoint& record);

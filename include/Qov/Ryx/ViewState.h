@@ -12,7 +12,8 @@
 #include "Qov/Ryx/LabelState.h"
 #include "Qov/Ryx/PartState.h"
 
-/// The complete display state of one view. All values are only carried.
+/// The records of the complete display state of one view (docs/format.md, "ViewState"). All values
+/// are carried without being used.
 namespace QovRyx {
 
 struct MiscState : RecordOrigin {

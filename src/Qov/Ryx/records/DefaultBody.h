@@ -7,8 +7,8 @@
 
 namespace QovRyx {
 
-/// The body of a default-constructed opaque record: its default members, one after the other.
-/// Encoded once a combination, because every view point that is made needs some of these.
+/// Returns the body of a default-constructed opaque record: its default members in order. Encodes
+/// each combination once, because every new view point needs some of them.
 template <class... Members>
 const std::vector<std::uint8_t>& DefaultBody() {
   static const std::vector<std::uint8_t> body = [] {

@@ -7,13 +7,13 @@
 namespace QovRyx {
 namespace {
 
-/// Dots and commas are exactly as the builds wrote them.
+/// The application versions of the legacy builds, with dots and commas exactly as they wrote them.
 constexpr std::array<std::string_view, 8> kLegacyBuilds = {
     "2010 R1 4.1.110.825", "2010 R1 4.1.110.912", "2010 R1 4.1.110.915", "2010 R1 4,1,311,128",
     "2010 R1 4,1,311,130", "2010 R1 4,1,311,131", "2010 R1 4,1,311,209", "2010 R1 4,1,311,217",
 };
 
-/// Entries of older merges may lack a name.
+/// Returns true for the entry of a merge. Entries of older merges may lack a name.
 bool IsMerge(const ModifierInfo& entry) {
   return entry.mApplication == "RyxMerge" ||
          (entry.mApplication.empty() && entry.mApplicationVersion.empty());

@@ -6,7 +6,7 @@
 
 /// The layout of the actions in a sequencer's record:
 ///
-///   types: vector<u16>   the type code of each slot, cut to 16 bits
+///   types: vector<u16>   the low 16 bits of the type code of each slot
 ///   bodies               for each slot in order, the record of its class
 ///
 /// A type without a class also has a record, of which the reader keeps the tag and the body. An
