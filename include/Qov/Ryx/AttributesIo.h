@@ -7,7 +7,7 @@
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Attributes.h"
 
-/// Attribute maps in a stream: six columns, each a vector (docs/format.md, "Attributes").
+/// Reads and writes attribute maps (docs/format.md, "Attributes").
 namespace QovUtil {
 
 /// Appends one map. An AttributeMap is converted.

@@ -14,7 +14,7 @@ inline constexpr const char* kNewestGeometryVersion = "0.7";
 /// begin with two such numbers is not newer.
 QOV_EXPORT bool IsNewerVersion(const std::string& version, const std::string& known);
 
-/// Returns true for a version of a geometry record whose layout cannot be known.
+/// Returns true for a version after kNewestGeometryVersion, because its layout is unknown.
 QOV_EXPORT bool IsNewerGeometryVersion(const std::string& version);
 
 }  // namespace QovRyx

@@ -6,25 +6,25 @@
 
 namespace QovRyx {
 
-/// Is told how long work goes: the writing of a model, or what a program reports of its own. All on
-/// the thread that works. It must not throw.
+/// Receives the progress of a task: the saving of a model, or a task of the program. Called on the
+/// thread of the task. The functions must not throw.
 class QOV_EXPORT ProgressListener {
  public:
   virtual ~ProgressListener() = default;
 
-  /// Work on that many bytes begins; of a model that is written, those of its arrays.
+  /// A task on `numBytes` bytes begins. Saving a model counts the bytes of its arrays.
   virtual void Start(std::uint64_t numBytes) = 0;
-  /// That many bytes more are done; in writing, handed to compression.
+  /// `numBytes` more bytes are done. Saving counts bytes when they are passed to compression.
   virtual void Advance(std::uint64_t numBytes) = 0;
-  /// The work is done, or an error is on its way to the caller.
+  /// The task has ended, with or without an error.
   virtual void Finish() = 0;
 };
 
-/// Who is told from now on; null for nobody, as at first. Returns who was told before. The
-/// listener stays the caller's.
+/// Installs the listener of this process; null, the default, removes it. Returns the previous one.
+/// The caller owns the listener.
 QOV_EXPORT ProgressListener* SetProgressListener(ProgressListener* listener);
 
-/// Tells the listener of this process, if there is one, about work while the object lives.
+/// A task that is reported to the listener, if there is one. It begins and ends with the object.
 class QOV_EXPORT ProgressReport {
  public:
   explicit ProgressReport(std::uint64_t numBytes);
@@ -32,6 +32,7 @@ class QOV_EXPORT ProgressReport {
   ProgressReport(const ProgressReport&) = delete;
   ProgressReport& operator=(const ProgressReport&) = delete;
 
+  /// Adds to the progress of the current task.
   static void Advance(std::uint64_t numBytes);
 };
 

@@ -7,7 +7,7 @@
 #include "Qov/Export.h"
 #include "Qov/Jbf/Index.h"
 
-/// The streams that a model is spread over.
+/// The names of the streams of a model (docs/format.md, "Streams of a model").
 namespace QovRyx {
 
 inline const std::string kHeavyData = "Heavy Data";                  ///< Arrays and node sets.
@@ -22,8 +22,8 @@ inline const std::string kViewPoints = "View Points";  ///< Views and sequencer;
 QOV_EXPORT bool IsModelStream(std::string_view name);
 
 /// Returns the names of the streams in a file that no reader uses, each once, in the order of the
-/// blocks. Such a stream holds data that a merge leaves out, or its name is damaged. `items` is the
-/// index of the file. Streams without stored bytes are not listed.
+/// blocks. A merge leaves their data out. Either another program has added such a stream, or its
+/// name is damaged. `items` is the index of the file. Streams without stored bytes are not listed.
 QOV_EXPORT std::vector<std::string> FindUnknownStreams(const std::vector<QovJbf::IndexItem>& items);
 
 }  // namespace QovRyx

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
 constexpr const char* kVariable = "SOURCE_DATE_EPOCH";
-/// The end of the year 9999.
+/// The last second of the year 9999, in seconds since 1970.
 constexpr std::uint64_t kLatest = 253402300799;
 
 constexpr std::array kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};

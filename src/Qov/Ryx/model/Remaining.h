@@ -6,8 +6,8 @@
 
 namespace QovRyx {
 
-/// Takes nothing from a stream: tells how many bytes of the current block are still to be read.
-/// That is 0 only at the end of the stream.
+/// The number of unread bytes of the current block of a stream. Reading it consumes nothing. It is
+/// 0 only at the end of the stream.
 struct Remaining {
   std::uint32_t mNumBytes = 0;
 };

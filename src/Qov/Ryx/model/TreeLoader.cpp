@@ -22,15 +22,15 @@ constexpr const char* kSource = "include/Qov/Ryx/Tree";
 using Qov::Util::Raise;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
-void TellLosses(const QovJbf::ReadLosses& lost, const std::string& path, const char* part) {
-  const auto tell = [&](std::uint64_t count, const char* one, const char* many) {
+void LogLosses(const QovJbf::ReadLosses& lost, const std::string& path, const char* part) {
+  const auto log = [&](std::uint64_t count, const char* one, const char* many) {
     if (count == 0) return;
     Qov::Log::Trace(kSource) << Qov::Util::Quote(path) << ", " << part << ": " << count
                              << (count == 1 ? one : many);
   };
-  tell(lost.mNumEqualKeys, " map entry is left out because an earlier one has its key",
-       " map entries are left out because earlier ones have their keys");
-  tell(lost.mNumCutTexts, " text is cut at a zero byte", " texts are cut at a zero byte");
+  log(lost.mNumEqualKeys, " map entry is left out because an earlier one has its key",
+      " map entries are left out because earlier ones have their keys");
+  log(lost.mNumCutTexts, " text is cut at a zero byte", " texts are cut at a zero byte");
 }
 
 /// Calls `read`. Counts and logs the data that it leaves out of a part of a file.
@@ -41,10 +41,10 @@ void CountLosses(QovJbf::ReadLosses& losses, const QovJbf::JbFile& file, const c
   read();
   const QovJbf::ReadLosses lost = QovJbf::GetReadLosses() - before;
   losses += lost;
-  TellLosses(lost, file.GetPath(), part);
+  LogLosses(lost, file.GetPath(), part);
 }
 
-void TellLegacyWriter(const std::vector<ModifierInfo>& history, const std::string& path) {
+void LogLegacyWriter(const std::vector<ModifierInfo>& history, const std::string& path) {
   const ModifierInfo* writer = FindLegacyWriter(history);
   if (writer == nullptr) return;
   Qov::Log::Trace(kSource) << Qov::Util::Quote(path)
@@ -61,7 +61,7 @@ std::uint64_t GetFileLength(QovJbf::JbFile& file) {
   return static_cast<std::uint64_t>(length);
 }
 
-/// Refuses a file that ends before its last block does, even if nothing was read from there.
+/// Raises ReadError if the file ends before its last block, even if that block was not read.
 void CheckComplete(QovJbf::JbFile& file) {
   QovJbf::Index& index = file.GetIndex();
   const std::size_t last = index.GetItems().size() - 1;
@@ -92,7 +92,7 @@ void TreeLoader::LoadViews(QovJbf::JbFile& file) {
   }
   const FileVersionScope scope(mTree.mFileVersion);
   LoadViewPathVec(file);
-  TellLegacyWriter(mTree.mModifiers, file.GetPath());
+  LogLegacyWriter(mTree.mModifiers, file.GetPath());
 }
 
 void TreeLoader::Merge(const std::string& path) {
@@ -118,7 +118,7 @@ void TreeLoader::OpenForReading(QovJbf::JbFile& file, const std::string& path, b
   mTree.mUnknownStreams = FindUnknownStreams(file.GetIndex().GetItems());
 }
 
-/// 1 if the root takes the nodes of files in beneath it, else 0.
+/// Returns the id of the root if the nodes of files are added below it, otherwise 0.
 std::uint32_t TreeLoader::GetAttachParent() {
   mTree.mNodes.SetCurrentId(NodeTree::kRootId);
   const auto* group = dynamic_cast<const Group*>(mTree.mNodes.GetCurrentNode().mData.get());

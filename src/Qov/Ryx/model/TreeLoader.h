@@ -8,7 +8,7 @@
 
 namespace QovRyx {
 
-/// Reads files into a tree. The public face is Tree::Load and Tree::Merge.
+/// Reads files into a tree, for Tree::Load, Tree::Merge and Tree::LoadViewPathVec.
 class TreeLoader {
  public:
   explicit TreeLoader(Tree& tree) : mTree(tree) {}

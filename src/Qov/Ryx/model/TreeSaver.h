@@ -7,7 +7,7 @@
 
 namespace QovRyx {
 
-/// Writes a tree to a file. The public face is Tree::Save.
+/// Writes a tree to a file, for Tree::Save.
 class TreeSaver {
  public:
   explicit TreeSaver(Tree& tree) : mTree(tree) {}
