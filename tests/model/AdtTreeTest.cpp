@@ -12,7 +12,7 @@
 
 namespace {
 
-using NodeTree = QovAdt::Tree<std::unique_ptr<QovRyx::Node>>;
+using NodeTree = QovAdt::Tree<QovRyx::NodePointer>;
 using Links = std::array<std::uint32_t, 6>;
 
 Links LinksOf(const NodeTree& tree, std::uint32_t id) {
@@ -62,10 +62,12 @@ TEST(AdtTree, FindsTheFirstNodeOfNameTypeAndVersion) {
   tree.AddChild(std::make_unique<QovRyx::FutureNode>("Cut-Sections"));
   tree.AddChild(std::make_unique<QovRyx::Group>("Cut-Sections"));
   tree.AddChild(std::make_unique<QovRyx::Group>("Cut-Sections"));
-  tree.MoveToNode(QovRyx::Group("Cut-Sections"), QovRyx::NodesWithSameName());
+  const auto moveTo = [&tree](const char* group) {
+    tree.MoveToNode(std::make_unique<QovRyx::Group>(group), QovRyx::NodesWithSameName());
+  };
+  moveTo("Cut-Sections");
   EXPECT_EQ(tree.GetCurrentId(), 3U);
-  ExpectNotFound(
-      [&] { tree.MoveToNode(QovRyx::Group("cut-sections"), QovRyx::NodesWithSameName()); });
+  ExpectNotFound([&] { moveTo("cut-sections"); });
   EXPECT_EQ(tree.GetCurrentId(), 3U);
 }
 

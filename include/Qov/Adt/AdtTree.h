@@ -8,7 +8,7 @@
 
 namespace QovAdt {
 
-/// One entry of a Tree: its links, by id, and what it carries. Id 0 means none.
+/// One entry of a Tree: its links to other entries, by id, and its data. Id 0 means no entry.
 template <class T>
 struct TreeNode {
   std::uint32_t mId = 0;
@@ -20,10 +20,10 @@ struct TreeNode {
   T mData{};
 };
 
-/// An ordered tree whose entries are known by id. The root has id 1; ids are never reused.
+/// An ordered tree whose entries are identified by id. The root has id 1. Ids are never reused.
 ///
-/// One entry is current: adding a child and GetCurrentNode act on it. Iteration is in ascending
-/// id order. An unknown id raises ElementNotFound and changes nothing.
+/// One entry is current: AddChild and GetCurrentNode act on it. Iteration is in ascending order of
+/// ids. An unknown id raises ElementNotFound and changes nothing.
 template <class T>
 class Tree {
  public:
@@ -32,10 +32,11 @@ class Tree {
 
   static constexpr std::uint32_t kRootId = 1;
 
-  /// A tree of the root alone, without data.
+  /// Makes a tree that consists of a root without data.
   Tree() { mNodes[kRootId].mId = kRootId; }
 
-  /// Refuses only ids that were never handed out; one without an entry fails in GetCurrentNode.
+  /// Makes an entry current. Raises ElementNotFound for an id that was never assigned. For other
+  /// ids without an entry, GetCurrentNode raises it.
   void SetCurrentId(std::uint32_t id) {
     if (id >= mNextId) RaiseNotFound();
     mCurrentId = id;
@@ -52,14 +53,14 @@ class Tree {
     if (node == nullptr) RaiseNotFound();
     return *node;
   }
-  /// Null when there is no such entry.
+  /// Returns null if there is no such entry.
   const Node* FindNode(std::uint32_t id) const {
     const auto found = mNodes.find(id);
     return found == mNodes.end() ? nullptr : &found->second;
   }
   Node* FindNode(std::uint32_t id) { return const_cast<Node*>(std::as_const(*this).FindNode(id)); }
 
-  /// Appends a child to the current entry, behind its last one, and makes it current.
+  /// Appends a child to the current entry, after its last one, and makes the child current.
   Node& AddChild(T data) {
     Node& parent = GetCurrentNode();
     Node* last = parent.mLastChild == 0 ? nullptr : &GetReqNode(parent.mLastChild);
@@ -75,17 +76,18 @@ class Tree {
     return child;
   }
 
-  /// Puts an entry where its links say, in place of one with the same id. Ids handed out later
-  /// are higher.
+  /// Enters an entry with its links as they are, and replaces one with the same id. Ids assigned
+  /// later are higher.
   Node& PutNode(Node node) {
     const std::uint32_t id = node.mId;
     if (mNextId <= id) mNextId = id + 1;
     return mNodes[id] = std::move(node);
   }
 
-  /// Makes current the entry of lowest id whose data `policy(wanted, data)` accepts.
-  template <class Wanted, class Policy>
-  void MoveToNode(const Wanted& wanted, Policy policy) {
+  /// Makes current the entry of the lowest id for which `policy(wanted, data)` is true. Raises
+  /// ElementNotFound if there is none.
+  template <class Policy>
+  void MoveToNode(const T& wanted, Policy policy) {
     for (const auto& [id, node] : mNodes) {
       if (node.mData && policy(wanted, node.mData)) {
         mCurrentId = id;

@@ -20,11 +20,11 @@
 
 namespace QovRyx {
 
-/// Whether the last writer of the file that was loaded last was one of the legacy builds whose
-/// probe records differ.
+/// True if the last entry in the history of the file that was loaded last is that of a legacy
+/// build, whose probe records have another layout.
 QOV_EXPORT extern bool g_b217Ryx;
 
-/// Content of a file that is not read and so left out of what is saved.
+/// Content of a file that is not read and therefore not saved.
 struct UnreadContent {
   std::uint64_t mCount = 0;
   std::vector<std::string> mExamples;  ///< Descriptions of the first few.
@@ -32,10 +32,11 @@ struct UnreadContent {
   QOV_EXPORT void Add(const std::string& description);
 };
 
-/// The id-keyed tree of a model. The root entry carries no node unless a model puts one there.
-using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
+/// The tree of the nodes of a model, identified by id. The root entry has no node unless a model
+/// puts one there.
+using NodeTree = QovAdt::Tree<NodePointer>;
 
-/// One model in memory: the tree of nodes and the state of the model as a whole.
+/// One model in memory: the tree of its nodes, its views and its history.
 ///
 /// Loading reads descriptors. Arrays and node sets stay in the file and are read when they are
 /// requested or when the model is saved. The files of a model must therefore stay unchanged while
@@ -46,33 +47,34 @@ using NodeTree = QovAdt::Tree<std::unique_ptr<Node>>;
 ///
 /// Every error is a Qov::Util::Exception (or QovJbf::DamagedBlock for a block that zlib
 /// refuses). After a failed Load or Merge the tree holds part of the file: discard it. After a
-/// failed Save the file is incomplete and the tree is as before but for its history.
+/// failed Save the file is incomplete, and only the history of the tree has changed.
 class QOV_EXPORT Tree {
  public:
   enum class SupportedFileFormats { Ryx = 0 };
-  /// WithoutViews skips view points and sequencer, so that they may be damaged.
+  /// WithoutViews does not read view points and the sequencer, so they may be damaged.
   enum class ReadMode { Everything = 0, WithoutViews = 1 };
-  /// From the id that a node has in the tree to the one it had in the file.
+  /// Maps the id of each node in the tree to its id in the file.
   using IdMap = std::map<std::uint32_t, std::uint32_t>;
 
-  /// An empty model. With `recordMachine` saving notes the host and the user in the history.
+  /// Makes an empty model. With `recordMachine`, Save records the host and the user in the history.
+  /// `application` and `applicationVersion` name the program there.
   explicit Tree(bool recordMachine);
   Tree(const std::string& application, const std::string& applicationVersion, bool recordMachine);
   ~Tree();
   Tree(const Tree&) = delete;
   Tree& operator=(const Tree&) = delete;
 
-  /// Reads a model file; `idMap` gets an entry for each of its nodes. If the root carries a group
-  /// that takes models, the file's nodes are entered beneath it with shifted ids, else with the
-  /// ids of the file.
+  /// Reads a model file. `idMap` gets an entry for each of its nodes. If the root is a group for
+  /// which Group::TakesModels is true, the nodes are added below it with shifted ids, otherwise
+  /// they keep their ids. Views are read according to `mode`.
   void Load(const std::string& path, IdMap& idMap, const ReadMode& mode,
             const SupportedFileFormats& format);
-  /// Reads a further file's nodes; its history and views are left out.
+  /// Reads the nodes of a further file, but neither its history nor its views.
   void Merge(const std::string& path, const ReadMode& mode, const SupportedFileFormats& format);
-  /// Reads the view point, the paths (appended to those that are there) and the sequencer of a
-  /// file; changes nothing if it has none.
+  /// Reads the views of a file: replaces the view point and the sequencer, and appends the paths.
+  /// Changes nothing if the file has no views.
   void LoadViewPathVec(QovJbf::JbFile& file);
-  /// Puts what LoadViewPathVec reads into a file that is being written.
+  /// Appends the same to a file that is being written.
   void SaveViewPathVec(QovJbf::JbFile& file) const;
   /// Writes the model and adds this program to its history. `create` false updates a file in place.
   /// Raises MiscellaneousError if arrays must still be read from the file at `path` or if another
@@ -83,21 +85,22 @@ class QOV_EXPORT Tree {
   void Save(const std::string& path, bool create, const std::string& comment,
             const SupportedFileFormats& format);
   /// Moves a shape of `source` and the geometry that is its first child below the first group of
-  /// that name, as its last child. The objects belong to this tree afterwards and `source` keeps
-  /// their entries, empty. Links among the geometry's own results lead to its new entry, which
-  /// becomes current. Links between it and other geometries are replaced by the values.
+  /// that name, as its last child. The nodes belong to this tree afterwards. `source` keeps their
+  /// entries without nodes. Links within the geometry name its new entry, which becomes current.
+  /// Links between it and other geometries are replaced by the values.
   ///
   /// Raises ElementNotFound if there is no such group, no such entry or no child; MismatchError
-  /// if the entries carry something else; ModelError if there are no ids left. Nothing has been
-  /// moved then.
+  /// if the entries hold other nodes; ModelError if there are no ids left. Nothing has been moved
+  /// then.
   void AddShape(Tree& source, const std::uint32_t& shapeId, const std::string& groupName);
 
-  /// The entries and what they carry, which they own: references last until the entry's node is
-  /// replaced or moved away, or the tree is gone. Adding entries leaves them valid.
+  /// Returns the entries, which own their nodes. A reference to a node is valid until the node is
+  /// replaced or moved away, or the tree is destroyed. Adding entries does not change that. A const
+  /// tree gives access to const nodes only.
   NodeTree& GetNodes() { return mNodes; }
   const NodeTree& GetNodes() const { return mNodes; }
 
-  /// Whether Save writes the view point, the paths and the sequencer. Reading them says yes.
+  /// Returns true if Save writes the view point, the paths and the sequencer. Reading them sets it.
   bool HasViewPoints() const { return mHasViewPoints; }
   void SetHasViewPoints(bool has) { mHasViewPoints = has; }
   ViewPoint& GetViewPoint() { return mViewPoint; }
@@ -106,7 +109,7 @@ class QOV_EXPORT Tree {
   const std::vector<ViewPointPath>& GetViewPointPaths() const { return mViewPointPaths; }
   SequencerData& GetSequencerData() { return mSequencerData; }
   const SequencerData& GetSequencerData() const { return mSequencerData; }
-  /// The programs that wrote the model, oldest first; Save adds this one.
+  /// Returns the programs that wrote the model, oldest first. Save adds this one.
   const std::vector<ModifierInfo>& GetModifiers() const { return mModifiers; }
   /// Counts of the data that was left out when files were read into this tree, by part of the file.
   struct Losses {
@@ -115,13 +118,13 @@ class QOV_EXPORT Tree {
     QovJbf::ReadLosses mViews;  ///< View points and sequencer.
   };
   const Losses& GetLosses() const { return mLosses; }
-  /// The container version of the file last loaded or saved.
+  /// Returns the container version of the file that was loaded or saved last.
   const std::string& GetFileVersion() const { return mFileVersion; }
   /// Returns the names of the streams that no reader uses and that the last Load or Merge found
   /// (StreamNames.h). Save does not write them.
   const std::vector<std::string>& GetUnknownStreams() const { return mUnknownStreams; }
-  /// Returns what the nodes of the file that was read last hold and no program of this version
-  /// reads: nodes of unknown types and newer versions, bytes after the last record of a stream.
+  /// Returns the content of the file read last that this version cannot read: nodes of unknown
+  /// types and newer versions, and bytes after the last record of a stream.
   const UnreadContent& GetUnreadContent() const { return mUnread; }
 
  private:
@@ -142,20 +145,24 @@ class QOV_EXPORT Tree {
   ModifierInfo mCurrentModifier;
 };
 
-/// The geometry that an entry carries, or null if it carries something else.
-inline Geometry* AsGeometry(const NodeTree::Node& entry) {
+/// Returns the geometry of an entry, or null for an entry of any other node or none.
+inline Geometry* AsGeometry(NodeTree::Node& entry) {
   return dynamic_cast<Geometry*>(entry.mData.get());
 }
+inline const Geometry* AsGeometry(const NodeTree::Node& entry) {
+  return dynamic_cast<const Geometry*>(entry.mData.get());
+}
 
-/// The variable that a link names, or null if it names nothing.
+/// Returns the result that a link names, or null for a dangling link.
 QOV_EXPORT const Geometry::VarStruct* FindVariable(const NodeTree& nodes,
                                                    const Geometry::Link& link);
 
-/// Calls `visit(id, geometry)` for every geometry, in ascending id order.
-template <class Visitor>
-void ForEachGeometry(const NodeTree& nodes, Visitor visit) {
-  for (const auto& [id, entry] : nodes) {
-    if (Geometry* geometry = AsGeometry(entry)) visit(id, *geometry);
+/// Calls `visit(id, geometry)` for every geometry, in ascending order of ids. `nodes` is a
+/// NodeTree; a const one gives const geometries.
+template <class Nodes, class Visitor>
+void ForEachGeometry(Nodes& nodes, Visitor visit) {
+  for (auto& [id, entry] : nodes) {
+    if (auto* geometry = AsGeometry(entry)) visit(id, *geometry);
   }
 }
 

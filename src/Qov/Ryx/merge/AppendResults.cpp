@@ -30,7 +30,7 @@ Positions FindStarts(Tree& from, Tree& into, DroppedResults& dropped) {
 }
 
 /// Replaces the links to geometries that are not appended by the values.
-void CutLinksToOthers(const NodeTree& nodes, const Positions& starts) {
+void CutLinksToOthers(NodeTree& nodes, const Positions& starts) {
   CutLinks(nodes, [&starts](std::uint32_t id, const Geometry::Link& link) {
     return starts.contains(id) && !starts.contains(link.mNode);
   });

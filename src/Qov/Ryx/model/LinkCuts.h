@@ -15,7 +15,7 @@ namespace QovRyx {
 /// dangling link or is a cycle. Dangling links stay and are marked, because results of other files
 /// may be put at their places later.
 template <class IsCut>
-void CutLinks(const NodeTree& nodes, IsCut isCut) {
+void CutLinks(NodeTree& nodes, IsCut isCut) {
   // All links are resolved before any is changed, because chains lead over results that change.
   std::vector<std::pair<Geometry::VarStruct*, const Geometry::VarStruct*>> cuts;
   LinkResolver resolver(nodes);
@@ -34,7 +34,7 @@ void CutLinks(const NodeTree& nodes, IsCut isCut) {
 }
 
 /// Replaces all links between geometries by the values.
-inline void CutLinksBetweenGeometries(const NodeTree& nodes) {
+inline void CutLinksBetweenGeometries(NodeTree& nodes) {
   CutLinks(nodes, [](std::uint32_t id, const Geometry::Link& link) { return link.mNode != id; });
 }
 

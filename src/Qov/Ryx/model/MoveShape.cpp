@@ -14,10 +14,10 @@ namespace {
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
 using ErrorType = Qov::Util::Exception::ErrorType;
 
-/// Returns the node of an entry. Raises MismatchError for a node of another type, because the type
-/// comes from a file: an assertion would be wrong.
+/// Returns the node of an entry. Raises MismatchError for a node of another type. This is not an
+/// assertion, because the type comes from a file.
 template <class T>
-T& RequireNode(const NodeTree::Node& entry, const char* what) {
+T& RequireNode(NodeTree::Node& entry, const char* what) {
   auto* node = dynamic_cast<T*>(entry.mData.get());
   if (node == nullptr) {
     Qov::Util::Raise(kSource, ErrorType::MismatchError,
@@ -26,13 +26,14 @@ T& RequireNode(const NodeTree::Node& entry, const char* what) {
   return *node;
 }
 
-/// The highest id of all stays free, so that there is always a next one.
+/// Raises ModelError unless `count` ids are free. The highest id of all is never assigned, so that
+/// there is always a next one.
 void RequireFreeIds(const NodeTree& nodes, std::uint32_t count) {
   if (nodes.GetNextId() <= std::numeric_limits<std::uint32_t>::max() - count) return;
   Qov::Util::Raise(kSource, ErrorType::ModelError, "The tree has no ids left");
 }
 
-/// Makes the links within a geometry name its new id. Dangling links are not changed.
+/// Makes the links within a geometry name its new id. Leaves dangling links unchanged.
 void MoveLinks(Geometry& geometry, std::uint32_t newId) {
   for (std::size_t i = 0; i != geometry.GetVariables().size(); ++i) {
     Geometry::VarStruct& result = geometry.EditVariable(i);
@@ -44,7 +45,7 @@ void MoveLinks(Geometry& geometry, std::uint32_t newId) {
 
 void MoveShape(NodeTree& nodes, NodeTree& source, std::uint32_t shapeId,
                const std::string& groupName, bool cutLinks) {
-  nodes.MoveToNode(Group(groupName), NodesWithSameName());
+  nodes.MoveToNode(std::make_unique<Group>(groupName), NodesWithSameName());
   NodeTree::Node& shape = source.GetReqNode(shapeId);
   RequireNode<Shape>(shape, "shape");
   NodeTree::Node& child = source.GetReqNode(shape.mFirstChild);

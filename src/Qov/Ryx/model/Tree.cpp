@@ -17,8 +17,8 @@ bool g_b217Ryx = false;
 
 Tree::Tree(bool recordMachine) {
   mCurrentModifier.mRecordMachine = recordMachine;
-  // Whatever draws random numbers later draws the same ones in every run.
-  std::srand(0);  // NOLINT(cert-msc51-cpp): that is what it is for
+  // Makes later random numbers of the process the same in every run.
+  std::srand(0);  // NOLINT(cert-msc51-cpp): a constant seed is intended
   mViewPoint.mName = "no name";
 }
 

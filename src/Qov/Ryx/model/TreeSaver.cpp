@@ -70,7 +70,7 @@ void SavePayload(QovJbf::JbFile& file, Node& node) {
   // NOLINTEND(modernize-use-nullptr,readability-identifier-naming)
 }
 
-void SaveRecord(QovJbf::JbFile& file, const NodeTree::Node& entry) {
+void SaveRecord(QovJbf::JbFile& file, NodeTree::Node& entry) {
   QovJbf::Index& index = file.GetIndex();
   for (const std::uint32_t link : {entry.mId, entry.mParent, entry.mPreviousSibling,
                                    entry.mNextSibling, entry.mFirstChild, entry.mLastChild}) {
@@ -217,7 +217,7 @@ void TreeSaver::SaveTree(QovJbf::JbFile& file) {
   file.GetIndex().Put(kRyxTree, static_cast<std::int32_t>(mTree.mNodes.GetSize()));
   // The limit is asked for once: it takes several system files to tell.
   const std::uint64_t limit = QovJbf::GetLoadLimit();
-  for (const auto& [id, entry] : mTree.mNodes) {
+  for (auto& [id, entry] : mTree.mNodes) {
     SaveRecord(file, entry);
     CheckLoadable(file, kTreeStreams, limit);
   }
