@@ -16,11 +16,8 @@
 namespace Qov::Tools {
 namespace {
 
-constexpr std::size_t kNumTypes = 4;
-/// Of the values in the columns, in their order.
-constexpr std::array<std::uint64_t, 3> kPlainSizes = {4, 4, 8};
-/// The types whose values the columns hold.
-constexpr std::array<std::size_t, kNumTypes> kColumnTypes = {0, 1, 3, 2};
+using QovRyx::AttributeType;
+constexpr std::size_t kNumTypes = QovRyx::kNumAttributeTypes;
 
 /// The names of one map in stored order. They lie in one text, because a map can have millions.
 class AttributeNames {
@@ -78,7 +75,7 @@ class AttributeReader {
   std::uint32_t TakeNames(const Place& place);
   void ReportNames(const AttributeNames& names, const Place& place);
   std::array<std::uint64_t, kNumTypes> TakeTypes(std::uint32_t numNames, const Place& place);
-  std::uint64_t PassOverColumn(std::size_t column, const Place& place);
+  std::uint64_t PassOverColumn(AttributeType type, const Place& place);
 
   StreamCursor& mCursor;
   Findings& mFindings;
@@ -86,8 +83,8 @@ class AttributeReader {
 
 void AttributeReader::Read(const Place& place) {
   const auto counts = TakeTypes(TakeNames(place), place);
-  for (std::size_t column = 0; column < kColumnTypes.size(); ++column) {
-    const std::size_t type = kColumnTypes[column];
+  for (const AttributeType column : QovRyx::kValueColumns) {
+    const auto type = static_cast<std::size_t>(column);
     const std::uint64_t held = PassOverColumn(column, place);
     if (held == counts[type]) continue;
     mFindings.Error("attribute-columns", place,
@@ -97,7 +94,7 @@ void AttributeReader::Read(const Place& place) {
 }
 
 std::uint32_t AttributeReader::TakeNames(const Place& place) {
-  const std::uint32_t count = mCursor.TakeCount(4);
+  const std::uint32_t count = mCursor.TakeCount(QovRyx::kCountSize);
   AttributeNames names(count);
   try {
     for (std::uint32_t i = 0; i < count; ++i) names.Add(mCursor.TakeText(mFindings, place));
@@ -150,13 +147,14 @@ std::array<std::uint64_t, kNumTypes> AttributeReader::TakeTypes(std::uint32_t nu
   return counts;
 }
 
-std::uint64_t AttributeReader::PassOverColumn(std::size_t column, const Place& place) {
-  if (column < kPlainSizes.size()) {
-    const std::uint32_t count = mCursor.TakeCount(kPlainSizes[column]);
-    mCursor.PassOver(count * kPlainSizes[column]);
+std::uint64_t AttributeReader::PassOverColumn(AttributeType type, const Place& place) {
+  if (type != AttributeType::String) {
+    const std::uint64_t size = QovRyx::GetValueSize(type);
+    const std::uint32_t count = mCursor.TakeCount(size);
+    mCursor.PassOver(count * size);
     return count;
   }
-  const std::uint32_t count = mCursor.TakeCount(4);
+  const std::uint32_t count = mCursor.TakeCount(QovRyx::kCountSize);
   for (std::uint32_t i = 0; i < count; ++i) mCursor.TakeText(mFindings, place);
   return count;
 }
@@ -174,7 +172,7 @@ bool ReadMaps(const ModelContent& model, StreamCursor& cursor, Findings& finding
     }
     const bool isGroup = node.GetType() == NodeType::Group;
     try {
-      if (isGroup && !node.IsOldest() && node.mVersion != "0.2") reader.Read(node.At(here()));
+      if (isGroup && QovRyx::HasAttributes(node.mVersion)) reader.Read(node.At(here()));
       for (std::size_t i = 0; i < node.mVariables.size(); ++i) reader.Read(node.At(here(), i));
     } catch (const StreamCursor::EndReached&) {
       ReportEnd(cursor, node.At({}), "the attributes", findings);

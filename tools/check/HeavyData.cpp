@@ -131,7 +131,7 @@ void HeavySweep::Collect(StoredNode& node) {
     if (variable.GetNumElements() == 0 || !variable.mIsPlaced) continue;
     // What remains of a size that is no multiple of 4 is stored only among inline values.
     const std::uint64_t size =
-        node.HasInlineValues() ? variable.mSize : 4 * variable.GetNumElements();
+        node.HasInlineValues() ? variable.mSize : QovRyx::kElementSize * variable.GetNumElements();
     mExtents.push_back(
         {&node, i, variable.mOffset, variable.mOffset + size, false, mMeshes.IsWanted(variable)});
   }
@@ -139,7 +139,7 @@ void HeavySweep::Collect(StoredNode& node) {
 
 void HeavySweep::CheckShape(const StoredNode& node, std::size_t variable) {
   const StoredVariable& array = node.mVariables[variable];
-  if (array.mSize % 4 != 0) {
+  if (array.mSize % QovRyx::kElementSize != 0) {
     mFindings.Warning("array-size", node.At({}, variable),
                       fmt::format("Its size, {} bytes, is no multiple of 4.", array.mSize));
   }
@@ -230,7 +230,7 @@ void HeavySweep::VisitArray(const Extent& extent) {
 
 void HeavySweep::ReadValues(const Extent& extent) {
   const StoredVariable& variable = extent.GetVariable();
-  if (4 * variable.GetNumElements() > mCursor.GetRemaining())
+  if (QovRyx::kElementSize * variable.GetNumElements() > mCursor.GetRemaining())
     throw StreamCursor::EndReached{extent.mOffset};
   std::vector<std::uint32_t> values(variable.GetNumElements());
   mCursor.TakeBytes(values.data(), values.size() * sizeof(values[0]));

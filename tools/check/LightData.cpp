@@ -11,10 +11,6 @@
 namespace Qov::Tools {
 namespace {
 
-constexpr std::uint32_t kSetsSize = 16;
-/// Name length, kind word, the rest of a linked or an older variable.
-constexpr std::uint64_t kLeastVariableSize = 4 + 4 + 6;
-
 class LightReader {
  public:
   LightReader(StreamCursor& cursor, Findings& findings) : mCursor(cursor), mFindings(findings) {}
@@ -135,7 +131,7 @@ void LightReader::TakeGeometry(StoredNode& node) {
                     fmt::format("The number of its variables is {}.", count));
     return;
   }
-  const std::uint64_t most = mCursor.GetRemaining() / kLeastVariableSize;
+  const std::uint64_t most = mCursor.GetRemaining() / QovRyx::kLeastDescriptorSize;
   node.mVariables.reserve(std::min(static_cast<std::uint64_t>(count), most));
   for (std::int32_t i = 0; i < count; ++i) node.mVariables.push_back(TakeVariable(node));
 }
@@ -151,7 +147,7 @@ StoredVariable LightReader::TakeVariable(const StoredNode& node) {
     variable.mLinkVariable = mCursor.Take<std::uint32_t>();
   } else {
     TakeExtent(variable);
-    if (layout != GeometryLayout::Older) mCursor.PassOver(11);  // three flags and two values
+    if (layout != GeometryLayout::Older) mCursor.PassOver(QovRyx::kCarriedFieldsSize);
     if (layout == GeometryLayout::WideOffsets) variable.mOffset = mCursor.Take<std::uint64_t>();
     if (layout == GeometryLayout::NarrowOffsets || layout == GeometryLayout::InlineValues) {
       variable.mOffset = mCursor.Take<std::uint32_t>();
@@ -172,10 +168,10 @@ void LightReader::TakeSets(StoredNode& node) {
   node.mNumSets = mCursor.Take<std::uint32_t>();
   node.mSetsOffset = mCursor.Take<std::uint64_t>();
   node.mNumSetValues = mCursor.Take<std::uint32_t>();
-  if (size == kSetsSize) return;
-  mFindings.Warning(
-      "set-size", At(node, start),
-      fmt::format("Its light data should say that {} bytes follow; they say {}.", kSetsSize, size));
+  if (size == QovRyx::kNodeSetsFieldsSize) return;
+  mFindings.Warning("set-size", At(node, start),
+                    fmt::format("Its light data should say that {} bytes follow; they say {}.",
+                                QovRyx::kNodeSetsFieldsSize, size));
 }
 
 }  // namespace

@@ -16,8 +16,8 @@ namespace {
 
 bool HoldsIntegers(const StoredVariable& variable) {
   using QovRyx::Geometry;
-  return Geometry::IsIntegerKind(variable.mKindWord & 0xFFFFFFU) ||
-         variable.mKindWord >> 24U == Geometry::kUnsignedKindHighByte;
+  return Geometry::IsIntegerKind(QovRyx::GetKind(variable.mKindWord)) ||
+         QovRyx::GetKindHighByte(variable.mKindWord) == Geometry::kUnsignedKindHighByte;
 }
 
 /// The mesh arrays of one geometry, by name. A merge may leave several of one name: the first

@@ -12,30 +12,22 @@ constexpr std::size_t kLongestName = 256;
 
 NodeType StoredNode::GetType() const {
   if (mType.empty()) return NodeType::None;
-  if (mType == "Group") return NodeType::Group;
-  if (mType == "Shape") return NodeType::Shape;
-  if (mType == "Geometry") return NodeType::Geometry;
-  if (mType == "NodeSets") return NodeType::NodeSets;
+  if (mType == QovRyx::Group::kType) return NodeType::Group;
+  if (mType == QovRyx::Shape::kType) return NodeType::Shape;
+  if (mType == QovRyx::Geometry::kType) return NodeType::Geometry;
+  if (mType == QovRyx::NodeSets::kType) return NodeType::NodeSets;
   return NodeType::Unknown;
 }
 
-GeometryLayout StoredNode::GetLayout() const {
-  if (mVersion == "0.7") return GeometryLayout::WideOffsets;
-  if (mVersion == "0.6") return GeometryLayout::NarrowOffsets;
-  if (mVersion == "0.5") return GeometryLayout::InlineValues;
-  return GeometryLayout::Older;
-}
-
 std::uint64_t StoredNode::GetLeastLightSize() const {
-  constexpr std::uint64_t kPlacements = 40;
   switch (GetType()) {
     case NodeType::Group:
-      if (IsOldest()) return 0;
-      return mVersion == "0.2" || mVersion == "0.3" ? kPlacements : kPlacements + 1;
+      if (!QovRyx::HasPlacement(mVersion)) return 0;
+      return QovRyx::kPlacementSize + (QovRyx::HasModelFlag(mVersion) ? 1 : 0);
     case NodeType::Geometry:
-      return 4;
+      return QovRyx::kNumResultsSize;
     case NodeType::NodeSets:
-      return 20;
+      return QovRyx::kNodeSetsLightSize;
     default:
       return 0;
   }

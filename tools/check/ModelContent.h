@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "check/Finding.h"
+#include "model/ModelFormat.h"
 
 /// What the stages of a check hand on to one another: a model as it stands in its streams, wrong
 /// or not.
@@ -25,11 +26,10 @@ struct StoredVariable {
   std::uint64_t mOffset = 0;  ///< In the heavy stream.
   bool mIsPlaced = false;     ///< Whether mOffset is known.
 
-  std::uint64_t GetNumElements() const { return mSize / 4; }
+  std::uint64_t GetNumElements() const { return mSize / QovRyx::kElementSize; }
 };
 
-/// How a geometry's descriptors and values are laid out.
-enum class GeometryLayout { Older, InlineValues, NarrowOffsets, WideOffsets };
+using QovRyx::GeometryLayout;
 
 /// A tree record and what its node's light data say.
 struct StoredNode {
@@ -52,11 +52,9 @@ struct StoredNode {
   std::uint32_t mNumSetValues = 0;
 
   NodeType GetType() const;
-  GeometryLayout GetLayout() const;
-  bool HasInlineValues() const { return GetLayout() <= GeometryLayout::InlineValues; }
-  /// Of versions that had neither light data nor materials.
-  bool IsOldest() const { return mVersion == "0.1" || mVersion == "0.0a"; }
-  /// The bytes that light data of its type and version take at the least; 0 for none.
+  GeometryLayout GetLayout() const { return QovRyx::GetGeometryLayout(mVersion); }
+  bool HasInlineValues() const { return QovRyx::HasInlineValues(GetLayout()); }
+  /// Returns the least size in bytes of the light data of its type and version, or 0 for none.
   std::uint64_t GetLeastLightSize() const;
 
   /// Adds this node to a place.

@@ -141,7 +141,7 @@ void CheckMaterials(Container& container, const ModelContent& model, Findings& f
   StreamCursor cursor = container.OpenStream(QovRyx::kResources);
   const bool isThrough = RunStage(cursor, "the materials", findings, [&] {
     for (const StoredNode& node : model.mNodes) {
-      if (node.GetType() != NodeType::Shape || node.IsOldest()) continue;
+      if (node.GetType() != NodeType::Shape || !QovRyx::HasMaterial(node.mVersion)) continue;
       TakeRecord<QovRyx::MaterialValues>(cursor, node.At(Part("material")), findings);
     }
   });

@@ -11,7 +11,7 @@
 namespace Qov::Tools {
 namespace {
 
-constexpr std::uint64_t kNumberSize = 4;
+using QovRyx::kElementSize;
 
 /// What is known of a vector of ends once it is read.
 struct Ends {
@@ -25,7 +25,7 @@ struct Ends {
 Ends TakeEnds(StreamCursor& cursor) {
   Ends ends;
   ends.mPosition = cursor.GetPosition();
-  ends.mCount = cursor.TakeCount(kNumberSize);
+  ends.mCount = cursor.TakeCount(kElementSize);
   for (std::uint32_t i = 0; i < ends.mCount; ++i) {
     const auto end = cursor.Take<std::uint32_t>();
     if (i == 0) ends.mFirst = end;
@@ -88,7 +88,7 @@ void CheckSetPieces(StreamCursor& cursor, const StoredNode& node, Findings& find
   CheckEnds(nameEnds, namesLength, "names", node, cursor, findings);
   const Ends valueEnds = TakeEnds(cursor);
   const std::uint64_t valuesPosition = cursor.GetPosition();
-  const std::uint32_t numValues = PassOverPiece(cursor, kNumberSize);
+  const std::uint32_t numValues = PassOverPiece(cursor, kElementSize);
   CheckEnds(valueEnds, numValues, "values", node, cursor, findings);
   if (numValues == node.mNumSetValues) return;
   findings.Warning("set-count", node.At(Place::InStream(cursor.GetName(), valuesPosition)),
@@ -97,8 +97,7 @@ void CheckSetPieces(StreamCursor& cursor, const StoredNode& node, Findings& find
 }
 
 void PassOverSetPieces(StreamCursor& cursor) {
-  for (const std::uint64_t elementSize :
-       {kNumberSize, std::uint64_t{1}, kNumberSize, kNumberSize}) {
+  for (const std::uint64_t elementSize : QovRyx::kSetPieceElementSizes) {
     PassOverPiece(cursor, elementSize);
   }
 }

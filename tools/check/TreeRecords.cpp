@@ -1,9 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <initializer_list>
 #include <limits>
-#include <string_view>
 
 #include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/StreamNames.h"
@@ -12,23 +10,21 @@
 namespace Qov::Tools {
 namespace {
 
-/// Ids and offset, with the lengths of three texts.
-constexpr std::uint64_t kLeastRecordSize = 6 * 4 + 3 * 4 + 4;
-
-bool IsOneOf(const std::string& version, std::initializer_list<std::string_view> known) {
+template <class Versions>
+bool IsOneOf(const std::string& version, const Versions& known) {
   return std::find(known.begin(), known.end(), version) != known.end();
 }
 
 bool IsKnownVersion(const StoredNode& node) {
   switch (node.GetType()) {
     case NodeType::Group:
-      return IsOneOf(node.mVersion, {"0.0a", "0.1", "0.2", "0.3", "0.4"});
+      return IsOneOf(node.mVersion, QovRyx::kGroupVersions);
     case NodeType::Shape:
-      return IsOneOf(node.mVersion, {"0.0a", "0.1", "0.2"});
+      return IsOneOf(node.mVersion, QovRyx::kShapeVersions);
     case NodeType::Geometry:
-      return IsOneOf(node.mVersion, {"0.0a", "0.1", "0.2", "0.3", "0.4", "0.5", "0.6", "0.7"});
+      return IsOneOf(node.mVersion, QovRyx::kGeometryVersions);
     case NodeType::NodeSets:
-      return node.mVersion == "0.1";
+      return IsOneOf(node.mVersion, QovRyx::kNodeSetsVersions);
     default:
       return true;
   }
@@ -74,7 +70,7 @@ void RecordReader::Read(bool wideOffsets) {
     mFindings.Error("tree-count", Place::InStream(QovRyx::kRyxTree, 0), "The tree has no root.");
     return;
   }
-  const auto most = mCursor.GetRemaining() / kLeastRecordSize;
+  const auto most = mCursor.GetRemaining() / QovRyx::kLeastTreeRecordSize;
   mModel.mNodes.reserve(std::min(static_cast<std::uint64_t>(count), most));
   for (std::int32_t i = 0; i < count; ++i) Enter(TakeRecord(mCursor, wideOffsets, mFindings));
   mModel.mIsComplete = true;
@@ -107,7 +103,7 @@ void RecordReader::CheckId(const StoredNode& node) {
 }
 
 void RecordReader::CheckKind(const StoredNode& node) {
-  if (node.GetType() == NodeType::Unknown && node.mType != "FutureNode") {
+  if (node.GetType() == NodeType::Unknown && node.mType != QovRyx::FutureNode::kType) {
     mFindings.Warning("node-type", At(node),
                       fmt::format("Nodes of type {} are not known; only the name would be kept.",
                                   Quoted(node.mType)));
@@ -135,7 +131,7 @@ void ReportRest(const StreamCursor& cursor, const ModelContent& model, const cha
       fmt::format("{} bytes follow the last {}.", cursor.GetLength() - cursor.GetPosition(), what);
   const bool mayBeOwned =
       std::any_of(model.mNodes.begin(), model.mNodes.end(), [](const StoredNode& node) {
-        return node.GetType() == NodeType::Unknown && node.mType != "FutureNode";
+        return node.GetType() == NodeType::Unknown && node.mType != QovRyx::FutureNode::kType;
       });
   if (mayBeOwned) {
     findings.Error(

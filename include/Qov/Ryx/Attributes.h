@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 #include "Qov/Export.h"
 #include "Qov/Util/AttributeValue.h"
@@ -20,11 +21,13 @@ namespace QovUtil {
 /// size and about 60 bytes. Copies share their columns. A change copies the columns and takes time
 /// in proportion to their size, so collect many entries in an AttributeMap first.
 class QOV_EXPORT Attributes {
+  static constexpr std::size_t kNumTypes = std::variant_size_v<AttributeValue>;
+
  public:
   using value_type = std::pair<std::string, AttributeValue>;
 
-  /// Visits the entries in the order of their names. Valid until a copy of the map that it came
-  /// from is changed or destroyed.
+  /// Visits the entries in the order of their names. Valid until the map that it came from is
+  /// changed or destroyed.
   class QOV_EXPORT Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -46,13 +49,13 @@ class QOV_EXPORT Attributes {
     std::uint32_t mLeft = 0;  ///< Entries from here to the end.
     const char* mName = nullptr;
     const char* mType = nullptr;
-    std::array<const char*, 4> mValues{};  ///< The next value of each type, by type index.
+    std::array<const char*, kNumTypes> mValues{};  ///< The next value of each type, by type index.
   };
   using iterator = Iterator;
   using const_iterator = Iterator;
 
   Attributes() = default;
-  Attributes(const AttributeMap& map);  // NOLINT(google-explicit-constructor): the same map
+  Attributes(const AttributeMap& map);  // NOLINT(google-explicit-constructor): same data
   Attributes(std::initializer_list<AttributeMap::value_type> entries)
       : Attributes(AttributeMap(entries)) {}
   /// Makes a map from stored columns. Sorts names, ends texts before a zero byte, and keeps the
@@ -70,7 +73,7 @@ class QOV_EXPORT Attributes {
   /// Sets the attribute of that name, or adds it.
   void Set(const std::string& name, AttributeValue value);
   void erase(const std::string& name);
-  /// Makes `attributes["name"] = value` possible.
+  /// The result of operator[], for `attributes["name"] = value`.
   class Slot {
    public:
     Slot(Attributes& attributes, std::string name)
@@ -85,7 +88,7 @@ class QOV_EXPORT Attributes {
 
   /// Returns the columns in stored order: names, types, and the values of the type indexes 0, 1, 3,
   /// 2.
-  std::array<std::string_view, 6> GetColumns() const;
+  std::array<std::string_view, 2 + kNumTypes> GetColumns() const;
   /// Returns the number of bytes that the map takes in a file.
   std::size_t GetStoredSize() const;
   /// Shares the columns of `other` if both maps are equal.

@@ -9,6 +9,9 @@
 
 namespace QovRyx {
 
+/// The size in bytes of an element of an array.
+inline constexpr std::uint64_t kElementSize = 4;
+
 /// Delivers the values of one array from the file that holds them, each time it is asked.
 ///
 /// All loaders of a file share one StreamReader, whose comment describes the cost of reading.

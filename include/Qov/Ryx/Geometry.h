@@ -18,6 +18,7 @@ namespace QovRyx {
 /// The arrays of one mesh: coordinates, connectivity, ids and results, all called variables.
 class QOV_EXPORT Geometry : public Node {
  public:
+  static constexpr const char* kType = "Geometry";
   static constexpr std::uint32_t kNoKind = 0xFFFFFFFF;
   /// Marks a result of any kind whose values are unsigned 32-bit integers.
   static constexpr std::uint32_t kUnsignedKindHighByte = 5;
@@ -63,7 +64,7 @@ class QOV_EXPORT Geometry : public Node {
   };
 
   using Node::Node;
-  std::string GetType() const override { return "Geometry"; }
+  std::string GetType() const override { return kType; }
   /// "0.6" when files of that container version are written, else "0.7", which it always is here.
   std::string GetVersion() const override;
 

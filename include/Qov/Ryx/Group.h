@@ -9,22 +9,26 @@
 
 namespace QovRyx {
 
-/// A node that holds others together.
+/// A node that groups other nodes.
 class QOV_EXPORT Group : public Node {
  public:
-  using Node::Node;
-  std::string GetType() const override { return "Group"; }
-  std::string GetVersion() const override { return "0.4"; }
+  static constexpr const char* kType = "Group";
+  static constexpr const char* kVersion = "0.4";
 
-  /// The root group of a model that takes other models in beneath it.
+  using Node::Node;
+  std::string GetType() const override { return kType; }
+  std::string GetVersion() const override { return kVersion; }
+
+  /// Returns true for the root group of a model if Tree::Load and Tree::Merge add the nodes of
+  /// further files below it.
   bool TakesModels() const { return mTakesModels != 0; }
 
-  /// Placement of what the group holds; only carried.
+  /// Placement of the content of the group. Carried without being used.
   std::array<float, 3> mTranslation{0.0F, 0.0F, 0.0F};
   std::array<float, 4> mRotation{0.0F, 0.0F, 1.0F, 0.0F};
   std::array<float, 3> mScale{1.0F, 1.0F, 1.0F};
   QovUtil::Attributes mAttributes;
-  /// Any other value than 0 means true; kept as it was read.
+  /// Any value except 0 means true. Written as it was read.
   std::uint8_t mTakesModels = 0;
 };
 

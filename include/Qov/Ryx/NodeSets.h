@@ -50,8 +50,10 @@ class QOV_EXPORT NodeSets : public Node {
     friend bool operator==(const Set&, const Set&) = default;
   };
 
+  static constexpr const char* kType = "NodeSets";
+
   using Node::Node;
-  std::string GetType() const override { return "NodeSets"; }
+  std::string GetType() const override { return kType; }
 
   /// How many sets there are; reads no list.
   std::uint32_t GetNumSets() const { return mNumSets; }

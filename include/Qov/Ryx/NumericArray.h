@@ -11,22 +11,22 @@
 
 namespace QovRyx {
 
-/// An array of 4-byte elements, uint32_t or float, of which `width` make one item (1 for a
-/// scalar, 3 for a vector). Its values lie in a file or in memory; copies share them.
+/// An array of 4-byte elements, std::uint32_t or float. An item has `width` elements: 1 for
+/// scalars, 3 for vectors. The values are in a file or in memory. Copies share them.
 class NumericArray {
  public:
-  /// Empty, of width 1.
+  /// Makes an empty array of width 1.
   NumericArray() = default;
-  /// Values in memory, all zero bits. `size` in bytes.
+  /// Makes an array of zeros in memory. `size` is in bytes.
   NumericArray(std::uint64_t size, std::uint8_t width)
       : mSize(size),
         mWidth(width),
         mpData(std::make_shared<std::vector<std::uint32_t>>(size / kElementSize)) {}
-  /// Values in a file.
+  /// Makes an array whose values are in a file. `size` is in bytes.
   NumericArray(std::uint64_t size, std::uint8_t width, std::shared_ptr<const DataLoader> loader)
       : mSize(size), mWidth(width), mpLoader(std::move(loader)) {}
 
-  /// An array in memory with these values.
+  /// Makes an array in memory with these values.
   template <class T>
   static NumericArray Of(const std::vector<T>& values, std::uint8_t width = 1) {
     NumericArray array(values.size() * sizeof(T), width);
@@ -36,11 +36,11 @@ class NumericArray {
 
   std::uint8_t GetWidth() const { return mWidth; }
   std::uint64_t GetNumElements() const { return mSize / kElementSize; }
-  /// In bytes.
+  /// Returns the size in bytes.
   std::uint64_t GetSize() const { return mSize; }
   const std::shared_ptr<const DataLoader>& GetLoader() const { return mpLoader; }
 
-  /// Copies the vector's bytes into the array in memory, whose size they must have.
+  /// Copies the values to an array in memory that has exactly their size.
   template <class T>
   void CopyMemoryFrom(const std::vector<T>& rVector) {
     static_assert(sizeof(T) == kElementSize);
@@ -49,8 +49,8 @@ class NumericArray {
   }
 
   /// Replaces `values`, whose memory is reused, by all values. Their bits are unchanged for any T.
-  /// There are none if the array has neither values nor a file, such as that of a dangling link.
-  /// Values in a file are read from it and verified before this returns. Raises the errors of
+  /// An array without values in memory or in a file is empty, for example that of a dangling link.
+  /// Values in a file are read and verified before this returns. Raises the errors of
   /// DataLoader::LoadTo.
   template <class T>
   void GetValues(std::vector<T>& values) const {
@@ -64,8 +64,6 @@ class NumericArray {
   }
 
  private:
-  static constexpr std::size_t kElementSize = 4;
-
   std::uint64_t mSize = 0;
   std::uint8_t mWidth = 1;
   std::shared_ptr<std::vector<std::uint32_t>> mpData;

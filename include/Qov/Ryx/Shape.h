@@ -8,7 +8,7 @@
 
 namespace QovRyx {
 
-/// How a shape's surface looks. Not a node of the tree: it lives inside its shape.
+/// The appearance of the surface of a shape. A member of its shape, not an entry of the tree.
 class QOV_EXPORT Material : public Node {
  public:
   using Node::Node;
@@ -19,12 +19,15 @@ class QOV_EXPORT Material : public Node {
   MaterialValues mValues;
 };
 
-/// A node that gives the geometry beneath it a material.
+/// A node that gives a material to the geometry below it.
 class QOV_EXPORT Shape : public Node {
  public:
+  static constexpr const char* kType = "Shape";
+  static constexpr const char* kVersion = "0.2";
+
   using Node::Node;
-  std::string GetType() const override { return "Shape"; }
-  std::string GetVersion() const override { return "0.2"; }
+  std::string GetType() const override { return kType; }
+  std::string GetVersion() const override { return kVersion; }
 
   Material mMaterial{""};
 };

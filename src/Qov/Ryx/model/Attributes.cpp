@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "ModelFormat.h"
 #include "Qov/Jbf/BlockIo.h"
 #include "Qov/Util/Raise.h"
 
@@ -12,17 +13,14 @@ namespace QovUtil {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/AttributesIo";
-constexpr std::size_t kCountSize = sizeof(std::uint32_t);
-constexpr std::size_t kNumColumns = 6;
-constexpr std::size_t kNumTypes = 4;
-/// Type indexes.
-constexpr std::size_t kUnsigned = 0;
-constexpr std::size_t kFloat = 1;
-constexpr std::size_t kString = 2;
-constexpr std::size_t kDouble = 3;
-/// The columns of the values in stored order, by type index.
-constexpr std::array<std::size_t, kNumTypes> kStoredOrder = {kUnsigned, kFloat, kDouble, kString};
+using QovRyx::AttributeType;
+using QovRyx::kCountSize;
+using QovRyx::kValueColumns;
+constexpr std::size_t kNumColumns = QovRyx::kNumAttributeColumns;
+using QovRyx::kNumAttributeTypes;
 constexpr std::size_t kFirstValueColumn = 2;
+
+constexpr std::size_t Index(AttributeType type) { return static_cast<std::size_t>(type); }
 
 [[noreturn]] void RaiseMismatch(unsigned long line = __builtin_LINE()) {
   Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::MismatchError,
@@ -49,9 +47,9 @@ void AppendText(std::string& bytes, std::string_view text) {
 std::string_view TextAt(const char* at) { return {at + kCountSize, Load<std::uint32_t>(at)}; }
 
 /// Returns the size in bytes of a value of that type.
-std::size_t SizeAt(const char* at, std::size_t type) {
-  if (type == kString) return kCountSize + TextAt(at).size();
-  return type == kDouble ? sizeof(double) : sizeof(std::uint32_t);
+std::size_t SizeAt(const char* at, AttributeType type) {
+  return type == AttributeType::String ? kCountSize + TextAt(at).size()
+                                       : QovRyx::GetValueSize(type);
 }
 
 std::string_view UpToZero(std::string_view text) { return text.substr(0, text.find('\0')); }
@@ -64,12 +62,14 @@ std::array<std::string_view, kNumColumns> Cut(std::string_view bytes) {
     const char* begin = at;
     const std::size_t count = Load<std::uint32_t>(at);
     at += kCountSize;
+    const AttributeType type =
+        i < kFirstValueColumn ? AttributeType::String : kValueColumns[i - kFirstValueColumn];
     if (i == 1) {
       at += count;
-    } else if (i != 0 && kStoredOrder[i - kFirstValueColumn] != kString) {
-      at += count * SizeAt(at, kStoredOrder[i - kFirstValueColumn]);
+    } else if (type != AttributeType::String) {
+      at += count * SizeAt(at, type);
     } else {
-      for (std::size_t left = count; left > 0; --left) at += SizeAt(at, kString);
+      for (std::size_t left = count; left > 0; --left) at += SizeAt(at, type);
     }
     columns[i] = {begin, static_cast<std::size_t>(at - begin)};
   }
@@ -79,13 +79,15 @@ std::array<std::string_view, kNumColumns> Cut(std::string_view bytes) {
 void CheckColumns(const std::array<std::string_view, kNumColumns>& columns) {
   const auto count = [&columns](std::size_t i) { return Load<std::uint32_t>(columns[i].data()); };
   if (count(0) != count(1)) RaiseMismatch();
-  std::array<std::uint32_t, kNumTypes> numOfType{};
+  std::array<std::uint32_t, kNumAttributeTypes> numOfType{};
   for (const char type : columns[1].substr(kCountSize)) {
-    if (static_cast<unsigned char>(type) >= kNumTypes) RaiseMismatch();
+    if (static_cast<unsigned char>(type) >= kNumAttributeTypes) RaiseMismatch();
     ++numOfType[static_cast<unsigned char>(type)];
   }
-  for (std::size_t i = 0; i < kNumTypes; ++i) {
-    if (count(kFirstValueColumn + i) != numOfType[kStoredOrder[i]]) RaiseMismatch();
+  for (std::size_t i = 0; i < kNumAttributeTypes; ++i) {
+    if (count(kFirstValueColumn + i) != numOfType[Index(kValueColumns[i])]) {
+      RaiseMismatch();
+    }
   }
 }
 
@@ -95,14 +97,14 @@ struct StoredEntry {
   std::string_view GetName() const { return {mpName, mNameSize}; }
   /// Returns the bytes of a number or a text.
   std::string_view GetValue() const {
-    if (mType == kString) return UpToZero(TextAt(mpValue));
+    if (mType == AttributeType::String) return UpToZero(TextAt(mpValue));
     return {mpValue, SizeAt(mpValue, mType)};
   }
 
   const char* mpName;
   const char* mpValue;  ///< Where the column holds the value; for a text, its length.
   std::uint32_t mNameSize;
-  unsigned char mType;
+  AttributeType mType;
 };
 
 std::string_view BytesOf(const std::string& text) { return text; }
@@ -114,7 +116,7 @@ std::string_view BytesOf(const T& number) {
 /// An entry of a map in memory.
 struct MapEntry {
   explicit MapEntry(const AttributeMap::value_type& entry)
-      : mpEntry(&entry), mType(static_cast<unsigned char>(entry.second.index())) {}
+      : mpEntry(&entry), mType(static_cast<AttributeType>(entry.second.index())) {}
 
   std::string_view GetName() const { return mpEntry->first; }
   std::string_view GetValue() const {
@@ -122,13 +124,13 @@ struct MapEntry {
   }
 
   const AttributeMap::value_type* mpEntry;
-  unsigned char mType;
+  AttributeType mType;
 };
 
 /// Returns how many bytes an entry takes in the columns.
 template <class Entry>
 std::size_t GetStoredSize(const Entry& entry) {
-  const std::size_t count = entry.mType == kString ? kCountSize : 0;
+  const std::size_t count = entry.mType == AttributeType::String ? kCountSize : 0;
   return kCountSize + entry.GetName().size() + 1 + count + entry.GetValue().size();
 }
 
@@ -143,13 +145,13 @@ std::string Encode(const std::vector<Entry>& entries) {
   for (const Entry& entry : entries) AppendText(bytes, entry.GetName());
   Append(bytes, static_cast<std::uint32_t>(entries.size()));
   for (const Entry& entry : entries) bytes += static_cast<char>(entry.mType);
-  for (const std::size_t type : kStoredOrder) {
+  for (const AttributeType type : kValueColumns) {
     const auto isOfType = [type](const Entry& entry) { return entry.mType == type; };
     Append(bytes,
            static_cast<std::uint32_t>(std::count_if(entries.begin(), entries.end(), isOfType)));
     for (const Entry& entry : entries) {
       if (!isOfType(entry)) continue;
-      if (type == kString) {
+      if (type == AttributeType::String) {
         AppendText(bytes, entry.GetValue());
       } else {
         bytes += entry.GetValue();
@@ -194,9 +196,10 @@ std::string EncodeMap(const AttributeMap& map) {
 }  // namespace
 
 Attributes::Iterator& Attributes::Iterator::operator++() {
-  const auto type = static_cast<unsigned char>(*mType++);
-  mName += SizeAt(mName, kString);
-  mValues[type] += SizeAt(mValues[type], type);
+  const auto type = static_cast<AttributeType>(*mType++);
+  const char*& value = mValues[Index(type)];
+  mName += SizeAt(mName, AttributeType::String);
+  value += SizeAt(value, type);
   --mLeft;
   return *this;
 }
@@ -204,11 +207,18 @@ Attributes::Iterator& Attributes::Iterator::operator++() {
 std::string_view Attributes::Iterator::GetName() const { return TextAt(mName); }
 
 AttributeValue Attributes::Iterator::GetValue() const {
-  const auto type = static_cast<unsigned char>(*mType);
-  const char* at = mValues[type];
-  if (type == kUnsigned) return Load<std::uint32_t>(at);
-  if (type == kFloat) return Load<float>(at);
-  if (type == kDouble) return Load<double>(at);
+  const auto type = static_cast<AttributeType>(*mType);
+  const char* at = mValues[Index(type)];
+  switch (type) {
+    case AttributeType::Unsigned:
+      return Load<std::uint32_t>(at);
+    case AttributeType::Float:
+      return Load<float>(at);
+    case AttributeType::Double:
+      return Load<double>(at);
+    case AttributeType::String:
+      break;
+  }
   return std::string(TextAt(at));
 }
 
@@ -229,9 +239,9 @@ Attributes Attributes::FromColumns(std::string columns) {
   std::vector<StoredEntry> entries;
   entries.reserve(stored.size());
   for (Iterator it = stored.begin(); it != stored.end(); ++it) {
-    const auto type = static_cast<unsigned char>(*it.mType);
-    const char* value = it.mValues[type];
-    if (type == kString) KeepUpToZero(TextAt(value));  // counts what is lost
+    const auto type = static_cast<AttributeType>(*it.mType);
+    const char* value = it.mValues[Index(type)];
+    if (type == AttributeType::String) KeepUpToZero(TextAt(value));  // counts what is lost
     const std::string_view name = KeepUpToZero(it.GetName());
     entries.push_back({name.data(), value, static_cast<std::uint32_t>(name.size()), type});
   }
@@ -250,9 +260,10 @@ bool Attributes::IsInOrder() const {
     const std::string_view name = it.GetName();
     const bool isFirst = it.mLeft == size();
     if (UpToZero(name).size() != name.size() || (!isFirst && name <= last)) return false;
-    const auto type = static_cast<unsigned char>(*it.mType);
-    const bool isText = type == kString;
-    if (isText && TextAt(it.mValues[type]).find('\0') != std::string_view::npos) return false;
+    const auto type = static_cast<AttributeType>(*it.mType);
+    const bool isText = type == AttributeType::String;
+    if (isText && TextAt(it.mValues[Index(type)]).find('\0') != std::string_view::npos)
+      return false;
     last = name;
   }
   return true;
@@ -276,7 +287,7 @@ Attributes::Iterator Attributes::begin() const {
   it.mName = columns[0].data() + kCountSize;
   it.mType = columns[1].data() + kCountSize;
   for (std::size_t i = 0; i < kNumTypes; ++i) {
-    it.mValues[kStoredOrder[i]] = columns[kFirstValueColumn + i].data() + kCountSize;
+    it.mValues[Index(kValueColumns[i])] = columns[kFirstValueColumn + i].data() + kCountSize;
   }
   return it;
 }

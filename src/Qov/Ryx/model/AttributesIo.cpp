@@ -7,20 +7,20 @@
 #include <string_view>
 #include <utility>
 
+#include "ModelFormat.h"
 #include "Qov/Util/Raise.h"
 
 // A stored map, in name order:
 //   names: vector<string>
 //   types: vector<u8>       position of the alternative in AttributeValue
 //   u32s: vector<u32>, floats: vector<f32>, doubles: vector<f64>, strings: vector<string>
-// Each value stands in the column of its type. Doubles come before strings here, though their
-// type index is the higher one.
+// Each value is in the column of its type. The column of doubles comes before that of strings,
+// although the type index of doubles is higher.
 
 namespace QovUtil {
 namespace {
 
-constexpr std::size_t kNumColumns = 6;
-constexpr std::size_t kCountSize = sizeof(std::uint32_t);
+using QovRyx::kCountSize;
 
 /// A column that is written to a block in one piece.
 struct WrittenColumn {
@@ -41,7 +41,7 @@ struct EmptyMap {
 };
 
 void CopyFromBlock(QovJbf::Block& block, EmptyMap& map) {
-  static constexpr std::array<unsigned char, kNumColumns * kCountSize> kZeros{};
+  static constexpr std::array<unsigned char, QovRyx::kNumAttributeColumns * kCountSize> kZeros{};
   map.mIsTaken =
       block.GetRemaining() >= kZeros.size() &&
       std::memcmp(block.GetData() + block.GetPosition(), kZeros.data(), kZeros.size()) == 0;
@@ -51,7 +51,7 @@ void CopyFromBlock(QovJbf::Block& block, EmptyMap& map) {
 /// A column that is appended to those before it.
 struct ReadColumn {
   std::string& mrBytes;
-  std::size_t mElementSize;  ///< In bytes; 0 for strings.
+  std::uint64_t mElementSize;  ///< In bytes; 0 for strings.
 };
 
 /// Returns the size in bytes of `count` strings at the cursor.
@@ -96,9 +96,14 @@ void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, Attribu
   file.Require(key, empty);
   if (empty.mIsTaken) return;
   std::string columns;
-  for (const std::size_t elementSize : {0, 1, 4, 4, 8, 0}) {
+  const auto append = [&](std::uint64_t elementSize) {
     ReadColumn column{columns, elementSize};
     file.Require(key, column);
+  };
+  append(0);  // the names
+  append(1);  // the types
+  for (const QovRyx::AttributeType type : QovRyx::kValueColumns) {
+    append(QovRyx::GetValueSize(type));
   }
   attributes = Attributes::FromColumns(std::move(columns));
 }

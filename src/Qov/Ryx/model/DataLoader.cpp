@@ -10,7 +10,6 @@ namespace QovRyx {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/DataLoader";
-constexpr std::uint64_t kElementSize = 4;
 
 }  // namespace
 

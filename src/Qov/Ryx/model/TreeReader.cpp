@@ -70,7 +70,6 @@ UnreadContent TreeReader::Read(Tree::IdMap& idMap) {
 
 /// Counts only complete elements, because an incomplete one is not stored.
 void TreeReader::CheckShares() const {
-  constexpr std::uint64_t kElementSize = 4;
   std::uint64_t numBytes = 0;
   for (const LoadedGeometry& loaded : mGeometries) {
     for (const Geometry::VarStruct& variable : loaded.mGeometry->GetVariables()) {

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "ModelFormat.h"
 #include "Qov/Ryx/StreamNames.h"
 
 // The stream "View Points":
@@ -39,8 +40,7 @@ ViewPointPath RequireViewPointPath(QovJbf::JbFile& file) {
 /// Reserves room for `count` more paths if the stream can hold them, so that the vector takes no
 /// more memory than they need.
 void ReservePaths(QovJbf::JbFile& file, std::int32_t count, std::vector<ViewPointPath>& paths) {
-  constexpr std::uint64_t kLeastSize = 8;  // an empty name and no views
-  const std::uint64_t most = file.OpenStreamReader(kViewPoints)->GetLength() / kLeastSize;
+  const std::uint64_t most = file.OpenStreamReader(kViewPoints)->GetLength() / kLeastPathSize;
   if (count <= 0 || static_cast<std::uint64_t>(count) > most) return;
   const std::size_t needed = paths.size() + static_cast<std::size_t>(count);
   if (needed > paths.capacity()) paths.reserve(std::max(needed, paths.size() * 3 / 2));
