@@ -246,7 +246,7 @@ TEST_F(RyxCheck, CountsToTheValuesOfOlderFiles) {
   old.PutRecord("", "NodeSets", "0.1");
   NodeSets sets("sets");
   sets.SetSets({{"left", {1, 2}}});
-  sets.SaveDataBlocks(old.GetFile(), kHeavyData);
+  sets.SaveDataBlocks(old.GetFile(), kHeavyData, false);
   sets.WriteLightData(old.GetFile(), kLightData);
   PutGeometry(old, "Connectivity", 4, NumericArray::Of(Count(3, 7)), "0.4");
   WriteTo(old.GetFile(), mDir / "old.ryx", "0.5");

@@ -19,7 +19,7 @@ TEST(NodeSets, WritesFourPiecesAndTheirOffset) {
   sets.SetSets({{"ab", {5, 6}}, {"", {}}, {"c", {7}}});
   QovJbf::JbFile file;
   file.GetIndex().Put(kHeavy, std::uint16_t{0xFFFF});
-  sets.SaveDataBlocks(file, kHeavy);
+  sets.SaveDataBlocks(file, kHeavy, false);
   sets.WriteLightData(file, kLight);
   EXPECT_EQ(StreamBytes(file, kHeavy),
             "ffff"

@@ -93,7 +93,7 @@ TEST_P(OlderGeometryTest, ReadsInlineValues) {
   OldFile old(4);
   old.PutGeometry(first, version);
   old.PutRecord("Sets", "NodeSets", "0.1");
-  sets.SaveDataBlocks(old.GetFile(), kHeavyData);
+  sets.SaveDataBlocks(old.GetFile(), kHeavyData, false);
   sets.WriteLightData(old.GetFile(), kLightData);
   old.PutGeometry(second, version);
   WriteTo(old.GetFile(), dir / "old.ryx", "0.5");

@@ -12,40 +12,40 @@ namespace QovRyx {
 /// The size in bytes of an element of an array.
 inline constexpr std::uint64_t kElementSize = 4;
 
-/// Delivers the values of one array from the file that holds them, each time it is asked.
-///
-/// All loaders of a file share one StreamReader, whose comment describes the cost of reading.
-/// Elements are 4 bytes wide.
+/// Reads the values of one array from the file that holds them, each time they are requested. All
+/// loaders of a file share one StreamReader, whose comment describes the cost of reading.
 class QOV_EXPORT DataLoader {
  public:
-  /// `offset` counts uncompressed bytes; `shuffledWidth` is the width that the stored bytes are
-  /// shuffled by, 0 if they are plain. Raises OutOfBounds if the array does not lie inside the
-  /// stream.
+  /// `offset` is in uncompressed bytes of the stream, `count` in elements. `shuffledWidth` is the
+  /// width that the stored bytes are shuffled by, or 0 if they are plain. Raises OutOfBounds if the
+  /// array is not inside the stream.
   DataLoader(std::shared_ptr<QovJbf::StreamReader> reader, std::uint64_t offset,
              std::uint64_t count, std::uint8_t shuffledWidth);
 
-  /// Number of elements.
+  /// Returns the number of elements.
   std::uint64_t GetCount() const { return mCount; }
   QovJbf::StreamReader& GetReader() const { return *mpReader; }
-  /// Where the array begins in the reader's uncompressed stream.
+  /// Returns the offset of the array in the stream, in uncompressed bytes.
   std::uint64_t GetOffset() const { return mOffset; }
-  /// The width that the stored bytes are shuffled by, 0 if they are plain.
+  /// Returns the width that the stored bytes are shuffled by, or 0 if they are plain.
   std::uint8_t GetShuffledWidth() const { return mShuffledWidth; }
 
-  /// Fills `values` with all elements, bits unchanged. Returns only after the checksums of all
-  /// blocks that contain the array are verified; an uncompressed block has no checksum. Raises the
-  /// errors of StreamReader::ReadVerified.
-  void LoadTo(std::vector<std::uint32_t>& values) const { Load(values, true); }
-  void LoadTo(std::vector<float>& values) const { Load(values, true); }
+  /// Fills `values` with all elements, bits unchanged. T is std::uint32_t or float. Returns only
+  /// after the checksums of all blocks that contain the array are verified; an uncompressed block
+  /// has no checksum. Raises the errors of StreamReader::ReadVerified.
+  template <class T>
+  void LoadTo(std::vector<T>& values) const {
+    Load(values, true);
+  }
   /// Verifies that the array begins at its offset, by verifying all blocks of the stream before it
-  /// (StreamReader::VerifyBefore). Costs nothing if those blocks were already read. Raises
+  /// (StreamReader::VerifyBefore). Costs nothing if these blocks were read before. Raises
   /// DamagedBlock.
   void VerifyPlace() const;
 
-  /// Does the same as LoadTo without verifying. For writers, whose output is valid only after
-  /// GetReader().Verify() has returned. Raises the errors of StreamReader::Read.
+  /// Does the same as LoadTo without verifying. The output of a writer that uses it is valid only
+  /// after GetReader().Verify() has returned. Raises the errors of StreamReader::Read.
   void LoadUnverified(std::vector<std::uint32_t>& values) const { Load(values, false); }
-  /// Reads `n` of the 4 * GetCount() bytes of the array in their stored form, beginning at byte
+  /// Reads `n` of the kElementSize * GetCount() bytes of the array in their stored form, from byte
   /// `begin`, without verifying.
   void ReadStored(std::uint64_t begin, void* target, std::size_t n) const;
 

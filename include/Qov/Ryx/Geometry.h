@@ -15,31 +15,37 @@
 
 namespace QovRyx {
 
-/// The arrays of one mesh: coordinates, connectivity, ids and results, all called variables.
+class HeavyPass;
+
+/// A node that holds the arrays of one mesh: coordinates, connectivity, ids and simulation results.
+/// Comments call each of them a result; some names of the format call it a variable.
 class QOV_EXPORT Geometry : public Node {
  public:
   static constexpr const char* kType = "Geometry";
+  /// The kind of a result that has none.
   static constexpr std::uint32_t kNoKind = 0xFFFFFFFF;
   /// Marks a result of any kind whose values are unsigned 32-bit integers.
   static constexpr std::uint32_t kUnsignedKindHighByte = 5;
+  /// Returns true for the kinds of connectivity and ids.
   static constexpr bool IsIntegerKind(std::uint32_t kind) {
     return kind == 4 || kind == 5 || kind == 6 || kind == 9;
   }
 
-  /// The place of a variable in a model.
+  /// The place of a result in a model.
   struct Link {
     std::uint32_t mNode = 0;      ///< Tree id of a geometry.
-    std::uint32_t mVariable = 0;  ///< Position among its variables.
+    std::uint32_t mVariable = 0;  ///< Position among its results.
     friend bool operator==(const Link&, const Link&) = default;
   };
 
+  /// A result.
   struct VarStruct {
     std::string mName;  ///< Change it through RenameVariable only.
     QovUtil::Attributes mAttributes;
     NumericArray mValues;
     std::uint32_t mKind = kNoKind;  ///< 24 bits, or kNoKind.
     std::uint32_t mKindHighByte = 0;
-    std::uint32_t mValue1 = 0;  ///< This field and the next five are carried.
+    std::uint32_t mValue1 = 0;  ///< This field and the next five are carried without being used.
     std::uint32_t mValue2 = 0;
     std::uint8_t mFlag = 0;
     std::uint8_t mFlag1 = 0;
@@ -48,16 +54,18 @@ class QOV_EXPORT Geometry : public Node {
     bool mLinked = false;        ///< Shares the values of the variable that mLink names.
     bool mLeadsNowhere = false;  ///< mLink was a dangling link in the file it was read from.
     Link mLink;
-    /// Where the values lie in the heavy stream of the file being written or read.
+    /// Offset of the values in the heavy stream of the file that is being written or read, in
+    /// uncompressed bytes.
     std::optional<std::uint64_t> mOffset;
 
-    /// Returns true for connectivity and ids: unsigned integers, stored before all other arrays.
+    /// Returns true for connectivity and ids, which are unsigned integers and are stored before all
+    /// other results.
     bool IsIntegerKind() const { return Geometry::IsIntegerKind(mKind); }
     /// Returns true if the values are unsigned 32-bit integers, false if they are floats. For a
     /// linked result, answers for the result whose values it shares.
     bool HoldsUnsigned() const { return IsIntegerKind() || mKindHighByte == kUnsignedKindHighByte; }
     /// Copies the fields that describe the values of `other`: the high byte of the kind and the
-    /// carried fields that a linked variable does not store.
+    /// carried fields that a linked result does not store.
     void TakeValueFieldsOf(const VarStruct& other);
     /// Replaces the link by the values of `owner`, which is not a linked variable.
     void TakeValuesOf(const VarStruct& owner);
@@ -65,38 +73,61 @@ class QOV_EXPORT Geometry : public Node {
 
   using Node::Node;
   std::string GetType() const override { return kType; }
-  /// "0.6" when files of that container version are written, else "0.7", which it always is here.
+  /// Returns the version of the descriptors for the container version QovJbf::ryx_file_version. It
+  /// is "0.6" for that container version and "0.7" for all others.
   std::string GetVersion() const override;
 
   using Variables = Qov::Util::ChunkedVector<VarStruct>;
   const Variables& GetVariables() const { return mVariables; }
-  /// For changing anything but the name.
+  /// Gives write access to everything except the name.
   VarStruct& EditVariable(std::size_t position) { return mVariables[position]; }
   void AppendVariable(VarStruct variable) { mVariables.push_back(std::move(variable)); }
   void RenameVariable(std::size_t position, std::string name);
-  /// The position of the first variable of that name.
+  /// Returns the position of the first result of that name.
   std::optional<std::size_t> FindVariable(const std::string& name);
-  /// The same; appends a default variable of that name if there is none.
+  /// Does the same, but appends a default result of that name if there is none.
   std::uint64_t GetOrAddVariableIndex(const std::string& name);
 
-  /// Writes the descriptors of all variables, whose values are already in the heavy stream.
-  /// Raises ElementNotFound for a variable without an offset.
+  /// Appends the descriptors of all results (docs/format.md, "Descriptors"), in the layout of
+  /// `version`. Their values must be in the heavy stream already. Raises ElementNotFound for a
+  /// result that is not linked and has no offset.
   void WriteJb(QovJbf::JbFile& file, const std::string& lightKey, const std::string& heavyKey,
-               const std::string& attributeKey, const std::string& version);
-  /// Reads descriptors as that version of a geometry record lays them out. `inlineOffset` is
-  /// where values that follow inline are taken from in the heavy stream, and is moved past them.
+               const std::string& attributeKey, const std::string& version) const;
+  /// Appends the results that the stream `lightKey` describes, in the layout of `version`. Their
+  /// values stay in the file until LoadConnectivityBlocks and LoadOtherBlocks attach them. In
+  /// layouts with inline values, the first value is at `inlineOffset` of the heavy stream, which is
+  /// moved to the end of the last one. Raises UnknownVersion for a version after the newest known
+  /// one, ModelError for a negative count, OutOfBounds if the stream ends early, and the errors of
+  /// ReadAttributesFromJbf.
   void ReadJb(QovJbf::JbFile& file, const std::string& lightKey, const std::string& attributeKey,
               const std::string& version, std::uint64_t& inlineOffset);
-  /// Lets every variable read its values through `reader`. Raises OutOfBounds if an array does
-  /// not lie inside the stream.
-  void AttachValues(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled);
+  /// Attaches the values of connectivity and ids that ReadJb has found: each gets a DataLoader,
+  /// which reads from `reader`, the heavy stream. `shuffled` says if the stored bytes are shuffled
+  /// by the width of each array. Raises OutOfBounds if an array is not inside the stream.
+  void LoadConnectivityBlocks(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled) {
+    LoadBlocks(reader, shuffled, true);
+  }
+  /// Does the same for all other results.
+  void LoadOtherBlocks(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled) {
+    LoadBlocks(reader, shuffled, false);
+  }
+  /// Stores the values of connectivity and ids in the heavy stream, and their offsets here. Linked
+  /// results store nothing. Called by Tree::Save.
+  void SaveConnectivityBlocks(HeavyPass& pass) { SaveBlocks(pass, true); }
+  /// Does the same for all other results.
+  void SaveOtherBlocks(HeavyPass& pass) { SaveBlocks(pass, false); }
 
  private:
+  void ProcessAttributes(VarStruct& variable, QovUtil::Attributes attributes) const;
+  void LoadBlocks(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled,
+                  bool integerKinds);
+  void SaveBlocks(HeavyPass& pass, bool integerKinds);
+
   Variables mVariables;
   std::uint32_t& FindSlot(const std::string& name);
   void GrowIndex();
 
-  /// A hash table that holds, for each name among the first mNumIndexed variables, its first
+  /// A hash table that holds, for each name among the first mNumIndexed results, its first
   /// position plus 1. Free slots hold 0. The number of slots is a power of two, or 0.
   std::vector<std::uint32_t> mSlots;
   std::size_t mNumIndexed = 0;

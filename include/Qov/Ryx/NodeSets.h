@@ -39,9 +39,8 @@ class QOV_EXPORT SetColumns {
   std::vector<std::uint32_t> mValues;
 };
 
-/// Named lists of numbers, such as the nodes on a boundary.
-///
-/// As with results, the lists of a loaded model stay in its file until they are asked for.
+/// Named lists of numbers, such as the nodes on a boundary. The lists of a loaded model stay in its
+/// file until they are requested.
 class QOV_EXPORT NodeSets : public Node {
  public:
   struct Set {
@@ -55,41 +54,45 @@ class QOV_EXPORT NodeSets : public Node {
   using Node::Node;
   std::string GetType() const override { return kType; }
 
-  /// How many sets there are; reads no list.
+  /// Returns the number of sets without reading them.
   std::uint32_t GetNumSets() const { return mNumSets; }
   /// Returns all sets. Sets in a file are read from it and verified before this returns. Raises
   /// MismatchError if the stored pieces disagree, OutOfBounds if a piece passes the end of the
   /// stream or if too many nodes share bytes, and the errors of StreamReader::ReadVerified.
   std::vector<Set> GetSets() const;
   /// Returns the same sets in their stored form, which takes the least memory.
-  SetColumns GetColumns() const { return TakeColumns(true); }
+  SetColumns GetColumns() const { return LoadColumns(true); }
   void SetSets(const std::vector<Set>& sets);
 
-  /// Appends the sets to the heavy stream (docs/format.md, "Node sets") and records their position.
-  /// Sets that are read from a file are verified only after GetReader()->Verify() has returned.
-  void SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey);
+  /// Appends the sets to the heavy stream (docs/format.md, "Node sets") and records their offset.
+  /// `shuffle` has no effect, because sets are stored plain. Sets that are read from a file are
+  /// verified only after GetReader()->Verify() has returned.
+  void SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey, bool shuffle);
+  /// Appends the number of sets and the offset that SaveDataBlocks has recorded.
   void WriteLightData(QovJbf::JbFile& file, const std::string& lightKey) const;
+  /// Reads the number of sets and their offset for LoadDataBlocks.
   void ReadLightData(QovJbf::JbFile& file, const std::string& lightKey);
-  /// Lets the sets be read from where the light data says that they lie in `reader`. `pNumBytes`
-  /// counts the bytes of all sets of the file, those of each node once they are read: they may be
-  /// 64 times as many as the stream has, so that several nodes may name the same ones.
+  /// Attaches the sets: they are read from `reader`, the heavy stream, when they are requested.
+  /// `pNumBytes` counts the bytes of all sets of the file, those of each node when they are first
+  /// read. They may be 64 times as long as the stream, because several nodes may share bytes.
   void LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader,
                       std::shared_ptr<std::uint64_t> pNumBytes = nullptr);
-  /// Where the sets begin in the stream that they are read from.
+  /// Returns the offset of the sets in the stream that they are read from, in uncompressed bytes.
   std::uint64_t GetSourceOffset() const { return mSourceOffset; }
-  /// How many bytes they take there at least; how long the names are is not known.
+  /// Returns the least number of bytes that they take there. The length of the names is unknown.
   std::uint64_t GetLeastStoredSize() const;
-  /// Notes that the bytes of the sets, unchanged, lie there in the file being written.
+  /// Records that the file that is being written holds the bytes of the sets at `offset`.
   void SetStoredOffset(std::uint64_t offset) { mStoredOffset = offset; }
-  /// Where the bytes of the sets end in the stream that they are read from.
+  /// Reads the lengths of the pieces and returns the end of the sets in the stream that they are
+  /// read from. Raises the errors of GetSets.
   std::uint64_t GetStoredEnd() const;
-  /// What the sets have still to be read from, or null.
+  /// Returns the stream that the sets are read from, or null if they are in memory.
   QovJbf::StreamReader* GetReader() const { return mpReader.get(); }
 
-  QovUtil::Attributes mAttributes;  ///< For programs; files have no place for them.
+  QovUtil::Attributes mAttributes;  ///< For programs; not stored in files.
 
  private:
-  SetColumns TakeColumns(bool verified) const;
+  SetColumns LoadColumns(bool verified) const;
   SetColumns ReadColumns(bool verified) const;
   void CountBytes(std::uint64_t numBytes) const;
 
@@ -98,7 +101,7 @@ class QOV_EXPORT NodeSets : public Node {
   std::shared_ptr<QovJbf::StreamReader> mpReader;
   mutable std::shared_ptr<std::uint64_t> mpNumBytes;  ///< Null once these sets are counted.
   std::uint64_t mSourceOffset = 0;
-  // As in the light data of the file that is being read or written.
+  // The light data of the file that is being read or written.
   std::uint64_t mStoredOffset = 0;
   std::uint32_t mNumStoredValues = 0;
 };

@@ -5,10 +5,11 @@
 #include <string_view>
 
 #include "HeavyPass.h"
+#include "ModelFormat.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/FileContext.h"
-#include "SharedArrays.h"
+#include "Qov/Util/FileContext.h"
 
 namespace QovRyx {
 namespace {
@@ -27,7 +28,7 @@ void Append(QovJbf::JbFile& file, QovJbf::StreamReader& reader,
 
 }  // namespace
 
-bool AreBlockCopiesWanted() {
+bool IsBlockCopyEnabled() {
   const char* value = std::getenv("RYXMERGE_COPY_BLOCKS");
   return value != nullptr && std::string_view(value) == "1";
 }
@@ -41,19 +42,20 @@ BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle) {
   for (auto& [id, entry] : nodes) {
     if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) Note(*sets);
   }
-  DropUnworthy();
+  DropUnprofitableCopies();
+  CollectContent();
 }
 
 void BlockCopies::Note(Geometry::VarStruct& variable, bool shuffle) {
-  if (variable.mLinked || !IsStoredAlike(variable.mValues, shuffle)) return;
+  if (variable.mLinked || !CanCopyBytes(variable.mValues, shuffle)) return;
   const DataLoader& loader = *variable.mValues.GetLoader();
-  const std::uint64_t size = loader.GetCount() * sizeof(std::uint32_t);
+  const std::uint64_t size = loader.GetCount() * kElementSize;
   const auto extent = loader.GetReader().FindBlock(loader.GetOffset(), size);
   if (!extent) return;
   Copy& copy = GetCopy(loader.GetReader(), *extent);
   copy.mArrays.push_back({&variable, loader.GetOffset()});
   copy.mShared += size;
-  if (copy.mOffsets.insert(loader.GetOffset()).second) copy.mWanted += size;
+  if (copy.mOffsets.insert(loader.GetOffset()).second) copy.mNeeded += size;
 }
 
 void BlockCopies::Note(NodeSets& sets) {
@@ -64,7 +66,7 @@ void BlockCopies::Note(NodeSets& sets) {
   Copy& copy = GetCopy(*sets.GetReader(), *extent);
   copy.mSets.push_back(&sets);
   copy.mShared += size;
-  if (copy.mOffsets.insert(sets.GetSourceOffset()).second) copy.mWanted += size;
+  if (copy.mOffsets.insert(sets.GetSourceOffset()).second) copy.mNeeded += size;
 }
 
 BlockCopies::Copy& BlockCopies::GetCopy(QovJbf::StreamReader& reader,
@@ -74,19 +76,22 @@ BlockCopies::Copy& BlockCopies::GetCopy(QovJbf::StreamReader& reader,
   return mCopies[place->second];
 }
 
-void BlockCopies::DropUnworthy() {
+void BlockCopies::DropUnprofitableCopies() {
   mPlaces.clear();
   std::erase_if(mCopies, [](const Copy& copy) {
     const std::uint64_t length = copy.mExtent.mRawLength;
-    return 2 * copy.mWanted < length || copy.mShared > kMostShares * length ||
+    return 2 * copy.mNeeded < length || copy.mShared > kMostShares * length ||
            copy.mSets.size() > kMostShares;  // each may be as long as the block
   });
+}
+
+void BlockCopies::CollectContent() {
   for (const Copy& copy : mCopies) {
     for (const Array& array : copy.mArrays) {
-      mHeld.insert(array.mpVariable);
+      mContent.insert(array.mpVariable);
       mNumBytes += array.mpVariable->mValues.GetSize();
     }
-    mHeld.insert(copy.mSets.begin(), copy.mSets.end());
+    mContent.insert(copy.mSets.begin(), copy.mSets.end());
   }
 }
 

@@ -5,9 +5,22 @@
 #include <functional>
 #include <utility>
 
+#include "GeometryDescriptors.h"
+#include "HeavyPass.h"
+#include "ModelFormat.h"
+#include "Qov/Util/Printable.h"
+#include "Qov/Util/Raise.h"
+#include "container/ContainerFormat.h"
 #include "container/ContainerFormat.h"
 
 namespace QovRyx {
+namespace {
+
+constexpr const char* kSource = "include/Qov/Ryx/Geometry";
+using Qov::Util::Raise;
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+}  // namespace
 
 void Geometry::VarStruct::TakeValueFieldsOf(const VarStruct& other) {
   mKindHighByte = other.mKindHighByte;
@@ -27,7 +40,7 @@ void Geometry::VarStruct::TakeValuesOf(const VarStruct& owner) {
 }
 
 std::string Geometry::GetVersion() const {
-  return QovJbf::ryx_file_version == QovJbf::kLastVersionWithNarrowOffsets ? "0.6" : "0.7";
+  return QovJbf::ryx_file_version == QovJbf::kLastVersionWithNarrowOffsets ? kNarrowOffsetsVersion : kNewestGeometryVersion;
 }
 
 void Geometry::RenameVariable(std::size_t position, std::string name) {
@@ -47,7 +60,7 @@ std::uint32_t& Geometry::FindSlot(const std::string& name) {
   }
 }
 
-/// Makes room for the names of all variables. At most half of the slots are used.
+/// Makes room for the names of all results. At most half of the slots are used.
 void Geometry::GrowIndex() {
   constexpr std::size_t kFewest = 16;
   mSlots.assign(std::bit_ceil(std::max(kFewest, 3 * mVariables.size())), 0);
@@ -73,10 +86,63 @@ std::uint64_t Geometry::GetOrAddVariableIndex(const std::string& name) {
   return mVariables.size() - 1;
 }
 
-void Geometry::AttachValues(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled) {
+void Geometry::WriteJb(QovJbf::JbFile& file, const std::string& lightKey,
+                       const std::string& heavyKey, const std::string& attributeKey,
+                       const std::string& version) const {
+  file.GetIndex().Put(lightKey, static_cast<std::int32_t>(mVariables.size()));
+  const GeometryLayout layout = GetGeometryLayout(version);
+  const DescriptorStreams streams{file, lightKey, attributeKey};
+  for (const VarStruct& variable : mVariables) {
+    WriteDescriptor(streams, heavyKey, layout, variable);
+  }
+}
+
+void Geometry::ReadJb(QovJbf::JbFile& file, const std::string& lightKey,
+                      const std::string& attributeKey, const std::string& version,
+                      std::uint64_t& inlineOffset) {
+  if (IsNewerGeometryVersion(version)) {
+    Raise(kSource, ErrorType::UnknownVersion,
+          "Unknown Version: geometry " + Qov::Util::Quote(GetName()) + " has version " +
+              Qov::Util::Quote(version) + ", the newest known is \"" + kNewestGeometryVersion +
+              "\"");
+  }
+  std::int32_t count = 0;
+  file.Require(lightKey, count);
+  if (count < 0) {
+    Raise(kSource, ErrorType::ModelError,
+          "Geometry " + Qov::Util::Quote(GetName()) + " has a negative number of variables");
+  }
+  const GeometryLayout layout = GetGeometryLayout(version);
+  const DescriptorStreams streams{file, lightKey, attributeKey};
+  mVariables.ReserveMore(
+      std::min<std::size_t>(static_cast<std::size_t>(count), CountDescriptorRoom(streams)));
+  for (std::int32_t i = 0; i < count; ++i) {
+    VarStruct variable;
+    QovUtil::Attributes attributes;
+    ReadDescriptor(streams, layout, inlineOffset, variable, attributes);
+    ProcessAttributes(variable, std::move(attributes));
+    mVariables.push_back(std::move(variable));
+  }
+}
+
+/// Gives a new result its attributes. Adjacent results with equal attributes share them.
+void Geometry::ProcessAttributes(VarStruct& variable, QovUtil::Attributes attributes) const {
+  if (!mVariables.empty()) attributes.ShareIfEqual(mVariables[mVariables.size() - 1].mAttributes);
+  variable.mAttributes = std::move(attributes);
+}
+
+void Geometry::SaveBlocks(HeavyPass& pass, bool integerKinds) {
   for (std::size_t i = 0; i != mVariables.size(); ++i) {
     VarStruct& variable = mVariables[i];
-    if (variable.mLinked || !variable.mOffset) continue;
+    if (!variable.mLinked && variable.IsIntegerKind() == integerKinds) pass.SaveArray(variable);
+  }
+}
+
+void Geometry::LoadBlocks(const std::shared_ptr<QovJbf::StreamReader>& reader, bool shuffled,
+                          bool integerKinds) {
+  for (std::size_t i = 0; i != mVariables.size(); ++i) {
+    VarStruct& variable = mVariables[i];
+    if (variable.mLinked || !variable.mOffset || variable.IsIntegerKind() != integerKinds) continue;
     const std::uint8_t width = variable.mValues.GetWidth();
     auto loader = std::make_shared<const DataLoader>(
         reader, *variable.mOffset, variable.mValues.GetNumElements(), shuffled ? width : 0);

@@ -2,24 +2,22 @@
 
 #include <algorithm>
 
+#include "ModelFormat.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/ByteShuffle.h"
 #include "Qov/Util/Raise.h"
-#include "SharedArrays.h"
 
 namespace QovRyx {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
-/// Every file may cost so many bytes that are inflated in vain, and so many times its length.
-constexpr std::uint64_t kMostTimesInVain = 16;
-constexpr std::uint64_t kFreeBytesInVain = std::uint64_t{1} << 30;
 
-/// Arrays may lie in any order, but not so that a small file keeps us busy for hours.
+/// Refuses a file whose arrays are in such an order that reading them decompresses far more bytes
+/// than the file holds.
 void CheckOrder(const QovJbf::StreamReader& reader) {
-  if (reader.GetNumDiscarded() / kMostTimesInVain <=
-      reader.GetLength() + kFreeBytesInVain / kMostTimesInVain) {
+  if (reader.GetNumDiscarded() / kMostTimesSkipped <=
+      reader.GetLength() + kSkippedAllowance / kMostTimesSkipped) {
     return;
   }
   Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::OutOfBounds,
@@ -38,7 +36,7 @@ std::uint64_t CountHeavyBytes(const NodeTree& nodes) {
   return numBytes;
 }
 
-bool IsStoredAlike(const NumericArray& array, bool shuffle) {
+bool CanCopyBytes(const NumericArray& array, bool shuffle) {
   const auto& loader = array.GetLoader();
   return loader && loader->GetCount() != 0 &&
          loader->GetShuffledWidth() == (shuffle ? array.GetWidth() : 0);
@@ -56,19 +54,12 @@ void HeavyPass::CopyBlocks(NodeTree& nodes) {
   mFile.CompressWhileFilling(kHeavyData, mExpectedLength);
 }
 
-void HeavyPass::SaveBlocks(Geometry& geometry, bool integerKinds) {
-  for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
-    Geometry::VarStruct& variable = geometry.EditVariable(i);
-    if (variable.mLinked || variable.IsIntegerKind() != integerKinds) continue;
-    if (!IsCopied(&variable)) SaveArray(variable);
-  }
-}
-
 void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
+  if (IsCopied(&variable)) return;
   const QovJbf::Index& index = mFile.GetIndex();
   variable.mOffset = index.HasStream(kHeavyData) ? index.GetStreamLength(kHeavyData) : 0;
-  if (IsStoredAlike(variable.mValues, mShuffle)) {
-    if (!IsPlaced(variable)) CopyStored(*variable.mValues.GetLoader());
+  if (CanCopyBytes(variable.mValues, mShuffle)) {
+    if (!ShareBytes(variable)) CopyStored(*variable.mValues.GetLoader());
   } else {
     StoreValues(variable.mValues);
   }
@@ -78,8 +69,9 @@ void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
                                [&] { CheckOrder(loader->GetReader()); });
 }
 
-/// True if the bytes that the variable is to have are in the output already, where it then leads.
-bool HeavyPass::IsPlaced(Geometry::VarStruct& variable) {
+/// Lets the result have bytes that are already in the output, if there are any. Returns false if
+/// its bytes must be written at its offset.
+bool HeavyPass::ShareBytes(Geometry::VarStruct& variable) {
   const DataLoader& loader = *variable.mValues.GetLoader();
   Place& place = mPlaces[{&loader.GetReader(), loader.GetOffset(), loader.GetCount()}];
   if (place.mNumShares % kMostShares == 0) place.mOffset = *variable.mOffset;
@@ -89,11 +81,11 @@ bool HeavyPass::IsPlaced(Geometry::VarStruct& variable) {
   return true;
 }
 
-/// Piece by piece, without holding the array in memory.
+/// Copies an array piece by piece, without holding it in memory.
 void HeavyPass::CopyStored(const DataLoader& loader) {
   MarkBlocks();
   std::uint64_t done = 0;
-  mFile.GetIndex().Put(kHeavyData, loader.GetCount() * sizeof(std::uint32_t),
+  mFile.GetIndex().Put(kHeavyData, loader.GetCount() * kElementSize,
                        [&loader, &done](void* target, std::size_t n) {
                          loader.ReadStored(done, target, n);
                          done += n;
@@ -121,11 +113,11 @@ void HeavyPass::StoreValues(const NumericArray& array) {
 void HeavyPass::SaveNodeSets(NodeSets& sets) {
   if (IsCopied(&sets)) return;
   MarkBlocks();
-  sets.SaveDataBlocks(mFile, kHeavyData);
+  sets.SaveDataBlocks(mFile, kHeavyData, false);
   mFile.GetIndex().FlushFrozen(mFile.GetStream());
 }
 
-/// A block that the next array begins is not marked yet; it goes to the file with a later one.
+/// Marks the blocks that exist. A block that the next array begins is marked with a later array.
 void HeavyPass::MarkBlocks() {
   mFile.AddBlockTransformation(kHeavyData, QovJbf::BlockFlag::kFreezeWhenFull);
   mFile.AddBlockTransformation(kHeavyData, QovJbf::BlockFlag::kCompressed);

@@ -14,50 +14,48 @@
 
 namespace QovRyx {
 
-/// The bytes of all arrays of a model that are not those of others.
+/// Returns the number of bytes of the values of all results that are not linked.
 std::uint64_t CountHeavyBytes(const NodeTree& nodes);
-/// True if the bytes in the file that the array comes from are those that are to be written.
-bool IsStoredAlike(const NumericArray& array, bool shuffle);
+/// Returns true if the array can be written by copying its bytes from the file that it comes from.
+bool CanCopyBytes(const NumericArray& array, bool shuffle);
 
-/// Writes the arrays and node sets of a model to the heavy stream, one after the other. Blocks are
-/// compressed while they fill, and go to the file as far as they can. An array that another file
-/// holds just as it is to be written is copied from there; only others are in memory as a whole,
-/// one at a time.
+/// Writes the arrays and node sets of a model to the heavy stream. Blocks are compressed while they
+/// fill, and are written to the file as early as possible. An array that an input holds in the form
+/// that the output needs is copied piece by piece. Any other array is in memory as a whole, one at
+/// a time.
 class HeavyPass {
  public:
-  /// `expectedLength`: what CountHeavyBytes says of the model.
+  /// `expectedLength` is CountHeavyBytes of the model.
   HeavyPass(QovJbf::JbFile& file, bool shuffle, std::uint64_t expectedLength = 0);
 
-  /// Copies what can be copied of the inputs' blocks, before anything is saved. What they hold is
-  /// passed over then.
+  /// Copies whole blocks of the inputs (BlockCopies). Called before anything is saved. SaveArray
+  /// and SaveNodeSets then skip the content of these blocks.
   void CopyBlocks(NodeTree& nodes);
-  /// Connectivity and ids, which come first in a file.
-  void SaveConnectivityBlocks(Geometry& geometry) { SaveBlocks(geometry, true); }
-  void SaveOtherBlocks(Geometry& geometry) { SaveBlocks(geometry, false); }
+  /// Writes the values of a result that is not linked, and sets its offset.
+  void SaveArray(Geometry::VarStruct& variable);
   void SaveNodeSets(NodeSets& sets);
 
  private:
-  void SaveBlocks(Geometry& geometry, bool integerKinds);
-  void SaveArray(Geometry::VarStruct& variable);
-  bool IsPlaced(Geometry::VarStruct& variable);
+  bool ShareBytes(Geometry::VarStruct& variable);
   void CopyStored(const DataLoader& loader);
   void StoreValues(const NumericArray& array);
   void MarkBlocks();
-  bool IsCopied(const void* content) const { return mCopies && mCopies->Hold(content); }
+  bool IsCopied(const void* content) const { return mCopies && mCopies->Contains(content); }
 
   QovJbf::JbFile& mFile;
   bool mShuffle;
   std::uint64_t mExpectedLength;
   std::optional<BlockCopies> mCopies;
 
-  /// Where bytes of a source were put; results that share them there share them here.
+  /// The place of copied bytes in the output. Results that share bytes in an input share them in
+  /// the output.
   struct Place {
     std::uint64_t mOffset = 0;
     std::uint64_t mNumShares = 0;
   };
   using Source = std::tuple<const QovJbf::StreamReader*, std::uint64_t, std::uint64_t>;
   std::map<Source, Place> mPlaces;
-  std::vector<std::uint32_t> mValues;  ///< Any 4-byte elements, as bits.
+  std::vector<std::uint32_t> mValues;  ///< A buffer for the bits of an array of any type.
 };
 
 }  // namespace QovRyx

@@ -3,8 +3,8 @@
 #include <limits>
 #include <utility>
 
+#include "ModelFormat.h"
 #include "Qov/Util/Raise.h"
-#include "SharedArrays.h"
 
 // The pieces of a node set in the heavy stream, plain:
 //   name ends: vector<u32>    0, then for each set the end of its name in the joined names
@@ -12,7 +12,7 @@
 //   value ends: vector<u32>   0, then for each set the end of its values in the joined values
 //   values: vector<u32>       all values joined
 // Its light data:
-//   size of what follows: u32, 16
+//   size of the next fields: u32, 16
 //   number of sets: u32
 //   offset of the pieces: u64, in uncompressed bytes of the heavy stream
 //   number of values: u32
@@ -21,13 +21,11 @@ namespace QovRyx {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/NodeSets";
-constexpr std::uint32_t kLightDataSize = 16;
-constexpr std::uint64_t kCountSize = 4;
 
 using Qov::Util::Raise;
 using ErrorType = Qov::Util::Exception::ErrorType;
 
-/// Takes the pieces one after the other from a stream.
+/// Reads the pieces of a node set in their order.
 class PieceReader {
  public:
   PieceReader(QovJbf::StreamReader& reader, std::uint64_t offset, bool verified)
@@ -44,11 +42,11 @@ class PieceReader {
     TakeBytes(text.data(), text.size());
     return text;
   }
-  void PassOver(std::uint64_t elementSize) { mOffset += TakeCount(elementSize) * elementSize; }
+  void Skip(std::uint64_t elementSize) { mOffset += TakeCount(elementSize) * elementSize; }
   std::uint64_t GetOffset() const { return mOffset; }
 
  private:
-  /// The count in front of a piece, whose elements are there.
+  /// Reads the count of a piece. Raises OutOfBounds if the stream ends before its last element.
   std::uint32_t TakeCount(std::uint64_t elementSize) {
     std::uint32_t count = 0;
     TakeBytes(&count, kCountSize);
@@ -68,7 +66,7 @@ class PieceReader {
   bool mVerified;
 };
 
-/// Ends must start with 0, never fall, and lead to the end of what they cut.
+/// Raises MismatchError unless the ends begin with 0, never decrease, and end at `length`.
 void CheckEnds(const std::vector<std::uint32_t>& ends, std::size_t numSets, std::size_t length) {
   bool sound = ends.size() == numSets + 1 && ends.front() == 0 && ends.back() == length;
   for (std::size_t i = 1; sound && i < ends.size(); ++i) sound = ends[i - 1] <= ends[i];
@@ -106,7 +104,7 @@ void NodeSets::CountBytes(std::uint64_t numBytes) const {
   if (!pAll) return;
   *pAll += numBytes;
   if (*pAll / kMostShares <= mpReader->GetLength()) return;
-  mpNumBytes = pAll;  // it fails the next time too
+  mpNumBytes = pAll;  // the next call must fail too
   Raise(kSource, ErrorType::OutOfBounds, "Too many node sets share their bytes");
 }
 
@@ -120,7 +118,7 @@ std::vector<NodeSets::Set> NodeSets::GetSets() const {
   return sets;
 }
 
-SetColumns NodeSets::TakeColumns(bool verified) const {
+SetColumns NodeSets::LoadColumns(bool verified) const {
   if (!mpReader) return mColumns;
   return Qov::Util::WithFileContext(mpReader->GetPath(), [&] { return ReadColumns(verified); });
 }
@@ -132,8 +130,8 @@ void NodeSets::SetSets(const std::vector<Set>& sets) {
   mpReader.reset();
 }
 
-void NodeSets::SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey) {
-  const SetColumns columns = TakeColumns(false);
+void NodeSets::SaveDataBlocks(QovJbf::JbFile& file, const std::string& heavyKey, bool /*shuffle*/) {
+  const SetColumns columns = LoadColumns(false);
   QovJbf::Index& index = file.GetIndex();
   mStoredOffset = index.HasStream(heavyKey) ? index.GetStreamLength(heavyKey) : 0;
   mNumStoredValues = static_cast<std::uint32_t>(columns.mValues.size());
@@ -151,23 +149,20 @@ void NodeSets::LoadDataBlocks(std::shared_ptr<QovJbf::StreamReader> reader,
 }
 
 std::uint64_t NodeSets::GetLeastStoredSize() const {
-  constexpr std::uint64_t kNumPieces = 4;
   const std::uint64_t numEnds = 2 * (std::uint64_t{mNumSets} + 1);
-  return kNumPieces * kCountSize + (numEnds + mNumStoredValues) * sizeof(std::uint32_t);
+  return kSetPieceElementSizes.size() * kCountSize +
+         (numEnds + mNumStoredValues) * sizeof(std::uint32_t);
 }
 
 std::uint64_t NodeSets::GetStoredEnd() const {
   PieceReader pieces(*mpReader, mSourceOffset, true);
-  pieces.PassOver(sizeof(std::uint32_t));
-  pieces.PassOver(1);
-  pieces.PassOver(sizeof(std::uint32_t));
-  pieces.PassOver(sizeof(std::uint32_t));
+  for (const std::uint64_t elementSize : kSetPieceElementSizes) pieces.Skip(elementSize);
   return pieces.GetOffset();
 }
 
 void NodeSets::WriteLightData(QovJbf::JbFile& file, const std::string& lightKey) const {
   QovJbf::Index& index = file.GetIndex();
-  index.Put(lightKey, kLightDataSize);
+  index.Put(lightKey, kNodeSetsFieldsSize);
   index.Put(lightKey, mNumSets);
   index.Put(lightKey, mStoredOffset);
   index.Put(lightKey, mNumStoredValues);

@@ -3,13 +3,13 @@
 #include <limits>
 #include <utility>
 
+#include "ModelFormat.h"
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "Remaining.h"
-#include "SharedArrays.h"
 
 // A tree stream: i32 count, then for each entry in ascending id order
 //   id, parent, previous sibling, next sibling, first child, last child: u32 each
@@ -22,11 +22,6 @@ namespace {
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
 using Qov::Util::Raise;
 using ErrorType = Qov::Util::Exception::ErrorType;
-
-bool IsOldest(const std::string& version) { return version == "0.1" || version == "0.0a"; }
-
-/// Layouts of a geometry record whose values lie in the heavy stream shuffled, at an offset.
-bool HasShuffledValues(const std::string& version) { return version == "0.6" || version == "0.7"; }
 
 std::string DescribeNode(std::uint32_t id, const std::string& name) {
   return "node " + std::to_string(id) + " " + Qov::Util::Quote(name);
@@ -60,15 +55,19 @@ UnreadContent TreeReader::Read(Tree::IdMap& idMap) {
     idMap.emplace(id, id - mBase);
   }
   for (const LoadedGeometry& loaded : mGeometries) {
-    loaded.mGeometry->AttachValues(mpHeavy, loaded.mShuffled);
+    loaded.mGeometry->LoadConnectivityBlocks(mpHeavy, loaded.mShuffled);
+  }
+  for (const LoadedGeometry& loaded : mGeometries) {
+    loaded.mGeometry->LoadOtherBlocks(mpHeavy, loaded.mShuffled);
     NoteLostLinks(*loaded.mGeometry);
   }
   CheckShares();
-  CheckRests();
+  CheckUnreadBytes();
   return std::move(mUnread);
 }
 
-/// Counts only complete elements, because an incomplete one is not stored.
+/// Refuses arrays that share too many bytes. Counts only complete elements, because an incomplete
+/// element is not stored.
 void TreeReader::CheckShares() const {
   std::uint64_t numBytes = 0;
   for (const LoadedGeometry& loaded : mGeometries) {
@@ -112,7 +111,8 @@ TreeReader::Record TreeReader::ReadRecord() {
   return record;
 }
 
-/// The highest id of all stays free, so that there is always a next one.
+/// Returns false if the shifted id would be the highest one, which stays free so that there is
+/// always a next id.
 bool TreeReader::CanShift(std::uint32_t id) const {
   return id != 0 && id < std::numeric_limits<std::uint32_t>::max() - mBase;
 }
@@ -129,15 +129,16 @@ std::uint32_t TreeReader::Shift(std::uint32_t id) const {
 
 std::unique_ptr<Node> TreeReader::ReadNode(const Record& record) {
   if (record.mType.empty()) return nullptr;
-  if (record.mType == "Group") return ReadGroup(record);
-  if (record.mType == "Shape") return ReadShape(record);
-  if (record.mType == "Geometry") return ReadGeometry(record);
-  if (record.mType == "NodeSets") return ReadNodeSets(record);
-  if (record.mType != "FutureNode") NoteUnknown(record);
+  if (record.mType == Group::kType) return ReadGroup(record);
+  if (record.mType == Shape::kType) return ReadShape(record);
+  if (record.mType == Geometry::kType) return ReadGeometry(record);
+  if (record.mType == NodeSets::kType) return ReadNodeSets(record);
+  if (record.mType != FutureNode::kType) NoteUnknown(record);
   return std::make_unique<FutureNode>(record.mName);
 }
 
-/// "FutureNode" is the type that nodes of unknown types are saved with, without content.
+/// Records that the content of a node is not read. Not called for the type FutureNode::kType, with
+/// which nodes of unknown types are saved, because these nodes have no content.
 void TreeReader::NoteUnknown(const Record& record) {
   const std::string node = DescribeNode(record.mEntry.mId - mBase, record.mName) +
                            " of the unknown type " + Qov::Util::Quote(record.mType);
@@ -151,9 +152,9 @@ void TreeReader::NoteNewerVersion(const Record& record, const std::string& known
               Qov::Util::Quote(record.mVersion));
 }
 
-/// The maps of "Attributes" and the materials of "Resources" belong to the nodes in their order, so
-/// that a node that leaves its own unread would leave them to the next one.
-void TreeReader::CheckRests() {
+/// Finds bytes after the last record of a stream. "Attributes" and "Resources" hold the data of the
+/// nodes one after the other, so data of a node of unknown type are read as those of the next node.
+void TreeReader::CheckUnreadBytes() {
   for (const std::string& stream : {kRyxTree, kAttributes, kResources}) {
     Remaining rest;
     if (!mFile.HasStream(stream)) continue;
@@ -172,13 +173,13 @@ void TreeReader::CheckRests() {
 std::unique_ptr<Node> TreeReader::ReadGroup(const Record& record) {
   auto group = std::make_unique<Group>(record.mName);
   NoteNewerVersion(record, group->GetVersion());
-  if (IsOldest(record.mVersion)) return group;
+  if (!HasPlacement(record.mVersion)) return group;
   RequireRaw(mFile, group->mTranslation);
   RequireRaw(mFile, group->mRotation);
   RequireRaw(mFile, group->mScale);
-  if (record.mVersion == "0.2") return group;
+  if (!HasAttributes(record.mVersion)) return group;
   QovUtil::ReadAttributesFromJbf(mFile, kAttributes, group->mAttributes);
-  if (record.mVersion == "0.3") return group;
+  if (!HasModelFlag(record.mVersion)) return group;
   mFile.Require(kLightData, group->mTakesModels);
   return group;
 }
@@ -186,14 +187,14 @@ std::unique_ptr<Node> TreeReader::ReadGroup(const Record& record) {
 std::unique_ptr<Node> TreeReader::ReadShape(const Record& record) {
   auto shape = std::make_unique<Shape>(record.mName);
   NoteNewerVersion(record, shape->GetVersion());
-  if (!IsOldest(record.mVersion)) mFile.Require(kResources, shape->mMaterial.mValues);
+  if (HasMaterial(record.mVersion)) mFile.Require(kResources, shape->mMaterial.mValues);
   return shape;
 }
 
 std::unique_ptr<Node> TreeReader::ReadGeometry(const Record& record) {
   auto geometry = std::make_unique<Geometry>(record.mName);
-  const bool shuffled = HasShuffledValues(record.mVersion);
-  if (!shuffled) MoveBehindSets();
+  const bool shuffled = !HasInlineValues(GetGeometryLayout(record.mVersion));
+  if (!shuffled) SkipPrecedingSets();
   geometry->ReadJb(mFile, kLightData, kAttributes, record.mVersion, mInlineOffset);
   for (const Geometry::VarStruct& variable : geometry->GetVariables()) {
     if (!variable.mLinked && variable.mValues.GetNumElements() != 0) RequireHeavyStream();
@@ -217,8 +218,9 @@ void TreeReader::RequireHeavyStream() {
   if (!mFile.HasStream(kHeavyData)) Raise(kSource, ErrorType::ElementNotFound);
 }
 
-/// Inline values that follow node sets in the tree follow them in the heavy stream too.
-void TreeReader::MoveBehindSets() {
+/// Moves the offset of the next inline values to the end of node sets that precede their geometry
+/// in the tree, because they precede its values in the heavy stream too.
+void TreeReader::SkipPrecedingSets() {
   if (mPrecedingSets == nullptr) return;
   mInlineOffset = mPrecedingSets->GetStoredEnd();
   mPrecedingSets = nullptr;

@@ -13,12 +13,13 @@ namespace QovRyx {
 /// Reads the records of one file's tree and enters them into a model.
 class TreeReader {
  public:
-  /// With `attachParent` 0 the ids of the file are kept; else they are shifted past those of
-  /// the model, and the file's root becomes a child of that entry.
+  /// If `attachParent` is 0, nodes keep the ids of the file. Otherwise ids are shifted after those
+  /// of the model, and the root of the file becomes a child of that entry.
   TreeReader(QovJbf::JbFile& file, NodeTree& nodes, std::uint32_t attachParent, bool wideOffsets);
 
-  /// Returns what was not read. Raises FormatNotSupported if nodes of unknown types may have
-  /// attributes, because they cannot be told from those of later nodes.
+  /// Enters all nodes and returns the content that was not read. Raises FormatNotSupported if nodes
+  /// of unknown types may have attributes or materials, because nothing tells them from those of
+  /// later nodes.
   UnreadContent Read(Tree::IdMap& idMap);
 
  private:
@@ -48,8 +49,8 @@ class TreeReader {
   void RequireHeavyStream();
   void NoteUnknown(const Record& record);
   void NoteNewerVersion(const Record& record, const std::string& known);
-  void CheckRests();
-  void MoveBehindSets();
+  void CheckUnreadBytes();
+  void SkipPrecedingSets();
 
   QovJbf::JbFile& mFile;
   NodeTree& mNodes;
@@ -57,10 +58,10 @@ class TreeReader {
   bool mWideOffsets;
   std::uint32_t mBase;
   std::shared_ptr<QovJbf::StreamReader> mpHeavy;
-  /// Of all node sets, as far as they were read.
+  /// The bytes of all node sets that have been read.
   std::shared_ptr<std::uint64_t> mpNumSetBytes = std::make_shared<std::uint64_t>(0);
   std::vector<LoadedGeometry> mGeometries;
-  /// Where the next values that stand inline lie, and the node sets that they come behind.
+  /// The offset of the next inline values, and node sets that must be skipped before them, or null.
   std::uint64_t mInlineOffset = 0;
   const NodeSets* mPrecedingSets = nullptr;
   UnreadContent mUnread;

@@ -46,23 +46,23 @@ void SaveGroup(QovJbf::JbFile& file, const Group& group) {
   file.GetIndex().Put(kLightData, group.mTakesModels);
 }
 
-/// Readers go by the type that a node says it has, so it must be that.
-void SavePayload(QovJbf::JbFile& file, Node& node) {
+/// Writes the content of a node. Readers rely on its type string, so the type must be true.
+void SavePayload(QovJbf::JbFile& file, const Node& node) {
   // NOLINTBEGIN(modernize-use-nullptr,readability-identifier-naming): the texts are shown
   const std::string type = node.GetType();
-  if (type == "Group") {
+  if (type == Group::kType) {
     const auto* grp_ptr = dynamic_cast<const Group*>(&node);
     QOV_ASSERT(0 != grp_ptr);
     SaveGroup(file, *grp_ptr);
-  } else if (type == "Shape") {
+  } else if (type == Shape::kType) {
     const auto* shape_ptr = dynamic_cast<const Shape*>(&node);
     QOV_ASSERT(0 != shape_ptr);
     file.GetIndex().Put(kResources, shape_ptr->mMaterial.mValues);
-  } else if (type == "Geometry") {
-    auto* geom_ptr = dynamic_cast<Geometry*>(&node);
+  } else if (type == Geometry::kType) {
+    const auto* geom_ptr = dynamic_cast<const Geometry*>(&node);
     QOV_ASSERT(0 != geom_ptr);
     geom_ptr->WriteJb(file, kLightData, kHeavyData, kAttributes, geom_ptr->GetVersion());
-  } else if (type == "NodeSets") {
+  } else if (type == NodeSets::kType) {
     const auto* node_sets_ptr = dynamic_cast<const NodeSets*>(&node);
     QOV_ASSERT(0 != node_sets_ptr);
     node_sets_ptr->WriteLightData(file, kLightData);
@@ -70,7 +70,7 @@ void SavePayload(QovJbf::JbFile& file, Node& node) {
   // NOLINTEND(modernize-use-nullptr,readability-identifier-naming)
 }
 
-void SaveRecord(QovJbf::JbFile& file, NodeTree::Node& entry) {
+void SaveRecord(QovJbf::JbFile& file, const NodeTree::Node& entry) {
   QovJbf::Index& index = file.GetIndex();
   for (const std::uint32_t link : {entry.mId, entry.mParent, entry.mPreviousSibling,
                                    entry.mNextSibling, entry.mFirstChild, entry.mLastChild}) {
@@ -84,7 +84,7 @@ void SaveRecord(QovJbf::JbFile& file, NodeTree::Node& entry) {
   if (node != nullptr) SavePayload(file, *entry.mData);
 }
 
-/// Everything that values of the model are read from.
+/// Returns the readers of all files that hold values of the model.
 std::set<QovJbf::StreamReader*> FindReaders(const NodeTree& nodes) {
   std::set<QovJbf::StreamReader*> readers;
   ForEachGeometry(nodes, [&readers](std::uint32_t, const Geometry& geometry) {
@@ -106,7 +106,7 @@ void TreeSaver::Save(const std::string& path, bool create, const std::string& co
   FormatHistoryDate();  // raises for an unusable SOURCE_DATE_EPOCH before anything is written
   RefuseToOverwriteSources(path);
   CheckSources();
-  // It may be updated in place, and is another file afterwards.
+  // A file that is updated in place is a different file afterwards.
   std::erase_if(mTree.mSources, [&path](const auto& source) { return source.IsFileAt(path); });
   CutFalseLinks();
   mTree.mFileVersion = QovJbf::kCurrentFileVersion;
@@ -117,7 +117,7 @@ void TreeSaver::Save(const std::string& path, bool create, const std::string& co
   Write(file, path, create, comment);
 }
 
-/// Returns false if memory was short and fewer threads may get along with it.
+/// Returns false if memory was short and fewer threads need less of it.
 bool TreeSaver::WriteWithAllThreads(const std::string& path, bool create,
                                     const std::string& comment) {
   const std::size_t numModifiers = mTree.mModifiers.size();
@@ -154,7 +154,7 @@ void TreeSaver::RefuseToOverwriteSources(const std::string& path) const {
   }
 }
 
-/// Raises if a file that anything of the model came from has changed since it was first opened.
+/// Raises ReadError if a file that the model was loaded from has changed since it was first opened.
 void TreeSaver::CheckSources() const {
   for (const QovJbf::FileIdentity& source : mTree.mSources) source.CheckUnchanged();
   for (const QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
@@ -162,8 +162,8 @@ void TreeSaver::CheckSources() const {
   }
 }
 
-/// A result whose link named nothing must not come to share the values of a result that another
-/// file brought to that place.
+/// Makes a dangling link name nothing if another file has put a result at its place, because the
+/// result must not get values of another file.
 void TreeSaver::CutFalseLinks() {
   ForEachGeometry(mTree.mNodes, [this](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
@@ -177,22 +177,22 @@ void TreeSaver::CutFalseLinks() {
 
 void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
   HeavyPass pass(file, shuffle, CountHeavyBytes(mTree.mNodes));
-  if (AreBlockCopiesWanted()) pass.CopyBlocks(mTree.mNodes);
+  if (IsBlockCopyEnabled()) pass.CopyBlocks(mTree.mNodes);
   ForEachGeometry(mTree.mNodes, [&pass](std::uint32_t, Geometry& geometry) {
-    pass.SaveConnectivityBlocks(geometry);
+    geometry.SaveConnectivityBlocks(pass);
   });
   ForEachGeometry(mTree.mNodes,
-                  [&pass](std::uint32_t, Geometry& geometry) { pass.SaveOtherBlocks(geometry); });
-  // The node sets too, while full blocks can still go to the file.
+                  [&pass](std::uint32_t, Geometry& geometry) { geometry.SaveOtherBlocks(pass); });
+  // Node sets are saved here, because full blocks can still be written to the file.
   for (auto& [id, entry] : mTree.mNodes) {
     if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) pass.SaveNodeSets(*sets);
   }
   for (QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
     Qov::Util::WithFileContext(reader->GetPath(), [reader] {
       reader->Verify();
-      // A wrong length of a block that was skipped would give an array the bytes of another one.
-      // Who asks for copied blocks takes lengths on trust.
-      if (!AreBlockCopiesWanted()) reader->VerifyBefore(reader->GetEndOfReads());
+      // A wrong length of a skipped block would give an array the bytes of another one. With
+      // copied blocks the lengths are trusted, because verifying them means decompressing them.
+      if (!IsBlockCopyEnabled()) reader->VerifyBefore(reader->GetEndOfReads());
     });
   }
 }
@@ -205,19 +205,19 @@ void TreeSaver::FlushAndClose(QovJbf::JbFile& file, const std::string& comment) 
                                     kGlobalInformation, kViewPoints}) {
     file.AddBlockTransformation(stream, QovJbf::BlockFlag::kCompressed);
   }
-  CheckSources();  // before the root index, without which the output is not taken for a model
+  CheckSources();  // before the root index is written, because a file without one is not a model
   file.GetIndex().WriteAllBuffersToFileStream(file.GetStream());
   file.CloseFile();
 }
 
 void TreeSaver::SaveTree(QovJbf::JbFile& file) {
   Qov::Log::Trace(kSource) << "Saving ryx tree ...";
-  // Every record holds the length of the light data so far, which may be 0 to the end.
+  // Creates the stream, because every record holds its length, which may be 0 to the end.
   file.GetIndex().GetWritingBlockIndex(kLightData);
   file.GetIndex().Put(kRyxTree, static_cast<std::int32_t>(mTree.mNodes.GetSize()));
-  // The limit is asked for once: it takes several system files to tell.
+  // The limit is computed once, because that reads several system files.
   const std::uint64_t limit = QovJbf::GetLoadLimit();
-  for (auto& [id, entry] : mTree.mNodes) {
+  for (const auto& [id, entry] : mTree.mNodes) {
     SaveRecord(file, entry);
     CheckLoadable(file, kTreeStreams, limit);
   }
