@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "diff/Tolerance.h"
-#include "diff/ValueComparison.h"
+#include "compare/Values.h"
+#include "diff/NamedTolerances.h"
 
 namespace Qov::Tools {
 

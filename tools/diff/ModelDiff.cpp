@@ -2,15 +2,14 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cstring>
 #include <exception>
 #include <vector>
 
 #include "ErrorText.h"
-#include "diff/AttributeDiff.h"
-#include "diff/NameMatching.h"
-#include "diff/RecordDiff.h"
+#include "compare/Attributes.h"
+#include "compare/NameMatching.h"
+#include "compare/Records.h"
+#include "compare/Sets.h"
 #include "diff/ResultDiff.h"
 #include "diff/StateDiff.h"
 
@@ -45,7 +44,6 @@ class NodeDiff {
   void CompareMaterials(const NodePair& pair, const Shape& a, const Shape& b);
   void CompareSets(const NodePair& pair, const NodeSets& a, const NodeSets& b);
   void CompareSetLists(const NodePair& pair, const SetColumns& a, const SetColumns& b);
-  void CompareSetValues(const NodePair& pair, const SetColumns::View& a, const SetColumns::View& b);
   void CompareAttributes(const NodePair& pair, const QovUtil::Attributes& a,
                          const QovUtil::Attributes& b);
   void Add(const NodePair& pair, const char* code, std::string text) {
@@ -80,35 +78,23 @@ void NodeDiff::Compare(const NodePair& pair) {
   IfBoth<NodeSets>(pair, [&](const auto& a, const auto& b) { CompareSets(pair, a, b); });
 }
 
-template <class T>
-void AppendIfDifferent(std::string& text, const char* name, const T& a, const T& b) {
-  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
-  if (std::memcmp(&a, &b, sizeof a) == 0) return;
-  if (!text.empty()) text += ", ";
-  text += name;
-}
-
 void NodeDiff::CompareGroups(const NodePair& pair, const Group& a, const Group& b) {
   CompareAttributes(pair, a.mAttributes, b.mAttributes);
   if (!mOptions.Compares("groups")) return;
-  std::string fields;
-  AppendIfDifferent(fields, "translation", a.mTranslation, b.mTranslation);
-  AppendIfDifferent(fields, "rotation", a.mRotation, b.mRotation);
-  AppendIfDifferent(fields, "scale", a.mScale, b.mScale);
-  AppendIfDifferent(fields, "whether it takes models", a.mTakesModels, b.mTakesModels);
+  const std::string fields = NameDifferingFields(a, b);
   if (!fields.empty()) Add(pair, "group", "the group differs: " + fields);
 }
 
 void NodeDiff::CompareMaterials(const NodePair& pair, const Shape& a, const Shape& b) {
   if (!mOptions.Compares("materials")) return;
-  const std::string fields = DiffRecords(a.mMaterial.mValues, b.mMaterial.mValues);
+  const std::string fields = NameDifferingFields(a.mMaterial.mValues, b.mMaterial.mValues);
   if (!fields.empty()) Add(pair, "material", "the material differs: " + fields);
 }
 
 void NodeDiff::CompareAttributes(const NodePair& pair, const QovUtil::Attributes& a,
                                  const QovUtil::Attributes& b) {
   if (!mOptions.Compares("attributes")) return;
-  const std::string text = DiffAttributes(a, b);
+  const std::string text = DescribeDifference(a, b, "A", "B");
   if (!text.empty()) Add(pair, "attributes", text);
 }
 
@@ -128,30 +114,14 @@ void NodeDiff::CompareSetLists(const NodePair& pair, const SetColumns& a, const 
   for (std::size_t i = 0; i < a.size(); ++i) {
     const std::string name(a[i].mName);
     const auto position = names.Take(name);
-    if (position) {
-      CompareSetValues(pair, a[i], b[*position]);
-    } else {
-      Add(pair, "node-set", "set " + name + ": only in A");
-    }
+    const std::string text = position ? DescribeDifference(a[i], b[*position]) : "only in A";
+    if (!text.empty()) Add(pair, "node-set", fmt::format("set {}: {}", name, text));
   }
   for (const auto& [name, position] : names.GetLeft()) {
     Add(pair, "node-set", "set " + name + ": only in B");
   }
   if (names.IsInOrder() || !mOptions.Compares("order")) return;
   Add(pair, "order", "the order of the sets differs");
-}
-
-void NodeDiff::CompareSetValues(const NodePair& pair, const SetColumns::View& a,
-                                const SetColumns::View& b) {
-  if (a.mValues.size() != b.mValues.size()) {
-    Add(pair, "node-set",
-        fmt::format("set {}: {} and {} values", a.mName, a.mValues.size(), b.mValues.size()));
-  } else if (!std::ranges::equal(a.mValues, b.mValues)) {
-    const auto first = std::mismatch(a.mValues.begin(), a.mValues.end(), b.mValues.begin()).first;
-    Add(pair, "node-set",
-        fmt::format("set {}: the values differ from position {} on", a.mName,
-                    first - a.mValues.begin()));
-  }
 }
 
 }  // namespace

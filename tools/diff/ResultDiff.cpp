@@ -8,9 +8,12 @@
 #include <tuple>
 #include <utility>
 
+#include "ErrorText.h"
 #include "Qov/Ryx/Progress.h"
+#include "SureValues.h"
 #include "ValueText.h"
-#include "diff/AttributeDiff.h"
+#include "compare/Attributes.h"
+#include "compare/NameMatching.h"
 
 namespace Qov::Tools {
 namespace {
@@ -30,11 +33,7 @@ std::string LinkText(const Variable& variable) {
 }
 
 std::string ValuesText(const ValueComparison& comparison, std::uint8_t width) {
-  const std::uint64_t items = std::max<std::uint64_t>(width, 1);
-  std::string place = fmt::format("item {}", comparison.mPosition / items);
-  if (width > 1) place += fmt::format(", component {}", comparison.mPosition % items);
-  return fmt::format("{} of {} values differ, most at {}: {} and {}", comparison.mNumDiffering,
-                     comparison.mNumValues, place,
+  return fmt::format("{}: {} and {}", DescribeDifference(comparison, width),
                      ElementText(comparison.mBitsA, comparison.mIntegers),
                      ElementText(comparison.mBitsB, comparison.mIntegers));
 }
@@ -42,25 +41,19 @@ std::string ValuesText(const ValueComparison& comparison, std::uint8_t width) {
 }  // namespace
 
 void ResultDiff::Match(const NodePair& pair, const Geometry& a, const Geometry& b) {
-  std::unordered_map<std::string, std::vector<std::uint32_t>> positionsInB;
-  for (std::size_t i = b.GetVariables().size(); i-- > 0;) {
-    positionsInB[b.GetVariables()[i].mName].push_back(static_cast<std::uint32_t>(i));
-  }
+  NameMatching names(b.GetVariables());
   Matched& matched = mMatched[mMatching.GetA(pair).mId];
   matched.mNodeB = mMatching.GetB(pair).mId;
   for (const Variable& variable : a.GetVariables()) {
-    const auto found = positionsInB.find(variable.mName);
-    const bool isMatched = found != positionsInB.end() && !found->second.empty();
-    matched.mPositions.push_back(isMatched ? found->second.back() : kUnmatched);
-    if (isMatched) found->second.pop_back();
+    const auto position = names.Take(variable.mName);
+    matched.mPositions.push_back(position ? static_cast<std::uint32_t>(*position) : kUnmatched);
   }
+  matched.mIsInOrder = names.IsInOrder();
 }
 
 void ResultDiff::CompareDescriptors(const NodePair& pair, const Geometry& a, const Geometry& b) {
   const Matched& matched = mMatched.at(mMatching.GetA(pair).mId);
   std::vector<bool> isInA(b.GetVariables().size());
-  bool inOrder = true;
-  std::size_t next = 0;
   for (std::size_t i = 0; i < a.GetVariables().size(); ++i) {
     const std::uint32_t inB = matched.mPositions[i];
     if (inB == kUnmatched) {
@@ -68,14 +61,12 @@ void ResultDiff::CompareDescriptors(const NodePair& pair, const Geometry& a, con
       continue;
     }
     isInA[inB] = true;
-    inOrder = inOrder && inB >= next;
-    next = inB;
     CompareResult({&pair, &a.GetVariables()[i], &b.GetVariables()[inB], i, inB});
   }
   for (std::size_t i = 0; i < isInA.size(); ++i) {
     if (!isInA[i]) ReportOnly(pair, b.GetVariables()[i], i, false);
   }
-  if (inOrder || !mOptions.Compares("order")) return;
+  if (matched.mIsInOrder || !mOptions.Compares("order")) return;
   mReport.mDifferences.push_back(
       mMatching.MakeDifference(pair, "order", "the order of the results differs"));
 }
@@ -115,7 +106,7 @@ void ResultDiff::CompareResult(const ResultPair& results) {
     Add(results, "flags", "the carried flags and values differ");
   }
   if (mOptions.Compares("attributes")) {
-    const std::string text = DiffAttributes(a.mAttributes, b.mAttributes);
+    const std::string text = DescribeDifference(a.mAttributes, b.mAttributes, "A", "B");
     if (!text.empty()) Add(results, "attributes", text);
   }
   const bool isSameLink = a.mLinked && b.mLinked && LeadToTheSame(a, b);
@@ -166,16 +157,16 @@ void ResultDiff::CompareAllValues() {
   std::multimap<std::size_t, ModelDifference> found;
   for (const Task& task : mTasks) {
     QovRyx::ProgressReport::Advance(task.mResults.mA->mValues.GetSize());
-    ValueComparison comparison = CompareValuesOnce(task);
-    if (comparison.IsEqual()) continue;
-    mDiffering.insert(task.mResults.mA);
+    const ArrayComparison comparison = CompareValuesOnce(task);
     const bool isTrouble = !comparison.mTrouble.empty();
+    if (!isTrouble && comparison.mValues.IsEqual()) continue;
+    mDiffering.insert(task.mResults.mA);
     mReport.mIsComplete = mReport.mIsComplete && !isTrouble;
-    ModelDifference difference =
-        MakeDifference(task.mResults, isTrouble ? "unreadable" : "values",
-                       isTrouble ? "the values cannot be compared: " + comparison.mTrouble
-                                 : ValuesText(comparison, task.mResults.mA->mValues.GetWidth()));
-    if (!isTrouble) difference.mValues = std::move(comparison);
+    ModelDifference difference = MakeDifference(
+        task.mResults, isTrouble ? "unreadable" : "values",
+        isTrouble ? "the values cannot be compared: " + comparison.mTrouble
+                  : ValuesText(comparison.mValues, task.mResults.mA->mValues.GetWidth()));
+    if (!isTrouble) difference.mValues = comparison.mValues;
     found.emplace(task.mNumBefore, std::move(difference));
   }
   std::vector<ModelDifference> all;
@@ -195,8 +186,24 @@ std::uint64_t ResultDiff::CountBytesToCompare() const {
                          });
 }
 
-/// Many links can lead to the same two arrays.
-ValueComparison ResultDiff::CompareValuesOnce(const Task& task) {
+ResultDiff::ArrayComparison ResultDiff::ReadAndCompare(const Variable& a, const Variable& b,
+                                                       bool integers, const Tolerance* tolerance) {
+  const char* side = "A";
+  try {
+    std::vector<std::uint32_t> valuesA;
+    GetSureValues(a.mValues, valuesA);
+    side = "B";
+    std::vector<std::uint32_t> valuesB;
+    GetSureValues(b.mValues, valuesB);
+    if (valuesA.size() != valuesB.size()) return {{}, "the numbers of values differ"};
+    return {CompareValues(valuesA, valuesB, integers, tolerance), ""};
+  } catch (const std::exception& error) {
+    return {{}, fmt::format("{}: {}", side, ErrorText(error))};
+  }
+}
+
+/// Compares the arrays of linked results once, because many links can lead to the same two arrays.
+ResultDiff::ArrayComparison ResultDiff::CompareValuesOnce(const Task& task) {
   const Variable& a = *task.mResults.mA;
   const Variable& b = *task.mResults.mB;
   const bool integersInA = mOwnersA.HoldUnsigned(a);
@@ -204,10 +211,10 @@ ValueComparison ResultDiff::CompareValuesOnce(const Task& task) {
   const bool integers = integersInA && integersInB;
   const Tolerance* tolerance =
       integersInA || integersInB ? nullptr : mOptions.mTolerances.Find(a.mName);
-  if (!a.mLinked && !b.mLinked) return CompareValues(a.mValues, b.mValues, integers, tolerance);
+  if (!a.mLinked && !b.mLinked) return ReadAndCompare(a, b, integers, tolerance);
   const auto [known, isNew] = mCompared.try_emplace(
       {a.mValues.GetLoader().get(), b.mValues.GetLoader().get(), tolerance, integers});
-  if (isNew) known->second = CompareValues(a.mValues, b.mValues, integers, tolerance);
+  if (isNew) known->second = ReadAndCompare(a, b, integers, tolerance);
   return known->second;
 }
 

@@ -47,13 +47,20 @@ class ResultDiff {
   struct Matched {
     std::uint32_t mNodeB = 0;
     std::vector<std::uint32_t> mPositions;
+    bool mIsInOrder = true;
+  };
+  struct ArrayComparison {
+    ValueComparison mValues;
+    std::string mTrouble;  ///< The reason why the arrays cannot be compared, not escaped; or empty.
   };
 
   void CompareResult(const ResultPair& results);
   void CompareShape(const ResultPair& results);
   bool LeadToTheSame(const Variable& a, const Variable& b) const;
   std::uint64_t CountBytesToCompare() const;
-  ValueComparison CompareValuesOnce(const Task& task);
+  static ArrayComparison ReadAndCompare(const Variable& a, const Variable& b, bool integers,
+                                        const Tolerance* tolerance);
+  ArrayComparison CompareValuesOnce(const Task& task);
   void ReportOnly(const NodePair& pair, const Variable& variable, std::size_t position, bool inA);
   ModelDifference MakeDifference(const ResultPair& results, const char* code,
                                  std::string text) const;
@@ -67,7 +74,7 @@ class ResultDiff {
   std::unordered_map<std::uint32_t, Matched> mMatched;  ///< By the id of A's node.
   std::vector<Task> mTasks;
   std::map<std::tuple<const QovRyx::DataLoader*, const QovRyx::DataLoader*, const Tolerance*, bool>,
-           ValueComparison>
+           ArrayComparison>
       mCompared;                                   ///< Of linked results.
   std::unordered_set<const Variable*> mDiffering;  ///< Of A.
 };

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "LossText.h"
-#include "diff/NameMatching.h"
-#include "diff/RecordDiff.h"
+#include "compare/NameMatching.h"
+#include "compare/Records.h"
 
 namespace Qov::Tools {
 namespace {
@@ -40,7 +40,7 @@ class StateComparison {
  private:
   template <class T>
   void CompareRecords(const char* code, const std::string& what, const T& a, const T& b) {
-    const std::string fields = DiffRecords(a, b);
+    const std::string fields = NameDifferingFields(a, b);
     if (!fields.empty()) Add(code, fmt::format("{} differs: {}", what, fields));
   }
   template <class List>

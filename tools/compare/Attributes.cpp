@@ -1,8 +1,9 @@
-#include "diff/AttributeDiff.h"
+#include "compare/Attributes.h"
 
 #include <fmt/format.h>
 
 #include <cstring>
+#include <string_view>
 #include <type_traits>
 #include <variant>
 
@@ -30,7 +31,7 @@ bool AreSame(const AttributeValue& a, const AttributeValue& b) {
 
 class AttributeText {
  public:
-  void Add(const std::string& name, const char* what) {
+  void Add(std::string_view name, std::string_view what) {
     constexpr std::size_t kMost = 8;
     if (++mNumDiffering > kMost) return;
     mText += fmt::format("{}{} {}", mText.empty() ? "" : ", ", name, what);
@@ -48,7 +49,8 @@ class AttributeText {
 
 }  // namespace
 
-std::string DiffAttributes(const Attributes& a, const Attributes& b) {
+std::string DescribeDifference(const Attributes& a, const Attributes& b, const char* nameA,
+                               const char* nameB) {
   AttributeText text;
   if (a == b) return "";
   auto inA = a.begin();
@@ -56,9 +58,9 @@ std::string DiffAttributes(const Attributes& a, const Attributes& b) {
   while (inA != a.end() || inB != b.end()) {
     const bool isOnlyInA = inB == b.end() || (inA != a.end() && inA.GetName() < inB.GetName());
     const bool isOnlyInB = inA == a.end() || (inB != b.end() && inB.GetName() < inA.GetName());
-    const std::string name(isOnlyInB ? inB.GetName() : inA.GetName());
+    const std::string_view name = isOnlyInB ? inB.GetName() : inA.GetName();
     if (isOnlyInA || isOnlyInB) {
-      text.Add(name, isOnlyInA ? "(only in A)" : "(only in B)");
+      text.Add(name, fmt::format("(only in {})", isOnlyInA ? nameA : nameB));
     } else if (inA.GetValue().index() != inB.GetValue().index()) {
       text.Add(name, "(its type)");
     } else if (!AreSame(inA.GetValue(), inB.GetValue())) {

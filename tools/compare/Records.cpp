@@ -1,8 +1,9 @@
-#include "diff/RecordDiff.h"
+#include "compare/Records.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 namespace Qov::Tools {
@@ -38,7 +39,7 @@ void FieldComparison::Compare(const std::string& path, const Json& a, const Json
   }
 }
 
-/// Both are fields of one record, or maps in the order of their keys.
+/// Compares the fields of one record, or maps in the order of their keys.
 void FieldComparison::CompareObjects(const std::string& path, const Json& a, const Json& b) {
   const std::string prefix = path.empty() ? "" : path + ".";
   auto inA = a.begin();
@@ -82,10 +83,28 @@ std::string FieldComparison::GetText() const {
 
 }  // namespace
 
+bool HasSameBytes(const QovJbf::Block& a, const QovJbf::Block& b) {
+  return a.GetSize() == b.GetSize() && std::memcmp(a.GetData(), b.GetData(), a.GetSize()) == 0;
+}
+
 std::string NameDifferingFields(const Json& a, const Json& b) {
   FieldComparison comparison;
   comparison.Compare("", a, b);
   return comparison.GetText();
+}
+
+std::string NameDifferingFields(const QovRyx::Group& a, const QovRyx::Group& b) {
+  std::string fields;
+  const auto compare = [&fields](const char* name, const auto& left, const auto& right) {
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): compares the bits of floats
+    if (std::memcmp(&left, &right, sizeof left) == 0) return;
+    fields += (fields.empty() ? "" : ", ") + std::string(name);
+  };
+  compare("translation", a.mTranslation, b.mTranslation);
+  compare("rotation", a.mRotation, b.mRotation);
+  compare("scale", a.mScale, b.mScale);
+  compare("whether it takes models", a.mTakesModels, b.mTakesModels);
+  return fields;
 }
 
 }  // namespace Qov::Tools

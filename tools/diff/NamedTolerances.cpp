@@ -1,10 +1,9 @@
-#include "diff/Tolerance.h"
+#include "diff/NamedTolerances.h"
 
 #include <fmt/format.h>
 #include <fnmatch.h>
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <string_view>
@@ -15,13 +14,6 @@
 
 namespace Qov::Tools {
 namespace {
-
-/// Floats in ascending order as integers in ascending order.
-std::int64_t Rank(float value) {
-  const auto bits = std::bit_cast<std::uint32_t>(value);
-  const std::int64_t magnitude = bits & 0x7FFFFFFFU;
-  return (bits >> 31) != 0 ? -magnitude : magnitude;
-}
 
 template <class T>
 bool ParseNumber(std::string_view text, T& value) {
@@ -88,23 +80,12 @@ bool ParseMagnitude(std::string_view text, double& value) {
   return ParseNumber(text, value) && std::isfinite(value) && !std::signbit(value);
 }
 
-bool Tolerance::Accepts(float a, float b) const {
-  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
-  if (a == b) return true;
-  if (!std::isfinite(a) || !std::isfinite(b)) return false;
-  const double difference = std::fabs(static_cast<double>(a) - static_cast<double>(b));
-  const double larger =
-      std::fmax(std::fabs(static_cast<double>(a)), std::fabs(static_cast<double>(b)));
-  return difference <= mAbsolute || difference <= mRelative * larger ||
-         std::abs(Rank(a) - Rank(b)) <= mUlps;
-}
-
 NamedTolerance ParseNamedTolerance(const std::string& text) {
   NamedTolerance named;
   const std::size_t colon = text.rfind(':');
   if (colon == 0 || colon == text.npos ||
       !ParseLimits(std::string_view(text).substr(colon + 1), named.mTolerance)) {
-    Util::Raise("tools/diff/Tolerance", Util::Exception::ErrorType::MiscellaneousError,
+    Util::Raise("tools/diff/NamedTolerances", Util::Exception::ErrorType::MiscellaneousError,
                 fmt::format("\"{}\" should look like PATTERN:abs=X,rel=X,ulp=N, with numbers that "
                             "are finite and not negative",
                             text));

@@ -8,18 +8,19 @@
 
 namespace Qov::Tools {
 
-/// Finds things of A in B by their names; those of one name are matched in order.
+/// Matches the items of list A with those of list B by name. Items of the same name are matched
+/// in order.
 class NameMatching {
  public:
   template <class List>
   explicit NameMatching(const List& listOfB) {
-    for (const auto& thing : listOfB) Add(thing.mName);
+    for (const auto& item : listOfB) Add(item.mName);
   }
   NameMatching() = default;
   /// Adds the next item of B.
   void Add(std::string_view name) { mLeft.emplace(name, mLeft.size()); }
 
-  /// The position in B of what the next thing of A is matched with, if there is any.
+  /// Matches the next item of A. Returns the position of its match in B, if there is one.
   std::optional<std::size_t> Take(const std::string& name) {
     const auto found = mLeft.lower_bound(name);
     if (found == mLeft.end() || found->first != name) return std::nullopt;
@@ -29,9 +30,9 @@ class NameMatching {
     mNext = position;
     return position;
   }
-  /// What nothing was matched with, by name.
+  /// Returns the items of B without a match, by name.
   const std::multimap<std::string, std::size_t>& GetLeft() const { return mLeft; }
-  /// Whether all that was matched is in B in the order in which it is in A.
+  /// Returns true if all matched items have the same order in A and B.
   bool IsInOrder() const { return mIsInOrder; }
 
  private:

@@ -1,0 +1,71 @@
+#include "compare/Values.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+#include "Qov/Util/Assert.h"
+#include "ValueText.h"
+
+namespace Qov::Tools {
+namespace {
+
+double Number(std::uint32_t bits, bool integer) {
+  return integer ? static_cast<double>(bits) : static_cast<double>(std::bit_cast<float>(bits));
+}
+
+double Distance(double a, double b) {
+  if (std::isnan(a) && std::isnan(b)) return 0.0;
+  if (a == b) return 0.0;
+  return std::fabs(a - b);  // NaN if one of them is
+}
+
+/// Orders distances; a NaN is larger than all numbers.
+bool IsLarger(double distance, double than) {
+  if (std::isnan(than)) return false;
+  return std::isnan(distance) || distance > than;
+}
+
+}  // namespace
+
+ValueComparison CompareValues(const std::vector<std::uint32_t>& a,
+                              const std::vector<std::uint32_t>& b, bool integers,
+                              const Tolerance* tolerance) {
+  QOV_ASSERT(a.size() == b.size());
+  ValueComparison comparison;
+  comparison.mNumValues = a.size();
+  comparison.mIntegers = integers;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (a[i] == b[i]) continue;
+    if (tolerance != nullptr && !integers &&
+        tolerance->Accepts(std::bit_cast<float>(a[i]), std::bit_cast<float>(b[i]))) {
+      continue;
+    }
+    const double distance = Distance(Number(a[i], integers), Number(b[i], integers));
+    const bool isFirst = comparison.mNumDiffering++ == 0;
+    if (!isFirst && !IsLarger(distance, comparison.mDifference)) continue;
+    comparison.mPosition = i;
+    comparison.mBitsA = a[i];
+    comparison.mBitsB = b[i];
+    comparison.mDifference = distance;
+  }
+  return comparison;
+}
+
+std::string DescribeDifference(const ValueComparison& comparison, std::uint8_t width) {
+  const std::uint64_t items = std::max<std::uint64_t>(width, 1);
+  std::string place = fmt::format("item {}", comparison.mPosition / items);
+  if (width > 1) place += fmt::format(", component {}", comparison.mPosition % items);
+  return fmt::format("{} of {} values differ, most at {}", comparison.mNumDiffering,
+                     comparison.mNumValues, place);
+}
+
+std::string ElementText(std::uint32_t bits, bool integer) {
+  if (integer) return fmt::format("{}", bits);
+  const auto value = std::bit_cast<float>(bits);
+  return std::isnan(value) ? fmt::format("NaN (0x{:08X})", bits) : FloatText(value);
+}
+
+}  // namespace Qov::Tools
