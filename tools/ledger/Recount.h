@@ -52,6 +52,7 @@ class Recount {
   void CompareHistory();
 
   void Report(ExpectedNode& node, const std::string& text);
+  void ReportUnlessEmpty(ExpectedNode& node, const char* text, const std::string& details);
   void Report(const ExpectedNode& node, ExpectedResult& result, const std::string& text);
   void Report(std::size_t input, const std::string& subject, const std::string& text);
   Difference About(const ExpectedNode& node, const std::string& text) const;

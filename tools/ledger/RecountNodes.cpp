@@ -1,10 +1,9 @@
 #include <fmt/format.h>
 
-#include <cstring>
-
 #include "Recount.h"
-#include "SameRecord.h"
 #include "Utf8.h"
+#include "compare/Attributes.h"
+#include "compare/Records.h"
 
 namespace Qov::Tools {
 namespace {
@@ -21,18 +20,6 @@ bool HasSameLinks(const Entry& left, const Entry& right) {
   return left.mParent == right.mParent && left.mPreviousSibling == right.mPreviousSibling &&
          left.mNextSibling == right.mNextSibling && left.mFirstChild == right.mFirstChild &&
          left.mLastChild == right.mLastChild;
-}
-
-template <class T, std::size_t N>
-bool HasSameBits(const std::array<T, N>& left, const std::array<T, N>& right) {
-  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
-  return std::memcmp(left.data(), right.data(), sizeof left) == 0;
-}
-
-bool IsSamePlacement(const Group& left, const Group& right) {
-  return HasSameBits(left.mTranslation, right.mTranslation) &&
-         HasSameBits(left.mRotation, right.mRotation) && HasSameBits(left.mScale, right.mScale) &&
-         left.mTakesModels == right.mTakesModels;
 }
 
 }  // namespace
@@ -75,6 +62,10 @@ Difference Recount::About(const ExpectedNode& node, const std::string& text) con
 void Recount::Report(ExpectedNode& node, const std::string& text) {
   node.mSound = false;
   mDifferences.Add(About(node, text));
+}
+
+void Recount::ReportUnlessEmpty(ExpectedNode& node, const char* text, const std::string& details) {
+  if (!details.empty()) Report(node, fmt::format("{}: {}", text, details));
 }
 
 void Recount::Report(const ExpectedNode& node, ExpectedResult& result, const std::string& text) {
@@ -124,13 +115,14 @@ void Recount::CompareContent(ExpectedNode& node, const QovRyx::Node& content) {
   if (content.GetName() != wanted.GetName()) Report(node, "has another name");
   if (const auto* group = dynamic_cast<const Group*>(&content)) {
     const auto& wantedGroup = dynamic_cast<const Group&>(wanted);
-    if (!IsSamePlacement(*group, wantedGroup)) Report(node, "has another placement");
-    if (group->mAttributes != wantedGroup.mAttributes) Report(node, "has other attributes");
+    ReportUnlessEmpty(node, "has other fields", NameDifferingFields(wantedGroup, *group));
+    const std::string attributes =
+        DescribeDifference(wantedGroup.mAttributes, group->mAttributes, "the input", "the output");
+    if (!attributes.empty()) Report(node, attributes);
   } else if (const auto* shape = dynamic_cast<const QovRyx::Shape*>(&content)) {
     const auto& wantedShape = dynamic_cast<const QovRyx::Shape&>(wanted);
-    if (!IsSameRecord(shape->mMaterial.mValues, wantedShape.mMaterial.mValues)) {
-      Report(node, "has another material");
-    }
+    ReportUnlessEmpty(node, "has another material",
+                      NameDifferingFields(wantedShape.mMaterial.mValues, shape->mMaterial.mValues));
   } else if (const auto* geometry = dynamic_cast<const QovRyx::Geometry*>(&content)) {
     MatchResults(node, *geometry);
   }

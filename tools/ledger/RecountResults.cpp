@@ -8,6 +8,8 @@
 
 #include "LinkFollower.h"
 #include "Recount.h"
+#include "compare/Attributes.h"
+#include "compare/NameMatching.h"
 
 namespace Qov::Tools {
 namespace {
@@ -37,40 +39,15 @@ std::string FindLinkFault(const ExpectedResult* wanted, const Result* match, con
   return wanted == nullptr ? "is linked, but should have no values" : "is linked to another result";
 }
 
-/// The results of a geometry by name, to be taken in order.
-class ResultsByName {
- public:
-  explicit ResultsByName(const QovRyx::Geometry& geometry)
-      : mNext(geometry.GetVariables().size(), kNone) {
-    for (std::size_t i = mNext.size(); i-- > 0;) {
-      const auto [first, isNew] = mFirst.try_emplace(geometry.GetVariables()[i].mName, i);
-      if (!isNew) mNext[i] = std::exchange(first->second, i);
-    }
-  }
-
-  std::optional<std::size_t> Take(const std::string& name) {
-    const auto found = mFirst.find(name);
-    if (found == mFirst.end() || found->second == kNone) return std::nullopt;
-    return std::exchange(found->second, mNext[found->second]);
-  }
-
- private:
-  static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
-
-  /// The position of the first result of each name that was not taken, or kNone.
-  std::unordered_map<std::string_view, std::size_t> mFirst;
-  std::vector<std::size_t> mNext;  ///< By position: that of the next result of the same name.
-};
-
 }  // namespace
 
 /// One that is missing or too many does not make those behind it differ.
 void Recount::MatchResults(ExpectedNode& node, const QovRyx::Geometry& geometry) {
-  ResultsByName byName(geometry);
+  NameMatching names(geometry.GetVariables());
   std::vector<bool> isExpected(geometry.GetVariables().size());
   std::size_t end = 0;  // behind the last one that was matched in order
   for (ExpectedResult& expected : node.mResults) {
-    const std::optional<std::size_t> position = byName.Take(expected.mName);
+    const std::optional<std::size_t> position = names.Take(expected.mName);
     if (!position) {
       Report(node, expected, "is missing");
       continue;
@@ -95,9 +72,9 @@ void Recount::CompareResult(const ExpectedNode& node, ExpectedResult& expected,
                             const Result& result) {
   if (KindWord(expected) != KindWord(result)) Report(node, expected, "has another kind");
   if (expected.mpFields->mFlag != result.mFlag) Report(node, expected, "has another flag");
-  if (expected.mpFields->mAttributes != result.mAttributes) {
-    Report(node, expected, "has other attributes");
-  }
+  const std::string attributes = DescribeDifference(expected.mpFields->mAttributes,
+                                                    result.mAttributes, "the input", "the output");
+  if (!attributes.empty()) Report(node, expected, attributes);
   if (expected.mLinked != result.mLinked) {
     Report(node, expected, expected.mLinked ? "is not linked" : "is linked");
   } else if (!expected.mLinked && !HasSameFlags(expected.mpValues, result)) {

@@ -1,38 +1,27 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
 
 #include "ErrorText.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Util/FileContext.h"
 #include "Recount.h"
+#include "compare/Sets.h"
+#include "compare/Values.h"
 
 namespace Qov::Tools {
 namespace {
 
 using Values = std::vector<std::uint32_t>;
 
-/// A value as it is meant, and its bits if there is more to them.
-std::string ValueText(std::uint32_t bits, bool integer) {
-  if (integer) return fmt::format("{}", bits);
-  const auto value = std::bit_cast<float>(bits);
-  return value == value ? fmt::format("{}", value) : fmt::format("{} (bits {:08x})", value, bits);
-}
-
-/// Empty if all are the same.
-std::string DescribeDifference(const Values& wanted, const Values& found, bool integer) {
-  std::size_t numDiffering = 0;
-  std::size_t first = 0;
-  for (std::size_t i = 0; i < wanted.size(); ++i) {
-    if (wanted[i] == found[i]) continue;
-    if (numDiffering++ == 0) first = i;
-  }
-  if (numDiffering == 0) return "";
-  return fmt::format("{} of {} values differ; number {} is {}, should be {}", numDiffering,
-                     wanted.size(), first, ValueText(found[first], integer),
-                     ValueText(wanted[first], integer));
+/// Returns an empty text if all values are the same, to the last bit.
+std::string DescribeValueDifference(const Values& wanted, const Values& found, bool integer,
+                                    std::uint8_t width) {
+  const ValueComparison comparison = CompareValues(wanted, found, integer, nullptr);
+  if (comparison.IsEqual()) return "";
+  return fmt::format("{}: {}, should be {}", DescribeDifference(comparison, width),
+                     ElementText(comparison.mBitsB, integer),
+                     ElementText(comparison.mBitsA, integer));
 }
 
 /// Reads something of the output; what hinders that is returned.
@@ -49,7 +38,8 @@ std::string TryToRead(Read read) {
 std::string DescribeSetDifference(const QovRyx::SetColumns::View& wanted,
                                   const QovRyx::SetColumns::View& found) {
   if (wanted.mName != found.mName) return "has another name";
-  return std::ranges::equal(wanted.mValues, found.mValues) ? "" : "has other members";
+  const std::string text = DescribeDifference(wanted, found);
+  return text.empty() ? "" : "has other members: " + text;
 }
 
 std::uint64_t CountValueBytes(const ExpectedModel& model) {
@@ -103,7 +93,10 @@ void Recount::CompareArray(const ExpectedNode& node, ExpectedResult& expected,
   QovRyx::ProgressReport::Advance(wanted.GetSize());
   Util::WithFileContext(mInputs[expected.mInput].mPath, [&] { wanted.GetValues(wantedValues); });
   std::string text = TryToRead([&] { found.GetValues(foundValues); });
-  if (text.empty()) text = DescribeDifference(wantedValues, foundValues, result.HoldsUnsigned());
+  if (text.empty()) {
+    text = DescribeValueDifference(wantedValues, foundValues, result.HoldsUnsigned(),
+                                   wanted.GetWidth());
+  }
   if (!text.empty()) Report(node, expected, text);
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "Recount.h"
-#include "SameRecord.h"
+#include "compare/Records.h"
 
 namespace Qov::Tools {
 namespace {
