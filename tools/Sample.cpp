@@ -26,28 +26,28 @@ constexpr const char* kSource = "tools/Sample";
 constexpr const char* kFooter =
     "Writes plate.ryx and plate_more_load.ryx (one mesh, two load cases each), plate.vpt (view\n"
     "points), steps/run1.ryx to run12.ryx (one mesh, twelve time steps) and assembly.ryx (25\n"
-    "parts) into DIR, which is made if it is not there. Files of these names are overwritten.\n"
+    "parts) into DIR. Creates DIR if needed. Overwrites files of these names.\n"
     "\n"
-    "With an option it writes run1.ryx to runN.ryx instead, steps of time of one model of solid\n"
-    "parts, as big as you like: a part has about one million bytes of arrays at size 20, and 8\n"
-    "times as many at size 40. Results are named after a load case only if --cases is given.\n"
+    "With an option it writes run1.ryx to runN.ryx instead, the time steps of a model of solid\n"
+    "parts. A part has about one million bytes of arrays at size 20, and 8 times as many at size\n"
+    "40. Only with --cases the names of results contain a load case.\n"
     "\n"
     "Example: ryx sample models\n"
     "         ryx sample models --size 40 --parts 3 --steps 10";
 
 constexpr std::uint32_t kNumSteps = 12;
-constexpr double kSecondsAStep = 5.0;
+constexpr double kSecondsPerStep = 5.0;
 
 class SampleCommand : public Command {
  public:
   const char* GetName() const override { return "sample"; }
-  const char* GetSummary() const override { return "Write models to try things out on"; }
+  const char* GetSummary() const override { return "Write sample models"; }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
-    app.add_option("DIR", mDirectory, "Where the models go")->required();
+    app.add_option("DIR", mDirectory, "Folder for the models")->required();
     DeclareSize(app, "--size", mSolids.mSize, "Cells along the edge of a part");
     DeclareSize(app, "--parts", mSolids.mNumParts, "Parts in a model");
-    DeclareSize(app, "--steps", mNumSteps, "Steps of time, each of which is a file");
+    DeclareSize(app, "--steps", mNumSteps, "Time steps, one file each");
     DeclareSize(app, "--cases", mSolids.mNumCases, "Load cases in a file");
   }
   int Run(Output& output, Output& errors) override;
@@ -69,14 +69,14 @@ class SampleCommand : public Command {
   std::uint32_t mNumSteps = kNumSteps;
 };
 
-/// A link would lead the writing out of the directory.
+/// Raises an error for a symbolic link, because the file would be written outside the directory.
 void RefuseLink(const fs::path& path) {
   if (!fs::is_symlink(path)) return;
   Util::Raise(kSource, Util::Exception::ErrorType::MiscellaneousError,
-              path.string() + " is a symbolic link and is not written through");
+              path.string() + " is a symbolic link; remove it or choose another folder");
 }
 
-/// Writes samples into a directory and says so.
+/// Writes samples into a directory and prints their paths.
 class SampleWriter {
  public:
   SampleWriter(fs::path directory, Output& output)
@@ -119,7 +119,7 @@ void WriteFamily(SampleWriter& writer) {
   writer.WriteViews("plate.vpt");
   for (std::uint32_t step = 1; step <= kNumSteps; ++step) {
     writer.WriteModel(fmt::format("steps/run{}.ryx", step),
-                      [&](Tree& tree) { BuildHeatedPlate(tree, step * kSecondsAStep); });
+                      [&](Tree& tree) { BuildHeatedPlate(tree, step * kSecondsPerStep); });
   }
   writer.WriteModel("assembly.ryx", BuildAssembly);
 }
@@ -127,7 +127,8 @@ void WriteFamily(SampleWriter& writer) {
 void WriteSolids(SampleWriter& writer, const SolidsPlan& plan, std::uint32_t numSteps) {
   if (!plan.HasIdsForAll()) {
     Util::Raise(kSource, Util::Exception::ErrorType::OutOfBounds,
-                "The elements of that many parts of that size cannot all have an id");
+                "too many elements: their ids would need more than 32 bits; use a smaller --size "
+                "or --parts");
   }
   for (std::uint32_t step = 1; step <= numSteps; ++step) {
     writer.WriteModel(fmt::format("run{}.ryx", step),

@@ -2,9 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <utility>
 
 #include "sample/Part.h"
@@ -27,7 +24,7 @@ constexpr ColourValue kWood{0.76F, 0.6F, 0.42F, 1.0F};
 constexpr ColourValue kBrass{0.8F, 0.65F, 0.25F, 1.0F};
 constexpr ColourValue kRed{0.9F, 0.1F, 0.1F, 0.4F};
 
-/// Gives parts their numbers, so that ids are unique in the whole model.
+/// Adds parts and numbers them, so that ids are unique in the whole model.
 class PartMaker {
  public:
   explicit PartMaker(QovRyx::Tree& tree) : mTree(tree) {}
@@ -54,32 +51,17 @@ class PartMaker {
   std::uint32_t mNextElementId = 1;
 };
 
-/// Which of the posts a point lies near: 1 to 4, or 0.
-std::uint32_t PostAt(const Vector3& point) {
-  const bool nearSide = point.mX < kPost || point.mX > kWidth - kPost;
-  const bool nearFace = point.mY < kPost || point.mY > kDepth - kPost;
-  if (!nearSide || !nearFace) return 0;
-  return 1 + (point.mX > kWidth / 2 ? 1U : 0U) + (point.mY > kDepth / 2 ? 2U : 0U);
-}
-
-/// How a shelf sags under a load in its middle, and where it rests on the posts.
-void AddShelfResults(QovRyx::Geometry& geometry, const Mesh& mesh, const std::string& loadCase,
-                     float load) {
-  Field sag;
-  Field gap;
-  std::vector<std::uint32_t> contact;
+/// Adds the deflection of a shelf under a load in its middle.
+void AddDeflection(QovRyx::Geometry& geometry, const Mesh& mesh, const std::string& loadCase,
+                   float load) {
+  Field deflection;
   for (const Vector3& point : mesh.mPoints) {
     const float x = point.mX / kWidth;
     const float y = point.mY / kDepth;
     const float depth = load * 16 * x * (1 - x) * (0.5F + 2 * y * (1 - y));
-    const std::uint32_t post = PostAt(point);
-    sag.insert(sag.end(), {0.0F, 0.0F, -depth});
-    gap.push_back(post == 0 ? std::numeric_limits<float>::quiet_NaN() : depth);
-    contact.push_back(post);
+    deflection.insert(deflection.end(), {0.0F, 0.0F, -depth});
   }
-  AddVector(geometry, InstanceName("Displacement", loadCase), sag, "mm");
-  AddScalar(geometry, InstanceName("Gap", loadCase), gap, "mm");
-  AddLabels(geometry, InstanceName("Contact", loadCase), contact);
+  AddVector(geometry, InstanceName("Displacement", loadCase), deflection, "mm");
 }
 
 void AddShelves(std::uint32_t parent, PartMaker& parts) {
@@ -87,14 +69,14 @@ void AddShelves(std::uint32_t parent, PartMaker& parts) {
     const Mesh mesh = parts.Numbered(MakeRectangle(kWidth, kDepth, 18 + 2 * i, 8));
     const std::string name = fmt::format("Shelf {}", i + 1);
     auto geometry = MakeGeometry(name, mesh);
-    AddShelfResults(*geometry, mesh, "LC1", 0.5F * static_cast<float>(i + 1));
-    AddShelfResults(*geometry, mesh, "LC2", 2.0F);
+    AddDeflection(*geometry, mesh, "LC1", 0.5F * static_cast<float>(i + 1));
+    AddDeflection(*geometry, mesh, "LC2", 2.0F);
     const float height = 100.0F + 400.0F * static_cast<float>(i);
     parts.AddPart(parent, name, {0, 0, height}, kWood, std::move(geometry));
   }
 }
 
-/// The four posts; returns the ids of the nodes that they stand on.
+/// Adds the four posts. Returns the ids of the points on which they stand.
 std::vector<std::uint32_t> AddPosts(std::uint32_t parent, PartMaker& parts) {
   std::vector<std::uint32_t> feet;
   for (std::uint32_t i = 0; i < 4; ++i) {
@@ -117,7 +99,7 @@ void AddRails(std::uint32_t parent, PartMaker& parts) {
   }
 }
 
-/// Three bolts a rail, of which only the very first has arrays of its own.
+/// Adds three bolts per rail. Only the first bolt of all has arrays of its own.
 void AddBolts(std::uint32_t parent, PartMaker& parts) {
   std::uint32_t first = 0;
   for (std::uint32_t i = 0; i < 12; ++i) {
@@ -126,20 +108,17 @@ void AddBolts(std::uint32_t parent, PartMaker& parts) {
     const float y = i / 3 % 2 == 0 ? 0 : kDepth;
     const Vector3 place{x, y, i < 6 ? 80 : kHeight - kPost / 2};
     auto geometry = first != 0 ? MakeLinkedGeometry(name, first)
-                               : MakeGeometry(name, parts.Numbered(MakeTube(4.0F, 30.0F, 12, 3)));
+                               : MakeGeometry(name, parts.Numbered(MakeBox({8, 8, 30}, 2)));
     const std::uint32_t id = parts.AddPart(parent, name, place, kBrass, std::move(geometry));
     if (first == 0) first = id;
   }
 }
 
-void AddCutSections(QovRyx::Tree& tree, std::uint32_t parent, PartMaker& parts) {
-  const std::uint32_t group = AddNode(tree, parent, MakeGroup("Cut-Sections", {}));
-  for (const float height : {500.0F, 1300.0F}) {
-    Mesh mesh = parts.Numbered(MakeRectangle(kWidth, kDepth, 6, 4));
-    Move(mesh, {0, 0, height});
-    const std::string name = fmt::format("Section at {:.0f}", height);
-    AddShape(tree, group, kRed, MakeGeometry(name, mesh));
-  }
+void AddCutSection(QovRyx::Tree& tree, std::uint32_t parent, PartMaker& parts) {
+  auto group = MakeGroup("Cut-Sections", {});
+  group->mTranslation = {0, 0, kHeight / 2};
+  const Mesh mesh = parts.Numbered(MakeRectangle(kWidth, kDepth, 6, 4));
+  AddShape(tree, AddNode(tree, parent, std::move(group)), kRed, MakeGeometry("Section", mesh));
 }
 
 }  // namespace
@@ -154,7 +133,7 @@ void BuildAssembly(QovRyx::Tree& tree) {
   AddRails(frame, parts);
   AddShelves(AddNode(tree, top, MakeGroup("Shelves", {})), parts);
   AddBolts(AddNode(tree, top, MakeGroup("Bolts", {})), parts);
-  AddCutSections(tree, top, parts);
+  AddCutSection(tree, top, parts);
   auto sets = std::make_unique<QovRyx::NodeSets>("Supports");
   sets->SetSets({{"Feet", std::move(feet)}, {"Wall", {}}});
   AddNode(tree, top, std::move(sets));

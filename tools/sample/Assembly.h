@@ -4,8 +4,8 @@
 
 namespace Qov::Tools {
 
-/// A rack of 25 parts: posts, rails, shelves and bolts, all bolts with the arrays of the first
-/// one; cut sections; the feet as a node set; view points.
+/// Builds a rack of 25 parts: posts, rails, shelves and bolts. All bolts link to the arrays of the
+/// first one. The feet are a node set. There is a cut section, and there are view points.
 void BuildAssembly(QovRyx::Tree& tree);
 
 }  // namespace Qov::Tools

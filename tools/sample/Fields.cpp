@@ -1,7 +1,6 @@
 #include "sample/Fields.h"
 
 #include <cmath>
-#include <numbers>
 
 namespace Qov::Tools {
 namespace {
@@ -10,7 +9,6 @@ using QovRyx::Vector3;
 
 constexpr double kYoungsModulus = 210000.0;
 constexpr double kPoissonsRatio = 0.3;
-constexpr double kExpansion = 1.2e-5;  // per degree
 constexpr double kDiffusivity = 14.0;  // mm^2 / s
 constexpr double kInitialTemperature = 20.0;
 constexpr double kEdgeTemperature = 200.0;
@@ -28,7 +26,7 @@ struct Stress2d {
   double Equivalent() const { return std::sqrt(mXX * mXX - mXX * mYY + mYY * mYY + 3 * mXY * mXY); }
 };
 
-/// A point in polar coordinates, with the harmonics that the solutions are made of.
+/// A point in polar coordinates, with the harmonics that the solutions consist of.
 struct Polar {
   Polar(double x, double y)
       : mR(std::sqrt(x * x + y * y)),
@@ -42,7 +40,7 @@ struct Polar {
   double mR, mC1, mS1, mC2, mS2, mC3, mS3;
 };
 
-/// Kirsch's solution for unit tension along x.
+/// Returns Kirsch's solution for unit tension along x.
 Stress2d KirschStress(const Polar& p, double radius) {
   const double q2 = radius * radius / (p.mR * p.mR);
   const double q4 = q2 * q2;
@@ -65,7 +63,7 @@ Vector2d KirschDisplacement(const Polar& p, double radius) {
           scale * ((kappa - 3) * p.mS1 / q + 2 * q * ((1 - kappa) * p.mS1 + p.mS3) - q3 * p.mS3)};
 }
 
-/// What the tension of one direction, in a frame turned by (c, s), contributes.
+/// Returns the stress from tension in one direction, in a frame rotated by (c, s).
 Stress2d TurnedStress(const Vector3& point, double radius, double tension, double c, double s) {
   const Polar p(c * point.mX + s * point.mY, c * point.mY - s * point.mX);
   const Stress2d t = KirschStress(p, radius);
@@ -83,20 +81,6 @@ Vector2d TurnedDisplacement(const Vector3& point, double radius, double tension,
 
 void AppendVector(Field& field, double x, double y) {
   field.insert(field.end(), {static_cast<float>(x), static_cast<float>(y), 0.0F});
-}
-
-/// How far the heat has come.
-double Depth(double time) { return 2 * std::sqrt(kDiffusivity * time); }
-
-double TemperatureRise(double x, double time) {
-  return (kEdgeTemperature - kInitialTemperature) * std::erfc(x / Depth(time));
-}
-
-/// The integral of the rise from 0 to x.
-double AccumulatedRise(double x, double time) {
-  const double z = x / Depth(time);
-  const double integral = z * std::erfc(z) + (1 - std::exp(-z * z)) * std::numbers::inv_sqrtpi;
-  return (kEdgeTemperature - kInitialTemperature) * Depth(time) * integral;
 }
 
 }  // namespace
@@ -123,18 +107,12 @@ Field StressAroundHole(const Mesh& mesh, double radius, const Tension& load) {
 }
 
 Field Temperature(const Mesh& mesh, double time) {
+  const double depth = 2 * std::sqrt(kDiffusivity * time);  // of the heated zone
   Field field;
   for (const Vector3& point : mesh.mPoints) {
-    field.push_back(static_cast<float>(kInitialTemperature + TemperatureRise(point.mX, time)));
-  }
-  return field;
-}
-
-Field ThermalDisplacement(const Mesh& mesh, double time) {
-  Field field;
-  for (const Vector3& point : mesh.mPoints) {
-    AppendVector(field, kExpansion * AccumulatedRise(point.mX, time),
-                 kExpansion * TemperatureRise(point.mX, time) * point.mY);
+    const double share = std::erfc(point.mX / depth);
+    field.push_back(
+        static_cast<float>(kInitialTemperature + (kEdgeTemperature - kInitialTemperature) * share));
   }
   return field;
 }

@@ -8,10 +8,11 @@
 /// Lengths in mm, stresses in MPa, temperatures in degrees Celsius, times in s.
 namespace Qov::Tools {
 
-/// Values of a whole mesh: a scalar a point, or three components a point.
+/// Values of a whole mesh: one scalar or three components per point.
 using Field = std::vector<float>;
 
-/// Tension far away from the hole: `mFirst` in the direction (mCosine, mSine), `mSecond` across.
+/// Tension far away from the hole: `mFirst` in the direction (mCosine, mSine), `mSecond`
+/// perpendicular to it.
 struct Tension {
   double mFirst = 0.0;
   double mSecond = 0.0;
@@ -19,14 +20,14 @@ struct Tension {
   double mSine = 0.0;
 };
 
-/// The displacements of an infinite steel plate with a hole of that radius around the origin.
+/// Returns the displacements of an infinite steel plate with a hole of that radius around the
+/// origin.
 Field DisplacementAroundHole(const Mesh& mesh, double radius, const Tension& load);
-/// Its equivalent stress.
+/// Returns the equivalent stress of the same plate.
 Field StressAroundHole(const Mesh& mesh, double radius, const Tension& load);
 
-/// A plate that is 20 degrees warm when its edge at x = 0 is brought to 200.
+/// Returns the temperatures of a plate that has 20 degrees at time 0, when its edge at x = 0 is
+/// heated to 200 degrees.
 Field Temperature(const Mesh& mesh, double time);
-/// Its thermal expansion; the corner at the origin stays where it is.
-Field ThermalDisplacement(const Mesh& mesh, double time);
 
 }  // namespace Qov::Tools

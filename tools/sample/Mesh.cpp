@@ -2,20 +2,19 @@
 
 #include <array>
 #include <cmath>
-#include <numbers>
 
 namespace Qov::Tools {
 namespace {
 
 using QovRyx::Vector3;
 
-/// `part` of `whole` as a fraction.
+/// Returns part / whole.
 float Fraction(std::size_t part, std::size_t whole) {
   return static_cast<float>(part) / static_cast<float>(whole);
 }
 
-/// Joins columns times rows of points, stored row by row, to elements. In a closed mesh the last
-/// column is followed by the first.
+/// Connects columns times rows of points, stored row by row, to elements. In a closed mesh the
+/// first column follows the last one.
 void JoinGrid(Mesh& mesh, std::size_t first, std::size_t columns, std::size_t rows, bool closed) {
   const std::size_t numAcross = closed ? columns : columns - 1;
   for (std::size_t row = 0; row + 1 < rows; ++row) {
@@ -33,7 +32,7 @@ Vector3 Plus(const Vector3& a, const Vector3& b, float factor) {
   return {a.mX + factor * b.mX, a.mY + factor * b.mY, a.mZ + factor * b.mZ};
 }
 
-/// A parallelogram of n times n elements.
+/// Appends a parallelogram of n times n elements.
 void AppendFace(Mesh& mesh, const Vector3& origin, const Vector3& a, const Vector3& b,
                 std::size_t n) {
   const std::size_t first = mesh.mPoints.size();
@@ -45,7 +44,7 @@ void AppendFace(Mesh& mesh, const Vector3& origin, const Vector3& a, const Vecto
   JoinGrid(mesh, first, n + 1, n + 1, false);
 }
 
-/// Points along the edge of a plate, once round; the corners are among them.
+/// Returns points around the edge of a plate, with its corners.
 std::vector<Vector3> MakeEdge(const HoledPlate& plate) {
   const float x = plate.mWidth / 2;
   const float y = plate.mHeight / 2;
@@ -104,23 +103,6 @@ Mesh MakeBox(const Vector3& size, std::size_t n) {
   AppendFace(mesh, {}, z, y, n);
   AppendFace(mesh, x, y, z, n);
   return mesh;
-}
-
-Mesh MakeTube(float radius, float height, std::size_t sectors, std::size_t layers) {
-  Mesh mesh;
-  for (std::size_t layer = 0; layer <= layers; ++layer) {
-    for (std::size_t sector = 0; sector < sectors; ++sector) {
-      const float angle = 2 * std::numbers::pi_v<float> * Fraction(sector, sectors);
-      mesh.mPoints.push_back(
-          {radius * std::cos(angle), radius * std::sin(angle), height * Fraction(layer, layers)});
-    }
-  }
-  JoinGrid(mesh, 0, sectors, layers + 1, true);
-  return mesh;
-}
-
-void Move(Mesh& mesh, const Vector3& by) {
-  for (Vector3& point : mesh.mPoints) point = Plus(point, by, 1);
 }
 
 }  // namespace Qov::Tools

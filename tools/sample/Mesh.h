@@ -8,10 +8,10 @@
 
 namespace Qov::Tools {
 
-/// Elements of one kind over points: quadrilaterals unless something else is said.
+/// Points and elements of one type, quadrilaterals by default.
 struct Mesh {
   std::vector<QovRyx::Vector3> mPoints;
-  /// Positions of points, mNumCorners an element.
+  /// Positions of points, mNumCorners per element.
   std::vector<std::uint32_t> mCorners;
   std::uint32_t mNumCorners = 4;
   /// The ids of points and elements count up from these.
@@ -21,7 +21,7 @@ struct Mesh {
   std::size_t GetNumElements() const { return mCorners.size() / mNumCorners; }
 };
 
-/// What a point's place decides.
+/// Returns the ids of the points at which `predicate` is true.
 template <class Predicate>
 std::vector<std::uint32_t> NodeIdsWhere(const Mesh& mesh, Predicate predicate) {
   std::vector<std::uint32_t> ids;
@@ -33,28 +33,24 @@ std::vector<std::uint32_t> NodeIdsWhere(const Mesh& mesh, Predicate predicate) {
   return ids;
 }
 
-/// A rectangle from the origin, in the plane of x and y, of nx times ny elements.
+/// Returns a rectangle in the xy plane, from the origin, of nx times ny elements.
 Mesh MakeRectangle(float width, float height, std::size_t nx, std::size_t ny);
 
-/// A rectangle around the origin with a round hole in its middle. Rings of elements lead from the
-/// hole to the edge and grow on the way.
+/// A rectangle around the origin with a round hole in its middle. Rings of elements lie between
+/// the hole and the edge; outer rings are wider.
 struct HoledPlate {
   float mWidth = 160.0F;
   float mHeight = 80.0F;
   float mRadius = 12.0F;
   std::size_t mRings = 25;
-  /// Elements along half the height; twice as many lie along half the width.
+  /// Elements along half the height; half the width has twice as many.
   std::size_t mDivisions = 4;
 
   Mesh MakeMesh() const;
 };
 
-/// The six faces of a box from the origin, each of n times n elements; faces share no points.
+/// Returns the six faces of a box from the origin, each of n times n elements. Faces share no
+/// points.
 Mesh MakeBox(const QovRyx::Vector3& size, std::size_t n);
-
-/// The side of an upright cylinder that stands on the origin.
-Mesh MakeTube(float radius, float height, std::size_t sectors, std::size_t layers);
-
-void Move(Mesh& mesh, const QovRyx::Vector3& by);
 
 }  // namespace Qov::Tools

@@ -116,12 +116,4 @@ void AddVector(Geometry& geometry, const std::string& name, const Field& values,
   geometry.AppendVariable(std::move(variable));
 }
 
-void AddLabels(Geometry& geometry, const std::string& name,
-               const std::vector<std::uint32_t>& values) {
-  constexpr std::uint32_t kUnsigned = 5;
-  VarStruct variable = MakeVariable(name, Kind::kLabel, values);
-  variable.mKindHighByte = kUnsigned;
-  geometry.AppendVariable(std::move(variable));
-}
-
 }  // namespace Qov::Tools

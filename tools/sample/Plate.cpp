@@ -32,7 +32,7 @@ std::unique_ptr<QovRyx::NodeSets> MakeEdgeSets(const HoledPlate& plate, const Me
   return sets;
 }
 
-/// The plate's group with a group of its skin beneath it; returns the id of the latter.
+/// Adds the group of the plate, with a group of its skin below it. Returns the id of the latter.
 std::uint32_t AddSkin(QovRyx::Tree& tree, std::unique_ptr<QovRyx::Group> plate) {
   const std::uint32_t id = AddNode(tree, NodeTree::kRootId, std::move(plate));
   return AddNode(tree, id, MakeGroup("Skin", {{"part number", std::uint32_t{4711}}}));
@@ -46,7 +46,7 @@ std::vector<LoadCase> PlateLoadCases() {
       {"LC1", {100.0, 0.0, 1.0, 0.0}},              // along
       {"LC2", {0.0, 60.0, 1.0, 0.0}},               // across
       {"LC3", {80.0, 80.0, 1.0, 0.0}},              // both ways
-      {"LC4", {50.0, -30.0, kDiagonal, kDiagonal}}  // aslant
+      {"LC4", {50.0, -30.0, kDiagonal, kDiagonal}}  // diagonal
   };
 }
 
@@ -74,7 +74,6 @@ void BuildHeatedPlate(QovRyx::Tree& tree, double time) {
   const std::uint32_t skin = AddSkin(tree, MakeGroup("Heated plate", {{"time", time}}));
   auto geometry = MakeGeometry("Skin", mesh);
   AddScalar(*geometry, "Temperature", Temperature(mesh, time), "C");
-  AddVector(*geometry, "Displacement", ThermalDisplacement(mesh, time), "mm");
   AddShape(tree, skin, kSteel, std::move(geometry));
 }
 

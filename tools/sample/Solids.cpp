@@ -20,14 +20,14 @@ namespace {
 using QovRyx::Vector3;
 
 constexpr float kCell = 2.5F;  // mm
-constexpr double kSecondsAStep = 0.01;
-constexpr std::size_t kTetrahedraACell = 5;
+constexpr double kSecondsPerStep = 0.01;
+constexpr std::size_t kTetrahedraPerCell = 5;
 constexpr QovRyx::ColourValue kGreen{0.35F, 0.6F, 0.4F, 1.0F};
 
-/// Corners of a cell by bits: 1 stands for x, 2 for y, 4 for z.
+/// Corners of a cell as bits: 1 is x, 2 is y, 4 is z.
 using CellCorners = std::initializer_list<std::uint32_t>;
 constexpr CellCorners kHexahedron = {0, 1, 3, 2, 4, 5, 7, 6};
-/// Cells that touch are split in mirrored ways, so that their diagonals agree.
+/// Neighbouring cells are split in mirrored ways, so that their diagonals match.
 constexpr std::array<CellCorners, 2> kTetrahedra{
     {{0, 1, 3, 5, 0, 3, 2, 6, 0, 5, 6, 4, 3, 6, 5, 7, 0, 3, 6, 5},
      {1, 3, 2, 7, 1, 2, 0, 4, 1, 7, 4, 5, 2, 4, 7, 6, 1, 2, 4, 7}}};
@@ -59,7 +59,7 @@ Mesh MakeSolid(std::size_t n, bool tetrahedral) {
   return mesh;
 }
 
-/// Numbers between -1 and 1 that follow no rule but are the same in every run.
+/// Pseudo-random numbers between -1 and 1, the same in every run.
 class Noise {
  public:
   explicit Noise(std::uint64_t seed) : mState(seed) {}
@@ -75,7 +75,7 @@ class Noise {
   std::uint64_t mState;
 };
 
-/// One standing wave in a block whose edges have that length.
+/// A standing wave in a block with edges of that length.
 class Wave {
  public:
   Wave(double length, std::size_t loadCase, double time)
@@ -100,7 +100,7 @@ class Wave {
   double mPhase;
 };
 
-/// Adds results of points, each value of which `solution(point, component)` gives.
+/// Adds results of points, with the values of `solution(point)` or `solution(point, coordinate)`.
 class ResultMaker {
  public:
   ResultMaker(QovRyx::Geometry& geometry, const Mesh& mesh, std::string loadCase, Noise noise)
@@ -124,7 +124,7 @@ class ResultMaker {
   }
 
  private:
-  /// About the last ten of the 24 bits become noise.
+  /// Replaces about the last ten of the 24 bits by noise.
   float Blur(double value) {
     constexpr double kNoise = 1.0 / (1 << 14);
     return static_cast<float>(value * (1 + kNoise * mNoise.Next()));
@@ -155,7 +155,7 @@ void AddCases(QovRyx::Geometry& geometry, const Mesh& mesh, const SolidsPlan& pl
   for (std::size_t i = 0; i < std::max<std::size_t>(plan.mNumCases, 1); ++i) {
     const std::string name = plan.mNumCases == 0 ? "" : fmt::format("LC{}", i + 1);
     const Noise noise(((std::uint64_t{step} << 20) + part) << 20 | i);
-    AddResults({geometry, mesh, name, noise}, Wave(length, i, step * kSecondsAStep));
+    AddResults({geometry, mesh, name, noise}, Wave(length, i, step * kSecondsPerStep));
   }
 }
 
@@ -169,7 +169,7 @@ std::uint32_t AddPlace(QovRyx::Tree& tree, const std::string& name, float x) {
 
 bool SolidsPlan::HasIdsForAll() const {
   const double cells = std::pow(static_cast<double>(mSize + 1), 3);
-  return cells * static_cast<double>(mNumParts * kTetrahedraACell) <
+  return cells * static_cast<double>(mNumParts * kTetrahedraPerCell) <
          std::numeric_limits<std::uint32_t>::max();
 }
 

@@ -7,22 +7,22 @@
 
 namespace Qov::Tools {
 
-/// How big a model of solids is. Every size makes a model; only memory bounds it.
+/// Size of a model of solids, limited by memory only.
 struct SolidsPlan {
   /// Cells along each edge of a part.
   std::size_t mSize = 20;
-  /// Parts in a model: in turn of hexahedra and of tetrahedra, five a cell.
+  /// Parts in a model, alternately of hexahedra and of tetrahedra (five per cell).
   std::size_t mNumParts = 2;
-  /// Load cases, whose names are the instance parts of the results; 0 for results without any.
+  /// Load cases, whose names are the instance parts of the results; 0 for names without one.
   std::size_t mNumCases = 0;
 
-  /// Elements and points have ids of 32 bits.
+  /// Returns true if 32 bits are enough for the ids of all points and elements.
   bool HasIdsForAll() const;
 };
 
-/// A row of vibrating blocks at that step of time. Each has two vectors and two scalars a point
-/// (and load case); as in measured or computed data the low bits of the values are noise, the
-/// same in every run.
+/// Builds a row of vibrating blocks at that time step. Each has two vectors and two scalars per
+/// point (and load case). As in measured or computed data the low bits of the values are noise,
+/// which is the same in every run.
 void BuildSolids(QovRyx::Tree& tree, const SolidsPlan& plan, std::uint32_t step);
 
 }  // namespace Qov::Tools

@@ -1,6 +1,5 @@
 #include "sample/Views.h"
 
-#include <array>
 #include <bit>
 #include <memory>
 #include <utility>
@@ -11,15 +10,10 @@ namespace {
 using QovRyx::ViewPoint;
 using QovRyx::ViewPointPath;
 
-/// Views and actions carry their numbers as bits.
+/// Returns a number as views and actions store it.
 std::uint32_t Bits(float value) { return std::bit_cast<std::uint32_t>(value); }
 
-template <class... Floats>
-std::array<std::uint32_t, sizeof...(Floats)> BitsOf(Floats... values) {
-  return {Bits(values)...};
-}
-
-/// A look from `eye` at the origin, with the part pulled out by `apart`.
+/// Returns a view from `eye` to the origin, with the part moved up by `apart`.
 ViewPoint MakeView(const std::string& name, const QovRyx::Vector3& eye, const std::string& part,
                    float apart) {
   ViewPoint view;
@@ -44,32 +38,16 @@ ViewPointPath MakeDetails(const std::string& name, const std::string& part) {
           {MakeView("Close", {60, -60, 40}, part, 0), MakeView("Apart", {60, -60, 40}, part, 25)}};
 }
 
-template <class T>
-std::unique_ptr<T> MakeTurnOrMove(float x, float y, float z, float amount) {
-  auto action = std::make_unique<T>();
-  action->mVector = BitsOf(x, y, z);
-  action->mValue = Bits(amount);
-  return action;
-}
-
-/// One of every kind.
+/// Returns a rotation and a change to a view.
 std::vector<std::unique_ptr<QovRyx::BasicAction>> MakeActions() {
-  auto place = std::make_unique<QovRyx::TransformAction>();
-  place->mVector = BitsOf(0.0F, 5.0F, 0.0F);
-  place->mQuad = BitsOf(1.0F, 0.0F, 0.0F, 0.0F);
-  auto colour = std::make_unique<QovRyx::ApplyColorAction>();
-  colour->mValues = {Bits(0.9F), Bits(0.2F), Bits(0.1F), Bits(1.0F)};
+  auto rotation = std::make_unique<QovRyx::RotateAction>();
+  rotation->mVector = {Bits(0), Bits(0), Bits(1)};
+  rotation->mValue = Bits(90);
   auto view = std::make_unique<QovRyx::ApplyViewPointAction>();
   view->mViewPointName = "Close";
-  auto audio = std::make_unique<QovRyx::PlayAudioAction>();
-  audio->mAudio = "bell.wav";
   std::vector<std::unique_ptr<QovRyx::BasicAction>> actions;
-  actions.push_back(MakeTurnOrMove<QovRyx::RotateAction>(0, 0, 1, 90));
-  actions.push_back(MakeTurnOrMove<QovRyx::MoveAction>(1, 0, 0, 25));
-  actions.push_back(std::move(place));
-  actions.push_back(std::move(colour));
+  actions.push_back(std::move(rotation));
   actions.push_back(std::move(view));
-  actions.push_back(std::move(audio));
   return actions;
 }
 
