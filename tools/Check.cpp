@@ -10,6 +10,7 @@
 #include "ErrorText.h"
 #include "Json.h"
 #include "OptionValues.h"
+#include "Plural.h"
 #include "check/FileCheck.h"
 
 namespace Qov::Tools {
@@ -48,10 +49,6 @@ class CheckCommand : public Command {
 
 const char* SeverityText(Severity severity) {
   return severity == Severity::Error ? "error" : "warning";
-}
-
-std::string Plural(std::uint64_t count, const char* noun) {
-  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 /// "sound", "2 errors, 1 warning".

@@ -8,6 +8,7 @@
 #include "ModelInput.h"
 #include "ModelJson.h"
 #include "ModelReport.h"
+#include "Plural.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "TextTable.h"
 #include "ValueText.h"

@@ -44,7 +44,7 @@ class NodeWriter {
 
 Json NodeWriter::Entry(const TreeWalk::Step& step) const {
   Json entry{{"id", step.mId}, {"depth", step.mDepth}};
-  if (step.mAstray) entry["astray"] = true;
+  if (step.mIsUnreached) entry["astray"] = true;
   if (step.mEntry == nullptr || step.mAgain) {
     entry[step.mAgain ? "again" : "missing"] = true;
     return entry;

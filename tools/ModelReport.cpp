@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "ErrorText.h"
+#include "Plural.h"
 #include "ResultLink.h"
 #include "TextTable.h"
 #include "TreeLines.h"
@@ -181,19 +182,15 @@ std::string ModifierText(const QovRyx::ModifierInfo& modifier, const TextStyle& 
 
 }  // namespace
 
-std::string Plural(std::size_t count, const char* noun) {
-  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
-}
-
 bool ReportNodes(const QovRyx::Tree& tree, const NodeFilter& filter,
                  const ModelStatistics* statistics, Output& output) {
   NodeReport report(tree, statistics, output.GetStyle());
   const TreeLines lines(output.GetStyle());
   TreeWalk walk(tree.GetNodes(), filter.GetShown());
-  bool astray = false;
+  bool isUnreached = false;
   while (const auto step = walk.Next()) {
-    if (step->mAstray && !astray) output.Line("Reached by no link:");
-    astray = astray || step->mAstray;
+    if (step->mIsUnreached && !isUnreached) output.Line("Reached by no link:");
+    isUnreached = isUnreached || step->mIsUnreached;
     output.Line(lines.BeforeEntry(walk, *step) + report.Label(*step));
     if (step->mEntry == nullptr || step->mAgain || !step->mEntry->mData) continue;
     if (!filter.IsChosen(step->mId)) continue;

@@ -17,7 +17,4 @@ void ReportViews(const QovRyx::Tree& tree, Output& output);
 /// The programs that wrote the file, oldest first; nothing if none is known.
 void ReportHistory(const QovRyx::Tree& tree, Output& output);
 
-/// "3 views", "1 view".
-std::string Plural(std::size_t count, const char* noun);
-
 }  // namespace Qov::Tools

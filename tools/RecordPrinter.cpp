@@ -91,7 +91,7 @@ void WriteField(const std::string& name, const Json& value, Output& output, std:
 
 }  // namespace
 
-Json PrintKept(const QovRyx::OpaqueRecord& record) {
+Json PrintOpaque(const QovRyx::OpaqueRecord& record) {
   const std::string_view body(reinterpret_cast<const char*>(record.mBody.data()),
                               record.mBody.size());
   return {{"tag", record.mTag}, {"size", body.size()}, {"body", HexDigits(body)}};

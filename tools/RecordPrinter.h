@@ -36,7 +36,7 @@ class FieldPrinter {
 };
 
 /// A record that is kept as bytes: its tag, their number and their hex digits.
-Json PrintKept(const QovRyx::OpaqueRecord& record);
+Json PrintOpaque(const QovRyx::OpaqueRecord& record);
 /// Adds the tag and the unknown bytes to the fields of a record that keeps them.
 void PrintOrigin(const QovRyx::RecordOrigin& record, Json& fields);
 /// Each action with its type; null for an empty slot.
@@ -45,7 +45,7 @@ Json PrintActions(const QovRyx::ActionList& actions);
 template <QovJbf::VersionedRecord T>
 Json PrintRecord(const T& record) {
   if constexpr (QovJbf::OpaqueRecordType<T>) {
-    return PrintKept(record);
+    return PrintOpaque(record);
   } else {
     FieldPrinter walk;
     T::Walk(record, walk);

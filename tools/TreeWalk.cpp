@@ -13,16 +13,16 @@ TreeWalk::TreeWalk(const NodeTree& nodes, const Ids* shown)
 
 std::optional<TreeWalk::Step> TreeWalk::Next() {
   while (!mNextIds.empty() && mNextIds.back() == 0) mNextIds.pop_back();
-  if (mNextIds.empty()) return NextAstray();
+  if (mNextIds.empty()) return NextUnreached();
   return Visit(mNextIds.back());
 }
 
-std::optional<TreeWalk::Step> TreeWalk::NextAstray() {
+std::optional<TreeWalk::Step> TreeWalk::NextUnreached() {
   for (; mCandidate != mNodes.end(); ++mCandidate) {
     if (mSeen.contains(mCandidate->first) || IsHidden(mCandidate->first)) continue;
     mNextIds.push_back(mCandidate->first);
     Step step = Visit(mCandidate->first);
-    step.mAstray = true;
+    step.mIsUnreached = true;
     return step;
   }
   return std::nullopt;

@@ -23,7 +23,7 @@ class TreeWalk {
     /// A link leads back to an entry that was met before; it is not followed again.
     bool mAgain = false;
     /// No link that was followed before leads to the entry.
-    bool mAstray = false;
+    bool mIsUnreached = false;
   };
 
   using Ids = std::unordered_set<std::uint32_t>;
@@ -38,7 +38,7 @@ class TreeWalk {
   bool IsOpen(std::size_t depth) const { return depth < mNextIds.size() && mNextIds[depth] != 0; }
 
  private:
-  std::optional<Step> NextAstray();
+  std::optional<Step> NextUnreached();
   Step Visit(std::uint32_t id);
   bool IsHidden(std::uint32_t id) const { return mpShown != nullptr && !mpShown->contains(id); }
   std::uint32_t PassHidden(std::uint32_t id);

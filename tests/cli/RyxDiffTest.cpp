@@ -202,7 +202,7 @@ TEST_F(RyxDiff, SeesOrderOnlyWhereAsked) {
     EXPECT_THAT(Diff(before, after, anyOrder), IsEmpty());
   };
   expectOrder(groups({"A", "B", "C"}), groups({"C", "A", "B"}),
-              "order : the order of the nodes beneath it differs");
+              "order : the order of the nodes below it differs");
   expectOrder(sets({{"l", {1}}, {"l", {2}}, {"r", {3}}}),
               sets({{"r", {3}}, {"l", {1}}, {"l", {2}}}),
               "order/S : the order of the sets differs");

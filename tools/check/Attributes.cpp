@@ -1,3 +1,5 @@
+#include "check/Attributes.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -8,8 +10,7 @@
 #include <vector>
 
 #include "Qov/Ryx/StreamNames.h"
-#include "check/LightStage.h"
-#include "check/TreeStage.h"
+#include "check/StreamEnd.h"
 
 // A map: names, types, then the values by type, in the columns u32, f32, f64 and string.
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <exception>
 
+#include "Plural.h"
 #include "Qov/Jbf/LoadLimit.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
@@ -201,8 +202,8 @@ bool Container::AppendItems(QovJbf::Block& items, const Place& place) {
   }
   if (items.GetRemaining() == 0) return true;
   mFindings.Warning("index", place,
-                    fmt::format("{} bytes of the index follow its last item, which nobody reads.",
-                                items.GetRemaining()));
+                    Plural(items.GetRemaining(), "byte", "follow") +
+                        " the last item of the index; readers ignore them.");
   return true;
 }
 
@@ -268,7 +269,7 @@ void Container::CheckBlock(std::size_t k, std::uint64_t position) {
   if (isInFile && isCompressed) verdict = InflateBlock(mBytes, position, block.mSize);
   if (verdict.mNumTrailing != 0) {
     mFindings.Warning("block-rest", AtBlock(k, position),
-                      fmt::format("{} bytes follow the compressed data.", verdict.mNumTrailing));
+                      Plural(verdict.mNumTrailing, "byte", "follow") + " the compressed data.");
   }
   stream.mLength += verdict.mRawLength;
   if (!isInFile) {
@@ -292,7 +293,7 @@ void Container::Damage(Stream& stream, const std::string& code, const Place& pla
 void Container::CheckEnd(std::uint64_t end) {
   if (end >= mBytes.GetLength()) return;
   mFindings.Warning("trailing-bytes", Place::InFile(end),
-                    fmt::format("{} bytes follow the last block.", mBytes.GetLength() - end));
+                    Plural(mBytes.GetLength() - end, "byte", "follow") + " the last block.");
 }
 
 /// The reading code sees the file as any program would.
@@ -314,7 +315,7 @@ const Container::Stream* Container::FindStream(const std::string& name) const {
 }
 
 /// Within the bounds of the code that loads models.
-bool Container::HoldsTooMuch(std::initializer_list<std::string> streams) {
+bool Container::ReportExpansion(std::initializer_list<std::string> streams) {
   std::uint64_t numBytes = 0;
   const Stream* longest = nullptr;
   for (const std::string& name : streams) {

@@ -34,9 +34,9 @@ class Container {
   /// Whether tree records hold 64-bit offsets.
   bool HasWideOffsets() const { return mHasWideOffsets; }
   bool HasStream(const std::string& name) const { return FindStream(name) != nullptr; }
-  /// Whether streams that readers hold in memory inflate to so much more than the file's length
-  /// that they refuse it, which is reported.
-  bool HoldsTooMuch(std::initializer_list<std::string> streams);
+  /// Reports streams that readers keep in memory and that decompress to more than the limit of
+  /// the readers. Returns true if they do.
+  bool ReportExpansion(std::initializer_list<std::string> streams);
   /// A stream that is absent gives a cursor over nothing.
   StreamCursor OpenStream(const std::string& name);
 

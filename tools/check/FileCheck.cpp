@@ -7,12 +7,14 @@
 #include "ErrorText.h"
 #include "ModelInput.h"
 #include "Qov/Ryx/StreamNames.h"
+#include "check/Attributes.h"
 #include "check/Container.h"
-#include "check/HeavyStage.h"
-#include "check/LightStage.h"
+#include "check/HeavyData.h"
+#include "check/LightData.h"
 #include "check/ModelContent.h"
 #include "check/RecordStage.h"
-#include "check/TreeStage.h"
+#include "check/TreeLinks.h"
+#include "check/TreeRecords.h"
 #include "container/ContainerFormat.h"
 
 namespace Qov::Tools {
@@ -36,7 +38,7 @@ void CheckParts(const Container& container, FileReport& report) {
 }
 
 void CheckModel(Container& container, Findings& findings) {
-  if (container.HoldsTooMuch(
+  if (container.ReportExpansion(
           {QovRyx::kRyxTree, QovRyx::kLightData, QovRyx::kAttributes, QovRyx::kResources})) {
     return;
   }

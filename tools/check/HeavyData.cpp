@@ -1,17 +1,19 @@
+#include "check/HeavyData.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <tuple>
 #include <vector>
 
+#include "Plural.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/ByteShuffle.h"
-#include "check/HeavyStage.h"
 #include "check/MeshCheck.h"
 #include "check/ResultCheck.h"
 #include "check/SetPieces.h"
-#include "check/TreeStage.h"
+#include "check/StreamEnd.h"
 
 namespace Qov::Tools {
 namespace {
@@ -162,7 +164,7 @@ void HeavySweep::Run(ModelContent& model) {
   }
   if (!model.mIsComplete || mReached >= mCursor.GetLength() || mCursor.IsCutShort()) return;
   mFindings.Warning("stream-rest", Place::InStream(mCursor.GetName(), mReached),
-                    fmt::format("{} bytes follow the last array.", mCursor.GetLength() - mReached));
+                    Plural(mCursor.GetLength() - mReached, "byte", "follow") + " the last array.");
 }
 
 void HeavySweep::Visit(Extent& extent) {
@@ -189,7 +191,7 @@ bool HeavySweep::CheckStart(const Extent& extent) {
   if (extent.mOffset > mReached) {
     mFindings.Warning(
         "heavy-gap", extent.At(mReached),
-        fmt::format("{} bytes in front of it belong to nothing.", extent.mOffset - mReached));
+        fmt::format("A gap of {} precedes it.", Plural(extent.mOffset - mReached, "byte")));
   }
   return true;
 }

@@ -1,12 +1,14 @@
+#include "check/LightData.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <vector>
 
+#include "Plural.h"
 #include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "check/LightStage.h"
-#include "check/TreeStage.h"
+#include "check/StreamEnd.h"
 
 namespace Qov::Tools {
 namespace {
@@ -71,11 +73,7 @@ void LightReader::Read(ModelContent& model) {
       ReportEnd(mCursor, node->At({}), "the light data of the node", mFindings);
     }
   }
-  if (model.mIsComplete && !mCursor.IsCutShort() && !mCursor.IsAtEnd()) {
-    mFindings.Warning("stream-rest", Place::InStream(mCursor.GetName(), mCursor.GetPosition()),
-                      fmt::format("{} bytes follow the last that belong to a node.",
-                                  mCursor.GetLength() - mCursor.GetPosition()));
-  }
+  if (model.mIsComplete) ReportRest(mCursor, "data of a node", mFindings);
 }
 
 bool LightReader::MoveTo(const StoredNode& node) {
@@ -105,7 +103,7 @@ bool LightReader::MoveTo(const StoredNode& node) {
   if (offset != reached) {
     mFindings.Warning(
         "light-gap", At(node, reached),
-        fmt::format("{} bytes before its light data belong to no node.", offset - reached));
+        fmt::format("A gap of {} precedes its light data.", Plural(offset - reached, "byte")));
   }
   return true;
 }

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "ModelReport.h"
+#include "Plural.h"
 
 namespace Qov::Tools {
 namespace {
@@ -95,10 +95,9 @@ void RecordCheck::CheckEnd(const Frame& frame, std::string_view current, const s
   const int rung = RungNumber(frame.mTag);
   const bool isKnown = rung != 0 && rung <= RungNumber(current);
   const std::string field =
-      isKnown ? fmt::format("the last field of version {}", frame.mTag) : "its last known field";
+      isKnown ? fmt::format("the last field of version {}", frame.mTag) : "the last known field";
   mFindings.Warning("record-rest", At(position, path),
-                    fmt::format("{} of the record {} {}.", Plural(numBytes, "byte"),
-                                numBytes == 1 ? "follows" : "follow", field));
+                    fmt::format("{} {} of the record.", Plural(numBytes, "byte", "follow"), field));
 }
 
 void RecordCheck::ReportLost(const Frame& frame, const std::string& path) {

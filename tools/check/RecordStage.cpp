@@ -10,7 +10,7 @@
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Ryx/ViewPoint.h"
 #include "check/RecordCheck.h"
-#include "check/TreeStage.h"
+#include "check/StreamEnd.h"
 #include "container/ContainerFormat.h"
 
 namespace Qov::Tools {
@@ -88,13 +88,6 @@ bool RunStage(StreamCursor& cursor, const char* what, Findings& findings, Stage 
   return false;
 }
 
-void ReportRest(const StreamCursor& cursor, Findings& findings) {
-  if (cursor.IsAtEnd() || cursor.IsCutShort()) return;
-  findings.Warning(
-      "stream-rest", Place::InStream(cursor.GetName(), cursor.GetPosition()),
-      fmt::format("{} bytes follow the last record.", cursor.GetLength() - cursor.GetPosition()));
-}
-
 /// A signed count in the view-point stream; readers take a negative one for 0.
 std::int32_t TakeSignedCount(StreamCursor& cursor, const std::string& part, Findings& findings) {
   Place place = Place::InStream(cursor.GetName(), cursor.GetPosition());
@@ -117,11 +110,11 @@ void TakeViews(StreamCursor& cursor, Findings& findings) {
   const std::int32_t count = TakeSignedCount(cursor, "paths", findings);
   for (std::int32_t i = 0; i < count; ++i) TakePath(cursor, findings);
   TakeRecord<QovRyx::SequencerData>(cursor, Part("sequencer"), findings);
-  ReportRest(cursor, findings);
+  ReportRest(cursor, "record", findings);
 }
 
-/// Whether the views can be read by the rules of the file's version.
-bool AreReadable(const std::string& version, Findings& findings) {
+/// Returns true if views of files of that version can be read; otherwise reports that.
+bool CheckViewVersion(const std::string& version, Findings& findings) {
   const Place place = Place::InStream(QovRyx::kViewPoints);
   if (!QovJbf::HasViews(version)) {
     findings.Warning("views-unread", place, "Views of files of version 0.1 are not read.");
@@ -150,7 +143,7 @@ void CheckMaterials(Container& container, const ModelContent& model, Findings& f
 
 void CheckHistory(Container& container, Findings& findings) {
   if (!container.HasStream(QovRyx::kGlobalInformation)) return;
-  if (container.HoldsTooMuch({QovRyx::kGlobalInformation})) return;
+  if (container.ReportExpansion({QovRyx::kGlobalInformation})) return;
   StreamCursor cursor = container.OpenStream(QovRyx::kGlobalInformation);
   std::vector<QovRyx::ModifierInfo> history;
   RunStage(cursor, "the history", findings, [&] {
@@ -159,15 +152,15 @@ void CheckHistory(Container& container, Findings& findings) {
       const Place place = Part(fmt::format("entry {}", i));
       history.push_back(DecodeEntry(TakeRecord<QovRyx::ModifierInfo>(cursor, place, findings)));
     }
-    ReportRest(cursor, findings);
+    ReportRest(cursor, "record", findings);
   });
   if (container.HasStream(QovRyx::kViewPoints)) ReportLegacyWriter(history, findings);
 }
 
 void CheckViews(Container& container, Findings& findings) {
   if (!container.HasStream(QovRyx::kViewPoints)) return;
-  if (!AreReadable(container.GetVersion(), findings)) return;
-  if (container.HoldsTooMuch({QovRyx::kViewPoints})) return;
+  if (!CheckViewVersion(container.GetVersion(), findings)) return;
+  if (container.ReportExpansion({QovRyx::kViewPoints})) return;
   StreamCursor cursor = container.OpenStream(QovRyx::kViewPoints);
   RunStage(cursor, "the views", findings, [&] { TakeViews(cursor, findings); });
 }

@@ -1,9 +1,10 @@
+#include "check/TreeLinks.h"
+
 #include <fmt/format.h>
 
 #include <vector>
 
 #include "Qov/Ryx/StreamNames.h"
-#include "check/TreeStage.h"
 
 namespace Qov::Tools {
 namespace {

@@ -1,11 +1,14 @@
+#include "check/TreeRecords.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <limits>
 
+#include "Plural.h"
 #include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "check/TreeStage.h"
+#include "check/StreamEnd.h"
 
 namespace Qov::Tools {
 namespace {
@@ -75,9 +78,9 @@ void RecordReader::Read(bool wideOffsets) {
   for (std::int32_t i = 0; i < count; ++i) Enter(TakeRecord(mCursor, wideOffsets, mFindings));
   mModel.mIsComplete = true;
   if (mCursor.IsAtEnd()) return;
-  mFindings.Warning(
-      "stream-rest", Place::InStream(QovRyx::kRyxTree, mCursor.GetPosition()),
-      fmt::format("{} bytes follow the last record.", mCursor.GetLength() - mCursor.GetPosition()));
+  const std::uint64_t rest = mCursor.GetLength() - mCursor.GetPosition();
+  mFindings.Warning("stream-rest", Place::InStream(QovRyx::kRyxTree, mCursor.GetPosition()),
+                    Plural(rest, "byte", "follow") + " the last record.");
 }
 
 void RecordReader::Enter(StoredNode node) {
@@ -122,42 +125,6 @@ void RecordReader::CheckKind(const StoredNode& node) {
 }
 
 }  // namespace
-
-void ReportRest(const StreamCursor& cursor, const ModelContent& model, const char* what,
-                Findings& findings) {
-  if (cursor.IsAtEnd() || cursor.IsCutShort()) return;
-  const Place place = Place::InStream(cursor.GetName(), cursor.GetPosition());
-  std::string text =
-      fmt::format("{} bytes follow the last {}.", cursor.GetLength() - cursor.GetPosition(), what);
-  const bool mayBeOwned =
-      std::any_of(model.mNodes.begin(), model.mNodes.end(), [](const StoredNode& node) {
-        return node.GetType() == NodeType::Unknown && node.mType != QovRyx::FutureNode::kType;
-      });
-  if (mayBeOwned) {
-    findings.Error(
-        "stream-rest", place,
-        text + " Nodes of unknown types may own some, so that the model cannot be read.");
-  } else {
-    findings.Warning("stream-rest", place, text);
-  }
-}
-
-void ReportEnd(const StreamCursor& cursor, Place place, const char* what, Findings& findings) {
-  place.mStream = cursor.GetName();
-  place.mByte = cursor.GetPosition();
-  if (cursor.IsCutShort()) {
-    findings.Warning(
-        "unchecked", std::move(place),
-        fmt::format("The stream is damaged: from here on {} cannot be checked.", what));
-  } else if (cursor.GetLength() == 0) {
-    findings.Error("stream-missing", std::move(place),
-                   fmt::format("The stream is missing or empty, but {} should be in it.", what));
-  } else {
-    findings.Error("stream-end", std::move(place),
-                   fmt::format("The stream ends after {} bytes, in the midst of {}.",
-                               cursor.GetLength(), what));
-  }
-}
 
 void ReadTreeRecords(Container& container, ModelContent& model, Findings& findings) {
   StreamCursor cursor = container.OpenStream(QovRyx::kRyxTree);

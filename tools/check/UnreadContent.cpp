@@ -6,11 +6,12 @@
 #include <iterator>
 
 #include "Qov/Ryx/StreamNames.h"
+#include "check/Attributes.h"
 #include "check/Container.h"
-#include "check/LightStage.h"
+#include "check/LightData.h"
 #include "check/ModelContent.h"
 #include "check/RecordStage.h"
-#include "check/TreeStage.h"
+#include "check/TreeRecords.h"
 
 namespace Qov::Tools {
 namespace {

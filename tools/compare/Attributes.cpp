@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <variant>
 
+#include "Plural.h"
+
 namespace Qov::Tools {
 namespace {
 
@@ -38,8 +40,7 @@ class AttributeText {
   }
   std::string Get() const {
     if (mNumDiffering == 0) return "";
-    return fmt::format("{} attribute{} {}: {}", mNumDiffering, mNumDiffering == 1 ? "" : "s",
-                       mNumDiffering == 1 ? "differs" : "differ", mText);
+    return fmt::format("{}: {}", Plural(mNumDiffering, "attribute", "differ"), mText);
   }
 
  private:

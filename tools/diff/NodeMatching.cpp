@@ -5,6 +5,8 @@
 #include <iterator>
 #include <string>
 
+#include "Plural.h"
+
 namespace Qov::Tools {
 namespace {
 
@@ -65,16 +67,15 @@ void NodeMatching::ReportOnly(const PathTree& tree, std::size_t item, bool inA) 
   difference.mType = node.mType;
   (inA ? difference.mNodeA : difference.mNodeB) = node.mId;
   difference.mText = fmt::format("only in {}", inA ? "A" : "B");
-  if (node.mNumBeneath != 0) {
-    difference.mText += fmt::format(", with {} node{} beneath it", node.mNumBeneath,
-                                    node.mNumBeneath == 1 ? "" : "s");
+  if (node.mNumDescendants != 0) {
+    difference.mText += fmt::format(", with {} below it", Plural(node.mNumDescendants, "node"));
   }
   mReport.mDifferences.push_back(std::move(difference));
 }
 
 void NodeMatching::ReportOrder(const NodePair& parent) {
   mReport.mDifferences.push_back(
-      MakeDifference(parent, "order", "the order of the nodes beneath it differs"));
+      MakeDifference(parent, "order", "the order of the nodes below it differs"));
 }
 
 /// Compares the links that do not agree with the first children and next siblings, along which

@@ -24,8 +24,8 @@ PathTree::Item MakeItem(const TreeWalk::Step& step) {
     item.mType = node == nullptr ? "without content" : node->GetType();
     item.mName = node == nullptr ? "" : node->GetName();
   }
-  item.mIsAstray = step.mAstray;
-  if (step.mAstray) item.mType += ", reached by no link";
+  item.mIsUnreached = step.mIsUnreached;
+  if (step.mIsUnreached) item.mType += ", reached by no link";
   return item;
 }
 
@@ -52,7 +52,7 @@ PathTree::PathTree(const QovRyx::NodeTree& nodes) {
     mItems.push_back(std::move(item));
   }
   CountOccurrences();
-  CountBeneath();
+  CountDescendants();
 }
 
 void PathTree::CountOccurrences() {
@@ -64,9 +64,9 @@ void PathTree::CountOccurrences() {
   }
 }
 
-void PathTree::CountBeneath() {
+void PathTree::CountDescendants() {
   for (std::size_t i = mItems.size(); --i > 0;) {
-    mItems[mItems[i].mParent].mNumBeneath += mItems[i].mNumBeneath + 1;
+    mItems[mItems[i].mParent].mNumDescendants += mItems[i].mNumDescendants + 1;
   }
 }
 
@@ -77,12 +77,12 @@ PathTree::BackLinks PathTree::FindOddLinks(std::size_t item) const {
   const auto note = [](std::uint32_t link, std::uint32_t expected, auto& oddLink) {
     if (link != expected) oddLink = link;
   };
-  const bool hasPrevious = item != kTop && mPreviousItems[item] != kTop && !node.mIsAstray;
-  const bool hasParent = item != kTop && !node.mIsAstray;
+  const bool hasPrevious = item != kTop && mPreviousItems[item] != kTop && !node.mIsUnreached;
+  const bool hasParent = item != kTop && !node.mIsUnreached;
   note(node.mEntry->mParent, hasParent ? mItems[node.mParent].mId : 0, odd.mParent);
   note(node.mEntry->mPreviousSibling, hasPrevious ? mItems[mPreviousItems[item]].mId : 0,
        odd.mPreviousSibling);
-  const auto isReached = [this](std::size_t child) { return !mItems[child].mIsAstray; };
+  const auto isReached = [this](std::size_t child) { return !mItems[child].mIsUnreached; };
   const auto last = std::find_if(node.mChildren.rbegin(), node.mChildren.rend(), isReached);
   note(node.mEntry->mLastChild, last == node.mChildren.rend() ? 0 : mItems[*last].mId,
        odd.mLastChild);

@@ -23,8 +23,8 @@ class PathTree {
     std::size_t mOccurrence = 0;  ///< Among siblings of the same name and type, from 0.
     std::size_t mParent = 0;
     std::vector<std::size_t> mChildren;
-    std::size_t mNumBeneath = 0;
-    bool mIsAstray = false;  ///< Not reached by the links that are followed.
+    std::size_t mNumDescendants = 0;
+    bool mIsUnreached = false;  ///< Not reached by the links that are followed.
   };
 
   static constexpr std::size_t kTop = 0;
@@ -48,7 +48,7 @@ class PathTree {
 
  private:
   void CountOccurrences();
-  void CountBeneath();
+  void CountDescendants();
 
   std::vector<Item> mItems;
   std::vector<std::size_t> mPreviousItems;  ///< By item: the sibling before it, or kTop.

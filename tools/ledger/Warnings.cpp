@@ -12,6 +12,7 @@
 #include <unordered_set>
 
 #include "FitOfInstances.h"
+#include "Plural.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "check/Finding.h"
@@ -22,8 +23,6 @@ namespace Qov::Tools {
 namespace {
 
 namespace fs = std::filesystem;
-
-const char* Plural(std::uint64_t count) { return count == 1 ? "" : "s"; }
 
 bool IsContainer(const std::string& path) {
   try {
@@ -192,9 +191,8 @@ void ContentWarnings::FindLostValues() {
     const std::uint64_t count = Dropped(i, Item::LinkedResult, DropRule::LinkedToItself);
     if (count == 0) continue;
     Add("values-lost", mInputs[i].mPath,
-        fmt::format("{} linked result{} lose{} the values, because the link will lead to its own "
-                    "place",
-                    count, Plural(count), count == 1 ? "s" : ""),
+        Plural(count, "linked result", "lose") +
+            " the values, because the link will lead to its own place",
         "Use --suffix-file-instance instead of --auto-rename-instances; it keeps the links.");
   }
 }

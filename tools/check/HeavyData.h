@@ -5,8 +5,8 @@
 
 namespace Qov::Tools {
 
-/// Checks where arrays and node sets lie in the heavy stream, that the pieces of node sets agree,
-/// and that meshes hold together: elements name points that there are.
+/// Checks the places of arrays and node sets in the heavy stream, the pieces of node sets, and the
+/// meshes: the points of elements must exist.
 void CheckHeavyData(Container& container, ModelContent& model, Findings& findings);
 
 }  // namespace Qov::Tools
