@@ -17,15 +17,15 @@ namespace {
 using namespace QovRyx;
 using testing::HasSubstr;
 
-/// Models that cost far more than they are large, if anything is done for each part with each
-/// other: both programs get through them at once, or refuse them.
+/// Small models that would need much time or memory if the work grew with the square of a count.
+/// Both programs must process or refuse them quickly.
 class HostileInput : public RyxProgram {
  protected:
   static constexpr std::uint32_t kMany = kIsSlow ? 5000 : 50000;
 
   HostileInput() {
     mSurroundings.mEnvironment["PELORIN_TEMP_PATH"] = mDir.GetPath().string();
-    constexpr rlim_t kSeconds = 10;  // of processor time; what is well takes tenths of one
+    constexpr rlim_t kSeconds = 10;  // of CPU time; correct runs take tenths of a second
     if (!kIsSlow) mSurroundings.mLimits[RLIMIT_CPU] = kSeconds;
     if (!kIsSanitized) mSurroundings.mLimits[RLIMIT_AS] = rlim_t{1} << 30;
   }
@@ -63,7 +63,7 @@ class HostileInput : public RyxProgram {
       for (std::size_t i = 0; i < numCommon; ++i) geometry.EditVariable(i).mAttributes = attributes;
     });
   }
-  /// Every command that reads models; RyxMerge first, whose output verify gets.
+  /// All commands that read models. RyxMerge is first, because verify reads its output.
   void ExpectAllPass(const std::string& model) {
     const char* instances = "--merge-as-instances";
     for (const std::vector<std::string>& options : {std::vector<std::string>{},
@@ -82,7 +82,7 @@ class HostileInput : public RyxProgram {
     EXPECT_LE(Run({"check", model}).mStatus, 1) << model;
     EXPECT_EQ(Run({"diff", model, model}).mStatus, 0) << model;
   }
-  /// Refused as instances, with that text, and foreseen.
+  /// Expects that a merge as instances fails with that text, and that plan predicts it.
   void ExpectRefusal(const std::string& model, const std::string& text) {
     const Outcome outcome = Merge({"--merge-as-instances", model, model, mOutput});
     EXPECT_EQ(outcome.mStatus, 2) << model;
@@ -94,7 +94,7 @@ class HostileInput : public RyxProgram {
   const std::string mLog = mDir / "RyxMerge_trace.log";
 };
 
-TEST_F(HostileInput, ManyOfAnythingTakeTimeInProportion) {
+TEST_F(HostileInput, TimeIsProportionalToCounts) {
   ExpectAllPass(SaveModel("chain.ryx", [](Tree& tree) {
     for (std::uint32_t i = 1; i <= kMany; ++i) AddNode<Group>(tree, i, "Group");
   }));
@@ -124,7 +124,7 @@ TEST_F(HostileInput, ManyOfAnythingTakeTimeInProportion) {
   }));
 }
 
-TEST_F(HostileInput, NoFileAsksForAnyNumberOfLinks) {
+TEST_F(HostileInput, NumberOfGeneratedLinksIsLimited) {
   const std::string model = SaveModel("square.ryx", [](Tree& tree) {
     FillWithNames(tree, 6000, [](std::size_t i) {
       return (i % 2 == 0 ? "Common" : "Stress|LC") + std::to_string(i);
@@ -141,7 +141,7 @@ TEST_F(HostileInput, NoFileAsksForAnyNumberOfLinks) {
                             });
                           }),
                 "Too many instances would share too many results");
-  // What the second file shares is as large as the first one made it.
+  // The first file determines the number of links that the second one adds.
   const std::string first = SaveModel("first.ryx", [](Tree& tree) {
     FillWithNames(tree, 1, [](std::size_t) { return "Common|0"; });
     auto& attributes = AsGeometry(tree.GetNodes().GetReqNode(2))->EditVariable(0).mAttributes;
@@ -154,7 +154,7 @@ TEST_F(HostileInput, NoFileAsksForAnyNumberOfLinks) {
   EXPECT_EQ(Merge({"--merge-as-instances", first, second, mOutput}).mStatus, 2);
 }
 
-TEST_F(HostileInput, LittleCannotBeMadeIntoAnyAmount) {
+TEST_F(HostileInput, DecompressionIsLimited) {
   OldFile file(1);
   const std::string zeros(std::size_t{50} << 20, '\0');
   file.GetIndex().Put(kResources, zeros.data(), zeros.size());
@@ -166,7 +166,7 @@ TEST_F(HostileInput, LittleCannotBeMadeIntoAnyAmount) {
 }
 
 /// Uses inputs that compress well.
-TEST_F(HostileInput, OutputsOfMergesCanBeReadAgain) {
+TEST_F(HostileInput, OutputsOfMergesStayWithinTheLimits) {
   constexpr std::size_t kViews = kIsSlow ? 2000 : 60000;
   constexpr std::size_t kCommon = kIsSlow ? 60 : 600;
   constexpr std::size_t kInstances = kIsSlow ? 50 : 500;
@@ -201,7 +201,7 @@ TEST_F(HostileInput, GeneratedResultsTakeLittleMemory) {
   }
 }
 
-TEST_F(HostileInput, NodeSetsCannotAllBeTheSame) {
+TEST_F(HostileInput, NodeSetsDoNotShareTheirBytes) {
   constexpr std::uint32_t kNodes = 100;
   const std::string model = SaveModel("sets.ryx", [](Tree& tree) {
     for (std::uint32_t i = 0; i < kNodes; ++i) {
@@ -209,7 +209,7 @@ TEST_F(HostileInput, NodeSetsCannotAllBeTheSame) {
     }
   });
   Streams streams = ReadStreams(model);
-  constexpr std::size_t kRecord = 20;  // of a node's light data, with the offset at 8
+  constexpr std::size_t kRecord = 20;  // light data of a node, with the offset at 8
   std::string& light = streams[kLightData];
   const std::size_t first = light.size() - kNodes * kRecord;
   for (std::size_t i = 1; i < kNodes; ++i) {
@@ -220,7 +220,7 @@ TEST_F(HostileInput, NodeSetsCannotAllBeTheSame) {
   ExpectRefusal(model, "Too many node sets share their bytes");
 }
 
-/// More files than may be open at a time; scaled down from 65,536.
+/// Merges more files than can be open at a time.
 TEST_F(HostileInput, ThousandsOfFilesAreMerged) {
   constexpr std::size_t kFiles = 3000;
   const std::string model = SaveModel("model.ryx", [](Tree& tree) {
@@ -245,7 +245,7 @@ TEST_F(HostileInput, ThousandsOfFilesAreMerged) {
   EXPECT_EQ(AsGeometry(tree.GetNodes().GetReqNode(2))->GetVariables().size(), kFiles);
 }
 
-TEST_F(HostileInput, IdsDoNotWrapRound) {
+TEST_F(HostileInput, IdsDoNotOverflow) {
   const std::string model = SaveModel("high.ryx", [](Tree& tree) {
     NodeTree::Node entry;
     entry.mId = 0xFFFFFFF0;
@@ -259,15 +259,15 @@ TEST_F(HostileInput, IdsDoNotWrapRound) {
   EXPECT_FALSE(Exists(mOutput));
 }
 
-/// Whether a terminal could be steered by the text, or a line be forged in it.
+/// Returns true if the text could control a terminal or contain a forged line.
 bool IsPlain(const std::string& text) {
   return std::all_of(text.begin(), text.end(),
                      [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }) &&
          text.find("\nFORGED") == text.npos;
 }
 
-TEST_F(HostileInput, NoNameReachesTheTerminalAsItIs) {
-  // Colours, a newline, DEL, a control character of two bytes, no UTF-8, text from right to left.
+TEST_F(HostileInput, NamesAreEscapedOnOutput) {
+  // Colours, a newline, DEL, a two-byte control character, invalid UTF-8, right-to-left text.
   const std::string name = "a\033[2J\nFORGED\r\b\x7F\xC2\x9B\xFF\xE2\x80\xAE!";
   const std::string model = SaveModel("model.ryx", [&name](Tree& tree) {
     AddNode<Group>(tree, 1, name).mAttributes[name] = name;
@@ -283,7 +283,7 @@ TEST_F(HostileInput, NoNameReachesTheTerminalAsItIs) {
   });
   const std::string other = Plate("other.ryx");
   Streams streams = ReadStreams(model);
-  const std::string count("\3\0\0\0", 4);  // of the geometry's results
+  const std::string count("\3\0\0\0", 4);  // number of results of the geometry
   std::string& light = streams[kLightData];
   light.replace(light.find(count + std::string(1, static_cast<char>(name.size()))), 4, 4, '\xFF');
   streams[name] = "a stream";
@@ -320,7 +320,7 @@ TEST_F(HostileInput, NoNameReachesTheTerminalAsItIs) {
   }
 }
 
-TEST_F(HostileInput, NothingIsLeftWhereNothingCanBeWritten) {
+TEST_F(HostileInput, FailedMergesLeaveNoFiles) {
   const std::string model = Plate("model.ryx");
   const std::string views = Views("views.vpt");
   for (const std::string& place : {mDir / "none", model, std::string("/proc")}) {
@@ -333,7 +333,7 @@ TEST_F(HostileInput, NothingIsLeftWhereNothingCanBeWritten) {
   }
 }
 
-/// What others put into a folder that all may write to.
+/// Links that another user placed into a shared folder.
 TEST_F(HostileInput, PlantedLinksAreNotFollowed) {
   const std::string model = Plate("model.ryx");
   const std::string precious = mDir / "precious";

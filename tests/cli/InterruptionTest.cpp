@@ -32,8 +32,8 @@ class Interruption : public RyxProgram {
   }
   std::string ReadInputs() const { return ReadFile(mInputs[0]) + ReadFile(mInputs[1]); }
 
-  /// Returns the output up to and including its first block, without the history, which holds the
-  /// date.
+  /// Returns the output up to and including its first block, without the history, because it
+  /// contains the date.
   std::string ReadHeavyData() const {
     constexpr std::size_t kSizeOfFirst = 16 + 4 + 133;
     constexpr std::size_t kFirst = 2800;
@@ -48,7 +48,7 @@ class Interruption : public RyxProgram {
   std::string mBefore;
 };
 
-TEST_F(Interruption, ByAFullDiskIsTold) {
+TEST_F(Interruption, ByAFullDiskIsReported) {
   ASSERT_EQ(Merge().mStatus, 0);
   const std::size_t size = ReadFile(mOutput).size();
   for (const std::size_t most : {std::size_t{1000}, std::size_t{2799}, size - 1}) {
@@ -113,9 +113,9 @@ TEST_F(Interruption, ByAnotherWriterOfTheOutputIsReported) {
   EXPECT_EQ(Merge().mStatus, 0);
 }
 
-/// Whenever it comes, the inputs stay, what is left is no model or a whole one, and the next run
-/// works.
-TEST_F(Interruption, BySignalsLeavesTheNextRunAlone) {
+/// A signal at any time must leave the inputs unchanged, no incomplete model, and nothing that
+/// stops the next run.
+TEST_F(Interruption, BySignalsDoesNotAffectTheNextRun) {
   constexpr int kNumRuns = 40;
   for (const std::string& input : mInputs) SavePlate(input, {"Stress|LC1"}, 0, 50000);
   mBefore = ReadInputs();

@@ -8,14 +8,14 @@
 
 namespace Qov::Test {
 
-/// The shape of a subcommand's documents, taken from the tables of the page that describes it.
+/// The members of a subcommand's documents, read from the tables of the page that describes them.
 class JsonShape {
  public:
   using Json = Tools::Json;
 
   explicit JsonShape(const std::string& command);
 
-  /// What is wrong with the document, or an empty text.
+  /// Returns the first error of the document, or an empty text.
   std::string Check(const Json& value, const std::string& type = "Document",
                     const std::string& place = "") const;
 

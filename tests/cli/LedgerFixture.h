@@ -18,7 +18,7 @@ inline const std::vector<Strings> kMergeKinds = {
     {"--merge-as-instances", "--suffix-file-instance"},
     {"--merge-as-instances", "--auto-rename-instances"}};
 
-/// Merges, and what is foretold and found of them.
+/// Runs merges, and compares their plans and recounts.
 class LedgerTest : public RyxProgram {
  protected:
   static Strings Joined(Strings words, const Strings& more) {
@@ -26,7 +26,7 @@ class LedgerTest : public RyxProgram {
     return words;
   }
 
-  /// Runs RyxMerge into a fresh output; gives its status.
+  /// Runs RyxMerge with a new output. Returns its status.
   int Merge(const Strings& options, const Strings& inputs);
 
   Outcome Plan(const Strings& options, const Strings& inputs) const;
@@ -35,13 +35,13 @@ class LedgerTest : public RyxProgram {
   /// Expects the plan of a merge to equal the recount of the merge that follows.
   void ExpectAsPlanned(const Strings& options, const Strings& inputs);
 
-  /// How often a rule applied, in all inputs or in the output.
+  /// Returns the number of items to which a rule applied, in all inputs or in the output.
   static std::uint64_t CountRule(const Tools::Json& ledger, const std::string& rule);
 
   std::string mOutput = mDir / "out.ryx";
 };
 
-/// Files of one random structure whose results differ, with names that meet in every way.
+/// Returns files with one random structure and different results, whose names overlap in all ways.
 class RandomSeries {
  public:
   explicit RandomSeries(std::uint32_t seed) : mSeed(seed), mRandom(seed + 1) {}

@@ -7,7 +7,7 @@
 namespace Qov::Test {
 namespace {
 
-/// RyxMerge, on its own and with what ryx tells of what it wrote.
+/// Runs RyxMerge, and shows its outputs with ryx.
 class RyxMergeProgram : public RyxProgram {
  protected:
   RyxMergeProgram() {
@@ -18,10 +18,10 @@ class RyxMergeProgram : public RyxProgram {
   }
 };
 
-TEST_F(RyxMergeProgram, TellsItsUsageAndKeepsALog) { ExpectTranscript("merge_usage.txt"); }
+TEST_F(RyxMergeProgram, PrintsItsUsageAndWritesALog) { ExpectTranscript("merge_usage.txt"); }
 
 TEST_F(RyxMergeProgram, MergesInEveryMode) {
-  // A first model in which a node is no geometry, and a further one with results for it.
+  // A first model in which a node is not a geometry, and a further one with results for it.
   SaveModel("first.ryx", [](QovRyx::Tree& tree) {
     BuildPlate(tree, {"Stress|LC1", "Stress|LC2"}, 1);
     AddNode<QovRyx::Group>(tree, PlateIds::kGroup, "Group");
@@ -45,21 +45,21 @@ TEST_F(RyxMergeProgram, MergesInEveryMode) {
 }
 
 TEST_F(RyxMergeProgram, AddsViews) {
-  // Views that end too early.
+  // A truncated stream of views.
   Streams model = ReadStreams(mDir / "run2.ryx");
   model["View Points"] = ReadStreams(mDir / "v.vpt").at("View Points").substr(0, 3000);
   WriteStreams(mDir / "damaged.ryx", model);
   ExpectTranscript("merge_views.txt");
 }
 
-TEST_F(RyxMergeProgram, TakesManyFilesAndSmallBlocks) {
+TEST_F(RyxMergeProgram, MergesManyFilesAndSmallBlocks) {
   SavePlate(mDir / "a.ryx", {"Stress|LC1", "Mass"}, 1, 3000);
   SavePlate(mDir / "b.ryx", {"Stress|LC1", "Mass"}, 2, 1700);
   ExpectTranscript("merge_limits.txt");
 }
 
-TEST_F(RyxMergeProgram, RefusesWhatItCannotMergeAndLeavesNothingBehind) {
-  // Both modes and both orders, and what they say and their statuses, each once.
+TEST_F(RyxMergeProgram, RefusesInvalidInputsAndLeavesNoFiles) {
+  // Both modes and both orders. Each message and status is shown once.
   WriteFile(mDir / "refuse",
             "for mode in datasets instances; do\n"
             "  RyxMerge --merge-as-$mode run1.ryx $1 out.ryx; echo $?\n"
@@ -67,8 +67,8 @@ TEST_F(RyxMergeProgram, RefusesWhatItCannotMergeAndLeavesNothingBehind) {
             "done 2>&1 | grep '^[0-9DE]\\|^The file' | sort -u; ls | grep out.ryx; cmp run1.ryx "
             "before\n");
   WriteFile(mDir / "before", ReadFile(mDir / "run1.ryx"));
-  // The node sets at the end of a further instance's heavy block are not read, nor is the checksum
-  // behind them that vouches for the results in front.
+  // The node sets at the end of the heavy block of a further instance are not read, and neither is
+  // the checksum after them, which protects the results before them.
   std::string damaged = ReadFile(mDir / "run2.ryx");
   std::uint32_t size = 0;
   std::memcpy(&size, damaged.data() + 16 + 4 + 133, sizeof(size));

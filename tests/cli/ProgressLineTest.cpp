@@ -9,7 +9,7 @@ namespace {
 
 using testing::IsEmpty;
 
-/// What would be seen on a terminal whose first line this is.
+/// Returns the visible text of a terminal after this output.
 std::string Seen(const std::string& drawn) {
   std::string line;
   std::size_t column = 0;
@@ -45,7 +45,7 @@ class Progress : public testing::Test {
                      40};
 };
 
-TEST_F(Progress, TellsBytesRateAndTimeLeft) {
+TEST_F(Progress, ShowsBytesRateAndRemainingTime) {
   mLine.Start(2000000000);
   AdvanceAfter(199, 1);
   EXPECT_THAT(mTerminal.str(), IsEmpty());
@@ -61,14 +61,14 @@ TEST_F(Progress, TellsBytesRateAndTimeLeft) {
   EXPECT_THAT(Seen(mTerminal.str()), IsEmpty());
 }
 
-TEST_F(Progress, DrawsFiveTimesASecondAtMost) {
+TEST_F(Progress, DrawsAtMostFiveTimesPerSecond) {
   mLine.Start(1000);
   for (int i = 0; i < 1000; ++i) AdvanceAfter(3, 1);
   EXPECT_GT(mNumDrawn, 10U);
   EXPECT_LE(mNumDrawn, 15U);
 }
 
-TEST_F(Progress, StaysBelowTheWidthOfTheTerminal) {
+TEST_F(Progress, FitsTheWidthOfTheTerminal) {
   mLine.Start(123456789000000);
   AdvanceAfter(200, 1234567890);
   EXPECT_EQ(Seen(mTerminal.str()), "1235 of 123456789 MB, 6173 MB/s, 5:33:2");

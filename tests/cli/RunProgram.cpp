@@ -13,7 +13,7 @@
 namespace Qov::Test {
 namespace {
 
-/// The rest of the life of a child process.
+/// Runs the program in the child process.
 [[noreturn]] void BecomeProgram(std::vector<std::string>& command, const Surroundings& surroundings,
                                 const TempDir& streams) {
   const auto redirect = [&streams](int target, const char* name) {

@@ -30,20 +30,20 @@ std::uint32_t Peek(const std::string& bytes, std::size_t at) {
   return value;
 }
 
-/// Where records of the plate stand in the tree stream, and the fields in a record.
+/// Positions of the plate's records in the tree stream, and of the fields in a record.
 constexpr std::size_t kGeometry = 161;
 constexpr std::size_t kSets = 220;
 constexpr std::size_t kParent = 4;
 constexpr std::size_t kNext = 12;
 
-/// Of the container: where the items of the index begin, their size, and the size of a block in
-/// them; where the blocks begin.
+/// Positions in the container: first item of the index, size of an item, position of the block size
+/// in it, and first block.
 constexpr std::size_t kItems = 20;
 constexpr std::size_t kItemSize = 139;
 constexpr std::size_t kBlockSize = 133;
 constexpr std::size_t kBlocks = 2800;
 
-/// The place of the block whose item is at `item`.
+/// Returns the position of the block whose item is at `item`.
 std::size_t FindBlock(const std::string& bytes, std::size_t item) {
   std::size_t at = kBlocks;
   for (std::size_t i = kItems; i != item; i += kItemSize) at += Peek(bytes, i + kBlockSize);
@@ -106,18 +106,18 @@ TEST_F(RyxCheck, FindsNoErrorInSharedModels) {
     const std::string name = entry.path().filename();
     const char* expected = name == "oldest.vpt" ? "warning no-model @ "
                            : name == "rear_case.ryx"
-                               ? "warning result-name"  // it has two "Normals"
+                               ? "warning result-name"  // two results are named "Normals"
                                : "";
     EXPECT_EQ(FindingsOf(entry.path()).substr(0, 19), expected) << entry.path();
   }
 }
 
-TEST_F(RyxCheck, FindsOnlyLostLinksInRandomModels) {
+TEST_F(RyxCheck, FindsOnlyDanglingLinksInRandomModels) {
   for (std::uint32_t seed = 0; seed < 60; ++seed) {
     std::istringstream findings(
         FindingsOf(SaveModel("random.ryx", [seed](Tree& tree) { RandomModel(seed).Fill(tree); })));
     for (std::string line; std::getline(findings, line);) {
-      if (line.find(" @ ") == line.npos) continue;  // a name with the end of a line in it
+      if (line.find(" @ ") == line.npos) continue;  // a name with a newline
       EXPECT_THAT(line, testing::ContainsRegex("^(error link-|warning array-|warning result-)"))
           << seed;
     }
@@ -126,7 +126,7 @@ TEST_F(RyxCheck, FindsOnlyLostLinksInRandomModels) {
 
 TEST_F(RyxCheck, FindsEachDamage) {
   Streams sound = ReadStreams(SavePlate());
-  QovJbf::JbFile history;  // one that does not tell where and when this is
+  QovJbf::JbFile history;  // without host and date
   history.GetIndex().Put("Global Information", std::vector<ModifierInfo>(1));
   WriteTo(history, mDir / "history");
   sound["Global Information"] = ReadStreams(mDir / "history").begin()->second;
@@ -138,7 +138,7 @@ TEST_F(RyxCheck, FindsEachDamage) {
 
 using Corners = std::vector<std::uint32_t>;
 
-/// The points of two meshes, of 3 and 4 corners, with elements of as many corners as told.
+/// Adds two meshes with 3 and 4 points, and elements with the given numbers of corners.
 void AppendTwoMeshes(Geometry& geometry, const Corners& numCorners) {
   for (const std::uint32_t n : {3U, 4U}) {
     geometry.AppendVariable(MakeVariable("Coordinates", 0, NumericArray::Of(Ramp(3 * n, 0), 3)));
@@ -163,7 +163,7 @@ TEST_F(RyxCheck, FollowsLinksAndComparesMeshArrays) {
     mesh.AppendVariable(MakeVariable("Connectivity|B", 4, NumericArray::Of(Count(5, 0))));
     mesh.AppendVariable(MakeVariable("Polylength", 5, NumericArray::Of(Count(2, 2))));
     mesh.AppendVariable(MakeVariable("Polylength|B", 5, NumericArray::Of(Count(2, 3))));
-    // As merged files leave them: sound, the second one wrong, and one that has no partner.
+    // As after a merge: correct, with a wrong second mesh, and one without a partner.
     for (const auto& [name, numCorners] :
          {std::pair("Pair", Corners{3, 4}), {"Wrong", {3, 9}}, {"Odd", {9}}}) {
       AppendTwoMeshes(AddNode<Geometry>(tree, 1, name), numCorners);
@@ -187,7 +187,7 @@ TEST_F(RyxCheck, ComparesResultsWithTheirGeometry) {
     add("One an element", 4);
     add("None", 0);
     mesh.AppendVariable(MakeLinked("Linked", {PlateIds::kGeometry, 5}));
-    // A second mesh, as a merge leaves it.
+    // A second mesh, as after a merge.
     mesh.AppendVariable(MakeVariable("Coordinates|LC2", 0, NumericArray::Of(Ramp(18, 0), 3)));
     add("Five", 5);
     auto& points = AddNode<Geometry>(tree, PlateIds::kShape, "Elements unknown");
@@ -199,7 +199,7 @@ TEST_F(RyxCheck, ComparesResultsWithTheirGeometry) {
   ExpectGolden("check_results.txt", FindingsOf(path));
 }
 
-TEST_F(RyxCheck, FindsWhatReadersDropOfTextsAndMaps) {
+TEST_F(RyxCheck, FindsDataThatReadersDropFromTextsAndMaps) {
   const std::string path = SaveModel("texts.ryx", [](Tree& tree) {
     BuildPlate(tree, {"Stress"}, 0);
     AddViewPointPath(tree, "walk", 0);
@@ -211,7 +211,7 @@ TEST_F(RyxCheck, FindsWhatReadersDropOfTextsAndMaps) {
   ExpectFindings("check_texts.txt", ReadStreams(path));
 }
 
-TEST_F(RyxCheck, ReadsNothingThatIsMadeOfTooFewBytes) {
+TEST_F(RyxCheck, RefusesStreamsAboveTheLoadLimit) {
   const std::string zeros(std::size_t{2} << 20, '\0');
   const ScopedEnvironment limit("RYXMERGE_LOAD_LIMIT", "1000000");
   for (const std::string& stream : {kAttributes, kGlobalInformation, kViewPoints}) {
@@ -231,7 +231,7 @@ TEST_F(RyxCheck, ReadsNothingThatIsMadeOfTooFewBytes) {
   }
 }
 
-/// For a file of version 0.5, where values stand inline.
+/// Builds a file of version 0.5, with inline values.
 void PutGeometry(OldFile& old, const char* name, std::uint32_t kind, NumericArray values,
                  const std::string& version) {
   Geometry geometry("");
@@ -240,7 +240,7 @@ void PutGeometry(OldFile& old, const char* name, std::uint32_t kind, NumericArra
   old.PutGeometry(geometry, version);
 }
 
-TEST_F(RyxCheck, CountsToTheValuesOfOlderFiles) {
+TEST_F(RyxCheck, FindsInlineValuesOfOlderFiles) {
   OldFile old(4);
   PutGeometry(old, "Coordinates", 0, NumericArray::Of(Ramp(9, 0), 3), "0.5");
   old.PutRecord("", "NodeSets", "0.1");
@@ -269,7 +269,7 @@ TEST_F(RyxCheck, FollowsTheChainOfIndexBlocks) {
               HasSubstr("error unfinished @ stream \"\vIndex Block \", block 19"));
 }
 
-TEST_F(RyxCheck, GoesOnBehindDamageAndSaysWhatIsNotChecked) {
+TEST_F(RyxCheck, ContinuesAfterDamageAndReportsUncheckedParts) {
   const ScopedEnvironment smallBlocks("TELMORAX_MAX_RYX_BLOCK_SIZE", "100");
   std::string bytes = ReadFile(SavePlate());
   char& damaged = bytes[FindBlock(bytes, bytes.find("Light Data") - 5) + 20];
@@ -282,13 +282,13 @@ TEST_F(RyxCheck, GoesOnBehindDamageAndSaysWhatIsNotChecked) {
   EXPECT_THAT(found, testing::Not(HasSubstr("stream-end")));
 }
 
-TEST_F(RyxCheck, TakesTimeInProportionForManyOfAnything) {
+TEST_F(RyxCheck, TakesTimeProportionalToCounts) {
   constexpr std::uint32_t kMany = kIsSlow ? 5000 : 50000;
   Streams streams = ReadStreams(SavePlate());
   const std::string record = streams[kRyxTree].substr(kGeometry, kSets - kGeometry);
   std::string& tree = streams[kRyxTree] = streams[kRyxTree].substr(0, kSets);
   for (std::uint32_t i = 0; i < kMany; ++i) {
-    tree += record;  // all of them with the same descriptors
+    tree += record;  // with the same descriptors
     Poke(tree, tree.size() - record.size(), 6 + i);
     Poke(tree, tree.size() - record.size() + kNext, 7 + i);
   }
@@ -306,7 +306,7 @@ TEST_F(RyxCheck, TakesTimeInProportionForManyOfAnything) {
   EXPECT_EQ(FindingsOf(path), "");
 }
 
-TEST_F(RyxCheck, TellsFindingsAsTextAndJson) {
+TEST_F(RyxCheck, PrintsFindingsAsTextAndJson) {
   Streams streams = ReadStreams(SavePlate());
   Damage(streams[kLightData], "LC1+9 = 00");  // its width
   WriteStreams(mDir / "warned.ryx", streams);

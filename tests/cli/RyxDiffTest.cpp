@@ -24,7 +24,7 @@ class RyxDiff : public RyxProgram {
  protected:
   using Build = std::function<void(Tree&)>;
 
-  /// What differs, as "code path result: text".
+  /// Returns the differences as "code path result: text".
   static std::vector<std::string> Describe(const Tools::DiffReport& report) {
     std::vector<std::string> texts;
     for (const ModelDifference& found : report.mDifferences) {
@@ -62,7 +62,7 @@ class RyxDiff : public RyxProgram {
   static NodeTree::Node& Entry(Tree& tree, std::uint32_t id) {
     return tree.GetNodes().GetReqNode(id);
   }
-  /// The plate with a change.
+  /// Returns a builder of the plate with a change.
   static Build Changed(const std::function<void(Tree&)>& change) {
     return [change](Tree& tree) {
       Plate(tree);
@@ -70,7 +70,7 @@ class RyxDiff : public RyxProgram {
     };
   }
 
-  /// Two models of one result each, with these values.
+  /// Compares two models that have one result each, with these values.
   std::vector<std::string> DiffValues(const std::vector<float>& a, const std::vector<float>& b,
                                       const DiffOptions& options) const {
     const auto build = [](const std::vector<float>& values) {
@@ -83,7 +83,7 @@ class RyxDiff : public RyxProgram {
   }
 };
 
-TEST_F(RyxDiff, FindsNothingBetweenAModelAndItself) {
+TEST_F(RyxDiff, FindsNoDifferenceBetweenAModelAndItself) {
   ASSERT_EQ(Run({"sample", mDir / ""}).mStatus, 0);
   for (const char* name : {"plate.ryx", "assembly.ryx", "steps/run3.ryx"}) {
     EXPECT_THAT(DiffFiles(mDir / name, mDir / name, {}), IsEmpty()) << name;
@@ -101,14 +101,14 @@ TEST_F(RyxDiff, FindsTheSameResultsInOldVersionsOfASharedModel) {
   options.mIgnored = {"flags", "groups", "materials", "node-sets", "version", "views"};
   for (const char* name : {"plate_small_blocks.ryx", "plate_version_0.5.ryx",
                            "plate_version_0.6.ryx", "plate_version_1.0.ryx"}) {
-    // Nodes had no attributes then.
+    // Nodes of old versions have no attributes.
     EXPECT_THAT(DiffFiles(plate, FindSharedModel(name), options),
                 testing::Each(testing::MatchesRegex("attributes/Plate(/Skin)? :.*")))
         << name;
   }
 }
 
-TEST_F(RyxDiff, FindsEachChangeAndIgnoresItIfAsked) {
+TEST_F(RyxDiff, FindsEachChangeUnlessIgnored) {
   struct Change {
     const char* mIgnore;  ///< The word for it, or an empty text.
     void (*mDo)(Tree& tree);
@@ -178,7 +178,7 @@ TEST_F(RyxDiff, FindsEachChangeAndIgnoresItIfAsked) {
   ExpectGolden("diff_changes.txt", text);
 }
 
-TEST_F(RyxDiff, SeesOrderOnlyWhereAsked) {
+TEST_F(RyxDiff, ReportsOrderUnlessIgnored) {
   const auto groups = [](const std::vector<const char*>& names) {
     return [names](Tree& tree) {
       for (const char* name : names) {
@@ -210,7 +210,7 @@ TEST_F(RyxDiff, SeesOrderOnlyWhereAsked) {
               "order : the order of the paths of views differs");
 }
 
-TEST_F(RyxDiff, ComparesValuesBitForBitUnlessToldOtherwise) {
+TEST_F(RyxDiff, ComparesValuesBitForBitOrWithinATolerance) {
   constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   const float otherNaN = std::bit_cast<float>(0x7FC00001U);
@@ -237,7 +237,7 @@ TEST_F(RyxDiff, ComparesValuesBitForBitUnlessToldOtherwise) {
               testing::SizeIs(1));
 }
 
-TEST_F(RyxDiff, ComparesIntegersBehindLinksExactly) {
+TEST_F(RyxDiff, ComparesIntegersOfLinkedResultsExactly) {
   const auto linkedTo = [](std::uint32_t position) {
     return [position](Tree& tree) {
       Geometry& geometry = AddNode<Geometry>(tree, 1, "G");
@@ -255,7 +255,7 @@ TEST_F(RyxDiff, ComparesIntegersBehindLinksExactly) {
   EXPECT_THAT(Diff(linkedTo(0), linkedTo(2), options), testing::SizeIs(1));
 }
 
-TEST_F(RyxDiff, TakesTheLastToleranceWhosePatternFits) {
+TEST_F(RyxDiff, UsesTheLastToleranceWhosePatternMatches) {
   DiffOptions options;
   options.mTolerances.SetDefault({5.0, 0, 0});
   options.mTolerances.Add(Tools::ParseNamedTolerance("R*:abs=0.25,ulp=3"));
@@ -269,7 +269,7 @@ TEST_F(RyxDiff, TakesTheLastToleranceWhosePatternFits) {
   }
 }
 
-TEST_F(RyxDiff, KnowsTheNamesOfATolerance) {
+TEST_F(RyxDiff, MatchesNamesInAllTheirForms) {
   const std::string name = "\u00C4 [MPa]\x1ELC1";
   for (const char* pattern :
        {"\u00C4 [MPa]\\x1ELC1", "\u00C4 [MPa]\u241ELC1", "\u00C4 [MPa]\x1ELC1", "\u00C4 [MPa]",
@@ -285,7 +285,7 @@ TEST_F(RyxDiff, KnowsTheNamesOfATolerance) {
   EXPECT_EQ(*tolerances.FindUnused({name}), "LC1");
 }
 
-TEST_F(RyxDiff, CountsWhatCannotBeComparedAsDifferent) {
+TEST_F(RyxDiff, ReportsPartsThatCannotBeRead) {
   const std::string path = SaveModel("a.ryx", Plate);
   std::string bytes = ReadFile(path);
   bytes[2900] = static_cast<char>(~bytes[2900]);  // in the heavy data
@@ -295,7 +295,7 @@ TEST_F(RyxDiff, CountsWhatCannotBeComparedAsDifferent) {
   EXPECT_THAT(found, testing::SizeIs(6));
 }
 
-TEST_F(RyxDiff, TakesTimeInProportionForVeryDifferentTrees) {
+TEST_F(RyxDiff, TakesTimeProportionalToTheTrees) {
   constexpr std::uint32_t kMany = 20000;
   const auto wide = [](const char* prefix) {
     return [prefix](Tree& tree) {
@@ -313,7 +313,7 @@ TEST_F(RyxDiff, TakesTimeInProportionForVeryDifferentTrees) {
   EXPECT_EQ(Describe(DiffInMemory(deep(1), deep(2))).size(), kMany - 1);
 }
 
-TEST_F(RyxDiff, TellsDifferencesAsTextAndJson) {
+TEST_F(RyxDiff, PrintsDifferencesAsTextAndJson) {
   SaveModel("a.ryx", Plate);
   SaveModel("b.ryx", Changed([](Tree& tree) {
               Mesh(tree).EditVariable(0).mValues = NumericArray::Of(Ramp(120, 2), 3);

@@ -46,10 +46,10 @@ class RyxDump : public RyxProgram {
 };
 
 TEST_F(RyxDump, PrintsValues) { ExpectTranscript("dump_values.txt"); }
-TEST_F(RyxDump, PrintsEverythingElse) { ExpectTranscript("dump_state.txt"); }
-TEST_F(RyxDump, SaysWhatItCannotFindOrDo) { ExpectTranscript("dump_errors.txt"); }
+TEST_F(RyxDump, PrintsAllOtherParts) { ExpectTranscript("dump_state.txt"); }
+TEST_F(RyxDump, ReportsErrors) { ExpectTranscript("dump_errors.txt"); }
 
-TEST_F(RyxDump, GivesEveryArrayOfRandomModelsBitForBit) {
+TEST_F(RyxDump, PrintsAllArraysOfRandomModelsBitForBit) {
   std::size_t numArrays = 0;
   for (std::uint32_t seed = 1; seed <= 6; ++seed) {
     mPath = SaveModel("random.ryx", [&](Tree& tree) { RandomModel(seed).Fill(tree); });
@@ -71,7 +71,7 @@ TEST_F(RyxDump, GivesEveryArrayOfRandomModelsBitForBit) {
   EXPECT_GT(numArrays, 10U);
 }
 
-TEST_F(RyxDump, NamesOfNodeSetsKeepTheirZeroBytesEverywhere) {
+TEST_F(RyxDump, NamesOfNodeSetsKeepTheirZeroBytes) {
   const auto save = [this](const char* file, const std::string& name) {
     return SaveModel(file, [&name](Tree& tree) {
       AddNode<NodeSets>(tree, 1, "S").SetSets({{name, {7}}, {"a", {8}}});

@@ -8,7 +8,7 @@ using QovRyx::Geometry;
 
 class RyxInfo : public RyxProgram {
  protected:
-  /// A file whose every byte is known: its blocks are plain and its history is old.
+  /// Writes a file with constant bytes: its blocks are not compressed, and its history is fixed.
   void SaveFixed() const {
     const std::string path = SaveModel("fixed.ryx", [](QovRyx::Tree& tree) {
       BuildPlate(tree, {"Stress|LC1", "Stress|Long name \033[31m of a load case"}, 1);
@@ -38,7 +38,7 @@ TEST_F(RyxInfo, ShowsAFileOnOneScreen) {
   ExpectTranscript("info.txt");
 }
 
-TEST_F(RyxInfo, ShowsWhatCanBeReadOfDamagedFiles) { ExpectTranscript("info_damaged.txt"); }
+TEST_F(RyxInfo, ShowsReadablePartsOfDamagedFiles) { ExpectTranscript("info_damaged.txt"); }
 
 }  // namespace
 }  // namespace Qov::Test

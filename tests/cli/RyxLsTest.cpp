@@ -11,7 +11,7 @@ using namespace QovRyx;
 
 class RyxLs : public RyxProgram {
  protected:
-  /// An entry whose links are what they are.
+  /// Adds an entry with the given links.
   static void PutGroup(Tree& tree, std::uint32_t id, std::uint32_t nextSibling,
                        std::uint32_t firstChild) {
     NodeTree::Node entry;
@@ -55,7 +55,7 @@ void BuildOddLinks(Geometry& geometry) {
 
 TEST_F(RyxLs, ShowsModelsAndViewPointFiles) { ExpectTranscript("ls_samples.txt"); }
 
-TEST_F(RyxLs, ShowsOddResultsAndLinks) {
+TEST_F(RyxLs, ShowsUnusualResultsAndLinks) {
   SaveModel("odd.ryx", [](Tree& tree) {
     Group& group = AddNode<Group>(tree, NodeTree::kRootId, "Top \\ \xFF\x9B");
     group.mAttributes = {{"text", std::string("say \"hi\"\n")},
@@ -73,7 +73,7 @@ TEST_F(RyxLs, ShowsOddResultsAndLinks) {
   ExpectTranscript("ls_odd.txt");
 }
 
-TEST_F(RyxLs, SendsNoByteOfANameThatCouldDoHarm) {
+TEST_F(RyxLs, EscapesHarmfulBytesOfNames) {
   SaveModel("evil\033[2J.ryx", [](Tree& tree) {
     AddNode<Group>(tree, NodeTree::kRootId, "red \033[31m\r\n\x7F bell \a");
     AddNode<Group>(tree, NodeTree::kRootId, "C1 \xC2\x9B, turned \xE2\x80\xAE, bad \xFF\xC3(");
@@ -87,13 +87,13 @@ TEST_F(RyxLs, SendsNoByteOfANameThatCouldDoHarm) {
   ExpectTranscript("ls_escapes.txt");
 }
 
-TEST_F(RyxLs, FollowsBrokenAndDeepTreesToAnEnd) {
+TEST_F(RyxLs, ShowsDamagedAndDeepTrees) {
   SaveModel("broken.ryx", [](Tree& tree) {
     tree.GetNodes().GetReqNode(NodeTree::kRootId).mFirstChild = 2;
     PutGroup(tree, 2, 3, 4);
-    PutGroup(tree, 3, 2, 99);  // a circle of siblings, and a child that is not there
+    PutGroup(tree, 3, 2, 99);  // a cycle of siblings, and a missing child
     PutGroup(tree, 4, 0, 2);   // a child that is its own grandparent
-    PutGroup(tree, 5, 0, 6);   // no link leads to these two
+    PutGroup(tree, 5, 0, 6);   // not reached by any link
     PutGroup(tree, 6, 0, 0);
     NodeTree::Node empty;
     empty.mId = 7;
@@ -105,7 +105,7 @@ TEST_F(RyxLs, FollowsBrokenAndDeepTreesToAnEnd) {
   ExpectTranscript("ls_broken_trees.txt");
 }
 
-TEST_F(RyxLs, ShowsWhatCanBeReadAndSaysWhatCannot) {
+TEST_F(RyxLs, ShowsReadablePartsAndReportsErrors) {
   SaveModel("cut.ryx", [](Tree& tree) {
     BuildPlate(tree, {"Stress|LC1"}, 1);
     AddViewPointPath(tree, "walk", 2);

@@ -18,7 +18,7 @@ const TextStyle kPipe;
 const TextStyle kUtf8Terminal{true, true, true, 80};
 const TextStyle kAsciiTerminal{true, false, false, 80};
 
-TEST(RyxEscape, SuitsWhereTheTextGoes) {
+TEST(RyxEscape, DependsOnTheStyle) {
   struct Case {
     std::string mText, mPipe, mUtf8, mAscii;
   };
@@ -36,7 +36,7 @@ TEST(RyxEscape, SuitsWhereTheTextGoes) {
   }
 }
 
-TEST(RyxEscape, TakesOnlyWellFormedUtf8ForText) {
+TEST(RyxEscape, EscapesInvalidUtf8) {
   EXPECT_EQ(Escape("\xC0\xAF", kPipe), "\\xC0\\xAF");                    // overlong
   EXPECT_EQ(Escape("\xE0\x80\xAF", kPipe), "\\xE0\\x80\\xAF");           // overlong
   EXPECT_EQ(Escape("\xED\xA0\x80", kPipe), "\\xED\\xA0\\x80");           // a surrogate
@@ -70,7 +70,7 @@ TEST(RyxEscape, IsUndoneByUnescape) {
   EXPECT_EQ(Unescape("C:\\temp \\x4 \\xG1"), "C:\\temp \\x4 \\xG1");
 }
 
-TEST(RyxJson, HoldsAnyTextAndAnyNumber) {
+TEST(RyxJson, RepresentsAnyTextAndNumber) {
   const Json document{{"name", JsonText("\x1E\\ \xFF\u00E4\x7F")},
                       {"numbers", {JsonNumber(NAN), JsonNumber(-INFINITY), JsonFloat(0.1F)}}};
   EXPECT_EQ(FormatJson(document),
@@ -78,7 +78,7 @@ TEST(RyxJson, HoldsAnyTextAndAnyNumber) {
             "  \"numbers\": [\n    \"NaN\",\n    \"-Infinity\",\n    0.1\n  ]\n}");
 }
 
-TEST(RyxTextTable, KeepsColumnsInPlaceWhateverTheCellsHold) {
+TEST(RyxTextTable, AlignsColumns) {
   TextTable table({{"NAME"}, {"COUNT", TextTable::Align::Right}, {"EMPTY"}, {"NOTE"}}, 6);
   table.AddRow({"short", "7", "", "a last cell may be long"});
   table.AddRow({"longer than that", "123", "", ""});
@@ -91,7 +91,7 @@ TEST(RyxTextTable, KeepsColumnsInPlaceWhateverTheCellsHold) {
                                             "              x"));
 }
 
-TEST(RyxSuggest, NamesTheNearestWordOrNone) {
+TEST(RyxSuggest, FindsTheClosestWord) {
   const std::vector<std::string> words = {"ls", "sample", "--help"};
   EXPECT_EQ(Suggest("sampel", words), "sample");
   EXPECT_EQ(Suggest("l", words), "ls");

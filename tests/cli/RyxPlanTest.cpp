@@ -24,7 +24,7 @@ class RyxPlan : public LedgerTest {
   }
 };
 
-TEST_F(RyxPlan, TellsWhatInstancesShareAndLeaveOutAndWhatStandsInTheWay) {
+TEST_F(RyxPlan, ShowsSharedAndOmittedResultsAndObstacles) {
   Plate("run10.ryx");
   Plate("run2.ryx", {"Heat|LC1", "Stress|LC1"});
   SaveViewPointFile(mDir / "walk.vpt", "walk");
@@ -36,7 +36,7 @@ TEST_F(RyxPlan, TellsWhatInstancesShareAndLeaveOutAndWhatStandsInTheWay) {
 }
 
 /// Covers each kind of warning in the plan and, if the output shows it, in the recount.
-TEST_F(RyxPlan, WarnsOfUnexpectedEffects) {
+TEST_F(RyxPlan, WarnsAboutUnexpectedEffects) {
   Plate("first.ryx", {"Stress|LC1"});
   Streams streams = ReadStreams(mDir / "first.ryx");
   DamageStreams(streams, "Notes: 0 + 78; Ryx Tree: Plate+-9 = 07; Ryx Tree: Plate+0 + 0078");
@@ -72,7 +72,7 @@ TEST_F(RyxPlan, EqualsTheRecountOfRandomMerges) {
   }
 }
 
-TEST_F(RyxPlan, ForetellsWhetherModelsOfDifferentStructuresMerge) {
+TEST_F(RyxPlan, PredictsMergesOfDifferentStructures) {
   std::size_t numMerged = 0;
   for (std::uint32_t seed = 0; seed < 20; ++seed) {
     SCOPED_TRACE(seed);
@@ -103,7 +103,7 @@ TEST_F(RyxPlan, EqualsTheRecountOfViewsAddedToOneModel) {
   EXPECT_EQ(CountRule(plan["ledger"], "sequencer replaced"), 1U);
 }
 
-/// Shared models of one run together in the order of their names, every other one twice.
+/// Groups the shared models of one run in the order of their names, every second one twice.
 std::vector<Strings> FindSeries() {
   std::set<std::string> paths;
   std::error_code ignored;
@@ -117,7 +117,7 @@ std::vector<Strings> FindSeries() {
   }
   std::vector<Strings> found;
   for (auto& [name, files] : series) {
-    if (files.size() == 1) files.push_back(files.front());  // a model fits onto itself
+    if (files.size() == 1) files.push_back(files.front());  // a model can be merged with itself
     found.push_back(files);
   }
   return found;
@@ -139,7 +139,7 @@ TEST_F(RyxPlan, EqualsTheRecountOfSharedModels) {
   }
   ExpectAsPlanned({}, {find("plate.ryx"), find("plate.vpt"), find("oldest.vpt"), find("more.vpt")});
   ExpectAsPlanned({}, {find("assembly.ryx"), find("assembly_more_cuts.ryx")});
-  // A merged model is a model.
+  // A merged model can be an input.
   std::filesystem::rename(mOutput, mDir / "merged.ryx");
   ExpectAsPlanned({}, {mDir / "merged.ryx", find("plate.ryx")});
   ASSERT_EQ(Merge(kMergeKinds[2], {find("plate.ryx"), find("plate_more_load.ryx")}), 0);
@@ -149,8 +149,8 @@ TEST_F(RyxPlan, EqualsTheRecountOfSharedModels) {
   }
 }
 
-/// Results that meet in one model in the ways that lose something.
-TEST_F(RyxPlan, CountsWhatIsLostByEachRule) {
+/// Merges results so that each rule drops some of them.
+TEST_F(RyxPlan, CountsDroppedItemsByRule) {
   const std::string first = SaveModel("first.ryx", [](QovRyx::Tree& tree) {
     BuildPlate(tree, {"A", "A|LC1", "A|LC2"}, 1);
     QovRyx::AsGeometry(tree.GetNodes().GetReqNode(PlateIds::kGeometry))

@@ -8,7 +8,7 @@ using testing::HasSubstr;
 
 using RyxCommandLine = RyxProgram;
 
-TEST_F(RyxCommandLine, HelpGoesToStandardOutputWhenAskedFor) {
+TEST_F(RyxCommandLine, RequestedHelpGoesToStandardOutput) {
   const Outcome general = Run({"--help"});
   EXPECT_EQ(general.mStatus, 0);
   EXPECT_THAT(general.mOut, HasSubstr("Usage: ryx [OPTIONS]"));
@@ -24,19 +24,19 @@ TEST_F(RyxCommandLine, HelpGoesToStandardOutputWhenAskedFor) {
   }
 }
 
-TEST_F(RyxCommandLine, MisuseAndTroubleAreExplainedOnStandardError) {
+TEST_F(RyxCommandLine, ErrorsGoToStandardError) {
   SavePlate(mDir / "plate.ryx", {"Stress|LC1"}, 1);
   ExpectTranscript("program.txt");
 }
 
-TEST_F(RyxCommandLine, TerminalsGetLinesColoursAndProgress) {
+TEST_F(RyxCommandLine, TerminalsShowLinesColoursAndProgress) {
   if (RunShell("script -qec 'stty cols 60' /dev/null </dev/null").mStatus != 0) {
     GTEST_SKIP() << "script(1) cannot open a pseudo-terminal on this machine";
   }
   ExpectTranscript("terminal.txt");
 }
 
-TEST_F(RyxCommandLine, ShellsLearnTheWordsFromTheProgram) {
+TEST_F(RyxCommandLine, ShellsGetCompletionsFromTheProgram) {
   struct Case {
     std::string mTyped;
     std::vector<std::string> mWords;

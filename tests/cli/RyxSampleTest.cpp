@@ -5,9 +5,9 @@ namespace {
 
 using RyxSample = RyxProgram;
 
-TEST_F(RyxSample, WritesTheSameModelsEveryTimeAndSaysSo) { ExpectTranscript("sample.txt"); }
+TEST_F(RyxSample, WritesTheSameModelsEveryTime) { ExpectTranscript("sample.txt"); }
 
-TEST_F(RyxSample, GrowsAsAsked) { ExpectTranscript("sample_sizes.txt"); }
+TEST_F(RyxSample, WritesModelsOfTheGivenSize) { ExpectTranscript("sample_sizes.txt"); }
 
 }  // namespace
 }  // namespace Qov::Test

@@ -14,7 +14,7 @@ using namespace QovRyx;
 
 const Strings kAsInstances = {"--merge-as-instances"};
 
-/// Two files over one mesh. Merged as instances its results are
+/// Two files with one mesh. Merged as instances they have the results
 ///   0 Coordinates|LC1   1 Connectivity|LC1   2 Heat|LC1   3 Heat|LC2   4 Stress|LC1
 ///   5 Connectivity|LC2 -> 1   6 Coordinates|LC2 -> 0, and 7 to 11 like the first five.
 class RyxVerify : public LedgerTest {
@@ -34,7 +34,7 @@ class RyxVerify : public LedgerTest {
     void (*mPlant)(Tree& output);
   };
 
-  /// What a recount finds in an output that was changed after it was read.
+  /// Returns the differences that a recount finds in an output with a planted fault.
   std::string Find(const Strings& options, const Fault& fault) {
     EXPECT_EQ(Merge(options, mInputs), 0);
     const Tools::MergeOptions flags{.mAsInstances = !options.empty()};
@@ -92,7 +92,7 @@ TEST_F(RyxVerify, FindsEachFault) {
       {"no link", [](Tree& t) { Result(t, 6).mLinked = false; }},
       {"descriptors",
        [](Tree& t) {
-         Result(t, 2).mAttributes["load"] = 1.0;  // a double, no float
+         Result(t, 2).mAttributes["load"] = 1.0;  // a double instead of a float
          Result(t, 3).mKindHighByte = 5;
          Result(t, 4).mFlag = 1;
          Result(t, 9).mValue2 = 1;
@@ -183,7 +183,7 @@ TEST_F(RyxVerify, PrintsTheLedgerAndTheFirstDifferences) {
   cut[2900] = static_cast<char>(~cut[2900]);  // in the heavy data
   WriteFile(mDir / "cut.ryx", cut);
   Streams input = ReadStreams(mInputs[0]);
-  input["Heavy Data"][input["Heavy Data"].size() - 40] = 9;  // where the last set ends
+  input["Heavy Data"][input["Heavy Data"].size() - 40] = 9;  // end of the last set
   WriteStreams(mDir / "sets.ryx", input);
   ExpectTranscript("verify.txt");
 }

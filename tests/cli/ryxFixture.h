@@ -18,7 +18,7 @@ class RyxProgram : public testing::Test {
  protected:
   Outcome Run(std::vector<std::string> arguments) const;
 
-  /// Of a model that begins with a plate: any node, the mesh, a result of it.
+  /// Parts of a model that begins with a plate: any node, the mesh, a result of it.
   template <class T>
   static T& Content(QovRyx::Tree& tree, std::uint32_t id) {
     return dynamic_cast<T&>(*tree.GetNodes().GetReqNode(id).mData);
@@ -30,26 +30,26 @@ class RyxProgram : public testing::Test {
     return Mesh(tree).EditVariable(i);
   }
 
-  /// Saves what `build` makes of an empty model.
+  /// Saves a model that `build` fills.
   std::string SaveModel(const std::string& name,
                         const std::function<void(QovRyx::Tree&)>& build) const;
 
-  /// The document on standard output, checked against the page that describes it.
+  /// Returns the document on standard output, after a check with the page that describes it.
   static Tools::Json ParseJson(const Outcome& outcome, const std::string& command);
 
-  /// The text without what differs from run to run.
+  /// Returns the text without the parts that differ from run to run.
   std::string Normalized(std::string text) const;
 
-  /// With the environment variable RYX_UPDATE_GOLDEN set, the file is written instead.
+  /// Expects a text to equal a golden file. If RYX_UPDATE_GOLDEN is set, writes the file instead.
   void ExpectGolden(const std::string& name, const std::string& text) const;
 
   using LineRun = std::function<std::string(const std::string& line)>;
 
-  /// Expects a golden file to hold, below each of its lines "$ ...", what `run` makes of the rest
-  /// of the line. Lines "# ..." are comments.
+  /// Expects a golden file to contain, below each of its lines "$ ...", the result of `run` for the
+  /// rest of that line. Lines "# ..." are comments.
   void ExpectAfterEachLine(const std::string& name, const LineRun& run) const;
 
-  /// The same for commands of the shell: both streams, with "! " before errors, and the status if
+  /// Does the same for shell commands: both streams, with "! " before errors, and the status if
   /// it is not 0. Documents are checked, too. "poke FILE PLACE BYTES" damages a file.
   void ExpectTranscript(const std::string& name) const;
 

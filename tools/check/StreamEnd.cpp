@@ -19,7 +19,7 @@ std::string RestText(const StreamCursor& cursor, const char* item) {
 }
 
 bool IsUnknown(const StoredNode& node) {
-  return node.GetType() == NodeType::Unknown && node.mType != "FutureNode";
+  return node.GetType() == NodeType::Unknown && node.mType != QovRyx::FutureNode::kType;
 }
 
 }  // namespace
