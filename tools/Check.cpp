@@ -19,9 +19,10 @@ namespace {
 constexpr std::size_t kDefaultLimit = 10;
 
 constexpr const char* kFooter =
-    "Looks at the container, the tree, every array, node set and record, and says what is wrong\n"
-    "and where. Bytes of a stream count as if it were not compressed.\n"
-    "Exit status: 0 sound (there may be warnings), 1 errors, 2 a file is no container or cannot\n"
+    "Checks the container, the tree, and every array, node set and record. Shows the place of\n"
+    "each finding; bytes of a stream are counted uncompressed.\n"
+    "Exit status: 0 sound (warnings are possible), 1 errors, 2 a file is not a container or "
+    "cannot\n"
     "be read.\n"
     "\n"
     "Example: ryx check out.ryx";
@@ -29,12 +30,12 @@ constexpr const char* kFooter =
 class CheckCommand : public Command {
  public:
   const char* GetName() const override { return "check"; }
-  const char* GetSummary() const override { return "Find what is wrong with files, and where"; }
+  const char* GetSummary() const override { return "Find errors in files, and their places"; }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     app.add_option("FILE", mPaths, "Model or view-point files")->required();
     app.add_flag("--json", mJson, "Print one JSON document");
-    app.add_option("--limit", mLimit, "Findings of one kind to show for a file, 0 for all")
+    app.add_option("--limit", mLimit, "Findings to show per kind and file, 0 for all")
         ->default_val(kDefaultLimit)
         ->transform(WholeNumber())
         ->type_name("N");
@@ -51,7 +52,7 @@ const char* SeverityText(Severity severity) {
   return severity == Severity::Error ? "error" : "warning";
 }
 
-/// "sound", "2 errors, 1 warning".
+/// Returns "sound", or "2 errors, 1 warning".
 std::string SummaryText(const Findings& findings) {
   std::string text =
       findings.GetNumErrors() == 0 ? "sound" : Plural(findings.GetNumErrors(), "error");

@@ -11,8 +11,8 @@ class App;
 
 namespace Qov::Tools {
 
-/// Exit statuses. What a subcommand finds is told by 0 and 1; trouble of every kind, a command
-/// line that makes no sense included, is 2.
+/// Exit statuses: success, findings or differences, and failures of any kind, including a wrong
+/// command line.
 inline constexpr int kSuccess = 0;
 inline constexpr int kFindings = 1;
 inline constexpr int kTrouble = 2;
@@ -23,18 +23,20 @@ class Command {
   virtual ~Command() = default;
 
   virtual const char* GetName() const = 0;
-  /// One line for the list of subcommands.
+  /// Returns one line for the list of subcommands.
   virtual const char* GetSummary() const = 0;
-  /// What its help shows beneath the options: an example at least.
+  /// Returns the part of its help below the options, with at least one example.
   virtual const char* GetFooter() const = 0;
-  /// Declares its arguments, which parsing stores in this object. Opens no file.
+  /// Declares its arguments. Parsing stores them in this object. Opens no file.
   virtual void Declare(CLI::App& app) = 0;
-  /// Does the work with the arguments that were parsed; returns the exit status.
+  /// Runs with the parsed arguments. Returns the exit status.
   virtual int Run(Output& output, Output& errors) = 0;
-  /// Whether it does nothing but show: who has seen enough may go, and misses no verdict.
+  /// Returns true if the subcommand only shows data, so that a reader may close the pipe early
+  /// without losing a verdict.
   virtual bool OnlyShows() const { return false; }
 };
 
+/// Each factory is defined in the source of its subcommand.
 std::unique_ptr<Command> MakeCheckCommand();
 std::unique_ptr<Command> MakeDiffCommand();
 std::unique_ptr<Command> MakeDumpCommand();
@@ -44,7 +46,7 @@ std::unique_ptr<Command> MakePlanCommand();
 std::unique_ptr<Command> MakeSampleCommand();
 std::unique_ptr<Command> MakeVerifyCommand();
 
-/// All subcommands, in the order in which the help lists them.
+/// Returns all subcommands, in the order of the help.
 std::vector<std::unique_ptr<Command>> MakeCommands();
 
 }  // namespace Qov::Tools

@@ -13,7 +13,7 @@ const CLI::App* FindSubcommand(const CLI::App& app, const std::string& name) {
   return nullptr;
 }
 
-/// The words in braces, as the parser describes an option that takes one of them: "TEXT:{a,b}".
+/// Returns the words in braces of an option's type, such as "TEXT:{a,b}".
 std::vector<std::string> Choices(const CLI::Option& option) {
   const std::string type = option.get_type_name();
   const std::size_t open = type.find('{');
@@ -25,13 +25,13 @@ std::vector<std::string> Choices(const CLI::Option& option) {
   return choices;
 }
 
-/// What could follow `before`, whatever is typed of it.
+/// Returns all words that can follow `before`.
 std::vector<std::string> Followers(const CLI::App& app, std::vector<std::string> before,
                                    bool isOption) {
   if (before.empty()) return KnownWords(app);
   const CLI::App* subcommand = FindSubcommand(app, before.front());
   if (subcommand == nullptr) return {};
-  if (before.back() == "=") before.pop_back();  // shells take --option=value apart
+  if (before.back() == "=") before.pop_back();  // shells split --option=value
   const CLI::Option* option =
       before.back().starts_with('-') ? subcommand->get_option_no_throw(before.back()) : nullptr;
   if (option != nullptr && option->get_items_expected_max() > 0) return Choices(*option);

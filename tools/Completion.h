@@ -6,15 +6,15 @@
 
 namespace Qov::Tools {
 
-/// What a shell runs to complete a command line: this word and the words typed so far, the last
-/// of which is the unfinished one.
+/// First argument with which a shell asks for completions. The typed words follow; the last one is
+/// unfinished.
 inline constexpr const char* kCompleteWord = "__complete";
 
-/// Everything that could stand where a word was not understood: subcommands and options.
+/// Returns the subcommands and options.
 std::vector<std::string> KnownWords(const CLI::App& app);
 
-/// What the last of `words` could become: a subcommand, an option, or a value of an option that
-/// takes one of a few. Where any text or file may stand there is nothing.
+/// Returns the completions of the last of `words`: subcommands, options, or the values of an option
+/// that has a fixed set of them. Returns nothing where any text or file is allowed.
 std::vector<std::string> Complete(const CLI::App& app, std::vector<std::string> words);
 
 }  // namespace Qov::Tools

@@ -11,35 +11,35 @@ namespace Qov::Tools {
 
 /// One physical block of a container file.
 struct BlockInfo {
-  std::uint64_t mNumber = 0;  ///< Its place in the index.
+  std::uint64_t mNumber = 0;  ///< Position in the index.
   std::string mStream;
   std::uint64_t mPosition = 0;  ///< Offset in the file.
   std::uint32_t mStored = 0;    ///< Bytes in the file.
-  /// Uncompressed bytes, as the block says; nothing if the block is not all in the file.
+  /// Uncompressed bytes, as stored in the block; nothing if the file ends within the block.
   std::optional<std::uint32_t> mRaw;
   std::uint8_t mFlags = 0;
 
-  /// Holds a piece of the index, and no stream.
+  /// Returns true for a part of the index.
   bool IsIndex() const { return QovJbf::IsReservedName(mStream); }
 };
 
-/// All blocks of one stream together.
+/// Totals of the blocks of a stream.
 struct StreamInfo {
   std::string mName;
   std::uint64_t mNumBlocks = 0;
   std::uint64_t mStored = 0;
-  std::uint64_t mRaw = 0;  ///< Without meaning if there is trouble.
-  std::string mTrouble;    ///< Why the stream cannot be read whole; empty if it can.
+  std::uint64_t mRaw = 0;  ///< Undefined if mTrouble is not empty.
+  std::string mTrouble;    ///< The reason why the stream cannot be read, or empty.
 };
 
-/// What a container file says of itself; no block is uncompressed for it but those of the index.
-/// Names and troubles are not escaped.
+/// Index of a container file. Only the blocks of the index are decompressed. Names and mTrouble are
+/// not escaped.
 struct ContainerInfo {
   std::string mVersion;
   std::uint64_t mFileSize = 0;
-  std::vector<BlockInfo> mBlocks;    ///< Without slots that no stream uses.
+  std::vector<BlockInfo> mBlocks;    ///< Without free slots.
   std::vector<StreamInfo> mStreams;  ///< In the order of their first blocks.
-  std::string mTrouble;              ///< What put an end to the reading; empty if nothing did.
+  std::string mTrouble;              ///< The error that stopped reading, or empty.
 
   std::uint64_t GetRawSize() const;
 };

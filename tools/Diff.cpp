@@ -24,23 +24,23 @@ namespace Qov::Tools {
 namespace {
 
 constexpr const char* kFooter =
-    "Nodes are matched by their path, results by their name; the second of two equal names is\n"
-    "marked [2]. Without a tolerance values are compared bit for bit, with one two floats are the\n"
-    "same if they are within one of its limits, and a NaN is the same as any other; integers are\n"
-    "always compared exactly. --tolerance is for the results whose names, as \"ryx ls\" shows "
-    "them,\n"
-    "with or without the load case, fit PATTERN, which may hold * and ?; the last one that fits\n"
-    "counts, and one that fits no result is an error.\n"
-    "WHAT is one or more of attributes, flags, groups, history, links, materials, node-sets,\n"
-    "order, streams, tree-links, values, version, views, with commas between.\n"
-    "Exit status: 0 the same, 1 different, 2 a file, or a part of one, cannot be read.\n"
+    "Nodes are matched by path, results by name; the second of two equal names is marked [2].\n"
+    "Values are compared bit for bit. With a tolerance, two floats are equal if one of its limits\n"
+    "holds, and all NaNs are equal. Integers are always compared exactly.\n"
+    "--tolerance applies to results whose names match PATTERN, which may contain * and ?. Names\n"
+    "are written as \"ryx ls\" shows them, with or without the load case. The last match counts. "
+    "A\n"
+    "pattern without a match is an error.\n"
+    "WHAT is a list, with commas, of attributes, flags, groups, history, links, materials,\n"
+    "node-sets, order, streams, tree-links, values, version and views.\n"
+    "Exit status: 0 equal, 1 different, 2 a file, or a part of one, cannot be read.\n"
     "\n"
     "Example: ryx diff --ignore history --rel 1e-6 --tolerance 'Stress*:abs=0.5' a.ryx b.ryx";
 
 class DiffCommand : public Command {
  public:
   const char* GetName() const override { return "diff"; }
-  const char* GetSummary() const override { return "Show what differs between two models"; }
+  const char* GetSummary() const override { return "Show the differences between two models"; }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override;
   int Run(Output& output, Output& errors) override;
@@ -60,7 +60,7 @@ class DiffCommand : public Command {
   std::vector<std::string> mIgnored;
 };
 
-/// The text of what is wrong with it, or an empty string, as the parser of arguments wants it.
+/// Returns an error message, or an empty string, as the parser expects.
 std::string ValidateTolerance(const std::string& text) {
   try {
     ParseNamedTolerance(text);
@@ -78,21 +78,22 @@ std::string ValidateMagnitude(const std::string& text) {
 
 void DiffCommand::Declare(CLI::App& app) {
   app.add_option("A", mPathA, "A model or view-point file")->required();
-  app.add_option("B", mPathB, "Another one")->required();
+  app.add_option("B", mPathB, "The other file")->required();
   app.add_flag("--json", mJson, "Print one JSON document");
-  mAbsoluteOption = app.add_option("--abs", mDefault.mAbsolute, "How far floats may be apart")
+  mAbsoluteOption = app.add_option("--abs", mDefault.mAbsolute, "Absolute tolerance")
                         ->check(ValidateMagnitude, "");
-  mRelativeOption =
-      app.add_option("--rel", mDefault.mRelative, "The same, as a part of the larger one")
-          ->check(ValidateMagnitude, "");
-  mUlpOption = app.add_option("--ulp", mDefault.mUlps, "The same, in steps between floats")
+  mRelativeOption = app.add_option("--rel", mDefault.mRelative,
+                                   "Relative tolerance, as a factor of the larger magnitude")
+                        ->check(ValidateMagnitude, "");
+  mUlpOption = app.add_option("--ulp", mDefault.mUlps, "Tolerance in steps between adjacent floats")
                    ->transform(WholeNumber());
-  app.add_option("--tolerance", mNamed, "PATTERN:abs=X,rel=X,ulp=N, for some results; repeatable")
+  app.add_option("--tolerance", mNamed,
+                 "PATTERN:abs=X,rel=X,ulp=N, for matching results; repeatable")
       ->check(ValidateTolerance, "")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->type_name("TEXT");
-  app.add_option("--ignore", mIgnored, "What not to compare")
+  app.add_option("--ignore", mIgnored, "Parts that are not compared")
       ->check(CLI::IsMember(std::vector<std::string>(std::begin(kIgnorable), std::end(kIgnorable)))
                   .description(""))
       ->delimiter(',')
@@ -130,7 +131,7 @@ void RefuseUnused(const Tolerances& tolerances, const QovRyx::Tree& a, const Qov
   constexpr std::size_t kMost = 10;
   constexpr std::size_t kLongest = 80;
   std::string text =
-      fmt::format("no result fits the tolerance for \"{}\". There {} {} in all", Unescape(*pattern),
+      fmt::format("no result matches the tolerance for \"{}\". There {} {}", Unescape(*pattern),
                   names.size() == 1 ? "is" : "are", Plural(names.size(), "name"));
   std::size_t numListed = 0;
   for (const std::string& name : names) {
@@ -141,7 +142,7 @@ void RefuseUnused(const Tolerances& tolerances, const QovRyx::Tree& a, const Qov
   Util::Raise("tools/Diff", Util::Exception::ErrorType::ElementNotFound, text);
 }
 
-/// Loads a file. Notes under `key` why it cannot be read, if it cannot.
+/// Loads a file. Stores the error, if any, under `key`.
 void Load(const std::string& path, QovRyx::Tree& tree, const char* key, Json& trouble,
           Output& errors) {
   const std::string text = LoadWhatCanBeRead(path, tree);
@@ -170,10 +171,11 @@ int DiffCommand::Run(Output& output, Output& errors) {
     output.Line("B: " + Escape(mPathB, output.GetStyle()));
     PrintReport(report, output);
   }
-  if (trouble.empty() && !report.mIsComplete) {
-    errors.Line("ryx diff: parts of the files cannot be read, and were not compared");
+  if (trouble.empty() && report.mNumUnreadable != 0) {
+    errors.Line("ryx diff: " + Plural(report.mNumUnreadable, "part") +
+                " of the files cannot be read");
   }
-  if (!trouble.empty() || !report.mIsComplete) return kTrouble;
+  if (!trouble.empty() || report.mNumUnreadable != 0) return kTrouble;
   return report.mDifferences.empty() ? kSuccess : kFindings;
 }
 

@@ -16,7 +16,7 @@
 #include "Qov/Ryx/ValueOwners.h"
 #include "Qov/Util/Raise.h"
 #include "ResultLink.h"
-#include "SureValues.h"
+#include "VerifiedValues.h"
 #include "dump/Choice.h"
 #include "dump/FileOutput.h"
 #include "dump/StateDump.h"
@@ -27,12 +27,11 @@ namespace Qov::Tools {
 namespace {
 
 constexpr const char* kFooter =
-    "NODE is an id or a name, RESULT a position (from 0) or a name, both as \"ryx ls\" shows "
-    "them:\n"
-    "the separator before a load case is written \\x1E. The name of a result that has one load "
-    "case\n"
-    "may be written without it. Floats are printed as the shortest numbers that read back as they\n"
-    "are.\n"
+    "NODE is an id or a name, RESULT a position (from 0) or a name. Names are written as \"ryx\n"
+    "ls\" shows them, with \\x1E before a load case. The load case may be omitted if the result "
+    "has\n"
+    "only one. Floats are printed as the shortest numbers that read back unchanged.\n"
+    "A stream is written as it is, whatever the ending of the file.\n"
     "\n"
     "Example: ryx dump plate.ryx Skin 'Stress\\x1ELC1' -o stress.csv\n"
     "         ryx dump plate.ryx Skin 0 --format npy > points.npy\n"
@@ -89,23 +88,23 @@ class DumpCommand : public Command {
 void DumpCommand::Declare(CLI::App& app) {
   app.add_option("FILE", mPath, "Model or view-point file")->required();
   AddText(app, "NODE", mNode, "A geometry");
-  AddText(app, "RESULT", mResult, "Its result whose values are wanted");
+  AddText(app, "RESULT", mResult, "A result of the geometry");
   AddText(app, "--view-point", mView, "A view, by name or number; 0 is the current one")
       ->type_name("VIEW");
   app.add_flag("--sequencer", mSequencer, "The sequencer");
   app.add_flag("--history", mHistory, "The programs that wrote the file, oldest first");
   AddText(app, "--material", mMaterial, "The material of a shape")->type_name("NODE");
-  AddText(app, "--attributes", mAttributes, "Those of a group or of a geometry's results")
+  AddText(app, "--attributes", mAttributes,
+          "The attributes of a group, or of the results of a geometry")
       ->type_name("NODE");
   AddText(app, "--node-set", mSets, "Node sets, or one of them")->type_name("NODE[:SET]");
   AddText(app, "--stream", mStream, "The uncompressed bytes of a stream")->type_name("NAME");
   app.add_flag("--blocks", mBlocks, "The block table of the file, or of the --stream");
-  mFormatOption =
-      app.add_option("--format", mFormat, "How to write it; csv and npy are for results")
-          ->check(CLI::IsMember({"text", "csv", "json", "npy"}));
+  mFormatOption = app.add_option("--format", mFormat, "Output format; csv and npy are for results")
+                      ->check(CLI::IsMember({"text", "csv", "json", "npy"}));
   app.add_option("-o,--output", mOutputPath,
-                 "Where to write it; the ending .txt, .csv, .json or .npy sets the format, - is "
-                 "standard output")
+                 "Output file; the ending .txt, .csv, .json or .npy sets the format, - is standard "
+                 "output")
       ->type_name("FILE");
 }
 
@@ -113,10 +112,10 @@ void DumpCommand::CheckChoice() const {
   const int numChosen = (mNode ? 1 : 0) + (mView ? 1 : 0) + (mSequencer ? 1 : 0) +
                         (mHistory ? 1 : 0) + (mMaterial ? 1 : 0) + (mAttributes ? 1 : 0) +
                         (mSets ? 1 : 0) + (mStream || mBlocks ? 1 : 0);
-  if (mNode && !mResult) Raise(ErrorType::InvalidMethod, "say which RESULT of the node");
+  if (mNode && !mResult) Raise(ErrorType::InvalidMethod, "RESULT of the node is missing");
   if (numChosen == 1) return;
   Raise(ErrorType::InvalidMethod,
-        "say one thing to print: NODE and RESULT, --view-point, --sequencer, --history, "
+        "choose one part: NODE and RESULT, --view-point, --sequencer, --history, "
         "--material, --attributes, --node-set, --stream or --blocks");
 }
 
@@ -137,7 +136,7 @@ void DumpCommand::TakeFormatFromEnding() {
   if (format.empty() || (mStream && !mBlocks)) return;
   if (mFormatOption->count() != 0 && mFormat != format) {
     Raise(ErrorType::InvalidMethod,
-          fmt::format("\"{}\" ends like a file of the format {}, but --format is {}", mOutputPath,
+          fmt::format("the ending of \"{}\" means the format {}, but --format is {}", mOutputPath,
                       format, mFormat));
   }
   mFormat = format;
@@ -163,7 +162,7 @@ void DumpCommand::RefuseFormats(const char* what) const {
 
 void DumpCommand::RefuseTerminal(const Output& output) const {
   if (!output.GetStyle().mTerminal) return;
-  Raise(ErrorType::WriteError, "raw bytes are not for a terminal: use -o FILE or a pipe");
+  Raise(ErrorType::WriteError, "raw bytes are not written to a terminal: use -o FILE or a pipe");
 }
 
 int DumpCommand::Run(Output& output, Output& errors) {
@@ -184,7 +183,8 @@ int DumpCommand::Show(Output& output, Output& errors) const {
     return kSuccess;
   }
   if (mStream) {
-    if (GetFormat() != DumpFormat::Text) Raise(ErrorType::FormatNotSupported, "a stream is bytes");
+    if (GetFormat() != DumpFormat::Text)
+      Raise(ErrorType::FormatNotSupported, "a stream is written as raw bytes, without --format");
     RefuseTerminal(output);
     WriteStream(mPath, *mStream, output);
     return kSuccess;
@@ -217,13 +217,13 @@ void DumpCommand::ShowState(const QovRyx::Tree& tree, Output& output) const {
   if (mSets) dump.ShowSets(*mSets);
 }
 
-/// Raises what keeps a linked result from having the values that it should have.
+/// Raises an error if the link of a result is dangling or was not resolved.
 void CheckLink(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& variable) {
   const ResultLink link(tree.GetNodes(), variable);
   if (!link.mFound) {
-    Raise(ErrorType::ElementNotFound, "the result shares the values of one that is not there");
+    Raise(ErrorType::ElementNotFound, "the result has a dangling link and no values");
   }
-  // The links of a file that could not be read whole are not followed.
+  // Links of a file that was read in part are not resolved.
   if (variable.mValues.GetNumElements() != link.mVariable->mValues.GetNumElements()) {
     Raise(ErrorType::ReadError, "the values cannot be read");
   }
@@ -234,7 +234,7 @@ Values ReadValues(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& v
   Values values;
   values.mIntegers = QovRyx::ValueOwners(tree.GetNodes()).HoldUnsigned(variable);
   values.mWidth = std::max<std::size_t>(variable.mValues.GetWidth(), 1);
-  GetSureValues(variable.mValues, values.mBits);
+  ReadVerifiedValues(variable.mValues, values.mBits);
   if (values.mBits.size() != variable.mValues.GetNumElements()) {
     Raise(ErrorType::ReadError, "the values cannot be read");
   }

@@ -31,7 +31,7 @@ std::string ErrorText(const std::exception& error) {
   if (const auto* ours = dynamic_cast<const Util::Exception*>(&error)) {
     text = ours->GetLogMessage();
     if (!std::string_view(ours->GetFile()).starts_with("tools/")) text = RestoreNames(text);
-    // In any other text a newline belongs to a name.
+    // In all other messages a newline is part of a name.
     hasLines = ours->GetType() == Util::Exception::ErrorType::UnknownVersion;
   } else if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {
     text = "Not enough memory";

@@ -7,11 +7,12 @@
 
 namespace Qov::Tools {
 
-/// One line that says what went wrong, without the report around it. Names in it are not escaped.
+/// Returns the message of an error as one line, without the report around it. Names are not
+/// escaped.
 std::string ErrorText(const std::exception& error);
-/// The same of a file, in a line that need not begin with its path.
+/// Returns the same without the path at the beginning.
 std::string FileErrorText(const std::string& path, const std::exception& error);
-/// An ErrorText that is fit to be shown.
+/// Returns the ErrorText, escaped.
 std::string DescribeError(const std::exception& error, const TextStyle& style);
 
 }  // namespace Qov::Tools

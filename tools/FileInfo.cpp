@@ -18,7 +18,7 @@ namespace {
 
 using Align = TextTable::Align;
 
-/// Labels stand in a column of their own.
+/// Returns the text after a label, in columns.
 std::string Labelled(const char* label, const std::string& text) {
   return fmt::format("  {:<11}{}", label, text);
 }
@@ -50,7 +50,7 @@ std::string ResultsText(const ModelCounts& counts) {
   return text + fmt::format("; {}", Plural(counts.mNumValues, "value"));
 }
 
-/// The count, and as many names as have room on a line.
+/// Returns the count, and as many names as fit on a line.
 std::string InstancesText(const std::set<std::string>& names, const TextStyle& style) {
   constexpr std::size_t kRoom = 60;
   std::string text = fmt::format("{}", names.size());

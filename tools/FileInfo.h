@@ -10,20 +10,20 @@
 
 namespace Qov::Tools {
 
-/// All that can be known of a file without reading its arrays.
+/// Properties of a file that are known without reading its arrays.
 class FileInfo {
  public:
-  /// Reads what can be read and notes the trouble; does not throw for a bad file.
+  /// Reads as much as possible and keeps the error. Does not throw for a damaged file.
   explicit FileInfo(const std::string& path);
 
-  /// What could not be read and why, not escaped; empty if all could.
+  /// Returns the error, not escaped; empty if the whole file was read.
   const std::string& GetTrouble() const { return mTrouble; }
-  /// Whether there is anything to show.
+  /// Returns true if there is anything to show.
   bool HasContent() const;
 
-  /// One screen of lines.
+  /// Writes one screen of lines.
   void Report(Output& output) const;
-  /// The same for a document (docs/json/info.md).
+  /// Returns the same for a document (docs/json/info.md).
   Json MakeJson() const;
 
  private:

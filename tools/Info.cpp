@@ -11,7 +11,7 @@ namespace Qov::Tools {
 namespace {
 
 constexpr const char* kFooter =
-    "Reads no values of results: sizes come from the index of the file. \"In memory\" means\n"
+    "Reads no values of results; sizes come from the index of the file. \"In memory\" means\n"
     "uncompressed.\n"
     "\n"
     "Example: ryx info plate.ryx";
@@ -20,7 +20,7 @@ class InfoCommand : public Command {
  public:
   const char* GetName() const override { return "info"; }
   const char* GetSummary() const override {
-    return "Show what files are: versions, history, counts and sizes";
+    return "Show versions, history, counts and sizes of files";
   }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {

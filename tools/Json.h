@@ -6,27 +6,27 @@
 
 namespace Qov::Tools {
 
-/// Members keep the order in which they were set. Who makes or reads one includes
-/// <nlohmann/json.hpp>, which takes a compiler too long for sources that only pass one on.
+/// Members keep their order. Sources that create or read one include <nlohmann/json.hpp>. Other
+/// sources do not, because it takes long to compile.
 using Json = nlohmann::ordered_json;
 
-/// Raised by one whenever a member of a document is taken away or changes its meaning.
+/// Version of the documents. Increase it when a member is removed or changes its meaning.
 inline constexpr int kJsonSchema = 1;
 
-/// The start of the one document that `ryx COMMAND --json` prints (docs/json.md).
+/// Returns the first members of the document that `ryx COMMAND --json` prints (docs/json.md).
 Json MakeJsonDocument(std::string_view command);
 
-/// JSON has no words for these numbers, so they become texts: "NaN", "Infinity", "-Infinity".
+/// Returns a number, or the texts "NaN", "Infinity" and "-Infinity", which JSON lacks as numbers.
 Json JsonNumber(double value);
 
-/// The shortest number that reads back as the float.
+/// Returns the shortest number that reads back as the float.
 Json JsonFloat(float value);
 
-/// Bytes of any kind as text: what is no UTF-8 becomes \xNN, and a backslash is doubled.
+/// Returns any bytes as text. Bytes that are not UTF-8 become \xNN; a backslash is doubled.
 std::string JsonText(std::string_view bytes);
 
-/// The document as it is printed, without a newline at the end: indented, and in ASCII, so that
-/// nothing in it can steer a terminal.
+/// Returns the document as printed, without the last newline: indented, and in ASCII, so that it
+/// cannot control a terminal.
 std::string FormatJson(const Json& document);
 
 }  // namespace Qov::Tools

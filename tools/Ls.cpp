@@ -17,17 +17,18 @@ namespace Qov::Tools {
 namespace {
 
 constexpr const char* kFooter =
-    "KIND is the kind of a result, with the high byte in front if it has one. COUNT counts items\n"
-    "of WIDTH values. In names \\x1E (on a terminal, where it can be shown, \u241E) stands in\n"
-    "front of the load case or time step.\n"
+    "KIND is the kind of a result, after its high byte if that is not 0. COUNT is the number of\n"
+    "items of WIDTH values. In names \\x1E (\u241E on a UTF-8 terminal) separates the load case "
+    "or\n"
+    "time step.\n"
     "\n"
-    "With --node, --name or --type only nodes that meet all of them are shown, and, without what\n"
-    "they hold, those above them. Patterns know *, ? and [...].\n"
+    "With --node, --name or --type only nodes that meet all of these are shown, and their\n"
+    "ancestors without content. Patterns may contain *, ? and [...].\n"
     "\n"
     "Example: ryx ls plate.ryx plate.vpt\n"
     "         ryx ls --type geometry --name \"Skin*\" plate.ryx";
 
-/// How files are listed.
+/// Options of the listing.
 struct LsOptions {
   NodeCriteria mCriteria;
   bool mResults = true;
@@ -54,12 +55,12 @@ void LsCommand::Declare(CLI::App& app) {
   NodeCriteria& criteria = mOptions.mCriteria;
   app.add_option("FILE", mPaths, "Model or view-point files")->required();
   app.add_flag("--results,!--no-results", mOptions.mResults,
-               "Show the results of geometries (the default), or leave them unread");
-  app.add_option("--node", criteria.mIds, "Show the node of this id; may be given again")
+               "Show the results of geometries (default), or do not read them");
+  app.add_option("--node", criteria.mIds, "Show the node with this id; repeatable")
       ->type_name("ID")
       ->transform(WholeNumber())
       ->allow_extra_args(false);
-  AddText(app, "--name", criteria.mName, "Show nodes whose names fit, as \"Wing*\"")
+  AddText(app, "--name", criteria.mName, "Show nodes whose names match, such as \"Wing*\"")
       ->type_name("PATTERN");
   app.add_option("--type", criteria.mType, "Show nodes of this type")
       ->type_name("TYPE")
@@ -68,7 +69,7 @@ void LsCommand::Declare(CLI::App& app) {
   app.add_flag("--json", mOptions.mJson, "Print one JSON document");
 }
 
-/// Lists files one after the other.
+/// Lists files one after another.
 class FileLister {
  public:
   FileLister(const LsOptions& options, Output& output, Output& errors)
@@ -76,7 +77,7 @@ class FileLister {
 
   /// Returns false if not all of the file could be read.
   bool List(const std::string& path);
-  /// To be called when all files are listed.
+  /// Finishes the listing after all files.
   void Close();
 
  private:
@@ -109,7 +110,7 @@ bool FileLister::ShowTree(const std::string& path, const QovRyx::Tree& tree,
   mHasShownFile = true;
   mOutput.Line(Escape(path, mOutput.GetStyle()));
   const bool complete = ReportNodes(tree, filter, statistics, mOutput);
-  if (filter.IsEmpty()) mOutput.Line("(no node is like that)");
+  if (filter.IsEmpty()) mOutput.Line("(no node matches)");
   if (!filter.IsActive()) {
     ReportViews(tree, mOutput);
     ReportHistory(tree, mOutput);

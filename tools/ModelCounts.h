@@ -9,17 +9,17 @@
 
 namespace Qov::Tools {
 
-/// What a model holds, in numbers. No array is read for it.
+/// Numbers of the parts of a model. Reads no array.
 struct ModelCounts {
   explicit ModelCounts(const QovRyx::NodeTree& nodes);
 
   std::uint64_t GetNumNodes() const;
 
-  /// By type; entries without content count for the empty type.
+  /// By type; entries without content have the empty type.
   std::map<std::string, std::uint64_t> mNodes;
   std::uint64_t mNumResults = 0;  ///< All arrays of all geometries.
-  std::uint64_t mNumLinked = 0;   ///< Those that share the values of others.
-  std::uint64_t mNumLost = 0;     ///< Those of the linked ones that find no values.
+  std::uint64_t mNumLinked = 0;   ///< Results that share the values of others.
+  std::uint64_t mNumLost = 0;     ///< Linked results without values.
   std::uint64_t mNumValues = 0;   ///< Elements of all results that are not linked.
   std::uint64_t mNumSets = 0;     ///< Node sets.
   /// The instance parts of all results: load cases, time steps.

@@ -20,7 +20,7 @@ using QovRyx::Tree;
   Util::Raise("tools/ModelInput", Util::Exception::ErrorType::FormatNotSupported, text);
 }
 
-/// Reads the views if the file holds nothing else; tells whether that was so.
+/// Reads the views if the file contains nothing else. Returns true if so.
 bool LoadViewsOnly(QovJbf::JbFile& file, Tree& tree) {
   if (!file.IsJbFile()) return false;
   const std::string version = file.ReadVersion();
@@ -28,14 +28,14 @@ bool LoadViewsOnly(QovJbf::JbFile& file, Tree& tree) {
   QovJbf::JbFile::CheckSupport(version, isCurrent);
   file.ReadIndex();
   if (file.HasStream(QovRyx::kRyxTree)) return false;
-  if (!file.HasStream(QovRyx::kViewPoints)) Refuse("holds neither a model nor view points");
+  if (!file.HasStream(QovRyx::kViewPoints)) Refuse("contains neither a model nor view points");
   if (!QovJbf::HasViews(version)) Refuse("view points of version 0.1 are not read");
   const QovRyx::FileVersionScope scope(version);
   tree.LoadViewPathVec(file);
   return true;
 }
 
-/// Where the reading of the file stopped, as far as what is in the tree tells.
+/// Returns the place where reading stopped, derived from the content of the tree.
 std::string DescribeProgress(QovJbf::JbFile& file, const Tree& tree) {
   std::int32_t count = 0;
   file.Get(QovRyx::kRyxTree, count);
@@ -50,7 +50,7 @@ std::string DescribeProgress(QovJbf::JbFile& file, const Tree& tree) {
   return lacksViews ? " (in the view points)" : "";
 }
 
-/// Calls `read`, whose failure is not the first one and not the one to tell.
+/// Calls `read` and ignores its error, because an earlier one is reported.
 template <class Read>
 void Try(Read read) {
   try {
@@ -59,8 +59,7 @@ void Try(Read read) {
   }
 }
 
-/// Reads what comes behind the part of a file that could not be read. Returns what is known of
-/// the place where that is.
+/// Reads the parts after the one that could not be read. Returns the place of that part, if known.
 std::string Salvage(const std::string& path, Tree& tree) {
   std::string progress;
   if (!HoldsNodes(tree)) {
@@ -98,8 +97,9 @@ std::string LoadWhatCanBeRead(const std::string& path, Tree& tree) {
     return "";
   } catch (const std::exception& error) {
     const std::string text = FileErrorText(path, error) + Salvage(path, tree);
-    return Container::IsUnfinished(path) ? "unfinished file, whose save did not end: " + text
-                                         : text;
+    return Container::IsUnfinished(path)
+               ? "unfinished file, because its save was interrupted: " + text
+               : text;
   }
 }
 

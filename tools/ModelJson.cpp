@@ -18,10 +18,10 @@ namespace {
 
 using QovRyx::Geometry;
 
-/// The most sets that a node shows, because a document is in memory completely.
+/// Limit of the sets of a node, because a document is completely in memory.
 constexpr std::size_t kMostSetsInJson = 200000;
 
-/// Makes the parts that belong to nodes.
+/// Creates the parts that belong to nodes.
 class NodeWriter {
  public:
   NodeWriter(const QovRyx::Tree& tree, const ModelStatistics* statistics, bool& complete)

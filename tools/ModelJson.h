@@ -5,18 +5,18 @@
 #include "NodeFilter.h"
 #include "Qov/Ryx/Tree.h"
 
-/// The parts of a model as parts of a document (docs/json.md).
+/// Parts of a model as parts of a document (docs/json.md).
 namespace Qov::Tools {
 
-/// An array of all entries, parents before children. Sets `complete` to false if something
-/// could not be read. Without `statistics` the results are left out.
+/// Returns an array of all entries, parents before children. Sets `complete` to false if a part
+/// could not be read. Leaves the results out if `statistics` is null.
 Json NodesJson(const QovRyx::Tree& tree, const NodeFilter& filter,
                const ModelStatistics* statistics, bool& complete);
-/// By name: type and value.
+/// Returns types and values by name.
 Json AttributesJson(const QovUtil::Attributes& attributes);
-/// The names of the views and the size of the sequencer; null if the model has none.
+/// Returns the names of the views and the size of the sequencer; null if there are none.
 Json ViewsJson(const QovRyx::Tree& tree);
-/// The programs that wrote the file, oldest first.
+/// Returns the programs that wrote the file, oldest first.
 Json HistoryJson(const QovRyx::Tree& tree);
 
 }  // namespace Qov::Tools

@@ -21,23 +21,23 @@ namespace {
 
 using QovRyx::Geometry;
 using Align = TextTable::Align;
-/// Takes the lines of a node's content one after the other.
+/// Receives the lines of the content of a node.
 using Sink = std::function<void(const std::string& line)>;
 
-/// Columns wider than this are taken for exceptions.
+/// Returns the width above which a cell does not widen its column.
 std::size_t WidthLimit(const TextStyle& style) {
   constexpr std::size_t kLimit = 40;
   return style.mTerminal ? std::clamp<std::size_t>(style.mWidth / 3, 12, kLimit) : kLimit;
 }
 
-/// Makes the lines that belong to a node.
+/// Creates the lines of a node.
 class NodeReport {
  public:
   NodeReport(const QovRyx::Tree& tree, const ModelStatistics* statistics, const TextStyle& style)
       : mTree(tree), mStyle(style), mpStatistics(statistics) {}
 
   std::string Label(const TreeWalk::Step& step) const;
-  /// Shows what the node holds, each line after `before`.
+  /// Writes the content of the node, each line after `before`.
   void Content(const QovRyx::Node& node, const std::string& before, Output& output);
   bool HasTrouble() const { return mTrouble; }
 
@@ -63,7 +63,7 @@ std::string NodeReport::Label(const TreeWalk::Step& step) const {
   return Bold(Escape(node->GetName(), mStyle), mStyle) + " " + Dim(mark, mStyle);
 }
 
-/// Shows a table of `numRows` rows. Makes each row twice instead of keeping all rows in memory.
+/// Writes a table of `numRows` rows. Creates each row twice instead of keeping all rows in memory.
 template <class MakeRow>
 void ShowTable(TextTable table, std::size_t numRows, const MakeRow& makeRow, const Sink& sink) {
   if (numRows == 0) return;
@@ -132,17 +132,17 @@ std::vector<std::string> NodeReport::ResultRow(const Geometry::VarStruct& variab
   return row;
 }
 
-/// "node: result", and whether values are found there.
+/// Returns "node: result", and whether the link is dangling.
 std::string NodeReport::LinkText(const Geometry::VarStruct& variable) const {
   if (!variable.mLinked) return "";
   const ResultLink link(mTree.GetNodes(), variable);
   if (link.mVariable == nullptr) {
-    return fmt::format("leads nowhere (node {}, result {})", variable.mLink.mNode,
+    return fmt::format("dangling (node {}, result {})", variable.mLink.mNode,
                        variable.mLink.mVariable);
   }
   return fmt::format("{} [{}]: {}{}", Escape(Shortened(link.mGeometry->GetName()), mStyle),
                      variable.mLink.mNode, Escape(Shortened(link.mVariable->mName), mStyle),
-                     link.mFound ? "" : ", which leads nowhere");
+                     link.mFound ? "" : ", dangling");
 }
 
 void NodeReport::Sets(const QovRyx::NodeSets& sets, const Sink& sink) {
@@ -189,7 +189,7 @@ bool ReportNodes(const QovRyx::Tree& tree, const NodeFilter& filter,
   TreeWalk walk(tree.GetNodes(), filter.GetShown());
   bool isUnreached = false;
   while (const auto step = walk.Next()) {
-    if (step->mIsUnreached && !isUnreached) output.Line("Reached by no link:");
+    if (step->mIsUnreached && !isUnreached) output.Line("Not reached by any link:");
     isUnreached = isUnreached || step->mIsUnreached;
     output.Line(lines.BeforeEntry(walk, *step) + report.Label(*step));
     if (step->mEntry == nullptr || step->mAgain || !step->mEntry->mData) continue;

@@ -7,14 +7,13 @@
 
 namespace Qov::Tools {
 
-/// Draws the tree of a model with node sets, attributes and, if there are `statistics`, results,
-/// each line under the node that it belongs to. Returns false if something in it could not be
-/// read, which the lines say.
+/// Draws the tree of a model with node sets, attributes and, if `statistics` are given, results,
+/// each below its node. Returns false if a part could not be read, which the lines show.
 bool ReportNodes(const QovRyx::Tree& tree, const NodeFilter& filter,
                  const ModelStatistics* statistics, Output& output);
-/// The current view, the paths and the sequencer; nothing if the model has none.
+/// Writes the current view, the paths and the sequencer, if the model has them.
 void ReportViews(const QovRyx::Tree& tree, Output& output);
-/// The programs that wrote the file, oldest first; nothing if none is known.
+/// Writes the programs that wrote the file, oldest first.
 void ReportHistory(const QovRyx::Tree& tree, Output& output);
 
 }  // namespace Qov::Tools

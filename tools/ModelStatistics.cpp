@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "ErrorText.h"
-#include "SureValues.h"
+#include "VerifiedValues.h"
 
 namespace Qov::Tools {
 namespace {
@@ -15,7 +15,7 @@ using QovRyx::Geometry;
 template <class T>
 ArrayStatistics ReadAndSummarize(const QovRyx::NumericArray& array) {
   std::vector<T> values;
-  GetSureValues(array, values);
+  ReadVerifiedValues(array, values);
   return Summarize(values);
 }
 
@@ -33,8 +33,8 @@ ModelStatistics::Entry MakeEntry(const Geometry::VarStruct& variable, const Text
 
 using Loaders = std::unordered_set<const QovRyx::DataLoader*>;
 
-/// What delivers the values of the results that are shown. Those of a linked one may be values of
-/// a geometry that is not.
+/// Returns the loaders of the shown results. A linked result may have the loader of a geometry that
+/// is not shown.
 Loaders FindShown(const QovRyx::NodeTree& nodes, const NodeFilter& filter) {
   Loaders loaders;
   QovRyx::ForEachGeometry(nodes, [&](std::uint32_t id, const Geometry& geometry) {
@@ -52,7 +52,7 @@ Loaders FindShown(const QovRyx::NodeTree& nodes, const NodeFilter& filter) {
 ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter,
                                  const TextStyle& style) {
   const Loaders shown = FindShown(nodes, filter);
-  for (const bool integerKinds : {true, false}) {  // so they are stored
+  for (const bool integerKinds : {true, false}) {  // in stored order
     QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const Geometry& geometry) {
       for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
         const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();

@@ -10,21 +10,21 @@
 
 namespace Qov::Tools {
 
-/// The statistics of the arrays of a loaded model that are shown and lie in its file, each read
-/// once, one at a time, in the order in which they are stored.
+/// Statistics of the shown arrays of a model that are in its file. Reads each array once, one at a
+/// time, in stored order.
 class ModelStatistics {
  public:
   struct Entry {
     ArrayStatistics mStatistics;
     bool mIntegers = false;
-    std::string mError;  ///< Why the array could not be read; empty if it could.
+    std::string mError;  ///< The reason why the array cannot be read, or empty.
   };
 
   /// Errors are escaped for `style`.
   ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter, const TextStyle& style);
 
-  /// Null for an array that has no values in a file. Linked variables share the entry of the one
-  /// whose values they take.
+  /// Returns null for an array without values in a file. A linked variable has the entry of the
+  /// variable with its values.
   const Entry* Find(const QovRyx::NumericArray& array) const;
 
  private:

@@ -42,7 +42,7 @@ NodeFilter::NodeFilter(const QovRyx::NodeTree& nodes, const NodeCriteria& criter
     path.push_back(step->mId);
     if (step->mEntry == nullptr || step->mAgain || !criteria.Accept(*step->mEntry)) continue;
     mChosen->insert(step->mId);
-    // Whatever is shown already has the nodes above it shown too.
+    // The ancestors of a shown node are already shown.
     for (auto id = path.rbegin(); id != path.rend() && mShown->insert(*id).second; ++id) {
     }
   }

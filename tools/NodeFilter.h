@@ -10,31 +10,32 @@
 
 namespace Qov::Tools {
 
-/// Whether a name, as it is shown in a pipe, fits a pattern with *, ? and [...], of which the last
-/// two stand for a byte.
+/// Returns true if a name, as shown in a pipe, matches a pattern with *, ? and [...]. The last two
+/// match one byte.
 bool MatchesPattern(const std::string& name, const std::string& pattern);
 
-/// What nodes have to be like to be shown. All that is given has to hold.
+/// Criteria for the nodes to show. A node must meet all that are given.
 struct NodeCriteria {
-  std::vector<std::uint32_t> mIds;   ///< One of them.
-  std::optional<std::string> mName;  ///< A pattern, as MatchesPattern takes it.
+  std::vector<std::uint32_t> mIds;   ///< The node has one of them.
+  std::optional<std::string> mName;  ///< A pattern for MatchesPattern.
   std::string mType;
 
   bool IsEmpty() const { return mIds.empty() && !mName && mType.empty(); }
   bool Accept(const QovRyx::NodeTree::Node& entry) const;
 };
 
-/// The nodes of a model that are shown: those that meet the criteria, and those above them.
+/// The nodes of a model that are shown: those that meet the criteria, and their ancestors.
 class NodeFilter {
  public:
   NodeFilter(const QovRyx::NodeTree& nodes, const NodeCriteria& criteria);
 
-  /// Whether the node is shown with what it holds.
+  /// Returns true if the node is shown with its content.
   bool IsChosen(std::uint32_t id) const { return !mChosen || mChosen->contains(id); }
-  /// The nodes that are shown at all, for a TreeWalk; null for all of them.
+  /// Returns the shown nodes, for a TreeWalk; null for all of them.
   const TreeWalk::Ids* GetShown() const { return mShown ? &*mShown : nullptr; }
-  /// Whether criteria were given, and whether they left anything.
+  /// Returns true if there are criteria.
   bool IsActive() const { return mChosen.has_value(); }
+  /// Returns true if no node meets the criteria.
   bool IsEmpty() const { return mChosen && mChosen->empty(); }
 
  private:

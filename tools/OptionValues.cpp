@@ -7,7 +7,7 @@
 namespace Qov::Tools {
 namespace {
 
-/// The text of what is wrong with it, or an empty string, as the parser wants it.
+/// Returns an error message, or an empty string, as the parser expects.
 std::string NormalizeWholeNumber(std::string& word) {
   if (word.empty() || word.find_first_not_of("0123456789") != word.npos) {
     return fmt::format("\"{}\" should be decimal digits", word);

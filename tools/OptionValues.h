@@ -4,13 +4,15 @@
 #include <optional>
 #include <string>
 
-/// Values of options that the parser would read in ways of its own.
+/// Validators for option values that the parser alone would read differently.
 namespace Qov::Tools {
 
-/// For transform(): takes decimal digits alone. The parser knows octal and negative counts, too.
+/// Returns a validator for transform() that accepts decimal digits only. The parser alone also
+/// accepts octal and negative numbers.
 CLI::Validator WholeNumber();
 
-/// An option or argument whose text counts even if it is empty, which the parser takes for none.
+/// Adds an option or argument whose text may be empty. The parser alone treats an empty text as a
+/// missing one.
 CLI::Option* AddText(CLI::App& app, const std::string& name, std::optional<std::string>& text,
                      const std::string& help);
 

@@ -7,31 +7,31 @@
 
 namespace Qov::Tools {
 
-/// Thrown when whoever read the output has gone: there is nothing left to do, and no error.
+/// Thrown when the reader of the output has closed the pipe, which is not an error.
 struct ClosedPipe {};
 
-/// Lines of text for a stream that stays the caller's.
+/// Writes lines of text to a stream, which the caller owns.
 class Output {
  public:
-  /// What becomes of lines that cannot be written.
+  /// Handling of lines that cannot be written.
   enum class Loss { Thrown, Ignored };
 
   Output(std::FILE* stream, const TextStyle& style, Loss loss = Loss::Thrown)
       : mStream(stream), mStyle(style), mLoss(loss) {}
   virtual ~Output() = default;
 
-  /// Writes the text and a newline. Throws ClosedPipe, or raises WriteError, unless that is to be
+  /// Writes the text and a newline. Throws ClosedPipe or raises WriteError, unless losses are
   /// ignored.
   void Line(std::string_view text = "");
-  /// Writes bytes as they are; throws as Line does.
+  /// Writes bytes unchanged. Throws like Line.
   void Write(std::string_view bytes);
-  /// To be called at the end, so that no failure to write goes unnoticed. Throws as Line does.
+  /// Writes buffered bytes. Call it at the end, so that every failure is noticed. Throws like Line.
   void Flush();
 
   const TextStyle& GetStyle() const { return mStyle; }
 
  protected:
-  /// Throws what errno says of a failure to write, as Line does.
+  /// Throws the error in errno, like Line.
   void HandleFailure() const;
 
  private:

@@ -19,14 +19,13 @@ namespace Qov::Tools {
 namespace {
 
 constexpr const char* kName = "ryx";
-/// What shells say of a program that wrote to a closed pipe and was ended by that.
+/// Status that a shell reports for a program that SIGPIPE ended.
 constexpr int kEndedByClosedPipe = 128 + SIGPIPE;
 constexpr const char* kFooter =
     "Every subcommand has its own help with an example: ryx SUBCOMMAND --help\n"
-    "Exit status: 0 all is well, 1 there are findings or differences, 2 something could not be\n"
-    "done.";
+    "Exit status: 0 success, 1 findings or differences, 2 failure or wrong command line.";
 
-/// The parser and the subcommands that it fills.
+/// The parser, and the subcommands that receive its results.
 struct CommandLine {
   CommandLine();
 
@@ -83,9 +82,9 @@ int Run(Command& command, Output& output, Output& errors) {
     status = command.Run(output, errors);
     output.Flush();
   } catch (const ClosedPipe&) {
-    // Nobody misses what was not shown.
+    // The reader does not want the rest.
   }
-  // A verdict that is not known is not told as a good one.
+  // An unknown verdict must not look like success.
   return status.value_or(command.OnlyShows() ? kSuccess : kEndedByClosedPipe);
 }
 
@@ -128,7 +127,7 @@ int ReportTrouble(const std::exception& error, Output& errors) {
   try {
     errors.Line(fmt::format("{}: {}", kName, DescribeError(error, errors.GetStyle())));
   } catch (...) {
-    // There is nobody left to tell; the status does.
+    // The message cannot be written. The status reports the failure.
   }
   return kTrouble;
 }

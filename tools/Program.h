@@ -4,8 +4,8 @@
 
 namespace Qov::Tools {
 
-/// The program `ryx`: reads the command line, runs the subcommand that it names, and makes exit
-/// statuses and lines on `errors` of what goes wrong.
+/// Runs the program `ryx`: parses the command line and runs its subcommand. Writes errors to
+/// `errors` as lines. Returns the exit status.
 int RunProgram(int argc, const char* const* argv, Output& output, Output& errors);
 
 }  // namespace Qov::Tools

@@ -31,7 +31,7 @@ std::string HexDigits(std::string_view bytes) {
 Json PrintAction(const QovRyx::BasicAction& action) {
   Json printed{{"type", PrintActionType(action.ActionType())}};
   QovRyx::VisitAction(action, [&printed](const auto& concrete) {
-    printed.update(PrintRecord(concrete));  // there are a few fields only
+    printed.update(PrintRecord(concrete));  // actions have few fields
   });
   return printed;
 }
@@ -46,7 +46,8 @@ bool IsSimpleList(const Json& value) {
   return true;
 }
 
-/// Bits that mean a whole number are hardly ever those of a float of common size.
+/// Returns a number, with the float of the same bits if that has a usual magnitude. The bits of
+/// common integers are hardly ever such a float.
 std::string UnsignedText(std::uint64_t bits) {
   const auto number = std::bit_cast<float>(static_cast<std::uint32_t>(bits));
   const bool isFloat = std::isfinite(number) && std::fabs(number) > 1e-6F &&
@@ -61,7 +62,7 @@ std::string SimpleText(const Json& value, const TextStyle& style) {
   return value.dump();
 }
 
-/// One line, or one for each row of a long list.
+/// Writes one line, or one per row of a long list.
 void WriteSimpleList(const std::string& label, const Json& list, Output& output) {
   constexpr std::size_t kInARow = 16;
   std::string line = label + ":";
@@ -76,7 +77,7 @@ void WriteSimpleList(const std::string& label, const Json& list, Output& output)
   output.Line(line);
 }
 
-// NOLINTNEXTLINE(misc-no-recursion): as deep as the classes of records lie within each other
+// NOLINTNEXTLINE(misc-no-recursion): bounded by the nesting of the record classes
 void WriteField(const std::string& name, const Json& value, Output& output, std::size_t indent) {
   const std::string label = std::string(indent, ' ') + name;
   if (IsSimple(value)) {
@@ -113,7 +114,7 @@ Json PrintActions(const QovRyx::ActionList& actions) {
 
 template Json PrintRecord(const QovRyx::ViewPoint& record);
 
-// NOLINTNEXTLINE(misc-no-recursion): as deep as the classes of records lie within each other
+// NOLINTNEXTLINE(misc-no-recursion): bounded by the nesting of the record classes
 Json MakeJson(const Json& record) {
   if (record.is_string()) return JsonText(record.get_ref<const std::string&>());
   if (record.is_number_float()) return JsonFloat(static_cast<float>(record.get<double>()));
@@ -131,7 +132,7 @@ Json MakeJson(const Json& record) {
   return object;
 }
 
-// NOLINTNEXTLINE(misc-no-recursion): as deep as the classes of records lie within each other
+// NOLINTNEXTLINE(misc-no-recursion): bounded by the nesting of the record classes
 void WriteRecord(const Json& record, Output& output, std::size_t indent) {
   std::size_t position = 0;
   for (const auto& [key, value] : record.items()) {

@@ -11,16 +11,16 @@
 #include "Qov/Ryx/Sequencer.h"
 #include "Qov/Ryx/ViewPoint.h"
 
-/// The third walker over the field lists of versioned records, beside their writer and reader.
+/// Walks the field lists of versioned records, like their writer and reader.
 ///
-/// It makes a value of each record: an object with the fields in stream order. Texts in it are
-/// the bytes of the file and numbers may be NaN, so it is shown by WriteRecord or MakeJson only.
+/// Returns a JSON object per record, with the fields in stream order. Its texts are the bytes of
+/// the file, and numbers may be NaN. Only WriteRecord and MakeJson make it printable.
 namespace Qov::Tools {
 
 template <class T>
 Json PrintValue(const T& value);
 
-/// The walker.
+/// Collects the fields of a record.
 class FieldPrinter {
  public:
   FieldPrinter& Rung(std::string_view /*rung*/) { return *this; }
@@ -35,11 +35,11 @@ class FieldPrinter {
   Json mFields = Json::object();
 };
 
-/// A record that is kept as bytes: its tag, their number and their hex digits.
+/// Returns the tag, the number of bytes and their hex digits.
 Json PrintOpaque(const QovRyx::OpaqueRecord& record);
-/// Adds the tag and the unknown bytes to the fields of a record that keeps them.
+/// Adds the original tag and the unknown bytes of a record to its fields.
 void PrintOrigin(const QovRyx::RecordOrigin& record, Json& fields);
-/// Each action with its type; null for an empty slot.
+/// Returns the actions with their types; null for an empty slot.
 Json PrintActions(const QovRyx::ActionList& actions);
 
 template <QovJbf::VersionedRecord T>
@@ -85,7 +85,7 @@ Json PrintComponents(const T& value) {
 
 template <class T>
 Json PrintMap(const T& entries) {
-  Json::object_t object;  // filled without a look for keys that are there: it is none
+  Json::object_t object;  // appending without a lookup, because all keys differ
   object.reserve(entries.size());
   for (const auto& [key, value] : entries) object.emplace_back(key, PrintValue(value));
   return object;
@@ -122,10 +122,10 @@ Json PrintValue(const T& value) {
 
 extern template Json PrintRecord(const QovRyx::ViewPoint& record);
 
-/// The record as part of a document.
+/// Returns the record as part of a document.
 Json MakeJson(const Json& record);
-/// The record as lines, the fields of nested records indented. Numbers of 32 bits that are
-/// likely to be floats are shown as such too.
+/// Writes the record as lines, with nested records indented. Shows 32-bit numbers that are
+/// probably floats in both forms.
 void WriteRecord(const Json& record, Output& output, std::size_t indent = 0);
 
 }  // namespace Qov::Tools

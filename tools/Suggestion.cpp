@@ -7,7 +7,7 @@
 namespace Qov::Tools {
 namespace {
 
-/// How many letters have to be inserted, removed or replaced to make one word of the other.
+/// Returns the Levenshtein distance of two words.
 std::size_t EditDistance(std::string_view a, std::string_view b) {
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
@@ -25,7 +25,7 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 }  // namespace
 
 std::string Suggest(std::string_view word, const std::vector<std::string>& candidates) {
-  constexpr std::size_t kLongestWord = 64;  // nobody mistypes a name of ours into more
+  constexpr std::size_t kLongestWord = 64;  // bounds the time
   std::string best;
   if (word.size() > kLongestWord) return best;
   std::size_t bestDistance = std::max<std::size_t>(3, word.size() / 3 + 1);

@@ -6,7 +6,7 @@
 
 namespace Qov::Tools {
 
-/// The candidate that `word` is most likely a misspelling of; empty if none is near.
+/// Returns the candidate that is closest to the misspelled `word`; empty if none is close.
 std::string Suggest(std::string_view word, const std::vector<std::string>& candidates);
 
 }  // namespace Qov::Tools

@@ -41,7 +41,7 @@ unsigned TerminalWidth(int descriptor) {
   return known ? size.ws_col : TextStyle().mWidth;
 }
 
-/// The byte that a text begins with as \xNN.
+/// Returns the byte if the text begins with \xNN.
 std::optional<char> EscapedByte(std::string_view text) {
   if (text.size() < 4 || !text.starts_with("\\x")) return std::nullopt;
   unsigned byte = 0;

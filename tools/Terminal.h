@@ -5,35 +5,34 @@
 
 namespace Qov::Tools {
 
-/// How text has to look for where it goes.
+/// Properties of the destination of a text.
 struct TextStyle {
-  bool mTerminal = false;  ///< Somebody is watching. If not, the same input gives the same lines.
-  bool mUtf8 = false;      ///< Tree lines and marks beyond ASCII may be used.
+  bool mTerminal = false;  ///< False: the output depends on the input only.
+  bool mUtf8 = false;      ///< Tree lines and other characters outside ASCII are allowed.
   bool mColour = false;
   unsigned mWidth = 80;  ///< Columns of the terminal.
 };
 
-/// The style for what is written to the file descriptor.
+/// Returns the style for text that is written to the file descriptor.
 TextStyle DetectStyle(int descriptor);
 
-/// `text` in a form that is safe to show, and that no other text has.
+/// Returns `text` in an unambiguous form that is safe to show.
 ///
-/// What could steer a terminal or mislead the eye (control characters, text direction, bytes that
-/// are no UTF-8) becomes \xNN, and a backslash becomes two. So does, where only ASCII may be used,
-/// all else. The separator in front of an instance part is \x1E, or a mark of its own on a
-/// terminal that can show it.
+/// Control characters, marks of text direction and bytes that are not UTF-8 become \xNN, because
+/// they could control a terminal or mislead the reader. So do characters outside ASCII if the
+/// terminal cannot show them. A backslash is doubled. The separator before an instance part becomes
+/// \x1E, or a visible mark on a UTF-8 terminal.
 std::string Escape(std::string_view text, const TextStyle& style);
 
-/// The text that Escape made the given one of, whatever the style was. What no escaped text holds
-/// stays as it is.
+/// Reverts Escape for any style. Characters that Escape never produces stay unchanged.
 std::string Unescape(std::string_view escaped);
 
-/// The columns that an escaped text takes.
+/// Returns the width of an escaped text in columns.
 std::size_t DisplayWidth(std::string_view text);
 
-/// `text` made dim on a terminal with colours.
+/// Returns `text` dimmed on a terminal with colours.
 std::string Dim(std::string_view text, const TextStyle& style);
-/// `text` made bold on a terminal with colours.
+/// Returns `text` in bold on a terminal with colours.
 std::string Bold(std::string_view text, const TextStyle& style);
 /// Returns `text` in yellow on a terminal with colours.
 std::string Yellow(std::string_view text, const TextStyle& style);

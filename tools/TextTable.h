@@ -6,9 +6,8 @@
 
 namespace Qov::Tools {
 
-/// Cells in aligned columns. A column in which every cell is empty is left out. A cell that is
-/// wider than the limit does not push its column out: the rest of its row goes to a line of its
-/// own.
+/// Cells in aligned columns. Empty columns are left out. A cell that is wider than the limit does
+/// not widen its column; the rest of its row moves to the next line.
 class TextTable {
  public:
   enum class Align { Left, Right };
@@ -22,7 +21,7 @@ class TextTable {
   using Row = std::vector<std::string>;
   using Lines = std::vector<std::string>;
 
-  /// One cell a column, escaped.
+  /// Adds a row with one escaped cell per column.
   void AddRow(Row cells);
   /// Returns the headings and the added rows, without trailing blanks.
   Lines GetLines() const;

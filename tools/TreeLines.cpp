@@ -25,7 +25,7 @@ std::string TreeLines::BeforeContent(const TreeWalk& walk, const TreeWalk::Step&
   return Passing(walk, step.mDepth + (hasChildren ? 2 : 1)) + (hasChildren ? "" : "  ");
 }
 
-/// The lines of the levels above, as far as something follows on them.
+/// Returns the lines of the levels above on which more entries follow.
 std::string TreeLines::Passing(const TreeWalk& walk, std::size_t depth) const {
   const char* line = mStyle.mUtf8 ? "│   " : "|   ";
   std::string text;

@@ -7,15 +7,15 @@
 
 namespace Qov::Tools {
 
-/// The lines that join the entries of a drawn tree. Beyond a few dozen levels the depth is told
-/// by a number, so that a line's length stays bounded.
+/// The lines that connect the entries of a drawn tree. Below 32 levels the depth is shown as a
+/// number, so that the length of a line is bounded.
 class TreeLines {
  public:
   explicit TreeLines(const TextStyle& style) : mStyle(style) {}
 
-  /// What stands in front of an entry. `step` is the walk's last one.
+  /// Returns the text before an entry. `step` is the last one of the walk.
   std::string BeforeEntry(const TreeWalk& walk, const TreeWalk::Step& step) const;
-  /// What stands in front of the lines that belong to an entry.
+  /// Returns the text before the lines that belong to an entry.
   std::string BeforeContent(const TreeWalk& walk, const TreeWalk::Step& step) const;
 
  private:

@@ -37,8 +37,8 @@ TreeWalk::Step TreeWalk::Visit(std::uint32_t id) {
   return step;
 }
 
-/// The first of the siblings from `id` on that is shown, or 0. Each is passed over once, so that
-/// siblings in a circle come to an end.
+/// Returns the first shown sibling from `id` on, or 0. Skips each one once, so that a cycle of
+/// siblings ends.
 std::uint32_t TreeWalk::PassHidden(std::uint32_t id) {
   while (id != 0 && IsHidden(id)) {
     const NodeTree::Node* entry = mNodes.FindNode(id);

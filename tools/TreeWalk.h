@@ -10,9 +10,9 @@
 
 namespace Qov::Tools {
 
-/// Walks a model's tree from the top down along its links, parents before children, siblings in
-/// order. Every entry is met once and every walk ends, whatever the links of a file say; depth
-/// costs memory, not stack.
+/// Walks the tree of a model along its links: parents before children, siblings in order. Visits
+/// every entry once and always ends, even if the links of the file contain cycles. Uses no stack
+/// for the depth.
 class TreeWalk {
  public:
   struct Step {
@@ -20,21 +20,21 @@ class TreeWalk {
     std::size_t mDepth = 0;
     /// Null if a link names an id without an entry.
     const QovRyx::NodeTree::Node* mEntry = nullptr;
-    /// A link leads back to an entry that was met before; it is not followed again.
+    /// True if the entry was visited before. It is not followed again.
     bool mAgain = false;
-    /// No link that was followed before leads to the entry.
+    /// True if none of the followed links leads to the entry.
     bool mIsUnreached = false;
   };
 
   using Ids = std::unordered_set<std::uint32_t>;
 
-  /// With `shown` all entries but those are passed over, and what is beneath them.
+  /// If `shown` is given, skips all other entries with their descendants.
   explicit TreeWalk(const QovRyx::NodeTree& nodes, const Ids* shown = nullptr);
 
-  /// The next step; nothing at the end. A root without a node is left out, its children are of
-  /// depth 0.
+  /// Returns the next step, or nothing at the end. A root without a node is left out; its children
+  /// have depth 0.
   std::optional<Step> Next();
-  /// Whether anything follows at that depth, beneath the same parent, after the last step.
+  /// Returns true if the last step has a further sibling at that depth.
   bool IsOpen(std::size_t depth) const { return depth < mNextIds.size() && mNextIds[depth] != 0; }
 
  private:
@@ -45,7 +45,7 @@ class TreeWalk {
 
   const QovRyx::NodeTree& mNodes;
   const Ids* mpShown;
-  /// By depth: the id to go on with, 0 if there is none.
+  /// By depth: the next id, or 0.
   std::vector<std::uint32_t> mNextIds;
   Ids mSeen;
   QovRyx::NodeTree::NodeMap::const_iterator mCandidate;

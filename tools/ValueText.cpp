@@ -13,7 +13,7 @@ namespace {
 
 using QovRyx::Geometry;
 
-/// Gives a whole number the point that tells it from an integer.
+/// Appends ".0" to a whole number, so that it does not look like an integer.
 std::string Point(const std::string& number) {
   return number.find_first_not_of("-0123456789") == number.npos ? number + ".0" : number;
 }

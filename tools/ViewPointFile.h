@@ -6,7 +6,7 @@
 
 namespace Qov::Tools {
 
-/// Writes the model's current view, paths and sequencer, and nothing else, to a new file.
+/// Writes only the current view, the paths and the sequencer of the model to a new file.
 void SaveViewPointFile(const QovRyx::Tree& tree, const std::string& path);
 
 }  // namespace Qov::Tools

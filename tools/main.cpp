@@ -8,9 +8,9 @@
 
 int main(int argc, char** argv) {
   Qov::OccupyStandardStreams();
-  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is noticed where it is written to
+  std::signal(SIGPIPE, SIG_IGN);  // writing to a closed pipe returns an error instead
   Qov::Tools::Output output(stdout, Qov::Tools::DetectStyle(STDOUT_FILENO));
-  // A complaint that nobody reads is no reason to stop: the status tells the same.
+  // Errors that cannot be written are ignored, because the status reports them, too.
   Qov::Tools::Output errors(stderr, Qov::Tools::DetectStyle(STDERR_FILENO),
                             Qov::Tools::Output::Loss::Ignored);
   return Qov::Tools::RunProgram(argc, argv, output, errors);

@@ -85,12 +85,11 @@ TEST_F(RyxRecords, UnknownTagsBytesAndActionsAreKeptAndShown) {
   const std::string plain = SavePlain("plain.ryx");
   const std::string findings = FindingsOf(kept);
   for (const char* finding :
-       {"record-tag current view: viewState.miscState: Tag \"0.9\" is not known",
-        "record-rest current view: viewState.miscState: 4 bytes of the record follow its last "
-        "known field.",
-        "record-rest path \"walk\", view 0: 1 byte of the record follows the last field",
+       {"record-tag current view: viewState.miscState: Tag \"0.9\" is unknown",
+        "record-rest current view: viewState.miscState: 4 bytes follow the last known field",
+        "record-rest path \"walk\", view 0: 1 byte follows the last field",
         "record-tag material: Tag \"0.4\"",
-        "action-type sequencer: actions[0]: The action is of the type 7, which is not known; its "
+        "action-type sequencer: actions[0]: The action has the unknown type 7; its "
         "tag \"2.0\" and 3 bytes are kept"}) {
     EXPECT_THAT(findings, HasSubstr(finding));
   }

@@ -88,9 +88,9 @@ void AttributeReader::Read(const Place& place) {
     const auto type = static_cast<std::size_t>(column);
     const std::uint64_t held = PassOverColumn(column, place);
     if (held == counts[type]) continue;
-    mFindings.Error("attribute-columns", place,
-                    fmt::format("{} values are of type {}, but their column holds {}.",
-                                counts[type], type, held));
+    mFindings.Error(
+        "attribute-columns", place,
+        fmt::format("{} values have type {}, but their column has {}.", counts[type], type, held));
   }
 }
 
@@ -138,12 +138,12 @@ std::array<std::uint64_t, kNumTypes> AttributeReader::TakeTypes(std::uint32_t nu
       ++counts[type];
     } else {
       mFindings.Error("attribute-type", place,
-                      fmt::format("Attribute {} is of type {}, which is not known.", i, type));
+                      fmt::format("Attribute {} has the unknown type {}.", i, type));
     }
   }
   if (numTypes != numNames) {
     mFindings.Error("attribute-columns", place,
-                    fmt::format("There are {} names but {} types.", numNames, numTypes));
+                    fmt::format("The map has {} names but {} types.", numNames, numTypes));
   }
   return counts;
 }
@@ -160,15 +160,16 @@ std::uint64_t AttributeReader::PassOverColumn(AttributeType type, const Place& p
   return count;
 }
 
-/// Reads the maps of all nodes; false where the number of a node's maps is not known.
+/// Reads the maps of all nodes. Returns false if the number of a node's maps is unknown.
 bool ReadMaps(const ModelContent& model, StreamCursor& cursor, Findings& findings) {
   AttributeReader reader(cursor, findings);
   const auto here = [&] { return Place::InStream(cursor.GetName(), cursor.GetPosition()); };
   for (const StoredNode& node : model.mNodes) {
     if (!node.mHasLightData) {
-      findings.Warning("unchecked", node.At(here()),
-                       "How many attribute maps this node has is not known: from here on they "
-                       "cannot be checked.");
+      findings.Warning(
+          "unchecked", node.At(here()),
+          "The number of attribute maps of this node is unknown, so that the maps from here "
+          "on cannot be checked.");
       return false;
     }
     const bool isGroup = node.GetType() == NodeType::Group;

@@ -33,8 +33,8 @@ class Inflation {
   Inflation(const Inflation&) = delete;
   Inflation& operator=(const Inflation&) = delete;
 
-  /// Returns why the stream is damaged, or an empty string. Stops once it has made more than
-  /// `limit` bytes.
+  /// Returns the reason why the stream is damaged, or an empty string. Stops after more than
+  /// `limit` bytes of content.
   std::string Run(std::uint64_t limit, QovJbf::Block* content);
   std::uint64_t GetNumMade() const { return mStream.total_out; }
   std::uint32_t GetNumUnread() const { return mLeft + mStream.avail_in; }
@@ -62,7 +62,8 @@ void Inflation::Refill() {
 
 std::string Inflation::Describe(int result) const {
   const std::string reason = mStream.msg == nullptr ? fmt::format("error {}", result) : mStream.msg;
-  return fmt::format("It cannot be inflated beyond {} bytes: {}.", mStream.total_out, reason);
+  return fmt::format("The block cannot be decompressed after {} bytes of content: {}.",
+                     mStream.total_out, reason);
 }
 
 std::string Inflation::Run(std::uint64_t limit, QovJbf::Block* content) {
@@ -76,7 +77,7 @@ std::string Inflation::Run(std::uint64_t limit, QovJbf::Block* content) {
     const auto made = static_cast<std::uint32_t>(mOutput.size() - mStream.avail_out);
     if (content != nullptr) content->Put(mOutput.data(), made);
     if (result == Z_BUF_ERROR && mLeft + mStream.avail_in == 0) {
-      return fmt::format("It ends before its compressed data do, after {} bytes of content.",
+      return fmt::format("The block ends before its compressed data, after {} bytes of content.",
                          mStream.total_out);
     }
     if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR) return Describe(result);
@@ -91,15 +92,16 @@ BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t
   BlockVerdict verdict;
   if (size < QovJbf::kRawLengthSize) {
     verdict.mIsImpossible = true;
-    verdict.mTrouble = fmt::format("It is compressed but has only {} bytes.", size);
+    verdict.mTrouble = fmt::format("The block is compressed but has only {} bytes.", size);
     return verdict;
   }
   file.Read(position, &verdict.mRawLength, QovJbf::kRawLengthSize);
   const std::uint32_t stored = size - QovJbf::kRawLengthSize;
   if (verdict.mRawLength > QovJbf::GetLargestContent(stored)) {
     verdict.mIsImpossible = true;
-    verdict.mTrouble = fmt::format("It says that it inflates to {} bytes, more than {} can hold.",
-                                   verdict.mRawLength, stored);
+    verdict.mTrouble =
+        fmt::format("The block should decompress to {} bytes, more than {} bytes can contain.",
+                    verdict.mRawLength, stored);
     return verdict;
   }
   const auto inflation =
@@ -107,9 +109,10 @@ BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t
   verdict.mTrouble = inflation->Run(verdict.mRawLength, content);
   const std::uint64_t made = inflation->GetNumMade();
   if (verdict.mTrouble.empty() && made != verdict.mRawLength) {
-    const std::string truth = made > verdict.mRawLength ? "more than that" : std::to_string(made);
-    verdict.mTrouble = fmt::format("It says that it inflates to {} bytes, but there are {}.",
-                                   verdict.mRawLength, truth);
+    const std::string truth = made > verdict.mRawLength ? "more" : std::to_string(made);
+    verdict.mTrouble =
+        fmt::format("The block should decompress to {} bytes, but its content has {}.",
+                    verdict.mRawLength, truth);
   }
   verdict.mNumTrailing = verdict.mTrouble.empty() ? inflation->GetNumUnread() : 0;
   return verdict;

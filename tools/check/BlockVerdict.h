@@ -8,13 +8,14 @@
 
 namespace Qov::Tools {
 
-/// What inflating a compressed block from its beginning to its end showed.
+/// Result of decompressing a block.
 struct BlockVerdict {
-  std::uint32_t mRawLength = 0;  ///< As the block says.
-  /// No zlib stream of the block's size can have that length: readers refuse the whole stream.
+  std::uint32_t mRawLength = 0;  ///< As stored in the block.
+  /// True if no zlib stream of the block's size can have that length. Readers refuse the whole
+  /// stream.
   bool mIsImpossible = false;
-  std::string mTrouble;            ///< A sentence; empty if the block is as it should be.
-  std::uint32_t mNumTrailing = 0;  ///< Bytes of the block behind its zlib stream.
+  std::string mTrouble;            ///< The error as a sentence, or empty.
+  std::uint32_t mNumTrailing = 0;  ///< Bytes of the block after its zlib stream.
 };
 
 /// Decompresses and checks a block, which must be inside the file. Appends its content to `content`

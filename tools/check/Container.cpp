@@ -14,7 +14,7 @@
 #include "check/BlockVerdict.h"
 #include "container/ContainerFormat.h"
 
-// docs/format.md, "Container", says how a sound one looks.
+// The section "Container" of docs/format.md describes a correct file.
 
 namespace Qov::Tools {
 namespace {
@@ -24,12 +24,12 @@ using QovJbf::kMagic;
 using QovJbf::kRootLengthSize;
 using QovJbf::kRootPosition;
 
-/// Whether a root index of that length could follow the header, whatever the magic says.
+/// Returns true if a root index of that length can follow the header, without regard to the magic.
 bool LooksLikeRoot(std::uint32_t length, std::uint32_t count) {
   return count != 0 && length == QovJbf::GetItemListSize(count);
 }
 
-/// The bytes must be there.
+/// Reads bytes that must be inside the file.
 QovJbf::Block ReadPlain(FileBytes& file, std::uint64_t position, std::uint32_t size) {
   QovJbf::Block content;
   std::array<char, 65536> piece{};
@@ -92,13 +92,14 @@ bool Container::CheckHeader() {
   if (hasRoot) mBytes.Read(kRootPosition, root.data(), sizeof root);
   if (!isMagic && !LooksLikeRoot(root[0], root[1])) {
     Util::Raise("tools/check/Container", Util::Exception::ErrorType::FormatNotSupported,
-                mBytes.GetLength() == 0 ? "The file is empty" : "It is no ryx container");
+                mBytes.GetLength() == 0 ? "The file is empty" : "The file is not a ryx container");
   }
-  if (!isMagic) mFindings.Error("magic", Place::InFile(0), "The file does not begin as it should.");
+  if (!isMagic)
+    mFindings.Error("magic", Place::InFile(0), "The file does not begin with the magic bytes.");
   if (mBytes.GetLength() >= QovJbf::kHeaderSize) CheckVersion();
   if (hasRoot && root[0] != 0 && root[1] != 0) return true;
   mFindings.Error("unfinished", Place::InFile(kRootPosition),
-                  "The file is unfinished: it has no index, as an interrupted save leaves it.");
+                  "The file is unfinished: it has no index, because its save was interrupted.");
   return false;
 }
 
@@ -111,14 +112,14 @@ void Container::CheckVersion() {
     QovJbf::JbFile::CheckSupport(mVersion, mHasWideOffsets);
   } catch (const Util::Exception&) {
     mFindings.Error("version", place,
-                    fmt::format("Version {} is newer than any that is known, {}.", Quoted(mVersion),
-                                QovJbf::kCurrentFileVersion));
+                    fmt::format("Version {} is newer than the newest known one, {}.",
+                                Quoted(mVersion), QovJbf::kCurrentFileVersion));
     return;
   }
   const bool isNumber = mVersion.size() >= 3 && (mVersion[0] == '0' || mVersion[0] == '1') &&
                         mVersion[1] == '.' && mVersion[2] >= '0' && mVersion[2] <= '9';
   if (isNumber) return;
-  mFindings.Warning("version", place, fmt::format("{} is no version.", Quoted(mVersion)));
+  mFindings.Warning("version", place, fmt::format("{} is not a version.", Quoted(mVersion)));
 }
 
 bool Container::ReadIndex() {
@@ -142,8 +143,8 @@ bool Container::ReadRoot() {
   mFirstBlock = begin + length;
   if (mFirstBlock > mBytes.GetLength()) {
     mFindings.Error("index", place,
-                    fmt::format("The root index should take {} bytes, but the file ends after {}.",
-                                length, mBytes.GetLength() - begin));
+                    fmt::format("The root index has {} bytes, but the file ends after {}.", length,
+                                mBytes.GetLength() - begin));
     return false;
   }
   QovJbf::Block items = ReadPlain(mBytes, begin, length);
@@ -156,8 +157,8 @@ bool Container::ReadIndexBlock(std::size_t k, std::uint64_t position) {
   if (std::all_of(items.GetData(), items.GetData() + items.GetSize(),
                   [](unsigned char byte) { return byte == 0; })) {
     mFindings.Error("unfinished", AtBlock(k, position),
-                    "The file is unfinished: a block of the index is empty, as an interrupted save "
-                    "leaves it.");
+                    "The file is unfinished: a block of the index is empty, because its save was "
+                    "interrupted.");
     return false;
   }
   return AppendItems(items, AtBlock(k, position));
@@ -167,37 +168,37 @@ bool Container::TakeIndexBlock(std::size_t k, std::uint64_t position, QovJbf::Bl
   const StoredBlock& block = mBlocks[k];
   std::string trouble;
   if (!mBytes.Holds(position, block.mSize)) {
-    trouble = "A block of the index lies beyond the end of the file.";
+    trouble = "A block of the index is after the end of the file.";
   } else if ((block.mFlags & QovJbf::BlockFlag::kCompressed) != 0) {
     trouble = InflateBlock(mBytes, position, block.mSize, &items).mTrouble;
   } else {
     items = ReadPlain(mBytes, position, block.mSize);
   }
   if (trouble.empty()) return true;
-  mFindings.Error("index", AtBlock(k, position), trouble + " What it lists is lost.");
+  mFindings.Error("index", AtBlock(k, position), trouble + " The blocks in it are lost.");
   return false;
 }
 
-/// Takes the items of a piece of the index; false if they cannot all be taken.
+/// Appends the items of a part of the index. Returns false if some cannot be read.
 bool Container::AppendItems(QovJbf::Block& items, const Place& place) {
   items.SetPosition(0);
   std::uint32_t count = 0;
   std::uint32_t numTaken = 0;
   try {
     CopyFromBlock(items, count);
-    // More items than the file has bytes are refused: compressed pieces could list any number.
+    // Refuses more items than the file has bytes, because compressed parts could list any number.
     for (; numTaken < count && mBlocks.size() <= mBytes.GetLength(); ++numTaken) {
       IndexItem item;
       CopyFromBlock(items, item);
       AppendItem(item);
     }
   } catch (const Util::Exception&) {
-    // What is missing is told below.
+    // Missing items are reported below.
   }
   if (numTaken < count || count == 0) {
-    mFindings.Error(
-        "index", place,
-        fmt::format("The index should list {} blocks here, but {} can be read.", count, numTaken));
+    mFindings.Error("index", place,
+                    fmt::format("This part of the index lists {} blocks, but {} can be read.",
+                                count, numTaken));
     return false;
   }
   if (items.GetRemaining() == 0) return true;
@@ -221,16 +222,16 @@ void Container::CheckItem(const IndexItem& item) {
   if (QovJbf::IsEmptyBlockName(item.mName)) {
     if (item.mSize == 0) return;
     mFindings.Error("reserved-name", place,
-                    fmt::format("A slot that is free takes {} bytes.", item.mSize));
+                    fmt::format("A free slot has {} bytes; it should be empty.", item.mSize));
   } else if (QovJbf::IsReservedName(item.mName) && !QovJbf::IsIndexBlockName(item.mName)) {
-    mFindings.Warning("reserved-name", place, "Names that begin so are reserved.");
+    mFindings.Warning("reserved-name", place, "Names that begin with \\x0B are reserved.");
   } else if (item.mName.empty()) {
-    mFindings.Warning("reserved-name", place, "The block belongs to a stream without a name.");
+    mFindings.Warning("reserved-name", place, "The stream of the block has no name.");
   }
   if ((item.mFlags & ~QovJbf::kKnownBlockFlags) == 0 && item.mFlags2 == 0) return;
-  mFindings.Warning("flags", place,
-                    fmt::format("The block has flags that are not known: 0x{:02X}, 0x{:02X}.",
-                                item.mFlags, item.mFlags2));
+  mFindings.Warning(
+      "flags", place,
+      fmt::format("The block has unknown flags: 0x{:02X}, 0x{:02X}.", item.mFlags, item.mFlags2));
 }
 
 Place Container::AtBlock(std::size_t k, std::uint64_t position) const {
@@ -255,7 +256,7 @@ void Container::CheckStreamNames() {
         QovJbf::IsReservedName(stream.mName) || QovRyx::IsModelStream(stream.mName);
     if (stream.mName.empty() || isKnown) continue;
     mFindings.Warning("unknown-stream", Place::InStream(stream.mName),
-                      "No stream of this name is known; a merge would leave it out.");
+                      "The stream is unknown; a merge leaves it out.");
   }
 }
 
@@ -274,7 +275,7 @@ void Container::CheckBlock(std::size_t k, std::uint64_t position) {
   stream.mLength += verdict.mRawLength;
   if (!isInFile) {
     Damage(stream, "block-outside", AtBlock(k, position),
-           fmt::format("It should take {} bytes, but the file ends at byte {}.", block.mSize,
+           fmt::format("The block has {} bytes, but the file ends at byte {}.", block.mSize,
                        mBytes.GetLength()));
     stream.mIsRefused = true;
   } else if (!verdict.mTrouble.empty()) {
@@ -296,7 +297,7 @@ void Container::CheckEnd(std::uint64_t end) {
                     Plural(mBytes.GetLength() - end, "byte", "follow") + " the last block.");
 }
 
-/// The reading code sees the file as any program would.
+/// Opens the file with the code that loads models.
 bool Container::OpenForReading() {
   try {
     mFile.OpenFile(mPath, "rb");
@@ -314,7 +315,7 @@ const Container::Stream* Container::FindStream(const std::string& name) const {
   return found == mStreamsByName.end() ? nullptr : &mStreams[found->second];
 }
 
-/// Within the bounds of the code that loads models.
+/// Applies the limits of the code that loads models.
 bool Container::ReportExpansion(std::initializer_list<std::string> streams) {
   std::uint64_t numBytes = 0;
   const Stream* longest = nullptr;
@@ -335,7 +336,7 @@ bool Container::ReportExpansion(std::initializer_list<std::string> streams) {
 StreamCursor Container::OpenStream(const std::string& name) {
   const Stream* stream = FindStream(name);
   if (stream == nullptr) return {name, nullptr, 0, 0};
-  // A refused stream is longer than what is known of it.
+  // The length of a refused stream is not known completely.
   if (stream->mIsRefused) return {name, nullptr, std::max<std::uint64_t>(stream->mLength, 1), 0};
   return {name, mFile.OpenStreamReader(name), stream->mLength, stream->mSound};
 }

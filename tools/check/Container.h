@@ -14,14 +14,14 @@
 
 namespace Qov::Tools {
 
-/// Checks a file as a container: its header, its index, and that every block is what the index
-/// says. Gives the streams to those who check what is in them.
+/// Checks a file as a container: its header, its index, and every block. Provides the streams for
+/// the checks of their content.
 class Container {
  public:
-  /// Raises what FileBytes raises, or FormatNotSupported for a file that is no container at all.
+  /// Raises the errors of FileBytes, or FormatNotSupported for a file that is not a container.
   Container(const std::string& path, Findings& findings);
 
-  /// False if nothing more can be said about the file.
+  /// Returns false if the streams cannot be read.
   bool Check();
   /// Opens the streams of a file that the programs can load, without checking its blocks. Returns
   /// false if the file is unfinished.
@@ -31,22 +31,22 @@ class Container {
   static bool IsUnfinished(const std::string& path);
 
   const std::string& GetVersion() const { return mVersion; }
-  /// Whether tree records hold 64-bit offsets.
+  /// Returns true if tree records contain 64-bit offsets.
   bool HasWideOffsets() const { return mHasWideOffsets; }
   bool HasStream(const std::string& name) const { return FindStream(name) != nullptr; }
   /// Reports streams that readers keep in memory and that decompress to more than the limit of
   /// the readers. Returns true if they do.
   bool ReportExpansion(std::initializer_list<std::string> streams);
-  /// A stream that is absent gives a cursor over nothing.
+  /// Returns a cursor over the stream; over no bytes if the stream is missing.
   StreamCursor OpenStream(const std::string& name);
 
  private:
   struct Stream {
     std::string mName;
-    std::uint64_t mLength = 0;  ///< Uncompressed bytes, as its blocks say.
-    std::uint64_t mSound = 0;   ///< How many of them, from the beginning, can be read.
+    std::uint64_t mLength = 0;  ///< Uncompressed bytes, as stored in its blocks.
+    std::uint64_t mSound = 0;   ///< Readable bytes from the beginning.
     bool mIsDamaged = false;
-    bool mIsRefused = false;  ///< Readers refuse it as a whole.
+    bool mIsRefused = false;  ///< True if readers refuse the whole stream.
   };
   struct StoredBlock {
     std::uint32_t mStream = 0;

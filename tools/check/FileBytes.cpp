@@ -16,7 +16,7 @@ using ErrorType = Util::Exception::ErrorType;
 FileBytes::FileBytes(const std::string& path) {
   std::error_code error;
   if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
-    Util::Raise(kSource, ErrorType::MiscellaneousError, "It is no regular file");
+    Util::Raise(kSource, ErrorType::MiscellaneousError, "Not a regular file");
   }
   mFile.open(path, std::ios::binary);
   const int cause = errno;

@@ -6,17 +6,17 @@
 
 namespace Qov::Tools {
 
-/// The bytes of a file, by their place.
+/// Random access to the bytes of a file.
 class FileBytes {
  public:
-  /// Raises MiscellaneousError for what is no file that can be read.
+  /// Raises MiscellaneousError if this is not a readable regular file.
   explicit FileBytes(const std::string& path);
 
   std::uint64_t GetLength() const { return mLength; }
   bool Holds(std::uint64_t position, std::uint64_t size) const {
     return position <= mLength && size <= mLength - position;
   }
-  /// The bytes must be there; raises ReadError if they cannot be read all the same.
+  /// Reads bytes that must be inside the file. Raises ReadError if that fails.
   void Read(std::uint64_t position, void* target, std::size_t n);
 
  private:

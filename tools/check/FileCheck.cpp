@@ -26,14 +26,14 @@ FileReport::Kind FindKind(const Container& container) {
   return FileReport::Kind::Unknown;
 }
 
-/// A view-point file may lack a tree, but then it has no other part of a model either.
+/// Reports parts of a model without a tree. A view-point file has neither.
 void CheckParts(const Container& container, FileReport& report) {
   if (report.mKind == FileReport::Kind::Model) return;
   for (const std::string& stream :
        {QovRyx::kHeavyData, QovRyx::kLightData, QovRyx::kAttributes, QovRyx::kResources}) {
     if (!container.HasStream(stream)) continue;
     report.mFindings.Error("no-tree", Place::InStream(stream),
-                           "This is part of a model, but there is no tree that it belongs to.");
+                           "This is a part of a model, but the file has no tree.");
   }
 }
 
@@ -51,7 +51,8 @@ void CheckModel(Container& container, Findings& findings) {
   CheckHeavyData(container, model, findings);
 }
 
-/// Whatever keeps the programs from reading a file is a finding, even if no stage knows of it.
+/// Reports the error of loading the file, because a file without other findings may be refused,
+/// too.
 void CheckLoading(const std::string& path, Findings& findings) {
   try {
     QovRyx::Tree tree(false);
@@ -72,9 +73,9 @@ void CheckFile(const std::string& path, FileReport& report) {
   report.mKind = FindKind(container);
   CheckParts(container, report);
   const bool hasViews = QovJbf::HasViews(container.GetVersion());
-  const std::string nothing = "The container holds neither a model nor view points.";
+  const std::string nothing = "The container has neither a model nor view points.";
   if (report.mKind == FileReport::Kind::Unknown && !hasViews) {
-    findings.Warning("no-model", {}, nothing);  // as its view-point files do
+    findings.Warning("no-model", {}, nothing);  // as in its view-point files
   } else if (report.mKind == FileReport::Kind::Unknown) {
     findings.Error("no-model", {}, nothing);
   } else if (report.mKind == FileReport::Kind::Model) {

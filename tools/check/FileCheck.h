@@ -6,7 +6,7 @@
 
 namespace Qov::Tools {
 
-/// What checking one file showed.
+/// Result of checking a file.
 struct FileReport {
   enum class Kind { Unknown, Model, ViewPoints };
 
@@ -17,10 +17,9 @@ struct FileReport {
   Findings mFindings;
 };
 
-/// Checks everything that can be wrong with a file, stage by stage; a stage that has to stop does
-/// not keep the others from going on. Holds one array at a time; takes time in proportion to the
-/// file's uncompressed size, whatever is in it. Raises for a file that cannot be read or that is
-/// no container at all.
+/// Checks all parts of a file. A check that has to stop does not stop the others. Keeps one array
+/// in memory at a time. The time is proportional to the uncompressed size of the file. Raises an
+/// error if the file cannot be read or is not a container.
 void CheckFile(const std::string& path, FileReport& report);
 
 }  // namespace Qov::Tools

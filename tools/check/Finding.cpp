@@ -68,7 +68,7 @@ std::string Quoted(std::string_view name) {
 
 void ReportZeroByte(Place place, std::string_view text, std::uint64_t length, Findings& findings) {
   findings.Warning("zero-byte", std::move(place),
-                   fmt::format("Readers take {} of a text of {} bytes: a zero byte follows.",
+                   fmt::format("Readers use {} of a text of {} bytes, because a zero byte follows.",
                                Quoted(text), length));
 }
 

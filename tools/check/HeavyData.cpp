@@ -18,17 +18,17 @@
 namespace Qov::Tools {
 namespace {
 
-/// What lies in the heavy stream: an array, or the pieces of a node's sets.
+/// An item of the heavy stream: an array, or the pieces of a node's sets.
 struct Extent {
   StoredNode* mNode = nullptr;
   std::size_t mVariable = 0;
   std::uint64_t mOffset = 0;
-  std::uint64_t mEnd = 0;  ///< Of sets: not known yet.
+  std::uint64_t mEnd = 0;  ///< For sets not known yet.
   bool mIsSets = false;
-  bool mIsWanted = false;  ///< By those who compare values.
+  bool mIsWanted = false;  ///< True if its values are compared.
 
   const StoredVariable& GetVariable() const { return mNode->mVariables[mVariable]; }
-  /// In the order of the stream; of those that share their bytes, one that is wanted comes first.
+  /// Orders by place in the stream. Among items with the same bytes a wanted one comes first.
   bool operator<(const Extent& other) const {
     return std::tuple(mOffset, mEnd, !mIsWanted) <
            std::tuple(other.mOffset, other.mEnd, !other.mIsWanted);
@@ -39,7 +39,7 @@ struct Extent {
   }
 };
 
-/// Gives arrays that follow inline their places, by counting in the order of the tree.
+/// Computes the places of inline arrays, in the order of the tree.
 class InlinePlaces {
  public:
   InlinePlaces(Container& container, Findings& findings)
@@ -68,12 +68,12 @@ class InlinePlaces {
     }
   }
 
-  /// Sets that stand before a geometry lie before its values; false if their end is not found.
+  /// Skips sets before the values of a geometry. Returns false if their end is not found.
   bool PassOverSets() {
     if (mSets == nullptr) return true;
     const Place place = mSets->At(Place::InStream(mCursor.GetName(), mSets->mSetsOffset));
     if (mSets->mSetsOffset < mCursor.GetPosition()) {
-      mFindings.Error("array-overlap", place, "The sets begin within others before them.");
+      mFindings.Error("array-overlap", place, "The sets begin within earlier ones.");
       return false;
     }
     try {
@@ -81,7 +81,7 @@ class InlinePlaces {
       PassOverSetPieces(mCursor);
       mOffset = mCursor.GetPosition();
     } catch (const StreamCursor::EndReached&) {
-      ReportEnd(mCursor, mSets->At({}), "the sets, which arrays follow,", mFindings);
+      ReportEnd(mCursor, mSets->At({}), "the sets before the arrays", mFindings);
       return false;
     }
     mSets = nullptr;
@@ -94,7 +94,7 @@ class InlinePlaces {
   const StoredNode* mSets = nullptr;
 };
 
-/// Goes through the stream once, in the order of what lies in it.
+/// Checks the items of the stream in one pass, in stored order.
 class HeavySweep {
  public:
   HeavySweep(Container& container, MeshCheck& meshes, Findings& findings)
@@ -118,7 +118,7 @@ class HeavySweep {
   Findings& mFindings;
   std::vector<Extent> mExtents;
   std::uint64_t mReached = 0;
-  const Extent* mLast = nullptr;  ///< What reaches there.
+  const Extent* mLast = nullptr;  ///< The item that ends at mReached.
 };
 
 void HeavySweep::Collect(StoredNode& node) {
@@ -131,7 +131,7 @@ void HeavySweep::Collect(StoredNode& node) {
     if (variable.mLinked) continue;
     CheckShape(node, i);
     if (variable.GetNumElements() == 0 || !variable.mIsPlaced) continue;
-    // What remains of a size that is no multiple of 4 is stored only among inline values.
+    // Only inline values store the rest of a size that is not a multiple of 4.
     const std::uint64_t size =
         node.HasInlineValues() ? variable.mSize : QovRyx::kElementSize * variable.GetNumElements();
     mExtents.push_back(
@@ -143,13 +143,13 @@ void HeavySweep::CheckShape(const StoredNode& node, std::size_t variable) {
   const StoredVariable& array = node.mVariables[variable];
   if (array.mSize % QovRyx::kElementSize != 0) {
     mFindings.Warning("array-size", node.At({}, variable),
-                      fmt::format("Its size, {} bytes, is no multiple of 4.", array.mSize));
+                      fmt::format("Its size, {} bytes, is not a multiple of 4.", array.mSize));
   }
   if (array.mWidth == 0 && array.mSize != 0) {
     mFindings.Warning("array-width", node.At({}, variable), "Its width is 0.");
   } else if (array.mWidth != 0 && array.GetNumElements() % array.mWidth != 0) {
     mFindings.Warning("array-width", node.At({}, variable),
-                      fmt::format("It has {} values, no multiple of its width, {}.",
+                      fmt::format("It has {} values, which is not a multiple of its width, {}.",
                                   array.GetNumElements(), array.mWidth));
   }
 }
@@ -170,8 +170,8 @@ void HeavySweep::Run(ModelContent& model) {
 void HeavySweep::Visit(Extent& extent) {
   if (extent.mEnd < extent.mOffset || extent.mEnd > mCursor.GetLength()) {
     mFindings.Error("array-outside", extent.At(extent.mOffset),
-                    fmt::format("It should end at byte {}, but the stream has {}.", extent.mEnd,
-                                mCursor.GetLength()));
+                    fmt::format("It should end at byte {}, but the stream has {} bytes.",
+                                extent.mEnd, mCursor.GetLength()));
     return;
   }
   if (!CheckStart(extent)) return;
@@ -182,7 +182,7 @@ void HeavySweep::Visit(Extent& extent) {
   }
 }
 
-/// Compares where it begins with where the last one ends; false if it cannot be looked at.
+/// Compares the begin of an item with the end of the last one. Returns false if it cannot be read.
 bool HeavySweep::CheckStart(const Extent& extent) {
   if (extent.mOffset < mReached) {
     CheckOverlap(extent);
@@ -209,7 +209,7 @@ void HeavySweep::CheckOverlap(const Extent& extent) {
   if (extent.mIsWanted) CopySummary(extent);
 }
 
-/// The same bytes are the same values only in an array of the same width and layout.
+/// Copies the summary of an array with the same bytes if width and layout agree.
 void HeavySweep::CopySummary(const Extent& extent) {
   const StoredVariable& source = mLast->GetVariable();
   const StoredVariable& target = extent.GetVariable();

@@ -17,8 +17,7 @@ class LightReader {
  public:
   LightReader(StreamCursor& cursor, Findings& findings) : mCursor(cursor), mFindings(findings) {}
 
-  /// Reads the light data of all nodes in the order in which they lie in the stream, so that the
-  /// time is that of one pass, wherever the offsets lead.
+  /// Reads the light data of all nodes in stored order, in one pass, for any order of the offsets.
   void Read(ModelContent& model);
 
  private:
@@ -37,7 +36,7 @@ class LightReader {
   Findings& mFindings;
 };
 
-/// The nodes that have light data, in the order of their offsets.
+/// Returns the nodes that have light data, in the order of their offsets.
 std::vector<StoredNode*> SortByOffset(ModelContent& model, Findings& findings) {
   std::vector<StoredNode*> nodes;
   bool isAtStart = true;  // Readers move to every offset but 0, even for nodes without light data.
@@ -49,7 +48,7 @@ std::vector<StoredNode*> SortByOffset(ModelContent& model, Findings& findings) {
       nodes.push_back(&node);
     } else {
       findings.Error("light-offset", node.At(Place::InStream(QovRyx::kRyxTree, node.mPosition)),
-                     "The offset of its light data is 0, for which readers stay where they are.");
+                     "The offset of its light data is 0, for which readers do not move.");
     }
     isAtStart = false;
   }
@@ -88,16 +87,15 @@ bool LightReader::MoveTo(const StoredNode& node) {
   }
   if (offset > mCursor.GetLength()) {
     mFindings.Error("light-offset", At(node, offset),
-                    fmt::format("Its light data begin behind the end of the stream, which has {} "
-                                "bytes.",
-                                mCursor.GetLength()));
+                    fmt::format("Its light data begin after the end of the stream, which has {}.",
+                                Plural(mCursor.GetLength(), "byte")));
     return false;
   }
   try {
     mCursor.MoveTo(offset);
   } catch (const StreamCursor::EndReached&) {
     mFindings.Warning("unchecked", At(node, offset),
-                      "The stream is damaged before this place: the node cannot be checked.");
+                      "The node cannot be checked, because the stream is damaged before it.");
     return false;
   }
   if (offset != reached) {
@@ -126,7 +124,7 @@ void LightReader::TakeGeometry(StoredNode& node) {
   const auto count = mCursor.Take<std::int32_t>();
   if (count < 0) {
     mFindings.Error("variable-count", At(node, start),
-                    fmt::format("The number of its variables is {}.", count));
+                    fmt::format("The number of its results is {}.", count));
     return;
   }
   const std::uint64_t most = mCursor.GetRemaining() / QovRyx::kLeastDescriptorSize;
@@ -151,7 +149,7 @@ StoredVariable LightReader::TakeVariable(const StoredNode& node) {
       variable.mOffset = mCursor.Take<std::uint32_t>();
     }
   }
-  mCursor.PassOver(1);  // the flag of all
+  mCursor.PassOver(1);  // the flag that all variables have
   return variable;
 }
 
@@ -168,7 +166,7 @@ void LightReader::TakeSets(StoredNode& node) {
   node.mNumSetValues = mCursor.Take<std::uint32_t>();
   if (size == QovRyx::kNodeSetsFieldsSize) return;
   mFindings.Warning("set-size", At(node, start),
-                    fmt::format("Its light data should say that {} bytes follow; they say {}.",
+                    fmt::format("The size in its light data should be {}; it is {}.",
                                 QovRyx::kNodeSetsFieldsSize, size));
 }
 

@@ -20,8 +20,8 @@ bool HoldsIntegers(const StoredVariable& variable) {
          QovRyx::GetKindHighByte(variable.mKindWord) == Geometry::kUnsignedKindHighByte;
 }
 
-/// The mesh arrays of one geometry, by name. A merge may leave several of one name: the first
-/// connectivity belongs to the first coordinates then, the second to the second.
+/// The mesh arrays of a geometry, by name. After a merge several can have the same name. Then the
+/// first connectivity belongs to the first coordinates, the second to the second.
 class MeshArrays {
  public:
   MeshArrays(const StoredNode& node, ResultLinks& links) : mNode(node), mLinks(links) {
@@ -33,8 +33,8 @@ class MeshArrays {
     }
   }
 
-  /// The array of that base name that belongs to the connectivity at a position; null if there is
-  /// none, or if there are several and nothing tells which.
+  /// Returns the array with that base name that belongs to the connectivity at a position; null if
+  /// it is missing or ambiguous.
   const StoredVariable* FindPartner(std::string_view base, std::size_t connectivity) {
     const MeshName name = SplitName(mNode.mVariables[connectivity].mName);
     const Positions& peers = mPositions.at(name);
@@ -52,7 +52,7 @@ class MeshArrays {
  private:
   using Positions = std::vector<std::size_t>;
 
-  /// Those of the instance part, or else those that all instances share.
+  /// Returns the arrays of the instance, or else those that all instances share.
   const Positions* Find(std::string_view base, std::string_view instance) const {
     auto found = mPositions.find({base, instance});
     if (found == mPositions.end()) found = mPositions.find({base, {}});
@@ -113,16 +113,16 @@ void MeshCheck::ReportElements(const Elements& elements, Findings& findings) con
     const std::uint64_t width = std::max<std::uint64_t>(elements.mCoordinates->mWidth, 1);
     const std::uint64_t numPoints = elements.mCoordinates->GetNumElements() / width;
     if (corners->mLargest >= numPoints) {
-      findings.Error("connectivity", place,
-                     fmt::format("Its value {} at position {} names a point that is not there: "
-                                 "there are {}, from 0.",
-                                 corners->mLargest, corners->mLargestAt, numPoints));
+      findings.Error(
+          "connectivity", place,
+          fmt::format("Value {} at position {} is not a point: there are {} points, from 0.",
+                      corners->mLargest, corners->mLargestAt, numPoints));
     }
   }
   const Summary* lengths = FindSummary(elements.mLengths);
   if (lengths == nullptr || lengths->mSum == numCorners) return;
   findings.Error("polylength", place,
-                 fmt::format("It has {} values, but the lengths of the elements sum up to {}.",
+                 fmt::format("It has {} values, but the sum of the element lengths is {}.",
                              numCorners, lengths->mSum));
 }
 

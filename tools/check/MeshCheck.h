@@ -8,17 +8,17 @@
 
 namespace Qov::Tools {
 
-/// Checks the arrays of meshes against one another, where their names tell what they are. Arrays
-/// that are wanted are summarized one at a time by whoever reads them.
+/// Compares the arrays of meshes, which are recognised by their names. The reader of the arrays
+/// calls Summarize for each one that IsWanted.
 class MeshCheck {
  public:
   MeshCheck(const ModelContent& model, ResultLinks& links);
 
   bool IsWanted(const StoredVariable& variable) const { return mSummaries.contains(&variable); }
   void Summarize(const StoredVariable& variable, const std::vector<std::uint32_t>& values);
-  /// For an array of the same values as another one, which was summarized if it could be read.
+  /// Copies the summary, if any, of an array with the same values.
   void CopySummary(const StoredVariable& source, const StoredVariable& target);
-  /// To be called when all arrays that can be read have been.
+  /// Reports the findings, after all readable arrays were summarized.
   void Report(Findings& findings) const;
 
  private:
@@ -28,10 +28,10 @@ class MeshCheck {
     std::uint64_t mLargestAt = 0;
     std::uint64_t mSum = 0;
   };
-  /// Elements of one geometry; the arrays are those that hold the values. Null if there is none.
+  /// Elements of a geometry. The arrays are those with the values; null if missing.
   struct Elements {
     const StoredNode* mNode = nullptr;
-    std::size_t mPosition = 0;  ///< Of the connectivity in its geometry.
+    std::size_t mPosition = 0;  ///< Position of the connectivity in its geometry.
     const StoredVariable* mConnectivity = nullptr;
     const StoredVariable* mCoordinates = nullptr;
     const StoredVariable* mLengths = nullptr;

@@ -5,7 +5,7 @@
 namespace Qov::Tools {
 namespace {
 
-/// Places are made by the million, and a name could be as long as a file.
+/// Limits the memory of places, because there can be millions of them with very long names.
 constexpr std::size_t kLongestName = 256;
 
 }  // namespace

@@ -8,8 +8,7 @@
 #include "check/Finding.h"
 #include "model/ModelFormat.h"
 
-/// What the stages of a check hand on to one another: a model as it stands in its streams, wrong
-/// or not.
+/// A model as stored in its streams, with its errors. The checks of a file share it.
 namespace Qov::Tools {
 
 enum class NodeType { None, Group, Shape, Geometry, NodeSets, Unknown };
@@ -24,16 +23,16 @@ struct StoredVariable {
   std::uint32_t mSize = 0;  ///< Bytes.
   std::uint8_t mWidth = 0;
   std::uint64_t mOffset = 0;  ///< In the heavy stream.
-  bool mIsPlaced = false;     ///< Whether mOffset is known.
+  bool mIsPlaced = false;     ///< True if mOffset is known.
 
   std::uint64_t GetNumElements() const { return mSize / QovRyx::kElementSize; }
 };
 
 using QovRyx::GeometryLayout;
 
-/// A tree record and what its node's light data say.
+/// A tree record and the light data of its node.
 struct StoredNode {
-  std::uint64_t mPosition = 0;  ///< Of the record in its stream.
+  std::uint64_t mPosition = 0;  ///< Position of the record in its stream.
   std::uint32_t mId = 0;
   std::uint32_t mParent = 0;
   std::uint32_t mPreviousSibling = 0;
@@ -45,7 +44,7 @@ struct StoredNode {
   std::string mVersion;
   std::uint64_t mLightOffset = 0;
 
-  bool mHasLightData = false;  ///< Whether they could be read, all of them.
+  bool mHasLightData = false;  ///< True if all of them were read.
   std::vector<StoredVariable> mVariables;
   std::uint32_t mNumSets = 0;
   std::uint64_t mSetsOffset = 0;
@@ -57,16 +56,17 @@ struct StoredNode {
   /// Returns the least size in bytes of the light data of its type and version, or 0 for none.
   std::uint64_t GetLeastLightSize() const;
 
-  /// Adds this node to a place.
+  /// Returns the place with this node, and with a variable.
   Place At(Place place) const;
   Place At(Place place, std::size_t variable) const;
 };
 
 struct ModelContent {
   std::vector<StoredNode> mNodes;  ///< In stored order.
-  /// Whether all records were read: what comes in step with them can be checked to its end.
+  /// True if all records were read. Only then streams in the order of the nodes can be checked
+  /// completely.
   bool mIsComplete = false;
-  /// By id; the first one if there are several.
+  /// Positions by id; the first one for an id that occurs twice.
   std::unordered_map<std::uint32_t, std::size_t> mPositions;
 
   const StoredNode* Find(std::uint32_t id) const;

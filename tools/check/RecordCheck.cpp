@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint32_t kLeastSize = 8;
 
-/// N of "0.N"; 0 for anything else.
+/// Returns N for "0.N", 0 for anything else.
 int RungNumber(std::string_view tag) {
   const bool isRung = tag.size() == 3 && tag.substr(0, 2) == "0." && tag[2] >= '1' && tag[2] <= '9';
   return isRung ? tag[2] - '0' : 0;
@@ -43,8 +43,9 @@ std::string RecordCheck::TakeKey(const std::string& path, std::set<std::string>&
   const std::uint32_t start = mBlock.GetPosition();
   std::string key = TakeText(path);
   if (!taken.insert(key).second) {
-    mFindings.Error("record-key", At(start, path),
-                    fmt::format("There are two entries {}; readers keep the first.", Quoted(key)));
+    mFindings.Error(
+        "record-key", At(start, path),
+        fmt::format("Two entries have the key {}; readers keep the first.", Quoted(key)));
   }
   return key;
 }
@@ -56,9 +57,12 @@ RecordCheck::Frame RecordCheck::OpenFrame(const std::string& path) {
   const std::uint32_t room = outerEnd - std::min(outerEnd, frame.mStart);
   const std::uint32_t size = room < kLeastSize ? 0 : TakeCount();
   if (size < kLeastSize || size > room) {
-    const std::string said = room < kLeastSize ? "" : fmt::format(" says that it takes {},", size);
-    mFindings.Error("record-size", At(frame.mStart, path),
-                    fmt::format("The record{} has room for {} bytes.", said, room));
+    const std::string text =
+        size < kLeastSize ? fmt::format("The record has {}, but needs at least {}.",
+                                        Plural(room < kLeastSize ? room : size, "byte"), kLeastSize)
+                          : fmt::format("The record has the size {}, but {}.", size,
+                                        Plural(room, "byte", "remain"));
+    mFindings.Error("record-size", At(frame.mStart, path), text);
     throw Abandoned{};
   }
   frame.mEnd = frame.mStart + size;
@@ -66,7 +70,8 @@ RecordCheck::Frame RecordCheck::OpenFrame(const std::string& path) {
   if (length > size - kLeastSize) {
     mFindings.Error(
         "record-tag", At(frame.mStart, path),
-        fmt::format("The tag of the record should take {} of its {} bytes.", length, size));
+        fmt::format("The tag of the record has {} bytes, but the record has room for {}.", length,
+                    size - kLeastSize));
     mBlock.SetPosition(frame.mEnd);
     return frame;
   }
@@ -79,7 +84,7 @@ void RecordCheck::CheckTag(const Frame& frame, std::string_view current, const s
   const int rung = RungNumber(frame.mTag);
   if (rung != 0 && rung <= RungNumber(current)) return;
   mFindings.Warning("record-tag", At(frame.mStart, path),
-                    fmt::format("Tag {} is not known, {} is the newest of this record.",
+                    fmt::format("Tag {} is unknown; the newest of this record is {}.",
                                 Quoted(frame.mTag), current));
 }
 
@@ -87,7 +92,7 @@ void RecordCheck::CheckEnd(const Frame& frame, std::string_view current, const s
   const std::uint32_t position = mBlock.GetPosition();
   if (position > frame.mEnd) {
     mFindings.Error("record-size", At(frame.mStart, path),
-                    fmt::format("The record says that it takes {} bytes, but its fields take {}.",
+                    fmt::format("The record has the size {}, but its fields take {} bytes.",
                                 frame.mEnd - frame.mStart, position - frame.mStart));
   }
   if (position >= frame.mEnd) return;
@@ -101,19 +106,20 @@ void RecordCheck::CheckEnd(const Frame& frame, std::string_view current, const s
 }
 
 void RecordCheck::ReportLost(const Frame& frame, const std::string& path) {
-  mFindings.Error("record-size", At(frame.mStart, path), "The fields of the record pass its end.");
+  mFindings.Error("record-size", At(frame.mStart, path),
+                  "The fields of the record extend beyond its end.");
 }
 
 void RecordCheck::TakeUnknownAction(std::uint16_t type, const std::string& path) {
   const Frame frame = OpenFrame(path);
   const std::uint32_t numBytes = frame.mEnd - mBlock.GetPosition();
   mBlock.SetPosition(frame.mEnd);
-  // Programs write an empty slot as the type -1 with an empty record.
+  // Programs write an empty slot as type -1 with an empty record.
   const bool isEmpty = frame.mTag == QovRyx::InvalidAction::kTag && numBytes == 0;
   if (isEmpty && type == static_cast<std::uint16_t>(QovRyx::InvalidAction::kType)) return;
   mFindings.Warning("action-type", At(frame.mStart, path),
-                    fmt::format("The action is of the type {}, which is not known; its tag {} and "
-                                "{} are kept as they are.",
+                    fmt::format("The action has the unknown type {}; its tag {} and {} are kept "
+                                "unchanged.",
                                 type, Quoted(frame.mTag), Plural(numBytes, "byte")));
 }
 

@@ -16,11 +16,11 @@
 
 namespace Qov::Tools {
 
-/// Checks one record with all that are nested in it: sizes, tags, and that each body ends where
-/// its size says. After damage it goes on behind the record that holds it.
+/// Checks a record and its nested records: sizes, tags, and the ends of the bodies. After damage it
+/// continues after the record that contains it.
 class RecordCheck {
  public:
-  /// `place` is where the block's first byte stands in its stream.
+  /// `place` is the place of the first byte of the block in its stream.
   RecordCheck(QovJbf::Block& block, Place place, Findings& findings)
       : mBlock(block), mPlace(std::move(place)), mFindings(findings) {}
 
@@ -28,7 +28,7 @@ class RecordCheck {
   template <QovJbf::VersionedRecord T>
   void Check(const std::string& path);
 
-  /// Nothing tells where a record ends, so that what follows cannot be found.
+  /// Thrown if the end of a record is unknown, so that the next one cannot be found.
   struct Abandoned {};
 
  private:
@@ -47,18 +47,18 @@ class RecordCheck {
   /// Skips the record of an action without a class.
   void TakeUnknownAction(std::uint16_t type, const std::string& path);
   std::uint32_t TakeCount();
-  /// As readers take a text: what follows a zero byte is dropped, which is reported.
+  /// Reads a text like readers do: drops the bytes from the first zero byte on, and reports that.
   std::string TakeText(const std::string& path);
-  /// Reports a key that is among `taken` already.
+  /// Reads a key. Reports it if it is already in `taken`.
   std::string TakeKey(const std::string& path, std::set<std::string>& taken);
 
   QovJbf::Block& mBlock;
   Place mPlace;
   Findings& mFindings;
-  std::uint32_t mOuterEnd = 0;  ///< Of the record around the one being read; 0 for none.
+  std::uint32_t mOuterEnd = 0;  ///< End of the enclosing record; 0 for none.
 };
 
-/// The walker over the fields: it reads what is no record and checks what is.
+/// Walks over the fields: checks nested records and reads the other fields.
 class RecordCheck::Walker {
  public:
   Walker(RecordCheck& check, std::string_view tag, const std::string& path)
@@ -126,7 +126,7 @@ void RecordCheck::Check(const std::string& path) {
     } catch (const Util::Exception&) {
       ReportLost(frame, path);
     } catch (const Abandoned&) {
-      // The record within was reported.
+      // The nested record was reported.
     }
   }
   mOuterEnd = outerEnd;

@@ -16,7 +16,7 @@
 namespace Qov::Tools {
 namespace {
 
-/// Takes a record from a stream, checks it and returns its bytes. Throws EndReached or Abandoned if
+/// Reads a record from a stream, checks it and returns its bytes. Throws EndReached or Abandoned if
 /// the next record cannot be found.
 template <class T>
 QovJbf::Block TakeRecord(StreamCursor& cursor, Place place, Findings& findings) {
@@ -24,7 +24,7 @@ QovJbf::Block TakeRecord(StreamCursor& cursor, Place place, Findings& findings) 
   place.mByte = cursor.GetPosition();
   const auto size = cursor.Take<std::uint32_t>();
   cursor.MoveTo(*place.mByte);
-  // What passes the end of the stream is told by the record's own check.
+  // The check of the record reports a size beyond the end of the stream.
   std::string bytes(std::min<std::uint64_t>(size, cursor.GetRemaining()), '\0');
   if (bytes.size() < size && cursor.IsCutShort()) throw StreamCursor::EndReached{*place.mByte};
   if (bytes.size() < sizeof size) bytes.resize(sizeof size);
@@ -74,7 +74,7 @@ Place Part(std::string part) {
   return place;
 }
 
-/// Runs a stage that takes records; false if it had to stop.
+/// Runs a check that reads records. Returns false if it had to stop.
 template <class Stage>
 bool RunStage(StreamCursor& cursor, const char* what, Findings& findings, Stage stage) {
   try {
@@ -83,12 +83,12 @@ bool RunStage(StreamCursor& cursor, const char* what, Findings& findings, Stage 
   } catch (const StreamCursor::EndReached&) {
     ReportEnd(cursor, {}, what, findings);
   } catch (const RecordCheck::Abandoned&) {
-    // Reported; what follows in the stream cannot be found.
+    // Already reported. The next record cannot be found.
   }
   return false;
 }
 
-/// A signed count in the view-point stream; readers take a negative one for 0.
+/// Reads a signed count in the view-point stream. Readers treat a negative one as 0.
 std::int32_t TakeSignedCount(StreamCursor& cursor, const std::string& part, Findings& findings) {
   Place place = Place::InStream(cursor.GetName(), cursor.GetPosition());
   place.mPart = part;

@@ -5,10 +5,10 @@
 
 namespace Qov::Tools {
 
-/// Checks the materials, which come in step with the tree.
+/// Checks the materials, which are stored in the order of the nodes.
 void CheckMaterials(Container& container, const ModelContent& model, Findings& findings);
 void CheckHistory(Container& container, Findings& findings);
-/// Checks the views, their paths and the sequencer, if there are any.
+/// Checks the views, their paths and the sequencer, if the file has them.
 void CheckViews(Container& container, Findings& findings);
 
 }  // namespace Qov::Tools

@@ -81,10 +81,9 @@ void CheckNames(const StoredNode& geometry, Findings& findings) {
   for (std::size_t i = 0; i < geometry.mVariables.size(); ++i) {
     const auto [other, isNew] = first.emplace(geometry.mVariables[i].mName, i);
     if (isNew) continue;
-    findings.Warning(
-        "result-name", geometry.At({}, i),
-        fmt::format("Result {} has the same name; look-ups by name find only that one.",
-                    other->second));
+    findings.Warning("result-name", geometry.At({}, i),
+                     fmt::format("Result {} has the same name; lookups by name find only that one.",
+                                 other->second));
   }
 }
 

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstring>
 
+#include "Plural.h"
+
 // name ends: vector<u32>, names: string, value ends: vector<u32>, values: vector<u32>
 
 namespace Qov::Tools {
@@ -13,7 +15,7 @@ namespace {
 
 using QovRyx::kElementSize;
 
-/// What is known of a vector of ends once it is read.
+/// Summary of a vector of ends.
 struct Ends {
   std::uint64_t mPosition = 0;
   std::uint32_t mCount = 0;
@@ -55,7 +57,7 @@ std::uint32_t TakeNames(StreamCursor& cursor, const StoredNode& node, Findings& 
       const auto at =
           start + static_cast<std::uint64_t>(static_cast<const char*>(zero) - piece.data());
       findings.Warning("zero-byte", node.At(Place::InStream(cursor.GetName(), at)),
-                       "The name of a set holds a zero byte, where other programs end it.");
+                       "The name of a set contains a zero byte; other programs end it there.");
       isReported = true;
     }
     left -= size;
@@ -63,18 +65,18 @@ std::uint32_t TakeNames(StreamCursor& cursor, const StoredNode& node, Findings& 
   return length;
 }
 
-/// Compares ends with what they cut, which has `length` elements.
+/// Compares ends with the array that they divide, which has `length` elements.
 void CheckEnds(const Ends& ends, std::uint32_t length, const char* what, const StoredNode& node,
                const StreamCursor& cursor, Findings& findings) {
   std::string trouble;
   if (ends.mCount != std::uint64_t{node.mNumSets} + 1) {
-    trouble =
-        fmt::format("There are {} sets, but {} ends of {}.", node.mNumSets, ends.mCount, what);
+    trouble = fmt::format("The node has {}, but {} of {}.", Plural(node.mNumSets, "set"),
+                          Plural(ends.mCount, "end"), what);
   } else if (ends.mFirst != 0 || ends.mFalls) {
-    trouble = fmt::format("The ends of {} do not rise from 0.", what);
+    trouble = fmt::format("The ends of {} do not ascend from 0.", what);
   } else if (ends.mLast != length) {
     trouble =
-        fmt::format("The ends of {} lead to {}, but they end at {}.", what, ends.mLast, length);
+        fmt::format("The last end of {} is {}, but it should be {}.", what, ends.mLast, length);
   }
   if (trouble.empty()) return;
   findings.Error("set-pieces", node.At(Place::InStream(cursor.GetName(), ends.mPosition)), trouble);
@@ -92,8 +94,8 @@ void CheckSetPieces(StreamCursor& cursor, const StoredNode& node, Findings& find
   CheckEnds(valueEnds, numValues, "values", node, cursor, findings);
   if (numValues == node.mNumSetValues) return;
   findings.Warning("set-count", node.At(Place::InStream(cursor.GetName(), valuesPosition)),
-                   fmt::format("The node says that its sets have {} values; there are {}.",
-                               node.mNumSetValues, numValues));
+                   fmt::format("The light data of the node give {} for its sets; there are {}.",
+                               Plural(node.mNumSetValues, "value"), numValues));
 }
 
 void PassOverSetPieces(StreamCursor& cursor) {

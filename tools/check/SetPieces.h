@@ -5,11 +5,11 @@
 
 namespace Qov::Tools {
 
-/// Checks the four pieces of a node set at the cursor's place in the heavy stream, which it leaves
-/// behind them. Throws EndReached where the stream ends.
+/// Checks the four pieces of a node set at the cursor in the heavy stream, and moves the cursor
+/// after them. Throws EndReached at the end of the stream.
 void CheckSetPieces(StreamCursor& cursor, const StoredNode& node, Findings& findings);
 
-/// Leaves the cursor behind the pieces without looking at them.
+/// Moves the cursor after the pieces without a check.
 void PassOverSetPieces(StreamCursor& cursor);
 
 }  // namespace Qov::Tools

@@ -12,26 +12,26 @@
 
 namespace Qov::Tools {
 
-/// Takes values one after the other from the part of a stream that can be read, which it holds
-/// only a piece of.
+/// Reads values one after another from the readable part of a stream. Keeps only a piece of it in
+/// memory.
 class StreamCursor {
  public:
-  /// Thrown where more is asked for than there is. The cursor stays where it was.
+  /// Thrown if fewer bytes remain than requested. The cursor does not move.
   struct EndReached {
     std::uint64_t mPosition;
   };
 
-  /// `sound` is how many bytes of `length` can be read. The reader may be null if that is 0.
+  /// `sound` is the number of readable bytes of `length`. The reader may be null if it is 0.
   StreamCursor(std::string name, std::shared_ptr<QovJbf::StreamReader> reader, std::uint64_t length,
                std::uint64_t sound)
       : mName(std::move(name)), mpReader(std::move(reader)), mLength(length), mSound(sound) {}
 
   const std::string& GetName() const { return mName; }
   std::uint64_t GetPosition() const { return mPosition; }
-  /// Of the whole stream, what cannot be read included.
+  /// Returns the length of the whole stream, including bytes that cannot be read.
   std::uint64_t GetLength() const { return mLength; }
   std::uint64_t GetRemaining() const { return mSound - mPosition; }
-  /// Whether the stream goes on where the cursor ends, with bytes that cannot be read.
+  /// Returns true if bytes that cannot be read follow the readable ones.
   bool IsCutShort() const { return mSound < mLength; }
   bool IsAtEnd() const { return mPosition == mLength; }
 
@@ -45,10 +45,10 @@ class StreamCursor {
     TakeBytes(&value, sizeof value);
     return value;
   }
-  /// As readers take a text: what follows a zero byte is dropped, which is reported. `owner` is
-  /// whose text it is.
+  /// Reads a text like readers do: drops the bytes from the first zero byte on, and reports that.
+  /// `owner` is the place of the owner of the text.
   std::string TakeText(Findings& findings, const Place& owner = {});
-  /// A count of elements of which each takes `leastSize` bytes at the least.
+  /// Reads a count of elements with at least `leastSize` bytes each.
   std::uint32_t TakeCount(std::uint64_t leastSize);
 
  private:

@@ -47,14 +47,14 @@ void ReportEnd(const StreamCursor& cursor, Place place, const char* item, Findin
   if (cursor.IsCutShort()) {
     findings.Warning(
         "unchecked", std::move(place),
-        fmt::format("The stream is damaged: from here on {} cannot be checked.", item));
+        fmt::format("The stream is damaged here, so that {} cannot be checked completely.", item));
   } else if (cursor.GetLength() == 0) {
     findings.Error("stream-missing", std::move(place),
-                   fmt::format("The stream is missing or empty, but {} should be in it.", item));
+                   fmt::format("The stream is missing or empty; it should contain {}.", item));
   } else {
-    findings.Error("stream-end", std::move(place),
-                   fmt::format("The stream ends after {} bytes, in the midst of {}.",
-                               cursor.GetLength(), item));
+    findings.Error(
+        "stream-end", std::move(place),
+        fmt::format("The stream ends after {} bytes, within {}.", cursor.GetLength(), item));
   }
 }
 

@@ -22,7 +22,7 @@ class LinkChecker {
   void CheckParent(const StoredNode& node);
   void CheckSiblings(const StoredNode& node);
   void CheckChildren(const StoredNode& node);
-  void CheckRound();
+  void CheckCycles();
   void CheckReach();
   void Report(const StoredNode& node, std::string text, const char* code = "tree-link") {
     mFindings.Error(code, node.At(Place::InStream(QovRyx::kRyxTree, node.mPosition)),
@@ -33,13 +33,13 @@ class LinkChecker {
   Findings& mFindings;
 };
 
-/// The node that a link leads to; null if there is none, which is an error unless the link is 0.
+/// Returns the node of a link; null if it is missing, which is an error unless the link is 0.
 const StoredNode* LinkChecker::Follow(const StoredNode& node, std::uint32_t id, const char* link) {
   if (id == 0) return nullptr;
   const StoredNode* target = mModel.Find(id);
-  // Of a tree that was not read to its end, nobody knows what the rest holds.
+  // If the tree was read in part, the rest may contain the node.
   if (target == nullptr && mModel.mIsComplete) {
-    Report(node, fmt::format("Its {} should be node {}, which is not there.", link, id));
+    Report(node, fmt::format("Its {} should be node {}, which does not exist.", link, id));
   }
   return target;
 }
@@ -100,9 +100,9 @@ void LinkChecker::CheckChildren(const StoredNode& node) {
   }
 }
 
-/// Follows the parents of every node up to one that was met before.
-void LinkChecker::CheckRound() {
-  std::vector<std::size_t> visits(mModel.mNodes.size(), 0);  // the start from which it was met
+/// Follows the parents of every node up to a visited one.
+void LinkChecker::CheckCycles() {
+  std::vector<std::size_t> visits(mModel.mNodes.size(), 0);  // the start from which it was visited
   for (std::size_t start = 0; start < mModel.mNodes.size(); ++start) {
     std::size_t at = start;
     while (visits[at] == 0) {
@@ -111,14 +111,15 @@ void LinkChecker::CheckRound() {
       if (parent == mModel.mPositions.end()) break;
       at = parent->second;
       if (visits[at] != start + 1) continue;
-      Report(mModel.mNodes[at], "It is its own ancestor: the parents go round in a circle.",
+      Report(mModel.mNodes[at],
+             "It is its own ancestor, because the links to the parents form a cycle.",
              "tree-circle");
       break;
     }
   }
 }
 
-/// Follows children and siblings down from the root.
+/// Follows first children and next siblings from the root.
 void LinkChecker::CheckReach() {
   std::vector<bool> isReached(mModel.mNodes.size());
   std::vector<std::uint32_t> open{kRootId};
@@ -132,7 +133,8 @@ void LinkChecker::CheckReach() {
     open.push_back(node.mFirstChild);
   }
   for (std::size_t i = 0; i < isReached.size(); ++i) {
-    if (!isReached[i]) Report(mModel.mNodes[i], "No link leads to it from the root.", "tree-reach");
+    if (!isReached[i])
+      Report(mModel.mNodes[i], "It is not reached by links from the root.", "tree-reach");
   }
 }
 
@@ -142,7 +144,7 @@ void LinkChecker::Run() {
     CheckSiblings(node);
     CheckChildren(node);
   }
-  CheckRound();
+  CheckCycles();
   if (mModel.mIsComplete) CheckReach();
 }
 

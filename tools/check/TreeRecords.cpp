@@ -93,34 +93,35 @@ void RecordReader::Enter(StoredNode node) {
 void RecordReader::CheckId(const StoredNode& node) {
   const bool isFirst = mModel.mNodes.empty();
   if (isFirst && node.mId != 1) {
-    mFindings.Error("node-id", At(node), "The first record should be the root, of id 1.");
+    mFindings.Error("node-id", At(node), "The first record should be the root, with id 1.");
   } else if (node.mId == 0 || node.mId == std::numeric_limits<std::uint32_t>::max()) {
-    mFindings.Error("node-id", At(node), fmt::format("{} is no id for a node.", node.mId));
+    mFindings.Error("node-id", At(node), fmt::format("{} is not a valid node id.", node.mId));
   } else if (mModel.mPositions.contains(node.mId)) {
-    mFindings.Error("node-id", At(node), "There is another node with this id before it.");
+    mFindings.Error("node-id", At(node), "An earlier node has the same id.");
   } else if (!isFirst && node.mId < mModel.mNodes.back().mId) {
-    mFindings.Warning("node-order", At(node),
-                      fmt::format("It stands behind node {}, out of the order of the ids.",
-                                  mModel.mNodes.back().mId));
+    mFindings.Warning(
+        "node-order", At(node),
+        fmt::format("It follows node {}, out of the order of the ids.", mModel.mNodes.back().mId));
   }
 }
 
 void RecordReader::CheckKind(const StoredNode& node) {
   if (node.GetType() == NodeType::Unknown && node.mType != QovRyx::FutureNode::kType) {
     mFindings.Warning("node-type", At(node),
-                      fmt::format("Nodes of type {} are not known; only the name would be kept.",
+                      fmt::format("The type {} is unknown; only the name of the node is kept.",
                                   Quoted(node.mType)));
   }
   if (IsKnownVersion(node)) return;
   if (node.GetType() == NodeType::Geometry && QovRyx::IsNewerGeometryVersion(node.mVersion)) {
-    mFindings.Error("node-version", At(node),
-                    fmt::format("Version {} of a Geometry is newer than any that is known, \"{}\": "
-                                "the model cannot be read.",
-                                Quoted(node.mVersion), QovRyx::kNewestGeometryVersion));
+    mFindings.Error(
+        "node-version", At(node),
+        fmt::format("Version {} of a Geometry is newer than the newest known one, \"{}\": "
+                    "the model cannot be read.",
+                    Quoted(node.mVersion), QovRyx::kNewestGeometryVersion));
     return;
   }
   mFindings.Warning("node-version", At(node),
-                    fmt::format("Version {} of a {} is not known; readers guess its layout.",
+                    fmt::format("Version {} of a {} is unknown; readers guess its layout.",
                                 Quoted(node.mVersion), node.mType));
 }
 

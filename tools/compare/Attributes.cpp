@@ -22,7 +22,7 @@ bool AreSame(const AttributeValue& a, const AttributeValue& b) {
         using T = std::remove_cvref_t<decltype(value)>;
         const T& other = std::get<T>(b);
         if constexpr (std::is_floating_point_v<T>) {
-          // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits are meant
+          // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): compares the bits of floats
           return std::memcmp(&value, &other, sizeof value) == 0;
         } else {
           return value == other;
@@ -63,9 +63,9 @@ std::string DescribeDifference(const Attributes& a, const Attributes& b, const c
     if (isOnlyInA || isOnlyInB) {
       text.Add(name, fmt::format("(only in {})", isOnlyInA ? nameA : nameB));
     } else if (inA.GetValue().index() != inB.GetValue().index()) {
-      text.Add(name, "(its type)");
+      text.Add(name, "(type)");
     } else if (!AreSame(inA.GetValue(), inB.GetValue())) {
-      text.Add(name, "(its value)");
+      text.Add(name, "(value)");
     }
     if (!isOnlyInB) ++inA;
     if (!isOnlyInA) ++inB;

@@ -27,7 +27,7 @@ class FieldComparison {
 
 bool HoldsRecords(const Json& list) { return !list.empty() && list.front().is_structured(); }
 
-// NOLINTBEGIN(misc-no-recursion): as deep as the classes of records lie within each other
+// NOLINTBEGIN(misc-no-recursion): bounded by the nesting of the record classes
 void FieldComparison::Compare(const std::string& path, const Json& a, const Json& b) {
   if (a.is_object() && b.is_object()) {
     CompareObjects(path, a, b);

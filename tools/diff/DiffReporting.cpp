@@ -5,6 +5,8 @@
 #include <bit>
 #include <nlohmann/json.hpp>
 
+#include "Plural.h"
+
 namespace Qov::Tools {
 namespace {
 
@@ -14,7 +16,7 @@ std::string PathText(const std::vector<std::string>& path) {
   return text;
 }
 
-/// "Plate/Skin [Geometry], result Stress: ..."
+/// Returns "Plate/Skin [Geometry], result Stress: ..."
 std::string DifferenceText(const ModelDifference& difference) {
   std::string text;
   if (difference.mNodeA || difference.mNodeB) {
@@ -30,7 +32,7 @@ std::string CountsText(const char* what, const DiffReport::Counts& counts,
                      counts.mOnlyInA, counts.mOnlyInB);
 }
 
-/// An element as a number; JSON tells nothing of the bits of a NaN.
+/// Returns an element as a number, without the bits of a NaN.
 Json ElementJson(std::uint32_t bits, bool integer) {
   if (integer) return bits;
   return JsonFloat(std::bit_cast<float>(bits));
@@ -77,9 +79,12 @@ void PrintReport(const DiffReport& report, Output& output) {
   output.Line(CountsText("nodes", report.mNodes, ""));
   output.Line(
       CountsText("results", report.mResults, fmt::format(" ({} the same)", report.mResults.mSame)));
-  const std::size_t count = report.mDifferences.size();
-  output.Line(count == 0 ? "no differences"
-                         : fmt::format("{} difference{}", count, count == 1 ? "" : "s"));
+  const std::size_t count = report.mDifferences.size() - report.mNumUnreadable;
+  std::string text = count == 0 ? "no differences" : Plural(count, "difference");
+  if (report.mNumUnreadable != 0) {
+    text += ", " + Plural(report.mNumUnreadable, "part") + " not compared";
+  }
+  output.Line(text);
 }
 
 void AddJson(const DiffReport& report, Json& document) {

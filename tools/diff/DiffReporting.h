@@ -6,10 +6,10 @@
 
 namespace Qov::Tools {
 
-/// A line for each difference, and a summary.
+/// Writes a line per difference, and a summary.
 void PrintReport(const DiffReport& report, Output& output);
 
-/// The same as members of a document (docs/json/diff.md).
+/// Adds the same as members of a document (docs/json/diff.md).
 void AddJson(const DiffReport& report, Json& document);
 
 }  // namespace Qov::Tools

@@ -13,25 +13,25 @@
 
 namespace Qov::Tools {
 
-/// One thing in which two models differ.
+/// A difference between two models.
 struct ModelDifference {
-  /// What kind of thing, of the words that docs/json/diff.md lists.
+  /// One of the codes in docs/json/diff.md.
   std::string mCode;
-  /// Names from the top of the tree; empty for what belongs to the model as a whole.
+  /// Names from the top of the tree; empty for the whole model.
   std::vector<std::string> mPath;
-  std::string mType;  ///< Of the node.
+  std::string mType;  ///< Type of the node.
   std::optional<std::uint32_t> mNodeA;
   std::optional<std::uint32_t> mNodeB;
-  std::string mResult;  ///< Its name, if a position is given.
+  std::string mResult;  ///< Name of the result, if a position is given.
   std::optional<std::size_t> mPositionA;
   std::optional<std::size_t> mPositionB;
   std::optional<ValueComparison> mValues;
-  std::string mText;  ///< Names in it are not escaped.
+  std::string mText;  ///< With names, not escaped.
 };
 
 struct DiffOptions {
   Tolerances mTolerances;
-  std::set<std::string> mIgnored;  ///< Some of kIgnorable.
+  std::set<std::string> mIgnored;  ///< Words of kIgnorable.
 
   bool Compares(const char* what) const { return !mIgnored.contains(what); }
 };
@@ -43,15 +43,15 @@ inline constexpr std::array kIgnorable = {
 struct DiffReport {
   struct Counts {
     std::uint64_t mInBoth = 0;
-    std::uint64_t mSame = 0;  ///< Of those in both.
+    std::uint64_t mSame = 0;  ///< Of the items in both.
     std::uint64_t mOnlyInA = 0;
     std::uint64_t mOnlyInB = 0;
   };
 
   std::vector<ModelDifference> mDifferences;
-  bool mIsComplete = true;  ///< False if a part of a file could not be read, and so not compared.
+  std::uint64_t mNumUnreadable = 0;  ///< Differences that are parts which cannot be read.
   Counts mNodes;
-  Counts mResults;  ///< Of nodes that are in both.
+  Counts mResults;  ///< Results of nodes that are in both.
 };
 
 }  // namespace Qov::Tools

@@ -26,7 +26,7 @@ const QovRyx::Node* NodeOf(const PathTree::Item& item) {
   return item.mEntry == nullptr ? nullptr : item.mEntry->mData.get();
 }
 
-/// Compares what nodes of one path hold.
+/// Compares the content of nodes with the same path.
 class NodeDiff {
  public:
   NodeDiff(const QovRyx::Tree& a, const QovRyx::Tree& b, const NodeMatching& matching,
@@ -103,7 +103,7 @@ void NodeDiff::CompareSets(const NodePair& pair, const NodeSets& a, const NodeSe
   try {
     CompareSetLists(pair, a.GetColumns(), b.GetColumns());
   } catch (const std::exception& error) {
-    mReport.mIsComplete = false;
+    ++mReport.mNumUnreadable;
     Add(pair, "unreadable", "the sets cannot be compared: " + ErrorText(error));
   }
 }

@@ -5,8 +5,8 @@
 
 namespace Qov::Tools {
 
-/// Everything in which two loaded models differ. What cannot be compared counts as different.
-/// Holds one array of each model at a time.
+/// Returns all differences between two loaded models, including the parts that cannot be compared.
+/// Keeps one array of each model in memory at a time.
 DiffReport DiffModels(const QovRyx::Tree& a, const QovRyx::Tree& b, const DiffOptions& options);
 
 }  // namespace Qov::Tools

@@ -58,7 +58,7 @@ void NodeMatching::MatchChildren(const NodePair& parent, std::vector<NodePair>& 
   open.insert(open.end(), matched.rbegin(), matched.rend());
 }
 
-/// What is beneath a node that only one model has is counted, not listed.
+/// Reports a node that only one model has. Counts its descendants instead of listing them.
 void NodeMatching::ReportOnly(const PathTree& tree, std::size_t item, bool inA) {
   const PathTree::Item& node = tree.GetItems()[item];
   ModelDifference difference;
@@ -78,8 +78,8 @@ void NodeMatching::ReportOrder(const NodePair& parent) {
       MakeDifference(parent, "order", "the order of the nodes below it differs"));
 }
 
-/// Compares the links that do not agree with the first children and next siblings, along which
-/// nodes are matched. In a sound tree all other links follow from these two.
+/// Compares the links that disagree with the first children and next siblings, along which nodes
+/// are matched. In a correct tree these two links determine all others.
 void NodeMatching::CompareLinks() {
   for (const NodePair& pair : mPairs) mIdsInB.emplace(GetA(pair).mId, GetB(pair).mId);
   CompareLinks({PathTree::kTop, PathTree::kTop});
@@ -100,7 +100,7 @@ void NodeMatching::CompareLink(const NodePair& pair, const char* name,
   const auto inB = a ? mIdsInB.find(*a) : mIdsInB.end();
   if (a && b && *b == (inB == mIdsInB.end() ? *a : inB->second)) return;
   const auto describe = [](const std::optional<std::uint32_t>& link) {
-    return link ? fmt::format("names node {}", *link) : "is as the other links say";
+    return link ? fmt::format("is node {}", *link) : "agrees with the other links";
   };
   mReport.mDifferences.push_back(MakeDifference(
       pair, "tree-links",

@@ -10,25 +10,25 @@
 
 namespace Qov::Tools {
 
-/// A node that is in both models: of the same path, that is names, types and positions among
-/// equal ones.
+/// A node that is in both models: with the same path, which consists of names, types and positions
+/// among equal ones.
 struct NodePair {
   std::size_t mItemA = 0;
   std::size_t mItemB = 0;
 };
 
-/// Matches the nodes of two models. Takes time in proportion to their number.
+/// Matches the nodes of two models, in time proportional to their number.
 class NodeMatching {
  public:
-  /// Adds what is in one model only, and changes of order, to `report`, with its counts.
+  /// Adds nodes that are in one model only, and changes of order, to `report`, with the counts.
   NodeMatching(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b, const DiffOptions& options,
                DiffReport& report);
 
-  /// Parents before children, as in A.
+  /// Returns the matched nodes, parents before children, in the order of A.
   const std::vector<NodePair>& GetPairs() const { return mPairs; }
   const PathTree::Item& GetA(const NodePair& pair) const { return mTreeA.GetItems()[pair.mItemA]; }
   const PathTree::Item& GetB(const NodePair& pair) const { return mTreeB.GetItems()[pair.mItemB]; }
-  /// A difference that is about both nodes.
+  /// Returns a difference with the place of both nodes.
   ModelDifference MakeDifference(const NodePair& pair, const char* code, std::string text) const;
 
  private:

@@ -17,7 +17,7 @@ PathTree::Item MakeItem(const TreeWalk::Step& step) {
   if (step.mEntry == nullptr) {
     item.mType = "missing node";
   } else if (step.mAgain) {
-    item.mType = "node once more";
+    item.mType = "node again";
   } else {
     item.mEntry = step.mEntry;
     const QovRyx::Node* node = step.mEntry->mData.get();
@@ -25,7 +25,7 @@ PathTree::Item MakeItem(const TreeWalk::Step& step) {
     item.mName = node == nullptr ? "" : node->GetName();
   }
   item.mIsUnreached = step.mIsUnreached;
-  if (step.mIsUnreached) item.mType += ", reached by no link";
+  if (step.mIsUnreached) item.mType += ", not reached by any link";
   return item;
 }
 
@@ -39,7 +39,7 @@ PathTree::PathTree(const QovRyx::NodeTree& nodes) {
     mItems.back().mEntry = &root;
   }
   mPreviousItems.push_back(kTop);
-  std::vector<std::size_t> path{kTop};  // by depth, one more than the walk's
+  std::vector<std::size_t> path{kTop};  // by depth, which is one more than that of the walk
   TreeWalk walk(nodes);
   while (const auto step = walk.Next()) {
     path.resize(step->mDepth + 1);

@@ -10,29 +10,28 @@
 
 namespace Qov::Tools {
 
-/// The nodes of a model by their paths: names from the top down, with types and positions to tell
-/// equal names apart. What the links of a broken tree lead to is part of it.
+/// The nodes of a model by their paths: names from the top down, with types and positions to
+/// distinguish equal names. Includes the missing and repeated nodes of a damaged tree.
 class PathTree {
  public:
   struct Item {
     std::uint32_t mId = 0;
-    /// Null for the top, and for a link that leads to no entry or back to one that was met.
+    /// Null for the top, for a missing entry and for one that was visited before.
     const QovRyx::NodeTree::Node* mEntry = nullptr;
     std::string mName;
     std::string mType;
-    std::size_t mOccurrence = 0;  ///< Among siblings of the same name and type, from 0.
+    std::size_t mOccurrence = 0;  ///< Position among siblings of the same name and type.
     std::size_t mParent = 0;
     std::vector<std::size_t> mChildren;
     std::size_t mNumDescendants = 0;
-    bool mIsUnreached = false;  ///< Not reached by the links that are followed.
+    bool mIsUnreached = false;  ///< True if none of the followed links leads to it.
   };
 
   static constexpr std::size_t kTop = 0;
 
   explicit PathTree(const QovRyx::NodeTree& nodes);
 
-  /// The links of an item that do not agree with the walk, which follows first children and next
-  /// siblings only.
+  /// Links of an item that disagree with the walk along first children and next siblings.
   struct BackLinks {
     std::optional<std::uint32_t> mParent;
     std::optional<std::uint32_t> mPreviousSibling;
@@ -40,10 +39,10 @@ class PathTree {
   };
   BackLinks FindOddLinks(std::size_t item) const;
 
-  /// Parents before children. The first one stands above the whole tree and is no node.
+  /// Returns the items, parents before children. The first one is above the tree and is not a node.
   const std::vector<Item>& GetItems() const { return mItems; }
   std::size_t GetNumNodes() const { return mItems.size() - 1; }
-  /// The names from the top to the item; of very deep ones the last few dozen, after "...".
+  /// Returns the names from the top to the item; only the last 40, after "...", if it is deeper.
   std::vector<std::string> GetPath(std::size_t item) const;
 
  private:
@@ -51,7 +50,7 @@ class PathTree {
   void CountDescendants();
 
   std::vector<Item> mItems;
-  std::vector<std::size_t> mPreviousItems;  ///< By item: the sibling before it, or kTop.
+  std::vector<std::size_t> mPreviousItems;  ///< By item: its previous sibling, or kTop.
 };
 
 }  // namespace Qov::Tools

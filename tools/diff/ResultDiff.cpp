@@ -10,8 +10,8 @@
 
 #include "ErrorText.h"
 #include "Qov/Ryx/Progress.h"
-#include "SureValues.h"
 #include "ValueText.h"
+#include "VerifiedValues.h"
 #include "compare/Attributes.h"
 #include "compare/NameMatching.h"
 
@@ -103,7 +103,7 @@ void ResultDiff::CompareResult(const ResultPair& results) {
     Add(results, "kind", fmt::format("kind {} and {}", KindText(a), KindText(b)));
   }
   if (mOptions.Compares("flags") && CarriedOf(a) != CarriedOf(b)) {
-    Add(results, "flags", "the carried flags and values differ");
+    Add(results, "flags", "the flags and values that are only carried differ");
   }
   if (mOptions.Compares("attributes")) {
     const std::string text = DescribeDifference(a.mAttributes, b.mAttributes, "A", "B");
@@ -113,7 +113,7 @@ void ResultDiff::CompareResult(const ResultPair& results) {
   if (mOptions.Compares("links") && !isSameLink && (a.mLinked || b.mLinked)) {
     Add(results, "link", fmt::format("{} in A, {} in B", LinkText(a), LinkText(b)));
   }
-  // What both share is compared where it is.
+  // Shared values are compared at their owner.
   if (!isSameLink) CompareShape(results);
 }
 
@@ -134,7 +134,7 @@ void ResultDiff::CompareShape(const ResultPair& results) {
   mTasks.push_back({results, mReport.mDifferences.size()});
 }
 
-/// Whether both links lead to one result that is in both models, or to the same nowhere.
+/// Returns true if both links lead to the same result, or dangle in the same way.
 bool ResultDiff::LeadToTheSame(const Variable& a, const Variable& b) const {
   const auto found = mMatched.find(a.mLink.mNode);
   if (found == mMatched.end() || a.mLink.mVariable >= found->second.mPositions.size()) {
@@ -161,7 +161,7 @@ void ResultDiff::CompareAllValues() {
     const bool isTrouble = !comparison.mTrouble.empty();
     if (!isTrouble && comparison.mValues.IsEqual()) continue;
     mDiffering.insert(task.mResults.mA);
-    mReport.mIsComplete = mReport.mIsComplete && !isTrouble;
+    if (isTrouble) ++mReport.mNumUnreadable;
     ModelDifference difference = MakeDifference(
         task.mResults, isTrouble ? "unreadable" : "values",
         isTrouble ? "the values cannot be compared: " + comparison.mTrouble
@@ -191,10 +191,10 @@ ResultDiff::ArrayComparison ResultDiff::ReadAndCompare(const Variable& a, const 
   const char* side = "A";
   try {
     std::vector<std::uint32_t> valuesA;
-    GetSureValues(a.mValues, valuesA);
+    ReadVerifiedValues(a.mValues, valuesA);
     side = "B";
     std::vector<std::uint32_t> valuesB;
-    GetSureValues(b.mValues, valuesB);
+    ReadVerifiedValues(b.mValues, valuesB);
     if (valuesA.size() != valuesB.size()) return {{}, "the numbers of values differ"};
     return {CompareValues(valuesA, valuesB, integers, tolerance), ""};
   } catch (const std::exception& error) {

@@ -12,20 +12,20 @@
 
 namespace Qov::Tools {
 
-/// Compares the results of the geometries that are in both models: first what their descriptors
-/// say, then the values, two arrays at a time, in the order in which A holds them.
+/// Compares the results of the geometries that are in both models: first their descriptors, then
+/// their values, two arrays at a time, in the stored order of A.
 class ResultDiff {
  public:
   ResultDiff(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b, const NodeMatching& matching,
              const DiffOptions& options, DiffReport& report)
       : mOwnersA(a), mOwnersB(b), mMatching(matching), mOptions(options), mReport(report) {}
 
-  /// Matches results of one name in order. To be called for all pairs of geometries before the
-  /// others.
+  /// Matches results of the same name in order. Call it for all pairs of geometries before the
+  /// other functions.
   void Match(const NodePair& pair, const QovRyx::Geometry& a, const QovRyx::Geometry& b);
   void CompareDescriptors(const NodePair& pair, const QovRyx::Geometry& a,
                           const QovRyx::Geometry& b);
-  /// Adds what differs to the report, each where its result's other differences are.
+  /// Adds the differing values to the report, next to the other differences of their results.
   void CompareAllValues();
 
  private:
@@ -41,7 +41,7 @@ class ResultDiff {
   };
   struct Task {
     ResultPair mResults;
-    std::size_t mNumBefore = 0;  ///< How many differences stand before what it finds.
+    std::size_t mNumBefore = 0;  ///< Position of its difference in the report.
   };
   /// The positions in B of the results of a geometry of A.
   struct Matched {
@@ -75,8 +75,8 @@ class ResultDiff {
   std::vector<Task> mTasks;
   std::map<std::tuple<const QovRyx::DataLoader*, const QovRyx::DataLoader*, const Tolerance*, bool>,
            ArrayComparison>
-      mCompared;                                   ///< Of linked results.
-  std::unordered_set<const Variable*> mDiffering;  ///< Of A.
+      mCompared;                                   ///< Results for linked arrays.
+  std::unordered_set<const Variable*> mDiffering;  ///< Results of A.
 };
 
 }  // namespace Qov::Tools

@@ -5,7 +5,7 @@
 
 namespace Qov::Tools {
 
-/// What belongs to the models as a whole: the version, the history, the views and the sequencer.
+/// Compares the version, the history, the views and the sequencer of two models.
 void CompareStates(const QovRyx::Tree& a, const QovRyx::Tree& b, const DiffOptions& options,
                    DiffReport& report);
 

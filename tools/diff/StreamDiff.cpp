@@ -70,7 +70,7 @@ void CompareUnknownStreams(const std::string& pathA, const std::string& pathB, D
     try {
       if (!AreSame(*a.Open(name), *b.Open(name))) Add("stream", name, "its bytes differ", report);
     } catch (const std::exception& error) {
-      report.mIsComplete = false;
+      ++report.mNumUnreadable;
       Add("unreadable", name, "it cannot be compared: " + ErrorText(error), report);
     }
   }

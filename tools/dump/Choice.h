@@ -6,10 +6,10 @@
 
 #include "Qov/Ryx/Tree.h"
 
-/// Finding in a model what a word on the command line means: a number, or a name as it is shown.
+/// Resolves words of the command line, which are numbers or names as shown, to parts of a model.
 namespace Qov::Tools {
 
-/// One of the things that could be meant.
+/// A part that a word can name.
 struct Candidate {
   std::uint64_t mNumber = 0;
   std::string mName;
@@ -21,7 +21,7 @@ struct Candidate {
 std::size_t Choose(const std::vector<Candidate>& candidates, const std::string& word,
                    const std::string& noun);
 
-/// The entry that carries a T with that id or name.
+/// Returns the entry with that id or name whose node is a T.
 template <class T>
 const QovRyx::NodeTree::Node& ChooseNode(const QovRyx::Tree& tree, const std::string& word,
                                          const std::string& noun) {
@@ -36,7 +36,7 @@ const QovRyx::NodeTree::Node& ChooseNode(const QovRyx::Tree& tree, const std::st
 
 struct ChosenResult {
   std::size_t mPosition = 0;
-  bool mIsOnlyInstance = false;  ///< The word is its name without the instance part.
+  bool mIsOnlyInstance = false;  ///< True if the word is its name without the instance part.
 };
 /// Returns the result with that position or name, or the only result with that name without the
 /// instance part. Raises the errors of Choose. If several instances match, the error lists them.

@@ -13,14 +13,15 @@ namespace Qov::Tools {
 /// exists.
 void RefuseToReplaceModel(const std::string& path, const std::string& input);
 
-/// Lines for a file that is opened at the first of them: until there is something to write, what
-/// is there already stays.
+/// Writes lines to a file that is opened at the first write. Until then an existing file stays
+/// unchanged.
 class FileOutput : public Output {
  public:
   explicit FileOutput(std::string path) : Output(nullptr, {}), mPath(std::move(path)) {}
 
   bool IsOpen() const { return mFile != nullptr; }
-  /// Makes sure that all is written; makes the file if nothing was. Throws as Line does.
+  /// Writes buffered lines and closes the file. Creates it if nothing was written. Throws like
+  /// Line.
   void Close();
 
  private:

@@ -18,7 +18,7 @@ using QovRyx::Geometry;
 using QovRyx::Group;
 using QovRyx::NodeSets;
 
-/// NODE or NODE:SET. A name may hold the colon itself.
+/// A word such as NODE or NODE:SET. The name of a node may contain colons.
 struct SetWord {
   SetWord(const QovRyx::Tree& tree, const std::string& word) : mNode(word) {
     const std::size_t colon = word.rfind(':');
@@ -114,7 +114,7 @@ void StateDump::ShowAttributes(const std::string& word) {
   const auto* geometry = dynamic_cast<const Geometry*>(&node);
   if (group == nullptr && geometry == nullptr) {
     Util::Raise("tools/dump/StateDump", Util::Exception::ErrorType::ElementNotFound,
-                "a node of the type " + node.GetType() + " has no attributes");
+                "a node of type " + node.GetType() + " has no attributes");
   }
   if (mDocument) {
     return Finish("attributes", group != nullptr ? AttributesJson(group->mAttributes)

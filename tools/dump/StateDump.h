@@ -12,22 +12,23 @@
 
 namespace Qov::Tools {
 
-/// Shows the parts of a model that are no arrays. Words name them as dump/Choice.h says; what is
-/// not there raises ElementNotFound.
+/// Shows the parts of a model that are not arrays, chosen by words (dump/Choice.h). Raises
+/// ElementNotFound for a part that does not exist.
 class StateDump {
  public:
-  /// Text, or, if `document` is given, that document with one more member (docs/json/dump.md).
+  /// Writes text, or, if `document` is given, that document with one more member
+  /// (docs/json/dump.md).
   StateDump(const QovRyx::Tree& tree, std::optional<Json> document, Output& output)
       : mTree(tree), mDocument(std::move(document)), mOutput(output) {}
 
-  /// A view; number 0 is the current one, the others follow in the order of the paths.
+  /// Shows a view. Number 0 is the current one; the others follow in the order of the paths.
   void ShowView(const std::string& word);
   void ShowSequencer();
   void ShowHistory();
   void ShowMaterial(const std::string& node);
-  /// Those of a group, or those of all results of a geometry.
+  /// Shows the attributes of a group, or of all results of a geometry.
   void ShowAttributes(const std::string& word);
-  /// NODE or NODE:SET. A single set is shown as its numbers alone, one a line.
+  /// Shows all sets of NODE, or, for NODE:SET, the numbers of one set, one per line.
   void ShowSets(const std::string& word);
 
  private:

@@ -19,7 +19,7 @@ namespace {
 
 using Align = TextTable::Align;
 
-/// The name of the stream that `word` means.
+/// Returns the name of the stream that `word` names.
 std::string ChooseStream(const ContainerInfo& container, const std::string& word) {
   std::vector<Candidate> candidates;
   for (const StreamInfo& stream : container.mStreams) {

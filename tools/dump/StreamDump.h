@@ -8,13 +8,13 @@
 
 namespace Qov::Tools {
 
-/// Writes the uncompressed bytes of a stream, as far as they can be read; then raises why not.
-/// Raises ElementNotFound if there is no such stream.
+/// Writes the uncompressed bytes of a stream up to the first read error, which it then raises.
+/// Raises ElementNotFound if the stream does not exist.
 void WriteStream(const std::string& path, const std::string& stream, Output& output);
 
-/// Shows where the blocks of a container lie, or those of one stream: as a table, or, if
-/// `document` is given, as that document with one more member. What cannot be read is raised
-/// after what could be is shown.
+/// Shows the places of the blocks of a container, or of one stream: as a table, or, if `document`
+/// is given, as that document with one more member. Raises a read error after the readable blocks
+/// are shown.
 void ShowBlocks(const std::string& path, const std::optional<std::string>& stream,
                 std::optional<Json> document, Output& output);
 

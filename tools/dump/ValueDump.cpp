@@ -11,7 +11,7 @@
 namespace Qov::Tools {
 namespace {
 
-/// Collects text and writes it in pieces.
+/// Buffers text and writes it in pieces.
 class TextBuffer {
  public:
   explicit TextBuffer(Output& output) : mOutput(output) {}
@@ -46,13 +46,13 @@ void AppendElement(const Values& values, std::size_t i, TextBuffer& text) {
 
 void AppendJsonElement(const Values& values, std::size_t i, TextBuffer& text) {
   const auto number = std::bit_cast<float>(values.mBits[i]);
-  const bool isNegativeZero = number == 0 && std::signbit(number);  // readers take -0 for 0
+  const bool isNegativeZero = number == 0 && std::signbit(number);  // readers convert -0 to 0
   const bool isPlain = std::isfinite(number) && !isNegativeZero;
   if (values.mIntegers || isPlain) return AppendElement(values, i, text);
   text.Append(JsonFloat(number).dump());
 }
 
-/// The elements from `begin` on, as an array.
+/// Appends `count` elements from `begin` on as an array.
 void AppendJsonArray(const Values& values, std::size_t begin, std::size_t count, TextBuffer& text) {
   text.Append("[");
   for (std::size_t i = 0; i < count; ++i) {
@@ -64,7 +64,7 @@ void AppendJsonArray(const Values& values, std::size_t begin, std::size_t count,
 
 std::string NpyHeader(const Values& values) {
   constexpr std::size_t kAlignment = 64;
-  constexpr std::size_t kPrefix = 10;  // magic: 6 bytes, version: 2, u16 length of what follows
+  constexpr std::size_t kPrefix = 10;  // magic: 6 bytes, version: 2, u16 length of the header
   const std::string shape = values.GetNumRest() == 0
                                 ? fmt::format("({}, {})", values.GetNumItems(), values.mWidth)
                                 : fmt::format("({},)", values.mBits.size());
@@ -128,7 +128,7 @@ void WriteNpy(const Values& values, Output& output) {
   std::string prefix = "\x93NUMPY";
   for (const int byte : {1, 0, length & 0xFF, length >> 8}) prefix += static_cast<char>(byte);
   output.Write(prefix + header);
-  // Elements lie in memory as they do in the file.
+  // Elements have the same layout in memory and in the file.
   output.Write({reinterpret_cast<const char*>(values.mBits.data()),
                 values.mBits.size() * sizeof(std::uint32_t)});
 }
