@@ -55,7 +55,7 @@ class NodeReport {
 };
 
 std::string NodeReport::Label(const TreeWalk::Step& step) const {
-  if (step.mEntry == nullptr) return fmt::format("(there is no node {})", step.mId);
+  if (step.mEntry == nullptr) return fmt::format("(node {} is missing)", step.mId);
   if (step.mAgain) return fmt::format("(node {} again)", step.mId);
   const QovRyx::Node* node = step.mEntry->mData.get();
   if (node == nullptr) return fmt::format("(node {} without content)", step.mId);

@@ -2,7 +2,7 @@
 
 #include "Json.h"
 #include "Output.h"
-#include "diff/Difference.h"
+#include "diff/DiffReport.h"
 
 namespace Qov::Tools {
 

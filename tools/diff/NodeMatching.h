@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "diff/Difference.h"
+#include "diff/DiffReport.h"
 #include "diff/PathTree.h"
 
 namespace Qov::Tools {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Qov/Ryx/Tree.h"
-#include "diff/Difference.h"
+#include "diff/DiffReport.h"
 
 namespace Qov::Tools {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "diff/Difference.h"
+#include "diff/DiffReport.h"
 
 namespace Qov::Tools {
 
