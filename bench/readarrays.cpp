@@ -15,7 +15,7 @@ std::vector<const QovRyx::NumericArray*> FindArrays(const QovRyx::Tree& tree) {
   for (const bool integerKinds : {true, false}) {
     QovRyx::ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const QovRyx::Geometry& geometry) {
       for (const auto& variable : geometry.GetVariables()) {
-        if (variable.mLinked || variable.IsIntegerKind() != integerKinds) continue;
+        if (variable.mLink.IsLinked() || variable.IsIntegerKind() != integerKinds) continue;
         arrays.push_back(&variable.mValues);
       }
     });

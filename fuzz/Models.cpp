@@ -16,7 +16,7 @@ std::uint64_t CountBytes(const QovRyx::Tree& tree, bool withLinked) {
   std::uint64_t numBytes = 0;
   ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const QovRyx::Geometry& geometry) {
     for (const auto& variable : geometry.GetVariables()) {
-      if (withLinked || !variable.mLinked) numBytes += variable.mValues.GetSize();
+      if (withLinked || !variable.mLink.IsLinked()) numBytes += variable.mValues.GetSize();
     }
   });
   return numBytes;
@@ -27,7 +27,7 @@ using Readers = std::set<QovJbf::StreamReader*>;
 void ReadAll(const QovRyx::Geometry& geometry, Readers& readers) {
   std::vector<std::uint32_t> values;
   for (const auto& variable : geometry.GetVariables()) {
-    if (variable.mLinked) continue;
+    if (variable.mLink.IsLinked()) continue;
     variable.mValues.GetValues(values);
     if (const auto& loader = variable.mValues.GetLoader()) {
       loader->VerifyPlace();  // a merge verifies the lengths of the blocks before it, too

@@ -11,11 +11,12 @@
 #include <vector>
 
 #include "Command.h"
+#include "LinkTarget.h"
 #include "ModelInput.h"
 #include "OptionValues.h"
 #include "Qov/Ryx/ValueOwners.h"
 #include "Qov/Util/Raise.h"
-#include "ResultLink.h"
+#include "SureValues.h"
 #include "VerifiedValues.h"
 #include "dump/Choice.h"
 #include "dump/FileOutput.h"
@@ -219,18 +220,18 @@ void DumpCommand::ShowState(const QovRyx::Tree& tree, Output& output) const {
 
 /// Raises an error if the link of a result is dangling or was not resolved.
 void CheckLink(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& variable) {
-  const ResultLink link(tree.GetNodes(), variable);
-  if (!link.mFound) {
+  const LinkTarget target(tree.GetNodes(), variable);
+  if (!target.mHasValues) {
     Raise(ErrorType::ElementNotFound, "the result has a dangling link and no values");
   }
   // Links of a file that was read in part are not resolved.
-  if (variable.mValues.GetNumElements() != link.mVariable->mValues.GetNumElements()) {
+  if (variable.mValues.GetNumElements() != target.mVariable->mValues.GetNumElements()) {
     Raise(ErrorType::ReadError, "the values cannot be read");
   }
 }
 
 Values ReadValues(const QovRyx::Tree& tree, const QovRyx::Geometry::VarStruct& variable) {
-  if (variable.mLinked) CheckLink(tree, variable);
+  if (variable.mLink.IsLinked()) CheckLink(tree, variable);
   Values values;
   values.mIntegers = QovRyx::ValueOwners(tree.GetNodes()).HoldUnsigned(variable);
   values.mWidth = std::max<std::size_t>(variable.mValues.GetWidth(), 1);

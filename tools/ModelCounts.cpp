@@ -1,7 +1,7 @@
 #include "ModelCounts.h"
 
+#include "LinkTarget.h"
 #include "Qov/Ryx/InstanceNames.h"
-#include "ResultLink.h"
 
 namespace Qov::Tools {
 
@@ -21,9 +21,9 @@ void ModelCounts::CountResults(const QovRyx::NodeTree& nodes, const QovRyx::Geom
       mInstances.insert(
           variable.mName.substr(variable.mName.rfind(QovRyx::kInstanceSeparator) + 1));
     }
-    if (variable.mLinked) {
+    if (variable.mLink.IsLinked()) {
       ++mNumLinked;
-      mNumLost += ResultLink(nodes, variable).mFound ? 0 : 1;
+      mNumLost += LinkTarget(nodes, variable).mHasValues ? 0 : 1;
     } else {
       mNumValues += variable.mValues.GetNumElements();
     }

@@ -7,8 +7,8 @@
 #include <variant>
 
 #include "ErrorText.h"
+#include "LinkTarget.h"
 #include "RecordPrinter.h"
-#include "ResultLink.h"
 #include "TreeWalk.h"
 #include "Utf8.h"
 #include "ValueText.h"
@@ -80,19 +80,19 @@ Json NodeWriter::Result(const Geometry::VarStruct& variable) const {
               {"width", variable.mValues.GetWidth()},
               {"count", count.mItems}};
   if (count.mRest != 0) result["rest"] = count.mRest;
-  if (variable.mLinked) result["link"] = Link(variable);
+  if (variable.mLink.IsLinked()) result["link"] = Link(variable);
   AddStatistics(variable, result);
   result["attributes"] = AttributesJson(variable.mAttributes);
   return result;
 }
 
 Json NodeWriter::Link(const Geometry::VarStruct& variable) const {
-  const ResultLink link(mTree.GetNodes(), variable);
-  Json json{
-      {"node", variable.mLink.mNode}, {"result", variable.mLink.mVariable}, {"found", link.mFound}};
-  if (link.mVariable != nullptr) {
-    json["nodeName"] = JsonText(Shortened(link.mGeometry->GetName()));
-    json["resultName"] = JsonText(Shortened(link.mVariable->mName));
+  const LinkTarget target(mTree.GetNodes(), variable);
+  const auto [node, position] = variable.mLink.GetPlace();
+  Json json{{"node", node}, {"result", position}, {"found", target.mHasValues}};
+  if (target.mVariable != nullptr) {
+    json["nodeName"] = JsonText(Shortened(target.mGeometry->GetName()));
+    json["resultName"] = JsonText(Shortened(target.mVariable->mName));
   }
   return json;
 }

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "ErrorText.h"
+#include "LinkTarget.h"
 #include "Plural.h"
-#include "ResultLink.h"
 #include "TextTable.h"
 #include "TreeLines.h"
 #include "TreeWalk.h"
@@ -134,15 +134,15 @@ std::vector<std::string> NodeReport::ResultRow(const Geometry::VarStruct& variab
 
 /// Returns "node: result", and whether the link is dangling.
 std::string NodeReport::LinkText(const Geometry::VarStruct& variable) const {
-  if (!variable.mLinked) return "";
-  const ResultLink link(mTree.GetNodes(), variable);
-  if (link.mVariable == nullptr) {
-    return fmt::format("dangling (node {}, result {})", variable.mLink.mNode,
-                       variable.mLink.mVariable);
+  if (!variable.mLink.IsLinked()) return "";
+  const LinkTarget target(mTree.GetNodes(), variable);
+  const auto [node, position] = variable.mLink.GetPlace();
+  if (target.mVariable == nullptr) {
+    return fmt::format("dangling (node {}, result {})", node, position);
   }
-  return fmt::format("{} [{}]: {}{}", Escape(Shortened(link.mGeometry->GetName()), mStyle),
-                     variable.mLink.mNode, Escape(Shortened(link.mVariable->mName), mStyle),
-                     link.mFound ? "" : ", dangling");
+  return fmt::format("{} [{}]: {}{}", Escape(Shortened(target.mGeometry->GetName()), mStyle), node,
+                     Escape(Shortened(target.mVariable->mName), mStyle),
+                     target.mHasValues ? "" : ", dangling");
 }
 
 void NodeReport::Sets(const QovRyx::NodeSets& sets, const Sink& sink) {

@@ -56,7 +56,7 @@ ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter
     QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const Geometry& geometry) {
       for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
         const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();
-        if (variable.mLinked || !shown.contains(loader)) continue;
+        if (variable.mLink.IsLinked() || !shown.contains(loader)) continue;
         if (variable.IsIntegerKind() != integerKinds) continue;
         mEntries.emplace(loader, MakeEntry(variable, style));
       }

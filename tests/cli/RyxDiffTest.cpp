@@ -141,8 +141,7 @@ TEST_F(RyxDiff, FindsEachChangeUnlessIgnored) {
       {"values", [](Tree& t) { Result(t, 1).mValues = NumericArray::Of(Count(40, 2)); }},
       {"links",
        [](Tree& t) {
-         Result(t, 3).mLinked = true;
-         Result(t, 3).mLink = {PlateIds::kGeometry, 2};
+         Result(t, 3).mLink = ResultLink({PlateIds::kGeometry, 2});
          Result(t, 3).mValues = NumericArray();
        }},
       {"", [](Tree& t) { Mesh(t).AppendVariable(Result(t, 3)); }},

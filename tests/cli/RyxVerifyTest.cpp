@@ -79,17 +79,17 @@ TEST_F(RyxVerify, FindsEachFault) {
       {"one too many", [](Tree& t) { Mesh(t).AppendVariable(Mesh(t).GetVariables()[11]); }},
       {"a link to another result",
        [](Tree& t) {
-         Result(t, 6).mLink = {PlateIds::kGeometry, 7};
+         Result(t, 6).mLink = ResultLink({PlateIds::kGeometry, 7});
        }},
       {"a link to no node",
        [](Tree& t) {
-         Result(t, 6).mLink = {99, 0};
+         Result(t, 6).mLink = ResultLink({99, 0});
        }},
       {"a link to itself",
        [](Tree& t) {
-         Result(t, 6).mLink = {PlateIds::kGeometry, 6};
+         Result(t, 6).mLink = ResultLink({PlateIds::kGeometry, 6});
        }},
-      {"no link", [](Tree& t) { Result(t, 6).mLinked = false; }},
+      {"no link", [](Tree& t) { Result(t, 6).mLink = {}; }},
       {"descriptors",
        [](Tree& t) {
          Result(t, 2).mAttributes["load"] = 1.0;  // a double instead of a float

@@ -59,7 +59,7 @@ TEST_F(AppendingResults, LinkPositionsDoNotOverflow) {
   constexpr std::uint32_t kHighest = std::numeric_limits<std::uint32_t>::max();
   mSource.AppendVariable(MakeLinked("Nowhere", {kId, kHighest - 1}));
   AppendResults(mFrom, mInto, true);
-  EXPECT_EQ(mTarget.GetVariables().back().mLink.mVariable, kHighest - 1);
+  EXPECT_EQ(mTarget.GetVariables().back().mLink.GetPlace().mPosition, kHighest - 1);
 }
 
 TEST_F(AppendingResults, LinksToOtherGeometriesMove) {
@@ -70,7 +70,7 @@ TEST_F(AppendingResults, LinksToOtherGeometriesMove) {
   otherSource.AppendVariable(MakeLinked("Z|1", {kId, 1}));
   mSource.AppendVariable(MakeLinked("Z|1", {kId + 1, 0}));
   mSource.AppendVariable(MakeLinked("Lost|1", {kId + 1, 9}));
-  mSource.EditVariable(5).mLeadsNowhere = true;
+  mSource.EditVariable(5).mLink.LoseTarget();
   AppendResults(mFrom, mInto, true);
   EXPECT_EQ(VariableTexts(mTarget)[9], "Z|1 -> 3,1");
   EXPECT_EQ(VariableTexts(mTarget)[10], "Lost|1 -> 3,9");
@@ -90,7 +90,7 @@ class AppendingChains : public testing::Test {
     Geometry& behind = AddNode<Geometry>(mFrom, NodeTree::kRootId, "Behind");
     for (std::uint32_t i = 0; i != 9; ++i) Target(2).AppendVariable(MakeCarrier("stranger", i));
     Target(3).AppendVariable(MakeCarrier("stranger", 9));
-    for (const auto& [name, link] : {std::pair<const char*, Geometry::Link>{"far|1", {4, 0}},
+    for (const auto& [name, link] : {std::pair<const char*, ResultPlace>{"far|1", {4, 0}},
                                      {"farther|1", {3, 1}},
                                      {"near|1", {2, 0}},
                                      {"round|1", {4, 2}},
@@ -126,7 +126,7 @@ TEST_F(AppendingChains, LinksMoveOrBecomeCopiesOfTheValues) {
               ElementsAre("stranger", "values|1", "over|1 -> 2,9", "over lost|1 -> 2,14"));
   ExpectOwner(2, 9);
   EXPECT_EQ(Target(2).GetVariables()[12].mValues.GetNumElements(), 0U);
-  EXPECT_TRUE(Target(2).GetVariables()[13].mLeadsNowhere);
+  EXPECT_FALSE(Target(2).GetVariables()[13].mLink.HasTarget());
 }
 
 TEST_F(AppendingChains, OtherInstancesLoseOnlyValuesOfLinksWithinAGeometry) {

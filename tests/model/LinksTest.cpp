@@ -8,10 +8,10 @@ namespace {
 
 using namespace QovRyx;
 
-constexpr Geometry::Link kDangling{99, 0};
+constexpr ResultPlace kDangling{99, 0};
 
-/// Adds two geometries, ids 2 and 3. Only variable 0 of the first is not linked.
-void BuildLinks(Tree& tree, const std::vector<Geometry::Link>& links) {
+/// Two geometries, ids 2 and 3. Variable 0 of the first is the only one with values of its own.
+void BuildLinks(Tree& tree, const std::vector<ResultPlace>& links) {
   Geometry& first = AddNode<Geometry>(tree, 1, "first");
   first.AppendVariable(MakeVariable("values", 12, NumericArray::Of(Ramp(4, 1.0F))));
   Geometry& second = AddNode<Geometry>(tree, 1, "second");
@@ -64,7 +64,7 @@ TEST(Links, AreShiftedWithTheIdsOfTheirFileAndStayInIt) {
 TEST(Links, LongChainsAreFollowedWithoutRecursion) {
   Tree tree(false);
   const TempDir dir;
-  std::vector<Geometry::Link> links;
+  std::vector<ResultPlace> links;
   for (std::uint32_t i = 0; i < 100000; ++i) links.push_back({3, i + 1});
   BuildLinks(tree, links);
   SaveTree(tree, dir / "chain.ryx");

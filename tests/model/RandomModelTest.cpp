@@ -14,7 +14,7 @@ using namespace QovRyx;
 void DropLinkedValues(Tree& tree) {
   ForEachGeometry(tree.GetNodes(), [](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
-      if (geometry.GetVariables()[i].mLinked) geometry.EditVariable(i).mValues = {};
+      if (geometry.GetVariables()[i].mLink.IsLinked()) geometry.EditVariable(i).mValues = {};
     }
   });
 }

@@ -45,12 +45,10 @@ inline QovRyx::Geometry::VarStruct MakeVariable(const std::string& name, std::ui
   return variable;
 }
 
-/// Returns a result that is linked to another one.
-inline QovRyx::Geometry::VarStruct MakeLinked(const std::string& name,
-                                              QovRyx::Geometry::Link link) {
+/// A result of the same values as another one.
+inline QovRyx::Geometry::VarStruct MakeLinked(const std::string& name, QovRyx::ResultPlace target) {
   QovRyx::Geometry::VarStruct variable = MakeVariable(name, QovRyx::Geometry::kNoKind, {});
-  variable.mLinked = true;
-  variable.mLink = link;
+  variable.mLink = QovRyx::ResultLink(target);
   return variable;
 }
 
@@ -85,9 +83,9 @@ inline std::vector<std::string> VariableTexts(const QovRyx::Geometry& geometry) 
   std::vector<std::string> texts;
   for (const QovRyx::Geometry::VarStruct& variable : geometry.GetVariables()) {
     std::string text = Unbarred(variable.mName);
-    if (variable.mLinked) {
-      text += " -> " + std::to_string(variable.mLink.mNode) + "," +
-              std::to_string(variable.mLink.mVariable);
+    const auto [node, position] = variable.mLink.GetPlace();
+    if (variable.mLink.IsLinked()) {
+      text += " -> " + std::to_string(node) + "," + std::to_string(position);
     }
     texts.push_back(std::move(text));
   }

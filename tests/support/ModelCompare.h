@@ -40,7 +40,8 @@ inline void Describe(std::ostream& out, const QovRyx::Geometry::VarStruct& varia
       << variable.mKindHighByte << " flags " << int{variable.mFlag} << int{variable.mFlag1}
       << int{variable.mFlag2} << int{variable.mFlag3} << " values " << variable.mValue1 << ","
       << variable.mValue2 << " ";
-  if (variable.mLinked) out << "-> " << variable.mLink.mNode << "," << variable.mLink.mVariable;
+  const QovRyx::ResultPlace& place = variable.mLink.GetPlace();
+  if (variable.mLink.IsLinked()) out << "-> " << place.mNode << "," << place.mPosition;
   out << " ";
   Describe(out, variable.mValues);
   Describe(out, variable.mAttributes);

@@ -91,9 +91,8 @@ class RandomModel {
     if (variable.mKind != QovRyx::Geometry::kNoKind) variable.mKindHighByte = Below(7);
     variable.mFlag = static_cast<std::uint8_t>(Below(256));
     variable.mAttributes = MakeAttributes();
-    variable.mLinked = Below(4) == 0;
-    if (variable.mLinked) {  // may be a link to itself or a dangling link
-      variable.mLink = {Below(numIds + 2), Below(12)};
+    if (Below(4) == 0) {  // to anything, itself and nothing included
+      variable.mLink = QovRyx::ResultLink({Below(numIds + 2), Below(12)});
       return variable;
     }
     variable.mFlag1 = static_cast<std::uint8_t>(Below(256));

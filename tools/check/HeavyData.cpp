@@ -64,7 +64,7 @@ class InlinePlaces {
     for (StoredVariable& variable : geometry.mVariables) {
       variable.mOffset = mOffset;
       variable.mIsPlaced = true;
-      if (!variable.mLinked) mOffset += variable.mSize;
+      if (!variable.mLink.IsLinked()) mOffset += variable.mSize;
     }
   }
 
@@ -128,7 +128,7 @@ void HeavySweep::Collect(StoredNode& node) {
   }
   for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
     const StoredVariable& variable = node.mVariables[i];
-    if (variable.mLinked) continue;
+    if (variable.mLink.IsLinked()) continue;
     CheckShape(node, i);
     if (variable.GetNumElements() == 0 || !variable.mIsPlaced) continue;
     // Only inline values store the rest of a size that is not a multiple of 4.

@@ -137,10 +137,12 @@ StoredVariable LightReader::TakeVariable(const StoredNode& node) {
   variable.mName = mCursor.TakeText(mFindings, node.At({}));
   variable.mKindWord = mCursor.Take<std::uint32_t>();
   const GeometryLayout layout = node.GetLayout();
-  if (layout != GeometryLayout::Older) variable.mLinked = mCursor.Take<std::uint8_t>() != 0;
-  if (variable.mLinked) {
-    variable.mLinkNode = mCursor.Take<std::uint32_t>();
-    variable.mLinkVariable = mCursor.Take<std::uint32_t>();
+  const bool isLinked = layout != GeometryLayout::Older && mCursor.Take<std::uint8_t>() != 0;
+  if (isLinked) {
+    QovRyx::ResultPlace place;
+    place.mNode = mCursor.Take<std::uint32_t>();
+    place.mPosition = mCursor.Take<std::uint32_t>();
+    variable.mLink = QovRyx::ResultLink(place);
   } else {
     TakeExtent(variable);
     if (layout != GeometryLayout::Older) mCursor.PassOver(QovRyx::kCarriedFieldsSize);

@@ -46,7 +46,7 @@ class MeshArrays {
       turn = static_cast<std::size_t>(std::lower_bound(peers.begin(), peers.end(), connectivity) -
                                       peers.begin());
     }
-    return mLinks.Resolve(mNode, mNode.mVariables[(*partners)[turn]]).mVariable;
+    return mLinks.FindOwner(mNode.mVariables[(*partners)[turn]]);
   }
 
  private:
@@ -74,7 +74,7 @@ void MeshCheck::Add(const StoredNode& node, ResultLinks& links) {
   MeshArrays arrays(node, links);
   for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
     if (SplitName(node.mVariables[i].mName).first != kConnectivity) continue;
-    const StoredVariable* connectivity = links.Resolve(node, node.mVariables[i]).mVariable;
+    const StoredVariable* connectivity = links.FindOwner(node.mVariables[i]);
     if (connectivity == nullptr || !HoldsIntegers(*connectivity)) continue;
     const StoredVariable* lengths = arrays.FindPartner(kPolylength, i);
     if (lengths != nullptr && !HoldsIntegers(*lengths)) lengths = nullptr;

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Qov/Ryx/ResultLink.h"
 #include "check/Finding.h"
 #include "model/ModelFormat.h"
 
@@ -17,9 +18,7 @@ enum class NodeType { None, Group, Shape, Geometry, NodeSets, Unknown };
 struct StoredVariable {
   std::string mName;
   std::uint32_t mKindWord = 0;
-  bool mLinked = false;
-  std::uint32_t mLinkNode = 0;
-  std::uint32_t mLinkVariable = 0;
+  QovRyx::ResultLink mLink;
   std::uint32_t mSize = 0;  ///< Bytes.
   std::uint8_t mWidth = 0;
   std::uint64_t mOffset = 0;  ///< In the heavy stream.

@@ -40,7 +40,7 @@ void AddCount(std::string_view base, std::uint64_t count, MeshCounts& counts) {
 MeshCounts CountMeshes(const StoredNode& geometry, ResultLinks& links) {
   MeshCounts counts;
   for (const StoredVariable& variable : geometry.mVariables) {
-    const StoredVariable* values = links.Resolve(geometry, variable).mVariable;
+    const StoredVariable* values = links.FindOwner(variable);
     if (values == nullptr) continue;
     AddCount(SplitName(variable.mName).first, CountTuples(*values), counts);
   }
@@ -65,7 +65,7 @@ void CheckCounts(const StoredNode& geometry, ResultLinks& links, Findings& findi
   for (std::size_t i = 0; i < geometry.mVariables.size(); ++i) {
     const StoredVariable& variable = geometry.mVariables[i];
     if (IsMeshArray(SplitName(variable.mName).first)) continue;
-    const StoredVariable* values = links.Resolve(geometry, variable).mVariable;
+    const StoredVariable* values = links.FindOwner(variable);
     if (values == nullptr || values->GetNumElements() == 0) continue;
     const std::uint64_t count = CountTuples(*values);
     if (mesh.Fits(count)) continue;

@@ -7,47 +7,48 @@
 namespace Qov::Tools {
 namespace {
 
-void Report(const StoredNode& node, std::size_t i, const char* code, const char* end,
+/// Returns false for a geometry whose descriptors could not be read.
+bool HasReadableVariables(const StoredNode& node) {
+  return node.GetType() != NodeType::Geometry || node.mHasLightData;
+}
+
+void Report(const StoredNode& node, std::size_t i, const char* code, const char* fault,
             Findings& findings) {
-  const StoredVariable& variable = node.mVariables[i];
+  const auto [linkedNode, position] = node.mVariables[i].mLink.GetPlace();
   findings.Error(code, node.At({}, i),
-                 fmt::format("Its link to node {}, result {} leads {}: it has no values.",
-                             variable.mLinkNode, variable.mLinkVariable, end));
+                 fmt::format("Its link to node {}, result {} {}: it has no values.", linkedNode,
+                             position, fault));
 }
 
 }  // namespace
 
-/// The variable that a link names, linked itself or not.
-ResultLinks::Target ResultLinks::Step(const StoredVariable& variable) const {
-  const StoredNode* node = mModel.Find(variable.mLinkNode);
-  if (node == nullptr) return {mModel.mIsComplete ? End::Nowhere : End::Unknown, nullptr, nullptr};
-  if (node->GetType() == NodeType::Geometry && !node->mHasLightData) return {};
-  if (variable.mLinkVariable >= node->mVariables.size()) return {End::Nowhere, nullptr, nullptr};
-  return {End::Found, node, &node->mVariables[variable.mLinkVariable]};
+ResultLinks::ResultLinks(const ModelContent& model)
+    : mModel(model),
+      mFollower([this](const StoredVariable& variable) { return FindTarget(variable); }) {}
+
+/// Returns the variable that a link names, which can be linked itself, or null.
+const StoredVariable* ResultLinks::FindTarget(const StoredVariable& variable) const {
+  const auto [linkedNode, position] = variable.mLink.GetPlace();
+  const StoredNode* node = mModel.Find(linkedNode);
+  if (node == nullptr || !HasReadableVariables(*node)) return nullptr;
+  return position < node->mVariables.size() ? &node->mVariables[position] : nullptr;
 }
 
-ResultLinks::Target ResultLinks::Resolve(const StoredNode& node, const StoredVariable& variable) {
-  std::vector<const StoredVariable*> path;
-  Target at{End::Found, &node, &variable};
-  while (at.mEnd == End::Found && at.mVariable->mLinked) {
-    // Taken for a circle until the end of this path is known.
-    const auto [known, isNew] =
-        mKnown.try_emplace(at.mVariable, Target{End::Circle, nullptr, nullptr});
-    if (isNew) path.push_back(at.mVariable);
-    at = isNew ? Step(*at.mVariable) : known->second;
-  }
-  for (const StoredVariable* passed : path) mKnown[passed] = at;
-  return at;
+/// Returns true if the node that a link names was read, so that FindTarget finds what is there.
+bool ResultLinks::IsTargetReadable(const StoredVariable& variable) const {
+  const StoredNode* node = mModel.Find(variable.mLink.GetPlace().mNode);
+  return node == nullptr ? mModel.mIsComplete : HasReadableVariables(*node);
 }
 
 void ResultLinks::Check(Findings& findings) {
   for (const StoredNode& node : mModel.mNodes) {
     for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
-      const StoredVariable& variable = node.mVariables[i];
-      if (!variable.mLinked) continue;
-      const End end = Resolve(node, variable).mEnd;
-      if (end == End::Nowhere) Report(node, i, "link-nowhere", "nowhere", findings);
-      if (end == End::Circle) Report(node, i, "link-circle", "round in a circle", findings);
+      const StoredVariable* end = mFollower.FindEnd(node.mVariables[i]);
+      if (end == nullptr) {
+        Report(node, i, "link-circle", "is in a cycle of links", findings);
+      } else if (end->mLink.IsLinked() && IsTargetReadable(*end)) {
+        Report(node, i, "link-nowhere", "is dangling", findings);
+      }
     }
   }
 }

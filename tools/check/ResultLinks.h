@@ -1,37 +1,30 @@
 #pragma once
 
-#include <cstdint>
-#include <unordered_map>
-#include <vector>
-
 #include "check/ModelContent.h"
+#include "model/LinkFollower.h"
 
 namespace Qov::Tools {
 
-/// Follows the links of a model's results to the variables whose values they take. Each variable
-/// is visited once, however many links lead over it.
+/// Follows the links of a model's results to the variables that have the values.
 class ResultLinks {
  public:
-  enum class End { Found, Nowhere, Circle, Unknown };
-  struct Target {
-    End mEnd = End::Unknown;
-    const StoredNode* mNode = nullptr;  ///< With mVariable, if it was found.
-    const StoredVariable* mVariable = nullptr;
-  };
+  explicit ResultLinks(const ModelContent& model);
 
-  explicit ResultLinks(const ModelContent& model) : mModel(model) {}
+  /// Returns the variable whose values `variable` has: itself if it is not linked. Returns null if
+  /// it has no values, or if they could not be found because a part of the file is unreadable.
+  const StoredVariable* FindOwner(const StoredVariable& variable) {
+    return mFollower.FindOwner(variable);
+  }
 
-  /// Where the variable's values are; its own place if it is not linked.
-  Target Resolve(const StoredNode& node, const StoredVariable& variable);
-
-  /// Reports the links that lead nowhere or round in a circle.
+  /// Reports results whose links are dangling or form cycles.
   void Check(Findings& findings);
 
  private:
-  Target Step(const StoredVariable& variable) const;
+  const StoredVariable* FindTarget(const StoredVariable& variable) const;
+  bool IsTargetReadable(const StoredVariable& variable) const;
 
   const ModelContent& mModel;
-  std::unordered_map<const StoredVariable*, Target> mKnown;
+  QovRyx::LinkFollower<StoredVariable> mFollower;
 };
 
 }  // namespace Qov::Tools

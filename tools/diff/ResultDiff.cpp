@@ -27,9 +27,9 @@ auto CarriedOf(const Variable& variable) {
 }
 
 std::string LinkText(const Variable& variable) {
-  if (!variable.mLinked) return "not linked";
-  return fmt::format("linked to node {}, result {}", variable.mLink.mNode,
-                     variable.mLink.mVariable);
+  if (!variable.mLink.IsLinked()) return "not linked";
+  const auto [node, position] = variable.mLink.GetPlace();
+  return fmt::format("linked to node {}, result {}", node, position);
 }
 
 std::string ValuesText(const ValueComparison& comparison, std::uint8_t width) {
@@ -109,8 +109,9 @@ void ResultDiff::CompareResult(const ResultPair& results) {
     const std::string text = DescribeDifference(a.mAttributes, b.mAttributes, "A", "B");
     if (!text.empty()) Add(results, "attributes", text);
   }
-  const bool isSameLink = a.mLinked && b.mLinked && LeadToTheSame(a, b);
-  if (mOptions.Compares("links") && !isSameLink && (a.mLinked || b.mLinked)) {
+  const bool isAnyLinked = a.mLink.IsLinked() || b.mLink.IsLinked();
+  const bool isSameLink = a.mLink.IsLinked() && b.mLink.IsLinked() && LeadToTheSame(a, b);
+  if (mOptions.Compares("links") && !isSameLink && isAnyLinked) {
     Add(results, "link", fmt::format("{} in A, {} in B", LinkText(a), LinkText(b)));
   }
   // Shared values are compared at their owner.
@@ -136,19 +137,21 @@ void ResultDiff::CompareShape(const ResultPair& results) {
 
 /// Returns true if both links lead to the same result, or dangle in the same way.
 bool ResultDiff::LeadToTheSame(const Variable& a, const Variable& b) const {
-  const auto found = mMatched.find(a.mLink.mNode);
-  if (found == mMatched.end() || a.mLink.mVariable >= found->second.mPositions.size()) {
-    return a.mLink == b.mLink && a.mValues.GetSize() == 0 && b.mValues.GetSize() == 0;
+  const QovRyx::ResultPlace& placeA = a.mLink.GetPlace();
+  const QovRyx::ResultPlace& placeB = b.mLink.GetPlace();
+  const auto found = mMatched.find(placeA.mNode);
+  if (found == mMatched.end() || placeA.mPosition >= found->second.mPositions.size()) {
+    return placeA == placeB && a.mValues.GetSize() == 0 && b.mValues.GetSize() == 0;
   }
-  return b.mLink.mNode == found->second.mNodeB &&
-         b.mLink.mVariable == found->second.mPositions[a.mLink.mVariable];
+  return placeB.mNode == found->second.mNodeB &&
+         placeB.mPosition == found->second.mPositions[placeA.mPosition];
 }
 
 void ResultDiff::CompareAllValues() {
   std::stable_sort(mTasks.begin(), mTasks.end(), [this](const Task& left, const Task& right) {
     const auto key = [this](const Task& task) {
       const Variable& variable = *task.mResults.mA;
-      return std::make_tuple(variable.mLinked, !variable.IsIntegerKind(),
+      return std::make_tuple(variable.mLink.IsLinked(), !variable.IsIntegerKind(),
                              mMatching.GetA(*task.mResults.mNodes).mId);
     };
     return key(left) < key(right);
@@ -211,7 +214,9 @@ ResultDiff::ArrayComparison ResultDiff::CompareValuesOnce(const Task& task) {
   const bool integers = integersInA && integersInB;
   const Tolerance* tolerance =
       integersInA || integersInB ? nullptr : mOptions.mTolerances.Find(a.mName);
-  if (!a.mLinked && !b.mLinked) return ReadAndCompare(a, b, integers, tolerance);
+  if (!a.mLink.IsLinked() && !b.mLink.IsLinked()) {
+    return ReadAndCompare(a, b, integers, tolerance);
+  }
   const auto [known, isNew] = mCompared.try_emplace(
       {a.mValues.GetLoader().get(), b.mValues.GetLoader().get(), tolerance, integers});
   if (isNew) known->second = ReadAndCompare(a, b, integers, tolerance);

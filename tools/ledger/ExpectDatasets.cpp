@@ -29,7 +29,8 @@ bool ShiftIds(Entry& entry, std::uint32_t base) {
 
 void ShiftLinks(std::vector<ExpectedResult>& results, std::uint32_t base) {
   for (ExpectedResult& result : results) {
-    if (result.mLinked && !result.mLeadsNowhere) result.mLink.mNode += base;
+    const auto [node, position] = result.mLink.GetPlace();
+    result.mLink.MoveTo({node + base, position});
   }
 }
 
@@ -51,7 +52,7 @@ bool ExpectDataset(ExpectedModel& model, const InputFile& input, std::size_t pos
                    std::vector<Obstacle>& obstacles) {
   const std::uint32_t base = model.mNodes.rbegin()->first;
   for (const auto& [id, entry] : input.GetNodes()) {
-    ExpectedNode node = ExpectNode(input, position, entry);
+    ExpectedNode node = ExpectNode(position, entry);
     if (!ShiftIds(node.mLinks, base)) {
       const std::string text = fmt::format("the ids of node {} cannot be raised by {}", id, base);
       obstacles.push_back({input.mPath, text, entry.mData ? entry.mData->GetName() : ""});

@@ -5,15 +5,17 @@
 #include <unordered_map>
 
 #include "ExpectNodes.h"
-#include "ExpectedChains.h"
-#include "LinkFollower.h"
 #include "MergedNames.h"
 #include "Qov/Ryx/InstanceNames.h"
+#include "merge/LinkChains.h"
+#include "model/LinkFollower.h"
 
 namespace Qov::Tools {
 namespace {
 
 using QovRyx::Geometry;
+using QovRyx::LinkFollower;
+using Chains = QovRyx::LinkChains<ExpectedResult>;
 
 /// Which result of a geometry is the first of a name. Results are only ever appended.
 class NameIndex {
@@ -49,10 +51,9 @@ class InstanceExpecter {
   void Append(ExpectedNode& source, ExpectedNode& target, const Starts& starts,
               LinkFollower<Result>& follower);
   void MoveLink(ExpectedResult& result, const ExpectedNode& target, const Starts& starts) const;
-  void Share(std::uint32_t id, const MergedNames& names, std::size_t position,
-             ExpectedChains& chains);
+  void Share(std::uint32_t id, const MergedNames& names, std::size_t position, Chains& chains);
   void ShareOne(std::uint32_t id, const std::string& name, const std::string& primaryName,
-                std::size_t position, ExpectedChains& chains);
+                std::size_t position, Chains& chains);
   bool Takes(const ExpectedResult& result) const {
     return mMode != MergeMode::AutomaticInstances || !InstancePartOf(result.mName).empty();
   }
@@ -62,6 +63,10 @@ class InstanceExpecter {
   std::unordered_map<std::uint32_t, NameIndex> mIndexes;
 };
 
+Chains IndexChains(const ExpectedModel& model) {
+  return Chains([&model](const QovRyx::ResultPlace& place) { return model.FindResult(place); });
+}
+
 void Rename(ExpectedNode& node, const MergedNames& names) {
   for (std::size_t i = 0; i < names.mNames.size(); ++i) node.mResults[i].mName = names.mNames[i];
 }
@@ -69,15 +74,14 @@ void Rename(ExpectedNode& node, const MergedNames& names) {
 void InstanceExpecter::TakeFirst(const InputFile& input, std::size_t position) {
   std::map<std::uint32_t, MergedNames> shared;
   for (const auto& [id, entry] : input.GetNodes()) {
-    ExpectedNode& node =
-        mModel.mNodes.emplace(id, ExpectNode(input, position, entry)).first->second;
+    ExpectedNode& node = mModel.mNodes.emplace(id, ExpectNode(position, entry)).first->second;
     const Geometry* geometry = QovRyx::AsGeometry(entry);
     if (geometry == nullptr || !IsInstanceMode(mMode)) continue;
     MergedNames names = NameResults(*geometry, input.mNumber, mMode);
     Rename(node, names);
     if (!names.mShared.empty()) shared.emplace(id, std::move(names));
   }
-  ExpectedChains chains(mModel);
+  Chains chains = IndexChains(mModel);
   for (const auto& [id, names] : shared) Share(id, names, position, chains);
 }
 
@@ -91,7 +95,7 @@ InstanceExpecter::Starts InstanceExpecter::FindStarts(const InputFile& input) {
 }
 
 Item ItemOf(const ExpectedResult& result) {
-  return result.mLinked ? Item::LinkedResult : Item::Result;
+  return result.mLink.IsLinked() ? Item::LinkedResult : Item::Result;
 }
 
 void DropResults(ExpectedModel& model, const ExpectedNode& node, DropRule rule) {
@@ -110,12 +114,12 @@ void DropStructure(ExpectedModel& model, std::size_t position) {
 void InstanceExpecter::TakeFurther(const InputFile& input, std::size_t position) {
   DropStructure(mModel, position);
   const Starts starts = FindStarts(input);
-  LinkFollower<Result> follower = FollowLinks(input.GetNodes());
+  LinkFollower follower = QovRyx::FollowLinks(input.GetNodes());
   std::map<std::uint32_t, MergedNames> shared;
   for (const auto& [id, entry] : input.GetNodes()) {
     const Geometry* geometry = QovRyx::AsGeometry(entry);
     if (geometry == nullptr) continue;
-    ExpectedNode source = ExpectNode(input, position, entry);
+    ExpectedNode source = ExpectNode(position, entry);
     if (!starts.contains(id)) {
       DropResults(mModel, source, DropRule::NoGeometryInFirst);
       continue;
@@ -125,15 +129,15 @@ void InstanceExpecter::TakeFurther(const InputFile& input, std::size_t position)
     Append(source, mModel.mNodes.at(id), starts, follower);
     if (!names.mShared.empty()) shared.emplace(id, std::move(names));
   }
-  ExpectedChains chains(mModel);
+  Chains chains = IndexChains(mModel);
   for (const auto& [id, names] : shared) Share(id, names, position, chains);
 }
 
 /// Replaces the link of the result by the shared values, with the kind's high byte.
 void Unlink(ExpectedResult& result, LinkFollower<Result>& follower) {
-  result.mpValues = follower.Follow(*result.mpSource);
+  result.mpValues = follower.FindOwner(*result.mpSource);
   result.mKindHighByte = result.mpValues == nullptr ? 0 : result.mpValues->mKindHighByte;
-  result.mLinked = false;
+  result.mLink = {};
   result.mMade = MadeRule::Unlinked;
 }
 
@@ -144,35 +148,36 @@ void InstanceExpecter::Append(ExpectedNode& source, ExpectedNode& target, const 
       mModel.Drop(source.mInput, ItemOf(result), DropRule::NoInstancePart);
       continue;
     }
-    if (result.mLinked) MoveLink(result, target, starts);
+    if (result.mLink.IsLinked()) MoveLink(result, target, starts);
     if (result.mMade == MadeRule::Unlinked) Unlink(result, follower);
     target.mResults.push_back(std::move(result));
   }
 }
 
-/// Appended automatically, a link within a geometry leads to its own place. Every other link
-/// leads to the same result as before, or marks the result as one to be unlinked.
+/// Makes the link of a result that is appended to `target` name the same result as before, or marks
+/// the result as one to be unlinked. With automatic renaming, a link within a geometry becomes a
+/// link to itself.
 void InstanceExpecter::MoveLink(ExpectedResult& result, const ExpectedNode& target,
                                 const Starts& starts) const {
-  if (mMode == MergeMode::AutomaticInstances && result.mLink.mNode == target.mLinks.mId) {
-    result.mLeadsNowhere = true;
+  const auto [node, position] = result.mLink.GetPlace();
+  if (mMode == MergeMode::AutomaticInstances && node == target.mLinks.mId) {
+    result.mLink = QovRyx::ResultLink({node, static_cast<std::uint32_t>(target.mResults.size())});
     result.mMade = MadeRule::LinkedToItself;
     return;
   }
-  if (result.mLeadsNowhere) return;
-  const auto start = starts.find(result.mLink.mNode);
-  const std::uint64_t moved =
-      start == starts.end() ? 0 : std::uint64_t{start->second} + result.mLink.mVariable;
+  if (!result.mLink.HasTarget()) return;
+  const auto start = starts.find(node);
+  const std::uint64_t moved = start == starts.end() ? 0 : std::uint64_t{start->second} + position;
   if (mMode == MergeMode::AutomaticInstances || start == starts.end() ||
       moved > std::numeric_limits<std::uint32_t>::max()) {
     result.mMade = MadeRule::Unlinked;
   } else {
-    result.mLink.mVariable = static_cast<std::uint32_t>(moved);
+    result.mLink.MoveTo({node, static_cast<std::uint32_t>(moved)});
   }
 }
 
 void InstanceExpecter::Share(std::uint32_t id, const MergedNames& names, std::size_t position,
-                             ExpectedChains& chains) {
+                             Chains& chains) {
   for (const auto& [primary, others] : names.mShared) {
     for (const std::string& name : others) ShareOne(id, name, primary, position, chains);
   }
@@ -181,7 +186,7 @@ void InstanceExpecter::Share(std::uint32_t id, const MergedNames& names, std::si
 /// Makes the first result of that name a link, unless it holds the values to be shared.
 void InstanceExpecter::ShareOne(std::uint32_t id, const std::string& name,
                                 const std::string& primaryName, std::size_t position,
-                                ExpectedChains& chains) {
+                                Chains& chains) {
   ExpectedNode& node = mModel.mNodes.at(id);
   NameIndex& index = mIndexes[id];
   const std::size_t numBefore = node.mResults.size();
@@ -189,16 +194,14 @@ void InstanceExpecter::ShareOne(std::uint32_t id, const std::string& name,
   const std::size_t primaryPlace = index.FindOrAppend(node, primaryName);
   const ExpectedResult& primary = node.mResults[primaryPlace];
   ExpectedResult& result = node.mResults[place];
-  const Geometry::Link here{id, static_cast<std::uint32_t>(place)};
-  const Geometry::Link there{id, static_cast<std::uint32_t>(primaryPlace)};
+  const QovRyx::ResultPlace here{id, static_cast<std::uint32_t>(place)};
+  const QovRyx::ResultPlace there{id, static_cast<std::uint32_t>(primaryPlace)};
   if (place == primaryPlace) return;
-  if (primary.mLinked && place < numBefore && chains.LeadsTo(there, here)) return;
+  if (primary.mLink.IsLinked() && place < numBefore && chains.LeadsTo(there, here)) return;
   result.mpFields = primary.mpFields;
   result.mKind = primary.mKind;
   result.mKindHighByte = primary.mKindHighByte;
-  result.mLink = primary.mLinked ? primary.mLink : there;
-  result.mLeadsNowhere = primary.mLinked && primary.mLeadsNowhere;
-  result.mLinked = true;
+  result.mLink = primary.mLink.IsLinked() ? primary.mLink : QovRyx::ResultLink(there);
   result.mpValues = nullptr;
   if (result.mpSource == nullptr && !result.mMade) result.mInput = position;
   result.mMade = MadeRule::SharedResult;

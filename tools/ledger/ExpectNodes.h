@@ -8,8 +8,7 @@
 namespace Qov::Tools {
 
 /// An input's node with its results, under the names and with the links that it has there.
-ExpectedNode ExpectNode(const InputFile& input, std::size_t position,
-                        const QovRyx::NodeTree::Node& entry);
+ExpectedNode ExpectNode(std::size_t input, const QovRyx::NodeTree::Node& entry);
 /// An input's result as it is there.
 ExpectedResult ExpectResult(std::size_t input, const Result& result);
 

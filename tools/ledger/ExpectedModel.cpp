@@ -89,14 +89,14 @@ bool ExpectedNode::IsGeometry() const {
   return mpSource != nullptr && QovRyx::AsGeometry(*mpSource) != nullptr;
 }
 
-ExpectedResult* ExpectedModel::FindResult(const QovRyx::Geometry::Link& link) {
-  const auto node = mNodes.find(link.mNode);
-  if (node == mNodes.end() || link.mVariable >= node->second.mResults.size()) return nullptr;
-  return &node->second.mResults[link.mVariable];
+const ExpectedResult* ExpectedModel::FindResult(const QovRyx::ResultPlace& place) const {
+  const auto node = mNodes.find(place.mNode);
+  if (node == mNodes.end() || place.mPosition >= node->second.mResults.size()) return nullptr;
+  return &node->second.mResults[place.mPosition];
 }
 
-ExpectedResult* ExpectedModel::FindNext(const ExpectedResult& result) {
-  return result.mLeadsNowhere ? nullptr : FindResult(result.mLink);
+const ExpectedResult* ExpectedModel::FindTarget(const ExpectedResult& linked) const {
+  return linked.mLink.HasTarget() ? FindResult(linked.mLink.GetPlace()) : nullptr;
 }
 
 void ExpectedModel::Drop(std::size_t input, Item item, DropRule rule, std::uint64_t count) {
@@ -111,16 +111,14 @@ ExpectedResult ExpectResult(std::size_t input, const Result& result) {
   expected.mpFields = &result;
   expected.mKind = result.mKind;
   expected.mKindHighByte = result.mKindHighByte;
-  expected.mLinked = result.mLinked;
   expected.mLink = result.mLink;
-  if (!result.mLinked) expected.mpValues = &result;
+  if (!result.mLink.IsLinked()) expected.mpValues = &result;
   return expected;
 }
 
-ExpectedNode ExpectNode(const InputFile& input, std::size_t position,
-                        const QovRyx::NodeTree::Node& entry) {
+ExpectedNode ExpectNode(std::size_t input, const QovRyx::NodeTree::Node& entry) {
   ExpectedNode node;
-  node.mInput = position;
+  node.mInput = input;
   node.mpSource = &entry;
   node.mLinks = {entry.mId,
                  entry.mParent,
@@ -133,10 +131,7 @@ ExpectedNode ExpectNode(const InputFile& input, std::size_t position,
     node.mNumSoundSets = sets->GetNumSets();
   } else if (const auto* geometry = QovRyx::AsGeometry(entry)) {
     for (const Result& result : geometry->GetVariables()) {
-      ExpectedResult expected = ExpectResult(position, result);
-      expected.mLeadsNowhere =
-          result.mLinked && QovRyx::FindVariable(input.GetNodes(), result.mLink) == nullptr;
-      node.mResults.push_back(std::move(expected));
+      node.mResults.push_back(ExpectResult(input, result));
     }
   }
   return node;

@@ -25,9 +25,7 @@ struct ExpectedResult {
   std::uint32_t mKind = 0;
   std::uint32_t mKindHighByte = 0;
   const Result* mpValues = nullptr;  ///< Not linked: where the values are; null: there are none.
-  bool mLinked = false;
-  QovRyx::Geometry::Link mLink;
-  bool mLeadsNowhere = false;  ///< The link must not lead to what others bring to that place.
+  QovRyx::ResultLink mLink;
   std::optional<MadeRule> mMade;
   bool mSound = true;               ///< Cleared if an output lacks it.
   const Result* mpFound = nullptr;  ///< The result of an output that it is matched with.
@@ -68,9 +66,10 @@ struct ExpectedModel {
   std::vector<QovRyx::ModifierInfo> mNewHistory;  ///< What the merge adds, without the dates.
   std::uint64_t mNumSoundNewHistory = 0;
 
-  ExpectedResult* FindResult(const QovRyx::Geometry::Link& link);
-  /// The result that a linked one leads to next, or null.
-  ExpectedResult* FindNext(const ExpectedResult& result);
+  /// Returns the result at a place, or null.
+  const ExpectedResult* FindResult(const QovRyx::ResultPlace& place) const;
+  /// Returns the result that is the target of a linked result, or null.
+  const ExpectedResult* FindTarget(const ExpectedResult& linked) const;
   void Drop(std::size_t input, Item item, DropRule rule, std::uint64_t count = 1);
 };
 

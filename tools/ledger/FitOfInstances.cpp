@@ -6,14 +6,16 @@
 #include <optional>
 
 #include "InputFile.h"
-#include "LinkFollower.h"
 #include "check/Finding.h"
 #include "check/MeshNames.h"
+#include "model/LinkFollower.h"
 
 namespace Qov::Tools {
 namespace {
 
 using Entry = QovRyx::NodeTree::Node;
+using QovRyx::LinkFollower;
+using Result = QovRyx::Geometry::VarStruct;
 
 std::string NameOf(const Entry& entry) { return entry.mData ? entry.mData->GetName() : ""; }
 
@@ -36,7 +38,7 @@ std::optional<std::uint64_t> CountItemsOf(const QovRyx::Geometry& geometry, std:
                                           LinkFollower<Result>& follower) {
   for (const Result& result : geometry.GetVariables()) {
     if (SplitName(result.mName).first != base) continue;
-    const Result* values = follower.Follow(result);
+    const Result* values = follower.FindOwner(result);
     if (values == nullptr) return std::nullopt;
     const std::uint64_t width = std::max<std::uint64_t>(values->mValues.GetWidth(), 1);
     return values->mValues.GetNumElements() / width;
@@ -62,8 +64,8 @@ Misfits FindOtherNodes(const QovRyx::NodeTree& first, const QovRyx::NodeTree& ot
 
 Misfits FindOtherMeshes(const QovRyx::NodeTree& first, const QovRyx::NodeTree& other) {
   Misfits misfits;
-  LinkFollower<Result> firstLinks = FollowLinks(first);
-  LinkFollower<Result> otherLinks = FollowLinks(other);
+  LinkFollower firstLinks = QovRyx::FollowLinks(first);
+  LinkFollower otherLinks = QovRyx::FollowLinks(other);
   QovRyx::ForEachGeometry(other, [&](std::uint32_t id, const QovRyx::Geometry& geometry) {
     const Entry* entry = first.FindNode(id);
     const QovRyx::Geometry* twin = entry == nullptr ? nullptr : QovRyx::AsGeometry(*entry);

@@ -103,7 +103,7 @@ PerItem<std::uint64_t> CountItems(const Tree& tree) {
       count(Item::Set) += sets->GetNumSets();
     } else if (const auto* geometry = QovRyx::AsGeometry(entry)) {
       for (const auto& result : geometry->GetVariables()) {
-        ++count(result.mLinked ? Item::LinkedResult : Item::Result);
+        ++count(result.mLink.IsLinked() ? Item::LinkedResult : Item::Result);
       }
     }
   }

@@ -37,8 +37,8 @@ class Recount {
   void MatchResults(ExpectedNode& node, const QovRyx::Geometry& geometry);
   void CompareResult(const ExpectedNode& node, ExpectedResult& expected, const Result& result);
   void CompareLinks();
-  QovRyx::Geometry::Link FindDanglingLink(const ExpectedNode& node,
-                                          const ExpectedResult& expected) const;
+  QovRyx::ResultPlace FindDanglingPlace(const ExpectedNode& node,
+                                        const ExpectedResult& expected) const;
   std::string FindDanglingFault(const ExpectedNode& node, const ExpectedResult& expected,
                                 const Result& result) const;
   // Values (RecountValues.cpp)

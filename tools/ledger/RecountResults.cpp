@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "LinkFollower.h"
+#include "ExpectedLinks.h"
 #include "Recount.h"
 #include "compare/Attributes.h"
 #include "compare/NameMatching.h"
@@ -75,52 +75,54 @@ void Recount::CompareResult(const ExpectedNode& node, ExpectedResult& expected,
   const std::string attributes = DescribeDifference(expected.mpFields->mAttributes,
                                                     result.mAttributes, "the input", "the output");
   if (!attributes.empty()) Report(node, expected, attributes);
-  if (expected.mLinked != result.mLinked) {
-    Report(node, expected, expected.mLinked ? "is not linked" : "is linked");
-  } else if (!expected.mLinked && !HasSameFlags(expected.mpValues, result)) {
+  const bool isLinked = expected.mLink.IsLinked();
+  if (isLinked != result.mLink.IsLinked()) {
+    Report(node, expected, isLinked ? "is not linked" : "is linked");
+  } else if (!isLinked && !HasSameFlags(expected.mpValues, result)) {
     Report(node, expected, "has other flags");
   }
 }
 
-/// Returns the expected numbers of a link that is dangling in its input. The node id, unless it is
-/// 0, is shifted like the ids of the input's nodes. The link becomes (0, 0) if the merge put a
-/// result at that place.
-QovRyx::Geometry::Link Recount::FindDanglingLink(const ExpectedNode& node,
-                                                 const ExpectedResult& expected) const {
-  QovRyx::Geometry::Link link = expected.mLink;
+/// Returns the expected place of a link that is dangling in its input. The node id, unless it is 0,
+/// is shifted like the ids of the input's nodes. The place becomes (0, 0) if the merge put a result
+/// there.
+QovRyx::ResultPlace Recount::FindDanglingPlace(const ExpectedNode& node,
+                                               const ExpectedResult& expected) const {
+  QovRyx::ResultPlace place = expected.mLink.GetPlace();
   const std::uint32_t base = node.mLinks.mId - node.mpSource->mId;
-  const bool canRaise = link.mNode < std::numeric_limits<std::uint32_t>::max() - base;
-  if (link.mNode != 0 && canRaise) link.mNode += base;
-  return mModel.FindResult(link) == nullptr ? link : QovRyx::Geometry::Link{};
+  const bool canShift = place.mNode < std::numeric_limits<std::uint32_t>::max() - base;
+  if (place.mNode != 0 && canShift) place.mNode += base;
+  return mModel.FindResult(place) == nullptr ? place : QovRyx::ResultPlace{};
 }
 
 /// Returns the fault of a link that should have no values; empty if there is none.
 std::string Recount::FindDanglingFault(const ExpectedNode& node, const ExpectedResult& expected,
                                        const Result& result) const {
-  const Result* named = QovRyx::FindVariable(mOutput.GetNodes(), result.mLink);
+  const Result* named = QovRyx::FindTarget(mOutput.GetNodes(), result.mLink);
   if (expected.mMade == MadeRule::LinkedToItself) {
     return named == &result ? "" : "is not linked to itself";
   }
-  if (!expected.mLeadsNowhere) {
-    const ExpectedResult* next = mModel.FindNext(expected);
+  if (expected.mLink.HasTarget()) {
+    const ExpectedResult* next = mModel.FindTarget(expected);
     return next != nullptr && next->mpFound == named ? "" : "is linked to another result";
   }
-  const QovRyx::Geometry::Link wanted = FindDanglingLink(node, expected);
-  if (result.mLink == wanted) return "";
+  const QovRyx::ResultPlace wanted = FindDanglingPlace(node, expected);
+  const QovRyx::ResultPlace& found = result.mLink.GetPlace();
+  if (found == wanted) return "";
   return fmt::format("has a dangling link to node {}, result {}; should be node {}, result {}",
-                     result.mLink.mNode, result.mLink.mVariable, wanted.mNode, wanted.mVariable);
+                     found.mNode, found.mPosition, wanted.mNode, wanted.mPosition);
 }
 
 /// By what the links lead to in the end, over whatever other links.
 void Recount::CompareLinks() {
-  LinkFollower<ExpectedResult> expectedLinks = FollowLinks(mModel);
-  LinkFollower<Result> links = FollowLinks(mOutput.GetNodes());
+  QovRyx::LinkFollower expectedLinks = FollowLinks(mModel);
+  QovRyx::LinkFollower links = QovRyx::FollowLinks(mOutput.GetNodes());
   for (auto& [id, node] : mModel.mNodes) {
     for (ExpectedResult& expected : node.mResults) {
       const Result* result = expected.mpFound;
-      if (result == nullptr || !expected.mLinked || !result->mLinked) continue;
-      const ExpectedResult* wanted = expectedLinks.Follow(expected);
-      const Result* end = links.Follow(*result);
+      if (result == nullptr || !expected.mLink.IsLinked() || !result->mLink.IsLinked()) continue;
+      const ExpectedResult* wanted = expectedLinks.FindOwner(expected);
+      const Result* end = links.FindOwner(*result);
       const Result* match = wanted == nullptr ? nullptr : wanted->mpFound;
       std::string fault = FindLinkFault(wanted, match, end);
       if (fault.empty() && wanted == nullptr) fault = FindDanglingFault(node, expected, *result);

@@ -46,7 +46,7 @@ std::uint64_t CountValueBytes(const ExpectedModel& model) {
   std::uint64_t numBytes = 0;
   for (const auto& [id, node] : model.mNodes) {
     for (const ExpectedResult& result : node.mResults) {
-      if (!result.mLinked && result.mpValues != nullptr)
+      if (!result.mLink.IsLinked() && result.mpValues != nullptr)
         numBytes += result.mpValues->mValues.GetSize();
     }
   }
@@ -69,7 +69,7 @@ void Recount::CompareArrays(bool integerKinds) {
   for (auto& [id, node] : mModel.mNodes) {
     for (ExpectedResult& expected : node.mResults) {
       const Result* result = expected.mpFound;
-      if (result == nullptr || result->mLinked || expected.mLinked) continue;
+      if (result == nullptr || result->mLink.IsLinked() || expected.mLink.IsLinked()) continue;
       if (result->IsIntegerKind() == integerKinds) CompareArray(node, expected, *result);
     }
   }

@@ -34,7 +34,7 @@ struct InputSizes {
 InputSizes::InputSizes(const InputFile& input) {
   QovRyx::ForEachGeometry(input.GetNodes(), [this](std::uint32_t, const auto& geometry) {
     for (const Result& result : geometry.GetVariables()) {
-      if (!result.mLinked) mArrays += result.mValues.GetSize();
+      if (!result.mLink.IsLinked()) mArrays += result.mValues.GetSize();
     }
   });
   for (const StreamInfo& stream : ReadContainer(input.mPath).mStreams) {

@@ -1,8 +1,7 @@
 #include <optional>
 #include <utility>
 
-#include "ExpectedModel.h"
-#include "LinkFollower.h"
+#include "ExpectedLinks.h"
 
 namespace Qov::Tools {
 namespace {
@@ -40,8 +39,8 @@ class StockTaker {
   ExpectedModel& mModel;
   Ledger mLedger;
   PerItem<std::uint64_t> mExpected{};
-  LinkFollower<ExpectedResult> mFollower;
-  std::vector<LinkFollower<Result>> mInputFollowers;
+  QovRyx::LinkFollower<ExpectedResult> mFollower;
+  std::vector<QovRyx::LinkFollower<Result>> mInputFollowers;
   std::vector<NamePairs> mRenamed;
   std::vector<NamePairs> mLinked;
 };
@@ -52,7 +51,8 @@ StockTaker::StockTaker(ExpectedModel& model, const std::vector<InputFile>& input
       mFollower(FollowLinks(model)),
       mRenamed(inputs.size()),
       mLinked(inputs.size()) {
-  for (const InputFile& input : inputs) mInputFollowers.push_back(FollowLinks(input.GetNodes()));
+  for (const InputFile& input : inputs)
+    mInputFollowers.push_back(QovRyx::FollowLinks(input.GetNodes()));
 }
 
 /// What has come over, and how much of that there ought to be.
@@ -69,16 +69,17 @@ void StockTaker::Make(Item item, MadeRule rule, std::uint64_t numSound, std::uin
 
 /// Whether a result of an input has the same values in the output as it has there.
 bool StockTaker::KeepsValues(const ExpectedResult& result) {
-  const Result* before = mInputFollowers[result.mInput].Follow(*result.mpSource);
-  const ExpectedResult* after = mFollower.Follow(result);
+  const Result* before = mInputFollowers[result.mInput].FindOwner(*result.mpSource);
+  const ExpectedResult* after = mFollower.FindOwner(result);
   return before == (after == nullptr ? nullptr : after->mpValues);
 }
 
 /// How a result was made that is not simply copied.
 std::optional<MadeRule> StockTaker::FindFate(const ExpectedResult& result) {
   if (result.mpSource == nullptr || result.mMade == MadeRule::Unlinked) return result.mMade;
-  const bool sameForm = result.mLinked == result.mpSource->mLinked;
-  if (sameForm && (!result.mLinked || KeepsValues(result))) return std::nullopt;
+  const bool isLinked = result.mLink.IsLinked();
+  const bool sameForm = isLinked == result.mpSource->mLink.IsLinked();
+  if (sameForm && (!isLinked || KeepsValues(result))) return std::nullopt;
   return result.mMade ? result.mMade : MadeRule::LinkReplaced;
 }
 
@@ -96,7 +97,7 @@ DropRule DropRuleFor(MadeRule made) {
 }
 
 void StockTaker::TakeResult(const ExpectedResult& result) {
-  const Item item = result.mLinked ? Item::LinkedResult : Item::Result;
+  const Item item = result.mLink.IsLinked() ? Item::LinkedResult : Item::Result;
   const std::optional<MadeRule> made = FindFate(result);
   if (!made) {
     Copy(result.mInput, item, result.mSound, 1);
@@ -104,7 +105,7 @@ void StockTaker::TakeResult(const ExpectedResult& result) {
     Make(item, *made, result.mSound, 1);
   }
   if (result.mpSource != nullptr && made) {
-    const Item was = result.mpSource->mLinked ? Item::LinkedResult : Item::Result;
+    const Item was = result.mpSource->mLink.IsLinked() ? Item::LinkedResult : Item::Result;
     ++mLedger.mInputs[result.mInput][was].mDropped[DropRuleFor(*made)];
   }
   if (result.mSound) NoteNames(result);
@@ -115,7 +116,7 @@ void StockTaker::NoteNames(const ExpectedResult& result) {
     ++mRenamed[result.mInput][{result.mpSource->mName, result.mName}];
   }
   if (result.mMade != MadeRule::SharedResult) return;
-  const ExpectedResult* primary = mModel.FindNext(result);
+  const ExpectedResult* primary = mModel.FindTarget(result);
   ++mLinked[result.mInput][{primary == nullptr ? "" : primary->mName, result.mName}];
 }
 

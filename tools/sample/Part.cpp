@@ -83,8 +83,7 @@ std::unique_ptr<Geometry> MakeLinkedGeometry(const std::string& name, std::uint3
     VarStruct variable;
     variable.mName = array.mName;
     variable.mKind = array.mKind;
-    variable.mLinked = true;
-    variable.mLink = {geometry, position++};
+    variable.mLink = QovRyx::ResultLink({geometry, position++});
     linked->AppendVariable(std::move(variable));
   }
   return linked;

@@ -11,6 +11,7 @@
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Node.h"
 #include "Qov/Ryx/NumericArray.h"
+#include "Qov/Ryx/ResultLink.h"
 #include "Qov/Util/ChunkedVector.h"
 
 namespace QovRyx {
@@ -31,13 +32,6 @@ class QOV_EXPORT Geometry : public Node {
     return kind == 4 || kind == 5 || kind == 6 || kind == 9;
   }
 
-  /// The place of a result in a model.
-  struct Link {
-    std::uint32_t mNode = 0;      ///< Tree id of a geometry.
-    std::uint32_t mVariable = 0;  ///< Position among its results.
-    friend bool operator==(const Link&, const Link&) = default;
-  };
-
   /// A result.
   struct VarStruct {
     std::string mName;  ///< Change it through RenameVariable only.
@@ -51,9 +45,7 @@ class QOV_EXPORT Geometry : public Node {
     std::uint8_t mFlag1 = 0;
     std::uint8_t mFlag2 = 0;
     std::uint8_t mFlag3 = 0;
-    bool mLinked = false;        ///< Shares the values of the variable that mLink names.
-    bool mLeadsNowhere = false;  ///< mLink was a dangling link in the file it was read from.
-    Link mLink;
+    ResultLink mLink;
     /// Offset of the values in the heavy stream of the file that is being written or read, in
     /// uncompressed bytes.
     std::optional<std::uint64_t> mOffset;

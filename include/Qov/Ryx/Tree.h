@@ -153,9 +153,11 @@ inline const Geometry* AsGeometry(const NodeTree::Node& entry) {
   return dynamic_cast<const Geometry*>(entry.mData.get());
 }
 
-/// Returns the result that a link names, or null for a dangling link.
-QOV_EXPORT const Geometry::VarStruct* FindVariable(const NodeTree& nodes,
-                                                   const Geometry::Link& link);
+/// Returns the result at a place, or null if there is none.
+QOV_EXPORT const Geometry::VarStruct* FindVariable(const NodeTree& nodes, const ResultPlace& place);
+
+/// Returns the result that a link names, or null if the link is dangling or if there is no link.
+QOV_EXPORT const Geometry::VarStruct* FindTarget(const NodeTree& nodes, const ResultLink& link);
 
 /// Calls `visit(id, geometry)` for every geometry, in ascending order of ids. `nodes` is a
 /// NodeTree; a const one gives const geometries.

@@ -7,7 +7,7 @@
 #include "Qov/Ryx/RyxMerge.h"
 #include "model/GeometryEntries.h"
 #include "model/LinkCuts.h"
-#include "model/LinkResolver.h"
+#include "model/LinkFollower.h"
 
 namespace QovRyx {
 namespace {
@@ -31,38 +31,37 @@ Positions FindStarts(Tree& from, Tree& into, DroppedResults& dropped) {
 
 /// Replaces the links to geometries that are not appended by the values.
 void CutLinksToOthers(NodeTree& nodes, const Positions& starts) {
-  CutLinks(nodes, [&starts](std::uint32_t id, const Geometry::Link& link) {
-    return starts.contains(id) && !starts.contains(link.mNode);
+  CutLinks(nodes, [&starts](std::uint32_t id, const ResultPlace& target) {
+    return starts.contains(id) && !starts.contains(target.mNode);
   });
 }
 
-/// Moves a link, so that it names the same result at its new position. Dangling links are not
-/// changed.
-void MoveLink(Geometry::VarStruct& result, const Positions& starts) {
-  if (!result.mLinked || result.mLeadsNowhere) return;
-  result.mLink.mVariable += static_cast<std::uint32_t>(starts.at(result.mLink.mNode));
+/// Makes a link name the same result at its new position. Dangling links are not changed.
+void MoveLink(ResultLink& link, const Positions& starts) {
+  if (!link.HasTarget()) return;
+  const auto [node, position] = link.GetPlace();
+  link.MoveTo({node, position + static_cast<std::uint32_t>(starts.at(node))});
 }
 
 /// Counts the results to be appended that lose their values, because a link within their geometry
 /// becomes a link to itself.
 std::uint64_t CountLostByLinks(const NodeTree& nodes, const Positions& starts) {
-  LinkResolver resolver(nodes);
+  LinkFollower follower = FollowLinks(nodes);
   std::uint64_t numLost = 0;
   for (const auto& [id, start] : starts) {
     for (const auto& result : AsGeometry(nodes.GetReqNode(id))->GetVariables()) {
-      const bool isInner = result.mLinked && !result.mLeadsNowhere && result.mLink.mNode == id;
+      const bool isInner = result.mLink.HasTarget() && result.mLink.GetPlace().mNode == id;
       if (!isInner || !HasInstancePart(result.mName)) continue;
-      if (resolver.Resolve(result.mLink) != nullptr) ++numLost;
+      if (follower.FindOwner(result) != nullptr) ++numLost;
     }
   }
   return numLost;
 }
 
 /// Makes a link within the geometry name the result's own new position.
-void LinkToItself(Geometry::VarStruct& result, std::uint32_t id, std::uint64_t position) {
-  if (!result.mLinked || result.mLink.mNode != id) return;
-  result.mLink.mVariable = static_cast<std::uint32_t>(position);
-  result.mLeadsNowhere = false;
+void LinkToItself(ResultLink& link, std::uint32_t id, std::uint64_t position) {
+  if (!link.IsLinked() || link.GetPlace().mNode != id) return;
+  link = ResultLink({id, static_cast<std::uint32_t>(position)});
 }
 
 }  // namespace
@@ -80,7 +79,7 @@ void AppendResults(Tree& from, Tree& into, DroppedResults& dropped) {
     Geometry& target = *AsGeometry(into.GetNodes().GetReqNode(id));
     for (std::size_t i = 0; i != source.GetVariables().size(); ++i) {
       Geometry::VarStruct& result = source.EditVariable(i);
-      MoveLink(result, starts);
+      MoveLink(result.mLink, starts);
       target.AppendVariable(result);
     }
   }
@@ -104,7 +103,7 @@ void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped)
         ++dropped.mWithoutInstance;
         continue;
       }
-      LinkToItself(result, id, target.GetVariables().size());
+      LinkToItself(result.mLink, id, target.GetVariables().size());
       target.AppendVariable(result);
     }
   }

@@ -17,6 +17,7 @@ namespace QovRyx {
 namespace {
 
 using LinkedNames = PartLinksMap::mapped_type;
+using Chains = LinkChains<Geometry::VarStruct>;
 
 constexpr std::array<std::string_view, 6> kMeshArrays = {
     "Coordinates", "Connectivity", "Polylength", "Part Elements", "Node Ids", "Element IDs"};
@@ -115,7 +116,7 @@ LinkedNames ShareCommonResults(Geometry& geometry, const std::set<std::string>& 
 
 /// Makes the result share the values of the primary one, unless the primary one takes its values
 /// from that result. Returns the result.
-const Geometry::VarStruct& LinkResult(LinkChains& chains, Geometry& geometry, std::uint32_t id,
+const Geometry::VarStruct& LinkResult(Chains& chains, Geometry& geometry, std::uint32_t id,
                                       const std::string& name, const std::string& primaryName,
                                       DroppedResults& dropped) {
   const std::size_t numBefore = geometry.GetVariables().size();
@@ -125,24 +126,18 @@ const Geometry::VarStruct& LinkResult(LinkChains& chains, Geometry& geometry, st
   const Geometry::VarStruct& primary = geometry.GetVariables()[primaryPosition];
   Geometry::VarStruct& result = geometry.EditVariable(position);
   // Chains never lead to a new result, and never start at a result that is not linked.
-  const bool isChained = primary.mLinked && position < numBefore;
+  const bool isChained = primary.mLink.IsLinked() && position < numBefore;
   if (position == primaryPosition ||
       (isChained && chains.LeadsTo({id, primaryPosition}, {id, position}))) {
     return result;
   }
-  if (position < numBefore && !result.mLinked) ++dropped.mReplaced;
+  if (position < numBefore && !result.mLink.IsLinked()) ++dropped.mReplaced;
   result.mKind = primary.mKind;
   result.mFlag = primary.mFlag;
   result.mAttributes = primary.mAttributes;
   result.TakeValueFieldsOf(primary);
-  result.mLinked = primary.mLinked;
-  result.mLink = primary.mLink;
-  result.mLeadsNowhere = primary.mLeadsNowhere;
-  if (!result.mLinked) {
-    result.mLinked = true;
-    result.mLink = {id, primaryPosition};
-  }
-  chains.NoteNewLink({id, position});
+  result.mLink = primary.mLink.IsLinked() ? primary.mLink : ResultLink({id, primaryPosition});
+  chains.Update({id, position});
   return result;
 }
 
@@ -183,7 +178,8 @@ void GenerateLinkedResults(Tree& tree, const PartLinksMap& links) {
 
 void GenerateLinkedResults(Tree& tree, const PartLinksMap& links, DroppedResults& dropped) {
   double allowed = kFreeBytes;
-  LinkChains chains(tree.GetNodes());
+  const NodeTree& nodes = tree.GetNodes();
+  Chains chains([&nodes](const ResultPlace& place) { return FindVariable(nodes, place); });
   double needed = 0;
   for (const auto& [id, linksOfNode] : links) {
     Geometry* geometry = AsGeometry(tree.GetNodes().GetReqNode(id));

@@ -9,7 +9,7 @@
 
 #include "MergeSteps.h"
 #include "Qov/Log/Record.h"
-#include "model/LinkResolver.h"
+#include "model/LinkFollower.h"
 
 namespace QovRyx {
 namespace {
@@ -50,14 +50,13 @@ std::string DescribeRules(const DroppedResults& dropped) {
 }  // namespace
 
 void CountReplacedLinks(const Tree& tree, DroppedResults& dropped) {
-  LinkResolver resolver(tree.GetNodes());
+  LinkFollower follower = FollowLinks(tree.GetNodes());
   std::uint64_t numChanged = 0;
   ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const Geometry& geometry) {
     for (const Geometry::VarStruct& result : geometry.GetVariables()) {
       const DataLoader* before = result.mValues.GetLoader().get();
-      if (!result.mLinked || before == nullptr) continue;
-      const Geometry::VarStruct* owner =
-          result.mLeadsNowhere ? nullptr : resolver.Resolve(result.mLink);
+      if (!result.mLink.IsLinked() || before == nullptr) continue;
+      const Geometry::VarStruct* owner = follower.FindOwner(result);
       if (owner == nullptr || owner->mValues.GetLoader().get() != before) ++numChanged;
     }
   });
@@ -128,7 +127,7 @@ void MergeSummary::TellResults(const Tree& tree) const {
   std::uint64_t numLinked = 0;
   ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const Geometry& geometry) {
     for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
-      ++(variable.mLinked ? numLinked : numCopied);
+      ++(variable.mLink.IsLinked() ? numLinked : numCopied);
     }
   });
   DroppedResults dropped = mDropped;

@@ -9,7 +9,6 @@
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/FileContext.h"
-#include "Qov/Util/FileContext.h"
 
 namespace QovRyx {
 namespace {
@@ -47,7 +46,7 @@ BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle) {
 }
 
 void BlockCopies::Note(Geometry::VarStruct& variable, bool shuffle) {
-  if (variable.mLinked || !CanCopyBytes(variable.mValues, shuffle)) return;
+  if (variable.mLink.IsLinked() || !CanCopyBytes(variable.mValues, shuffle)) return;
   const DataLoader& loader = *variable.mValues.GetLoader();
   const std::uint64_t size = loader.GetCount() * kElementSize;
   const auto extent = loader.GetReader().FindBlock(loader.GetOffset(), size);

@@ -11,7 +11,6 @@
 #include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "container/ContainerFormat.h"
-#include "container/ContainerFormat.h"
 
 namespace QovRyx {
 namespace {
@@ -34,13 +33,12 @@ void Geometry::VarStruct::TakeValueFieldsOf(const VarStruct& other) {
 void Geometry::VarStruct::TakeValuesOf(const VarStruct& owner) {
   TakeValueFieldsOf(owner);
   mValues = owner.mValues;
-  mLinked = false;
   mLink = {};
-  mLeadsNowhere = false;
 }
 
 std::string Geometry::GetVersion() const {
-  return QovJbf::ryx_file_version == QovJbf::kLastVersionWithNarrowOffsets ? kNarrowOffsetsVersion : kNewestGeometryVersion;
+  return QovJbf::ryx_file_version == QovJbf::kLastVersionWithNarrowOffsets ? kNarrowOffsetsVersion
+                                                                           : kNewestGeometryVersion;
 }
 
 void Geometry::RenameVariable(std::size_t position, std::string name) {
@@ -134,7 +132,8 @@ void Geometry::ProcessAttributes(VarStruct& variable, QovUtil::Attributes attrib
 void Geometry::SaveBlocks(HeavyPass& pass, bool integerKinds) {
   for (std::size_t i = 0; i != mVariables.size(); ++i) {
     VarStruct& variable = mVariables[i];
-    if (!variable.mLinked && variable.IsIntegerKind() == integerKinds) pass.SaveArray(variable);
+    if (!variable.mLink.IsLinked() && variable.IsIntegerKind() == integerKinds)
+      pass.SaveArray(variable);
   }
 }
 
@@ -142,7 +141,8 @@ void Geometry::LoadBlocks(const std::shared_ptr<QovJbf::StreamReader>& reader, b
                           bool integerKinds) {
   for (std::size_t i = 0; i != mVariables.size(); ++i) {
     VarStruct& variable = mVariables[i];
-    if (variable.mLinked || !variable.mOffset || variable.IsIntegerKind() != integerKinds) continue;
+    if (variable.mLink.IsLinked() || !variable.mOffset || variable.IsIntegerKind() != integerKinds)
+      continue;
     const std::uint8_t width = variable.mValues.GetWidth();
     auto loader = std::make_shared<const DataLoader>(
         reader, *variable.mOffset, variable.mValues.GetNumElements(), shuffled ? width : 0);

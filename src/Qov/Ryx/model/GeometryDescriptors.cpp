@@ -53,6 +53,12 @@ class DescriptorWriter {
       Field(static_cast<std::uint32_t>(*offset));
     }
   }
+  void Link(const ResultLink& link) {
+    Field(link.IsLinked());
+    if (!link.IsLinked()) return;
+    Field(link.GetPlace().mNode);
+    Field(link.GetPlace().mPosition);
+  }
   void Attributes(const Geometry::VarStruct& result) {
     QovUtil::WriteAttributesToJbf(mStreams.mrFile, mStreams.mrAttributeKey, result.mAttributes);
   }
@@ -103,6 +109,15 @@ class DescriptorReader {
     }
     offset = wide + narrow;
   }
+  void Link(ResultLink& link) {
+    bool isLinked = false;
+    Field(isLinked);
+    if (!isLinked) return;
+    ResultPlace place;
+    Field(place.mNode);
+    Field(place.mPosition);
+    link = ResultLink(place);
+  }
   void Attributes(Geometry::VarStruct& /*result*/) {
     QovUtil::ReadAttributesFromJbf(mStreams.mrFile, mStreams.mrAttributeKey, mAttributes);
   }
@@ -129,11 +144,8 @@ void WalkDescriptor(Walker& walk, Variable& variable, GeometryLayout layout) {
     walk.InlineValues(variable);
     return;
   }
-  walk.Field(variable.mLinked);
-  if (variable.mLinked) {
-    walk.Field(variable.mLink.mNode);
-    walk.Field(variable.mLink.mVariable);
-  } else {
+  walk.Link(variable.mLink);
+  if (!variable.mLink.IsLinked()) {
     walk.Extent(variable.mValues);
     walk.Field(variable.mFlag1);
     walk.Field(variable.mFlag2);

@@ -30,7 +30,7 @@ std::uint64_t CountHeavyBytes(const NodeTree& nodes) {
   std::uint64_t numBytes = 0;
   ForEachGeometry(nodes, [&numBytes](std::uint32_t, const Geometry& geometry) {
     for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
-      if (!variable.mLinked) numBytes += variable.mValues.GetSize();
+      if (!variable.mLink.IsLinked()) numBytes += variable.mValues.GetSize();
     }
   });
   return numBytes;

@@ -36,8 +36,8 @@ void RequireFreeIds(const NodeTree& nodes, std::uint32_t count) {
 /// Makes the links within a geometry name its new id. Leaves dangling links unchanged.
 void MoveLinks(Geometry& geometry, std::uint32_t newId) {
   for (std::size_t i = 0; i != geometry.GetVariables().size(); ++i) {
-    Geometry::VarStruct& result = geometry.EditVariable(i);
-    if (result.mLinked && !result.mLeadsNowhere) result.mLink.mNode = newId;
+    ResultLink& link = geometry.EditVariable(i).mLink;
+    link.MoveTo({newId, link.GetPlace().mPosition});
   }
 }
 
@@ -52,8 +52,8 @@ void MoveShape(NodeTree& nodes, NodeTree& source, std::uint32_t shapeId,
   auto& geometry = RequireNode<Geometry>(child, "geometry");
   RequireFreeIds(nodes, 2);
   if (cutLinks) {
-    CutLinks(source, [moving = child.mId](std::uint32_t id, const Geometry::Link& link) {
-      return (id == moving) != (link.mNode == moving);
+    CutLinks(source, [moving = child.mId](std::uint32_t id, const ResultPlace& target) {
+      return (id == moving) != (target.mNode == moving);
     });
   }
   MoveLinks(geometry, nodes.GetNextId() + 1);

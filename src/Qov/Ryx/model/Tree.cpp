@@ -60,11 +60,15 @@ void Tree::AddShape(Tree& source, const std::uint32_t& shapeId, const std::strin
   MoveShape(mNodes, source.mNodes, shapeId, groupName, true);
 }
 
-const Geometry::VarStruct* FindVariable(const NodeTree& nodes, const Geometry::Link& link) {
-  const NodeTree::Node* entry = nodes.FindNode(link.mNode);
+const Geometry::VarStruct* FindVariable(const NodeTree& nodes, const ResultPlace& place) {
+  const NodeTree::Node* entry = nodes.FindNode(place.mNode);
   const Geometry* geometry = entry == nullptr ? nullptr : AsGeometry(*entry);
-  if (geometry == nullptr || link.mVariable >= geometry->GetVariables().size()) return nullptr;
-  return &geometry->GetVariables()[link.mVariable];
+  if (geometry == nullptr || place.mPosition >= geometry->GetVariables().size()) return nullptr;
+  return &geometry->GetVariables()[place.mPosition];
+}
+
+const Geometry::VarStruct* FindTarget(const NodeTree& nodes, const ResultLink& link) {
+  return link.HasTarget() ? FindVariable(nodes, link.GetPlace()) : nullptr;
 }
 
 void UnreadContent::Add(const std::string& description) {

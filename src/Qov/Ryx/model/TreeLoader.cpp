@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "LinkResolver.h"
+#include "LinkFollower.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/StreamNames.h"
@@ -149,14 +149,13 @@ void TreeLoader::LoadTree(QovJbf::JbFile& file, Tree::IdMap& idMap, std::uint32_
 
 void TreeLoader::UpdateBufferLinks() {
   Qov::Log::Trace(kSource) << "Updating buffer links ...";
-  LinkResolver resolver(mTree.mNodes);
-  ForEachGeometry(mTree.mNodes, [&resolver](std::uint32_t, Geometry& geometry) {
+  LinkFollower follower = FollowLinks(mTree.mNodes);
+  ForEachGeometry(mTree.mNodes, [&follower](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
       Geometry::VarStruct& variable = geometry.EditVariable(i);
-      if (!variable.mLinked) continue;
-      const Geometry::VarStruct* target =
-          variable.mLeadsNowhere ? nullptr : resolver.Resolve(variable.mLink);
-      variable.mValues = target == nullptr ? NumericArray() : target->mValues;
+      if (!variable.mLink.IsLinked()) continue;
+      const Geometry::VarStruct* owner = follower.FindOwner(variable);
+      variable.mValues = owner == nullptr ? NumericArray() : owner->mValues;
     }
   });
   Qov::Log::Trace(kSource) << "Buffer links updated.";

@@ -59,7 +59,7 @@ UnreadContent TreeReader::Read(Tree::IdMap& idMap) {
   }
   for (const LoadedGeometry& loaded : mGeometries) {
     loaded.mGeometry->LoadOtherBlocks(mpHeavy, loaded.mShuffled);
-    NoteLostLinks(*loaded.mGeometry);
+    MarkDanglingLinks(*loaded.mGeometry);
   }
   CheckShares();
   CheckUnreadBytes();
@@ -72,18 +72,18 @@ void TreeReader::CheckShares() const {
   std::uint64_t numBytes = 0;
   for (const LoadedGeometry& loaded : mGeometries) {
     for (const Geometry::VarStruct& variable : loaded.mGeometry->GetVariables()) {
-      if (!variable.mLinked) numBytes += variable.mValues.GetNumElements() * kElementSize;
+      if (!variable.mLink.IsLinked()) numBytes += variable.mValues.GetNumElements() * kElementSize;
     }
   }
   if (numBytes / kMostShares <= mpHeavy->GetLength()) return;
   Raise(kSource, ErrorType::OutOfBounds, "Too many arrays share their bytes");
 }
 
-/// Later files may bring nodes of the ids that these links name.
-void TreeReader::NoteLostLinks(Geometry& geometry) const {
+/// Marks dangling links, because later files can bring nodes with the ids that these links name.
+void TreeReader::MarkDanglingLinks(Geometry& geometry) const {
   for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
-    Geometry::VarStruct& variable = geometry.EditVariable(i);
-    variable.mLeadsNowhere = variable.mLinked && FindVariable(mNodes, variable.mLink) == nullptr;
+    ResultLink& link = geometry.EditVariable(i).mLink;
+    if (FindTarget(mNodes, link) == nullptr) link.LoseTarget();
   }
 }
 
@@ -197,7 +197,7 @@ std::unique_ptr<Node> TreeReader::ReadGeometry(const Record& record) {
   if (!shuffled) SkipPrecedingSets();
   geometry->ReadJb(mFile, kLightData, kAttributes, record.mVersion, mInlineOffset);
   for (const Geometry::VarStruct& variable : geometry->GetVariables()) {
-    if (!variable.mLinked && variable.mValues.GetNumElements() != 0) RequireHeavyStream();
+    if (!variable.mLink.IsLinked() && variable.mValues.GetNumElements() != 0) RequireHeavyStream();
   }
   ShiftLinks(*geometry);
   mGeometries.push_back({geometry.get(), shuffled});
@@ -226,11 +226,13 @@ void TreeReader::SkipPrecedingSets() {
   mPrecedingSets = nullptr;
 }
 
-/// A link that leads nowhere may hold any number; one that cannot be shifted stays as it is.
+/// Shifts the node ids of links like those of nodes. A dangling link can hold any number; one that
+/// cannot be shifted stays as it is.
 void TreeReader::ShiftLinks(Geometry& geometry) const {
   for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
-    Geometry::VarStruct& variable = geometry.EditVariable(i);
-    if (variable.mLinked && CanShift(variable.mLink.mNode)) variable.mLink.mNode += mBase;
+    ResultLink& link = geometry.EditVariable(i).mLink;
+    const auto [node, position] = link.GetPlace();
+    if (CanShift(node)) link.MoveTo({node + mBase, position});
   }
 }
 

@@ -43,7 +43,7 @@ class TreeReader {
   std::unique_ptr<Node> ReadGeometry(const Record& record);
   std::unique_ptr<Node> ReadNodeSets(const Record& record);
   void ShiftLinks(Geometry& geometry) const;
-  void NoteLostLinks(Geometry& geometry) const;
+  void MarkDanglingLinks(Geometry& geometry) const;
   void CheckShares() const;
   void Enter(Record record, bool isFirst);
   void RequireHeavyStream();

@@ -108,7 +108,7 @@ void TreeSaver::Save(const std::string& path, bool create, const std::string& co
   CheckSources();
   // A file that is updated in place is a different file afterwards.
   std::erase_if(mTree.mSources, [&path](const auto& source) { return source.IsFileAt(path); });
-  CutFalseLinks();
+  ClearDanglingLinks();
   mTree.mFileVersion = QovJbf::kCurrentFileVersion;
   if (WriteWithAllThreads(path, create, comment)) return;
   Qov::Log::Trace(kSource) << "There is not enough memory for several threads; saving with one ...";
@@ -164,13 +164,11 @@ void TreeSaver::CheckSources() const {
 
 /// Makes a dangling link name nothing if another file has put a result at its place, because the
 /// result must not get values of another file.
-void TreeSaver::CutFalseLinks() {
+void TreeSaver::ClearDanglingLinks() {
   ForEachGeometry(mTree.mNodes, [this](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
-      Geometry::VarStruct& variable = geometry.EditVariable(i);
-      if (variable.mLeadsNowhere && FindVariable(mTree.mNodes, variable.mLink) != nullptr) {
-        variable.mLink = {};
-      }
+      ResultLink& link = geometry.EditVariable(i).mLink;
+      if (FindVariable(mTree.mNodes, link.GetPlace()) != nullptr) link.ClearDanglingPlace();
     }
   });
 }

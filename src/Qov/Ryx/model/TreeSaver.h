@@ -17,7 +17,7 @@ class TreeSaver {
  private:
   void RefuseToOverwriteSources(const std::string& path) const;
   void CheckSources() const;
-  void CutFalseLinks();
+  void ClearDanglingLinks();
   bool WriteWithAllThreads(const std::string& path, bool create, const std::string& comment);
   void Write(QovJbf::JbFile& file, const std::string& path, bool create,
              const std::string& comment);
