@@ -7,6 +7,7 @@
 #include <array>
 #include <memory>
 
+#include "Plural.h"
 #include "Qov/Util/Raise.h"
 #include "container/ContainerFormat.h"
 
@@ -62,7 +63,7 @@ void Inflation::Refill() {
 
 std::string Inflation::Describe(int result) const {
   const std::string reason = mStream.msg == nullptr ? fmt::format("error {}", result) : mStream.msg;
-  return fmt::format("The block cannot be decompressed after {} bytes of content: {}.",
+  return fmt::format("The block cannot be decompressed after byte {} of its content: {}.",
                      mStream.total_out, reason);
 }
 
@@ -77,7 +78,7 @@ std::string Inflation::Run(std::uint64_t limit, QovJbf::Block* content) {
     const auto made = static_cast<std::uint32_t>(mOutput.size() - mStream.avail_out);
     if (content != nullptr) content->Put(mOutput.data(), made);
     if (result == Z_BUF_ERROR && mLeft + mStream.avail_in == 0) {
-      return fmt::format("The block ends before its compressed data, after {} bytes of content.",
+      return fmt::format("The block ends before its compressed data, after byte {} of its content.",
                          mStream.total_out);
     }
     if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR) return Describe(result);
@@ -92,16 +93,16 @@ BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t
   BlockVerdict verdict;
   if (size < QovJbf::kRawLengthSize) {
     verdict.mIsImpossible = true;
-    verdict.mTrouble = fmt::format("The block is compressed but has only {} bytes.", size);
+    verdict.mTrouble =
+        fmt::format("The block is compressed but has only {}.", Plural(size, "byte"));
     return verdict;
   }
   file.Read(position, &verdict.mRawLength, QovJbf::kRawLengthSize);
   const std::uint32_t stored = size - QovJbf::kRawLengthSize;
   if (verdict.mRawLength > QovJbf::GetLargestContent(stored)) {
     verdict.mIsImpossible = true;
-    verdict.mTrouble =
-        fmt::format("The block should decompress to {} bytes, more than {} bytes can contain.",
-                    verdict.mRawLength, stored);
+    verdict.mTrouble = fmt::format("The block should decompress to {}, more than {} can contain.",
+                                   Plural(verdict.mRawLength, "byte"), Plural(stored, "byte"));
     return verdict;
   }
   const auto inflation =
@@ -110,9 +111,8 @@ BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t
   const std::uint64_t made = inflation->GetNumMade();
   if (verdict.mTrouble.empty() && made != verdict.mRawLength) {
     const std::string truth = made > verdict.mRawLength ? "more" : std::to_string(made);
-    verdict.mTrouble =
-        fmt::format("The block should decompress to {} bytes, but its content has {}.",
-                    verdict.mRawLength, truth);
+    verdict.mTrouble = fmt::format("The block should decompress to {}, but its content has {}.",
+                                   Plural(verdict.mRawLength, "byte"), truth);
   }
   verdict.mNumTrailing = verdict.mTrouble.empty() ? inflation->GetNumUnread() : 0;
   return verdict;

@@ -222,7 +222,7 @@ void Container::CheckItem(const IndexItem& item) {
   if (QovJbf::IsEmptyBlockName(item.mName)) {
     if (item.mSize == 0) return;
     mFindings.Error("reserved-name", place,
-                    fmt::format("A free slot has {} bytes; it should be empty.", item.mSize));
+                    fmt::format("A free slot has the size {}; it should be 0.", item.mSize));
   } else if (QovJbf::IsReservedName(item.mName) && !QovJbf::IsIndexBlockName(item.mName)) {
     mFindings.Warning("reserved-name", place, "Names that begin with \\x0B are reserved.");
   } else if (item.mName.empty()) {
@@ -275,8 +275,8 @@ void Container::CheckBlock(std::size_t k, std::uint64_t position) {
   stream.mLength += verdict.mRawLength;
   if (!isInFile) {
     Damage(stream, "block-outside", AtBlock(k, position),
-           fmt::format("The block has {} bytes, but the file ends at byte {}.", block.mSize,
-                       mBytes.GetLength()));
+           fmt::format("The block has {}, but the file ends at byte {}.",
+                       Plural(block.mSize, "byte"), mBytes.GetLength()));
     stream.mIsRefused = true;
   } else if (!verdict.mTrouble.empty()) {
     Damage(stream, "block-damaged", AtBlock(k, position), verdict.mTrouble);

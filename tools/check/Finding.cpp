@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "Plural.h"
 #include "Utf8.h"
 
 namespace Qov::Tools {
@@ -68,8 +69,8 @@ std::string Quoted(std::string_view name) {
 
 void ReportZeroByte(Place place, std::string_view text, std::uint64_t length, Findings& findings) {
   findings.Warning("zero-byte", std::move(place),
-                   fmt::format("Readers use {} of a text of {} bytes, because a zero byte follows.",
-                               Quoted(text), length));
+                   fmt::format("Readers use {} of a text of {}, because a zero byte follows.",
+                               Quoted(text), Plural(length, "byte")));
 }
 
 }  // namespace Qov::Tools

@@ -143,14 +143,14 @@ void HeavySweep::CheckShape(const StoredNode& node, std::size_t variable) {
   const StoredVariable& array = node.mVariables[variable];
   if (array.mSize % QovRyx::kElementSize != 0) {
     mFindings.Warning("array-size", node.At({}, variable),
-                      fmt::format("Its size, {} bytes, is not a multiple of 4.", array.mSize));
+                      fmt::format("Its size in bytes, {}, is not a multiple of 4.", array.mSize));
   }
   if (array.mWidth == 0 && array.mSize != 0) {
     mFindings.Warning("array-width", node.At({}, variable), "Its width is 0.");
   } else if (array.mWidth != 0 && array.GetNumElements() % array.mWidth != 0) {
     mFindings.Warning("array-width", node.At({}, variable),
-                      fmt::format("It has {} values, which is not a multiple of its width, {}.",
-                                  array.GetNumElements(), array.mWidth));
+                      fmt::format("It has {}, which is not a multiple of its width, {}.",
+                                  Plural(array.GetNumElements(), "value"), array.mWidth));
   }
 }
 
@@ -170,7 +170,7 @@ void HeavySweep::Run(ModelContent& model) {
 void HeavySweep::Visit(Extent& extent) {
   if (extent.mEnd < extent.mOffset || extent.mEnd > mCursor.GetLength()) {
     mFindings.Error("array-outside", extent.At(extent.mOffset),
-                    fmt::format("It should end at byte {}, but the stream has {} bytes.",
+                    fmt::format("It should end at byte {}, but the stream ends at byte {}.",
                                 extent.mEnd, mCursor.GetLength()));
     return;
   }

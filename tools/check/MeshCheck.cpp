@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Plural.h"
 #include "Qov/Ryx/Geometry.h"
 #include "check/MeshNames.h"
 
@@ -122,8 +123,8 @@ void MeshCheck::ReportElements(const Elements& elements, Findings& findings) con
   const Summary* lengths = FindSummary(elements.mLengths);
   if (lengths == nullptr || lengths->mSum == numCorners) return;
   findings.Error("polylength", place,
-                 fmt::format("It has {} values, but the sum of the element lengths is {}.",
-                             numCorners, lengths->mSum));
+                 fmt::format("It has {}, but the sum of the element lengths is {}.",
+                             Plural(numCorners, "value"), lengths->mSum));
 }
 
 void MeshCheck::Report(Findings& findings) const {

@@ -68,10 +68,9 @@ RecordCheck::Frame RecordCheck::OpenFrame(const std::string& path) {
   frame.mEnd = frame.mStart + size;
   const std::uint32_t length = TakeCount();
   if (length > size - kLeastSize) {
-    mFindings.Error(
-        "record-tag", At(frame.mStart, path),
-        fmt::format("The tag of the record has {} bytes, but the record has room for {}.", length,
-                    size - kLeastSize));
+    mFindings.Error("record-tag", At(frame.mStart, path),
+                    fmt::format("The tag of the record has {}, but the record has room for {}.",
+                                Plural(length, "byte"), size - kLeastSize));
     mBlock.SetPosition(frame.mEnd);
     return frame;
   }
@@ -91,9 +90,10 @@ void RecordCheck::CheckTag(const Frame& frame, std::string_view current, const s
 void RecordCheck::CheckEnd(const Frame& frame, std::string_view current, const std::string& path) {
   const std::uint32_t position = mBlock.GetPosition();
   if (position > frame.mEnd) {
-    mFindings.Error("record-size", At(frame.mStart, path),
-                    fmt::format("The record has the size {}, but its fields take {} bytes.",
-                                frame.mEnd - frame.mStart, position - frame.mStart));
+    mFindings.Error(
+        "record-size", At(frame.mStart, path),
+        fmt::format("The record has the size {}, but its fields take {}.",
+                    frame.mEnd - frame.mStart, Plural(position - frame.mStart, "byte")));
   }
   if (position >= frame.mEnd) return;
   const std::uint32_t numBytes = frame.mEnd - position;

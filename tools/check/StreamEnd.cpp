@@ -52,9 +52,8 @@ void ReportEnd(const StreamCursor& cursor, Place place, const char* item, Findin
     findings.Error("stream-missing", std::move(place),
                    fmt::format("The stream is missing or empty; it should contain {}.", item));
   } else {
-    findings.Error(
-        "stream-end", std::move(place),
-        fmt::format("The stream ends after {} bytes, within {}.", cursor.GetLength(), item));
+    findings.Error("stream-end", std::move(place),
+                   fmt::format("The stream ends at byte {}, within {}.", cursor.GetLength(), item));
   }
 }
 
