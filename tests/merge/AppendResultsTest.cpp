@@ -5,7 +5,7 @@
 
 #include "Qov/Ryx/RyxMerge.h"
 #include "Qov/Util/Exception.h"
-#include "merge/MergeSummary.h"
+#include "merge/AppendResults.h"
 #include "support/ModelBuilder.h"
 #include "support/ModelCompare.h"
 

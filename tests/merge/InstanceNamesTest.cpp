@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "Qov/Util/Exception.h"
-#include "merge/MergeSummary.h"
+#include "merge/LinkedResults.h"
 #include "support/ModelBuilder.h"
 
 namespace QovRyx {

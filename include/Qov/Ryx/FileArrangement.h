@@ -8,12 +8,13 @@
 
 namespace QovRyx {
 
-/// A path taken apart for ordering: what stands before ".ryx", and the digits at its end.
+/// The parts of a path by which paths are ordered: the text before ".ryx" and the digits at its
+/// end.
 struct QOV_EXPORT NameTokens {
   NameTokens(const std::string& path, std::uint64_t position);
 
-  /// By number among paths that differ in it only, else by position. Not a strict weak ordering
-  /// when the two kinds are mixed.
+  /// Compares the numbers of paths that differ in nothing else, and the positions of other paths.
+  /// This is not a strict weak ordering if both kinds of paths are mixed.
   bool operator<(const NameTokens& other) const;
 
   std::string mFullName;
@@ -24,7 +25,8 @@ struct QOV_EXPORT NameTokens {
   std::uint64_t mPosition;
 };
 
-/// The paths in the order of their trailing numbers: run2, run10, run1 become run1, run2, run10.
+/// Returns the paths in the order of their trailing numbers: run2, run10, run1 become run1, run2,
+/// run10.
 QOV_EXPORT std::vector<std::string> arrange_files(const std::vector<std::string>& paths);
 
 }  // namespace QovRyx

@@ -8,28 +8,28 @@
 #include "Qov/Export.h"
 #include "Qov/Ryx/Tree.h"
 
-/// Names of results in a model merged from instances: BASE 0x1E INSTANCE, where the part after
-/// the last 0x1E names the load case or time step, and F1, F2, ... in front of it the file.
+/// Names of results in a model merged from instances: BASE 0x1E INSTANCE. The part after the last
+/// 0x1E is the name of the load case or time step, with F1, F2, ... before it for the file.
 namespace QovRyx {
 
 inline constexpr char kInstanceSeparator = '\x1E';
 
-/// For each geometry: a result's name to the names of the results that share its values.
+/// Maps the id of a geometry and the name of a result to the names of the results that share its
+/// values.
 using PartLinksMap = std::map<std::uint32_t, std::map<std::string, std::vector<std::string>>>;
 
-/// Raises OutOfBounds if sharing the results that the instances of a geometry have in common would
-/// take more than 64 times what the results of the model take, their values aside, and more than
-/// 256 MiB: a small file could ask for any number of links.
+/// Raises OutOfBounds if the links that share the common results of all instances would take more
+/// than 256 MiB and more than 64 times the size of the results of the model, without their values.
+/// Otherwise a small file could ask for any number of links.
 QOV_EXPORT void CheckSharing(const Tree& tree);
 
-/// Gives every result an instance part, with the suffix of file number `k` in front if
-/// `useSuffix`. Results that are left without one become results of the smallest instance part
-/// of their geometry (byte by byte, so LC10 comes before LC2), and `links`, which is made anew,
-/// says that those of the other instance parts share their values. Without `useSuffix` it raises
-/// what CheckSharing raises.
+/// Gives every result an instance part, with the suffix of file number `k` before it if
+/// `useSuffix`. A result that still has none gets the smallest instance part of its geometry (byte
+/// by byte, so LC10 comes before LC2). Replaces `links` by the names under which the other
+/// instances share such results. Raises the errors of CheckSharing if `useSuffix` is false.
 QOV_EXPORT void RenameResults(Tree& tree, std::uint64_t k, PartLinksMap& links, bool useSuffix);
 
-/// Puts the suffix into the names that have an instance part; leaves `links` empty.
+/// Inserts the suffix into the names that have an instance part. Clears `links`.
 QOV_EXPORT void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& links,
                                     bool useSuffix);
 
@@ -40,11 +40,11 @@ QOV_EXPORT void AutoRenameInstances(Tree& tree, std::uint64_t k, PartLinksMap& l
 /// independent of the length of the chains.
 QOV_EXPORT void GenerateLinkedResults(Tree& tree, const PartLinksMap& links);
 
-/// Whether the name's base is one of the mesh arrays. The character before the separator does
-/// not count: "Coordinates |..." is one, "Coordinates|..." is not.
+/// Returns true if the base of the name is that of a mesh array. Ignores the character before the
+/// separator: true for "Coordinates |...", false for "Coordinates|...".
 QOV_EXPORT bool isMeshResult(const std::string& name);
 
-/// Whether there is text behind the last separator.
+/// Returns true if there is text after the last separator.
 QOV_EXPORT bool HasInstancePart(const std::string& name);
 
 }  // namespace QovRyx

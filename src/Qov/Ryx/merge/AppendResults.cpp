@@ -1,10 +1,10 @@
+#include "AppendResults.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
 
-#include "MergeSummary.h"
 #include "Qov/Ryx/InstanceNames.h"
-#include "Qov/Ryx/RyxMerge.h"
 #include "model/GeometryEntries.h"
 #include "model/LinkCuts.h"
 #include "model/LinkFollower.h"
@@ -14,8 +14,8 @@ namespace {
 
 using Positions = std::map<std::uint32_t, std::uint64_t>;
 
-/// Where the results of each geometry will begin among those of the geometry of its id in `into`.
-/// Geometries that are none there are left out.
+/// Returns, for each geometry of `from`, the position in `into` where its results will begin.
+/// Leaves out geometries whose node in `into` is not a geometry, and counts their results.
 Positions FindStarts(Tree& from, Tree& into, DroppedResults& dropped) {
   Positions starts;
   ForEachGeometryEntry(from, [&](std::uint32_t id, const Geometry& source) {
@@ -66,11 +66,6 @@ void LinkToItself(ResultLink& link, std::uint32_t id, std::uint64_t position) {
 
 }  // namespace
 
-void AppendResults(Tree& from, Tree& into, bool /*appendFlag*/) {
-  DroppedResults ignored;
-  AppendResults(from, into, ignored);
-}
-
 void AppendResults(Tree& from, Tree& into, DroppedResults& dropped) {
   const Positions starts = FindStarts(from, into, dropped);
   CutLinksToOthers(from.GetNodes(), starts);
@@ -83,11 +78,6 @@ void AppendResults(Tree& from, Tree& into, DroppedResults& dropped) {
       target.AppendVariable(result);
     }
   }
-}
-
-void AppendOtherInstanceResults(Tree& from, Tree& into) {
-  DroppedResults ignored;
-  AppendOtherInstanceResults(from, into, ignored);
 }
 
 void AppendOtherInstanceResults(Tree& from, Tree& into, DroppedResults& dropped) {

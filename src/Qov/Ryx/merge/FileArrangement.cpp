@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::uint64_t kHighestNumber = std::numeric_limits<std::uint64_t>::max();
 
-/// A run of digits that 64 bits cannot hold counts as the highest number.
+/// Returns the number that the digits stand for, or the highest number if it needs more than 64
+/// bits.
 std::uint64_t ParseNumber(const std::string& digits) {
   std::uint64_t number = kHighestNumber;
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), number);

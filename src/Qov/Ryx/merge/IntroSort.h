@@ -7,12 +7,13 @@
 
 namespace QovRyx {
 
-/// Introspective sort: quicksort about the median of three down to runs of 16, heap sort where
-/// that goes too deep, and one insertion sort over everything at the end.
+/// Introspective sort: quicksort with the median of three as pivot down to runs of 16 elements,
+/// heap sort of ranges that need too many partitions, and one insertion sort of all elements at the
+/// end.
 ///
-/// Written out because which of equal elements lands where is part of the result, and because
-/// T::operator< need not be a strict weak ordering: every scan stops at the end of the range, so
-/// that such a comparison gives some order of the same elements and nothing worse.
+/// It replaces std::sort because the order of equal elements is part of the result, and because
+/// T::operator< need not be a strict weak ordering. With another ordering the result is some order
+/// of the same elements, because each scan stops at the end of the range.
 template <class T>
 class IntroSort {
  public:
@@ -34,8 +35,9 @@ class IntroSort {
     if (left != right) std::swap(mItems[left], mItems[right]);
   }
 
-  /// Leaves [first, last) in runs of at most kRunLength, in order among each other.
-  // NOLINTNEXTLINE(misc-no-recursion): `depth` bounds it
+  /// Divides [first, last) into runs of at most kRunLength elements. The runs are in order; the
+  /// elements of a run are not.
+  // NOLINTNEXTLINE(misc-no-recursion): `depth` limits the recursion
   void QuickSort(std::size_t first, std::size_t last, std::size_t depth) {
     while (last - first > kRunLength) {
       if (depth == 0) {
@@ -58,7 +60,7 @@ class IntroSort {
     }
   }
 
-  /// Parts (pivot, end) about the element at `pivot`; gives where the upper part begins.
+  /// Partitions (pivot, end) by the element at `pivot`. Returns the start of the upper part.
   std::size_t Partition(const std::size_t pivot, const std::size_t end) {
     std::size_t low = pivot + 1;
     std::size_t high = end;
@@ -76,8 +78,8 @@ class IntroSort {
     for (std::size_t i = 1; i < size; ++i) {
       T value = std::move(mItems[i]);
       std::size_t hole = i;
-      // Among the first run an element that is less than the first one goes to the front without
-      // a look at those between.
+      // In the first run, an element that is less than the first one moves to the front without
+      // comparisons with the elements between.
       const bool toFront = i < kRunLength && value < mItems[0];
       for (; hole > 0 && (toFront || value < mItems[hole - 1]); --hole) {
         mItems[hole] = std::move(mItems[hole - 1]);
@@ -98,8 +100,8 @@ class IntroSort {
     }
   }
 
-  /// Fills the hole in a heap of `size` elements at `first`: the greater child moves up all the
-  /// way down, then the value rises to its place.
+  /// Fills the hole in a heap of `size` elements at `first`. Moves the greater children up until
+  /// the hole has no child, and then moves the value up to its place.
   void SiftDown(std::size_t first, std::size_t hole, std::size_t size, T value) {
     const std::size_t top = hole;
     while (2 * hole + 1 < size) {

@@ -10,8 +10,8 @@
 
 namespace QovRyx {
 
-/// An index of the places on chains of links, for results that are linked anew all the time. Each
-/// link is followed once, even if several chains contain it.
+/// An index of the chains of links that stays usable while results get new links. Each link is
+/// followed once, even if several chains contain it.
 template <class Result>
 class LinkChains {
  public:

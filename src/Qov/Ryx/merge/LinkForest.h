@@ -7,7 +7,7 @@
 
 namespace QovRyx {
 
-/// A changing forest that answers whether one vertex is an ancestor of another one.
+/// A forest that can change, with a fast test whether a vertex is an ancestor of another vertex.
 ///
 /// Every operation takes amortised logarithmic time, independent of the depth of the trees. The
 /// forest is a link-cut tree: each tree is divided into paths towards its root. The vertices of a

@@ -23,14 +23,14 @@ constexpr std::uint32_t kFirstResultKind = 12;
 constexpr std::uint32_t kLastResultKind = 28;
 constexpr int kDecimal = 10;
 
-/// What one call merges.
+/// The inputs and the output of one call.
 struct Arguments {
   std::vector<std::string> mInputs;
   std::string mOutput;
 };
 
-/// A missing argument comes from the caller's own input more often than from its code, so it is
-/// an error that is told.
+/// Returns an argument. Raises MiscellaneousError if it is missing, because it often comes from
+/// the caller's own input.
 std::string RequireArgument(int argc, const char* const* argv, int i) {
   if (argv == nullptr || i >= argc || argv[i] == nullptr) {
     Qov::Util::Raise(kMergeSource, ErrorType::MiscellaneousError,
@@ -60,8 +60,8 @@ int MergeIntoGroup(int argc, const char* const* argv) {
   });
 }
 
-/// `take(tree, master)` moves into the model of the first input what it wants of a further
-/// one, which is gone afterwards.
+/// Merges further inputs into the first one. `take(tree, master)` moves parts of a further model to
+/// the first model; the rest of it is discarded.
 template <class Take>
 int MergeIntoFirst(int argc, const char* const* argv, Take take) {
   return RunMergeStep([&] {
@@ -77,7 +77,7 @@ int MergeIntoFirst(int argc, const char* const* argv, Take take) {
   });
 }
 
-/// The files of one merge need not match: that is the user's mistake and not the program's.
+/// Raises MismatchError, because files that do not match are a mistake of the user.
 [[noreturn]] void RaiseMismatch(std::uint32_t id, const char* what) {
   Qov::Util::Raise(kMergeSource, ErrorType::MismatchError,
                    "Node " + std::to_string(id) + " of the first input " + what);

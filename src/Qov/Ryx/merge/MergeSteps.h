@@ -8,10 +8,10 @@
 
 #include "Qov/Ryx/Tree.h"
 
-/// What the merges have in common.
+/// Functions that all merges use.
 namespace QovRyx {
 
-/// What the log and the errors of the merges give as their source.
+/// The source of log lines and errors of the merges.
 inline constexpr const char* kMergeSource = "src/Qov/Ryx/RyxMerge";
 
 inline constexpr int kMergeDone = 0;
@@ -21,7 +21,7 @@ inline constexpr int kMergeFailed = 2;
 /// each, if they are known.
 void ReportCircumstances(const std::exception& error);
 
-/// Runs one merge under the handler that all of them have.
+/// Runs one merge. Writes errors to standard error. Returns the status.
 template <class Step>
 int RunMergeStep(Step step) {
   try {
@@ -44,20 +44,20 @@ void ReportLeftOut(const std::string& line);
 /// are left out.
 void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams);
 
-/// Reads a model file into an empty tree and reports its unknown streams.
+/// Reads a model file into an empty tree. Reports its unknown streams and unread content.
 void LoadModel(Tree& tree, const std::string& path,
                Tree::ReadMode mode = Tree::ReadMode::Everything);
 
-/// Reads a further model file into the tree, and reports its unknown streams.
+/// Reads a further model file into the tree. Reports its unknown streams and unread content.
 void MergeModel(Tree& tree, const std::string& path);
 
-/// Writes a new file, or one in place of another.
+/// Writes a model file. Replaces an existing file.
 void SaveModel(Tree& tree, const std::string& output);
 
 /// Returns an empty tree. When it is saved, its history names RyxMerge as the program of the merge.
 std::unique_ptr<Tree> MakeModelTree();
 
-/// Returns such a tree with the group "Merge" as its root; models are loaded below that group.
+/// Returns such a tree with the group "Merge" at its root. Models are loaded below that group.
 std::unique_ptr<Tree> MakeDatasetTree();
 
 }  // namespace QovRyx

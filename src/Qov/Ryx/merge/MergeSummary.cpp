@@ -14,7 +14,7 @@
 namespace QovRyx {
 namespace {
 
-/// 0 for what is not there.
+/// Returns the size of a file in bytes, 0 if there is none.
 std::uint64_t FileSize(const std::string& path) {
   struct stat status {};
   return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
@@ -33,7 +33,7 @@ std::string Counted(std::uint64_t n, const std::string& noun) {
   return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
 }
 
-/// " (3 without an instance part, 2 of ...)", naming only rules that kept something out.
+/// Returns a list of the rules that dropped results: " (3 without an instance part, 2 of ...)".
 std::string DescribeRules(const DroppedResults& dropped) {
   std::string text;
   const auto add = [&text](std::uint64_t n, const char* rule) {
@@ -77,18 +77,18 @@ void MergeSummary::AddViewsLeftOut(const std::string& path) {
   mViewsLeftOut.mViewPoints += views->mViewPoints;
 }
 
-void MergeSummary::Tell(const Deed& deed, const Tree& tree,
-                        const std::string& output) const noexcept {
+void MergeSummary::Log(const Operation& operation, const Tree& tree,
+                       const std::string& output) const noexcept {
   try {
-    Qov::Log::Trace(kMergeSource) << deed.mBefore << deed.mNumFiles << deed.mAfter << " in "
-                                  << SecondsSince(mStart);
-    TellNodes(tree);
-    TellResults(tree);
-    TellViews(tree);
+    Qov::Log::Trace(kMergeSource) << operation.mBefore << operation.mNumFiles << operation.mAfter
+                                  << " in " << SecondsSince(mStart);
+    LogNodes(tree);
+    LogResults(tree);
+    LogViews(tree);
     Qov::Log::Trace(kMergeSource) << "Bytes: " << mBytesRead << " read, " << FileSize(output)
                                   << " written";
   } catch (const std::exception&) {
-    // There is no memory for a line of the log.
+    // There is not enough memory for a log line.
   }
 }
 
@@ -101,12 +101,12 @@ void MergeSummary::WarnOfLostValues() const {
             << std::endl;
 }
 
-void MergeSummary::TellNodes(const Tree& tree) const {
+void MergeSummary::LogNodes(const Tree& tree) const {
   Qov::Log::Trace(kMergeSource) << "Nodes: " << tree.GetNodes().GetSize() << " written, "
                                 << mNodesLeftOut << " of further files left out";
 }
 
-void MergeSummary::TellViews(const Tree& tree) const {
+void MergeSummary::LogViews(const Tree& tree) const {
   std::uint64_t numViewPoints = 0;
   for (const ViewPointPath& path : tree.GetViewPointPaths()) {
     numViewPoints += path.mViewPoints.size();
@@ -122,7 +122,7 @@ void MergeSummary::TellViews(const Tree& tree) const {
   }
 }
 
-void MergeSummary::TellResults(const Tree& tree) const {
+void MergeSummary::LogResults(const Tree& tree) const {
   std::uint64_t numCopied = 0;
   std::uint64_t numLinked = 0;
   ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const Geometry& geometry) {

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "AppendResults.h"
+#include "LinkedResults.h"
 #include "MergeSteps.h"
 #include "MergeSummary.h"
 #include "Qov/Jbf/OutputLocks.h"
@@ -46,7 +48,7 @@ void RenameFirst(Tree& master, const std::string& path, const InstanceNaming& na
   });
 }
 
-/// The results of file number `k` go over to the master; nothing else of it does.
+/// Adds the results of file number `k` to the master, and nothing else from that file.
 void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
                  const InstanceNaming& naming, MergeSummary& summary) {
   Tree tree(false);
@@ -66,6 +68,7 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
   });
 }
 
+/// Raises ReadError for a file that is shorter than a header.
 void CheckHeaderSize(const QovJbf::JbFile& file) {
   ::fseeko(file.GetStream(), 0, SEEK_END);
   if (::ftello(file.GetStream()) >= off_t{QovJbf::kHeaderSize}) return;
@@ -73,14 +76,15 @@ void CheckHeaderSize(const QovJbf::JbFile& file) {
                    Qov::Util::Quote(file.GetPath()) + " is too short for a view-point file");
 }
 
-/// Returns the version of the file. The magic may be another one: such view-point files exist.
+/// Returns the version of the file. Ignores the magic, because view-point files with other magics
+/// exist.
 std::string OpenViewPointFile(QovJbf::JbFile& file, const std::string& path) {
   file.OpenFile(path, "rb");
   CheckHeaderSize(file);
   return file.ReadVersion();
 }
 
-/// Reads the views, so that a damaged file does not fail the run after the merge.
+/// Reads the views and discards them, so that an error is raised before the merge and not after it.
 void CheckViewPointFile(const std::string& path) {
   QovJbf::JbFile file;
   const std::string version = OpenViewPointFile(file, path);
@@ -112,6 +116,16 @@ void AddViewPoints(Tree& tree, const std::string& path) {
 
 }  // namespace
 
+void AppendResults(Tree& from, Tree& into, bool /*appendFlag*/) {
+  DroppedResults ignored;
+  AppendResults(from, into, ignored);
+}
+
+void AppendOtherInstanceResults(Tree& from, Tree& into) {
+  DroppedResults ignored;
+  AppendOtherInstanceResults(from, into, ignored);
+}
+
 int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
                        bool /*appendFlag*/, bool useSuffix, bool autoRename) {
   return RunMergeStep([&] {
@@ -126,7 +140,7 @@ int merge_as_instances(const std::vector<std::string>& files, const std::string&
       AddInstance(*master, files[i], i + 1, naming, summary);
     }
     SaveModel(*master, output);
-    summary.Tell({"Merged ", files.size(), " files as instances"}, *master, output);
+    summary.Log({"Merged ", files.size(), " files as instances"}, *master, output);
     summary.WarnOfLostValues();
   });
 }
@@ -143,7 +157,7 @@ int merge_as_datasets(const std::vector<std::string>& files, const std::string& 
       summary.AddViewsLeftOut(files[i]);
     }
     SaveModel(*tree, output);
-    summary.Tell({"Merged ", files.size(), " files as datasets"}, *tree, output);
+    summary.Log({"Merged ", files.size(), " files as datasets"}, *tree, output);
   });
 }
 
@@ -162,7 +176,7 @@ int merge_viewpoints_with_ryx(const std::string& model,
       Qov::Util::WithFileContext(path, [&] { AddViewPoints(*tree, path); });
     }
     SaveModel(*tree, output);
-    summary.Tell({"Added the views of ", viewPointFiles.size(), " files"}, *tree, output);
+    summary.Log({"Added the views of ", viewPointFiles.size(), " files"}, *tree, output);
   });
 }
 

@@ -10,7 +10,7 @@ namespace QovRyx {
 namespace {
 
 constexpr std::uint64_t kMostBytes = std::uint64_t{64} << 20;
-/// Size and length of the tag, which precede every record.
+/// The size of a record and the length of its tag, which every record has.
 constexpr std::uint32_t kLeastRecord = 8;
 
 /// Walks the view stream of a file:
