@@ -45,9 +45,11 @@ void ResultLinks::Check(Findings& findings) {
     for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
       const StoredVariable* end = mFollower.FindEnd(node.mVariables[i]);
       if (end == nullptr) {
-        Report(node, i, "link-circle", "is in a cycle of links", findings);
+        Report(node, i, "link-circle", "leads into a cycle of links", findings);
       } else if (end->mLink.IsLinked() && IsTargetReadable(*end)) {
-        Report(node, i, "link-nowhere", "is dangling", findings);
+        const bool isDangling = end == &node.mVariables[i];
+        Report(node, i, "link-nowhere", isDangling ? "is dangling" : "leads to a dangling link",
+               findings);
       }
     }
   }
