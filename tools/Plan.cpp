@@ -10,9 +10,13 @@
 
 #include "Command.h"
 #include "ValueText.h"
-#include "ledger/LedgerReport.h"
+#include "ledger/ExpectModel.h"
+#include "ledger/LedgerJson.h"
+#include "ledger/LedgerText.h"
+#include "ledger/MakeLedger.h"
 #include "ledger/Obstacles.h"
 #include "ledger/SizeEstimate.h"
+#include "ledger/WarningReport.h"
 #include "ledger/Warnings.h"
 
 namespace Qov::Tools {
@@ -21,38 +25,38 @@ namespace {
 constexpr int kWouldFail = 1;
 
 constexpr const char* kFooter =
-    "Takes the command line of RyxMerge and tells what it would do: the order of the inputs, what\n"
-    "of each comes into the output and what does not, new names, links, and the size. Writes\n"
-    "nothing and reads no values of results. Warnings come last, each with a remedy.\n"
+    "Takes the command line of RyxMerge and shows the effects of the merge: the order of the\n"
+    "inputs, what is copied and what is dropped, new names, links, and the size of the output.\n"
+    "Writes nothing and reads no values of results. Warnings come last, each with a remedy.\n"
     "\n"
-    "Exit status: 0 the merge can be done, 1 it would fail or --strict and there are warnings,\n"
-    "2 trouble.\n"
+    "Exit status: 0 the merge can be done, 1 it would fail, or there are warnings and --strict is\n"
+    "given, 2 trouble.\n"
     "\n"
     "Example: ryx plan --merge-as-instances --arrange-files run*.ryx all.ryx";
 
-/// What is known before a merge.
+/// The effects of a merge, found before it is done.
 struct MergePlan {
   MergeRequest mRequest;
   std::vector<InputFile> mInputs;
   std::vector<Obstacle> mObstacles;
-  std::optional<Ledger> mLedger;  ///< Nothing if there will be no output.
+  std::optional<Ledger> mLedger;  ///< Absent if there would be no output.
   std::uint64_t mNumDuplicates = 0;
   SizeEstimate mSize;
   std::vector<Warning> mWarnings;
 
-  bool HasRoom() const { return !mLedger || mSize.Fits(); }
-  bool CanBeDone() const { return mObstacles.empty() && HasRoom(); }
+  bool HasSpace() const { return !mLedger || mSize.Fits(); }
+  bool IsPossible() const { return mObstacles.empty() && HasSpace(); }
 };
 
 void Append(std::vector<Warning> more, std::vector<Warning>& warnings) {
   warnings.insert(warnings.end(), more.begin(), more.end());
 }
 
-Warning NoRoom(const MergeRequest& request, const SizeEstimate& size) {
+Warning MakeSpaceWarning(const MergeRequest& request, const SizeEstimate& size) {
   return {"no-room", request.mOutput,
-          fmt::format("the merge needs about {}, and {} are free", SizeText(size.mNeeded),
+          fmt::format("the merge needs about {}, but only {} are free", SizeText(size.mNeeded),
                       SizeText(*size.mFree)),
-          "Free space, or write the output to another disk."};
+          "Free some space, or write the output to another disk."};
 }
 
 /// Counts the results that share their name with an earlier result of the geometry.
@@ -77,17 +81,17 @@ MergePlan MakePlan(const MergeOptions& options, MergeRequest request) {
     if (!input.mError.empty()) return plan;
   }
   const std::size_t numFileObstacles = plan.mObstacles.size();
-  ExpectedModel model = ExpectModel(plan.mRequest.mMode, plan.mInputs, plan.mObstacles);
+  const ExpectedModel model = ExpectModel(plan.mRequest.mMode, plan.mInputs, plan.mObstacles);
   if (plan.mObstacles.size() != numFileObstacles) return plan;
-  plan.mLedger = TakeStock(model, plan.mInputs);
+  plan.mLedger = MakeLedger(model, plan.mInputs);
   plan.mNumDuplicates = CountDuplicates(model);
   plan.mSize = EstimateSize(plan.mRequest, plan.mInputs, model, *plan.mLedger);
-  if (!plan.HasRoom()) plan.mWarnings.push_back(NoRoom(plan.mRequest, plan.mSize));
+  if (!plan.HasSpace()) plan.mWarnings.push_back(MakeSpaceWarning(plan.mRequest, plan.mSize));
   Append(FindContentWarnings(plan.mInputs, model, *plan.mLedger), plan.mWarnings);
   return plan;
 }
 
-/// Shows a plan as text.
+/// Prints a plan as text.
 class PlanReport {
  public:
   PlanReport(const MergePlan& plan, Output& output) : mPlan(plan), mOutput(output) {}
@@ -136,7 +140,7 @@ void PlanReport::PrintSize() {
   const SizeEstimate& size = mPlan.mSize;
   std::string line = fmt::format("{} of values, about {} in the file", SizeText(size.mValues),
                                  SizeText(size.mFile));
-  if (mPlan.mRequest.NeedsCopy()) line += ", and a copy of it is left behind";
+  if (mPlan.mRequest.NeedsCopy()) line += ", and a temporary copy of it is not deleted";
   mOutput.Line();
   mOutput.Line(line);
   if (!size.mFree) return;
@@ -148,11 +152,11 @@ void PlanReport::PrintVerdict() {
   if (!mPlan.mObstacles.empty()) {
     PrintObstacles();
   } else if (mPlan.mRequest.mMode == MergeMode::Nothing) {
-    mOutput.Line("One model and no view points: nothing would be written");
-  } else if (mPlan.HasRoom()) {
+    mOutput.Line("One model and no view-point file: nothing would be written");
+  } else if (mPlan.HasSpace()) {
     mOutput.Line("The merge can be done");
   } else {
-    mOutput.Line("The merge would probably fail: the disk has not enough room");
+    mOutput.Line("The merge would probably fail: there is not enough free space");
   }
 }
 
@@ -207,13 +211,15 @@ Json PlanJson(const MergePlan& plan) {
 class PlanCommand : public Command {
  public:
   const char* GetName() const override { return "plan"; }
-  const char* GetSummary() const override { return "Tell what a merge would do, without doing it"; }
+  const char* GetSummary() const override {
+    return "Show the effects of a merge before it is done";
+  }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
     app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
     app.add_flag("--json", mJson, "Print one JSON document");
-    app.add_option("PATH", mPaths, "Two or more inputs, and the output behind them")
+    app.add_option("PATH", mPaths, "Two or more inputs, and then the output")
         ->required()
         ->expected(3, -1);
   }
@@ -235,7 +241,7 @@ int PlanCommand::Run(Output& output, Output& /*errors*/) {
     PlanReport(plan, output).Print();
   }
   const bool isRefused = mStrict && !plan.mWarnings.empty();
-  return plan.CanBeDone() && !isRefused ? kSuccess : kWouldFail;
+  return plan.IsPossible() && !isRefused ? kSuccess : kWouldFail;
 }
 
 }  // namespace

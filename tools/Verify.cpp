@@ -11,8 +11,12 @@
 #include "OptionValues.h"
 #include "Qov/Util/FileContext.h"
 #include "check/UnreadContent.h"
-#include "ledger/LedgerReport.h"
-#include "ledger/Recount.h"
+#include "ledger/ExpectModel.h"
+#include "ledger/LedgerJson.h"
+#include "ledger/LedgerText.h"
+#include "ledger/MakeLedger.h"
+#include "ledger/VerifyOutput.h"
+#include "ledger/WarningReport.h"
 #include "ledger/Warnings.h"
 
 namespace Qov::Tools {
@@ -22,31 +26,31 @@ constexpr int kDiffers = 1;
 constexpr std::size_t kUsualLimit = 20;
 
 constexpr const char* kFooter =
-    "Give it the options and inputs that RyxMerge was given. Every value of every result in\n"
-    "OUTPUT is compared with the input that it comes from, and so are names, links, attributes,\n"
-    "materials, node sets, views and the history. Warnings come last, as those of ryx plan.\n"
+    "Takes the options and inputs of a run of RyxMerge. Compares every value of every result in\n"
+    "OUTPUT with the input that it comes from, and names, links, attributes, materials, node "
+    "sets,\n"
+    "views and the history. Warnings come last, like those of ryx plan.\n"
     "\n"
-    "Exit status: 0 all is there, 1 something differs or --strict and there are warnings,\n"
-    "2 trouble.\n"
+    "Exit status: 0 nothing is missing and all values match, 1 something differs, or there are\n"
+    "warnings and --strict is given, 2 trouble.\n"
     "\n"
     "Example: ryx verify --merge-as-instances --arrange-files all.ryx run*.ryx";
 
-/// What a recount brought to light.
+/// The result of a verification.
 struct Verdict {
-  explicit Verdict(std::size_t limit) : mDifferences(limit) {}
+  explicit Verdict(std::size_t limit) : mFaults(limit) {}
 
-  bool IsGood() const {
-    return mTrouble.empty() && mDifferences.GetCount() == 0 && mLedger.AddsUp();
-  }
+  bool IsGood() const { return mTrouble.empty() && mFaults.GetCount() == 0 && mLedger.AddsUp(); }
 
-  std::vector<Obstacle> mTrouble;  ///< Why there is no recount.
+  std::vector<Obstacle> mTrouble;  ///< Reasons why nothing was compared.
   Ledger mLedger;
-  Differences mDifferences;
+  Faults mFaults;
   std::vector<Warning> mWarnings;
 };
 
-bool HasInputs(const MergeRequest& request, const std::vector<InputFile>& inputs,
-               Verdict& verdict) {
+/// Returns false and adds the reasons to the verdict if nothing can be compared.
+bool CheckInputs(const MergeRequest& request, const std::vector<InputFile>& inputs,
+                 Verdict& verdict) {
   if (request.mMode == MergeMode::Nothing) {
     verdict.mTrouble.push_back({"", "RyxMerge writes no output for these inputs", ""});
   }
@@ -56,6 +60,7 @@ bool HasInputs(const MergeRequest& request, const std::vector<InputFile>& inputs
   return verdict.mTrouble.empty();
 }
 
+/// Returns false and adds the reason to the verdict if the output cannot be loaded.
 bool LoadOutput(const std::string& path, QovRyx::Tree& output, Verdict& verdict) {
   try {
     QovRyx::Tree::IdMap ids;
@@ -67,56 +72,56 @@ bool LoadOutput(const std::string& path, QovRyx::Tree& output, Verdict& verdict)
   return verdict.mTrouble.empty();
 }
 
-/// Why an array or a node set of an input cannot be read, and of which one.
-Obstacle UnreadableInput(const std::exception& error) {
+/// Returns the reason why an array or a node set of an input cannot be read, with its path.
+Obstacle DescribeUnreadableInput(const std::exception& error) {
   const auto* concerned = dynamic_cast<const Util::FileContext*>(&error);
   const std::string path = concerned == nullptr ? "" : concerned->GetFilePath();
   return {path, FileErrorText(path, error), ""};
 }
 
 void AddWarnings(const MergeOptions& options, const MergeRequest& request,
-                 const std::vector<InputFile>& inputs, ExpectedModel& model, Verdict& verdict) {
+                 const std::vector<InputFile>& inputs, const ExpectedModel& model,
+                 Verdict& verdict) {
   verdict.mWarnings = FindRequestWarnings(options, request);
-  const Ledger planned = TakeStock(model, inputs);
+  const Ledger planned = MakeLedger(model, inputs);
   for (Warning& warning : FindContentWarnings(inputs, model, planned)) {
     verdict.mWarnings.push_back(std::move(warning));
   }
 }
 
-void Examine(const MergeOptions& options, const MergeRequest& request, Verdict& verdict) {
+void Verify(const MergeOptions& options, const MergeRequest& request, Verdict& verdict) {
   const std::vector<InputFile> inputs = LoadInputs(request);
   QovRyx::Tree output(false);
-  if (!HasInputs(request, inputs, verdict)) return;
+  if (!CheckInputs(request, inputs, verdict)) return;
   if (!LoadOutput(request.mOutput, output, verdict)) return;
   std::vector<Obstacle> obstacles;
   ExpectedModel model = ExpectModel(request.mMode, inputs, obstacles);
   for (const Obstacle& obstacle : obstacles) {
-    const std::string text = "cannot have been merged: " + obstacle.mText;
-    verdict.mDifferences.Add({0, "", obstacle.mSubject, obstacle.mPath, text});
+    const std::string text = "cannot be merged: " + obstacle.mText;
+    verdict.mFaults.Add({0, "", obstacle.mSubject, obstacle.mPath, text});
   }
   verdict.mLedger = model.mLedger;
   if (!obstacles.empty()) return;
   AddWarnings(options, request, inputs, model, verdict);
   try {
-    Recount recount(model, inputs, output, verdict.mDifferences);
-    recount.Run();
-    recount.ReportUnread(FindUnreadContent(request.mOutput));
+    VerifyOutput(model, inputs, output, verdict.mFaults);
+    AddUnreadContent(FindUnreadContent(request.mOutput), verdict.mFaults);
   } catch (const std::exception& error) {
-    verdict.mTrouble.push_back(UnreadableInput(error));
+    verdict.mTrouble.push_back(DescribeUnreadableInput(error));
     return;
   }
-  verdict.mLedger = TakeStock(model, inputs, CountItems(output));
+  verdict.mLedger = MakeLedger(model, inputs, CountItems(output));
 }
 
-std::string DifferenceText(const Difference& difference, const TextStyle& style) {
+std::string FaultText(const Fault& fault, const TextStyle& style) {
   std::string text;
   const auto add = [&](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
-  if (difference.mNode != 0) {
-    add(fmt::format("node {} {}", difference.mNode, Escape(difference.mNodeName, style)));
+  if (fault.mNode != 0) {
+    add(fmt::format("node {} {}", fault.mNode, Escape(fault.mNodeName, style)));
   }
-  if (!difference.mSubject.empty()) add(Escape(difference.mSubject, style));
-  if (!difference.mInput.empty()) add("from " + Escape(difference.mInput, style));
-  return text + (text.empty() ? "" : ": ") + Escape(difference.mText, style);
+  if (!fault.mSubject.empty()) add(Escape(fault.mSubject, style));
+  if (!fault.mInput.empty()) add("from " + Escape(fault.mInput, style));
+  return text + (text.empty() ? "" : ": ") + Escape(fault.mText, style);
 }
 
 void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Output& output) {
@@ -126,34 +131,34 @@ void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Output& o
   PrintLedger(verdict.mLedger, request.mOutput, output);
   output.Line();
   if (verdict.IsGood()) {
-    output.Line(TellsOfLoss(verdict.mWarnings)
-                    ? "OK: all values match. The warnings tell what the merge leaves out."
+    output.Line(HasWarningOfLoss(verdict.mWarnings)
+                    ? "OK: all values match. The warnings list data that the merge leaves out."
                     : "OK: nothing is missing and all values match.");
     return;
   }
-  const std::uint64_t count = verdict.mDifferences.GetCount();
+  const std::uint64_t count = verdict.mFaults.GetCount();
   output.Line(fmt::format("Not OK: {} difference{}", count, count == 1 ? "" : "s"));
-  for (const Difference& difference : verdict.mDifferences.GetFirst()) {
-    output.Line("  " + DifferenceText(difference, style));
+  for (const Fault& fault : verdict.mFaults.GetFirst()) {
+    output.Line("  " + FaultText(fault, style));
   }
-  const std::uint64_t hidden = count - verdict.mDifferences.GetFirst().size();
+  const std::uint64_t hidden = count - verdict.mFaults.GetFirst().size();
   if (hidden != 0) output.Line(fmt::format("  and {} more", hidden));
 }
 
-Json DifferencesJson(const Differences& differences) {
+Json FaultsJson(const Faults& faults) {
   Json first = Json::array();
-  for (const Difference& difference : differences.GetFirst()) {
+  for (const Fault& fault : faults.GetFirst()) {
     Json entry = Json::object();
-    if (difference.mNode != 0) {
-      entry["node"] = difference.mNode;
-      entry["name"] = JsonText(difference.mNodeName);
+    if (fault.mNode != 0) {
+      entry["node"] = fault.mNode;
+      entry["name"] = JsonText(fault.mNodeName);
     }
-    if (!difference.mSubject.empty()) entry["subject"] = JsonText(difference.mSubject);
-    if (!difference.mInput.empty()) entry["input"] = JsonText(difference.mInput);
-    entry["text"] = Escape(difference.mText, {});
+    if (!fault.mSubject.empty()) entry["subject"] = JsonText(fault.mSubject);
+    if (!fault.mInput.empty()) entry["input"] = JsonText(fault.mInput);
+    entry["text"] = Escape(fault.mText, {});
     first.push_back(std::move(entry));
   }
-  return {{"count", differences.GetCount()}, {"first", first}};
+  return {{"count", faults.GetCount()}, {"first", first}};
 }
 
 Json VerdictJson(const MergeRequest& request, const Verdict& verdict) {
@@ -168,7 +173,7 @@ Json VerdictJson(const MergeRequest& request, const Verdict& verdict) {
   }
   if (!verdict.mTrouble.empty()) return document;
   document["warnings"] = WarningsJson(verdict.mWarnings);
-  document["differences"] = DifferencesJson(verdict.mDifferences);
+  document["differences"] = FaultsJson(verdict.mFaults);
   document["ledger"] = LedgerJson(verdict.mLedger);
   return document;
 }
@@ -176,7 +181,9 @@ Json VerdictJson(const MergeRequest& request, const Verdict& verdict) {
 class VerifyCommand : public Command {
  public:
   const char* GetName() const override { return "verify"; }
-  const char* GetSummary() const override { return "Recount a merge and compare all its values"; }
+  const char* GetSummary() const override {
+    return "Compare the output of a merge with its inputs";
+  }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
@@ -209,7 +216,7 @@ void PrintTrouble(const Verdict& verdict, Output& errors) {
 int VerifyCommand::Run(Output& output, Output& errors) {
   const MergeRequest request = MakeMergeRequest(mOptions, mInputPaths, mOutputPath);
   Verdict verdict(mLimit);
-  Examine(mOptions, request, verdict);
+  Verify(mOptions, request, verdict);
   PrintTrouble(verdict, errors);
   if (mJson) {
     output.Line(FormatJson(VerdictJson(request, verdict)));

@@ -2,8 +2,8 @@
 #include "Qov/Ryx/Sequencer.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "check/FileCheck.h"
-#include "ledger/Obstacles.h"
-#include "ledger/Recount.h"
+#include "ledger/ExpectModel.h"
+#include "ledger/VerifyOutput.h"
 #include "support/Files.h"
 #include "support/Streams.h"
 
@@ -65,8 +65,8 @@ class RyxRecords : public LedgerTest {
     return text;
   }
 
-  /// Returns the number of differences that a recount finds after `plant` has changed the output.
-  std::uint64_t CountDifferences(const Strings& inputs, void (*plant)(Tree& output)) {
+  /// Returns the number of faults of the output after `plant` has changed the output.
+  std::uint64_t CountFaults(const Strings& inputs, void (*plant)(Tree& output)) {
     const Tools::MergeRequest request = Tools::MakeMergeRequest({}, inputs, mOutput);
     const auto read = Tools::LoadInputs(request);
     std::vector<Tools::Obstacle> obstacles;
@@ -74,9 +74,9 @@ class RyxRecords : public LedgerTest {
     Tree output(false);
     LoadTree(output, mOutput);
     plant(output);
-    Tools::Differences differences(100);
-    Tools::Recount(model, read, output, differences).Run();
-    return differences.GetCount();
+    Tools::Faults faults(100);
+    Tools::VerifyOutput(model, read, output, faults);
+    return faults.GetCount();
   }
 };
 
@@ -105,7 +105,7 @@ TEST_F(RyxRecords, UnknownTagsBytesAndActionsAreKeptAndShown) {
   const Strings inputs{kept, plain};
   ASSERT_EQ(Merge({}, inputs), 0);
   EXPECT_EQ(Verify({}, inputs).mStatus, 0);
-  EXPECT_EQ(CountDifferences(inputs, [](Tree&) {}), 0U);
+  EXPECT_EQ(CountFaults(inputs, [](Tree&) {}), 0U);
   using Plant = void (*)(Tree&);
   for (const Plant plant : std::initializer_list<Plant>{
            [](Tree& t) { t.GetViewPoint().mViewState.mMiscState.ForgetOrigin(); },
@@ -120,7 +120,7 @@ TEST_F(RyxRecords, UnknownTagsBytesAndActionsAreKeptAndShown) {
            },
            [](Tree& t) { t.GetSequencerData().mActions.mSlots[0].reset(); },
            [](Tree& t) { t.GetSequencerData().mActions.mSlots[0]->SetOrigin("2.0", "fl"); }}) {
-    EXPECT_GT(CountDifferences(inputs, plant), 0U);
+    EXPECT_GT(CountFaults(inputs, plant), 0U);
   }
 }
 

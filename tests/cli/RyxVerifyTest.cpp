@@ -2,8 +2,8 @@
 
 #include "LedgerFixture.h"
 #include "StreamDamage.h"
-#include "ledger/Obstacles.h"
-#include "ledger/Recount.h"
+#include "ledger/ExpectModel.h"
+#include "ledger/VerifyOutput.h"
 #include "support/Files.h"
 #include "support/Streams.h"
 
@@ -34,7 +34,7 @@ class RyxVerify : public LedgerTest {
     void (*mPlant)(Tree& output);
   };
 
-  /// Returns the differences that a recount finds in an output with a planted fault.
+  /// Returns the faults of an output that was changed after it was loaded.
   std::string Find(const Strings& options, const Fault& fault) {
     EXPECT_EQ(Merge(options, mInputs), 0);
     const Tools::MergeOptions flags{.mAsInstances = !options.empty()};
@@ -45,10 +45,10 @@ class RyxVerify : public LedgerTest {
     Tree output(false);
     LoadTree(output, mOutput);
     fault.mPlant(output);
-    Tools::Differences differences(100);
-    Tools::Recount(model, inputs, output, differences).Run();
+    Tools::Faults faults(100);
+    Tools::VerifyOutput(model, inputs, output, faults);
     std::string text = std::string(fault.mName) + "\n";
-    for (const Tools::Difference& found : differences.GetFirst()) {
+    for (const Tools::Fault& found : faults.GetFirst()) {
       text += "  node " + std::to_string(found.mNode) + ", " + Unbarred(found.mSubject) + ": " +
               found.mText + "\n";
     }

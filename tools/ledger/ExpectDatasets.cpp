@@ -1,9 +1,8 @@
+#include "ExpectDatasets.h"
+
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <limits>
-
-#include "ExpectNodes.h"
 
 namespace Qov::Tools {
 namespace {
@@ -17,7 +16,7 @@ std::vector<std::uint32_t*> IdsOf(Entry& entry) {
           &entry.mNextSibling, &entry.mFirstChild, &entry.mLastChild};
 }
 
-/// Raises the ids of a node by `base`; false if one of them would get too high.
+/// Adds `base` to the ids of a node. Returns false if one of them would become too high.
 bool ShiftIds(Entry& entry, std::uint32_t base) {
   for (std::uint32_t* id : IdsOf(entry)) {
     if (*id == 0) continue;
@@ -34,34 +33,34 @@ void ShiftLinks(std::vector<ExpectedResult>& results, std::uint32_t base) {
   }
 }
 
-/// Makes the root of an input the last child of the group.
+/// Makes the root of an input the last child of the group that holds the models.
 void AttachRoot(ExpectedModel& model, Entry& root) {
-  Entry& group = model.mNodes[kRootId].mLinks;
+  Entry& group = model.mNodes[kRootId].mEntry;
   root.mParent = kRootId;
   root.mPreviousSibling = group.mLastChild;
   if (group.mLastChild == 0) {
     group.mFirstChild = root.mId;
   } else {
-    model.mNodes[group.mLastChild].mLinks.mNextSibling = root.mId;
+    model.mNodes[group.mLastChild].mEntry.mNextSibling = root.mId;
   }
   group.mLastChild = root.mId;
 }
 
-/// Returns false if the ids of the input are too high for it to be taken.
+/// Adds the nodes of an input. Returns false if their ids are too high.
 bool ExpectDataset(ExpectedModel& model, const InputFile& input, std::size_t position,
                    std::vector<Obstacle>& obstacles) {
   const std::uint32_t base = model.mNodes.rbegin()->first;
   for (const auto& [id, entry] : input.GetNodes()) {
     ExpectedNode node = ExpectNode(position, entry);
-    if (!ShiftIds(node.mLinks, base)) {
-      const std::string text = fmt::format("the ids of node {} cannot be raised by {}", id, base);
+    if (!ShiftIds(node.mEntry, base)) {
+      const std::string text = fmt::format("the ids of node {} cannot be shifted by {}", id, base);
       obstacles.push_back({input.mPath, text, entry.mData ? entry.mData->GetName() : ""});
       return false;
     }
-    if (node.mLinks.mParent == 0) node.mLinks.mParent = kRootId;
+    if (node.mEntry.mParent == 0) node.mEntry.mParent = kRootId;
     ShiftLinks(node.mResults, base);
-    if (id == kRootId) AttachRoot(model, node.mLinks);
-    model.mNodes.emplace(node.mLinks.mId, std::move(node));
+    if (id == kRootId) AttachRoot(model, node.mEntry);
+    model.mNodes.emplace(node.mEntry.mId, std::move(node));
   }
   return true;
 }
@@ -70,7 +69,7 @@ bool ExpectDataset(ExpectedModel& model, const InputFile& input, std::size_t pos
 
 void ExpectDatasets(const std::vector<InputFile>& inputs, ExpectedModel& model,
                     std::vector<Obstacle>& obstacles) {
-  model.mNodes[kRootId].mLinks.mId = kRootId;
+  model.mNodes[kRootId].mEntry.mId = kRootId;
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     if (inputs[i].mIsViewFile) continue;
     if (!ExpectDataset(model, inputs[i], i, obstacles)) return;

@@ -1,10 +1,11 @@
+#include "ExpectInstances.h"
+
 #include <fmt/format.h>
 
 #include <limits>
 #include <map>
 #include <unordered_map>
 
-#include "ExpectNodes.h"
 #include "MergedNames.h"
 #include "Qov/Ryx/InstanceNames.h"
 #include "merge/LinkChains.h"
@@ -17,7 +18,7 @@ using QovRyx::Geometry;
 using QovRyx::LinkFollower;
 using Chains = QovRyx::LinkChains<ExpectedResult>;
 
-/// Which result of a geometry is the first of a name. Results are only ever appended.
+/// Finds the first result of a name in a geometry. Results may only be appended meanwhile.
 class NameIndex {
  public:
   std::size_t FindOrAppend(ExpectedNode& node, const std::string& name) {
@@ -36,13 +37,13 @@ class NameIndex {
   std::size_t mNumIndexed = 0;
 };
 
-/// Adds one model after the other to the first one.
-class InstanceExpecter {
+/// Adds the first model and then the results of the further models, one after the other.
+class InstanceMerge {
  public:
-  InstanceExpecter(MergeMode mode, ExpectedModel& model) : mMode(mode), mModel(model) {}
+  InstanceMerge(MergeMode mode, ExpectedModel& model) : mMode(mode), mModel(model) {}
 
-  void TakeFirst(const InputFile& input, std::size_t position);
-  void TakeFurther(const InputFile& input, std::size_t position);
+  void AddFirst(const InputFile& input, std::size_t position);
+  void AddFurther(const InputFile& input, std::size_t position);
 
  private:
   using Starts = std::unordered_map<std::uint32_t, std::size_t>;
@@ -54,7 +55,8 @@ class InstanceExpecter {
   void Share(std::uint32_t id, const MergedNames& names, std::size_t position, Chains& chains);
   void ShareOne(std::uint32_t id, const std::string& name, const std::string& primaryName,
                 std::size_t position, Chains& chains);
-  bool Takes(const ExpectedResult& result) const {
+  /// Returns true if a result of a further model is appended.
+  bool IsTaken(const ExpectedResult& result) const {
     return mMode != MergeMode::AutomaticInstances || !InstancePartOf(result.mName).empty();
   }
 
@@ -71,7 +73,7 @@ void Rename(ExpectedNode& node, const MergedNames& names) {
   for (std::size_t i = 0; i < names.mNames.size(); ++i) node.mResults[i].mName = names.mNames[i];
 }
 
-void InstanceExpecter::TakeFirst(const InputFile& input, std::size_t position) {
+void InstanceMerge::AddFirst(const InputFile& input, std::size_t position) {
   std::map<std::uint32_t, MergedNames> shared;
   for (const auto& [id, entry] : input.GetNodes()) {
     ExpectedNode& node = mModel.mNodes.emplace(id, ExpectNode(position, entry)).first->second;
@@ -85,7 +87,7 @@ void InstanceExpecter::TakeFirst(const InputFile& input, std::size_t position) {
   for (const auto& [id, names] : shared) Share(id, names, position, chains);
 }
 
-InstanceExpecter::Starts InstanceExpecter::FindStarts(const InputFile& input) {
+InstanceMerge::Starts InstanceMerge::FindStarts(const InputFile& input) {
   Starts starts;
   QovRyx::ForEachGeometry(input.GetNodes(), [&](std::uint32_t id, const Geometry&) {
     const ExpectedNode& target = mModel.mNodes.at(id);
@@ -102,16 +104,16 @@ void DropResults(ExpectedModel& model, const ExpectedNode& node, DropRule rule) 
   for (const ExpectedResult& result : node.mResults) model.Drop(node.mInput, ItemOf(result), rule);
 }
 
-/// The structure of a further model is that of the first one, so its own goes.
+/// Drops the nodes and sets of a further model, because those of the first model are used.
 void DropStructure(ExpectedModel& model, std::size_t position) {
-  InputLedger& books = model.mLedger.mInputs[position];
+  InputLedger& ledger = model.mLedger.mInputs[position];
   for (const Item item : {Item::Group, Item::Shape, Item::Geometry, Item::NodeSets,
                           Item::UnknownNode, Item::EmptyNode, Item::Set}) {
-    model.Drop(position, item, DropRule::FurtherStructure, books[item].mFound);
+    model.Drop(position, item, DropRule::FurtherStructure, ledger[item].mFound);
   }
 }
 
-void InstanceExpecter::TakeFurther(const InputFile& input, std::size_t position) {
+void InstanceMerge::AddFurther(const InputFile& input, std::size_t position) {
   DropStructure(mModel, position);
   const Starts starts = FindStarts(input);
   LinkFollower follower = QovRyx::FollowLinks(input.GetNodes());
@@ -133,7 +135,7 @@ void InstanceExpecter::TakeFurther(const InputFile& input, std::size_t position)
   for (const auto& [id, names] : shared) Share(id, names, position, chains);
 }
 
-/// Replaces the link of the result by the shared values, with the kind's high byte.
+/// Replaces the link of a result by the values that it shares, with the high byte of their kind.
 void Unlink(ExpectedResult& result, LinkFollower<Result>& follower) {
   result.mpValues = follower.FindOwner(*result.mpSource);
   result.mKindHighByte = result.mpValues == nullptr ? 0 : result.mpValues->mKindHighByte;
@@ -141,10 +143,10 @@ void Unlink(ExpectedResult& result, LinkFollower<Result>& follower) {
   result.mMade = MadeRule::Unlinked;
 }
 
-void InstanceExpecter::Append(ExpectedNode& source, ExpectedNode& target, const Starts& starts,
-                              LinkFollower<Result>& follower) {
+void InstanceMerge::Append(ExpectedNode& source, ExpectedNode& target, const Starts& starts,
+                           LinkFollower<Result>& follower) {
   for (ExpectedResult& result : source.mResults) {
-    if (!Takes(result)) {
+    if (!IsTaken(result)) {
       mModel.Drop(source.mInput, ItemOf(result), DropRule::NoInstancePart);
       continue;
     }
@@ -157,10 +159,10 @@ void InstanceExpecter::Append(ExpectedNode& source, ExpectedNode& target, const 
 /// Makes the link of a result that is appended to `target` name the same result as before, or marks
 /// the result as one to be unlinked. With automatic renaming, a link within a geometry becomes a
 /// link to itself.
-void InstanceExpecter::MoveLink(ExpectedResult& result, const ExpectedNode& target,
-                                const Starts& starts) const {
+void InstanceMerge::MoveLink(ExpectedResult& result, const ExpectedNode& target,
+                             const Starts& starts) const {
   const auto [node, position] = result.mLink.GetPlace();
-  if (mMode == MergeMode::AutomaticInstances && node == target.mLinks.mId) {
+  if (mMode == MergeMode::AutomaticInstances && node == target.mEntry.mId) {
     result.mLink = QovRyx::ResultLink({node, static_cast<std::uint32_t>(target.mResults.size())});
     result.mMade = MadeRule::LinkedToItself;
     return;
@@ -176,17 +178,17 @@ void InstanceExpecter::MoveLink(ExpectedResult& result, const ExpectedNode& targ
   }
 }
 
-void InstanceExpecter::Share(std::uint32_t id, const MergedNames& names, std::size_t position,
-                             Chains& chains) {
+void InstanceMerge::Share(std::uint32_t id, const MergedNames& names, std::size_t position,
+                          Chains& chains) {
   for (const auto& [primary, others] : names.mShared) {
     for (const std::string& name : others) ShareOne(id, name, primary, position, chains);
   }
 }
 
-/// Makes the first result of that name a link, unless it holds the values to be shared.
-void InstanceExpecter::ShareOne(std::uint32_t id, const std::string& name,
-                                const std::string& primaryName, std::size_t position,
-                                Chains& chains) {
+/// Links the first result named `name` to the primary result, unless the primary result takes its
+/// values from it.
+void InstanceMerge::ShareOne(std::uint32_t id, const std::string& name,
+                             const std::string& primaryName, std::size_t position, Chains& chains) {
   ExpectedNode& node = mModel.mNodes.at(id);
   NameIndex& index = mIndexes[id];
   const std::size_t numBefore = node.mResults.size();
@@ -208,8 +210,8 @@ void InstanceExpecter::ShareOne(std::uint32_t id, const std::string& name,
   chains.Update(here);
 }
 
-/// Returns whether all geometries of the input have a node in the first one.
-bool HasAllNodes(const InputFile& first, const InputFile& input, std::vector<Obstacle>& obstacles) {
+/// Returns false and adds obstacles if the first model has no node for a geometry of the input.
+bool CheckNodes(const InputFile& first, const InputFile& input, std::vector<Obstacle>& obstacles) {
   bool hasAll = true;
   QovRyx::ForEachGeometry(input.GetNodes(), [&](std::uint32_t id, const Geometry& geometry) {
     if (first.GetNodes().FindNode(id) != nullptr) return;
@@ -221,8 +223,8 @@ bool HasAllNodes(const InputFile& first, const InputFile& input, std::vector<Obs
   return hasAll;
 }
 
-/// Returns whether there are not too many links to be made.
-bool CanShare(MergeMode mode, const InputFile& input, std::vector<Obstacle>& obstacles) {
+/// Returns false and adds an obstacle if the input needs too many links.
+bool CheckSharingLimit(MergeMode mode, const InputFile& input, std::vector<Obstacle>& obstacles) {
   if (mode != MergeMode::Instances) return true;
   try {
     QovRyx::CheckSharing(*input.mpTree);
@@ -237,18 +239,18 @@ bool CanShare(MergeMode mode, const InputFile& input, std::vector<Obstacle>& obs
 
 void ExpectInstances(MergeMode mode, const std::vector<InputFile>& inputs, ExpectedModel& model,
                      std::vector<Obstacle>& obstacles) {
-  InstanceExpecter expecter(mode, model);
+  InstanceMerge merge(mode, model);
   const InputFile* first = nullptr;
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     if (inputs[i].mIsViewFile) continue;
-    if (!CanShare(mode, inputs[i], obstacles)) return;
+    if (!CheckSharingLimit(mode, inputs[i], obstacles)) return;
     if (first == nullptr) {
       first = &inputs[i];
-      expecter.TakeFirst(*first, i);
+      merge.AddFirst(*first, i);
       continue;
     }
-    if (!HasAllNodes(*first, inputs[i], obstacles)) return;
-    expecter.TakeFurther(inputs[i], i);
+    if (!CheckNodes(*first, inputs[i], obstacles)) return;
+    merge.AddFurther(inputs[i], i);
   }
 }
 

@@ -25,7 +25,7 @@ void LoadFurtherModel(InputFile& input) {
   } catch (const std::exception&) {
     input.mpTree = std::make_unique<Tree>(false);
     input.mpTree->Merge(input.mPath, Tree::ReadMode::Everything, Tree::SupportedFileFormats::Ryx);
-    input.mNote = "its views or history cannot be read, and are not needed";
+    input.mNote = "its views or history cannot be read; the merge does not need them";
   }
 }
 
@@ -42,7 +42,7 @@ void LoadViewFile(InputFile& input) {
   CheckHeaderSize(file);
   const std::string version = file.ReadVersion();
   if (!QovJbf::HasViews(version)) {
-    input.mNote = "of version 0.1, whose views are not read";
+    input.mNote = "has version 0.1, whose views are not read";
   } else {
     const QovRyx::FileVersionScope scope(version);
     input.mpTree->LoadViewPathVec(file);

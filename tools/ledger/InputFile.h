@@ -10,25 +10,25 @@
 
 namespace Qov::Tools {
 
-/// An input of a merge as it is in its file: descriptors and views, no arrays.
+/// An input of a merge: descriptors and views, without the values of arrays.
 struct InputFile {
   std::string mPath;
   bool mIsViewFile = false;
-  std::size_t mNumber = 0;  ///< Of a model: its place among the models, from 1.
+  std::size_t mNumber = 0;  ///< Of a model: its position among the models, from 1.
   std::unique_ptr<QovRyx::Tree> mpTree;
-  std::string mError;  ///< Why it cannot be read, not escaped; empty if it can.
-  std::string mNote;   ///< What does not hinder a merge, but ought to be known.
+  std::string mError;  ///< Why it cannot be read; empty if it can. Not escaped.
+  std::string mNote;   ///< A remark that does not prevent the merge; can be empty.
 
   const QovRyx::NodeTree& GetNodes() const { return mpTree->GetNodes(); }
 };
 
-/// Reads what the merge will read of each input, in its order.
+/// Reads the parts of each input that the merge will read, in the order of the merge.
 std::vector<InputFile> LoadInputs(const MergeRequest& request);
 
-/// What a tree holds of each kind, its views and history included.
+/// Counts the items of each kind in a model, with its views and history.
 PerItem<std::uint64_t> CountItems(const QovRyx::Tree& tree);
 
-/// What the merge counts an entry as.
+/// Returns the kind of item that an entry of a tree counts as.
 Item ItemOf(const QovRyx::NodeTree::Node& entry);
 
 }  // namespace Qov::Tools

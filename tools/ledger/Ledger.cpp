@@ -19,11 +19,11 @@ constexpr PerItem<const char*> kItemNames = {
 constexpr std::array<Wording, 11> kDropRules = {{
     {"further structure", "only the results of a further instance are taken"},
     {"no instance part", "only results with an instance part are taken from a further instance"},
-    {"no geometry", "the node is no geometry in the first model"},
+    {"no geometry", "the node is not a geometry in the first model"},
     {"shared name", "the instance shares another result under this name"},
-    {"linked to itself", "an appended link leads to its own place, which has no values"},
-    {"link replaced", "the values that it shared are not there any more"},
-    {"unlinked", "it takes along the values that it shared"},
+    {"linked to itself", "the link becomes a link to itself, so the result has no values"},
+    {"link replaced", "the result that it shared was replaced or has lost its values"},
+    {"unlinked", "the link is replaced by the values that it shared"},
     {"further views", "only the views of the first model are taken"},
     {"view replaced", "a later file has a current view"},
     {"sequencer replaced", "a later file has a sequencer"},
@@ -33,9 +33,9 @@ constexpr std::array<Wording, 11> kDropRules = {{
 /// In the order of MadeRule.
 constexpr std::array<Wording, 6> kMadeRules = {{
     {"merge group", "the group that holds the models"},
-    {"shared result", "a link by which an instance shares a result of another one"},
-    {"linked to itself", "a result without values, in place of a link"},
-    {"link replaced", "a link that leads elsewhere"},
+    {"shared result", "a link by which an instance shares a result of another instance"},
+    {"linked to itself", "a link to itself, without values"},
+    {"link replaced", "a link to other values than in the input"},
     {"unlinked", "a result with the values that a link shared"},
     {"history entry", "the merge itself"},
 }};

@@ -9,19 +9,19 @@
 
 #include "MergeRequest.h"
 
-/// The books of a merge: what each input holds, what of it comes into the output, what does not
-/// and why, and what the merge makes of its own.
+/// The ledger of a merge: the numbers of items that each input holds, that are copied into the
+/// output, that are dropped, and that the merge makes. Each drop has a rule.
 namespace Qov::Tools {
 
-/// What is counted.
+/// A kind of thing that is counted.
 enum class Item : std::size_t {
   Group,
   Shape,
   Geometry,
   NodeSets,
   UnknownNode,
-  EmptyNode,  ///< An entry of the tree that carries nothing.
-  Result,     ///< With values of its own.
+  EmptyNode,  ///< An entry of the tree without content.
+  Result,     ///< Has its own values.
   LinkedResult,
   Set,
   CurrentView,
@@ -34,7 +34,7 @@ inline constexpr std::size_t kNumItems = 14;
 template <class T>
 using PerItem = std::array<T, kNumItems>;
 
-/// Why something of an input does not come into the output as it is.
+/// The rule by which an item of an input is not copied into the output.
 enum class DropRule {
   FurtherStructure,
   NoInstancePart,
@@ -49,7 +49,7 @@ enum class DropRule {
   FurtherHistory,
 };
 
-/// Where something of the output comes from that no input holds.
+/// The rule by which the merge makes an item that no input holds.
 enum class MadeRule {
   MergeGroup,
   SharedResult,
@@ -59,15 +59,15 @@ enum class MadeRule {
   HistoryEntry,
 };
 
-/// A short name, the same in text and JSON.
+/// Returns a short name, the same in text and JSON.
 const char* NameOf(Item item);
 const char* NameOf(DropRule rule);
 const char* NameOf(MadeRule rule);
-/// A sentence that explains the name.
+/// Returns a phrase that explains the name.
 const char* Explain(DropRule rule);
 const char* Explain(MadeRule rule);
 
-/// One kind of thing in an input.
+/// The numbers of items of one kind in an input.
 struct InputTally {
   std::uint64_t mFound = 0;
   std::uint64_t mCopied = 0;
@@ -77,7 +77,7 @@ struct InputTally {
   friend bool operator==(const InputTally&, const InputTally&) = default;
 };
 
-/// One kind of thing in the output.
+/// The numbers of items of one kind in the output.
 struct OutputTally {
   std::uint64_t mCopied = 0;
   std::map<MadeRule, std::uint64_t> mMade;
@@ -87,8 +87,8 @@ struct OutputTally {
   friend bool operator==(const OutputTally&, const OutputTally&) = default;
 };
 
-/// A result's name that leads to another one, and how often. Of a link: the result with the
-/// values, and the one that shares them.
+/// Two names of results, and how often they occur together. For a renamed result: the old and the
+/// new name. For a link: the result with the values, and the result that shares them.
 struct NamePair {
   std::string mFrom;
   std::string mTo;
@@ -112,7 +112,8 @@ struct Ledger {
   std::vector<InputLedger> mInputs;
   PerItem<OutputTally> mOutput;
 
-  /// Found = copied + dropped in every input, and found = copied + made in the output.
+  /// Returns true if found = copied + dropped in each input, and found = copied + made in the
+  /// output.
   bool AddsUp() const;
   OutputTally& OutputOf(Item item) { return mOutput[static_cast<std::size_t>(item)]; }
   friend bool operator==(const Ledger&, const Ledger&) = default;

@@ -1,4 +1,4 @@
-#include "LedgerReport.h"
+#include "LedgerJson.h"
 
 #include <nlohmann/json.hpp>
 

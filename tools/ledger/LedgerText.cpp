@@ -1,4 +1,4 @@
-#include "LedgerReport.h"
+#include "LedgerText.h"
 
 #include <fmt/format.h>
 
@@ -12,7 +12,7 @@ namespace {
 using Align = TextTable::Align;
 constexpr std::size_t kWidthLimit = 40;
 
-/// Of anything that could be counted, if it is there at all.
+/// Returns a count as text, "-" for 0.
 std::string CountOrNothing(std::uint64_t count) {
   return count == 0 ? "-" : fmt::format("{}", count);
 }
@@ -24,7 +24,7 @@ std::uint64_t Sum(const std::map<Rule, std::uint64_t>& counts) {
   return sum;
 }
 
-/// The counts of the rules, each explained once beneath all tables, and what they leave open.
+/// Returns the counts of the rules and the difference to `found`, if there is any.
 template <class Rule>
 std::string RulesText(const std::map<Rule, std::uint64_t>& counts, std::uint64_t found,
                       std::uint64_t copied) {
@@ -90,7 +90,7 @@ void PrintOutputTallies(const Ledger& ledger, Output& output) {
   PrintTable(table, output);
 }
 
-/// What the words in the last columns mean, as far as they occur.
+/// Prints an explanation of each word in the last columns of the tables.
 void PrintLegend(const Ledger& ledger, Output& output) {
   std::map<std::string, std::string> legend;
   for (const InputLedger& input : ledger.mInputs) {
@@ -102,7 +102,7 @@ void PrintLegend(const Ledger& ledger, Output& output) {
     for (const auto& [rule, count] : tally.mMade) legend.emplace(NameOf(rule), Explain(rule));
   }
   if (ledger.mOutput[static_cast<std::size_t>(Item::UnknownNode)].mFound != 0) {
-    legend[NameOf(Item::UnknownNode)] = "only their names and places are read and written";
+    legend[NameOf(Item::UnknownNode)] = "only their names and tree positions are read and written";
   }
   if (legend.empty()) return;
   output.Line();

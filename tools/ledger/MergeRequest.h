@@ -10,7 +10,7 @@ class App;
 
 namespace Qov::Tools {
 
-/// The options of RyxMerge, with their meanings there.
+/// The options of RyxMerge that plan and verify take, with the same meaning.
 struct MergeOptions {
   bool mAsInstances = false;
   bool mSuffix = false;
@@ -18,30 +18,31 @@ struct MergeOptions {
   bool mArrange = false;
 };
 
-/// Declares them under the names that RyxMerge knows.
+/// Declares the options under their names in RyxMerge.
 void DeclareMergeOptions(CLI::App& app, MergeOptions& options);
 
-/// What a run of RyxMerge does with its models.
+/// The operation of a run of RyxMerge.
 enum class MergeMode {
-  Nothing,             ///< No model, or one without view-point files.
-  ViewsOnly,           ///< One model gets view points.
-  Datasets,            ///< All beneath one group.
-  Instances,           ///< Results of all beside each other, named by instance parts.
-  SuffixedInstances,   ///< The same with the file's number in every name.
-  AutomaticInstances,  ///< The number in names with an instance part, and only those are taken.
+  Nothing,             ///< There is no model, or one model and no view-point file.
+  ViewsOnly,           ///< Adds view points to one model.
+  Datasets,            ///< Puts all models below one group.
+  Instances,           ///< Appends the results of all models, named by instance parts.
+  SuffixedInstances,   ///< The same, with the number of the file in each name.
+  AutomaticInstances,  ///< The same, with the number only in names with an instance part;
+                       ///< further models contribute only such results.
 };
 
 inline bool IsInstanceMode(MergeMode mode) { return mode >= MergeMode::Instances; }
 const char* NameOf(MergeMode mode);
 
-/// One run of RyxMerge, as its command line says it.
+/// One run of RyxMerge, from its command line.
 struct MergeRequest {
   MergeMode mMode = MergeMode::Nothing;
-  std::vector<std::string> mInputs;  ///< In the order in which they are taken.
+  std::vector<std::string> mInputs;  ///< In the order of the merge.
   std::string mOutput;
 
   std::size_t CountModels() const;
-  /// Whether the merged model is copied and read again, so that view points can be added.
+  /// Returns true if the merge copies the merged model and reads it again to add view points.
   bool NeedsCopy() const { return CountModels() > 1 && CountModels() < mInputs.size(); }
   std::string GetCopyPath() const { return mOutput + ".temp"; }
 };

@@ -7,7 +7,7 @@ namespace {
 
 constexpr char kSeparator = '\x1E';
 
-/// A name without a separator gets one.
+/// Puts the suffix before the instance part. Adds a separator to a name without one.
 std::string WithSuffix(const std::string& name, const std::string& suffix) {
   const std::string instance = InstancePartOf(name);
   const bool hasSeparator = name.find(kSeparator) != name.npos;
@@ -15,7 +15,7 @@ std::string WithSuffix(const std::string& name, const std::string& suffix) {
   return front + (hasSeparator ? "" : std::string(1, kSeparator)) + suffix + instance;
 }
 
-/// Results without an instance part go to the first instance, and are shared with the others.
+/// Gives results without an instance part to the first instance. The other instances share them.
 void ShareCommonResults(MergedNames& merged) {
   std::set<std::string> instances;
   for (const std::string& name : merged.mNames) instances.insert(InstancePartOf(name));

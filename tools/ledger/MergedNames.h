@@ -10,18 +10,18 @@
 
 namespace Qov::Tools {
 
-/// What an instance merge calls the results of one geometry.
+/// The names that an instance merge gives to the results of one geometry.
 struct MergedNames {
   std::vector<std::string> mNames;  ///< By position.
-  /// The names under which other instances of the file share a result, by its own name.
+  /// For the name of a shared result: the names under which other instances share it.
   std::map<std::string, std::vector<std::string>> mShared;
 };
 
-/// Worked out from the rules, not with the merge's own functions: this is what a merge is checked
-/// against. `fileNumber` counts from 1.
+/// Returns the names by the rules of the merge. They are written independently of the merge,
+/// because they check it. `fileNumber` counts from 1.
 MergedNames NameResults(const QovRyx::Geometry& geometry, std::size_t fileNumber, MergeMode mode);
 
-/// What stands behind the last separator; empty if there is none.
+/// Returns the text after the last separator; empty if there is none.
 std::string InstancePartOf(const std::string& name);
 
 }  // namespace Qov::Tools

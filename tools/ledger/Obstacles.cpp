@@ -22,7 +22,7 @@ bool Exists(const std::string& path) {
   return fs::exists(fs::symlink_status(path, ignored));
 }
 
-/// Empty if the file can be written or made.
+/// Returns the reason why a file cannot be written or created; empty if it can.
 std::string WhyNotWritable(const std::string& path) {
   std::error_code ignored;
   if (fs::is_directory(path, ignored)) return "is a folder";
@@ -30,8 +30,8 @@ std::string WhyNotWritable(const std::string& path) {
     return ::access(path.c_str(), W_OK) == 0 ? "" : "cannot be written";
   }
   const std::string folder = FolderOf(path);
-  if (!fs::is_directory(folder, ignored)) return "would lie in a folder that does not exist";
-  return ::access(folder.c_str(), W_OK) == 0 ? "" : "would lie in a folder that cannot be written";
+  if (!fs::is_directory(folder, ignored)) return "is in a folder that does not exist";
+  return ::access(folder.c_str(), W_OK) == 0 ? "" : "is in a folder that cannot be written";
 }
 
 bool IsFree(const std::string& path) {
@@ -58,7 +58,7 @@ std::vector<Obstacle> FindFileObstacles(const MergeRequest& request,
   for (const InputFile& input : inputs) {
     if (!input.mError.empty()) obstacles.push_back({input.mPath, input.mError, ""});
     if (IsSameFile(input.mPath, request.mOutput)) {
-      obstacles.push_back({input.mPath, "is the output as well", ""});
+      obstacles.push_back({input.mPath, "is also the output", ""});
     }
   }
   const std::string trouble = WhyNotWritable(request.mOutput);
@@ -67,7 +67,7 @@ std::vector<Obstacle> FindFileObstacles(const MergeRequest& request,
     obstacles.push_back({request.mOutput, "is being written by another run", ""});
   }
   if (request.NeedsCopy() && Exists(request.GetCopyPath())) {
-    const char* text = "is already there; the merged model has to be copied to this place";
+    const char* text = "exists; the merge needs this path for a temporary copy of the model";
     obstacles.push_back({request.GetCopyPath(), text, ""});
   }
   return obstacles;

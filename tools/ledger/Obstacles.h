@@ -1,13 +1,22 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
-#include "ExpectedModel.h"
+#include "InputFile.h"
+#include "MergeRequest.h"
 
 namespace Qov::Tools {
 
-/// What of the files stands against a merge: inputs that cannot be read, an output that is one of
-/// them or cannot be written, the copy of an earlier run.
+/// A reason for which a merge would fail. Texts are not escaped.
+struct Obstacle {
+  std::string mPath;  ///< The file that it concerns, or empty.
+  std::string mText;
+  std::string mSubject;  ///< The name of a node, or empty.
+};
+
+/// Finds files that would make a merge fail: inputs that cannot be read, an output that is an input
+/// or cannot be written, and the temporary copy of an earlier run.
 std::vector<Obstacle> FindFileObstacles(const MergeRequest& request,
                                         const std::vector<InputFile>& inputs);
 

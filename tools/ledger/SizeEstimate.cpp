@@ -13,19 +13,19 @@ namespace fs = std::filesystem;
 
 constexpr double kContainerSize = 2800;  // the header and the root index
 
-/// The share of `part` in `whole`; all of it if there is nothing to share.
+/// Returns `part` divided by `whole`, or 1 if `whole` is 0.
 double Share(std::uint64_t part, std::uint64_t whole) {
   return whole == 0 ? 1.0 : static_cast<double>(part) / static_cast<double>(whole);
 }
 
-/// What one input takes in its file.
+/// The sizes of the parts of one input, in bytes.
 struct InputSizes {
   explicit InputSizes(const InputFile& input);
 
   std::uint64_t mArrays = 0;  ///< Uncompressed.
   std::uint64_t mSets = 0;    ///< The rest of the heavy data.
-  double mRatio = 1.0;        ///< Of the heavy data.
-  double mNodes = 0;          ///< Tree and materials; these and the following compressed.
+  double mRatio = 1.0;        ///< Compressed size of the heavy data divided by their size.
+  double mNodes = 0;          ///< Tree and materials. This and the next fields: compressed.
   double mDescriptors = 0;
   double mViews = 0;
   double mHistory = 0;
@@ -54,7 +54,7 @@ InputSizes::InputSizes(const InputFile& input) {
   }
 }
 
-/// Bytes of the arrays of each input that the output will hold.
+/// Returns the sizes of the arrays that the output takes from each input, in bytes.
 std::vector<std::uint64_t> ArraysByInput(const ExpectedModel& model, std::size_t numInputs) {
   std::vector<std::uint64_t> sizes(numInputs);
   for (const auto& [id, node] : model.mNodes) {
@@ -65,12 +65,12 @@ std::vector<std::uint64_t> ArraysByInput(const ExpectedModel& model, std::size_t
   return sizes;
 }
 
-std::uint64_t Found(const InputLedger& books, Item item, bool copiedOnly) {
-  const InputTally& tally = books.mTallies[static_cast<std::size_t>(item)];
+std::uint64_t Count(const InputLedger& ledger, Item item, bool copiedOnly) {
+  const InputTally& tally = ledger.mTallies[static_cast<std::size_t>(item)];
   return copiedOnly ? tally.mCopied : tally.mFound;
 }
 
-std::optional<std::uint64_t> FreeRoom(const std::string& output) {
+std::optional<std::uint64_t> FreeSpace(const std::string& output) {
   std::error_code error;
   const fs::path folder = fs::path(output).parent_path();
   const fs::space_info space = fs::space(folder.empty() ? "." : folder, error);
@@ -88,7 +88,7 @@ SizeEstimate EstimateSize(const MergeRequest& request, const std::vector<InputFi
   const std::vector<std::uint64_t> arrays = ArraysByInput(model, inputs.size());
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     const InputSizes sizes(inputs[i]);
-    const InputLedger& books = ledger.mInputs[i];
+    const InputLedger& inputLedger = ledger.mInputs[i];
     if (inputs[i].mNumber <= 1) file += sizes.mViews;
     if (inputs[i].mIsViewFile) continue;
     const bool hasNodes = inputs[i].mNumber == 1 || request.mMode == MergeMode::Datasets;
@@ -96,13 +96,13 @@ SizeEstimate EstimateSize(const MergeRequest& request, const std::vector<InputFi
     estimate.mValues += heavy;
     file += static_cast<double>(heavy) * sizes.mRatio;
     file += hasNodes ? sizes.mNodes + sizes.mDescriptors
-                     : sizes.mDescriptors * Share(Found(books, Item::Result, true),
-                                                  Found(books, Item::Result, false));
+                     : sizes.mDescriptors * Share(Count(inputLedger, Item::Result, true),
+                                                  Count(inputLedger, Item::Result, false));
     if (inputs[i].mNumber == 1) file += sizes.mHistory;
   }
   estimate.mFile = static_cast<std::uint64_t>(file);
   estimate.mNeeded = request.NeedsCopy() ? 2 * estimate.mFile : estimate.mFile;
-  estimate.mFree = FreeRoom(request.mOutput);
+  estimate.mFree = FreeSpace(request.mOutput);
   return estimate;
 }
 

@@ -1,9 +1,9 @@
+#include "WarningReport.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-
-#include "Warnings.h"
 
 namespace Qov::Tools {
 namespace {
@@ -12,7 +12,7 @@ constexpr std::size_t kMostShown = 50;
 
 }  // namespace
 
-bool TellsOfLoss(const std::vector<Warning>& warnings) {
+bool HasWarningOfLoss(const std::vector<Warning>& warnings) {
   return std::any_of(warnings.begin(), warnings.end(), [](const Warning& warning) {
     return warning.mCode == "unread-content" || warning.mCode == "unknown-stream";
   });

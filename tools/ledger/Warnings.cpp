@@ -11,7 +11,7 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "FitOfInstances.h"
+#include "InstanceMismatches.h"
 #include "Plural.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/StreamNames.h"
@@ -47,7 +47,7 @@ void FindRepeatedInputs(const MergeRequest& request, std::vector<Warning>& warni
   }
 }
 
-/// Checks the expected model and its ledger, one subject after the other.
+/// Finds warnings about the content of the inputs.
 class ContentWarnings {
  public:
   ContentWarnings(const std::vector<InputFile>& inputs, const ExpectedModel& model,
@@ -58,13 +58,13 @@ class ContentWarnings {
 
  private:
   void FindSameNames();
-  void FindUntaken();
-  void FindUnfitting();
+  void FindInputsWithoutEffect();
+  void FindMismatches();
   void FindLostValues();
   void FindViewsLeftOut();
   void FindUnread(std::size_t input);
 
-  std::vector<std::uint64_t> CountTaken() const;
+  std::vector<std::uint64_t> CountResultsTaken() const;
   std::uint64_t Dropped(std::size_t input, Item item, DropRule rule) const;
   void Add(const char* code, const std::string& path, std::string text, std::string remedy) {
     mWarnings.push_back({code, path, std::move(text), std::move(remedy)});
@@ -93,11 +93,12 @@ void ContentWarnings::FindSameNames() {
     }
   }
   if (count == 0) return;
-  const char* remedy = mLedger.mMode == MergeMode::Instances
-                           ? "Add --suffix-file-instance, which makes the names of files differ."
-                           : "Rename the results in the inputs.";
+  const char* remedy =
+      mLedger.mMode == MergeMode::Instances
+          ? "Add --suffix-file-instance, which gives the results of each file different names."
+          : "Rename the results in the inputs.";
   Add("same-name", "",
-      fmt::format("{} result{} the name of another result of the geometry, such as {}", count,
+      fmt::format("{} result{} the name of another result of the geometry, for example {}", count,
                   count == 1 ? " gets" : "s get", example),
       remedy);
 }
@@ -105,7 +106,7 @@ void ContentWarnings::FindSameNames() {
 bool IsMeshArray(const std::string& name) { return IsMeshBase(SplitName(name).first); }
 
 /// Returns the number of results of each input that the output contains, without mesh arrays.
-std::vector<std::uint64_t> ContentWarnings::CountTaken() const {
+std::vector<std::uint64_t> ContentWarnings::CountResultsTaken() const {
   std::vector<std::uint64_t> counts(mInputs.size());
   for (const auto& [id, node] : mModel.mNodes) {
     for (const ExpectedResult& result : node.mResults) {
@@ -125,13 +126,14 @@ std::uint64_t CountResults(const InputFile& input) {
 }
 
 /// Finds further instances of which less than a tenth is taken, and view-point files without views.
-void ContentWarnings::FindUntaken() {
+void ContentWarnings::FindInputsWithoutEffect() {
   constexpr std::uint64_t kAlmostNothing = 10;
-  const std::vector<std::uint64_t> taken = CountTaken();
+  const std::vector<std::uint64_t> taken = CountResultsTaken();
   for (std::size_t i = 0; i < mInputs.size(); ++i) {
     const InputFile& input = mInputs[i];
     if (input.mIsViewFile && !input.mpTree->HasViewPoints()) {
-      Add("nothing-taken", input.mPath, input.mNote + "; nothing of it is taken", "Leave it out.");
+      Add("nothing-taken", input.mPath, input.mNote + "; the merge takes nothing from it",
+          "Leave it out.");
     }
     if (input.mIsViewFile || input.mNumber == 1 || !IsInstanceMode(mLedger.mMode)) continue;
     const std::uint64_t numResults = CountResults(input);
@@ -149,7 +151,7 @@ void ContentWarnings::FindUntaken() {
 }
 
 /// Compares further instances with the first one.
-void ContentWarnings::FindUnfitting() {
+void ContentWarnings::FindMismatches() {
   if (!IsInstanceMode(mLedger.mMode)) return;
   const char* remedy = "Merge as datasets (without --merge-as-instances), or leave the file out.";
   const InputFile* first = nullptr;
@@ -159,14 +161,14 @@ void ContentWarnings::FindUnfitting() {
       first = &input;
       continue;
     }
-    const Misfits nodes = FindOtherNodes(first->GetNodes(), input.GetNodes());
+    const Mismatches nodes = FindNodeMismatches(first->GetNodes(), input.GetNodes());
     if (nodes.mCount != 0) {
       Add("other-tree", input.mPath,
           fmt::format("{} node{} from the first model: {}", nodes.mCount,
                       nodes.mCount == 1 ? " differs" : "s differ", nodes.mFirst),
           remedy);
     }
-    const Misfits meshes = FindOtherMeshes(first->GetNodes(), input.GetNodes());
+    const Mismatches meshes = FindMeshMismatches(first->GetNodes(), input.GetNodes());
     if (meshes.mCount != 0) {
       Add("other-mesh", input.mPath,
           fmt::format("{} mesh{} from the first model: {}", meshes.mCount,
@@ -183,16 +185,15 @@ void ContentWarnings::FindLostValues() {
                                       Dropped(i, Item::LinkedResult, DropRule::LinkReplaced);
     if (numReplaced != 0) {
       Add("values-replaced", mInputs[i].mPath,
-          fmt::format(
-              "{} result{} the values of another result, which is shared under the same name",
-              numReplaced, numReplaced == 1 ? " gets" : "s get"),
-          "Add --suffix-file-instance, which shares nothing.");
+          fmt::format("{} result{} the values of another result that is shared under the same name",
+                      numReplaced, numReplaced == 1 ? " gets" : "s get"),
+          "Add --suffix-file-instance, which shares no results.");
     }
     const std::uint64_t count = Dropped(i, Item::LinkedResult, DropRule::LinkedToItself);
     if (count == 0) continue;
     Add("values-lost", mInputs[i].mPath,
         Plural(count, "linked result", "lose") +
-            " the values, because the link will lead to its own place",
+            " the values, because the link becomes a link to itself",
         "Use --suffix-file-instance instead of --auto-rename-instances; it keeps the links.");
   }
 }
@@ -218,8 +219,8 @@ void ContentWarnings::FindUnread(std::size_t i) {
     const std::string& stream = finding.mPlace.mStream;
     if (finding.mCode == "unknown-stream") {
       Add("unknown-stream", input.mPath,
-          "stream " + Quoted(stream) + " is of unknown name and left out",
-          "Ask the maker of the file what it holds.");
+          "stream " + Quoted(stream) + " has an unknown name and is left out",
+          "Ask the author of the file what the stream holds.");
       continue;
     }
     const bool isView = stream == QovRyx::kViewPoints;
@@ -230,15 +231,15 @@ void ContentWarnings::FindUnread(std::size_t i) {
   }
   if (count == 0) return;
   Add("unread-content", input.mPath,
-      fmt::format("{} place{} what no program reads and the merge leaves out: {}", count,
+      fmt::format("{} place{} data that no program reads and that the merge leaves out: {}", count,
                   count == 1 ? " holds" : "s hold", example),
-      "`ryx check` lists them all.");
+      "`ryx check` lists all of them.");
 }
 
 std::vector<Warning> ContentWarnings::Find() {
   FindSameNames();
-  FindUntaken();
-  FindUnfitting();
+  FindInputsWithoutEffect();
+  FindMismatches();
   FindLostValues();
   FindViewsLeftOut();
   for (std::size_t i = 0; i < mInputs.size(); ++i) FindUnread(i);
@@ -253,13 +254,13 @@ std::vector<Warning> FindOutputWarnings(const MergeRequest& request) {
   if (!fs::is_regular_file(output, ignored)) return {};
   if (!IsContainer(output)) {
     return {{"output-exists", output, "exists and will be replaced",
-             "Name another output to keep it."}};
+             "To keep it, give another output."}};
   }
   return {
       {"output-exists", output,
        fmt::format("is a {} and will be replaced",
                    IsViewPointFile(output) ? "view-point file" : "model"),
-       "If it is meant as an input, name the output after it; to keep it, name another output."}};
+       "If it is an input, add the path of the output after it. To keep it, give another output."}};
 }
 
 std::vector<Warning> FindRequestWarnings(const MergeOptions& options, const MergeRequest& request) {
@@ -277,7 +278,7 @@ std::vector<Warning> FindRequestWarnings(const MergeOptions& options, const Merg
   } else if (request.CountModels() < 2) {
     addUseless("--merge-as-instances", "on a single model", leaveOut);
   } else if (options.mSuffix && options.mAutoRename) {
-    addUseless("--auto-rename-instances", "beside --suffix-file-instance", leaveOut);
+    addUseless("--auto-rename-instances", "together with --suffix-file-instance", leaveOut);
   }
   return warnings;
 }

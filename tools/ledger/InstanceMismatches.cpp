@@ -1,4 +1,4 @@
-#include "FitOfInstances.h"
+#include "InstanceMismatches.h"
 
 #include <fmt/format.h>
 
@@ -21,16 +21,17 @@ std::string NameOf(const Entry& entry) { return entry.mData ? entry.mData->GetNa
 
 std::string TypeOf(const Entry& entry) { return entry.mData ? entry.mData->GetType() : "empty"; }
 
-void Add(Misfits& misfits, std::uint32_t id, const std::string& text) {
-  if (misfits.mCount++ == 0) misfits.mFirst = fmt::format("node {} {}", id, text);
+void Add(Mismatches& mismatches, std::uint32_t id, const std::string& text) {
+  if (mismatches.mCount++ == 0) mismatches.mFirst = fmt::format("node {} {}", id, text);
 }
 
-std::string DescribeMisfit(const Entry& first, const Entry& other) {
+std::string DescribeMismatch(const Entry& first, const Entry& other) {
   if (ItemOf(first) != ItemOf(other)) {
-    return fmt::format("is of type {}, there of type {}", TypeOf(other), TypeOf(first));
+    return fmt::format("has type {}, in the first model {}", TypeOf(other), TypeOf(first));
   }
   if (NameOf(first) == NameOf(other)) return "";
-  return fmt::format("is named {}, there {}", Quoted(NameOf(other)), Quoted(NameOf(first)));
+  return fmt::format("is named {}, in the first model {}", Quoted(NameOf(other)),
+                     Quoted(NameOf(first)));
 }
 
 /// Counts the items of the first array with that base name. Returns nothing if there is none.
@@ -48,22 +49,22 @@ std::optional<std::uint64_t> CountItemsOf(const QovRyx::Geometry& geometry, std:
 
 }  // namespace
 
-Misfits FindOtherNodes(const QovRyx::NodeTree& first, const QovRyx::NodeTree& other) {
-  Misfits misfits;
+Mismatches FindNodeMismatches(const QovRyx::NodeTree& first, const QovRyx::NodeTree& other) {
+  Mismatches mismatches;
   for (const auto& [id, entry] : other) {
     const Entry* twin = first.FindNode(id);
-    const std::string text =
-        twin == nullptr ? Quoted(NameOf(entry)) + " is not there" : DescribeMisfit(*twin, entry);
-    if (!text.empty()) Add(misfits, id, text);
+    const std::string text = twin == nullptr ? Quoted(NameOf(entry)) + " is not in the first model"
+                                             : DescribeMismatch(*twin, entry);
+    if (!text.empty()) Add(mismatches, id, text);
   }
   for (const auto& [id, entry] : first) {
-    if (other.FindNode(id) == nullptr) Add(misfits, id, Quoted(NameOf(entry)) + " is missing");
+    if (other.FindNode(id) == nullptr) Add(mismatches, id, Quoted(NameOf(entry)) + " is missing");
   }
-  return misfits;
+  return mismatches;
 }
 
-Misfits FindOtherMeshes(const QovRyx::NodeTree& first, const QovRyx::NodeTree& other) {
-  Misfits misfits;
+Mismatches FindMeshMismatches(const QovRyx::NodeTree& first, const QovRyx::NodeTree& other) {
+  Mismatches mismatches;
   LinkFollower firstLinks = QovRyx::FollowLinks(first);
   LinkFollower otherLinks = QovRyx::FollowLinks(other);
   QovRyx::ForEachGeometry(other, [&](std::uint32_t id, const QovRyx::Geometry& geometry) {
@@ -75,12 +76,13 @@ Misfits FindOtherMeshes(const QovRyx::NodeTree& first, const QovRyx::NodeTree& o
       const auto wanted = CountItemsOf(*twin, base, firstLinks);
       if (!count || !wanted || *count == *wanted) continue;
       const char* unit = base == kCoordinates ? "points" : "element corners";
-      Add(misfits, id,
-          fmt::format("{} has {} {}, there {}", Quoted(geometry.GetName()), *count, unit, *wanted));
+      Add(mismatches, id,
+          fmt::format("{} has {} {}, in the first model {}", Quoted(geometry.GetName()), *count,
+                      unit, *wanted));
       return;
     }
   });
-  return misfits;
+  return mismatches;
 }
 
 }  // namespace Qov::Tools

@@ -1,4 +1,7 @@
-#include <optional>
+#include "MakeLedger.h"
+
+#include <map>
+#include <string>
 #include <utility>
 
 #include "ExpectedLinks.h"
@@ -8,7 +11,7 @@ namespace {
 
 using NamePairs = std::map<std::pair<std::string, std::string>, std::uint64_t>;
 
-/// Takes the pairs out of the map one by one, because there can be millions.
+/// Moves the pairs one by one, because there can be millions.
 std::vector<NamePair> AsList(NamePairs pairs) {
   std::vector<NamePair> list;
   list.reserve(pairs.size());
@@ -19,24 +22,24 @@ std::vector<NamePair> AsList(NamePairs pairs) {
   return list;
 }
 
-class StockTaker {
+class LedgerMaker {
  public:
-  StockTaker(ExpectedModel& model, const std::vector<InputFile>& inputs);
+  LedgerMaker(const ExpectedModel& model, const std::vector<InputFile>& inputs);
 
-  Ledger Take(const std::optional<PerItem<std::uint64_t>>& found);
+  Ledger Make(const std::optional<PerItem<std::uint64_t>>& found);
 
  private:
-  void TakeNode(const ExpectedNode& node);
-  void TakeResult(const ExpectedResult& result);
-  std::optional<MadeRule> FindFate(const ExpectedResult& result);
+  void CountNode(const ExpectedNode& node);
+  void CountResult(const ExpectedResult& result);
+  std::optional<MadeRule> FindMadeRule(const ExpectedResult& result);
   bool KeepsValues(const ExpectedResult& result);
   void NoteNames(const ExpectedResult& result);
-  void TakeViews();
-  void TakeHistory();
-  void Copy(std::size_t input, Item item, std::uint64_t numSound, std::uint64_t count);
-  void Make(Item item, MadeRule rule, std::uint64_t numSound, std::uint64_t count);
+  void CountViews();
+  void CountHistory();
+  void CountCopied(std::size_t input, Item item, std::uint64_t numSound, std::uint64_t count);
+  void CountMade(Item item, MadeRule rule, std::uint64_t numSound, std::uint64_t count);
 
-  ExpectedModel& mModel;
+  const ExpectedModel& mModel;
   Ledger mLedger;
   PerItem<std::uint64_t> mExpected{};
   QovRyx::LinkFollower<ExpectedResult> mFollower;
@@ -45,7 +48,7 @@ class StockTaker {
   std::vector<NamePairs> mLinked;
 };
 
-StockTaker::StockTaker(ExpectedModel& model, const std::vector<InputFile>& inputs)
+LedgerMaker::LedgerMaker(const ExpectedModel& model, const std::vector<InputFile>& inputs)
     : mModel(model),
       mLedger(model.mLedger),
       mFollower(FollowLinks(model)),
@@ -55,27 +58,29 @@ StockTaker::StockTaker(ExpectedModel& model, const std::vector<InputFile>& input
     mInputFollowers.push_back(QovRyx::FollowLinks(input.GetNodes()));
 }
 
-/// What has come over, and how much of that there ought to be.
-void StockTaker::Copy(std::size_t input, Item item, std::uint64_t numSound, std::uint64_t count) {
+/// Counts items that are copied from an input: `numSound` of the `count` expected ones.
+void LedgerMaker::CountCopied(std::size_t input, Item item, std::uint64_t numSound,
+                              std::uint64_t count) {
   mLedger.mInputs[input][item].mCopied += numSound;
   mLedger.OutputOf(item).mCopied += numSound;
   mExpected[static_cast<std::size_t>(item)] += count;
 }
 
-void StockTaker::Make(Item item, MadeRule rule, std::uint64_t numSound, std::uint64_t count) {
+/// Counts items that the merge makes: `numSound` of the `count` expected ones.
+void LedgerMaker::CountMade(Item item, MadeRule rule, std::uint64_t numSound, std::uint64_t count) {
   if (numSound != 0) mLedger.OutputOf(item).mMade[rule] += numSound;
   mExpected[static_cast<std::size_t>(item)] += count;
 }
 
-/// Whether a result of an input has the same values in the output as it has there.
-bool StockTaker::KeepsValues(const ExpectedResult& result) {
+/// Returns true if a result has the same values in the output as in its input.
+bool LedgerMaker::KeepsValues(const ExpectedResult& result) {
   const Result* before = mInputFollowers[result.mInput].FindOwner(*result.mpSource);
   const ExpectedResult* after = mFollower.FindOwner(result);
   return before == (after == nullptr ? nullptr : after->mpValues);
 }
 
-/// How a result was made that is not simply copied.
-std::optional<MadeRule> StockTaker::FindFate(const ExpectedResult& result) {
+/// Returns the rule by which a result was made; nothing if it is copied.
+std::optional<MadeRule> LedgerMaker::FindMadeRule(const ExpectedResult& result) {
   if (result.mpSource == nullptr || result.mMade == MadeRule::Unlinked) return result.mMade;
   const bool isLinked = result.mLink.IsLinked();
   const bool sameForm = isLinked == result.mpSource->mLink.IsLinked();
@@ -96,13 +101,13 @@ DropRule DropRuleFor(MadeRule made) {
   }
 }
 
-void StockTaker::TakeResult(const ExpectedResult& result) {
+void LedgerMaker::CountResult(const ExpectedResult& result) {
   const Item item = result.mLink.IsLinked() ? Item::LinkedResult : Item::Result;
-  const std::optional<MadeRule> made = FindFate(result);
+  const std::optional<MadeRule> made = FindMadeRule(result);
   if (!made) {
-    Copy(result.mInput, item, result.mSound, 1);
+    CountCopied(result.mInput, item, result.mSound, 1);
   } else {
-    Make(item, *made, result.mSound, 1);
+    CountMade(item, *made, result.mSound, 1);
   }
   if (result.mpSource != nullptr && made) {
     const Item was = result.mpSource->mLink.IsLinked() ? Item::LinkedResult : Item::Result;
@@ -111,7 +116,7 @@ void StockTaker::TakeResult(const ExpectedResult& result) {
   if (result.mSound) NoteNames(result);
 }
 
-void StockTaker::NoteNames(const ExpectedResult& result) {
+void LedgerMaker::NoteNames(const ExpectedResult& result) {
   if (result.mpSource != nullptr && result.mpSource->mName != result.mName) {
     ++mRenamed[result.mInput][{result.mpSource->mName, result.mName}];
   }
@@ -120,41 +125,43 @@ void StockTaker::NoteNames(const ExpectedResult& result) {
   ++mLinked[result.mInput][{primary == nullptr ? "" : primary->mName, result.mName}];
 }
 
-void StockTaker::TakeNode(const ExpectedNode& node) {
+void LedgerMaker::CountNode(const ExpectedNode& node) {
   if (node.mpSource == nullptr) {
-    Make(Item::Group, MadeRule::MergeGroup, node.mSound, 1);
+    CountMade(Item::Group, MadeRule::MergeGroup, node.mSound, 1);
     return;
   }
-  Copy(node.mInput, ItemOf(*node.mpSource), node.mSound, 1);
-  for (const ExpectedResult& result : node.mResults) TakeResult(result);
+  CountCopied(node.mInput, ItemOf(*node.mpSource), node.mSound, 1);
+  for (const ExpectedResult& result : node.mResults) CountResult(result);
   if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(node.GetContent())) {
-    Copy(node.mInput, Item::Set, node.mNumSoundSets, sets->GetNumSets());
+    CountCopied(node.mInput, Item::Set, node.mNumSoundSets, sets->GetNumSets());
   }
 }
 
-void StockTaker::TakeViews() {
+void LedgerMaker::CountViews() {
   if (mModel.mCurrentView) {
-    Copy(mModel.mCurrentView->mInput, Item::CurrentView, mModel.mCurrentView->mSound, 1);
+    CountCopied(mModel.mCurrentView->mInput, Item::CurrentView, mModel.mCurrentView->mSound, 1);
   }
   if (mModel.mSequencer) {
-    Copy(mModel.mSequencer->mInput, Item::Sequencer, mModel.mSequencer->mSound, 1);
+    CountCopied(mModel.mSequencer->mInput, Item::Sequencer, mModel.mSequencer->mSound, 1);
   }
   for (const ExpectedPath& path : mModel.mPaths) {
-    Copy(path.mInput, Item::ViewPath, path.mSound, 1);
-    Copy(path.mInput, Item::PathView, path.mNumSoundViews, path.mpSource->mViewPoints.size());
+    CountCopied(path.mInput, Item::ViewPath, path.mSound, 1);
+    CountCopied(path.mInput, Item::PathView, path.mNumSoundViews,
+                path.mpSource->mViewPoints.size());
   }
 }
 
-void StockTaker::TakeHistory() {
-  for (const auto& entry : mModel.mHistory) Copy(entry.mInput, Item::HistoryEntry, entry.mSound, 1);
-  Make(Item::HistoryEntry, MadeRule::HistoryEntry, mModel.mNumSoundNewHistory,
-       mModel.mNewHistory.size());
+void LedgerMaker::CountHistory() {
+  for (const auto& entry : mModel.mHistory)
+    CountCopied(entry.mInput, Item::HistoryEntry, entry.mSound, 1);
+  CountMade(Item::HistoryEntry, MadeRule::HistoryEntry, mModel.mNumSoundNewHistory,
+            mModel.mNewHistory.size());
 }
 
-Ledger StockTaker::Take(const std::optional<PerItem<std::uint64_t>>& found) {
-  for (const auto& [id, node] : mModel.mNodes) TakeNode(node);
-  TakeViews();
-  TakeHistory();
+Ledger LedgerMaker::Make(const std::optional<PerItem<std::uint64_t>>& found) {
+  for (const auto& [id, node] : mModel.mNodes) CountNode(node);
+  CountViews();
+  CountHistory();
   for (std::size_t i = 0; i < mLedger.mInputs.size(); ++i) {
     mLedger.mInputs[i].mRenamed = AsList(std::move(mRenamed[i]));
     mLedger.mInputs[i].mLinked = AsList(std::move(mLinked[i]));
@@ -167,9 +174,9 @@ Ledger StockTaker::Take(const std::optional<PerItem<std::uint64_t>>& found) {
 
 }  // namespace
 
-Ledger TakeStock(ExpectedModel& model, const std::vector<InputFile>& inputs,
-                 const std::optional<PerItem<std::uint64_t>>& found) {
-  return StockTaker(model, inputs).Take(found);
+Ledger MakeLedger(const ExpectedModel& model, const std::vector<InputFile>& inputs,
+                  const std::optional<PerItem<std::uint64_t>>& found) {
+  return LedgerMaker(model, inputs).Make(found);
 }
 
 }  // namespace Qov::Tools

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <vector>
+
+#include "ExpectedModel.h"
+#include "Obstacles.h"
+
+namespace Qov::Tools {
+
+/// Adds the nodes of all models to `model`, below one group. The rules are written independently of
+/// the merge, because they check it.
+void ExpectDatasets(const std::vector<InputFile>& inputs, ExpectedModel& model,
+                    std::vector<Obstacle>& obstacles);
+
+}  // namespace Qov::Tools
