@@ -16,7 +16,6 @@
 #include "OptionValues.h"
 #include "Qov/Ryx/ValueOwners.h"
 #include "Qov/Util/Raise.h"
-#include "SureValues.h"
 #include "VerifiedValues.h"
 #include "dump/Choice.h"
 #include "dump/FileOutput.h"
