@@ -9,6 +9,7 @@
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
 #include "Sources.h"
+#include "SystemResources.h"
 #include "ThreadCount.h"
 
 namespace QovJbf {
@@ -24,7 +25,7 @@ constexpr int kCompressionLevel = 6;
 BlockOutput::BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length)
     : mThreads(threads),
       mMemory(GetCompressionMemory(threads, blockSize, length)),
-      mMostMemory(std::max(mMemory, MachineShare().GetFreeMemory() / 2)),
+      mMostMemory(std::max(mMemory, SystemResources().GetFreeMemory() / 2)),
       mQueue(threads, mMemory, kCompressionLevel) {}
 
 void BlockOutput::Add(std::uint64_t k, Block block, bool isCompressed) {
@@ -107,8 +108,8 @@ bool BlockOutput::WriteFirst(std::FILE* file, std::uint64_t position) {
   return output.mIsLast;
 }
 
-// The length of the content stands in front and is known last. It is written at first as it is
-// then, which is right for a block that is whole, so that such a block is written in one go.
+// The length of the content is stored before it but known last. The present length is written
+// first. It is final if the block is whole, so such a block is written without going back.
 void BlockOutput::WriteChunk(Entry& entry, std::FILE* file, std::uint64_t position,
                              const Chunk& chunk) {
   if (entry.mWritten == 0) {

@@ -5,19 +5,19 @@
 #include <cstdlib>
 #include <optional>
 
-#include "ThreadCount.h"
+#include "SystemResources.h"
 
 namespace QovJbf {
 namespace {
 
-/// Returns the free memory as of at most a second ago, because dozens of system files tell it.
+/// Returns the free memory, measured at most a second ago, because measuring reads dozens of files.
 std::uint64_t GetRecentFreeMemory() {
   using Clock = std::chrono::steady_clock;
   static thread_local std::optional<Clock::time_point> measured;
   static thread_local std::uint64_t free = 0;
   const Clock::time_point now = Clock::now();
   if (!measured || now - *measured > std::chrono::seconds(1)) {
-    free = MachineShare().GetFreeMemory();
+    free = SystemResources().GetFreeMemory();
     measured = now;
   }
   return free;

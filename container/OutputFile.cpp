@@ -9,7 +9,6 @@
 #include <map>
 #include <utility>
 
-#include "Qov/Jbf/OutputLocks.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Printable.h"
@@ -25,33 +24,11 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
 
-/// A file descriptor that is closed with its owner.
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : mDescriptor(descriptor) {}
-  Descriptor(Descriptor&& other) noexcept : mDescriptor(other.Release()) {}
-  ~Descriptor() {
-    if (IsOpen()) ::close(mDescriptor);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  Descriptor& operator=(Descriptor&&) = delete;
-
-  bool IsOpen() const { return mDescriptor != -1; }
-  int Get() const { return mDescriptor; }
-  int Release() { return std::exchange(mDescriptor, -1); }
-  /// Another one for the same open file, with the same lock.
-  Descriptor Duplicate() const { return Descriptor(::fcntl(mDescriptor, F_DUPFD_CLOEXEC, 0)); }
-
- private:
-  int mDescriptor;
-};
-
-/// Closed outputs whose locks are kept, by their paths.
+/// The closed outputs whose locks are kept, by path.
 using KeptLocks = std::map<std::string, Descriptor>;
 KeptLocks* gpKeptLocks = nullptr;
 
-/// True if both lead to the same regular file.
+/// Returns true if both are the same regular file.
 bool IsSameRegularFile(const struct stat& left, const struct stat& right) {
   return S_ISREG(left.st_mode) && left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
@@ -66,7 +43,8 @@ bool IsRegular(int descriptor) {
         "Output file " + Quote(path) + " was removed or replaced while it was written");
 }
 
-/// The file at `path` again, whose lock was kept.
+/// Returns the file at `path`, whose lock was kept. Raises WriteError if the path leads to another
+/// file.
 Descriptor Reopen(const std::string& path, const Descriptor& kept) {
   struct stat before {};
   struct stat now {};
@@ -90,18 +68,14 @@ void Lock(const Descriptor& output, const std::string& path) {
       << "The output cannot be locked; another writer would go unnoticed.";
 }
 
+}  // namespace
+
 Descriptor OpenAndLock(const std::string& path, int flags) {
-  constexpr mode_t kForAll = 0666;  // as far as the umask lets them
-  Descriptor output(RetryWithFewerHandles([&] { return ::open(path.c_str(), flags, kForAll); },
+  constexpr mode_t kMode = 0666;  // the umask removes bits
+  Descriptor output(RetryWithFewerHandles([&] { return ::open(path.c_str(), flags, kMode); },
                                           [](int result) { return result != -1; }));
   if (output.IsOpen() && IsRegular(output.Get())) Lock(output, path);
   return output;
-}
-
-}  // namespace
-
-void CheckOutputIsFree(const std::string& path) {
-  OpenAndLock(path, O_RDWR | O_CLOEXEC | O_NONBLOCK);  // the lock ends with the descriptor
 }
 
 std::FILE* OpenOutput(const std::string& path, const char* mode) {
@@ -129,11 +103,11 @@ void KeepOutputLock(const std::string& path, std::FILE* file) {
   if (kept.IsOpen()) gpKeptLocks->try_emplace(path, std::move(kept));
 }
 
-OutputLocks::OutputLocks() {
+void StartKeepingLocks() {
   QOV_ASSERT(gpKeptLocks == nullptr);
   gpKeptLocks = new KeptLocks;
 }
 
-OutputLocks::~OutputLocks() { delete std::exchange(gpKeptLocks, nullptr); }
+void StopKeepingLocks() { delete std::exchange(gpKeptLocks, nullptr); }
 
 }  // namespace QovJbf

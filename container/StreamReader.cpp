@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "BlockCache.h"
 #include "BlockInflater.h"
 #include "ContainerFormat.h"
 #include "FileAccess.h"
-#include "InflatedBlocks.h"
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
@@ -17,17 +17,17 @@ namespace QovJbf {
 
 namespace {
 
-/// Once so many times the length of a block was inflated in vain, because reading went back in it,
-/// the block is kept as a whole.
-constexpr std::uint64_t kMostInVain = 4;
+/// A block is cached when this many times its length was decompressed and discarded, because
+/// reading went back in it.
+constexpr std::uint64_t kMaxDiscarded = 4;
 
 }  // namespace
 
 struct StreamReader::State {
-  /// What is known of the checksum of a block.
-  enum class Verdict : std::uint8_t { Unknown, Sound, Damaged };
+  /// Result of the comparison of a block with its checksum.
+  enum class Checksum : std::uint8_t { Unknown, Matches, Differs };
 
-  ~State() { InflatedBlocks::Instance().DropThoseOf(this); }
+  ~State() { BlockCache::Instance().DropAll(this); }
 
   std::uint32_t ReadRawLength(const StoredBlock& block) const;
   std::uint32_t GetRawLength(std::size_t i) const {
@@ -37,24 +37,25 @@ struct StreamReader::State {
   void ForEachPart(std::uint64_t offset, void* target, std::size_t n, ReadPart readPart);
   void ReadFromBlock(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
   void Inflate(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
-  void Begin(std::size_t i);
-  bool IsToBeKept(std::size_t i, std::uint32_t within);
-  bool KeepWhole(std::size_t i);
-  void VerifyOwed();
-  void VerifyBlock(std::size_t i, bool isWanted);
+  void StartBlock(std::size_t i);
+  void CountDiscarded(std::size_t i, std::uint32_t n);
+  bool IsWorthCaching(std::size_t i) const;
+  bool CacheBlock(std::size_t i);
+  void VerifyLastRead();
+  void VerifyBlock(std::size_t i, bool mayCache);
   template <class InflateToEnd>
-  void Judge(std::size_t i, InflateToEnd inflateToEnd);
+  void RunToEnd(std::size_t i, InflateToEnd inflateToEnd);
 
   std::shared_ptr<SourceFile> mpSource;
   std::vector<StoredBlock> mBlocks;
-  std::vector<std::uint64_t> mStarts;  // uncompressed offsets, and the length as one more
-  std::vector<Verdict> mVerdicts;
-  std::size_t mNumVerifiedBefore = 0;  // the first blocks, which VerifyBefore need not visit
-  std::optional<std::size_t> mOwed;    // read from, but not verified yet
+  std::vector<std::uint64_t> mStarts;  // uncompressed offsets of the blocks, and the length
+  std::vector<Checksum> mChecksums;
+  std::size_t mNumVerified = 0;          // number of blocks that VerifyBefore has verified
+  std::optional<std::size_t> mLastRead;  // block that was read and is not verified yet
   std::uint64_t mEndOfReads = 0;
-  std::vector<std::uint64_t> mInVain;  // bytes of each block that were only passed over
-  std::uint64_t mAllInVain = 0;
-  std::size_t mInflated = 0;  // the block that mpInflater is in
+  std::vector<std::uint64_t> mDiscarded;  // bytes of each block, decompressed to reach later ones
+  std::uint64_t mNumDiscarded = 0;
+  std::size_t mInflating = 0;  // block that mpInflater decompresses
   std::unique_ptr<BlockInflater> mpInflater;
 };
 
@@ -67,7 +68,7 @@ std::uint32_t StreamReader::State::ReadRawLength(const StoredBlock& block) const
   return rawLength;
 }
 
-// Calls `readPart` for the part of each block that the bytes lie in.
+// Calls `readPart` for the part in each block.
 template <class ReadPart>
 void StreamReader::State::ForEachPart(std::uint64_t offset, void* target, std::size_t n,
                                       ReadPart readPart) {
@@ -92,7 +93,7 @@ void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, uns
     mpSource->Read(mBlocks[i].mPosition + within, target, n);
     return;
   }
-  if (InflatedBlocks::Instance().Read(this, i, within, target, n)) return;
+  if (BlockCache::Instance().Read(this, i, within, target, n)) return;
   try {
     Inflate(i, within, target, n);
   } catch (...) {
@@ -103,45 +104,48 @@ void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, uns
 
 void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned char* target,
                                   std::uint32_t n) {
-  if (!mpInflater || mInflated != i || mpInflater->GetOffset() > within) {
-    if (IsToBeKept(i, within) && KeepWhole(i)) {
-      InflatedBlocks::Instance().Read(this, i, within, target, n);
+  if (!mpInflater || mInflating != i || mpInflater->GetOffset() > within) {
+    CountDiscarded(i, within);
+    if (IsWorthCaching(i) && CacheBlock(i)) {
+      BlockCache::Instance().Read(this, i, within, target, n);
       return;
     }
-    Begin(i);
+    StartBlock(i);
   }
   mpInflater->Skip(within - mpInflater->GetOffset());
   mpInflater->Read(target, n);
   if (!mpInflater->IsAtEnd()) return;
-  mVerdicts[i] = Verdict::Sound;
+  mChecksums[i] = Checksum::Matches;
   mpInflater.reset();
 }
 
-void StreamReader::State::Begin(std::size_t i) {
+void StreamReader::State::StartBlock(std::size_t i) {
   mpInflater.reset();
   const StoredBlock& block = mBlocks[i];
   mpInflater = std::make_unique<BlockInflater>(*mpSource, block.mPosition + kRawLengthSize,
                                                block.mSize - kRawLengthSize, GetRawLength(i));
-  mInflated = i;
+  mInflating = i;
 }
 
-// Counts what it costs to begin block `i` again for what lies `within`.
-bool StreamReader::State::IsToBeKept(std::size_t i, std::uint32_t within) {
-  mInVain[i] += within;
-  mAllInVain += within;
-  return mInVain[i] > kMostInVain * GetRawLength(i);
+void StreamReader::State::CountDiscarded(std::size_t i, std::uint32_t n) {
+  mDiscarded[i] += n;
+  mNumDiscarded += n;
 }
 
-// Runs the block through the inflater to its end, where the checksum is compared.
+bool StreamReader::State::IsWorthCaching(std::size_t i) const {
+  return mDiscarded[i] > kMaxDiscarded * GetRawLength(i);
+}
+
+// Calls `inflateToEnd`, which decompresses the block to its end, where zlib compares the checksum.
 template <class InflateToEnd>
-void StreamReader::State::Judge(std::size_t i, InflateToEnd inflateToEnd) {
+void StreamReader::State::RunToEnd(std::size_t i, InflateToEnd inflateToEnd) {
   try {
-    if (!mpInflater || mInflated != i) Begin(i);
+    if (!mpInflater || mInflating != i) StartBlock(i);
     inflateToEnd();
-    mVerdicts[i] = Verdict::Sound;
+    mChecksums[i] = Checksum::Matches;
     mpInflater.reset();
   } catch (const DamagedBlock&) {
-    mVerdicts[i] = Verdict::Damaged;
+    mChecksums[i] = Checksum::Differs;
     mpInflater.reset();
     throw;
   } catch (...) {
@@ -150,31 +154,32 @@ void StreamReader::State::Judge(std::size_t i, InflateToEnd inflateToEnd) {
   }
 }
 
-// Decompresses the block into the cache, which verifies it. Returns false, and has done nothing, if
-// the cache or the memory is too small.
-bool StreamReader::State::KeepWhole(std::size_t i) {
+// Decompresses the block into the cache, which verifies it. Returns false and does nothing if the
+// cache or the memory is too small.
+bool StreamReader::State::CacheBlock(std::size_t i) {
   const std::uint32_t length = GetRawLength(i);
-  MallocBuffer content = InflatedBlocks::Instance().MakeRoom(length);
+  MallocBuffer content = BlockCache::Instance().MakeRoom(length);
   if (!content) return false;
   mpInflater.reset();
-  Judge(i, [&] { mpInflater->Read(content.get(), length); });
-  InflatedBlocks::Instance().Add(this, i, std::move(content), length);
+  RunToEnd(i, [&] { mpInflater->Read(content.get(), length); });
+  BlockCache::Instance().Add(this, i, std::move(content), length);
   return true;
 }
 
-// Verifies the block that Read was in last. It stays owed if that fails.
-void StreamReader::State::VerifyOwed() {
-  if (!mOwed) return;
-  if (mVerdicts[*mOwed] != Verdict::Sound) Judge(*mOwed, [this] { mpInflater->SkipToEnd(); });
-  mOwed.reset();
+// Verifies the block that Read has read last. After an error, the next call verifies it again.
+void StreamReader::State::VerifyLastRead() {
+  if (!mLastRead) return;
+  if (mChecksums[*mLastRead] != Checksum::Matches)
+    RunToEnd(*mLastRead, [this] { mpInflater->SkipToEnd(); });
+  mLastRead.reset();
 }
 
-// With `isWanted` the content is kept in the cache if it fits.
-void StreamReader::State::VerifyBlock(std::size_t i, bool isWanted) {
-  if (!mBlocks[i].mCompressed || mVerdicts[i] == Verdict::Sound) return;
-  if (mVerdicts[i] == Verdict::Damaged) throw DamagedBlock();
-  if (isWanted && KeepWhole(i)) return;
-  Judge(i, [this] { mpInflater->SkipToEnd(); });
+// Caches the content if `mayCache` is true and it fits.
+void StreamReader::State::VerifyBlock(std::size_t i, bool mayCache) {
+  if (!mBlocks[i].mCompressed || mChecksums[i] == Checksum::Matches) return;
+  if (mChecksums[i] == Checksum::Differs) throw DamagedBlock();
+  if (mayCache && CacheBlock(i)) return;
+  RunToEnd(i, [this] { mpInflater->SkipToEnd(); });
 }
 
 StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<StoredBlock> blocks)
@@ -186,8 +191,8 @@ StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<Store
   for (const StoredBlock& block : mpState->mBlocks) {
     mpState->mStarts.push_back(mpState->mStarts.back() + mpState->ReadRawLength(block));
   }
-  mpState->mVerdicts.resize(mpState->mBlocks.size());
-  mpState->mInVain.resize(mpState->mBlocks.size());
+  mpState->mChecksums.resize(mpState->mBlocks.size());
+  mpState->mDiscarded.resize(mpState->mBlocks.size());
 }
 
 StreamReader::~StreamReader() = default;
@@ -198,10 +203,11 @@ void StreamReader::Read(std::uint64_t offset, void* target, std::size_t n) {
   const auto readPart = [this](std::size_t i, std::uint32_t within, unsigned char* bytes,
                                std::uint32_t part) {
     State& state = *mpState;
-    if (state.mOwed != i) state.VerifyOwed();
+    if (state.mLastRead != i) state.VerifyLastRead();
     state.ReadFromBlock(i, within, bytes, part);
-    const bool isOwed = state.mBlocks[i].mCompressed && state.mVerdicts[i] != State::Verdict::Sound;
-    state.mOwed = isOwed ? std::optional(i) : std::nullopt;
+    const bool mustVerify =
+        state.mBlocks[i].mCompressed && state.mChecksums[i] != State::Checksum::Matches;
+    state.mLastRead = mustVerify ? std::optional(i) : std::nullopt;
   };
   mpState->ForEachPart(offset, target, n, readPart);
   mpState->mEndOfReads = std::max(mpState->mEndOfReads, offset + n);
@@ -216,18 +222,18 @@ void StreamReader::ReadVerified(std::uint64_t offset, void* target, std::size_t 
   mpState->ForEachPart(offset, target, n, readPart);
 }
 
-void StreamReader::Verify() { mpState->VerifyOwed(); }
+void StreamReader::Verify() { mpState->VerifyLastRead(); }
 
 std::uint64_t StreamReader::GetEndOfReads() const { return mpState->mEndOfReads; }
 
 void StreamReader::VerifyBefore(std::uint64_t offset) {
-  std::size_t& i = mpState->mNumVerifiedBefore;
+  std::size_t& i = mpState->mNumVerified;
   for (; i < mpState->mBlocks.size() && mpState->mStarts[i + 1] <= offset; ++i) {
     mpState->VerifyBlock(i, false);
   }
 }
 
-std::uint64_t StreamReader::GetNumDiscarded() const { return mpState->mAllInVain; }
+std::uint64_t StreamReader::GetNumDiscarded() const { return mpState->mNumDiscarded; }
 
 std::optional<StreamReader::BlockExtent> StreamReader::FindBlock(std::uint64_t offset,
                                                                  std::uint64_t n) const {

@@ -2,7 +2,7 @@
 #include <zlib.h>
 
 #include "ContainerSupport.h"
-#include "container/InflatedBlocks.h"
+#include "container/BlockCache.h"
 #include "support/BuildKind.h"
 
 namespace {
@@ -86,7 +86,7 @@ TEST(RandomAccess, StoredOrderDecompressesOnceOrTwice) {
     EXPECT_EQ(CostOfReading(*OpenReader(folder / "blocks"), 5000, verified), kBlocks);
   }
   if (kIsSlow) return;
-  const std::uint64_t tooLarge = InflatedBlocks::kMostBytes + 1;
+  const std::uint64_t tooLarge = BlockCache::kMaxBytes + 1;
   const ScopedEnvironment limit(kLimitVariable, "1000000000");
   WriteContainer(folder / "large", [&](JbFile& file) {
     PutInPieces(file, kStream, std::string(tooLarge, '\0'), 1U << 20U, kHeavy);

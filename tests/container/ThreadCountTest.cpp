@@ -1,3 +1,4 @@
+#include "container/SystemResources.h"
 #include "container/ThreadCount.h"
 
 #include <gtest/gtest.h>
@@ -24,9 +25,9 @@ class ThreadCountTest : public testing::Test {
     Write("proc/meminfo", "MemTotal: 99999999 kB\nMemFree: 1 kB\nMemAvailable: " +
                               std::to_string(megabytes * 1024) + " kB\n");
   }
-  MachineShare Share() const { return MachineShare(mRoot.GetPath().string()); }
+  SystemResources Share() const { return SystemResources(mRoot.GetPath().string()); }
 
-  const unsigned mAllowed = MachineShare("/nowhere").CountProcessors();
+  const unsigned mAllowed = SystemResources("/nowhere").CountProcessors();
   TempDir mRoot;
   const ScopedEnvironment mThreads{"RYXMERGE_THREADS", std::nullopt};
 };

@@ -1,4 +1,4 @@
-#include "InflatedBlocks.h"
+#include "BlockCache.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -6,13 +6,13 @@
 
 namespace QovJbf {
 
-InflatedBlocks& InflatedBlocks::Instance() {
-  static InflatedBlocks blocks;
+BlockCache& BlockCache::Instance() {
+  static BlockCache blocks;
   return blocks;
 }
 
-bool InflatedBlocks::Read(const void* owner, std::size_t block, std::uint64_t within, void* target,
-                          std::size_t n) {
+bool BlockCache::Read(const void* owner, std::size_t block, std::uint64_t within, void* target,
+                      std::size_t n) {
   const auto place = mPlaces.find({owner, block});
   if (place == mPlaces.end()) return false;
   mEntries.splice(mEntries.begin(), mEntries, place->second);
@@ -20,22 +20,22 @@ bool InflatedBlocks::Read(const void* owner, std::size_t block, std::uint64_t wi
   return true;
 }
 
-MallocBuffer InflatedBlocks::MakeRoom(std::uint64_t size) {
-  if (size > kMostBytes) return nullptr;
-  while (!mEntries.empty() && mNumBytes + CostOf(size) > kMostBytes) {
+MallocBuffer BlockCache::MakeRoom(std::uint64_t size) {
+  if (size > kMaxBytes) return nullptr;
+  while (!mEntries.empty() && mNumBytes + GetCost(size) > kMaxBytes) {
     Drop(std::prev(mEntries.end()));
   }
   return MallocBuffer(static_cast<unsigned char*>(std::malloc(size > 0 ? size : 1)));
 }
 
-void InflatedBlocks::Add(const void* owner, std::size_t block, MallocBuffer content,
-                         std::uint64_t size) {
+void BlockCache::Add(const void* owner, std::size_t block, MallocBuffer content,
+                     std::uint64_t size) {
   mEntries.push_front({{owner, block}, std::move(content), size});
   mPlaces[{owner, block}] = mEntries.begin();
-  mNumBytes += CostOf(size);
+  mNumBytes += GetCost(size);
 }
 
-void InflatedBlocks::DropThoseOf(const void* owner) {
+void BlockCache::DropAll(const void* owner) {
   for (auto place = mPlaces.lower_bound({owner, 0});
        place != mPlaces.end() && place->first.first == owner;) {
     const Entries::iterator entry = place->second;
@@ -44,8 +44,8 @@ void InflatedBlocks::DropThoseOf(const void* owner) {
   }
 }
 
-void InflatedBlocks::Drop(Entries::iterator entry) {
-  mNumBytes -= CostOf(entry->mSize);
+void BlockCache::Drop(Entries::iterator entry) {
+  mNumBytes -= GetCost(entry->mSize);
   mPlaces.erase(entry->mKey);
   mEntries.erase(entry);
 }
