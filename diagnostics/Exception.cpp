@@ -6,33 +6,7 @@
 namespace Qov::Util {
 namespace {
 
-/// The texts by the value of their kind.
-constexpr std::array<const char*, 22> kDescriptions = {
-    "Memory Allocation Error",
-    "Out of Bounds",
-    "Unknown Version",
-    "Not Initialized",
-    "Element Exists",
-    "Element Not Found",
-    "Invalid Method",
-    "Invalid Enumeration",
-    "Invalid Object",
-    "Read Error",
-    "Write Error",
-    "Format Not Supported",
-    "Bad Casting",
-    "Not Implemented",
-    "Mis-match Error",
-    "System Error",
-    "Miscelleneous Error",
-    "Zero Length",
-    "Model Error",
-    "State Error",
-    "Reserved",
-    "Invalid Exception",
-};
-
-/// The time as "Wed Jun 30 21:49:08 1993\n". The newline belongs to the report.
+/// Returns the time as "Wed Jun 30 21:49:08 1993\n". The report needs the newline.
 std::array<char, 32> FormatTime(std::time_t time) {
   std::array<char, 32> text{};
   if (ctime_r(&time, text.data()) == nullptr) text[0] = '\n';
@@ -41,9 +15,55 @@ std::array<char, 32> FormatTime(std::time_t time) {
 
 }  // namespace
 
+// The switch has no default, so that the compiler reports an error type without a text.
 const char* Exception::GetDescription(const ErrorType& type) {
-  const auto index = static_cast<std::size_t>(type);
-  return index < kDescriptions.size() ? kDescriptions[index] : kDescriptions.back();
+  switch (type) {
+    case ErrorType::MemoryAllocationError:
+      return "Memory Allocation Error";
+    case ErrorType::OutOfBounds:
+      return "Out of Bounds";
+    case ErrorType::UnknownVersion:
+      return "Unknown Version";
+    case ErrorType::NotInitialized:
+      return "Not Initialized";
+    case ErrorType::ElementExists:
+      return "Element Exists";
+    case ErrorType::ElementNotFound:
+      return "Element Not Found";
+    case ErrorType::InvalidMethod:
+      return "Invalid Method";
+    case ErrorType::InvalidEnumeration:
+      return "Invalid Enumeration";
+    case ErrorType::InvalidObject:
+      return "Invalid Object";
+    case ErrorType::ReadError:
+      return "Read Error";
+    case ErrorType::WriteError:
+      return "Write Error";
+    case ErrorType::FormatNotSupported:
+      return "Format Not Supported";
+    case ErrorType::BadCasting:
+      return "Bad Casting";
+    case ErrorType::NotImplemented:
+      return "Not Implemented";
+    case ErrorType::MismatchError:
+      return "Mis-match Error";
+    case ErrorType::SystemError:
+      return "System Error";
+    case ErrorType::MiscellaneousError:
+      return "Miscelleneous Error";
+    case ErrorType::ZeroLength:
+      return "Zero Length";
+    case ErrorType::ModelError:
+      return "Model Error";
+    case ErrorType::StateError:
+      return "State Error";
+    case ErrorType::Reserved:
+      return "Reserved";
+    case ErrorType::InvalidException:
+      break;
+  }
+  return "Invalid Exception";
 }
 
 Exception::Exception(ErrorType type, const char* file, unsigned long line, const char* method)

@@ -9,16 +9,14 @@ namespace {
 
 using ErrorType = Exception::ErrorType;
 
-/// The name of the failing function. Reports have a place for it that is not used.
-constexpr const char* kMethod = "<unknown>";
 constexpr const char* kWriteFailure = "Unable to write to file";
 
 }  // namespace
 
 void Raise(const char* source, Exception::ErrorType type, const std::string& description,
            unsigned long line) {
-  Log::Record(Log::kErrorLevel, source, line, kMethod) << description;
-  throw Exception(type, description.c_str(), source, line, kMethod);
+  Log::Record(Log::kErrorLevel, source, line, Log::kUnknownMethod) << description;
+  throw Exception(type, description.c_str(), source, line, Log::kUnknownMethod);
 }
 
 void Raise(const char* source, Exception::ErrorType type, unsigned long line) {
@@ -28,9 +26,9 @@ void Raise(const char* source, Exception::ErrorType type, unsigned long line) {
 void RaiseSystemFailure(const char* source, Exception::ErrorType type,
                         const std::string& description, int error, unsigned long line) {
   const std::string cause = std::generic_category().message(error);
-  Log::Record(Log::kErrorLevel, source, line, kMethod) << description;
-  Log::Record(Log::kErrorLevel, source, line, kMethod) << "The cause was: " << cause;
-  Exception exception(type, description.c_str(), source, line, kMethod);
+  Log::Record(Log::kErrorLevel, source, line, Log::kUnknownMethod) << description;
+  Log::Record(Log::kErrorLevel, source, line, Log::kUnknownMethod) << "The cause was: " << cause;
+  Exception exception(type, description.c_str(), source, line, Log::kUnknownMethod);
   exception.SetCause(cause);
   throw exception;
 }

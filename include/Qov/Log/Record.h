@@ -11,7 +11,7 @@
 
 namespace Qov::Util {
 
-/// What a log line is made from. Text beyond the array is dropped.
+/// The data of a log line. Text beyond the array is dropped.
 struct LogRecord {
   static constexpr std::size_t kMessageSize = 5120;
 
@@ -27,12 +27,16 @@ struct LogRecord {
 
 namespace Qov::Log {
 
-/// Progress, shown only once one of the LogTraceTo... functions was called.
+/// Level of progress records, which are logged only after a LogTraceTo... function was called.
 inline constexpr std::uint16_t kTraceLevel = 1000;
-/// Errors, logged right before they are thrown.
+/// Level of error records, which are logged before the error is thrown.
 inline constexpr std::uint16_t kErrorLevel = 2000;
 
-/// A log line under construction: append to it; it is emitted when it goes out of scope.
+/// The name of the failing function in log lines and errors, which have a place for it that is not
+/// used.
+inline constexpr const char* kUnknownMethod = "<unknown>";
+
+/// A log line to which text is appended. The destructor writes it.
 class QOV_EXPORT Record {
  public:
   Record(unsigned short level, const char* file, unsigned long line, const char* method);
@@ -52,9 +56,9 @@ class QOV_EXPORT Record {
   std::size_t mLength = 0;
 };
 
-/// A progress line of the module whose source constant is `source`.
+/// Returns a progress record of `source`, the source constant of a module.
 inline Record Trace(const char* source, unsigned long line = __builtin_LINE()) {
-  return {kTraceLevel, source, line, "<unknown>"};
+  return {kTraceLevel, source, line, kUnknownMethod};
 }
 
 }  // namespace Qov::Log

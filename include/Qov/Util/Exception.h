@@ -11,9 +11,9 @@
 
 namespace Qov::Util {
 
-/// The one error of the system: a kind, a description, the place that raised it and a report.
+/// The error type of the system: a type, a description, the place where it was raised and a report.
 ///
-/// Throw it through Raise() only, which logs the same text first.
+/// It must be thrown by the functions of Raise.h, which log the same text first.
 class QOV_EXPORT Exception : public std::exception, public FileContext {
  public:
   enum class ErrorType : std::uint32_t {
@@ -45,31 +45,31 @@ class QOV_EXPORT Exception : public std::exception, public FileContext {
   static constexpr std::size_t kDescriptionSize = 5120;
   static constexpr std::size_t kMessageSize = 5632;
 
-  /// The description is the table text of `type`.
+  /// Uses the text of `type` as the description.
   Exception(ErrorType type, const char* file, unsigned long line, const char* method);
   Exception(ErrorType type, const char* description, const char* file, unsigned long line,
             const char* method);
 
   using FileContext::SetCause;
 
-  /// The whole report, several lines of it.
+  /// Returns the report, which has several lines.
   const char* what() const noexcept override { return mMessage.data(); }
   virtual ErrorType GetType() const { return mType; }
-  /// The description alone, cut to kDescriptionSize bytes.
+  /// Returns the description, cut to kDescriptionSize bytes.
   virtual const char* GetLogMessage() const { return mDescription.data(); }
 
   std::uint16_t GetLevel() const { return kLevel; }
   const char* GetFile() const { return mFile; }
   unsigned long GetLine() const { return mLine; }
 
-  /// The text that the table of error kinds gives for `type`.
+  /// Returns the text of an error type.
   static const char* GetDescription(const ErrorType& type);
 
  private:
   void FormatMessage();
 
   ErrorType mType;
-  std::array<char, kDescriptionSize + 1> mDescription;  // one more byte than is ever filled
+  std::array<char, kDescriptionSize + 1> mDescription;  // the last byte stays zero
   const char* mFile;
   unsigned long mLine;
   const char* mMethod;
