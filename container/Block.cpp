@@ -50,8 +50,8 @@ void Block::CheckFreeSpaceAndAllocateMemory(const std::uint32_t& at, std::uint32
   }
   if (end < mCapacity) return;
   QOV_ASSERT(!IsReleased());
-  // The environment is looked at only here: a lookup for every four bytes would cost more than
-  // writing them.
+  // The variable is read only when the block grows, because a lookup costs more than a write of
+  // four bytes.
   default_block_size = ReadSizeVariable(kGrowthVariable, default_block_size);
   const std::uint64_t missing = end - mCapacity;
   AllocateAdditionalMemory(std::max<std::uint64_t>({n, default_block_size, missing}));
@@ -108,7 +108,7 @@ void Block::ReleaseMemory() {
 void Block::ReleaseSpareMemory() {
   if (mSize == 0 || mCapacity == mSize || mData == nullptr) return;
   void* shrunk = std::realloc(mData, mSize);
-  if (shrunk == nullptr) return;  // the larger buffer serves as well
+  if (shrunk == nullptr) return;  // the larger buffer can be used as well
   mData = static_cast<unsigned char*>(shrunk);
   mCapacity = mSize;
 }

@@ -30,7 +30,7 @@ std::vector<Chunk> BlockDeflater::Finish() {
   return rest;
 }
 
-// One call of deflate, into a new chunk if the last one is full.
+// Calls deflate once. Takes a new chunk if the last one is full.
 int BlockDeflater::Deflate(int flush, std::vector<Chunk>& full) {
   if (mOutput.GetSpace() == 0) {
     if (mOutput.mData) full.push_back(std::move(mOutput));

@@ -9,11 +9,11 @@
 
 namespace QovJbf {
 
-/// Compresses one block piece by piece. The zlib stream that comes out is byte for byte the one
-/// that BlockZlibCompressor makes of the whole block, as long as all pieces but the last are
-/// ChunkPool::kChunkSize long.
+/// Compresses one block piece by piece. The zlib stream has the same bytes as the stream that
+/// BlockZlibCompressor makes of the whole block, if all pieces except the last one have
+/// ChunkPool::kChunkSize bytes.
 ///
-/// Runs on worker threads: errors, of memory or of zlib, are a std::bad_alloc and are not logged.
+/// Runs on worker threads: throws std::bad_alloc for errors of memory or of zlib, and does not log.
 class BlockDeflater {
  public:
   BlockDeflater(ChunkPool& pool, int level);
@@ -21,9 +21,9 @@ class BlockDeflater {
   BlockDeflater(const BlockDeflater&) = delete;
   BlockDeflater& operator=(const BlockDeflater&) = delete;
 
-  /// Compresses the next `n` bytes; returns the chunks that became full.
+  /// Compresses the next `n` bytes. Returns the chunks that became full.
   std::vector<Chunk> Add(const unsigned char* bytes, std::size_t n);
-  /// Ends the stream; returns the rest of it.
+  /// Ends the stream. Returns the remaining chunks.
   std::vector<Chunk> Finish();
 
  private:

@@ -12,8 +12,8 @@ namespace QovJbf {
 
 /// Puts bytes into the last block of a stream and adds blocks when they are full.
 ///
-/// A usual block is filled in memory. The bytes of a streamed block go in chunks to the threads
-/// that compress them, and from there to the file; the table has only its length.
+/// A block is filled in memory unless it is streamed. The bytes of a streamed block go in chunks to
+/// the threads that compress them, and from there to the file; the table has only its length.
 class BlockFiller {
  public:
   BlockFiller(IndexTable& table, IndexWriter& writer) : mTable(table), mWriter(writer) {}

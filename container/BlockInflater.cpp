@@ -25,7 +25,7 @@ void BlockInflater::Read(unsigned char* target, std::uint32_t n) {
 }
 
 void BlockInflater::Skip(std::uint32_t n) {
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): it is only written to
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): it is never read
   std::array<unsigned char, 8192> passed;
   while (n > 0) {
     const std::uint32_t part = std::min<std::uint32_t>(n, passed.size());
@@ -43,13 +43,13 @@ void BlockInflater::Inflate(unsigned char* target, std::uint32_t n) {
   mStream.next_out = target;
   mStream.avail_out = n;
   while (mStream.avail_out > 0) {
-    if (mIsEnded) ThrowDamagedBlock(Z_DATA_ERROR);  // less content than was declared
+    if (mIsEnded) ThrowDamagedBlock(Z_DATA_ERROR);  // the content is shorter than its stored length
     Step();
   }
   mOffset += n;
 }
 
-// One call of inflate, after more input was read if there was none left.
+// Calls inflate once. Reads more input if there is none left.
 void BlockInflater::Step() {
   if (mStream.avail_in == 0) {
     const std::uint32_t part = std::min<std::uint32_t>(mStoredLeft, kBufferSize);
@@ -68,7 +68,7 @@ void BlockInflater::Step() {
   mIsEnded = result == Z_STREAM_END;
 }
 
-// Goes on to the end of the stream, where zlib compares the checksum, without further content.
+// Continues to the end of the stream, where zlib compares the checksum.
 void BlockInflater::Finish() {
   unsigned char excess = 0;
   mStream.next_out = &excess;

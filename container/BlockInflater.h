@@ -10,28 +10,29 @@
 
 namespace QovJbf {
 
-/// Inflates one compressed block of a file step by step, forward only.
+/// Decompresses one block of a file step by step, forward only.
 ///
-/// A stream that zlib refuses, or whose content has not exactly the length that was declared,
-/// throws a DamagedBlock and leaves the inflater unusable.
+/// Throws DamagedBlock if zlib refuses the stream, or if the length of the content is not the
+/// stored length. The object cannot be used after that.
 class BlockInflater {
  public:
-  /// The zlib stream lies in the `storedSize` bytes at `position` of `source`, which must live
-  /// as long as this.
+  /// The zlib stream has `storedSize` bytes at `position` of `source`, which must outlive this
+  /// object.
   BlockInflater(SourceFile& source, std::uint64_t position, std::uint32_t storedSize,
                 std::uint32_t rawLength);
   ~BlockInflater();
   BlockInflater(const BlockInflater&) = delete;
   BlockInflater& operator=(const BlockInflater&) = delete;
 
-  /// Where the next byte stands in the content.
+  /// Returns the offset of the next byte in the content.
   std::uint32_t GetOffset() const { return mOffset; }
   bool IsAtEnd() const { return mOffset == mRawLength; }
 
-  /// The `n` bytes must be there. Reaching the end checks the stream's checksum.
+  /// Reads the next `n` bytes. The content must have that many more. Compares the checksum at the
+  /// end of the content.
   void Read(unsigned char* target, std::uint32_t n);
   void Skip(std::uint32_t n);
-  /// Passes over the rest and checks the stream's checksum.
+  /// Skips the rest and compares the checksum.
   void SkipToEnd();
 
  private:
@@ -47,7 +48,7 @@ class BlockInflater {
   std::uint32_t mRawLength;
   std::uint32_t mOffset = 0;
   z_stream mStream{};
-  bool mIsEnded = false;  // zlib has seen the end of the stream and its checksum
+  bool mIsEnded = false;  // zlib has reached the end of the stream and compared the checksum
   std::array<unsigned char, kBufferSize> mBuffer;
 };
 

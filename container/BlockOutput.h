@@ -12,53 +12,54 @@
 
 namespace QovJbf {
 
-/// Blocks on their way to a file, by the position of their items. They are compressed in any
-/// order and written in this one.
+/// Blocks that are being compressed and written. They are compressed in any order and written in
+/// the order of their items.
 ///
-/// A block comes whole, or it is compressed while it fills. Of the first one nothing is kept: what
-/// there is of it can be written at once, because no block before it will move it any more.
+/// A block is added whole, or it is compressed while it fills. The compressed bytes of the first
+/// block can be written at once, because its position is known.
 class BlockOutput {
  public:
-  /// Of the blocks that fill here there will be `length` bytes, if that is known and not 0.
+  /// `length` is the number of bytes of the blocks that fill, 0 if it is not known.
   BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length);
 
-  /// Takes a whole block over.
+  /// Adds a whole block.
   void Add(std::uint64_t k, Block block, bool isCompressed);
 
-  /// Where the next bytes of block `k` go, which is begun if it is not there yet. Empty while
-  /// there is no memory for them: then something has to be written first.
+  /// Returns memory for the next bytes of block `k`, which is added if it does not exist. Returns
+  /// an empty span if there is no memory; compressed bytes have to be written first then.
   std::span<unsigned char> GetSpace(std::uint64_t k);
-  /// `n` bytes of the space have been filled; true if that gave workers something to do.
+  /// Adds the first `n` bytes of the memory from GetSpace to block `k`. Returns true if a chunk was
+  /// passed to the workers.
   bool Advance(std::uint64_t k, std::size_t n);
-  /// Block `k`, which may have no bytes, gets no more.
+  /// Makes block `k` whole: it gets no more bytes. It can be empty.
   void Finish(std::uint64_t k);
-  /// Allows for blocks that exceed their usual size by `excess` bytes, as far as half of the free
-  /// memory goes.
+  /// Uses more memory for blocks that exceed the block size by `excess` bytes, at most half of the
+  /// free memory.
   void AllowExcess(std::uint64_t excess);
 
   bool IsEmpty() const { return mBlocks.empty(); }
   std::uint64_t GetFirst() const { return mBlocks.begin()->first; }
-  /// True if nothing will be added to block `k`.
+  /// Returns true if block `k` gets no more bytes.
   bool IsWhole(std::uint64_t k) const { return mBlocks.at(k).mIsWhole; }
-  /// True if any block is whole.
+  /// Returns true if any block is whole.
   bool HasWhole() const { return mNumWhole > 0; }
-  /// Writes what there is of the first block, whose place is `position`; true if that was all of
-  /// it that there will be.
+  /// Writes the available bytes of the first block at `position`. Returns true if the block is
+  /// written completely.
   bool WriteFirst(std::FILE* file, std::uint64_t position);
-  /// Forgets the first block, which is written; returns its size in the file.
+  /// Removes the first block after it was written completely. Returns its size in the file.
   std::uint32_t RemoveFirst();
-  /// Waits until there is more to write or to take in.
+  /// Waits until a worker has made progress.
   void Wait() { mQueue.Wait(); }
 
  private:
   struct Entry {
-    Block mPlain;                      ///< The content, if it is not compressed.
-    CompressionQueue::JobHandle mJob;  ///< Else the work on it,
+    Block mPlain;                      ///< The content of a block that is not compressed.
+    CompressionQueue::JobHandle mJob;  ///< The compression of any other block.
     bool mIsWhole = false;
-    Chunk mFilling;              ///< the part of the content that is coming in,
-    std::uint32_t mRawSize = 0;  ///< its length so far,
+    Chunk mFilling;              ///< The chunk that is being filled.
+    std::uint32_t mRawSize = 0;  ///< Present length of the content.
     std::optional<std::uint32_t> mWrittenRawSize;
-    std::uint64_t mWritten = 0;  ///< and the bytes that are in the file.
+    std::uint64_t mWritten = 0;  ///< Number of bytes in the file.
   };
 
   Entry& GetEntry(std::uint64_t k);
@@ -72,7 +73,7 @@ class BlockOutput {
   std::uint64_t mMostMemory;
   CompressionQueue mQueue;
   std::size_t mNumWhole = 0;
-  std::map<std::uint64_t, Entry> mBlocks;  ///< Gone before the queue, whose chunks they hold.
+  std::map<std::uint64_t, Entry> mBlocks;  ///< After mQueue, because they hold its chunks.
 };
 
 }  // namespace QovJbf

@@ -15,7 +15,7 @@ using Qov::Util::RaiseOutOfMemory;
 
 namespace {
 
-// A fifth more than the content is more than zlib's own bound for all but the shortest blocks.
+// Returns 1.2 times the length, or zlib's bound for a short block, where that is larger.
 std::uint64_t GetOutputSize(std::uint32_t rawLength) {
   const auto estimate = static_cast<std::uint64_t>(static_cast<float>(rawLength) * 1.2F) + 12;
   return std::max<std::uint64_t>(estimate, compressBound(rawLength));

@@ -10,7 +10,7 @@ Chunk ChunkPool::Take() {
   const std::lock_guard lock(mMutex);
   Chunk chunk;
   if (mFree.empty()) {
-    mFree.reserve(mNumChunks + 1);  // so that each can be returned without taking memory
+    mFree.reserve(mNumChunks + 1);  // Return must not allocate
     MallocBuffer data(static_cast<unsigned char*>(std::malloc(kChunkSize)));
     if (!data) throw std::bad_alloc();
     chunk = Chunk(std::move(data), kChunkSize, 0);

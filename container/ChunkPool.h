@@ -9,8 +9,7 @@
 
 namespace QovJbf {
 
-/// A piece of a block on its way to a worker, or of what the worker made of it. One thread has it
-/// at a time.
+/// A piece of the content of a block, or of its compressed form. Only one thread uses it at a time.
 struct Chunk {
   Chunk() = default;
   Chunk(MallocBuffer data, std::size_t capacity, std::size_t size)
@@ -30,32 +29,32 @@ struct Chunk {
   std::size_t GetSpace() const { return mCapacity - mSize; }
 
   MallocBuffer mData;
-  std::size_t mCapacity = 0;  ///< 0 for a buffer that is no pool's, which gets no more content.
+  std::size_t mCapacity = 0;  ///< 0 for a buffer that is not from a pool and gets no more bytes.
   std::size_t mSize = 0;
 };
 
-/// Chunks of one size for all threads, used again and again: what a worker has read is what it
-/// writes into next, so that all chunks together never take more than were in use at once.
+/// Chunks of one size, shared by all threads. Returned chunks are reused, so the pool never has
+/// more chunks than were in use at one time.
 class ChunkPool {
  public:
-  /// A multiple of the 32 KiB by which deflate's window moves. Fed in such pieces, deflate finds
-  /// the same matches as in the whole.
+  /// A multiple of 32 KiB, by which deflate's window moves, so that deflate finds the same matches
+  /// as in the whole content.
   static constexpr std::size_t kChunkSize = std::size_t{256} * 1024;
 
-  /// An empty chunk. Throws std::bad_alloc.
+  /// Returns an empty chunk. Throws std::bad_alloc.
   Chunk Take();
-  /// Takes a chunk back; one that is not the pool's is freed.
+  /// Takes a chunk back. Frees a chunk that is not from the pool.
   void Return(Chunk chunk) noexcept;
 
-  /// Bytes of the chunks that were taken and not returned.
+  /// Returns the size in bytes of all chunks that are in use.
   std::size_t GetUsed() const;
-  /// The most that GetUsed ever was.
+  /// Returns the largest value of GetUsed so far.
   std::size_t GetMostUsed() const;
 
  private:
   mutable std::mutex mMutex;
   std::vector<Chunk> mFree;
-  std::size_t mNumChunks = 0;  ///< In all.
+  std::size_t mNumChunks = 0;  ///< Number of chunks, in use or free.
   std::size_t mUsed = 0;
   std::size_t mMostUsed = 0;
 };

@@ -12,15 +12,15 @@
 
 namespace QovJbf {
 
-/// The lock of the queue guards all but mDeflater, which belongs to the worker in Run.
+/// The mutex of the queue guards all members except mDeflater, which the worker in Run uses.
 class CompressionQueue::Job {
  private:
   friend class CompressionQueue;
 
   std::deque<Chunk> mInput;
-  bool mIsWhole = false;   // there will be no more input
-  bool mIsEnded = false;   // there will be no more output
-  bool mIsPosted = false;  // a worker has it or is going to
+  bool mIsWhole = false;   // no more input
+  bool mIsEnded = false;   // no more output
+  bool mIsPosted = false;  // queued for a worker or in work
   std::vector<Chunk> mOutput;
   std::optional<BlockDeflater> mDeflater;
 };
@@ -51,7 +51,7 @@ void CompressionQueue::Finish(const JobHandle& job) {
   Post(job);
 }
 
-// A job that a worker has already goes on with what was added.
+// Queues the job for a worker, unless a worker has it. That worker continues with the new input.
 void CompressionQueue::Post(const JobHandle& job) {
   {
     const std::lock_guard lock(mMutex);
@@ -88,7 +88,7 @@ void CompressionQueue::RaiseIfFailed() const {
   if (mHasFailed) Qov::Util::RaiseOutOfMemory(kCompressorSource);
 }
 
-// From here on, on a worker.
+// The functions below run on workers.
 
 void CompressionQueue::Run(Job& job) {
   try {
@@ -100,7 +100,7 @@ void CompressionQueue::Run(Job& job) {
   }
 }
 
-// The next part of the content, an empty one for its end, or nothing if that has not come yet.
+// Returns the next part of the content, an empty part for its end, or nothing if there is no input.
 std::optional<Chunk> CompressionQueue::TakeInput(Job& job) {
   const std::lock_guard lock(mMutex);
   if (mHasFailed || mIsEnding) return std::nullopt;

@@ -15,46 +15,46 @@
 
 namespace QovJbf {
 
-/// Compresses blocks on worker threads, each block by one thread at a time and several blocks side
-/// by side. All methods belong to one thread, the owner's; only chunks cross to the workers.
+/// Compresses blocks on worker threads, several blocks at a time, each block by one thread. One
+/// thread calls all methods. Workers get only chunks.
 ///
-/// Memory is bounded from the filling side: whoever fills blocks takes a chunk only while
-/// HasRoom(). The chunks in use then never exceed the bound by more than the chunks that blocks
-/// in work are just writing into, one a block.
+/// The caller bounds the memory: it takes a chunk to fill only while HasRoom() is true. The chunks
+/// in use then exceed the bound at most by one output chunk for each block that is being
+/// compressed.
 ///
-/// An error of a worker, of memory or of zlib, is raised as MemoryAllocationError by the next
-/// TakeOutput or Wait.
+/// If a worker fails, because of memory or zlib, the next TakeOutput or Wait raises
+/// MemoryAllocationError.
 class CompressionQueue {
  public:
-  /// One block: its chunks on the way in and on the way out.
+  /// A block: the chunks of its content and of its compressed form.
   class Job;
   using JobHandle = std::shared_ptr<Job>;
 
-  /// `memory` is the bound in bytes. With fewer than two threads nothing runs in parallel: Add
-  /// and Finish do the work themselves.
+  /// `memory` is the bound in bytes. With fewer than two threads, Add and Finish compress on the
+  /// calling thread.
   CompressionQueue(unsigned threads, std::uint64_t memory, int level);
   ~CompressionQueue();
 
   JobHandle Begin();
-  /// Hands over the next part of the content: exactly ChunkPool::kChunkSize bytes, except for
-  /// the last part. Any size will do for a part that is the only one. No part is empty.
+  /// Adds the next part of the content. All parts except the last one must have
+  /// ChunkPool::kChunkSize bytes. The only part of a block can have any size. No part is empty.
   void Add(const JobHandle& job, Chunk part);
-  /// There is no more to add.
+  /// Ends the content.
   void Finish(const JobHandle& job);
 
   struct Output {
-    std::vector<Chunk> mChunks;  ///< To be returned to the pool.
-    bool mIsLast = false;        ///< Nothing comes after them.
+    std::vector<Chunk> mChunks;  ///< The caller returns them to the pool.
+    bool mIsLast = false;        ///< True if the block is compressed completely.
   };
-  /// The compressed bytes since the last call.
+  /// Returns the compressed bytes since the last call.
   Output TakeOutput(Job& job);
 
-  /// False while waiting would help: the bound is reached and workers have something to do.
+  /// Returns false if the bound is reached and workers have work, so that Wait helps.
   bool HasRoom();
-  /// Lets a larger bound hold from now on.
+  /// Raises the bound to `memory` if that is larger.
   void RaiseBound(std::uint64_t memory);
-  /// Waits until workers made something of what they have; returns at once if they did since the
-  /// last call, or if they have nothing.
+  /// Waits until a worker has made progress. Returns at once if one has since the last call, or if
+  /// there is no work.
   void Wait();
   ChunkPool& GetPool() { return mPool; }
 
@@ -71,12 +71,13 @@ class CompressionQueue {
   std::mutex mMutex;
   std::condition_variable mProgress;
   std::uint64_t mBound;
-  std::size_t mNumWaiting = 0;      ///< Steps that workers have before them or in work.
-  std::uint64_t mNumDelivered = 0;  ///< Grows with what workers do.
-  std::uint64_t mNumSeen = 0;       ///< mNumDelivered at the end of the last Wait.
+  std::size_t mNumWaiting = 0;      ///< Number of steps that are queued or in work.
+  std::uint64_t mNumDelivered = 0;  ///< Number of results that workers have delivered.
+  std::uint64_t mNumSeen = 0;       ///< Value of mNumDelivered at the end of the last Wait.
   bool mHasFailed = false;
   std::atomic<bool> mIsEnding = false;
-  WorkerPool mWorkers;  ///< The last member: it is gone before what its tasks use.
+  WorkerPool
+      mWorkers;  ///< Last, because it must be destroyed before the members that its tasks use.
 };
 
 }  // namespace QovJbf

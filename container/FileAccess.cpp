@@ -40,7 +40,7 @@ void ReadAt(const char* source, std::FILE* file, std::uint64_t position, void* t
 }
 
 void SeekToWrite(const char* source, std::FILE* file, std::uint64_t position, unsigned long line) {
-  // Seeking would flush too, but not tell a full disk from a bad position.
+  // fseeko would flush as well, but its error does not tell a full disk from a wrong position.
   if (std::fflush(file) != 0) RaiseWriteFailure(source, errno, line);
   if (fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0) return;
   Qov::Log::Trace(source) << "File positioning failed";

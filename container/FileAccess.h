@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <cstdio>
 
-/// Reading and writing a file at offsets. Each function raises ReadError ("Unable to read from
-/// file") or WriteError from `source` and its line when it cannot do its work; a null `file`
-/// cannot be read.
+/// Reading and writing a file at offsets. The functions raise ReadError ("Unable to read from
+/// file") or WriteError with `source` and the line of the caller. Reading a null `file` is a
+/// ReadError.
 namespace QovJbf {
 
 std::uint64_t GetFileLength(const char* source, std::FILE* file,
@@ -23,7 +23,7 @@ void SeekToWrite(const char* source, std::FILE* file, std::uint64_t position,
 void WriteAt(const char* source, std::FILE* file, std::uint64_t position, const void* data,
              std::size_t n, unsigned long line = __builtin_LINE());
 
-/// Raises unless `n` bytes at `position` lie in a file of `fileLength` bytes.
+/// Raises ReadError if a file of `fileLength` bytes does not have `n` bytes at `position`.
 void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,
                  std::uint64_t n, unsigned long line = __builtin_LINE());
 

@@ -71,7 +71,7 @@ class IndexTable {
   bool IsOnlyInFile(std::uint64_t k) const;
   /// Returns the number of bytes put into a block that is not frozen.
   std::uint32_t GetFill(std::uint64_t k) const;
-  /// Returns the uncompressed size, or nothing if only the file says it.
+  /// Returns the uncompressed size, or nothing if it has to be read from the file.
   std::optional<std::uint32_t> FindRawLength(std::uint64_t k) const;
   std::uint64_t GetPosition(std::uint64_t k);
   void SetSize(std::uint64_t k, std::uint32_t size);

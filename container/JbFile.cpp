@@ -34,7 +34,7 @@ void WriteBytes(std::FILE* file, const void* data, std::size_t n) {
   }
 }
 
-// fopen opens a folder for reading, but no byte can be read from it.
+// Returns true for a folder. fopen opens folders for reading, but no byte can be read from them.
 bool IsFolder(std::FILE* file) {
   struct stat status {};
   return fstat(fileno(file), &status) == 0 && S_ISDIR(status.st_mode);

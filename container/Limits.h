@@ -4,8 +4,8 @@
 
 namespace QovJbf {
 
-/// What the environment variable `name` says, in decimal; `otherwise` when it is unset or above
-/// 4294967294. Text that is no number counts as 0.
+/// Returns the decimal value of the environment variable `name`. Returns `otherwise` if the
+/// variable is not set or above 4294967294. Text that is not a number counts as 0.
 std::uint32_t ReadSizeVariable(const char* name, std::uint32_t otherwise);
 
 }  // namespace QovJbf

@@ -12,10 +12,10 @@ struct FreeDeleter {
   void operator()(unsigned char* data) const { std::free(data); }
 };
 
-/// A buffer that a block can take over, or that a block gave away.
+/// A buffer that a block can take ownership of.
 using MallocBuffer = std::unique_ptr<unsigned char, FreeDeleter>;
 
-/// Raises MemoryAllocationError from `source`.
+/// Allocates a buffer. Raises MemoryAllocationError from `source`.
 inline MallocBuffer AllocateBuffer(const char* source, std::uint64_t size) {
   MallocBuffer buffer(static_cast<unsigned char*>(std::malloc(size > 0 ? size : 1)));
   if (!buffer) Qov::Util::RaiseOutOfMemory(source);

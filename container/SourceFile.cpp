@@ -11,7 +11,7 @@ namespace QovJbf {
 
 namespace {
 
-// The source files that have a handle. The most recently used file comes first.
+// Returns the source files that have a handle. The most recently used file comes first.
 std::list<SourceFile*>& GetOpenSources() {
   static std::list<SourceFile*> sources;
   return sources;
@@ -48,7 +48,8 @@ void SourceFile::Open() {
     Close();
     throw;
   }
-  // StreamReader reads in large pieces or straight into its caller's memory.
+  // StreamReader needs no buffer, because it reads large pieces, or directly into its caller's
+  // memory.
   std::setvbuf(mFile, nullptr, _IONBF, 0);
 }
 

@@ -9,11 +9,11 @@
 
 namespace QovJbf {
 
-/// A file that is read again and again over a long time, without keeping a handle open for it.
+/// A file that is read over a long time without a handle of its own.
 ///
 /// All source files of the process share kMaximumOpenSources handles. If one more is needed, the
-/// handle of the least recently used file is closed; that file is opened again when it is next
-/// read. Every error is a ReadError.
+/// handle of the least recently used file is closed. That file is opened again when it is read
+/// next. All errors are ReadError.
 class SourceFile {
  public:
   static constexpr std::size_t kMaximumOpenSources = 24;
@@ -24,7 +24,7 @@ class SourceFile {
   SourceFile(const SourceFile&) = delete;
   SourceFile& operator=(const SourceFile&) = delete;
 
-  /// Reads `n` bytes at `position`. If the file has to be opened again, also raises if it has
+  /// Reads `n` bytes at `position`. If the file has to be opened again, raises ReadError if it has
   /// changed since it was first opened.
   void Read(std::uint64_t position, void* target, std::size_t n);
 
@@ -43,8 +43,8 @@ class SourceFile {
   std::FILE* mFile = nullptr;
 };
 
-/// Returns the result of `open`. While `open` fails because the process has no handles left, closes
-/// handles of source files and tries again.
+/// Returns the result of `open`. If `open` fails because the process has no handles left, closes
+/// handles of source files and calls it again.
 template <class Open, class IsOpen>
 auto RetryWithFewerHandles(const Open& open, const IsOpen& isOpen) {
   while (true) {

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The sources that log lines and errors of the container name, as far as several files use them.
+/// The sources in log lines and errors that several files of the container use.
 namespace QovJbf {
 
 inline constexpr const char* kBlockSource = "include/Qov/Jbf/Block";

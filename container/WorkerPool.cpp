@@ -20,7 +20,7 @@ void WorkerPool::StartThread() {
   try {
     mThreads.emplace_back([this] { Work(); });
   } catch (const std::exception&) {
-    mMostThreads = mThreads.size();  // the system or the memory allows no more
+    mMostThreads = mThreads.size();  // the system or the memory allows no more threads
   }
 }
 

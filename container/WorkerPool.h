@@ -9,16 +9,16 @@
 
 namespace QovJbf {
 
-/// Threads that run tasks in the order in which they come.
+/// Threads that run tasks in the order in which they were posted.
 ///
-/// Tasks must not throw, raise errors or log: what they find goes back through what they share
-/// with the thread that posted them.
+/// Tasks must not throw, raise errors or log. They report results through data that they share with
+/// the thread that posted them.
 class WorkerPool {
  public:
-  /// At most `threads` threads, which are started as tasks come in; with fewer than two there is
-  /// none. Without threads, also because the system grants none, a task runs at once, in Post.
+  /// Threads are started when tasks are posted, at most `threads`, and none if that is less than
+  /// two. If no thread can be started, Post runs the task itself.
   explicit WorkerPool(unsigned threads);
-  /// Waits for the tasks that are running; those that wait are dropped.
+  /// Waits for the tasks that are running. Drops the tasks that have not begun.
   ~WorkerPool();
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;

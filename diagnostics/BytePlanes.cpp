@@ -24,12 +24,12 @@ void JoinPlanesPlainly(const ConstPlanes& planes, std::size_t begin, std::size_t
 
 namespace {
 
-/// Elements that fill four registers, and whose planes fill one each.
+/// Number of elements that fill four registers. Each of their planes fills one register.
 constexpr std::size_t kStep = 16;
 
-/// Sixteen elements.
+/// The registers of kStep elements.
 struct Registers {
-  __m128i mParts[4];  // NOLINT(modernize-avoid-c-arrays): std::array drops what is special to it
+  __m128i mParts[4];  // NOLINT(modernize-avoid-c-arrays): std::array drops attributes of it
 };
 
 __m128i Load(const unsigned char* bytes) {
@@ -40,7 +40,7 @@ void Store(unsigned char* bytes, __m128i value) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), value);
 }
 
-/// The lowest byte of each element.
+/// Returns the lowest byte of each element.
 __m128i PackLowBytes(const Registers& elements) {
   const __m128i mask = _mm_set1_epi32(0xFF);
   const auto packPair = [&](std::size_t i) {

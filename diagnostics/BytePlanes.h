@@ -3,20 +3,20 @@
 #include <array>
 #include <cstddef>
 
-/// The kernels of byte shuffling: elements of 4 bytes that lie one behind the other, and the
-/// planes of their first, second, third and fourth bytes. Nothing overlaps.
+/// The kernels of byte shuffling. An array has elements of 4 bytes; a plane has the first, second,
+/// third or fourth byte of each element. The arguments must not overlap.
 namespace QovUtil {
 
 inline constexpr std::size_t kElementSize = 4;
 using Planes = std::array<unsigned char*, kElementSize>;
 using ConstPlanes = std::array<const unsigned char*, kElementSize>;
 
-/// Byte b of element i goes to planes[b][i].
+/// Copies byte b of element i to planes[b][i].
 void SplitPlanes(const unsigned char* elements, std::size_t count, const Planes& planes);
-/// The inverse.
+/// Copies planes[b][i] to byte b of element i.
 void JoinPlanes(const ConstPlanes& planes, std::size_t count, unsigned char* elements);
 
-/// The same for the elements from `begin` on, one at a time.
+/// Do the same for the elements from `begin` on, one at a time.
 void SplitPlanesPlainly(const unsigned char* elements, std::size_t begin, std::size_t count,
                         const Planes& planes);
 void JoinPlanesPlainly(const ConstPlanes& planes, std::size_t begin, std::size_t count,

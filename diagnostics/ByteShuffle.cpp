@@ -14,10 +14,10 @@ namespace {
 
 constexpr const char* kSource = "include/Qov/Util/ByteShuffle";
 
-// NOLINTNEXTLINE(modernize-avoid-c-arrays): a container would fill it with zeros at first
+// NOLINTNEXTLINE(modernize-avoid-c-arrays): a container would be filled with zeros first
 using Buffer = std::unique_ptr<unsigned char[]>;
 
-/// A copy of the first `size` bytes of an array, from which it is then filled again.
+/// Returns a copy of the first `size` bytes of an array.
 Buffer CopyBytes(const void* bytes, std::size_t size) {
   Buffer copy(new (std::nothrow) unsigned char[size]);
   if (!copy) Qov::Util::RaiseOutOfMemory(kSource);
@@ -25,14 +25,14 @@ Buffer CopyBytes(const void* bytes, std::size_t size) {
   return copy;
 }
 
-/// Tuples of one array, as many as fit well into the fastest cache along with their planes.
+/// Returns a number of tuples that fit into the L1 cache together with their planes.
 std::size_t GetTileSize(std::size_t width) {
   constexpr std::size_t kTileElements = 2048;
   constexpr std::size_t kLeastTuples = 16;
   return std::max(kTileElements / width, kLeastTuples);
 }
 
-/// Where the bytes of the tuples from `begin` on stand in the planes of one component.
+/// Returns the planes of one component, from tuple `begin` on.
 template <class Byte>
 std::array<Byte*, kElementSize> GetPlanes(Byte* planes, std::size_t count, std::size_t component,
                                           std::size_t begin) {

@@ -15,7 +15,7 @@ constexpr const char* kSource = "include/Qov/Log/Manager";
 constexpr const char* kDefault = "__Default__";
 constexpr const char* kTraceFilter = "trace log";
 
-/// The part of a path after its last slash of either kind.
+/// Returns the part of a path after its last slash or backslash.
 std::string_view FileName(std::string_view path) {
   return path.substr(path.find_last_of("/\\") + 1);
 }

@@ -14,7 +14,7 @@ struct Range {
   char32_t mLast;
 };
 
-constexpr std::array kTreacherous = {
+constexpr std::array kUnsafeRanges = {
     Range{0x00, 0x1F},        // C0
     Range{0x7F, 0x9F},        // DEL and C1
     Range{0xAD, 0xAD},        // soft hyphen
@@ -57,7 +57,7 @@ std::string EscapeUnless(std::string_view text, IsKept isKept) {
 bool IsUnsafeToPrint(char32_t code) {
   const bool isNoncharacter = (code & 0xFFFE) == 0xFFFE;  // the last two of each plane
   return isNoncharacter ||
-         std::any_of(kTreacherous.begin(), kTreacherous.end(), [code](const Range& range) {
+         std::any_of(kUnsafeRanges.begin(), kUnsafeRanges.end(), [code](const Range& range) {
            return code >= range.mFirst && code <= range.mLast;
          });
 }

@@ -8,7 +8,7 @@
 
 namespace Qov::Log {
 
-// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): a message is no longer than its text
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): a message ends with its text
 Record::Record(unsigned short level, const char* file, unsigned long line, const char* method) {
   mRecord.mLevel = level;
   mRecord.mMessage[0] = '\0';
@@ -22,7 +22,7 @@ Record::~Record() {
   try {
     Util::SingletonHolder<Manager>::Instance().Dispatch(mRecord);
   } catch (...) {
-    // A line that cannot be printed must not hide the error that it tells of.
+    // A line that cannot be written must not hide the error that it reports.
   }
 }
 

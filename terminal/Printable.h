@@ -19,8 +19,8 @@ class PrintableBuffer : public std::streambuf {
   std::streambuf* mpTarget;
 };
 
-/// Names of files and what stands in them can hold anything. While the object lives, what is
-/// written to std::cerr cannot steer the terminal.
+/// Makes text safe that is written to std::cerr while the object exists, because names and contents
+/// of files can have any bytes. The text cannot control the terminal then.
 class PrintableErrors {
  public:
   PrintableErrors();

@@ -14,24 +14,24 @@ namespace {
 
 using Seconds = std::chrono::duration<double>;
 
-constexpr auto kBetweenDrawings = std::chrono::milliseconds(200);
+constexpr auto kDrawingInterval = std::chrono::milliseconds(200);
 constexpr double kMegabyte = 1e6;
 
 double InMegabytes(std::uint64_t numBytes) { return static_cast<double>(numBytes) / kMegabyte; }
 
 std::size_t CountColumns() {
-  constexpr std::size_t kUsual = 80;
+  constexpr std::size_t kDefault = 80;
   winsize size{};
   const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return isKnown ? size.ws_col : kUsual;
+  return isKnown ? size.ws_col : kDefault;
 }
 
 void DrawOnTerminal(const std::string& text) {
-  // A terminal that takes nothing more is no reason to stop a merge.
+  // A failure to write to the terminal does not stop a merge.
   static_cast<void>(::write(STDERR_FILENO, text.data(), text.size()) < 0);
 }
 
-/// "1:02:03", or "2:03" below an hour.
+/// Returns "1:02:03", or "2:03" for less than an hour.
 std::string FormatDuration(double duration) {
   constexpr double kLongest = 359999;
   const auto seconds = static_cast<int>(std::lround(std::min(duration, kLongest)));
@@ -60,7 +60,7 @@ void ProgressLine::Start(std::uint64_t numBytes) {
 void ProgressLine::Advance(std::uint64_t numBytes) {
   mDone += numBytes;
   const Time now = mClock();
-  if (now - mLastDrawn < kBetweenDrawings) return;
+  if (now - mLastDrawn < kDrawingInterval) return;
   mLastDrawn = now;
   const std::string text = MakeText(now);
   const std::size_t leftOver = mShown > text.size() ? mShown - text.size() : 0;

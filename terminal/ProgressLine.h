@@ -8,24 +8,24 @@
 
 #include "Qov/Ryx/Progress.h"
 
-/// One line that tells how far the writing of a model is, drawn over itself.
+/// A line that shows the progress of writing a model. It is drawn again and again at the same
+/// place.
 class ProgressLine : public QovRyx::ProgressListener {
  public:
   using Time = std::chrono::steady_clock::time_point;
-  /// What time it is.
+  /// Returns the time.
   using Clock = std::function<Time()>;
-  /// Puts text on the terminal at once.
+  /// Writes text to the terminal without buffering.
   using Draw = std::function<void(const std::string&)>;
 
-  /// A line of fewer than `columns` characters.
+  /// The line has fewer than `columns` characters.
   ProgressLine(Clock clock, Draw draw, std::size_t columns);
 
   void Start(std::uint64_t numBytes) override;
   void Advance(std::uint64_t numBytes) override;
   void Finish() override { Remove(); }
 
-  /// Leaves the terminal as if there had been no line. It comes back with the next Advance that
-  /// is due.
+  /// Removes the line from the terminal. A later Advance draws it again.
   void Remove();
 
  private:
@@ -38,10 +38,10 @@ class ProgressLine : public QovRyx::ProgressListener {
   std::uint64_t mDone = 0;
   Time mStart;
   Time mLastDrawn;
-  std::size_t mShown = 0;  ///< Characters on the terminal now.
+  std::size_t mShown = 0;  ///< Number of characters on the terminal.
 };
 
-/// Passes text on to another buffer after the line made room for it.
+/// Passes text to another buffer after it has removed the line.
 class ProgressAwareBuffer : public std::streambuf {
  public:
   ProgressAwareBuffer(ProgressLine& line, std::streambuf* target) : mLine(line), mpTarget(target) {}
@@ -57,8 +57,8 @@ class ProgressAwareBuffer : public std::streambuf {
   std::streambuf* mpTarget;
 };
 
-/// Shows a ProgressLine on standard error while the object lives, if that is a terminal. What is
-/// written to std::cerr meanwhile takes the place of the line.
+/// Shows a ProgressLine on standard error while the object exists, if standard error is a terminal.
+/// Text that is written to std::cerr replaces the line.
 class TerminalProgress {
  public:
   TerminalProgress();

@@ -8,17 +8,18 @@
 
 namespace QovJbf {
 
-/// The least number of bytes by which a block grows: 10 MiB, unless the environment variable
-/// TELMORAX_DEFAULT_RYX_BLOCK_SIZE says otherwise (decimal, at most 4294967294). A value once
-/// seen stays in force when the variable is gone.
+/// Minimum number of bytes by which a block grows: 10 MiB, or the value of the environment variable
+/// TELMORAX_DEFAULT_RYX_BLOCK_SIZE (decimal, at most 4294967294). A value that was read once stays
+/// in use after the variable is removed.
 QOV_EXPORT extern std::uint32_t default_block_size;
 
-/// A growable byte buffer with a cursor. All persistent data pass through one.
+/// A growable byte buffer with a cursor. All stored data is encoded into blocks and decoded from
+/// blocks.
 ///
-/// The buffer comes from realloc and goes to free, because the transformations swap buffers.
-/// Errors: MemoryAllocationError when there is no memory or the block would pass 4294967295
-/// bytes (nothing is written then); OutOfBounds when reading or seeking past the end; ReadError
-/// and WriteError of the file. After an error size and cursor are as before.
+/// The buffer is allocated by realloc and released by free, because the transformations swap
+/// buffers. Errors: MemoryAllocationError if there is no memory or if the block would become larger
+/// than 4294967295 bytes; OutOfBounds for reading or seeking past the end; ReadError and WriteError
+/// of the file. After an error, size and cursor are as before.
 class QOV_EXPORT Block {
  public:
   Block() = default;
@@ -31,42 +32,42 @@ class QOV_EXPORT Block {
   Block& operator=(const Block&) = delete;
   ~Block();
 
-  /// Exact growth by `extra` bytes.
+  /// Grows the buffer by exactly `extra` bytes.
   void AllocateAdditionalMemory(std::uint64_t extra);
-  /// Makes room for `n` bytes at `at`. A write that would just fill the buffer grows it too.
+  /// Grows the buffer if `n` bytes at offset `at` would fill or exceed it.
   void CheckFreeSpaceAndAllocateMemory(const std::uint32_t& at, std::uint32_t n);
 
-  /// Writes at the cursor and returns the new cursor.
+  /// Writes bytes at the cursor. Returns the new cursor.
   std::uint32_t Put(const void* source, std::uint32_t n);
-  /// Reads at the cursor.
+  /// Reads bytes at the cursor.
   void Get(void* target, std::uint32_t n);
   void SetPosition(std::uint64_t position);
 
-  /// Takes `n` bytes of a file in at the cursor, which stays. The caller has checked `n` against
-  /// the bytes that the file still holds.
+  /// Reads `n` bytes of a file to the cursor, which does not move. The caller must have checked
+  /// that the file has that many bytes.
   void Read(std::FILE* file, std::uint32_t n);
-  /// Writes the whole content, after its 32-bit length if `withSize`.
+  /// Writes the whole content. Writes its length (u32) first if `withSize` is true.
   void Write(std::FILE* file, bool withSize) const;
 
-  /// Back to the empty state, without memory.
+  /// Makes the block empty and frees its memory.
   void Reset();
-  /// Frees the buffer but keeps the size, for a block whose bytes now lie in a file.
+  /// Frees the buffer but keeps the size. For a block that was written to a file.
   void ReleaseMemory();
-  /// Gives back memory beyond the content, for a block that gets no more writes.
+  /// Frees the memory after the content. For a block that gets no more bytes.
   void ReleaseSpareMemory();
-  /// Hands the buffer to the caller, who frees it, and resets the block.
+  /// Returns the buffer, which the caller must free, and makes the block empty.
   unsigned char* Detach();
-  /// Takes over a buffer from malloc whose first `size` bytes are the new content. The cursor
-  /// ends behind them.
+  /// Takes ownership of a buffer from malloc. Its first `size` bytes become the content. Moves the
+  /// cursor to the end.
   void Attach(unsigned char* data, std::uint64_t capacity, std::uint32_t size);
 
   const unsigned char* GetData() const { return mData; }
   std::uint64_t GetCapacity() const { return mCapacity; }
   std::uint32_t GetSize() const { return mSize; }
   std::uint32_t GetPosition() const { return mPosition; }
-  /// The bytes between the cursor and the end.
+  /// Returns the number of bytes from the cursor to the end.
   std::uint32_t GetRemaining() const { return mSize - mPosition; }
-  /// True after ReleaseMemory: there is a size, but nothing can be read or written.
+  /// Returns true if the memory was released. The block cannot be read or written then.
   bool IsReleased() const { return mData == nullptr && mSize > 0; }
 
  private:

@@ -14,34 +14,34 @@
 #include "Qov/Jbf/Block.h"
 #include "Qov/Jbf/ValueTypes.h"
 
-/// How values lie in a block: little-endian raw images at the cursor, without padding or tags.
+/// The encoding of values in a block. Values are stored at the cursor, little-endian, without
+/// padding and without tags:
 ///
 ///   unsigned int, int, float   4 bytes
 ///   double                     8 bytes
 ///   bool                       1 byte, 0 or 1; any other value reads as true
-///   unsigned char              1 byte as it is, also for flags that are only carried
+///   unsigned char              1 byte, any value
 ///   Vector2, Vector3, ...      their floats
 ///   string                     u32 length, then the bytes
-///   wstring                    as a string of the characters' low bytes
+///   wstring                    a string of the low bytes of the characters
 ///   array<T, N>                N encoded elements, no count
 ///   vector<T>                  u32 count, then the elements
 ///   map<K, V>                  u32 count, then key and value of each entry in key order
 ///
-/// Reading a string of length 0 leaves the target as it was, but empties a wstring; a zero byte
-/// within a string ends it. A wstring's bytes from 0x80 on are read as negative characters.
-/// A vector reuses the elements that it already has for the first elements read. If entries of a
-/// map have equal keys, the first entry is kept. Counts and lengths are compared with the bytes
-/// that are left before memory is allocated for them ("Not enough bytes in the block",
-/// OutOfBounds).
+/// Reading: A string of length 0 leaves the target as it is; a wstring of length 0 empties it. A
+/// zero byte in a string ends it. Bytes of a wstring from 0x80 on become negative characters. The
+/// present elements of a vector are reused. If several entries of a map have equal keys, the first
+/// one is kept. A count or length that the remaining bytes cannot hold raises OutOfBounds ("Not
+/// enough bytes in the block") before memory is allocated.
 ///
-/// Types of other modules join by overloading CopyToBlock and CopyFromBlock in this namespace.
+/// Other modules add types by overloads of CopyToBlock and CopyFromBlock in this namespace.
 namespace QovJbf {
 
-/// Counts of the data that reading leaves out of values, because values cannot hold it.
+/// Counts of stored data that was not read, because the values cannot hold it.
 struct QOV_EXPORT ReadLosses {
   std::uint64_t mNumEqualKeys = 0;  ///< Map entries with the key of an earlier entry.
   std::uint64_t mNumCutTexts = 0;   ///< Texts with bytes after a zero byte.
-  std::uint64_t mDigest = 0;        ///< Sum of the hashes of their stored bytes.
+  std::uint64_t mDigest = 0;        ///< Sum of the hashes of the stored bytes.
 
   void AddEqualKey(std::string_view storedEntry);
   void AddCutText(std::string_view storedText);
@@ -52,7 +52,8 @@ struct QOV_EXPORT ReadLosses {
   friend bool operator==(const ReadLosses&, const ReadLosses&) = default;
 };
 
-/// Returns the losses of this thread since it began. Readers of whole files take the difference.
+/// Returns the losses of this thread since its start. Readers of files use the difference of two
+/// calls.
 QOV_EXPORT ReadLosses& GetReadLosses();
 
 QOV_EXPORT void CopyToBlock(Block& block, const std::uint32_t& value);
@@ -69,7 +70,7 @@ QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::Vector2& value);
 QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::Vector3& value);
 QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::ColourValue& value);
 QOV_EXPORT void CopyToBlock(Block& block, const QovRyx::Quaternion& value);
-/// A literal would be taken for a bool.
+/// Deleted, because a literal would be converted to bool.
 void CopyToBlock(Block& block, const char* value) = delete;
 
 QOV_EXPORT void CopyFromBlock(Block& block, std::uint32_t& value);
@@ -104,8 +105,8 @@ void CopyToBlock(Block& block, const std::map<K, V>& values);
 template <class K, class V>
 void CopyFromBlock(Block& block, std::map<K, V>& values);
 
-/// The fewest bytes that a T takes in a block, against which counts are checked; 0 if nothing is
-/// known of T. Other modules may specialise it for their types.
+/// Minimum number of bytes of an encoded T, 0 if it is not known. Counts are checked with it. Other
+/// modules can specialise it for their types.
 template <class T>
 inline constexpr std::size_t kLeastEncodedSize = std::is_arithmetic_v<T> ? sizeof(T) : 0;
 template <>
@@ -124,13 +125,15 @@ inline constexpr std::size_t kLeastEncodedSize<std::array<T, N>> = N* kLeastEnco
 
 namespace Detail {
 
-/// True for elements whose array in memory is what stands in the block.
+/// True if an array of T in memory has the same bytes as its encoded elements.
 template <class T>
 inline constexpr bool kIsRawElement = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
 
-/// Raises OutOfBounds unless `count` elements of at least `leastSize` bytes can follow.
+/// Raises OutOfBounds if the remaining bytes cannot hold `count` elements of at least `leastSize`
+/// bytes.
 QOV_EXPORT void CheckCount(const Block& block, std::uint64_t count, std::uint64_t leastSize);
-/// Writes a count, unless its elements, of at least `leastSize` bytes, would not fit.
+/// Writes a count. Raises MemoryAllocationError if a block cannot hold that many elements of at
+/// least `leastSize` bytes.
 QOV_EXPORT void PutCount(Block& block, std::size_t count, std::size_t leastSize);
 
 /// Returns the bytes from `start` to the cursor.
@@ -173,7 +176,7 @@ void CopyFromBlock(Block& block, std::vector<T>& values) {
     values.resize(count);
     block.Get(values.data(), static_cast<std::uint32_t>(count * sizeof(T)));
   } else {
-    // One at a time, so that a count without elements fails on the bytes and not on memory.
+    // The vector grows element by element, so that a wrong count fails before it takes memory.
     if (values.size() > count) values.resize(count);
     for (std::uint32_t i = 0; i < count; ++i) {
       if (i == values.size()) values.emplace_back();

@@ -5,7 +5,7 @@
 
 namespace QovJbf {
 
-/// Replaces a block's content in place.
+/// An operation that replaces the content of a block.
 class QOV_EXPORT BlockTransformation {
  public:
   virtual ~BlockTransformation() = default;

@@ -5,8 +5,9 @@
 
 namespace QovJbf {
 
-/// Makes of a block its compressed form: the u32 length of the content, then a zlib stream.
-/// Raises MemoryAllocationError, also when zlib fails; the block is then empty.
+/// Replaces the content of a block with its compressed form: the length of the content (u32) and a
+/// zlib stream. Raises MemoryAllocationError if there is no memory or if zlib fails. The block is
+/// empty then.
 class QOV_EXPORT BlockZlibCompressor : public BlockTransformation {
  public:
   explicit BlockZlibCompressor(int level) : mLevel(level) {}

@@ -8,17 +8,18 @@
 
 namespace QovJbf {
 
-/// Restores what BlockZlibCompressor made; the cursor ends behind the content.
+/// Decompresses the content of a block that BlockZlibCompressor has compressed. The cursor is at
+/// the end then.
 ///
 /// A damaged stream writes "Error CODE while uncompressing block " to standard error and throws
-/// a DamagedBlock. No more memory is taken than zlib's largest ratio allows for the compressed
-/// bytes, whatever the length in front of them says.
+/// DamagedBlock. A stored length that is larger than the compressed bytes can hold raises
+/// OutOfBounds before memory is allocated.
 class QOV_EXPORT BlockZlibUnCompressor : public BlockTransformation {
  public:
   void operator()(Block& block) override;
 };
 
-/// What a zlib stream that cannot be inflated is reported as.
+/// The error of a zlib stream that cannot be decompressed.
 class QOV_EXPORT DamagedBlock : public std::exception, public Qov::Util::FileContext {
  public:
   const char* what() const noexcept override;

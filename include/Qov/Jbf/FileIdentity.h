@@ -13,12 +13,12 @@ struct stat;
 
 namespace QovJbf {
 
-/// Identifies a file and its state at one moment: device, inode, size and modification time. A file
-/// that is read over a long time is compared with its identity several times, so that bytes of two
-/// states are never mixed.
+/// The identity of a file and its state at one moment: device, inode, size and modification time. A
+/// file that is read over a long time is compared with its identity several times, so that bytes of
+/// two states are not mixed.
 class QOV_EXPORT FileIdentity {
  public:
-  /// Takes the identity of the open file `file`, which `path` led to. Raises ReadError.
+  /// Takes the identity of `file`, which was opened at `path`. Raises ReadError.
   FileIdentity(std::string path, std::FILE* file);
 
   const std::string& GetPath() const { return mPath; }
@@ -27,9 +27,10 @@ class QOV_EXPORT FileIdentity {
 
   /// Returns true if `path` leads to the same file, in any state.
   bool IsFileAt(const std::string& path) const;
-  /// Raises ReadError, which names the file, if `file` is another file or has another state.
+  /// Raises ReadError with the path if `file` is another file or has another state.
   void CheckUnchanged(std::FILE* file) const;
-  /// Raises the same error if the file at the path is another one, has another state, or is absent.
+  /// Raises the same error if the path leads to another file or to none, or if the file has another
+  /// state.
   void CheckUnchanged() const;
   /// Raises the error of a file that has changed.
   [[noreturn]] void RaiseChanged() const;

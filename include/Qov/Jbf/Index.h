@@ -25,7 +25,7 @@ struct BlockSizeLimiter {
 /// A stream is a sequence of blocks. A new block is added when the last one has reached the limit
 /// of the stream, which is set when the stream is created: TELMORAX_MAX_RYX_BLOCK_SIZE (decimal, at
 /// most 4294967294 bytes), else 200 MiB. One Put is never split, so a block can exceed the limit.
-/// Functions whose last parameter is `k` refer to a block by the index of its item.
+/// A parameter `k` is the index of the item of a block.
 ///
 /// Blocks are compressed by several threads and written in the order of their items. The bytes of
 /// the file do not depend on the number of threads. RYXMERGE_THREADS sets that number; with 1, no

@@ -14,19 +14,13 @@
 
 namespace QovJbf {
 
-/// The container version whose rules hold for the records being read. "1.3", except while a
-/// loader reads the view points of an older file.
+/// The container version whose rules apply to the records that are read. It is "1.3", except while
+/// the view points of an older file are read.
 QOV_EXPORT extern std::string ryx_file_version;
 /// The container version that this program writes.
 inline constexpr const char* kCurrentFileVersion = "1.3";
 
-/// One open container file: a stream of bytes and its index.
-///
-///   offset 0      8 bytes   0x89 "JBF" 0x0D 0x0A 0x1A 0x0A
-///   offset 8      4 bytes   version text, zero-terminated
-///   offset 12     u32 L     length of the root index, 2784
-///   offset 16     L bytes   root index: u32 20, then 20 items
-///   offset 16+L   ...       the blocks, back to back, in the order of their items
+/// An open container file and its index. docs/format.md describes the format.
 ///
 /// To write: OpenFile("wb+"), WriteHeader, GetIndex().Put...,
 /// GetIndex().WriteAllBuffersToFileStream(GetStream()), CloseFile.
@@ -38,28 +32,29 @@ class QOV_EXPORT JbFile {
   JbFile(const JbFile&) = delete;
   JbFile& operator=(const JbFile&) = delete;
 
-  /// Modes "wb+", "rb+" and "rb". Raises MiscellaneousError, also for an output that another
-  /// process or object has open for writing; nothing is truncated then. The handle stays this
-  /// object's and is closed with it.
+  /// Opens a file with mode "wb+", "rb+" or "rb". Raises MiscellaneousError if the file cannot be
+  /// opened, or if another process or object has it open for writing. The file is not truncated
+  /// then. The handle belongs to this object.
   std::FILE* OpenFile(const std::string& path, const char* mode);
-  /// Closes the file. Raises WriteError for an output that could not be written to its end or that
-  /// its path no longer leads to, and ReadError for an input that changed since it was opened.
+  /// Closes the file. Raises WriteError if an output could not be written completely, or if its
+  /// path does not lead to it any more. Raises ReadError if an input has changed since it was
+  /// opened.
   virtual void CloseFile();
 
-  /// Whether the file begins with the magic.
+  /// Returns true if the file begins with the magic bytes of a container.
   bool IsJbFile();
-  /// The version text at offset 8, at most 4 characters.
+  /// Returns the version, at most 4 characters.
   std::string ReadVersion();
-  /// Raises UnknownVersion for a version newer than ours. `isCurrent` tells whether the file
-  /// stores 64-bit light-data offsets (0.7 and later).
+  /// Raises UnknownVersion if the version is newer than kCurrentFileVersion. Sets `isCurrent` to
+  /// true if tree records of the version hold 64-bit offsets (0.7 and later).
   static void CheckSupport(const std::string& version, bool& isCurrent);
-  /// Magic and current version.
+  /// Writes the magic bytes and the current version.
   void WriteHeader();
-  /// Raises ReadError for a file that ends early and OutOfBounds for an index that makes no sense;
-  /// the index is as before then.
+  /// Reads the index. Raises ReadError if the file is too short and OutOfBounds if the index is
+  /// invalid. The index is as before then.
   void ReadIndex();
 
-  /// Reads one value; leaves it as it is when the stream is absent or no file is open.
+  /// Reads one value. Leaves it as it is if the stream does not exist or no file is open.
   template <class T>
   void Get(const std::string& name, T& value) {
     if (mStream == nullptr) return;
@@ -69,31 +64,32 @@ class QOV_EXPORT JbFile {
       if (error.GetType() != Qov::Util::Exception::ErrorType::ElementNotFound) throw;
     }
   }
-  /// Reads one value; raises ElementNotFound when the stream is absent.
+  /// Reads one value. Raises ElementNotFound if the stream does not exist.
   template <class T>
   void Require(const std::string& name, T& value) {
     CopyFromBlock(GetReadingBlock(name), value);
   }
-  /// Raw bytes; an absent stream raises ElementNotFound.
+  /// Reads raw bytes. Raises ElementNotFound if the stream does not exist.
   void RequireBytes(const std::string& name, void* target, std::uint32_t n);
 
-  /// Puts reading of `name` at byte `position` of its uncompressed bytes.
+  /// Sets the reading position of `name` to byte `position` of its uncompressed bytes.
   void SetBlockPosition(const std::string& name, std::uint64_t position);
-  /// Sets BlockFlag bits on all blocks that `name` has now.
+  /// Sets BlockFlag bits on all present blocks of `name`.
   void AddBlockTransformation(const std::string& name, std::uint8_t flags);
-  /// Lets new blocks of `name` go to the file while they fill, which keeps little of them in
-  /// memory. The file must be open for writing. It helps to know how many bytes will come.
+  /// Compresses new blocks of `name` while they fill and writes them to the file, which must be
+  /// open for writing. This takes little memory. `expectedLength` is the number of bytes to come, 0
+  /// if it is not known.
   void CompressWhileFilling(const std::string& name, std::uint64_t expectedLength = 0);
 
-  /// A reader of `name` that outlives this object; an absent stream gives one of length 0.
-  /// Raises ReadError when no file is open.
+  /// Returns a reader of `name`, which can outlive this object. Its length is 0 if the stream does
+  /// not exist. Raises ReadError if no file is open.
   std::shared_ptr<StreamReader> OpenStreamReader(const std::string& name);
 
   bool HasStream(const std::string& name);
   Index& GetIndex() { return mIndex; }
   std::FILE* GetStream() const { return mStream; }
   const std::string& GetPath() const { return mPath; }
-  /// Returns the identity that the input had when it was opened; nothing for an output.
+  /// Returns the identity that the input had when it was opened, or nothing for an output.
   const std::optional<FileIdentity>& GetIdentity() const { return mIdentity; }
 
  private:

@@ -5,16 +5,16 @@
 
 #include "Qov/Export.h"
 
-/// The limit on data that a loaded model holds in memory completely. It applies separately to the
-/// uncompressed bytes of three parts: tree, light data, attributes and materials together; the
-/// views; the history. A decoded byte takes at most six bytes of memory.
+/// The limit on the data that a loaded model holds in memory. It applies to the uncompressed bytes
+/// of three parts separately: tree, light data, attributes and materials together; the views; the
+/// history. A decoded byte takes at most six bytes of memory.
 namespace QovJbf {
 
 /// Returns the limit in bytes: the value of the environment variable RYXMERGE_LOAD_LIMIT (decimal),
 /// else an eighth of the free memory, but at least 1 GiB.
 QOV_EXPORT std::uint64_t GetLoadLimit();
 
-/// Returns the message of the error that `content` decompresses to more bytes than the limit.
+/// Returns the error message that `content` decompresses to more bytes than the limit.
 QOV_EXPORT std::string DescribeLoadLimit(const std::string& content, std::uint64_t numBytes,
                                          std::uint64_t limit);
 

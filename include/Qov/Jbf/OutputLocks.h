@@ -6,16 +6,16 @@
 
 namespace QovJbf {
 
-/// Raises MiscellaneousError if another writer has locked the file at `path`. Leaves the file and
-/// its locks as they are; a path that cannot be opened for writing is not an error here.
+/// Raises MiscellaneousError if another writer has locked the file at `path`. Does not change the
+/// file or its locks. A path that cannot be opened for writing is not an error here.
 QOV_EXPORT void CheckOutputIsFree(const std::string& path);
 
-/// While an object of this class lives, outputs that this process closes stay locked, so that it
-/// can write them again before another one does. There is one such object at a time.
+/// Keeps the locks of outputs that this process closes, so that it can write them again before
+/// another process does. The locks are released with the object. There can be one object at a time.
 ///
-/// A file that is open for writing (JbFile) is locked by flock in any case. The lock is advisory
-/// and ends with the process at the latest. Writing a file that another process has locked raises
-/// MiscellaneousError. A file system without locks grants none, and then nothing is refused.
+/// JbFile locks every file that is open for writing, by flock. The lock is advisory and ends with
+/// the process at the latest. Writing a file that another process has locked raises
+/// MiscellaneousError. On a file system without locks, no file is locked or refused.
 class QOV_EXPORT OutputLocks {
  public:
   OutputLocks();

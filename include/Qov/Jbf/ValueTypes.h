@@ -1,6 +1,6 @@
 #pragma once
 
-/// Small value types that lie in a file as their components, one after the other.
+/// Small value types. A file stores their components one after the other.
 namespace QovRyx {
 
 struct Vector2 {

@@ -12,9 +12,8 @@
 #include "Qov/Export.h"
 #include "Qov/Log/Record.h"
 
-/// A small logging framework: publishers are destinations, filters say which records pass,
-/// formatters make text of a record, and a logger ties one of each together.
-/// It is used from one thread.
+/// A small logging framework. A publisher is a destination, a filter selects records, a formatter
+/// makes text of a record, and a logger combines one of each. It must be used by one thread.
 namespace Qov::Log {
 
 class QOV_EXPORT Filter {
@@ -36,7 +35,7 @@ class QOV_EXPORT Formatter {
   virtual std::string operator()(const Util::LogRecord& record) = 0;
 };
 
-/// "Index : 758 @ the message", with the last part of the source's path and a newline.
+/// Returns "Index : 758 @ the message" and a newline. "Index" is the last part of the source path.
 class QOV_EXPORT DefaultFormatter : public Formatter {
  public:
   std::string operator()(const Util::LogRecord& record) override;
@@ -59,7 +58,7 @@ class QOV_EXPORT StreamPublisher : public Publisher {
   std::ostream& mStream;
 };
 
-/// Writes to a file that is emptied when it is opened.
+/// Writes to a file, which is truncated when it is opened.
 class QOV_EXPORT FilePublisher : public Publisher {
  public:
   explicit FilePublisher(const char* path) : mStream(path, std::ios::out | std::ios::trunc) {}
@@ -76,26 +75,26 @@ class QOV_EXPORT NullPublisher : public Publisher {
   void flush() override {}
 };
 
-/// The process's log. Reach it through Util::SingletonHolder<Manager>.
+/// The log of the process. Util::SingletonHolder<Manager> holds it.
 class QOV_EXPORT Manager {
  public:
-  /// Registers the filter and the formatter named "__Default__": errors, one line each.
+  /// Registers the filter and the formatter "__Default__", which write a line for each error.
   Manager();
 
-  /// Registers a destination that gets the error records. A name that is there already is
-  /// replaced. The manager takes over ownership.
+  /// Registers a destination for error records and takes ownership of it. Replaces a publisher of
+  /// the same name.
   void AddPublisher(const std::string& name, Publisher* publisher);
-  /// A name that is there already is replaced, for the loggers that use it too.
+  /// Replaces a filter of the same name, also in the loggers that use it.
   void AddFilter(const std::string& name, std::unique_ptr<Filter> filter);
   void AddFormatter(const std::string& name, std::unique_ptr<Formatter> formatter);
-  /// Ties registered parts together. An unknown name raises "Element Not Found".
+  /// Combines registered parts. Raises ElementNotFound if a name is unknown.
   void AddLogger(const std::string& publisher, const std::string& filter,
                  const std::string& formatter);
 
   /// Registers a destination for the records of kTraceLevel and above.
   void TraceTo(const std::string& name, std::unique_ptr<Publisher> publisher);
 
-  /// Hands a record to every destination whose filter passes it, before it returns.
+  /// Writes a record to each destination whose filter passes it.
   void Dispatch(const Util::LogRecord& record);
 
  private:
@@ -110,12 +109,12 @@ class QOV_EXPORT Manager {
     std::map<std::string, std::size_t> mIndices;
     std::vector<std::unique_ptr<Part>> mParts;
 
-    /// Adds the part, or puts it in the place of the one of that name. Gives its index.
+    /// Adds a part, or replaces the part of the same name. Returns its index.
     std::size_t Put(const std::string& name, std::unique_ptr<Part> part);
     std::size_t IndexOf(const std::string& name) const;
   };
 
-  /// Replacing a publisher drops the loggers of the earlier one.
+  /// Adds a publisher. Removes the loggers of a publisher of the same name.
   void PutPublisher(const std::string& name, std::unique_ptr<Publisher> publisher);
 
   Registry<Publisher> mPublishers;

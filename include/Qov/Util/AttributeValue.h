@@ -7,10 +7,10 @@
 
 namespace QovUtil {
 
-/// A free-form attribute. The position of the alternative is the type index in a file.
+/// The value of an attribute. The index of the alternative is the type index in a file.
 using AttributeValue = std::variant<std::uint32_t, float, std::string, double>;
 
-/// Attributes by name, ordered byte by byte.
+/// Attributes by name, in byte order.
 using AttributeMap = std::map<std::string, AttributeValue>;
 
 }  // namespace QovUtil

@@ -6,19 +6,20 @@
 
 #include "Qov/Export.h"
 
-/// Byte-plane shuffling of arrays of 4-byte elements. Equal high-order bytes come to lie side by
-/// side, so that shuffled arrays compress much better. docs/format.md draws the layouts.
+/// Byte-plane shuffling of arrays of 4-byte elements. It puts bytes of the same significance side
+/// by side, so that arrays compress much better. docs/format.md draws the layouts.
 namespace QovUtil {
 
-/// Element i, byte b goes to offset b * n + i of the n elements. T is uint32_t or float.
+/// Moves byte b of element i to offset b * n + i, where n is the number of elements. T is uint32_t
+/// or float.
 template <class T>
 void ShuffleVectorBytes(std::vector<T>& values);
 template <class T>
 void UnShuffleVectorBytes(std::vector<T>& values);
 
-/// The same for interleaved tuples of `width` components: each component is gathered and
-/// shuffled alone, the components follow one another, and the size % width last elements stay
-/// where they are. Width 0 leaves the array alone.
+/// Shuffles an array of tuples of `width` components. Each component is gathered and shuffled
+/// separately, and the components follow one another. The last size % width elements stay in place.
+/// Width 0 changes nothing.
 template <class T>
 void ShuffleMultiVectorBytes(std::vector<T>& values, unsigned char width);
 template <class T>

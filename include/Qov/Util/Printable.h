@@ -5,8 +5,8 @@
 
 #include "Qov/Export.h"
 
-/// Makes text safe to print: it cannot control a terminal or mislead the reader. Paths and names
-/// can hold any bytes.
+/// Makes text safe to print, so that it cannot control a terminal or mislead the reader. Paths and
+/// names can have any bytes.
 namespace Qov::Util {
 
 /// Returns true for control characters, invisible format characters (direction, width, tags), line

@@ -4,8 +4,8 @@
 
 namespace Qov::Util {
 
-/// Holds the one instance of T of the process, made when it is first asked for and destroyed when
-/// the process ends. A program and the shared library see the same one.
+/// Holds the only instance of T in the process. It is created by the first call of Instance and
+/// destroyed when the process ends. The program and the shared library use the same instance.
 template <class T>
 class QOV_EXPORT SingletonHolder {
  public:
