@@ -179,9 +179,11 @@ class Damage : public testing::TestWithParam<Sample> {
       case 1:
         return QovRyx::merge_as_datasets({mDamaged, mGood}, mOutput);
       case 2:
-        return QovRyx::merge_as_instances({mGood, mDamaged}, mOutput, true, true, true);
+        return QovRyx::merge_as_instances({mGood, mDamaged}, mOutput,
+                                          QovRyx::InstanceNaming::AutomaticSuffix);
       case 3:
-        return QovRyx::merge_as_instances({mDamaged, mGood}, mOutput, false, true, false);
+        return QovRyx::merge_as_instances({mDamaged, mGood}, mOutput,
+                                          QovRyx::InstanceNaming::FileSuffix);
       case 4:
         return QovRyx::merge_viewpoints_with_ryx(mDamaged, {mViews}, mOutput);
       case kWithCopies: {

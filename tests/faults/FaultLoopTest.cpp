@@ -45,7 +45,8 @@ constexpr Mode kModes[] = {
      [](const Paths& paths) { return QovRyx::merge_as_datasets(paths.mModels, paths.mOutput); }},
     {"instances",
      [](const Paths& paths) {
-       return QovRyx::merge_as_instances(paths.mModels, paths.mOutput, true, false, false);
+       return QovRyx::merge_as_instances(paths.mModels, paths.mOutput,
+                                         QovRyx::InstanceNaming::Plain);
      }},
     {"copies",
      [](const Paths& paths) { return QovRyx::merge_as_datasets(paths.mModels, paths.mOutput); },

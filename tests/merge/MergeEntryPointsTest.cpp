@@ -225,7 +225,7 @@ TEST_F(MergeEntryPoints, EqualMergesWriteEqualFilesAndNameRyxMerge) {
   SaveViewPointFile(mDir / "v.vpt", "round");
   std::vector<std::function<int()>> merges = {
       [&] { return merge_as_datasets(files, mOutput); },
-      [&] { return merge_as_instances(files, mOutput, true, true, true); },
+      [&] { return merge_as_instances(files, mOutput, InstanceNaming::AutomaticSuffix); },
       [&] { return merge_viewpoints_with_ryx(files[0], {mDir / "v.vpt"}, mOutput); },
       [&] {
         return Call(merge_n, {files[0], "2", mOutput});

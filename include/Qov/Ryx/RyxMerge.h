@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Qov/Export.h"
+#include "Qov/Ryx/InstanceNaming.h"
 #include "Qov/Ryx/Tree.h"
 
 /// The merges. Each loads the descriptors of its inputs and writes one new file; arrays are copied
@@ -13,9 +14,13 @@
 namespace QovRyx {
 
 /// Merges the models of several files into one model with the tree of the first file and the
-/// results of all files. Renames results (InstanceNames.h). `useSuffix` puts the number of the file
-/// into every name. `autoRename` puts it only into names that have an instance part, and takes only
-/// such results from the further files. `appendFlag` has no effect.
+/// results of all files. `naming` says how results are renamed and which ones are taken
+/// (InstanceNaming.h).
+QOV_EXPORT int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
+                                  InstanceNaming naming);
+
+/// Does the same with the naming that the flags describe: `autoRename` chooses one of the automatic
+/// namings, `useSuffix` one with the suffix of the file. `appendFlag` has no effect.
 QOV_EXPORT int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
                                   bool appendFlag, bool useSuffix, bool autoRename);
 

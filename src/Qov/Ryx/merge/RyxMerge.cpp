@@ -24,22 +24,34 @@
 namespace QovRyx {
 namespace {
 
-/// How one instance merge renames and what it takes.
-struct InstanceNaming {
-  bool mUseSuffix;
-  bool mAutoRename;
-};
+InstanceNaming ChooseNaming(bool useSuffix, bool autoRename) {
+  if (autoRename) {
+    return useSuffix ? InstanceNaming::AutomaticSuffix : InstanceNaming::AutomaticWithoutSuffix;
+  }
+  return useSuffix ? InstanceNaming::FileSuffix : InstanceNaming::Plain;
+}
 
-void Rename(Tree& tree, std::uint64_t k, PartLinksMap& links, const InstanceNaming& naming) {
-  if (naming.mAutoRename) {
-    AutoRenameInstances(tree, k, links, naming.mUseSuffix);
-  } else {
-    RenameResults(tree, k, links, naming.mUseSuffix);
+void Rename(Tree& tree, std::uint64_t k, PartLinksMap& links, InstanceNaming naming) {
+  switch (naming) {
+    case InstanceNaming::Plain:
+      return RenameResults(tree, k, links, false);
+    case InstanceNaming::FileSuffix:
+      return RenameResults(tree, k, links, true);
+    case InstanceNaming::AutomaticSuffix:
+      return AutoRenameInstances(tree, k, links, true);
+    case InstanceNaming::AutomaticWithoutSuffix:
+      return AutoRenameInstances(tree, k, links, false);
   }
 }
 
+/// Returns true if further files contribute only results whose names have an instance part.
+bool TakesOnlyInstances(InstanceNaming naming) {
+  return naming == InstanceNaming::AutomaticSuffix ||
+         naming == InstanceNaming::AutomaticWithoutSuffix;
+}
+
 /// Renames the results of the first file, and shares those that its instances have in common.
-void RenameFirst(Tree& master, const std::string& path, const InstanceNaming& naming,
+void RenameFirst(Tree& master, const std::string& path, InstanceNaming naming,
                  MergeSummary& summary) {
   PartLinksMap links;
   Qov::Util::WithFileContext(path, [&] {
@@ -49,8 +61,8 @@ void RenameFirst(Tree& master, const std::string& path, const InstanceNaming& na
 }
 
 /// Adds the results of file number `k` to the master, and nothing else from that file.
-void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
-                 const InstanceNaming& naming, MergeSummary& summary) {
+void AddInstance(Tree& master, const std::string& path, std::uint64_t k, InstanceNaming naming,
+                 MergeSummary& summary) {
   Tree tree(false);
   LoadModel(tree, path, Tree::ReadMode::WithoutViews);
   summary.AddInput(path);
@@ -59,7 +71,7 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k,
   PartLinksMap links;
   Qov::Util::WithFileContext(path, [&] {
     Rename(tree, k, links, naming);
-    if (naming.mAutoRename) {
+    if (TakesOnlyInstances(naming)) {
       AppendOtherInstanceResults(tree, master, summary.GetDropped());
     } else {
       AppendResults(tree, master, summary.GetDropped());
@@ -127,11 +139,10 @@ void AppendOtherInstanceResults(Tree& from, Tree& into) {
 }
 
 int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
-                       bool /*appendFlag*/, bool useSuffix, bool autoRename) {
+                       InstanceNaming naming) {
   return RunMergeStep([&] {
     RefuseOutputAmongInputs(files, output);
     MergeSummary summary;
-    const InstanceNaming naming{useSuffix, autoRename};
     const std::unique_ptr<Tree> master = MakeModelTree();
     LoadModel(*master, files.at(0));
     summary.AddInput(files[0]);
@@ -143,6 +154,11 @@ int merge_as_instances(const std::vector<std::string>& files, const std::string&
     summary.Log({"Merged ", files.size(), " files as instances"}, *master, output);
     summary.WarnOfLostValues();
   });
+}
+
+int merge_as_instances(const std::vector<std::string>& files, const std::string& output,
+                       bool /*appendFlag*/, bool useSuffix, bool autoRename) {
+  return merge_as_instances(files, output, ChooseNaming(useSuffix, autoRename));
 }
 
 int merge_as_datasets(const std::vector<std::string>& files, const std::string& output) {
