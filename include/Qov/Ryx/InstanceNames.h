@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "Qov/Export.h"
-#include "Qov/Ryx/Tree.h"
 
 /// Names of results in a model merged from instances: BASE 0x1E INSTANCE. The part after the last
 /// 0x1E is the name of the load case or time step, with F1, F2, ... before it for the file.
 namespace QovRyx {
+
+class Tree;
 
 inline constexpr char kInstanceSeparator = '\x1E';
 

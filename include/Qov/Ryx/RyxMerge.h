@@ -5,13 +5,14 @@
 
 #include "Qov/Export.h"
 #include "Qov/Ryx/InstanceNaming.h"
-#include "Qov/Ryx/Tree.h"
 
 /// The merges. Each loads the descriptors of its inputs and writes one new file; arrays are copied
 /// piece by piece. Each returns 0, or 2 after it wrote the text of an error and a newline to
 /// standard error; an incomplete output is not deleted. It is an error if the output is the same
 /// file as an input (the same device and inode); nothing is read then.
 namespace QovRyx {
+
+class Tree;
 
 /// Merges the models of several files into one model with the tree of the first file and the
 /// results of all files. `naming` says how results are renamed and which ones are taken
