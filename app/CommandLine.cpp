@@ -1,22 +1,27 @@
 #include "CommandLine.h"
 
-#include <algorithm>
 #include <cstddef>
 
 namespace {
 
 constexpr std::size_t kFewestPaths = 3;
 
-}  // namespace
-
-bool CommandLine::Has(const std::string& option) const {
-  return std::find(mOptions.begin(), mOptions.end(), option) != mOptions.end();
+void SetOption(Qov::MergeOptions& options, const std::string& name) {
+  for (const Qov::MergeOption& option : Qov::kMergeOptions) {
+    if (option.mName == name) options.*option.mpFlag = true;
+  }
 }
+
+}  // namespace
 
 std::optional<CommandLine> ParseCommandLine(const std::vector<std::string>& arguments) {
   CommandLine commandLine;
   for (const std::string& argument : arguments) {
-    (argument.starts_with("--") ? commandLine.mOptions : commandLine.mInputs).push_back(argument);
+    if (argument.starts_with("--")) {
+      SetOption(commandLine.mOptions, argument);
+    } else {
+      commandLine.mInputs.push_back(argument);
+    }
   }
   if (commandLine.mInputs.size() < kFewestPaths) return std::nullopt;
   commandLine.mOutput = commandLine.mInputs.back();

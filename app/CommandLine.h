@@ -4,24 +4,25 @@
 #include <string>
 #include <vector>
 
-/// What the user asked for: options in any place among the paths, the output last of the paths.
+#include "app/MergeOptions.h"
+
+/// The parts of a command line.
 struct CommandLine {
-  std::vector<std::string> mOptions;
+  Qov::MergeOptions mOptions;
   std::vector<std::string> mInputs;
   std::string mOutput;
-
-  bool Has(const std::string& option) const;
 };
 
-/// Nothing if there are fewer than two inputs and an output. `arguments` are those behind the
-/// program's name; what begins with "--" is an option, and one that is not known is no error.
+/// Returns nothing if there are fewer than two inputs and an output. `arguments` are the arguments
+/// after the name of the program. Each argument that begins with "--" is an option; unknown options
+/// are ignored. The last other argument is the output.
 std::optional<CommandLine> ParseCommandLine(const std::vector<std::string>& arguments);
 
-/// Inputs by what they hold, each list in the order of the inputs.
+/// The inputs of each kind, in the order of the command line.
 struct InputLists {
   std::vector<std::string> mModels;
   std::vector<std::string> mViewPointFiles;
 };
 
-/// View-point files end in ".vpt"; everything else is a model.
+/// Separates the view-point files, whose names end in ".vpt", from the models.
 InputLists SplitInputs(const std::vector<std::string>& inputs);

@@ -16,18 +16,14 @@ using Qov::Util::Quote;
 constexpr int kNoModels = 4;
 
 InputLists OrderInputs(const CommandLine& commandLine) {
-  if (!commandLine.Has("--arrange-files")) return SplitInputs(commandLine.mInputs);
+  if (!commandLine.mOptions.mArrange) return SplitInputs(commandLine.mInputs);
   return SplitInputs(QovRyx::arrange_files(commandLine.mInputs));
 }
 
 int MergeModels(const CommandLine& commandLine, const std::vector<std::string>& models) {
-  const std::string& output = commandLine.mOutput;
-  if (!commandLine.Has("--merge-as-instances")) return QovRyx::merge_as_datasets(models, output);
-  if (commandLine.Has("--suffix-file-instance")) {
-    return QovRyx::merge_as_instances(models, output, false, true, false);
-  }
-  const bool autoRename = commandLine.Has("--auto-rename-instances");
-  return QovRyx::merge_as_instances(models, output, true, autoRename, autoRename);
+  const auto naming = commandLine.mOptions.GetNaming();
+  return naming ? QovRyx::merge_as_instances(models, commandLine.mOutput, *naming)
+                : QovRyx::merge_as_datasets(models, commandLine.mOutput);
 }
 
 /// Throws the error that the merged model cannot be copied to `copy`.

@@ -10,10 +10,12 @@
 #include "Qov/Ryx/MergeEntryPoints.h"
 #include "Qov/Ryx/RyxMerge.h"
 #include "Target.h"
+#include "app/MergeOptions.h"
 #include "support/ScopedEnvironment.h"
 
 /// Merges two models. The input is:
-///   mode: u8                 0 to 5; plus 6: the same with copied blocks
+///   mode: u8                 a kind of merge (ListMergeKinds), then cae_merge, cae_merge_cs;
+///                            0 to 5; plus 6: the same with copied blocks
 ///   FilePair (Models.h)
 /// Two models that can be loaded can be merged; the modes that need files of one structure merge
 /// only such files. The result can be loaded.
@@ -26,9 +28,16 @@ using EntryPoint = int (*)(int, const char* const*);
 
 constexpr int kDone = 0;
 constexpr int kRefused = 2;
-constexpr std::uint8_t kModes = 6;
+constexpr std::array<EntryPoint, 2> kEntryPoints = {&QovRyx::cae_merge, &QovRyx::cae_merge_cs};
 /// Two models whose ids are at most this can be merged without exceeding the highest id.
 constexpr std::uint32_t kHighId = 1U << 30;
+
+const std::vector<Qov::MergeOptions>& GetKinds() {
+  static const std::vector<Qov::MergeOptions> kinds = Qov::ListMergeKinds();
+  return kinds;
+}
+
+std::size_t CountModes() { return GetKinds().size() + kEntryPoints.size(); }
 
 int RunEntryPoint(EntryPoint function, const Paths& inputs, const std::string& output) {
   const std::array<const char*, 4> arguments = {"fuzz", inputs[0].c_str(), inputs[1].c_str(),
@@ -37,21 +46,14 @@ int RunEntryPoint(EntryPoint function, const Paths& inputs, const std::string& o
 }
 
 int Merge(std::uint8_t mode, const Paths& inputs, const std::string& output) {
-  const ScopedEnvironment copies("RYXMERGE_COPY_BLOCKS", mode / kModes % 2 == 0 ? "0" : "1");
-  switch (mode % kModes) {
-    case 0:
-      return QovRyx::merge_as_datasets(inputs, output);
-    case 1:
-      return QovRyx::merge_as_instances(inputs, output, true, false, false);
-    case 2:
-      return QovRyx::merge_as_instances(inputs, output, true, true, false);
-    case 3:
-      return QovRyx::merge_as_instances(inputs, output, true, true, true);
-    case 4:
-      return RunEntryPoint(&QovRyx::cae_merge, inputs, output);
-    default:
-      return RunEntryPoint(&QovRyx::cae_merge_cs, inputs, output);
+  const ScopedEnvironment copies("RYXMERGE_COPY_BLOCKS", mode / CountModes() % 2 == 0 ? "0" : "1");
+  const std::size_t kind = mode % CountModes();
+  if (kind >= GetKinds().size()) {
+    return RunEntryPoint(kEntryPoints[kind - GetKinds().size()], inputs, output);
   }
+  const auto naming = GetKinds()[kind].GetNaming();
+  return naming ? QovRyx::merge_as_instances(inputs, output, *naming)
+                : QovRyx::merge_as_datasets(inputs, output);
 }
 
 struct Examined {
@@ -89,19 +91,20 @@ bool HasGeometriesOf(const QovRyx::Tree& first, const QovRyx::Tree& further) {
 
 /// Returns true if two models that can be loaded must merge without an error.
 bool MustMerge(std::uint8_t mode, const QovRyx::Tree& first, const QovRyx::Tree& further) {
-  switch (mode % kModes) {
-    case 0:
-      return !HasHighIds(first) && !HasHighIds(further);
-    case 1:
-      return HasGeometriesOf(first, further) && Accepts([&] {
-               QovRyx::CheckSharing(first);
-               QovRyx::CheckSharing(further);
-             });
-    case 5:  // needs more than models that can be loaded
+  const std::size_t kind = mode % CountModes();
+  if (kind == CountModes() - 1)
+    return false;  // cae_merge_cs needs more than models that can be loaded
+  if (kind < GetKinds().size()) {
+    const auto naming = GetKinds()[kind].GetNaming();
+    if (!naming) return !HasHighIds(first) && !HasHighIds(further);
+    if (*naming == QovRyx::InstanceNaming::Plain && !Accepts([&] {
+          QovRyx::CheckSharing(first);
+          QovRyx::CheckSharing(further);
+        })) {
       return false;
-    default:
-      return HasGeometriesOf(first, further);
+    }
   }
+  return HasGeometriesOf(first, further);
 }
 
 }  // namespace

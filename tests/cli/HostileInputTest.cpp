@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "Qov/Ryx/StreamNames.h"
+#include "app/MergeOptions.h"
 #include "ryxFixture.h"
 #include "support/BuildKind.h"
 #include "support/Files.h"
@@ -65,11 +66,8 @@ class HostileInput : public RyxProgram {
   }
   /// All commands that read models. RyxMerge is first, because verify reads its output.
   void ExpectAllPass(const std::string& model) {
-    const char* instances = "--merge-as-instances";
-    for (const std::vector<std::string>& options : {std::vector<std::string>{},
-                                                    {instances},
-                                                    {instances, "--suffix-file-instance"},
-                                                    {instances, "--auto-rename-instances"}}) {
+    for (const MergeOptions& kind : ListMergeKinds()) {
+      const std::vector<std::string> options = kind.GetNames();
       std::vector<std::string> arguments = options;
       arguments.insert(arguments.end(), {model, model, mOutput});
       EXPECT_EQ(Merge(arguments).mStatus, 0) << options.size() << model;

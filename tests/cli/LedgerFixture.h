@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/MergeOptions.h"
 #include "ryxFixture.h"
 #include "support/RandomModel.h"
 
@@ -12,11 +13,11 @@ namespace Qov::Test {
 using Strings = std::vector<std::string>;
 
 /// The options of every kind of merge.
-inline const std::vector<Strings> kMergeKinds = {
-    {},
-    {"--merge-as-instances"},
-    {"--merge-as-instances", "--suffix-file-instance"},
-    {"--merge-as-instances", "--auto-rename-instances"}};
+inline const std::vector<Strings> kMergeKinds = [] {
+  std::vector<Strings> kinds;
+  for (const MergeOptions& options : ListMergeKinds()) kinds.push_back(options.GetNames());
+  return kinds;
+}();
 
 /// Runs merges, and compares their plans and recounts.
 class LedgerTest : public RyxProgram {

@@ -37,7 +37,7 @@ class RyxVerify : public LedgerTest {
   /// Returns the faults of an output that was changed after it was loaded.
   std::string Find(const Strings& options, const Fault& fault) {
     EXPECT_EQ(Merge(options, mInputs), 0);
-    const Tools::MergeOptions flags{.mAsInstances = !options.empty()};
+    const MergeOptions flags{.mAsInstances = !options.empty()};
     const Tools::MergeRequest request = Tools::MakeMergeRequest(flags, mInputs, mOutput);
     const auto inputs = Tools::LoadInputs(request);
     std::vector<Tools::Obstacle> obstacles;

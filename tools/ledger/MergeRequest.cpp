@@ -2,30 +2,41 @@
 
 #include <CLI/App.hpp>
 #include <algorithm>
+#include <optional>
 
 #include "Qov/Ryx/FileArrangement.h"
 
 namespace Qov::Tools {
 namespace {
 
+MergeMode ChooseMode(std::optional<QovRyx::InstanceNaming> naming) {
+  using QovRyx::InstanceNaming;
+  if (!naming) return MergeMode::Datasets;
+  switch (*naming) {
+    case InstanceNaming::Plain:
+      return MergeMode::Instances;
+    case InstanceNaming::FileSuffix:
+      return MergeMode::SuffixedInstances;
+    case InstanceNaming::AutomaticSuffix:
+      return MergeMode::AutomaticInstances;
+    case InstanceNaming::AutomaticWithoutSuffix:
+      break;  // no option chooses it
+  }
+  return MergeMode::Nothing;
+}
+
 MergeMode ChooseMode(const MergeOptions& options, std::size_t numModels, bool hasViewFiles) {
   if (numModels == 0) return MergeMode::Nothing;
   if (numModels == 1) return hasViewFiles ? MergeMode::ViewsOnly : MergeMode::Nothing;
-  if (!options.mAsInstances) return MergeMode::Datasets;
-  if (options.mSuffix) return MergeMode::SuffixedInstances;
-  return options.mAutoRename ? MergeMode::AutomaticInstances : MergeMode::Instances;
+  return ChooseMode(options.GetNaming());
 }
 
 }  // namespace
 
 void DeclareMergeOptions(CLI::App& app, MergeOptions& options) {
-  app.add_flag("--merge-as-instances", options.mAsInstances,
-               "Append the results of all models to the first one");
-  app.add_flag("--suffix-file-instance", options.mSuffix,
-               "Put the number of the file into the names of all results");
-  app.add_flag("--auto-rename-instances", options.mAutoRename,
-               "Put it into the names that have an instance part, and take only those");
-  app.add_flag("--arrange-files", options.mArrange, "Order the inputs by their trailing numbers");
+  for (const MergeOption& option : kMergeOptions) {
+    app.add_flag(option.mName, options.*option.mpFlag, option.mText);
+  }
 }
 
 const char* NameOf(MergeMode mode) {

@@ -4,21 +4,15 @@
 #include <string>
 #include <vector>
 
+#include "app/MergeOptions.h"
+
 namespace CLI {
 class App;
 }
 
 namespace Qov::Tools {
 
-/// The options of RyxMerge that plan and verify take, with the same meaning.
-struct MergeOptions {
-  bool mAsInstances = false;
-  bool mSuffix = false;
-  bool mAutoRename = false;
-  bool mArrange = false;
-};
-
-/// Declares the options under their names in RyxMerge.
+/// Declares the options of a merge under their names in RyxMerge.
 void DeclareMergeOptions(CLI::App& app, MergeOptions& options);
 
 /// The operation of a run of RyxMerge.

@@ -272,9 +272,10 @@ std::vector<Warning> FindRequestWarnings(const MergeOptions& options, const Merg
   const char* leaveOut = "Leave the option out.";
   if (!options.mAsInstances) {
     const char* why = "without --merge-as-instances";
-    if (options.mSuffix) addUseless("--suffix-file-instance", why, "Add --merge-as-instances.");
-    if (options.mAutoRename)
-      addUseless("--auto-rename-instances", why, "Add --merge-as-instances.");
+    for (const MergeOption& option : kMergeOptions) {
+      const bool isUseless = option.mNaming && options.*option.mpFlag;
+      if (isUseless) addUseless(option.mName, why, "Add --merge-as-instances.");
+    }
   } else if (request.CountModels() < 2) {
     addUseless("--merge-as-instances", "on a single model", leaveOut);
   } else if (options.mSuffix && options.mAutoRename) {
