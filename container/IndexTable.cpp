@@ -92,9 +92,8 @@ IndexStream* IndexTable::FindStream(const std::string& name) {
 }
 
 IndexStream& IndexTable::GetStream(const std::string& name) {
-  IndexStream* stream = FindStream(name);
-  if (stream == nullptr) RaiseElementNotFound(kIndexSource);
-  return *stream;
+  if (IndexStream* stream = FindStream(name)) return *stream;
+  RaiseElementNotFound(kIndexSource);
 }
 
 IndexStream& IndexTable::MakeStream(const std::string& name) {

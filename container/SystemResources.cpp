@@ -3,6 +3,7 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <functional>
 #include <limits>
@@ -158,9 +159,9 @@ std::uint64_t SystemResources::GetFreeMemory() const {
 
 std::uint64_t SystemResources::GetFreeAddressSpace() const {
   std::uint64_t free = kUnlimited;
-  const std::pair<const char*, const char*> limits[] = {{"Max address space", "VmSize:"},
-                                                        {"Max data size", "VmData:"}};
-  for (const auto& [name, measure] : limits) {
+  constexpr std::array kLimits{std::pair{"Max address space", "VmSize:"},
+                               std::pair{"Max data size", "VmData:"}};
+  for (const auto& [name, measure] : kLimits) {
     const auto limit = ReadEntry(mRoot + "/proc/self/limits", name);
     const auto used = ReadEntry(mRoot + "/proc/self/status", measure);
     if (limit && used) free = std::min(free, *limit - std::min(*limit, *used * kKilobyte));

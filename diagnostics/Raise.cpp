@@ -11,6 +11,11 @@ using ErrorType = Exception::ErrorType;
 
 constexpr const char* kWriteFailure = "Unable to write to file";
 
+Exception WithCause(Exception exception, const std::string& cause) {
+  exception.SetCause(cause);
+  return exception;
+}
+
 }  // namespace
 
 void Raise(const char* source, Exception::ErrorType type, const std::string& description,
@@ -28,9 +33,7 @@ void RaiseSystemFailure(const char* source, Exception::ErrorType type,
   const std::string cause = std::generic_category().message(error);
   Log::Record(Log::kErrorLevel, source, line, Log::kUnknownMethod) << description;
   Log::Record(Log::kErrorLevel, source, line, Log::kUnknownMethod) << "The cause was: " << cause;
-  Exception exception(type, description.c_str(), source, line, Log::kUnknownMethod);
-  exception.SetCause(cause);
-  throw exception;
+  throw WithCause(Exception(type, description.c_str(), source, line, Log::kUnknownMethod), cause);
 }
 
 void RaiseOutOfMemory(const char* source, unsigned long line) {

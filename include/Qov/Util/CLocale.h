@@ -1,6 +1,6 @@
 #pragma once
 
-#include <locale.h>
+#include <locale.h>  // NOLINT(modernize-deprecated-headers): <clocale> has no locale_t
 
 #include "Qov/Export.h"
 
