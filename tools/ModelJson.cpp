@@ -136,6 +136,7 @@ void NodeWriter::AddSets(const QovRyx::NodeSets& sets, Json& entry) const {
 
 Json AttributeJson(const QovUtil::AttributeValue& value) {
   static constexpr std::array<const char*, 4> kTypes = {"u32", "f32", "string", "f64"};
+  static_assert(kTypes.size() == std::variant_size_v<QovUtil::AttributeValue>);
   Json json{{"type", kTypes[value.index()]}};
   if (const auto* number = std::get_if<std::uint32_t>(&value)) json["value"] = *number;
   if (const auto* number = std::get_if<float>(&value)) json["value"] = JsonFloat(*number);
