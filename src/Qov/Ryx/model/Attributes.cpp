@@ -55,7 +55,7 @@ std::size_t SizeAt(const char* at, AttributeType type) {
 std::string_view UpToZero(std::string_view text) { return text.substr(0, text.find('\0')); }
 
 /// Returns the columns in `bytes`, all of which must be complete.
-std::array<std::string_view, kNumColumns> Cut(std::string_view bytes) {
+std::array<std::string_view, kNumColumns> SplitColumns(std::string_view bytes) {
   std::array<std::string_view, kNumColumns> columns;
   const char* at = bytes.data();
   for (std::size_t i = 0; i < kNumColumns; ++i) {
@@ -162,7 +162,7 @@ std::string Encode(const std::vector<Entry>& entries) {
 }
 
 /// Returns the text before its first zero byte. Counts the text if bytes are lost.
-std::string_view KeepUpToZero(std::string_view text) {
+std::string_view DropAfterZero(std::string_view text) {
   const std::string_view kept = UpToZero(text);
   if (text.find_first_not_of('\0', kept.size()) != std::string_view::npos) {
     QovJbf::GetReadLosses().AddCutText(text);
@@ -171,7 +171,7 @@ std::string_view KeepUpToZero(std::string_view text) {
 }
 
 /// Keeps the first of adjacent entries with the same name and counts the others.
-void LeaveOutEqualNames(std::vector<StoredEntry>& entries) {
+void DropEqualNames(std::vector<StoredEntry>& entries) {
   std::string_view last;
   bool isFirst = true;
   std::erase_if(entries, [&](const StoredEntry& entry) {
@@ -233,7 +233,7 @@ Attributes::Attributes(const AttributeMap& map) {
 }
 
 Attributes Attributes::FromColumns(std::string columns) {
-  CheckColumns(Cut(columns));
+  CheckColumns(SplitColumns(columns));
   Attributes stored(std::move(columns));
   if (stored.IsInOrder()) return stored;
   std::vector<StoredEntry> entries;
@@ -241,15 +241,15 @@ Attributes Attributes::FromColumns(std::string columns) {
   for (Iterator it = stored.begin(); it != stored.end(); ++it) {
     const auto type = static_cast<AttributeType>(*it.mType);
     const char* value = it.mValues[Index(type)];
-    if (type == AttributeType::String) KeepUpToZero(TextAt(value));  // counts what is lost
-    const std::string_view name = KeepUpToZero(it.GetName());
+    if (type == AttributeType::String) DropAfterZero(TextAt(value));  // counts what is lost
+    const std::string_view name = DropAfterZero(it.GetName());
     entries.push_back({name.data(), value, static_cast<std::uint32_t>(name.size()), type});
   }
   // The addresses of the names keep entries with equal names in stored order.
   std::sort(entries.begin(), entries.end(), [](const StoredEntry& a, const StoredEntry& b) {
     return std::pair(a.GetName(), a.mpName) < std::pair(b.GetName(), b.mpName);
   });
-  LeaveOutEqualNames(entries);
+  DropEqualNames(entries);
   return Attributes(Encode(entries));
 }
 
@@ -282,7 +282,7 @@ std::size_t Attributes::size() const {
 Attributes::Iterator Attributes::begin() const {
   Iterator it;
   if (empty()) return it;
-  const auto columns = Cut(*mpColumns);
+  const auto columns = SplitColumns(*mpColumns);
   it.mLeft = Load<std::uint32_t>(columns[0].data());
   it.mName = columns[0].data() + kCountSize;
   it.mType = columns[1].data() + kCountSize;
@@ -306,7 +306,7 @@ void Attributes::erase(const std::string& name) {
 
 std::array<std::string_view, kNumColumns> Attributes::GetColumns() const {
   static const std::string kEmpty(kNumColumns * kCountSize, '\0');
-  return Cut(empty() ? kEmpty : *mpColumns);
+  return SplitColumns(empty() ? kEmpty : *mpColumns);
 }
 
 std::size_t Attributes::GetStoredSize() const {

@@ -37,15 +37,15 @@ void CopyToBlock(QovJbf::Block& block, const WrittenColumn& column) {
 
 /// Reads an empty map if the next bytes of the block are one.
 struct EmptyMap {
-  bool mIsTaken = false;
+  bool mIsRead = false;
 };
 
 void CopyFromBlock(QovJbf::Block& block, EmptyMap& map) {
   static constexpr std::array<unsigned char, QovRyx::kNumAttributeColumns * kCountSize> kZeros{};
-  map.mIsTaken =
+  map.mIsRead =
       block.GetRemaining() >= kZeros.size() &&
       std::memcmp(block.GetData() + block.GetPosition(), kZeros.data(), kZeros.size()) == 0;
-  if (map.mIsTaken) block.SetPosition(std::uint64_t{block.GetPosition()} + kZeros.size());
+  if (map.mIsRead) block.SetPosition(std::uint64_t{block.GetPosition()} + kZeros.size());
 }
 
 /// A column that is appended to those before it.
@@ -94,7 +94,7 @@ void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, Attribu
   attributes = {};
   EmptyMap empty;
   file.Require(key, empty);
-  if (empty.mIsTaken) return;
+  if (empty.mIsRead) return;
   std::string columns;
   const auto append = [&](std::uint64_t elementSize) {
     ReadColumn column{columns, elementSize};

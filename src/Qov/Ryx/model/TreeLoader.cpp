@@ -75,7 +75,7 @@ void TreeLoader::Load(const std::string& path, Tree::IdMap& idMap, Tree::ReadMod
   QovJbf::JbFile file;
   bool wideOffsets = false;
   OpenForReading(file, path, wideOffsets);
-  const std::uint32_t attachParent = GetAttachParent();
+  const std::uint32_t attachParent = SelectAttachParent();
   CountLosses(mTree.mLosses.mHistory, file, "history", [&] { LoadGlobalInfo(file); });
   LoadTree(file, idMap, attachParent, wideOffsets);
   UpdateBufferLinks();
@@ -100,7 +100,7 @@ void TreeLoader::Merge(const std::string& path) {
   bool wideOffsets = false;
   OpenForReading(file, path, wideOffsets);
   Tree::IdMap idMap;
-  LoadTree(file, idMap, GetAttachParent(), wideOffsets);
+  LoadTree(file, idMap, SelectAttachParent(), wideOffsets);
   CheckComplete(file);
   file.CloseFile();
 }
@@ -118,8 +118,8 @@ void TreeLoader::OpenForReading(QovJbf::JbFile& file, const std::string& path, b
   mTree.mUnknownStreams = FindUnknownStreams(file.GetIndex().GetItems());
 }
 
-/// Returns the id of the root if the nodes of files are added below it, otherwise 0.
-std::uint32_t TreeLoader::GetAttachParent() {
+/// Makes the root current. Returns its id if the nodes of files are added below it, otherwise 0.
+std::uint32_t TreeLoader::SelectAttachParent() {
   mTree.mNodes.SetCurrentId(NodeTree::kRootId);
   const auto* group = dynamic_cast<const Group*>(mTree.mNodes.GetCurrentNode().mData.get());
   return group != nullptr && group->TakesModels() ? NodeTree::kRootId : 0;

@@ -19,7 +19,7 @@ class TreeLoader {
 
  private:
   void OpenForReading(QovJbf::JbFile& file, const std::string& path, bool& wideOffsets);
-  std::uint32_t GetAttachParent();
+  std::uint32_t SelectAttachParent();
   void LoadGlobalInfo(QovJbf::JbFile& file);
   void LoadTree(QovJbf::JbFile& file, Tree::IdMap& idMap, std::uint32_t attachParent,
                 bool wideOffsets);
