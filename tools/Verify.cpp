@@ -9,6 +9,7 @@
 #include "Command.h"
 #include "ErrorText.h"
 #include "OptionValues.h"
+#include "Plural.h"
 #include "Qov/Util/FileContext.h"
 #include "check/UnreadContent.h"
 #include "ledger/ExpectModel.h"
@@ -137,7 +138,7 @@ void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Output& o
     return;
   }
   const std::uint64_t count = verdict.mFaults.GetCount();
-  output.Line(fmt::format("Not OK: {} difference{}", count, count == 1 ? "" : "s"));
+  output.Line("Not OK: " + Plural(count, "difference"));
   for (const Fault& fault : verdict.mFaults.GetFirst()) {
     output.Line("  " + FaultText(fault, style));
   }

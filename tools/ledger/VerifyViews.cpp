@@ -1,9 +1,8 @@
 #include "VerifyViews.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
+#include "Plural.h"
 #include "compare/Records.h"
 
 namespace Qov::Tools {
@@ -45,8 +44,7 @@ void VerifyPaths(ExpectedModel& model, const std::vector<QovRyx::ViewPointPath>&
   }
   if (paths.size() <= model.mPaths.size()) return;
   const std::size_t numExtra = paths.size() - model.mPaths.size();
-  reporter.Report(
-      fmt::format("the output has {} unexpected path{}", numExtra, numExtra == 1 ? "" : "s"));
+  reporter.Report("the output has " + Plural(numExtra, "unexpected path"));
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "Plural.h"
+
 namespace Qov::Tools {
 namespace {
 
@@ -22,7 +24,7 @@ void PrintWarnings(const std::vector<Warning>& warnings, Output& output) {
   if (warnings.empty()) return;
   const TextStyle& style = output.GetStyle();
   output.Line();
-  output.Line(fmt::format("{} warning{}:", warnings.size(), warnings.size() == 1 ? "" : "s"));
+  output.Line(Plural(warnings.size(), "warning") + ":");
   for (std::size_t i = 0; i < std::min(kMostShown, warnings.size()); ++i) {
     const Warning& warning = warnings[i];
     const std::string path = warning.mPath.empty() ? "" : warning.mPath + ": ";

@@ -98,8 +98,8 @@ void ContentWarnings::FindSameNames() {
           ? "Add --suffix-file-instance, which gives the results of each file different names."
           : "Rename the results in the inputs.";
   Add("same-name", "",
-      fmt::format("{} result{} the name of another result of the geometry, for example {}", count,
-                  count == 1 ? " gets" : "s get", example),
+      Plural(count, "result", "get") + " the name of another result of the geometry, for example " +
+          example,
       remedy);
 }
 
@@ -164,8 +164,7 @@ void ContentWarnings::FindMismatches() {
     const Mismatches nodes = FindNodeMismatches(first->GetNodes(), input.GetNodes());
     if (nodes.mCount != 0) {
       Add("other-tree", input.mPath,
-          fmt::format("{} node{} from the first model: {}", nodes.mCount,
-                      nodes.mCount == 1 ? " differs" : "s differ", nodes.mFirst),
+          Plural(nodes.mCount, "node", "differ") + " from the first model: " + nodes.mFirst,
           remedy);
     }
     const Mismatches meshes = FindMeshMismatches(first->GetNodes(), input.GetNodes());
@@ -185,15 +184,15 @@ void ContentWarnings::FindLostValues() {
                                       Dropped(i, Item::LinkedResult, DropRule::LinkReplaced);
     if (numReplaced != 0) {
       Add("values-replaced", mInputs[i].mPath,
-          fmt::format("{} result{} the values of another result that is shared under the same name",
-                      numReplaced, numReplaced == 1 ? " gets" : "s get"),
+          Plural(numReplaced, "result", "get") +
+              " the values of another result that is shared under the same name",
           "Add --suffix-file-instance, which shares no results.");
     }
     const std::uint64_t count = Dropped(i, Item::LinkedResult, DropRule::LinkedToItself);
     if (count == 0) continue;
     Add("values-lost", mInputs[i].mPath,
         Plural(count, "linked result", "lose") +
-            " the values, because the link becomes a link to itself",
+            " the values, because links within a geometry become links to themselves",
         "Use --suffix-file-instance instead of --auto-rename-instances; it keeps the links.");
   }
 }
@@ -231,8 +230,8 @@ void ContentWarnings::FindUnread(std::size_t i) {
   }
   if (count == 0) return;
   Add("unread-content", input.mPath,
-      fmt::format("{} place{} data that no program reads and that the merge leaves out: {}", count,
-                  count == 1 ? " holds" : "s hold", example),
+      Plural(count, "place", "hold") +
+          " data that no program reads and that the merge leaves out: " + example,
       "`ryx check` lists all of them.");
 }
 
