@@ -1,13 +1,16 @@
 # qov_module(NAME HEADERS header... SOURCES source... DEPENDS target...)
 #
-# Adds a module as a static library. Its public headers are under include/. Each must compile alone;
-# the target all_verify_interface_header_sets checks it.
+# Adds a module as a static library. HEADERS are its public headers under include/, which are
+# installed. Each must compile alone; the target all_verify_interface_header_sets checks it. Headers
+# that are not installed are next to their sources; other modules include them by their path, for
+# example "container/LoadLimit.h".
 function(qov_module name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;SOURCES;DEPENDS")
   list(TRANSFORM arg_HEADERS PREPEND ${PROJECT_SOURCE_DIR}/include/Qov/)
   add_library(${name} STATIC ${arg_SOURCES})
   target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR}/include
                                 FILES ${arg_HEADERS})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   # The shared library of all modules exports only what is marked with QOV_EXPORT.
   set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden
                                            VISIBILITY_INLINES_HIDDEN ON)
