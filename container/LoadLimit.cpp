@@ -1,4 +1,4 @@
-#include "Qov/Jbf/LoadLimit.h"
+#include "LoadLimit.h"
 
 #include <algorithm>
 #include <chrono>

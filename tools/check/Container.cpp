@@ -13,6 +13,7 @@
 #include "Qov/Util/Raise.h"
 #include "check/BlockVerdict.h"
 #include "container/ContainerFormat.h"
+#include "container/LoadLimit.h"
 
 // The section "Container" of docs/format.md describes a correct file.
 

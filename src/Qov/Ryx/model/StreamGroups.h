@@ -5,6 +5,9 @@
 #include <vector>
 
 #include "Qov/Jbf/JbFile.h"
+#include "Qov/Ryx/StreamNames.h"
+#include "Qov/Util/Raise.h"
+#include "container/LoadLimit.h"
 
 namespace QovRyx {
 
