@@ -7,7 +7,7 @@
 #include "Qov/Jbf/OutputLocks.h"
 #include "Qov/Ryx/FileArrangement.h"
 #include "Qov/Ryx/RyxMerge.h"
-#include "Qov/Util/Printable.h"
+#include "diagnostics/Printable.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include <string_view>
 
 #include "Qov/Log/Manager.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/SingletonHolder.h"
+#include "diagnostics/Printable.h"
 
 namespace {
 

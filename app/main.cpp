@@ -13,9 +13,9 @@
 #include "Printable.h"
 #include "ProgressLine.h"
 #include "Qov/Log/Record.h"
-#include "Qov/Util/Printable.h"
 #include "SetLogFile.h"
 #include "StandardStreams.h"
+#include "diagnostics/Printable.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <numeric>
 #include <vector>
 
-#include "Qov/Util/ByteShuffle.h"
+#include "diagnostics/ByteShuffle.h"
 
 namespace {
 

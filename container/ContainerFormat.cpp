@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "Qov/Util/CLocale.h"
+#include "diagnostics/CLocale.h"
 
 namespace QovJbf {
 

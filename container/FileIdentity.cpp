@@ -4,8 +4,8 @@
 
 #include <utility>
 
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
+#include "diagnostics/Printable.h"
 
 namespace QovJbf {
 

@@ -11,10 +11,10 @@
 
 #include "Qov/Log/Record.h"
 #include "Qov/Util/Assert.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
 #include "Sources.h"
+#include "diagnostics/Printable.h"
 
 namespace QovJbf {
 

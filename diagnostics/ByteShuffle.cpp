@@ -1,4 +1,4 @@
-#include "Qov/Util/ByteShuffle.h"
+#include "ByteShuffle.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "Qov/Util/CLocale.h"
+#include "CLocale.h"
 
 namespace Qov::Util {
 

@@ -1,4 +1,4 @@
-#include "Qov/Util/Printable.h"
+#include "Printable.h"
 
 #include <algorithm>
 #include <array>

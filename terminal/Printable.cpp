@@ -3,7 +3,7 @@
 #include <iostream>
 #include <string>
 
-#include "Qov/Util/Printable.h"
+#include "diagnostics/Printable.h"
 
 namespace Qov {
 PrintableBuffer::int_type PrintableBuffer::overflow(int_type character) {

@@ -12,8 +12,8 @@
 #include <system_error>
 
 #include "Qov/Ryx/InstanceNames.h"
-#include "Qov/Util/Printable.h"
 #include "Utf8.h"
+#include "diagnostics/Printable.h"
 
 namespace Qov::Tools {
 namespace {

@@ -4,10 +4,10 @@
 #include <nlohmann/json.hpp>
 
 #include "Json.h"
-#include "Qov/Util/Printable.h"
 #include "Suggestion.h"
 #include "Terminal.h"
 #include "TextTable.h"
+#include "diagnostics/Printable.h"
 
 namespace Qov::Tools {
 namespace {

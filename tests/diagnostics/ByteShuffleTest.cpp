@@ -1,4 +1,4 @@
-#include "Qov/Util/ByteShuffle.h"
+#include "diagnostics/ByteShuffle.h"
 
 #include <gmock/gmock.h>
 

@@ -9,7 +9,7 @@
 #include "Plural.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/ByteShuffle.h"
+#include "diagnostics/ByteShuffle.h"
 #include "check/MeshCheck.h"
 #include "check/ResultCheck.h"
 #include "check/SetPieces.h"

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "Qov/Log/Record.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
+#include "diagnostics/Printable.h"
 
 namespace QovRyx {
 namespace {

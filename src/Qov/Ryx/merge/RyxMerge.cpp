@@ -16,9 +16,9 @@
 #include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "container/ContainerFormat.h"
+#include "diagnostics/Printable.h"
 #include "model/HistoryDate.h"
 
 namespace QovRyx {

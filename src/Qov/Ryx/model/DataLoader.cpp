@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "Qov/Util/Assert.h"
-#include "Qov/Util/ByteShuffle.h"
 #include "Qov/Util/Raise.h"
+#include "diagnostics/ByteShuffle.h"
 
 namespace QovRyx {
 namespace {

@@ -4,8 +4,11 @@
 #include <vector>
 
 #include "Qov/Ryx/AttributesIo.h"
+#include "Qov/Ryx/Geometry.h"
+#include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Util/Raise.h"
 #include "Remaining.h"
+#include "diagnostics/Printable.h"
 
 // The descriptors of a geometry in the light stream: i32 count, then for each result
 //   name: string

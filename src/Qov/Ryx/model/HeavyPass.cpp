@@ -5,8 +5,8 @@
 #include "ModelFormat.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/ByteShuffle.h"
 #include "Qov/Util/Raise.h"
+#include "diagnostics/ByteShuffle.h"
 
 namespace QovRyx {
 namespace {

@@ -1,6 +1,6 @@
 #include "StreamGroups.h"
 
-#include "Qov/Jbf/LoadLimit.h"
+#include "container/LoadLimit.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"

@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "MoveShape.h"
-#include "Qov/Jbf/LoadLimit.h"
+#include "container/LoadLimit.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/FileContext.h"
 #include "StreamGroups.h"

@@ -7,9 +7,9 @@
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "Remaining.h"
+#include "diagnostics/Printable.h"
 
 // A tree stream: i32 count, then for each entry in ascending id order
 //   id, parent, previous sibling, next sibling, first child, last child: u32 each

@@ -7,16 +7,16 @@
 
 #include "HeavyPass.h"
 #include "HistoryDate.h"
-#include "Qov/Jbf/LoadLimit.h"
+#include "container/LoadLimit.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Assert.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
 #include "ViewPathIo.h"
+#include "diagnostics/Printable.h"
 
 namespace QovRyx {
 namespace {
