@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/BlockVersionedIo.h"
 #include "Qov/Ryx/ViewPoint.h"
+#include "model/AttributesIo.h"
 
 namespace {
 

@@ -12,7 +12,6 @@
 #include "FileAccess.h"
 #include "OutputFile.h"
 #include "Qov/Log/Record.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
 #include "Sources.h"

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "Qov/Ryx/BlockVersionedIo.h"
-#include "Qov/Ryx/FileVersionScope.h"
 #include "Target.h"
+#include "records/FileVersionScope.h"
 #include "support/RecordTypes.h"
 
 /// Reads one record. The input is:

@@ -9,9 +9,9 @@
 #include "ModelJson.h"
 #include "ModelReport.h"
 #include "Plural.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "TextTable.h"
 #include "ValueText.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

@@ -5,8 +5,6 @@
 #include <exception>
 
 #include "ErrorText.h"
-#include "Qov/Ryx/FileVersionScope.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
 #include "check/Container.h"
 #include "container/ContainerFormat.h"

@@ -9,7 +9,7 @@
 #include <stdexcept>
 
 #include "Qov/Jbf/JbFile.h"
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Bench {
 namespace {

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <functional>
 
-#include "Qov/Ryx/StreamNames.h"
 #include "app/MergeOptions.h"
+#include "model/StreamNames.h"
 #include "ryxFixture.h"
 #include "support/BuildKind.h"
 #include "support/Files.h"

@@ -1,6 +1,5 @@
 #include "LedgerFixture.h"
 #include "Qov/Ryx/Sequencer.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "check/FileCheck.h"
 #include "ledger/ExpectModel.h"
 #include "ledger/VerifyOutput.h"

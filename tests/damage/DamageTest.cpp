@@ -15,7 +15,7 @@
 
 #include "Program.h"
 #include "Qov/Ryx/RyxMerge.h"
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 #include "support/BuildKind.h"
 #include "support/CapturedErrors.h"
 #include "support/Files.h"

@@ -1,4 +1,4 @@
-#include "Qov/Ryx/AttributesIo.h"
+#include "model/AttributesIo.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include <random>
 
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 #include "support/Errors.h"
 #include "support/ModelCompare.h"
 #include "support/ScopedEnvironment.h"

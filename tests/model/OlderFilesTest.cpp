@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "Qov/Ryx/AttributesIo.h"
-#include "Qov/Ryx/FileVersionScope.h"
+#include "model/AttributesIo.h"
+#include "records/FileVersionScope.h"
 #include "support/Errors.h"
 #include "support/ModelCompare.h"
 #include "support/OldFile.h"

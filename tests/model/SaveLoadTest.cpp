@@ -9,8 +9,8 @@
 
 #include "Qov/Log/Manager.h"
 #include "Qov/Ryx/Progress.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/SingletonHolder.h"
+#include "model/StreamNames.h"
 #include "support/Errors.h"
 #include "support/Files.h"
 #include "support/ModelCompare.h"

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <typeinfo>
 
-#include "Qov/Ryx/FileVersionScope.h"
+#include "records/FileVersionScope.h"
 #include "records/RandomRecord.h"
 #include "records/RecordBytes.h"
 #include "support/RecordTypes.h"

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/ModifierInfo.h"
 #include "Qov/Ryx/ViewPoint.h"
+#include "records/FileVersionScope.h"
 #include "records/RecordBytes.h"
 #include "support/CapturedLog.h"
 

@@ -6,7 +6,7 @@
 
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Geometry.h"
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 #include "support/ModelBuilder.h"
 #include "support/Streams.h"
 

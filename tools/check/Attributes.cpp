@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "Qov/Ryx/StreamNames.h"
 #include "check/StreamEnd.h"
+#include "model/StreamNames.h"
 
 // A map: names, types, then the values by type, in the columns u32, f32, f64 and string.
 

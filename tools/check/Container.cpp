@@ -7,12 +7,11 @@
 #include <exception>
 
 #include "Plural.h"
-#include "container/LoadLimit.h"
 #include "Qov/Ryx/Progress.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
 #include "check/BlockVerdict.h"
 #include "container/ContainerFormat.h"
+#include "container/LoadLimit.h"
 
 // The section "Container" of docs/format.md describes a correct file.
 

@@ -6,7 +6,6 @@
 
 #include "ErrorText.h"
 #include "ModelInput.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "check/Attributes.h"
 #include "check/Container.h"
 #include "check/HeavyData.h"
@@ -16,6 +15,7 @@
 #include "check/TreeLinks.h"
 #include "check/TreeRecords.h"
 #include "container/ContainerFormat.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

@@ -8,12 +8,12 @@
 
 #include "Plural.h"
 #include "Qov/Ryx/Progress.h"
-#include "Qov/Ryx/StreamNames.h"
-#include "diagnostics/ByteShuffle.h"
 #include "check/MeshCheck.h"
 #include "check/ResultCheck.h"
 #include "check/SetPieces.h"
 #include "check/StreamEnd.h"
+#include "diagnostics/ByteShuffle.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

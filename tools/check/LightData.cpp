@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "Plural.h"
-#include "Qov/Ryx/GeometryVersion.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "check/StreamEnd.h"
+#include "model/GeometryVersion.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

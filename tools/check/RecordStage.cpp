@@ -7,7 +7,6 @@
 
 #include "Qov/Ryx/MaterialValues.h"
 #include "Qov/Ryx/ModifierInfo.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Ryx/ViewPoint.h"
 #include "check/RecordCheck.h"
 #include "check/StreamEnd.h"

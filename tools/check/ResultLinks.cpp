@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

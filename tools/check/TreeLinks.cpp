@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

@@ -5,13 +5,13 @@
 #include <exception>
 #include <iterator>
 
-#include "Qov/Ryx/StreamNames.h"
 #include "check/Attributes.h"
 #include "check/Container.h"
 #include "check/LightData.h"
 #include "check/ModelContent.h"
 #include "check/RecordStage.h"
 #include "check/TreeRecords.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "ErrorText.h"
 #include "Qov/Jbf/JbFile.h"
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

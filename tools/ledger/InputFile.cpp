@@ -3,7 +3,6 @@
 #include <exception>
 
 #include "ErrorText.h"
-#include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Util/Raise.h"
 #include "container/ContainerFormat.h"
 

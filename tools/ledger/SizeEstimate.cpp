@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "ContainerInfo.h"
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

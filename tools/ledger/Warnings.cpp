@@ -14,10 +14,10 @@
 #include "InstanceMismatches.h"
 #include "Plural.h"
 #include "Qov/Jbf/JbFile.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "check/Finding.h"
 #include "check/MeshNames.h"
 #include "check/UnreadContent.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

@@ -13,13 +13,13 @@
 #include "MergeSummary.h"
 #include "Qov/Jbf/OutputLocks.h"
 #include "Qov/Log/Record.h"
-#include "Qov/Ryx/FileVersionScope.h"
 #include "Qov/Ryx/InstanceNames.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
 #include "container/ContainerFormat.h"
 #include "diagnostics/Printable.h"
 #include "model/HistoryDate.h"
+#include "model/StreamNames.h"
+#include "records/FileVersionScope.h"
 
 namespace QovRyx {
 namespace {

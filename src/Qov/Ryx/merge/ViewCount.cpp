@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "Qov/Jbf/JbFile.h"
-#include "Qov/Ryx/StreamNames.h"
+#include "model/StreamNames.h"
 
 namespace QovRyx {
 namespace {

@@ -1,4 +1,4 @@
-#include "Qov/Ryx/AttributesIo.h"
+#include "AttributesIo.h"
 
 #include <array>
 #include <cstdint>

@@ -7,8 +7,8 @@
 #include "HeavyPass.h"
 #include "ModelFormat.h"
 #include "Qov/Ryx/Progress.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/FileContext.h"
+#include "StreamNames.h"
 
 namespace QovRyx {
 namespace {

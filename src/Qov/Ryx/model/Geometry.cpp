@@ -8,9 +8,9 @@
 #include "GeometryDescriptors.h"
 #include "HeavyPass.h"
 #include "ModelFormat.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "container/ContainerFormat.h"
+#include "diagnostics/Printable.h"
 
 namespace QovRyx {
 namespace {

@@ -3,9 +3,9 @@
 #include <optional>
 #include <vector>
 
-#include "Qov/Ryx/AttributesIo.h"
+#include "AttributesIo.h"
+#include "GeometryVersion.h"
 #include "Qov/Ryx/Geometry.h"
-#include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Util/Raise.h"
 #include "Remaining.h"
 #include "diagnostics/Printable.h"

@@ -1,4 +1,4 @@
-#include "Qov/Ryx/GeometryVersion.h"
+#include "GeometryVersion.h"
 
 #include <charconv>
 #include <optional>

@@ -4,7 +4,6 @@
 
 #include "ModelFormat.h"
 #include "Qov/Ryx/Progress.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
 #include "diagnostics/ByteShuffle.h"
 

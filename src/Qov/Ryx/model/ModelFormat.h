@@ -8,8 +8,8 @@
 #include <type_traits>
 #include <variant>
 
+#include "GeometryVersion.h"
 #include "Qov/Ryx/Geometry.h"
-#include "Qov/Ryx/GeometryVersion.h"
 #include "Qov/Ryx/Group.h"
 #include "Qov/Ryx/NodeSets.h"
 #include "Qov/Ryx/Shape.h"

@@ -1,9 +1,9 @@
 #include "StreamGroups.h"
 
-#include "container/LoadLimit.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
+#include "StreamNames.h"
+#include "container/LoadLimit.h"
 
 namespace QovRyx {
 namespace {

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "Qov/Jbf/JbFile.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
+#include "StreamNames.h"
 #include "container/LoadLimit.h"
 
 namespace QovRyx {

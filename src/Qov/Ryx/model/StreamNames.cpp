@@ -1,4 +1,4 @@
-#include "Qov/Ryx/StreamNames.h"
+#include "StreamNames.h"
 
 #include <algorithm>
 #include <array>

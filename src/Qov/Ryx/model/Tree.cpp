@@ -3,13 +3,13 @@
 #include <cstdlib>
 
 #include "MoveShape.h"
-#include "container/LoadLimit.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/FileContext.h"
 #include "StreamGroups.h"
+#include "StreamNames.h"
 #include "TreeLoader.h"
 #include "TreeSaver.h"
 #include "ViewPathIo.h"
+#include "container/LoadLimit.h"
 
 namespace QovRyx {
 

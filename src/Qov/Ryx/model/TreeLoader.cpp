@@ -6,14 +6,14 @@
 
 #include "LinkFollower.h"
 #include "Qov/Log/Record.h"
-#include "Qov/Ryx/FileVersionScope.h"
-#include "Qov/Ryx/StreamNames.h"
-#include "Qov/Util/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
+#include "StreamNames.h"
 #include "TreeReader.h"
 #include "ViewPathIo.h"
 #include "container/ContainerFormat.h"
+#include "diagnostics/Printable.h"
+#include "records/FileVersionScope.h"
 
 namespace QovRyx {
 namespace {

@@ -3,12 +3,12 @@
 #include <limits>
 #include <utility>
 
+#include "AttributesIo.h"
+#include "GeometryVersion.h"
 #include "ModelFormat.h"
-#include "Qov/Ryx/AttributesIo.h"
-#include "Qov/Ryx/GeometryVersion.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Raise.h"
 #include "Remaining.h"
+#include "StreamNames.h"
 #include "diagnostics/Printable.h"
 
 // A tree stream: i32 count, then for each entry in ascending id order

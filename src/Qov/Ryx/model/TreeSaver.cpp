@@ -5,17 +5,17 @@
 #include <array>
 #include <set>
 
+#include "AttributesIo.h"
 #include "HeavyPass.h"
 #include "HistoryDate.h"
-#include "container/LoadLimit.h"
 #include "Qov/Log/Record.h"
-#include "Qov/Ryx/AttributesIo.h"
 #include "Qov/Ryx/Progress.h"
-#include "Qov/Ryx/StreamNames.h"
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
+#include "StreamNames.h"
 #include "ViewPathIo.h"
+#include "container/LoadLimit.h"
 #include "diagnostics/Printable.h"
 
 namespace QovRyx {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "ModelFormat.h"
-#include "Qov/Ryx/StreamNames.h"
+#include "StreamNames.h"
 
 // The stream "View Points":
 //   current view: ViewPoint record
