@@ -10,12 +10,12 @@
 
 #include "CommandLine.h"
 #include "MergeRun.h"
-#include "Printable.h"
 #include "ProgressLine.h"
 #include "Qov/Log/Record.h"
 #include "SetLogFile.h"
 #include "StandardStreams.h"
 #include "diagnostics/Printable.h"
+#include "terminal/Printable.h"
 
 namespace {
 

@@ -3,10 +3,8 @@
 
 #include <Qov/Jbf/BlockZlibUnCompressor.h>
 #include <Qov/Log/Manager.h>
-#include <Qov/Ryx/AttributesIo.h>
 #include <Qov/Ryx/MergeEntryPoints.h>
 #include <Qov/Ryx/Tree.h>
-#include <Qov/Util/ByteShuffle.h>
 #include <Qov/Util/Exception.h>
 #include <Qov/Util/SingletonHolder.h>
 
@@ -49,8 +47,6 @@ void Cast(const std::string& path) {
 }
 
 void CallTemplates() {
-  std::vector<float> values = {1.0F, 2.0F};
-  QovUtil::ShuffleVectorBytes(values);
   QovJbf::Block block;
   QovJbf::CopyToBlock(block, QovRyx::ViewPoint());
   QovRyx::ViewPoint viewPoint;
