@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <string>
 
-#include "Qov/Export.h"
-
 /// The limit on the data that a loaded model holds in memory. It applies to the uncompressed bytes
 /// of three parts separately: tree, light data, attributes and materials together; the views; the
 /// history. A decoded byte takes at most six bytes of memory.
@@ -12,10 +10,10 @@ namespace QovJbf {
 
 /// Returns the limit in bytes: the value of the environment variable RYXMERGE_LOAD_LIMIT (decimal),
 /// else an eighth of the free memory, but at least 1 GiB.
-QOV_EXPORT std::uint64_t GetLoadLimit();
+std::uint64_t GetLoadLimit();
 
 /// Returns the error message that `content` decompresses to more bytes than the limit.
-QOV_EXPORT std::string DescribeLoadLimit(const std::string& content, std::uint64_t numBytes,
-                                         std::uint64_t limit);
+std::string DescribeLoadLimit(const std::string& content, std::uint64_t numBytes,
+                              std::uint64_t limit);
 
 }  // namespace QovJbf

@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "Qov/Export.h"
-
 /// Byte-plane shuffling of arrays of 4-byte elements. It puts bytes of the same significance side
 /// by side, so that arrays compress much better. docs/format.md draws the layouts.
 namespace QovUtil {
@@ -25,14 +23,13 @@ void ShuffleMultiVectorBytes(std::vector<T>& values, unsigned char width);
 template <class T>
 void UnShuffleMultiVectorBytes(std::vector<T>& values, unsigned char width);
 
-extern template QOV_EXPORT void ShuffleVectorBytes(std::vector<std::uint32_t>&);
-extern template QOV_EXPORT void ShuffleVectorBytes(std::vector<float>&);
-extern template QOV_EXPORT void UnShuffleVectorBytes(std::vector<std::uint32_t>&);
-extern template QOV_EXPORT void UnShuffleVectorBytes(std::vector<float>&);
-extern template QOV_EXPORT void ShuffleMultiVectorBytes(std::vector<std::uint32_t>&, unsigned char);
-extern template QOV_EXPORT void ShuffleMultiVectorBytes(std::vector<float>&, unsigned char);
-extern template QOV_EXPORT void UnShuffleMultiVectorBytes(std::vector<std::uint32_t>&,
-                                                          unsigned char);
-extern template QOV_EXPORT void UnShuffleMultiVectorBytes(std::vector<float>&, unsigned char);
+extern template void ShuffleVectorBytes(std::vector<std::uint32_t>&);
+extern template void ShuffleVectorBytes(std::vector<float>&);
+extern template void UnShuffleVectorBytes(std::vector<std::uint32_t>&);
+extern template void UnShuffleVectorBytes(std::vector<float>&);
+extern template void ShuffleMultiVectorBytes(std::vector<std::uint32_t>&, unsigned char);
+extern template void ShuffleMultiVectorBytes(std::vector<float>&, unsigned char);
+extern template void UnShuffleMultiVectorBytes(std::vector<std::uint32_t>&, unsigned char);
+extern template void UnShuffleMultiVectorBytes(std::vector<float>&, unsigned char);
 
 }  // namespace QovUtil

@@ -2,12 +2,10 @@
 
 #include <locale.h>  // NOLINT(modernize-deprecated-headers): <clocale> has no locale_t
 
-#include "Qov/Export.h"
-
 namespace Qov::Util {
 
 /// Returns the C locale, for functions like strtod_l, because reading and writing must not depend
 /// on the locale that the host program has set.
-QOV_EXPORT locale_t GetCLocale();
+locale_t GetCLocale();
 
 }  // namespace Qov::Util

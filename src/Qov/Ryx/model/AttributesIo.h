@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <string>
 
-#include "Qov/Export.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Attributes.h"
 
@@ -11,17 +10,15 @@
 namespace QovUtil {
 
 /// Appends one map. An AttributeMap is converted.
-QOV_EXPORT void WriteAttributesToJbf(QovJbf::JbFile& file, const std::string& key,
-                                     const Attributes& attributes);
+void WriteAttributesToJbf(QovJbf::JbFile& file, const std::string& key,
+                          const Attributes& attributes);
 
 /// Replaces `attributes` by one stored map. Keeps the first of several entries with the same name;
 /// QovJbf::GetReadLosses counts the others. Raises MismatchError if the columns disagree in length
 /// or a type index is unknown, OutOfBounds if a column passes the end of its block, ElementNotFound
 /// if the stream does not exist.
-QOV_EXPORT void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key,
-                                      Attributes& attributes);
+void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, Attributes& attributes);
 /// Inserts the entries of one stored map. Raises the same errors.
-QOV_EXPORT void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key,
-                                      AttributeMap& attributes);
+void ReadAttributesFromJbf(QovJbf::JbFile& file, const std::string& key, AttributeMap& attributes);
 
 }  // namespace QovUtil

@@ -4,7 +4,6 @@
 #include <string_view>
 #include <vector>
 
-#include "Qov/Export.h"
 #include "Qov/Jbf/Index.h"
 
 /// The names of the streams of a model (docs/format.md, "Streams of a model").
@@ -19,11 +18,11 @@ inline const std::string kGlobalInformation = "Global Information";  ///< The hi
 inline const std::string kViewPoints = "View Points";  ///< Views and sequencer; optional.
 
 /// Returns true for the names above.
-QOV_EXPORT bool IsModelStream(std::string_view name);
+bool IsModelStream(std::string_view name);
 
 /// Returns the names of the streams in a file that no reader uses, each once, in the order of the
 /// blocks. A merge leaves their data out. Either another program has added such a stream, or its
 /// name is damaged. `items` is the index of the file. Streams without stored bytes are not listed.
-QOV_EXPORT std::vector<std::string> FindUnknownStreams(const std::vector<QovJbf::IndexItem>& items);
+std::vector<std::string> FindUnknownStreams(const std::vector<QovJbf::IndexItem>& items);
 
 }  // namespace QovRyx
