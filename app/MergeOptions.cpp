@@ -18,6 +18,13 @@ std::vector<std::string> MergeOptions::GetNames() const {
   return names;
 }
 
+const char* NameOf(QovRyx::InstanceNaming naming) {
+  for (const MergeOption& option : kMergeOptions) {
+    if (option.mNaming == naming) return option.mKind;
+  }
+  return "instances";
+}
+
 std::vector<MergeOptions> ListMergeKinds() {
   const MergeOptions asInstances{.mAsInstances = true};
   std::vector<MergeOptions> kinds = {{}, asInstances};

@@ -76,7 +76,7 @@ MergePlan MakePlan(const MergeOptions& options, MergeRequest request) {
   plan.mInputs = LoadInputs(request);
   plan.mRequest = std::move(request);
   plan.mObstacles = FindFileObstacles(plan.mRequest, plan.mInputs);
-  if (plan.mRequest.mMode == MergeMode::Nothing) return plan;
+  if (plan.mRequest.mMode.mKind == MergeKind::Nothing) return plan;
   for (const InputFile& input : plan.mInputs) {
     if (!input.mError.empty()) return plan;
   }
@@ -151,7 +151,7 @@ void PlanReport::PrintSize() {
 void PlanReport::PrintVerdict() {
   if (!mPlan.mObstacles.empty()) {
     PrintObstacles();
-  } else if (mPlan.mRequest.mMode == MergeMode::Nothing) {
+  } else if (mPlan.mRequest.mMode.mKind == MergeKind::Nothing) {
     mOutput.Line("One model and no view-point file: nothing would be written");
   } else if (mPlan.HasSpace()) {
     mOutput.Line("The merge can be done");

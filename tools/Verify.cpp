@@ -52,7 +52,7 @@ struct Verdict {
 /// Returns false and adds the reasons to the verdict if nothing can be compared.
 bool CheckInputs(const MergeRequest& request, const std::vector<InputFile>& inputs,
                  Verdict& verdict) {
-  if (request.mMode == MergeMode::Nothing) {
+  if (request.mMode.mKind == MergeKind::Nothing) {
     verdict.mTrouble.push_back({"", "RyxMerge writes no output for these inputs", ""});
   }
   for (const InputFile& input : inputs) {

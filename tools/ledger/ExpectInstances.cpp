@@ -57,7 +57,8 @@ class InstanceMerge {
                 std::size_t position, Chains& chains);
   /// Returns true if a result of a further model is appended.
   bool IsTaken(const ExpectedResult& result) const {
-    return mMode != MergeMode::AutomaticInstances || !InstancePartOf(result.mName).empty();
+    return mMode.mNaming != QovRyx::InstanceNaming::AutomaticSuffix ||
+           !InstancePartOf(result.mName).empty();
   }
 
   MergeMode mMode;
@@ -162,7 +163,7 @@ void InstanceMerge::Append(ExpectedNode& source, ExpectedNode& target, const Sta
 void InstanceMerge::MoveLink(ExpectedResult& result, const ExpectedNode& target,
                              const Starts& starts) const {
   const auto [node, position] = result.mLink.GetPlace();
-  if (mMode == MergeMode::AutomaticInstances && node == target.mEntry.mId) {
+  if (mMode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix && node == target.mEntry.mId) {
     result.mLink = QovRyx::ResultLink({node, static_cast<std::uint32_t>(target.mResults.size())});
     result.mMade = MadeRule::LinkedToItself;
     return;
@@ -170,7 +171,7 @@ void InstanceMerge::MoveLink(ExpectedResult& result, const ExpectedNode& target,
   if (!result.mLink.HasTarget()) return;
   const auto start = starts.find(node);
   const std::uint64_t moved = start == starts.end() ? 0 : std::uint64_t{start->second} + position;
-  if (mMode == MergeMode::AutomaticInstances || start == starts.end() ||
+  if (mMode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix || start == starts.end() ||
       moved > std::numeric_limits<std::uint32_t>::max()) {
     result.mMade = MadeRule::Unlinked;
   } else {
@@ -225,7 +226,7 @@ bool CheckNodes(const InputFile& first, const InputFile& input, std::vector<Obst
 
 /// Returns false and adds an obstacle if the input needs too many links.
 bool CheckSharingLimit(MergeMode mode, const InputFile& input, std::vector<Obstacle>& obstacles) {
-  if (mode != MergeMode::Instances) return true;
+  if (mode.mNaming != QovRyx::InstanceNaming::Plain) return true;
   try {
     QovRyx::CheckSharing(*input.mpTree);
     return true;

@@ -79,7 +79,7 @@ void ExpectNewHistory(ExpectedModel& model, MergeMode mode, const std::vector<In
   entry.mFileVersion = QovJbf::kCurrentFileVersion;
   bool hasViewFiles = false;
   for (const InputFile& input : inputs) hasViewFiles = hasViewFiles || input.mIsViewFile;
-  if (mode != MergeMode::ViewsOnly) model.mNewHistory.push_back(entry);
+  if (mode.mKind != MergeKind::ViewsOnly) model.mNewHistory.push_back(entry);
   if (hasViewFiles) model.mNewHistory.push_back(entry);
   model.mNumSoundNewHistory = model.mNewHistory.size();
 }
@@ -91,7 +91,7 @@ ExpectedModel ExpectModel(MergeMode mode, const std::vector<InputFile>& inputs,
   ExpectedModel model;
   model.mLedger.mMode = mode;
   CountFound(inputs, model.mLedger);
-  if (mode == MergeMode::Datasets) {
+  if (mode.mKind == MergeKind::Datasets) {
     ExpectDatasets(inputs, model, obstacles);
   } else {
     ExpectInstances(mode, inputs, model, obstacles);

@@ -108,7 +108,7 @@ struct InputLedger {
 };
 
 struct Ledger {
-  MergeMode mMode = MergeMode::Nothing;
+  MergeMode mMode;
   std::vector<InputLedger> mInputs;
   PerItem<OutputTally> mOutput;
 

@@ -2,33 +2,17 @@
 
 #include <CLI/App.hpp>
 #include <algorithm>
-#include <optional>
 
 #include "Qov/Ryx/FileArrangement.h"
 
 namespace Qov::Tools {
 namespace {
 
-MergeMode ChooseMode(std::optional<QovRyx::InstanceNaming> naming) {
-  using QovRyx::InstanceNaming;
-  if (!naming) return MergeMode::Datasets;
-  switch (*naming) {
-    case InstanceNaming::Plain:
-      return MergeMode::Instances;
-    case InstanceNaming::FileSuffix:
-      return MergeMode::SuffixedInstances;
-    case InstanceNaming::AutomaticSuffix:
-      return MergeMode::AutomaticInstances;
-    case InstanceNaming::AutomaticWithoutSuffix:
-      break;  // no option chooses it
-  }
-  return MergeMode::Nothing;
-}
-
 MergeMode ChooseMode(const MergeOptions& options, std::size_t numModels, bool hasViewFiles) {
-  if (numModels == 0) return MergeMode::Nothing;
-  if (numModels == 1) return hasViewFiles ? MergeMode::ViewsOnly : MergeMode::Nothing;
-  return ChooseMode(options.GetNaming());
+  if (numModels == 0 || (numModels == 1 && !hasViewFiles)) return {};
+  if (numModels == 1) return {MergeKind::ViewsOnly, std::nullopt};
+  const auto naming = options.GetNaming();
+  return {naming ? MergeKind::Instances : MergeKind::Datasets, naming};
 }
 
 }  // namespace
@@ -39,21 +23,18 @@ void DeclareMergeOptions(CLI::App& app, MergeOptions& options) {
   }
 }
 
-const char* NameOf(MergeMode mode) {
-  switch (mode) {
-    case MergeMode::ViewsOnly:
+const char* NameOf(const MergeMode& mode) {
+  switch (mode.mKind) {
+    case MergeKind::ViewsOnly:
       return "view points only";
-    case MergeMode::Datasets:
+    case MergeKind::Datasets:
       return "datasets";
-    case MergeMode::Instances:
-      return "instances";
-    case MergeMode::SuffixedInstances:
-      return "instances with file suffixes";
-    case MergeMode::AutomaticInstances:
-      return "instances renamed automatically";
-    default:
-      return "nothing";
+    case MergeKind::Instances:
+      return Qov::NameOf(*mode.mNaming);
+    case MergeKind::Nothing:
+      break;
   }
+  return "nothing";
 }
 
 std::size_t MergeRequest::CountModels() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,24 +16,26 @@ namespace Qov::Tools {
 /// Declares the options of a merge under their names in RyxMerge.
 void DeclareMergeOptions(CLI::App& app, MergeOptions& options);
 
-/// The operation of a run of RyxMerge.
-enum class MergeMode {
-  Nothing,             ///< There is no model, or one model and no view-point file.
-  ViewsOnly,           ///< Adds view points to one model.
-  Datasets,            ///< Puts all models below one group.
-  Instances,           ///< Appends the results of all models, named by instance parts.
-  SuffixedInstances,   ///< The same, with the number of the file in each name.
-  AutomaticInstances,  ///< The same, with the number only in names with an instance part;
-                       ///< further models contribute only such results.
+enum class MergeKind {
+  Nothing,    ///< There is no model, or one model and no view-point file.
+  ViewsOnly,  ///< Adds view points to one model.
+  Datasets,   ///< Puts all models below one group.
+  Instances,  ///< Appends the results of all models.
 };
 
-inline bool IsInstanceMode(MergeMode mode) { return mode >= MergeMode::Instances; }
-const char* NameOf(MergeMode mode);
+/// The operation of a run of RyxMerge.
+struct MergeMode {
+  MergeKind mKind = MergeKind::Nothing;
+  std::optional<QovRyx::InstanceNaming> mNaming;  ///< Set for MergeKind::Instances only.
+};
+
+inline bool IsInstanceMode(const MergeMode& mode) { return mode.mNaming.has_value(); }
+const char* NameOf(const MergeMode& mode);
 
 /// One run of RyxMerge, from its command line.
 struct MergeRequest {
-  MergeMode mMode = MergeMode::Nothing;
-  std::vector<std::string> mInputs;  ///< In the order of the merge.
+  MergeMode mMode;
+  std::vector<std::string> mInputs;  ///< In the order in which they are taken.
   std::string mOutput;
 
   std::size_t CountModels() const;

@@ -38,13 +38,15 @@ std::string InstancePartOf(const std::string& name) {
 }
 
 MergedNames NameResults(const QovRyx::Geometry& geometry, std::size_t fileNumber, MergeMode mode) {
-  const std::string suffix = mode == MergeMode::Instances ? "" : "F" + std::to_string(fileNumber);
+  const std::string suffix =
+      mode.mNaming == QovRyx::InstanceNaming::Plain ? "" : "F" + std::to_string(fileNumber);
   MergedNames merged;
   for (const auto& result : geometry.GetVariables()) {
-    const bool keep = mode == MergeMode::AutomaticInstances && InstancePartOf(result.mName).empty();
+    const bool keep = mode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix &&
+                      InstancePartOf(result.mName).empty();
     merged.mNames.push_back(keep ? result.mName : WithSuffix(result.mName, suffix));
   }
-  if (mode != MergeMode::AutomaticInstances) ShareCommonResults(merged);
+  if (mode.mNaming != QovRyx::InstanceNaming::AutomaticSuffix) ShareCommonResults(merged);
   return merged;
 }
 

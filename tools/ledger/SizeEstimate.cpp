@@ -91,7 +91,7 @@ SizeEstimate EstimateSize(const MergeRequest& request, const std::vector<InputFi
     const InputLedger& inputLedger = ledger.mInputs[i];
     if (inputs[i].mNumber <= 1) file += sizes.mViews;
     if (inputs[i].mIsViewFile) continue;
-    const bool hasNodes = inputs[i].mNumber == 1 || request.mMode == MergeMode::Datasets;
+    const bool hasNodes = inputs[i].mNumber == 1 || request.mMode.mKind == MergeKind::Datasets;
     const std::uint64_t heavy = arrays[i] + (hasNodes ? sizes.mSets : 0);
     estimate.mValues += heavy;
     file += static_cast<double>(heavy) * sizes.mRatio;

@@ -94,7 +94,7 @@ void ContentWarnings::FindSameNames() {
   }
   if (count == 0) return;
   const char* remedy =
-      mLedger.mMode == MergeMode::Instances
+      mLedger.mMode.mNaming == QovRyx::InstanceNaming::Plain
           ? "Add --suffix-file-instance, which gives the results of each file different names."
           : "Rename the results in the inputs.";
   Add("same-name", "",
@@ -138,7 +138,7 @@ void ContentWarnings::FindInputsWithoutEffect() {
     if (input.mIsViewFile || input.mNumber == 1 || !IsInstanceMode(mLedger.mMode)) continue;
     const std::uint64_t numResults = CountResults(input);
     if (taken[i] != 0 && taken[i] >= numResults / kAlmostNothing) continue;
-    const char* remedy = mLedger.mMode == MergeMode::AutomaticInstances
+    const char* remedy = mLedger.mMode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix
                              ? "Use --suffix-file-instance, which also takes results without an "
                                "instance part."
                              : "Leave it out, or merge as datasets.";
