@@ -30,7 +30,7 @@ examples() { section "$1" .Sh EXAMPLES | awk '/^\.Bd/ { inside = 1; next } /^\.E
 page=$manuals/RyxMerge.1
 options=$(documented_options <"$page")
 expect_same "Options of RyxMerge" "$options" \
-  "$(grep -ohP '"--\K[a-z-]+(?=")' "$source_dir"/app/*.cpp)"
+  "$(grep -ohP '"--\K[a-z-]+(?=")' "$source_dir/app/MergeOptions.h")"
 expect_same "Completed options of RyxMerge" "$options" \
   "$(grep -oP '(?<=--)[a-z][a-z-]+' "$source_dir/completions/RyxMerge.bash")"
 expect_same "Environment of RyxMerge" "$(documented_variables "$page")" \
