@@ -8,6 +8,8 @@
 #include "Qov/Util/Raise.h"
 #include "check/Container.h"
 #include "container/ContainerFormat.h"
+#include "model/StreamNames.h"
+#include "records/FileVersionScope.h"
 
 namespace Qov::Tools {
 namespace {

@@ -3,6 +3,7 @@
 #include "check/FileCheck.h"
 #include "ledger/ExpectModel.h"
 #include "ledger/VerifyOutput.h"
+#include "model/StreamNames.h"
 #include "support/Files.h"
 #include "support/Streams.h"
 

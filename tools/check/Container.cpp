@@ -12,6 +12,7 @@
 #include "check/BlockVerdict.h"
 #include "container/ContainerFormat.h"
 #include "container/LoadLimit.h"
+#include "model/StreamNames.h"
 
 // The section "Container" of docs/format.md describes a correct file.
 

@@ -11,6 +11,7 @@
 #include "check/RecordCheck.h"
 #include "check/StreamEnd.h"
 #include "container/ContainerFormat.h"
+#include "model/StreamNames.h"
 
 namespace Qov::Tools {
 namespace {

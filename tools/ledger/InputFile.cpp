@@ -5,6 +5,7 @@
 #include "ErrorText.h"
 #include "Qov/Util/Raise.h"
 #include "container/ContainerFormat.h"
+#include "records/FileVersionScope.h"
 
 namespace Qov::Tools {
 namespace {

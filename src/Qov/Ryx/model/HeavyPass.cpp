@@ -5,6 +5,7 @@
 #include "ModelFormat.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Util/Raise.h"
+#include "StreamNames.h"
 #include "diagnostics/ByteShuffle.h"
 
 namespace QovRyx {
