@@ -101,7 +101,7 @@ void AppendWantedResults(Tree& tree, Tree& master) {
 void AddCutSections(Tree& tree, Tree& master) {
   CutLinksBetweenGeometries(tree.GetNodes());
   for (const auto& [id, entry] : tree.GetNodes()) {
-    if (!entry.mData || entry.mData->GetType() != "Shape") continue;
+    if (!entry.mData || entry.mData->GetType() != Shape::kType) continue;
     const NodeTree::Node& parent = master.GetNodes().GetReqNode(entry.mParent);
     if (!parent.mData) RaiseMismatch(parent.mId, "carries nothing");
     if (parent.mData->GetName() != kCutSections) continue;
