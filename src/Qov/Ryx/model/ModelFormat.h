@@ -14,6 +14,7 @@
 #include "Qov/Ryx/NodeSets.h"
 #include "Qov/Ryx/Shape.h"
 #include "Qov/Util/AttributeValue.h"
+#include "container/ContainerFormat.h"
 
 /// The facts of the model format (docs/format.md) that the reader, the writer and `ryx check`
 /// share. The names of the streams are in StreamNames.h.
@@ -26,8 +27,11 @@ inline constexpr std::array<std::string_view, 5> kGroupVersions = {"0.0a", "0.1"
                                                                    Group::kVersion};
 inline constexpr std::array<std::string_view, 3> kShapeVersions = {"0.0a", "0.1", Shape::kVersion};
 inline constexpr std::array<std::string_view, 1> kNodeSetsVersions = {NodeSets::kVersion};
-inline constexpr std::array<std::string_view, 8> kGeometryVersions = {
-    "0.0a", "0.1", "0.2", "0.3", "0.4", "0.5", "0.6", kNewestGeometryVersion};
+inline constexpr const char* kInlineValuesVersion = "0.5";
+inline constexpr const char* kNarrowOffsetsVersion = "0.6";
+inline constexpr auto kGeometryVersions =
+    std::to_array<std::string_view>({"0.0a", "0.1", "0.2", "0.3", "0.4", kInlineValuesVersion,
+                                     kNarrowOffsetsVersion, kNewestGeometryVersion});
 
 /// Returns true if a group record of that version has a placement in "Light Data".
 constexpr bool HasPlacement(std::string_view version) {
@@ -54,9 +58,6 @@ enum class GeometryLayout {
   WideOffsets,    ///< Shuffled values at a 64-bit offset.
 };
 
-inline constexpr const char* kInlineValuesVersion = "0.5";
-inline constexpr const char* kNarrowOffsetsVersion = "0.6";
-
 constexpr GeometryLayout GetGeometryLayout(std::string_view version) {
   if (version == kNewestGeometryVersion) return GeometryLayout::WideOffsets;
   if (version == kNarrowOffsetsVersion) return GeometryLayout::NarrowOffsets;
@@ -72,7 +73,7 @@ constexpr bool HasInlineValues(GeometryLayout layout) {
 
 // Sizes in bytes of encoded items. A string or vector begins with its count, a u32.
 
-inline constexpr std::uint64_t kCountSize = sizeof(std::uint32_t);
+using QovJbf::kCountSize;
 /// The least size of a tree record: six ids, three empty strings and a narrow light offset.
 inline constexpr std::uint64_t kLeastTreeRecordSize = 6 * 4 + 3 * kCountSize + 4;
 /// The placement of a group: translation, rotation and scale.
