@@ -113,7 +113,7 @@ TEST_F(RyxRecords, UnknownTagsBytesAndActionsAreKeptAndShown) {
            [](Tree& t) { t.GetViewPoint().mViewState.mMiscState.SetOrigin("0.8", "more"); },
            [](Tree& t) { t.GetViewPointPaths()[0].mViewPoints[0].ForgetOrigin(); },
            [](Tree& t) {
-             for (const auto& [id, entry] : t.GetNodes()) {
+             for (auto& [id, entry] : t.GetNodes()) {
                auto* shape = dynamic_cast<Shape*>(entry.mData.get());
                if (shape != nullptr) shape->mMaterial.mValues.ForgetOrigin();
              }
