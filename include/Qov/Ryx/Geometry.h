@@ -53,13 +53,13 @@ class QOV_EXPORT Geometry : public Node {
     /// Returns true for connectivity and ids, which are unsigned integers and are stored before all
     /// other results.
     bool IsIntegerKind() const { return Geometry::IsIntegerKind(mKind); }
-    /// Returns true if the values are unsigned 32-bit integers, false if they are floats. For a
-    /// linked result, answers for the result whose values it shares.
+    /// Returns true if the values are unsigned 32-bit integers, false if they are floats. A linked
+    /// result does not store their type; ValueOwners finds it.
     bool HoldsUnsigned() const { return IsIntegerKind() || mKindHighByte == kUnsignedKindHighByte; }
     /// Copies the fields that describe the values of `other`: the high byte of the kind and the
     /// carried fields that a linked result does not store.
     void TakeValueFieldsOf(const VarStruct& other);
-    /// Replaces the link by the values of `owner`, which is not a linked variable.
+    /// Replaces the link by the values of `owner`, which is not a linked result.
     void TakeValuesOf(const VarStruct& owner);
   };
 
