@@ -57,8 +57,8 @@ void CopyToNewFile(const std::string& path, const std::string& copy) {
   ThrowCopyError(path, copy, error);
 }
 
-/// A tree reads its arrays from its file until it is saved, so the merged model is read back from
-/// a copy, which stays behind.
+/// Merges the models, and adds the view points to a copy of the result, because a tree reads its
+/// arrays from its file until it is saved. The copy is not deleted.
 int MergeWithViewPoints(const CommandLine& commandLine, const InputLists& inputs) {
   const std::string& output = commandLine.mOutput;
   const std::string copy = output + ".temp";

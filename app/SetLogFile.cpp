@@ -23,7 +23,7 @@ std::string LogDirectory() {
   return std::string(isSet ? path : "/tmp") + "/";
 }
 
-/// Writes to an open file, whose handle it takes over, what is fit for a terminal too.
+/// Writes printable text to an open file. Closes the file when it is destroyed.
 class LogFile : public Qov::Log::Publisher {
  public:
   explicit LogFile(int descriptor) : mDescriptor(descriptor) {}
@@ -35,7 +35,7 @@ class LogFile : public Qov::Log::Publisher {
     const std::string printable = Qov::Util::MakePrintable(text);
     for (std::string_view rest = printable; !rest.empty();) {
       const ssize_t written = ::write(mDescriptor, rest.data(), rest.size());
-      if (written <= 0) break;  // a full disk is no reason to stop a merge
+      if (written <= 0) break;  // a full disk must not stop a merge
       rest.remove_prefix(static_cast<std::size_t>(written));
     }
     return *this;
@@ -67,7 +67,7 @@ bool IsSafe(int descriptor, const std::vector<std::string>& models) {
 /// is compared with the models, because the path of an output that does not exist yet may lead to
 /// it.
 int OpenLogFile(const std::string& path, const std::vector<std::string>& models) {
-  constexpr mode_t kForAll = 0666;  // as far as the umask lets them
+  constexpr mode_t kForAll = 0666;  // the umask removes bits
   constexpr int kFlags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
   int descriptor = ::open(path.c_str(), kFlags | O_CREAT | O_EXCL, kForAll);
   const bool isNew = descriptor != -1;
