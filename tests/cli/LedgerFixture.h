@@ -19,7 +19,7 @@ inline const std::vector<Strings> kMergeKinds = [] {
   return kinds;
 }();
 
-/// Runs merges, and compares their plans and recounts.
+/// Runs merges, and compares their plans and verifications.
 class LedgerTest : public RyxProgram {
  protected:
   static Strings Joined(Strings words, const Strings& more) {
@@ -33,7 +33,7 @@ class LedgerTest : public RyxProgram {
   Outcome Plan(const Strings& options, const Strings& inputs) const;
   Outcome Verify(const Strings& options, const Strings& inputs) const;
 
-  /// Expects the plan of a merge to equal the recount of the merge that follows.
+  /// Expects the plan of a merge to equal the verified ledger of the merge that follows.
   void ExpectAsPlanned(const Strings& options, const Strings& inputs);
 
   /// Returns the number of items to which a rule applied, in all inputs or in the output.

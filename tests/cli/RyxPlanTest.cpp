@@ -35,7 +35,7 @@ TEST_F(RyxPlan, ShowsSharedAndOmittedResultsAndObstacles) {
   ExpectTranscript("plan.txt");
 }
 
-/// Covers each kind of warning in the plan and, if the output shows it, in the recount.
+/// Covers each kind of warning in the plan and, if the output shows it, in the verification.
 TEST_F(RyxPlan, WarnsAboutUnexpectedEffects) {
   Plate("first.ryx", {"Stress|LC1"});
   Streams streams = ReadStreams(mDir / "first.ryx");
@@ -55,7 +55,7 @@ TEST_F(RyxPlan, WarnsAboutUnexpectedEffects) {
   ExpectTranscript("plan_warnings.txt");
 }
 
-TEST_F(RyxPlan, EqualsTheRecountOfRandomMerges) {
+TEST_F(RyxPlan, EqualsTheLedgerOfRandomMerges) {
   SaveViewPointFile(mDir / "a.vpt", "first");
   SaveViewPointFile(mDir / "b2.vpt", "second");
   for (std::uint32_t seed = 0; seed < 12; ++seed) {
@@ -92,7 +92,7 @@ TEST_F(RyxPlan, PredictsMergesOfDifferentStructures) {
   EXPECT_LT(numMerged, 20U);
 }
 
-TEST_F(RyxPlan, EqualsTheRecountOfViewsAddedToOneModel) {
+TEST_F(RyxPlan, EqualsTheLedgerOfViewsAddedToOneModel) {
   const Strings inputs = {mDir / "a.vpt", Plate("plate.ryx"), mDir / "b.vpt"};
   SaveViewPointFile(inputs[0], "first");
   SaveViewPointFile(inputs[2], "second");
@@ -123,7 +123,7 @@ std::vector<Strings> FindSeries() {
   return found;
 }
 
-TEST_F(RyxPlan, EqualsTheRecountOfSharedModels) {
+TEST_F(RyxPlan, EqualsTheLedgerOfSharedModels) {
   std::vector<Strings> series = FindSeries();
   if (series.empty()) GTEST_SKIP() << "no shared models";
   const auto find = FindSharedModel;
