@@ -8,16 +8,15 @@
 #include "ExpectedLinks.h"
 #include "compare/Attributes.h"
 #include "compare/NameMatching.h"
+#include "model/ModelFormat.h"
 
 namespace Qov::Tools {
 namespace {
 
-/// Returns the kind as it is stored: "no kind" has no high byte.
+/// Returns the kind as it is stored.
 template <class AnyResult>
 std::uint32_t KindWord(const AnyResult& result) {
-  constexpr unsigned kHighByteShift = 24;
-  if (result.mKind == QovRyx::Geometry::kNoKind) return result.mKind;
-  return result.mKind | result.mKindHighByte << kHighByteShift;
+  return QovRyx::MakeKindWord(result.mKind, result.mKindHighByte);
 }
 
 /// Returns true if the result has the carried fields of the result that owns its values.

@@ -7,7 +7,7 @@ namespace QovRyx {
 /// The place of a result in a model.
 struct ResultPlace {
   std::uint32_t mNode = 0;      ///< Tree id of a geometry.
-  std::uint32_t mPosition = 0;  ///< Position among the variables of the geometry.
+  std::uint32_t mPosition = 0;  ///< Position among the results of the geometry.
   friend bool operator==(const ResultPlace&, const ResultPlace&) = default;
 };
 
