@@ -23,9 +23,9 @@ struct MergeOptions {
 };
 
 struct MergeOption {
-  const char* mName;
-  const char* mText;  ///< For the help of `ryx`.
-  bool MergeOptions::*mpFlag;
+  const char* mName = nullptr;
+  const char* mText = nullptr;  ///< For the help of `ryx`.
+  bool MergeOptions::*mpFlag = nullptr;
   /// The naming that the option chooses together with --merge-as-instances. Nothing for an option
   /// that does not choose one.
   std::optional<QovRyx::InstanceNaming> mNaming;
