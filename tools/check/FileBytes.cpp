@@ -31,7 +31,7 @@ void FileBytes::Read(std::uint64_t position, void* target, std::size_t n) {
   mFile.clear();
   mFile.seekg(static_cast<std::streamoff>(position));
   mFile.read(static_cast<char*>(target), static_cast<std::streamsize>(n));
-  if (!mFile) Util::Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+  if (!mFile) Util::RaiseReadError(kSource);
 }
 
 }  // namespace Qov::Tools

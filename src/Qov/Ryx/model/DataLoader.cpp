@@ -18,8 +18,7 @@ DataLoader::DataLoader(std::shared_ptr<QovJbf::StreamReader> reader, std::uint64
     : mpReader(std::move(reader)), mOffset(offset), mCount(count), mShuffledWidth(shuffledWidth) {
   const std::uint64_t length = mpReader->GetLength();
   if (mCount != 0 && (mOffset > length || mCount > (length - mOffset) / kElementSize)) {
-    Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::OutOfBounds,
-                     "Not enough bytes in the block");
+    Qov::Util::RaiseNotEnoughBytes(kSource);
   }
 }
 

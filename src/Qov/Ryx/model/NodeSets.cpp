@@ -51,7 +51,7 @@ class PieceReader {
     std::uint32_t count = 0;
     TakeBytes(&count, kCountSize);
     if (count > (mReader.GetLength() - mOffset) / elementSize) {
-      Raise(kSource, ErrorType::OutOfBounds, "Not enough bytes in the block");
+      Qov::Util::RaiseNotEnoughBytes(kSource);
     }
     return count;
   }

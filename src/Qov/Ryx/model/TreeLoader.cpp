@@ -57,7 +57,7 @@ void LogLegacyWriter(const std::vector<ModifierInfo>& history, const std::string
 std::uint64_t GetFileLength(QovJbf::JbFile& file) {
   const bool isAtEnd = fseeko(file.GetStream(), 0, SEEK_END) == 0;
   const off_t length = isAtEnd ? ftello(file.GetStream()) : -1;
-  if (length < 0) Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+  if (length < 0) Qov::Util::RaiseReadError(kSource);
   return static_cast<std::uint64_t>(length);
 }
 
@@ -66,7 +66,7 @@ void CheckComplete(QovJbf::JbFile& file) {
   QovJbf::Index& index = file.GetIndex();
   const std::size_t last = index.GetItems().size() - 1;
   const std::uint64_t end = index.GetPosition(last) + index.GetItems()[last].mSize;
-  if (GetFileLength(file) < end) Raise(kSource, ErrorType::ReadError, "Unable to read from file");
+  if (GetFileLength(file) < end) Qov::Util::RaiseReadError(kSource);
 }
 
 }  // namespace
