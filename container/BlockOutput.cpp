@@ -7,7 +7,6 @@
 #include "ContainerFormat.h"
 #include "FileAccess.h"
 #include "Qov/Util/Raise.h"
-#include "RawLength.h"
 #include "Sources.h"
 #include "SystemResources.h"
 #include "ThreadCount.h"

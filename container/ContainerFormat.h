@@ -23,15 +23,15 @@ namespace QovJbf {
 inline constexpr std::array<unsigned char, 8> kMagic = {0x89, 'J',  'B',  'F',
                                                         '\r', '\n', 0x1A, '\n'};
 inline constexpr std::uint64_t kVersionPosition = kMagic.size();
-inline constexpr std::uint32_t kVersionSize = 4;
+inline constexpr std::uint64_t kVersionSize = 4;
 inline constexpr std::uint64_t kHeaderSize = kVersionPosition + kVersionSize;
 /// Position of the root index, which begins with its length.
 inline constexpr std::uint64_t kRootPosition = kHeaderSize;
 
-inline constexpr std::uint32_t kRootLengthSize = sizeof(std::uint32_t);
-inline constexpr std::uint32_t kCountSize = sizeof(std::uint32_t);
+inline constexpr std::uint64_t kRootLengthSize = sizeof(std::uint32_t);
+inline constexpr std::uint64_t kCountSize = sizeof(std::uint32_t);
 /// Size of the length at the start of a compressed block.
-inline constexpr std::uint32_t kRawLengthSize = sizeof(std::uint32_t);
+inline constexpr std::uint64_t kRawLengthSize = sizeof(std::uint32_t);
 
 /// Returns the largest size of the content of a zlib stream of `numBytes` bytes. Deflate encodes at
 /// most 258 bytes in two bits; the constant covers the ends of a very short stream.

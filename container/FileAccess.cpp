@@ -40,7 +40,8 @@ void ReadAt(const char* source, std::FILE* file, std::uint64_t position, void* t
 }
 
 void SeekToWrite(const char* source, std::FILE* file, std::uint64_t position, unsigned long line) {
-  // fseeko would flush as well, but its error does not tell a full disk from a wrong position.
+  // fseeko would flush as well, but its error does not distinguish a full disk from a wrong
+  // position.
   if (std::fflush(file) != 0) RaiseWriteFailure(source, errno, line);
   if (fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0) return;
   Qov::Log::Trace(source) << "File positioning failed";

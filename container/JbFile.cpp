@@ -15,7 +15,6 @@
 #include "Qov/Util/Raise.h"
 #include "SourceFile.h"
 #include "Sources.h"
-#include "diagnostics/CLocale.h"
 #include "diagnostics/Printable.h"
 
 namespace QovJbf {

@@ -31,7 +31,7 @@ if [[ ${#sources[@]} -gt 0 ]]; then
   step "Checking ${#sources[@]} sources with cppcheck"
   cppcheck --enable=warning,performance,portability,style --inline-suppr --error-exitcode=1 \
     --suppressions-list=scripts/cppcheck-suppressions.txt --library=googletest --std=c++20 \
-    --language=c++ -I include -I . -I tests --quiet -j "$(nproc)" "${sources[@]}" || status=1
+    --language=c++ -I include -I . -I src/Qov/Ryx -I tools -I tests --quiet -j "$(nproc)" "${sources[@]}" || status=1
 
   step "Writing the compile commands for clang-tidy"
   build=build/lint

@@ -15,7 +15,7 @@
 #include "OptionValues.h"
 #include "Plural.h"
 #include "Qov/Util/Raise.h"
-#include "Utf8.h"
+#include "diagnostics/Utf8.h"
 #include "diff/DiffReporting.h"
 #include "diff/ModelDiff.h"
 #include "diff/StreamDiff.h"

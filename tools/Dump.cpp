@@ -31,7 +31,7 @@ constexpr const char* kFooter =
     "ls\" shows them, with \\x1E before a load case. The load case may be omitted if the result "
     "has\n"
     "only one. Floats are printed as the shortest numbers that read back unchanged.\n"
-    "A stream is written as it is, whatever the ending of the file.\n"
+    "A stream is written without a format; the ending of the file has no effect.\n"
     "\n"
     "Example: ryx dump plate.ryx Skin 'Stress\\x1ELC1' -o stress.csv\n"
     "         ryx dump plate.ryx Skin 0 --format npy > points.npy\n"

@@ -1,4 +1,5 @@
 #include "Json.h"
+#include "diagnostics/Utf8.h"
 
 #include <fmt/format.h>
 
@@ -6,8 +7,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
-
-#include "Utf8.h"
 
 namespace Qov::Tools {
 

@@ -10,8 +10,8 @@
 #include "LinkTarget.h"
 #include "RecordPrinter.h"
 #include "TreeWalk.h"
-#include "Utf8.h"
 #include "ValueText.h"
+#include "diagnostics/Utf8.h"
 
 namespace Qov::Tools {
 namespace {

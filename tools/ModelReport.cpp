@@ -13,8 +13,8 @@
 #include "TextTable.h"
 #include "TreeLines.h"
 #include "TreeWalk.h"
-#include "Utf8.h"
 #include "ValueText.h"
+#include "diagnostics/Utf8.h"
 
 namespace Qov::Tools {
 namespace {

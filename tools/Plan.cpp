@@ -30,7 +30,7 @@ constexpr const char* kFooter =
     "Writes nothing and reads no values of results. Warnings come last, each with a remedy.\n"
     "\n"
     "Exit status: 0 the merge can be done, 1 it would fail, or there are warnings and --strict is\n"
-    "given, 2 trouble.\n"
+    "given, 2 failure.\n"
     "\n"
     "Example: ryx plan --merge-as-instances --arrange-files run*.ryx all.ryx";
 

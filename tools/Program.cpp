@@ -82,7 +82,7 @@ int Run(Command& command, Output& output, Output& errors) {
     status = command.Run(output, errors);
     output.Flush();
   } catch (const ClosedPipe&) {
-    // The reader does not want the rest.
+    // The reader has closed the pipe.
   }
   // An unknown verdict must not look like success.
   return status.value_or(command.OnlyShows() ? kSuccess : kEndedByClosedPipe);

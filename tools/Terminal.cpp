@@ -12,8 +12,8 @@
 #include <system_error>
 
 #include "Qov/Ryx/InstanceNames.h"
-#include "Utf8.h"
 #include "diagnostics/Printable.h"
+#include "diagnostics/Utf8.h"
 
 namespace Qov::Tools {
 namespace {

@@ -33,7 +33,7 @@ constexpr const char* kFooter =
     "views and the history. Warnings come last, like those of ryx plan.\n"
     "\n"
     "Exit status: 0 nothing is missing and all values match, 1 something differs, or there are\n"
-    "warnings and --strict is given, 2 trouble.\n"
+    "warnings and --strict is given, 2 failure.\n"
     "\n"
     "Example: ryx verify --merge-as-instances --arrange-files all.ryx run*.ryx";
 

@@ -64,7 +64,7 @@ class HostileInput : public RyxProgram {
       for (std::size_t i = 0; i < numCommon; ++i) geometry.EditVariable(i).mAttributes = attributes;
     });
   }
-  /// All commands that read models. RyxMerge is first, because verify reads its output.
+  /// Runs all commands that read models. RyxMerge is first, because verify reads its output.
   void ExpectAllPass(const std::string& model) {
     for (const MergeOptions& kind : ListMergeKinds()) {
       const std::vector<std::string> options = kind.GetNames();

@@ -23,7 +23,7 @@ section() { awk -v kind="$2" -v name="$3" '
   $1 == kind || $1 == ".Sh" { inside = $1 == kind && substr($0, 5) == name; next } inside' "$1"; }
 documented_options() { grep -oP '^\.It Fl( [a-z] ,| [a-z] Fl)?\K.*' | grep -oP '(?<=-)[a-z][a-z-]+' | grep -vx help || true; }
 documented_variables() { grep -oP '^\.It Ev \K\w+' "$1"; }
-# The options column of a help text. That of the help itself goes without saying.
+# The options column of a help text. Leaves out --help.
 offered_options() { grep -oP '^  (-\w,)?--[^ ]*' | grep -oP '(?<=--)[a-z-]+' | grep -vx help || true; }
 examples() { section "$1" .Sh EXAMPLES | awk '/^\.Bd/ { inside = 1; next } /^\.Ed/ { inside = 0 } inside'; }
 

@@ -117,7 +117,7 @@ TEST_F(InstanceNames, FollowsLongChainsInLittleTime) {
   GenerateLinkedResults(mTree, mLinks, dropped);
   EXPECT_EQ(geometry.GetVariables().size(), 2 * kMany + 1);
   EXPECT_EQ(dropped.mReplaced, 0U);
-  EXPECT_FALSE(geometry.GetVariables()[kMany].mLink.IsLinked());  // R0|LC1 has its values from it
+  EXPECT_FALSE(geometry.GetVariables()[kMany].mLink.IsLinked());  // R0|LC1 shares its values
   for (std::uint32_t i = 1; i != kMany; ++i) {
     ASSERT_EQ(geometry.GetVariables()[kMany + i].mLink.GetPlace(), (ResultPlace{kId, i + 1}));
   }

@@ -10,7 +10,7 @@ using namespace QovRyx;
 
 constexpr ResultPlace kDangling{99, 0};
 
-/// Two geometries, ids 2 and 3. Variable 0 of the first is the only one with values of its own.
+/// Adds two geometries, ids 2 and 3. Only variable 0 of the first is not linked.
 void BuildLinks(Tree& tree, const std::vector<ResultPlace>& links) {
   Geometry& first = AddNode<Geometry>(tree, 1, "first");
   first.AppendVariable(MakeVariable("values", 12, NumericArray::Of(Ramp(4, 1.0F))));

@@ -45,7 +45,7 @@ inline QovRyx::Geometry::VarStruct MakeVariable(const std::string& name, std::ui
   return variable;
 }
 
-/// A result of the same values as another one.
+/// Returns a result that is linked to another one.
 inline QovRyx::Geometry::VarStruct MakeLinked(const std::string& name, QovRyx::ResultPlace target) {
   QovRyx::Geometry::VarStruct variable = MakeVariable(name, QovRyx::Geometry::kNoKind, {});
   variable.mLink = QovRyx::ResultLink(target);

@@ -91,7 +91,7 @@ class RandomModel {
     if (variable.mKind != QovRyx::Geometry::kNoKind) variable.mKindHighByte = Below(7);
     variable.mFlag = static_cast<std::uint8_t>(Below(256));
     variable.mAttributes = MakeAttributes();
-    if (Below(4) == 0) {  // to anything, itself and nothing included
+    if (Below(4) == 0) {  // may be a link to itself or a dangling link
       variable.mLink = QovRyx::ResultLink({Below(numIds + 2), Below(12)});
       return variable;
     }

@@ -69,7 +69,7 @@ class AttributeReader {
   AttributeReader(StreamCursor& cursor, Findings& findings)
       : mCursor(cursor), mFindings(findings) {}
 
-  /// One map; `place` names what it belongs to.
+  /// Reads one map. `place` is the node or result that it belongs to.
   void Read(const Place& place);
 
  private:

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Plural.h"
-#include "Utf8.h"
+#include "diagnostics/Utf8.h"
 
 namespace Qov::Tools {
 namespace {

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "model/StreamNames.h"
-
 namespace Qov::Tools {
 namespace {
 

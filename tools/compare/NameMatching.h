@@ -3,13 +3,12 @@
 #include <cstddef>
 #include <map>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace Qov::Tools {
 
 /// Matches the items of list A with those of list B by name. Items of the same name are matched
-/// in order.
+/// in order. The names of B must exist as long as this object.
 class NameMatching {
  public:
   template <class List>
@@ -21,7 +20,7 @@ class NameMatching {
   void Add(std::string_view name) { mLeft.emplace(name, mLeft.size()); }
 
   /// Matches the next item of A. Returns the position of its match in B, if there is one.
-  std::optional<std::size_t> Take(const std::string& name) {
+  std::optional<std::size_t> Take(std::string_view name) {
     const auto found = mLeft.lower_bound(name);
     if (found == mLeft.end() || found->first != name) return std::nullopt;
     const std::size_t position = found->second;
@@ -31,12 +30,12 @@ class NameMatching {
     return position;
   }
   /// Returns the items of B without a match, by name.
-  const std::multimap<std::string, std::size_t>& GetLeft() const { return mLeft; }
+  const std::multimap<std::string_view, std::size_t>& GetLeft() const { return mLeft; }
   /// Returns true if all matched items have the same order in A and B.
   bool IsInOrder() const { return mIsInOrder; }
 
  private:
-  std::multimap<std::string, std::size_t> mLeft;
+  std::multimap<std::string_view, std::size_t> mLeft;
   std::size_t mNext = 0;
   bool mIsInOrder = true;
 };

@@ -118,7 +118,7 @@ void NodeDiff::CompareSetLists(const NodePair& pair, const SetColumns& a, const 
     if (!text.empty()) Add(pair, "node-set", fmt::format("set {}: {}", name, text));
   }
   for (const auto& [name, position] : names.GetLeft()) {
-    Add(pair, "node-set", "set " + name + ": only in B");
+    Add(pair, "node-set", "set " + std::string(name) + ": only in B");
   }
   if (names.IsInOrder() || !mOptions.Compares("order")) return;
   Add(pair, "order", "the order of the sets differs");

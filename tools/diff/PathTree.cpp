@@ -6,7 +6,7 @@
 #include <unordered_map>
 
 #include "TreeWalk.h"
-#include "Utf8.h"
+#include "diagnostics/Utf8.h"
 
 namespace Qov::Tools {
 namespace {

@@ -87,7 +87,7 @@ void StateComparison::ComparePaths(const std::vector<ViewPointPath>& a,
     }
   }
   for (const auto& [name, position] : names.GetLeft()) {
-    Add("only-in-b", "path " + name + ": only in B");
+    Add("only-in-b", "path " + std::string(name) + ": only in B");
   }
   if (names.IsInOrder() || !mOptions.Compares("order")) return;
   Add("order", "the order of the paths of views differs");

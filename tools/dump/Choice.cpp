@@ -11,7 +11,7 @@
 #include "Qov/Util/Raise.h"
 #include "Suggestion.h"
 #include "Terminal.h"
-#include "Utf8.h"
+#include "diagnostics/Utf8.h"
 
 namespace Qov::Tools {
 namespace {

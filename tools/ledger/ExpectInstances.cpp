@@ -57,8 +57,7 @@ class InstanceMerge {
                 std::size_t position, Chains& chains);
   /// Returns true if a result of a further model is appended.
   bool IsTaken(const ExpectedResult& result) const {
-    return mMode.mNaming != QovRyx::InstanceNaming::AutomaticSuffix ||
-           !InstancePartOf(result.mName).empty();
+    return !TakesOnlyInstances(mMode) || !InstancePartOf(result.mName).empty();
   }
 
   MergeMode mMode;
@@ -163,7 +162,7 @@ void InstanceMerge::Append(ExpectedNode& source, ExpectedNode& target, const Sta
 void InstanceMerge::MoveLink(ExpectedResult& result, const ExpectedNode& target,
                              const Starts& starts) const {
   const auto [node, position] = result.mLink.GetPlace();
-  if (mMode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix && node == target.mEntry.mId) {
+  if (TakesOnlyInstances(mMode) && node == target.mEntry.mId) {
     result.mLink = QovRyx::ResultLink({node, static_cast<std::uint32_t>(target.mResults.size())});
     result.mMade = MadeRule::LinkedToItself;
     return;
@@ -171,7 +170,7 @@ void InstanceMerge::MoveLink(ExpectedResult& result, const ExpectedNode& target,
   if (!result.mLink.HasTarget()) return;
   const auto start = starts.find(node);
   const std::uint64_t moved = start == starts.end() ? 0 : std::uint64_t{start->second} + position;
-  if (mMode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix || start == starts.end() ||
+  if (TakesOnlyInstances(mMode) || start == starts.end() ||
       moved > std::numeric_limits<std::uint32_t>::max()) {
     result.mMade = MadeRule::Unlinked;
   } else {

@@ -35,7 +35,7 @@ struct ExpectedNode {
   std::size_t mInput = 0;
   const QovRyx::NodeTree::Node* mpSource = nullptr;  ///< Null for the group that holds the models.
   QovRyx::NodeTree::Node mEntry;                     ///< Id and tree links, without content.
-  std::vector<ExpectedResult> mResults;              ///< Of a geometry.
+  std::vector<ExpectedResult> mResults;              ///< Results of a geometry.
   bool mSound = true;
   std::uint64_t mNumSoundSets = 0;
 
@@ -56,7 +56,8 @@ struct ExpectedPath : Expected<QovRyx::ViewPointPath> {
 };
 
 struct ExpectedModel {
-  /// What each input holds and what the merge drops. MakeLedger adds what the output gets.
+  /// Counts of the items that each input holds and that the merge drops. MakeLedger adds the counts
+  /// of the output.
   Ledger mLedger;
   std::map<std::uint32_t, ExpectedNode> mNodes;
   std::optional<Expected<QovRyx::ViewPoint>> mCurrentView;

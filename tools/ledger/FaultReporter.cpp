@@ -1,8 +1,7 @@
 #include "FaultReporter.h"
+#include "diagnostics/Utf8.h"
 
 #include <fmt/format.h>
-
-#include "Utf8.h"
 
 namespace Qov::Tools {
 

@@ -32,6 +32,12 @@ struct MergeMode {
 inline bool IsInstanceMode(const MergeMode& mode) { return mode.mNaming.has_value(); }
 const char* NameOf(const MergeMode& mode);
 
+/// Returns true if further models contribute only results whose names have an instance part.
+inline bool TakesOnlyInstances(const MergeMode& mode) {
+  return mode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix ||
+         mode.mNaming == QovRyx::InstanceNaming::AutomaticWithoutSuffix;
+}
+
 /// One run of RyxMerge, from its command line.
 struct MergeRequest {
   MergeMode mMode;

@@ -38,15 +38,16 @@ std::string InstancePartOf(const std::string& name) {
 }
 
 MergedNames NameResults(const QovRyx::Geometry& geometry, std::size_t fileNumber, MergeMode mode) {
-  const std::string suffix =
-      mode.mNaming == QovRyx::InstanceNaming::Plain ? "" : "F" + std::to_string(fileNumber);
+  const bool hasSuffix = mode.mNaming == QovRyx::InstanceNaming::FileSuffix ||
+                         mode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix;
+  const std::string suffix = hasSuffix ? "F" + std::to_string(fileNumber) : "";
   MergedNames merged;
   for (const auto& result : geometry.GetVariables()) {
-    const bool keep = mode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix &&
-                      InstancePartOf(result.mName).empty();
+    const bool keep = mode.mNaming == QovRyx::InstanceNaming::AutomaticWithoutSuffix ||
+                      (TakesOnlyInstances(mode) && InstancePartOf(result.mName).empty());
     merged.mNames.push_back(keep ? result.mName : WithSuffix(result.mName, suffix));
   }
-  if (mode.mNaming != QovRyx::InstanceNaming::AutomaticSuffix) ShareCommonResults(merged);
+  if (!TakesOnlyInstances(mode)) ShareCommonResults(merged);
   return merged;
 }
 

@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 
 #include "FaultReporter.h"
-#include "Utf8.h"
 #include "VerifyNodes.h"
 #include "VerifyResults.h"
 #include "VerifyValues.h"
 #include "VerifyViews.h"
+#include "diagnostics/Utf8.h"
 
 namespace Qov::Tools {
 

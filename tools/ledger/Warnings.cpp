@@ -138,7 +138,7 @@ void ContentWarnings::FindInputsWithoutEffect() {
     if (input.mIsViewFile || input.mNumber == 1 || !IsInstanceMode(mLedger.mMode)) continue;
     const std::uint64_t numResults = CountResults(input);
     if (taken[i] != 0 && taken[i] >= numResults / kAlmostNothing) continue;
-    const char* remedy = mLedger.mMode.mNaming == QovRyx::InstanceNaming::AutomaticSuffix
+    const char* remedy = TakesOnlyInstances(mLedger.mMode)
                              ? "Use --suffix-file-instance, which also takes results without an "
                                "instance part."
                              : "Leave it out, or merge as datasets.";

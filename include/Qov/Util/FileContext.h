@@ -7,7 +7,7 @@
 
 namespace Qov::Util {
 
-/// What an error says besides its text: the file, and the cause that the operating system reported.
+/// The additional data of an error: the file, and the cause that the operating system reported.
 /// Most errors are raised where the path is not known. A caller that knows the path adds it.
 class QOV_EXPORT FileContext {
  public:

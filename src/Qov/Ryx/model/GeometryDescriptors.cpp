@@ -4,11 +4,9 @@
 #include <vector>
 
 #include "AttributesIo.h"
-#include "GeometryVersion.h"
 #include "Qov/Ryx/Geometry.h"
 #include "Qov/Util/Raise.h"
 #include "Remaining.h"
-#include "diagnostics/Printable.h"
 
 // The descriptors of a geometry in the light stream: i32 count, then for each result
 //   name: string
@@ -135,7 +133,7 @@ class DescriptorReader {
   QovUtil::Attributes& mAttributes;
 };
 
-/// The one list of a descriptor's fields, for the writer and the reader.
+/// Walks the fields of a descriptor, for the writer and the reader.
 template <class Walker, class Variable>
 void WalkDescriptor(Walker& walk, Variable& variable, GeometryLayout layout) {
   walk.Field(variable.mName);

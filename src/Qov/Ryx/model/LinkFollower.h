@@ -11,8 +11,8 @@ namespace QovRyx {
 
 /// Follows chains of links to the results that have the values.
 ///
-/// Follows each link once, however many chains contain it. The results must keep their addresses
-/// and their links while the follower exists. `Result` has a ResultLink `mLink`.
+/// Stores each link to another link once, however many chains contain it. The results must keep
+/// their addresses and their links while the follower exists. `Result` has a ResultLink `mLink`.
 template <class Result>
 class LinkFollower {
  public:
@@ -27,14 +27,18 @@ class LinkFollower {
     std::vector<const Result*> chain;
     const Result* end = &start;
     while (end->mLink.IsLinked()) {
+      const Result* next = mStep(*end);
+      if (next == nullptr) break;
+      if (!next->mLink.IsLinked()) {  // not stored, because most chains end here
+        end = next;
+        break;
+      }
       const auto [known, isNew] = mEnds.try_emplace(end, nullptr);
       if (!isNew) {
         end = known->second;  // null if this chain contains the result: a cycle
         break;
       }
       chain.push_back(end);
-      const Result* next = mStep(*end);
-      if (next == nullptr) break;
       end = next;
     }
     for (const Result* result : chain) mEnds[result] = end;
@@ -50,7 +54,7 @@ class LinkFollower {
 
  private:
   Step mStep;
-  /// The ends of the chains that begin with the linked results; null for cycles.
+  /// The ends of the chains that begin with results linked to linked results; null for cycles.
   std::unordered_map<const Result*, const Result*> mEnds;
 };
 

@@ -18,8 +18,8 @@ class TreeReader {
   TreeReader(QovJbf::JbFile& file, NodeTree& nodes, std::uint32_t attachParent, bool wideOffsets);
 
   /// Enters all nodes and returns the content that was not read. Raises FormatNotSupported if nodes
-  /// of unknown types may have attributes or materials, because nothing tells them from those of
-  /// later nodes.
+  /// of unknown types may have attributes or materials, because nothing distinguishes them from
+  /// those of later nodes.
   UnreadContent Read(Tree::IdMap& idMap);
 
  private:

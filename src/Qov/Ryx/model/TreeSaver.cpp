@@ -14,7 +14,6 @@
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
 #include "StreamNames.h"
-#include "ViewPathIo.h"
 #include "container/LoadLimit.h"
 #include "diagnostics/Printable.h"
 
