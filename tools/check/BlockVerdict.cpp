@@ -98,7 +98,7 @@ BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t
     return verdict;
   }
   file.Read(position, &verdict.mRawLength, QovJbf::kRawLengthSize);
-  const std::uint32_t stored = size - QovJbf::kRawLengthSize;
+  const auto stored = static_cast<std::uint32_t>(size - QovJbf::kRawLengthSize);
   if (verdict.mRawLength > QovJbf::GetLargestContent(stored)) {
     verdict.mIsImpossible = true;
     verdict.mTrouble = fmt::format("The block should decompress to {}, more than {} can contain.",
