@@ -8,6 +8,7 @@
 #include "MemoryFile.h"
 #include "Models.h"
 #include "Target.h"
+#include "container/ContainerFormat.h"
 #include "support/Streams.h"
 
 /// Mutates one stream of a container and rebuilds the container around it. Plain mutations of a
@@ -19,7 +20,6 @@ namespace Qov::Fuzz {
 namespace {
 
 constexpr std::size_t kMostOfAStream = std::size_t{1} << 20;
-constexpr std::size_t kHeaderSize = 12;
 
 class Mutation {
  public:
@@ -40,13 +40,14 @@ class Mutation {
 std::size_t Mutation::Run(std::uint8_t* data, std::size_t size, std::size_t maxSize) {
   static MemoryFile file;
   std::string built;
-  if (size > kHeaderSize && !OneIn(5)) {
+  if (size > QovJbf::kHeaderSize && !OneIn(5)) {
     file.SetContent(data, size);
     Accepts([&] {
       Test::Streams streams = Test::ReadStreams(file.GetPath());
       if (streams.empty()) return;
       MutateStream(streams);
-      const std::string version(reinterpret_cast<const char*>(data) + 8, 4);
+      const std::string version(reinterpret_cast<const char*>(data) + QovJbf::kVersionPosition,
+                                QovJbf::kVersionSize);
       built = Build(streams, version.substr(0, version.find('\0')));
     });
   }

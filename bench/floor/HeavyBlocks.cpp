@@ -9,13 +9,13 @@
 #include <stdexcept>
 
 #include "Qov/Jbf/JbFile.h"
+#include "container/ContainerFormat.h"
 #include "model/StreamNames.h"
 
 namespace Qov::Bench {
 namespace {
 
 constexpr std::size_t kPiece = std::size_t{256} * 1024;
-constexpr std::uint32_t kLengthField = 4;
 
 struct StoredBlock {
   std::uint64_t mPosition;
@@ -30,7 +30,7 @@ std::vector<StoredBlock> FindHeavyBlocks(const std::string& path) {
   QovJbf::Index& index = file.GetIndex();
   for (std::uint64_t k = 0; k < index.GetItems().size(); ++k) {
     const QovJbf::IndexItem& item = index.GetItems()[k];
-    if (item.mName != QovRyx::kHeavyData || item.mSize <= kLengthField) continue;
+    if (item.mName != QovRyx::kHeavyData || item.mSize <= QovJbf::kRawLengthSize) continue;
     blocks.push_back({index.GetPosition(k), item.mSize});
   }
   return blocks;
@@ -54,8 +54,8 @@ void InflateBlock(std::FILE* file, const StoredBlock& block, const Receiver& rec
   std::vector<unsigned char> out(kPiece);
   z_stream stream{};
   inflateInit(&stream);
-  fseeko(file, static_cast<off_t>(block.mPosition + kLengthField), SEEK_SET);
-  std::size_t left = block.mSize - kLengthField;
+  fseeko(file, static_cast<off_t>(block.mPosition + QovJbf::kRawLengthSize), SEEK_SET);
+  std::size_t left = block.mSize - QovJbf::kRawLengthSize;
   for (int result = Z_OK; result != Z_STREAM_END;) {
     if (stream.avail_in == 0) {
       stream.next_in = in.data();
@@ -84,7 +84,7 @@ std::vector<std::uint64_t> ReadBlockLengths(const std::string& path) {
   const File file = Open(path);
   std::vector<std::uint64_t> lengths;
   for (const StoredBlock& block : blocks) {
-    std::array<unsigned char, kLengthField> field{};
+    std::array<unsigned char, QovJbf::kRawLengthSize> field{};
     ReadAt(file.get(), block.mPosition, field.data(), field.size());
     std::uint64_t length = 0;
     for (std::size_t i = 0; i < field.size(); ++i) length |= std::uint64_t{field[i]} << 8 * i;
@@ -95,7 +95,7 @@ std::vector<std::uint64_t> ReadBlockLengths(const std::string& path) {
 
 std::uint64_t DefaultBlockLength() {
   const char* text = std::getenv("TELMORAX_MAX_RYX_BLOCK_SIZE");
-  return text == nullptr ? 209715200 : std::strtoull(text, nullptr, 10);
+  return text == nullptr ? QovJbf::kDefaultBlockLimit : std::strtoull(text, nullptr, 10);
 }
 
 }  // namespace Qov::Bench
