@@ -107,8 +107,8 @@ bool BlockOutput::WriteFirst(std::FILE* file, std::uint64_t position) {
   return output.mIsLast;
 }
 
-// The length of the content is stored before it but known last. The present length is written
-// first. It is final if the block is whole, so such a block is written without going back.
+// A compressed block begins with the length of its content, which is not known until the block is
+// full. The length so far is written first, and replaced later if the block has grown.
 void BlockOutput::WriteChunk(Entry& entry, std::FILE* file, std::uint64_t position,
                              const Chunk& chunk) {
   if (entry.mWritten == 0) {

@@ -88,7 +88,7 @@ void CompressionQueue::RaiseIfFailed() const {
   if (mHasFailed) Qov::Util::RaiseOutOfMemory(kCompressorSource);
 }
 
-// The functions below run on workers.
+// The functions below run on the threads of the WorkerPool.
 
 void CompressionQueue::Run(Job& job) {
   try {

@@ -54,8 +54,8 @@ concept VersionedRecord = requires {
 template <class T>
 concept OpaqueRecordType = VersionedRecord<T> && std::derived_from<T, QovRyx::OpaqueRecord>;
 
-/// The rungs that the body of a record with a given tag contains. A body with a tag after "0.7", or
-/// with a tag that is not a rung, contains every rung.
+/// The rungs that the body of a record with a given tag contains. A rung is the set of fields that
+/// one version brought. A body with a tag after "0.7", or with an unknown tag, contains every rung.
 class QOV_EXPORT RungLadder {
  public:
   explicit RungLadder(std::string_view tag);
@@ -200,7 +200,7 @@ class OpaqueFinder {
 template <VersionedRecord T>
 bool CanTakeCurrentTag(std::string_view tag) {
   if (tag == T::kTag) return true;
-  // A tag of another length is not a rung, or it ends with a zero byte.
+  // A tag of another length is unknown, or it ends with a zero byte.
   if (tag.size() != std::string_view(T::kTag).size() || RungLadder(tag).Reaches(T::kTag)) {
     return false;
   }
