@@ -23,8 +23,8 @@ class ModelStatistics {
   /// Errors are escaped for `style`.
   ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter, const TextStyle& style);
 
-  /// Returns null for an array without values in a file. A linked variable has the entry of the
-  /// variable with its values.
+  /// Returns null for an array without values in a file. A linked result has the entry of the
+  /// result with its values.
   const Entry* Find(const QovRyx::NumericArray& array) const;
 
  private:

@@ -55,7 +55,7 @@ void JsonShape::ReadPage(const std::string& page) {
 
 std::string JsonShape::CheckAll(const Json& value, const std::string& type,
                                 const std::string& place, bool list) const {
-  if (list ? !value.is_array() : !value.is_object()) return place + " is no list or map\n";
+  if (list ? !value.is_array() : !value.is_object()) return place + " is not a list or map\n";
   std::string wrong;
   for (const auto& [key, element] : value.items()) {
     wrong += Check(element, type, place + "/" + key);
@@ -65,7 +65,7 @@ std::string JsonShape::CheckAll(const Json& value, const std::string& type,
 
 std::string JsonShape::CheckObject(const Json& value, const Members& members,
                                    const std::string& place) const {
-  if (!value.is_object()) return place + " is no object\n";
+  if (!value.is_object()) return place + " is not an object\n";
   std::string wrong;
   std::size_t numKnown = 0;
   for (const Member& member : members) {

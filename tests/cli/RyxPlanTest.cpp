@@ -154,7 +154,7 @@ TEST_F(RyxPlan, CountsDroppedItemsByRule) {
   const std::string first = SaveModel("first.ryx", [](QovRyx::Tree& tree) {
     BuildPlate(tree, {"A", "A|LC1", "A|LC2"}, 1);
     QovRyx::AsGeometry(tree.GetNodes().GetReqNode(PlateIds::kGeometry))
-        ->AppendVariable(MakeLinked("To what is replaced|LC1", {PlateIds::kGeometry, 4}));
+        ->AppendVariable(MakeLinked("Link to a replaced result|LC1", {PlateIds::kGeometry, 4}));
     AddNode<QovRyx::FutureNode>(tree, PlateIds::kGroup, "no mesh here");
     AddNode<QovRyx::Geometry>(tree, PlateIds::kShape, "More");
   });

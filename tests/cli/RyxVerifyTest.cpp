@@ -69,14 +69,14 @@ TEST_F(RyxVerify, FindsEachFault) {
   const std::vector<Fault> ofInstances = {
       {"none", [](Tree&) {}},
       {"a value", [](Tree& t) { ChangeValue(Result(t, 9), 17, 0); }},
-      {"a value that is no number", [](Tree& t) { ChangeValue(Result(t, 0), 119, 0x7FC00001); }},
+      {"a value that is not a number", [](Tree& t) { ChangeValue(Result(t, 0), 119, 0x7FC00001); }},
       {"an integer", [](Tree& t) { ChangeValue(Result(t, 8), 0, 77); }},
       {"the shape of an array",
        [](Tree& t) { Result(t, 3).mValues = NumericArray::Of(Ramp(39, 0), 3); }},
       {"a name", [](Tree& t) { Mesh(t).RenameVariable(11, "Other"); }},
       {"the order", [](Tree& t) { std::swap(Result(t, 2), Result(t, 3)); }},
       {"results of two files", [](Tree& t) { std::swap(Result(t, 2), Result(t, 9)); }},
-      {"one too many", [](Tree& t) { Mesh(t).AppendVariable(Mesh(t).GetVariables()[11]); }},
+      {"an additional result", [](Tree& t) { Mesh(t).AppendVariable(Mesh(t).GetVariables()[11]); }},
       {"a link to another result",
        [](Tree& t) {
          Result(t, 6).mLink = ResultLink({PlateIds::kGeometry, 7});

@@ -18,9 +18,7 @@ constexpr const char* kSource = "tools/check/BlockVerdict";
 
 /// Raises MemoryAllocationError if zlib had no memory, because that is not a fault of the file.
 void RaiseIfMemoryIsShort(int result) {
-  if (result == Z_MEM_ERROR) {
-    Util::Raise(kSource, Util::Exception::ErrorType::MemoryAllocationError);
-  }
+  if (result == Z_MEM_ERROR) Util::RaiseOutOfMemory(kSource);
 }
 
 class Inflation {

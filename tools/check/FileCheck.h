@@ -13,7 +13,7 @@ struct FileReport {
   explicit FileReport(std::size_t limitPerCode) : mFindings(limitPerCode) {}
 
   Kind mKind = Kind::Unknown;
-  std::string mVersion;  ///< Of the container; empty if it could not be read.
+  std::string mVersion;  ///< Container version; empty if it could not be read.
   Findings mFindings;
 };
 

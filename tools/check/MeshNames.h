@@ -14,10 +14,10 @@ inline constexpr std::string_view kElementIds = "Element IDs";
 inline constexpr std::string_view kNodeIds = "Node Ids";
 inline constexpr std::string_view kPartElements = "Part Elements";
 
-/// Base name and instance part of a variable's name.
+/// Base name and instance part of a result's name.
 using MeshName = std::pair<std::string_view, std::string_view>;
 
-/// Splits the name of a variable. A blank before the separator is not part of the base name.
+/// Splits the name of a result. A blank before the separator is not part of the base name.
 inline MeshName SplitName(std::string_view name) {
   const std::size_t separator = name.rfind(QovRyx::kInstanceSeparator);
   if (separator == name.npos) return {name, {}};

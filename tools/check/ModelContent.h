@@ -14,7 +14,7 @@ namespace Qov::Tools {
 
 enum class NodeType { None, Group, Shape, Geometry, NodeSets, Unknown };
 
-/// A variable's descriptor.
+/// The descriptor of a result.
 struct StoredVariable {
   std::string mName;
   std::uint32_t mKindWord = 0;
@@ -55,7 +55,7 @@ struct StoredNode {
   /// Returns the least size in bytes of the light data of its type and version, or 0 for none.
   std::uint64_t GetLeastLightSize() const;
 
-  /// Returns the place with this node, and with a variable.
+  /// Returns the place with this node, and with a result.
   Place At(Place place) const;
   Place At(Place place, std::size_t variable) const;
 };

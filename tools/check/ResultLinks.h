@@ -5,12 +5,12 @@
 
 namespace Qov::Tools {
 
-/// Follows the links of a model's results to the variables that have the values.
+/// Follows the links of a model's results to the results that have the values.
 class ResultLinks {
  public:
   explicit ResultLinks(const ModelContent& model);
 
-  /// Returns the variable whose values `variable` has: itself if it is not linked. Returns null if
+  /// Returns the result whose values `variable` has: itself if it is not linked. Returns null if
   /// it has no values, or if they could not be found because a part of the file is unreadable.
   const StoredVariable* FindOwner(const StoredVariable& variable) {
     return mFollower.FindOwner(variable);

@@ -43,7 +43,7 @@ inline constexpr std::array kIgnorable = {
 struct DiffReport {
   struct Counts {
     std::uint64_t mInBoth = 0;
-    std::uint64_t mSame = 0;  ///< Of the items in both.
+    std::uint64_t mSame = 0;  ///< Number of equal items in both.
     std::uint64_t mOnlyInA = 0;
     std::uint64_t mOnlyInB = 0;
   };

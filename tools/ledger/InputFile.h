@@ -14,7 +14,7 @@ namespace Qov::Tools {
 struct InputFile {
   std::string mPath;
   bool mIsViewFile = false;
-  std::size_t mNumber = 0;  ///< Of a model: its position among the models, from 1.
+  std::size_t mNumber = 0;  ///< Position of a model among the models, from 1.
   std::unique_ptr<QovRyx::Tree> mpTree;
   std::string mError;  ///< Why it cannot be read; empty if it can. Not escaped.
   std::string mNote;   ///< A remark that does not prevent the merge; can be empty.

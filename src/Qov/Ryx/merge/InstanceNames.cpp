@@ -38,8 +38,8 @@ std::string_view InstancePart(std::string_view name) {
 
 /// The sizes of results and of the links that share those common to all instances, in bytes.
 struct SharedSize {
-  double mOwn = 0;     ///< Of all results.
-  double mShared = 0;  ///< Of the links.
+  double mOwn = 0;     ///< Size of all results.
+  double mShared = 0;  ///< Size of the links.
 
   void Add(const Geometry& geometry) {
     std::set<std::string_view> instances;

@@ -286,7 +286,7 @@ Attributes::Iterator Attributes::begin() const {
   it.mLeft = Load<std::uint32_t>(columns[0].data());
   it.mName = columns[0].data() + kCountSize;
   it.mType = columns[1].data() + kCountSize;
-  for (std::size_t i = 0; i < kNumTypes; ++i) {
+  for (std::size_t i = 0; i < kNumAttributeTypes; ++i) {
     it.mValues[Index(kValueColumns[i])] = columns[kFirstValueColumn + i].data() + kCountSize;
   }
   return it;

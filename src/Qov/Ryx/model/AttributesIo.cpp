@@ -29,8 +29,7 @@ struct WrittenColumn {
 
 void CopyToBlock(QovJbf::Block& block, const WrittenColumn& column) {
   if (column.mBytes.size() > std::numeric_limits<std::uint32_t>::max()) {
-    Qov::Util::Raise("include/Qov/Ryx/AttributesIo",
-                     Qov::Util::Exception::ErrorType::MemoryAllocationError);
+    Qov::Util::RaiseOutOfMemory("include/Qov/Ryx/AttributesIo");
   }
   block.Put(column.mBytes.data(), static_cast<std::uint32_t>(column.mBytes.size()));
 }

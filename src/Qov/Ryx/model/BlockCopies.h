@@ -49,7 +49,7 @@ class BlockCopies {
     QovJbf::StreamReader::BlockExtent mExtent;
     std::vector<Array> mArrays;
     std::vector<NodeSets*> mSets;
-    std::set<std::uint64_t> mOffsets;  ///< Of the needed content. Results may share it.
+    std::set<std::uint64_t> mOffsets;  ///< Offsets of the needed content, which results may share.
     std::uint64_t mNeeded = 0;         ///< Bytes of the needed content.
     std::uint64_t mShared = 0;         ///< The same, with shared bytes counted each time.
   };

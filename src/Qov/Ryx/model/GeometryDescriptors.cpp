@@ -46,7 +46,7 @@ class DescriptorWriter {
   }
   void Offset(const std::optional<std::uint64_t>& offset, GeometryLayout layout) {
     if (!offset) {
-      Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::ElementNotFound);
+      Qov::Util::RaiseElementNotFound(kSource);
     }
     if (layout == GeometryLayout::WideOffsets) {
       Field(*offset);

@@ -215,7 +215,7 @@ std::unique_ptr<Node> TreeReader::ReadNodeSets(const Record& record) {
 }
 
 void TreeReader::RequireHeavyStream() {
-  if (!mFile.HasStream(kHeavyData)) Raise(kSource, ErrorType::ElementNotFound);
+  if (!mFile.HasStream(kHeavyData)) Qov::Util::RaiseElementNotFound(kSource);
 }
 
 /// Moves the offset of the next inline values to the end of node sets that precede their geometry
