@@ -1,0 +1,215 @@
+#include "mesh/KindRule.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+#include <optional>
+
+namespace QovMesh {
+namespace {
+
+/// Cells with a smaller ratio of singular values are flat.
+constexpr double kFlatnessCut = 0.1;
+/// Nodes on edges that are nearer to the middle, in edge lengths, belong to quadratic cells.
+constexpr double kMiddleCut = 0.25;
+/// A share of cells on the other side of a cut that is worth a warning.
+constexpr double kMixedShare = 0.05;
+
+using Vector = std::array<double, 3>;
+
+Vector PointOf(std::span<const float> points, std::uint32_t node) {
+  const std::size_t i = std::size_t{3} * node;
+  return {points[i], points[i + 1], points[i + 2]};
+}
+
+double Distance(const Vector& a, const Vector& b) {
+  return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
+}
+
+/// The upper triangle of a symmetric matrix: xx, yy, zz, xy, yz, zx.
+using Moments = std::array<double, 6>;
+
+/// Returns the second moments of the nodes about their centre.
+Moments MomentsOf(std::span<const std::uint32_t> nodes, std::span<const float> points) {
+  Vector centre{};
+  for (const std::uint32_t node : nodes) {
+    const Vector point = PointOf(points, node);
+    for (std::size_t k = 0; k < 3; ++k) centre[k] += point[k] / static_cast<double>(nodes.size());
+  }
+  Moments moments{};
+  for (const std::uint32_t node : nodes) {
+    const Vector p = PointOf(points, node);
+    const double x = p[0] - centre[0];
+    const double y = p[1] - centre[1];
+    const double z = p[2] - centre[2];
+    const Moments terms = {x * x, y * y, z * z, x * y, y * z, z * x};
+    for (std::size_t k = 0; k < moments.size(); ++k) moments[k] += terms[k];
+  }
+  return moments;
+}
+
+/// Returns the greatest and the least eigenvalue, by the trigonometric solution of the
+/// characteristic cubic.
+std::array<double, 2> ExtremeEigenvalues(const Moments& m) {
+  const double mean = (m[0] + m[1] + m[2]) / 3;
+  const double mixed = m[3] * m[3] + m[4] * m[4] + m[5] * m[5];
+  const double spread = (m[0] - mean) * (m[0] - mean) + (m[1] - mean) * (m[1] - mean) +
+                        (m[2] - mean) * (m[2] - mean) + 2 * mixed;
+  const double radius = std::sqrt(spread / 6);
+  if (!(radius > 0)) return {mean, mean};
+  const double a = (m[0] - mean) / radius;
+  const double b = (m[1] - mean) / radius;
+  const double c = (m[2] - mean) / radius;
+  const double d = m[3] / radius;
+  const double e = m[4] / radius;
+  const double f = m[5] / radius;
+  const double half = (a * (b * c - e * e) - d * (d * c - e * f) + f * (d * e - b * f)) / 2;
+  const double angle = std::acos(std::clamp(half, -1.0, 1.0)) / 3;
+  const double third = 2 * std::numbers::pi / 3;
+  return {mean + 2 * radius * std::cos(angle), mean + 2 * radius * std::cos(angle + third)};
+}
+
+/// Returns third over first singular value of the nodes of a cell; nothing if they lie on one point
+/// or nowhere.
+std::optional<double> Flatness(std::span<const std::uint32_t> nodes,
+                               std::span<const float> points) {
+  const auto [greatest, least] = ExtremeEigenvalues(MomentsOf(nodes, points));
+  if (!(greatest > 0) || !std::isfinite(greatest)) return std::nullopt;
+  return std::sqrt(std::max(least, 0.0) / greatest);
+}
+
+/// Returns the greatest distance of a node from the middle of its edge, in lengths of the edge;
+/// nothing if no edge has a length.
+std::optional<double> DistanceFromMiddle(std::span<const std::uint32_t> nodes,
+                                         std::span<const float> points, const CellShape& shape) {
+  std::optional<double> worst;
+  for (std::size_t i = 0; i < shape.mEdges.size(); ++i) {
+    const Vector a = PointOf(points, nodes[shape.mEdges[i][0]]);
+    const Vector b = PointOf(points, nodes[shape.mEdges[i][1]]);
+    const double length = Distance(a, b);
+    if (!(length > 0) || !std::isfinite(length)) continue;
+    const Vector middle = {(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2};
+    const double off = Distance(middle, PointOf(points, nodes[shape.mNumCorners + i])) / length;
+    if (!worst || off > *worst) worst = off;
+  }
+  return worst;
+}
+
+/// What a measure says of all cells of a sample.
+struct Measured {
+  double mMedian = 0;
+  double mShareBelow = 0;  ///< Share of the cells below the cut, 0 to 1.
+  bool mIsKnown = false;   ///< Some cell could be measured.
+};
+
+template <class Measure>
+Measured MeasureCells(const CellSample& sample, double cut, Measure measure) {
+  std::vector<double> values;
+  const std::size_t numCells = sample.mNodes.size() / sample.mNumNodes;
+  for (std::size_t i = 0; i < numCells; ++i) {
+    const auto nodes = std::span(sample.mNodes).subspan(i * sample.mNumNodes, sample.mNumNodes);
+    if (const std::optional<double> value = measure(nodes)) values.push_back(*value);
+  }
+  if (values.empty()) return {};
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  const auto below =
+      std::count_if(values.begin(), values.end(), [&](double value) { return value < cut; });
+  return {*middle, static_cast<double>(below) / static_cast<double>(values.size()), true};
+}
+
+struct NumberedKind {
+  std::size_t mNumNodes;
+  CellKind mKind;
+};
+
+std::optional<CellKind> Find(std::span<const NumberedKind> kinds, std::size_t numNodes) {
+  for (const NumberedKind& kind : kinds) {
+    if (kind.mNumNodes == numNodes) return kind.mKind;
+  }
+  return std::nullopt;
+}
+
+constexpr NumberedKind kQuadratic[] = {{6, CellKind::QuadraticTriangle},
+                                       {8, CellKind::QuadraticQuad},
+                                       {10, CellKind::QuadraticTetrahedron},
+                                       {15, CellKind::QuadraticWedge},
+                                       {20, CellKind::QuadraticHexahedron}};
+/// Kinds that the number of nodes decides, if they are not quadratic.
+constexpr NumberedKind kByNumber[] = {{0, CellKind::Empty},     {1, CellKind::Vertex},
+                                      {2, CellKind::Line},      {3, CellKind::Triangle},
+                                      {5, CellKind::Pyramid},   {6, CellKind::Wedge},
+                                      {8, CellKind::Hexahedron}};
+
+std::string Percent(double share) { return fmt::format("{:.3g} %", 100 * share); }
+
+/// Returns true if the cells are quadratic ones of that kind, and says why in `decision`.
+bool TakeQuadratic(const CellSample& sample, std::span<const float> points, CellKind kind,
+                   KindDecision& decision) {
+  const CellShape& shape = GetShape(kind);
+  const Measured off = MeasureCells(sample, kMiddleCut, [&](std::span<const std::uint32_t> nodes) {
+    return DistanceFromMiddle(nodes, points, shape);
+  });
+  if (!off.mIsKnown || off.mMedian >= kMiddleCut) return false;
+  decision.mKind = kind;
+  decision.mReason = fmt::format("nodes {:.2g} edge lengths off the middle", off.mMedian);
+  if (off.mShareBelow < 1 - kMixedShare) {
+    decision.mWarning =
+        fmt::format("{} of the cells look like another kind", Percent(1 - off.mShareBelow));
+  }
+  return true;
+}
+
+/// Takes the cells for `flat` or `solid`, by flatness.
+void TakeByFlatness(const CellSample& sample, std::span<const float> points, CellKind flat,
+                    CellKind solid, KindDecision& decision) {
+  const Measured ratio =
+      MeasureCells(sample, kFlatnessCut,
+                   [&](std::span<const std::uint32_t> nodes) { return Flatness(nodes, points); });
+  const bool isFlat = ratio.mMedian < kFlatnessCut;
+  decision.mKind = isFlat ? flat : solid;
+  decision.mReason = fmt::format("flatness {:.2g}", ratio.mMedian);
+  const double others = isFlat ? 1 - ratio.mShareBelow : ratio.mShareBelow;
+  if (!ratio.mIsKnown) {
+    decision.mReason = "no flatness";
+    decision.mWarning = "the nodes of each cell lie on one point";
+  } else if (others > kMixedShare) {
+    decision.mWarning =
+        fmt::format("{} of the cells are {}", Percent(others), isFlat ? "not flat" : "flat");
+  }
+}
+
+}  // namespace
+
+KindDecision DecideKind(const CellSample& sample, std::span<const float> points,
+                        const KindChoices& choices) {
+  KindDecision decision;
+  decision.mNumNodes = sample.mNumNodes;
+  if (const auto chosen = choices.find(sample.mNumNodes); chosen != choices.end()) {
+    decision.mKind = chosen->second;
+    decision.mReason = "chosen";
+    return decision;
+  }
+  const std::optional<CellKind> quadratic = Find(kQuadratic, sample.mNumNodes);
+  if (quadratic && TakeQuadratic(sample, points, *quadratic, decision)) return decision;
+  if (const std::optional<CellKind> kind = Find(kByNumber, sample.mNumNodes)) {
+    decision.mKind = *kind;
+    decision.mReason = "number of nodes";
+    if (*kind == CellKind::Empty) decision.mWarning = "cells without nodes";
+    return decision;
+  }
+  if (sample.mNumNodes == 4) {
+    TakeByFlatness(sample, points, CellKind::Quad, CellKind::Tetrahedron, decision);
+    return decision;
+  }
+  TakeByFlatness(sample, points, CellKind::Polygon, CellKind::Points, decision);
+  if (decision.mKind == CellKind::Points) {
+    decision.mWarning = "no kind of cell is known for them: they become sets of points";
+  }
+  return decision;
+}
+
+}  // namespace QovMesh

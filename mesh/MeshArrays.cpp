@@ -1,0 +1,33 @@
+#include "mesh/MeshArrays.h"
+
+#include <algorithm>
+
+namespace QovMesh {
+
+MeshArrays::MeshArrays(const QovRyx::Geometry& geometry) {
+  for (const auto& variable : geometry.GetVariables()) {
+    const ArrayName name = SplitName(variable.mName);
+    if (IsMeshBase(name.mBase)) mArrays.try_emplace({name.mBase, name.mInstance}, &variable);
+  }
+}
+
+const QovRyx::Geometry::VarStruct* MeshArrays::Find(std::string_view base,
+                                                    std::string_view instance) const {
+  auto found = mArrays.find({base, instance});
+  if (found == mArrays.end()) found = mArrays.find({base, {}});
+  return found == mArrays.end() ? nullptr : found->second;
+}
+
+MeshCounts MeshArrays::Count(std::string_view instance) const {
+  const auto count = [&](std::string_view base) {
+    const auto* variable = Find(base, instance);
+    return variable == nullptr ? 0 : CountItems(variable->mValues);
+  };
+  return {count(kCoordinates), count(kPolylength)};
+}
+
+std::uint64_t CountItems(const QovRyx::NumericArray& values) {
+  return values.GetNumElements() / std::max<std::uint64_t>(values.GetWidth(), 1);
+}
+
+}  // namespace QovMesh

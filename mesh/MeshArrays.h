@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <utility>
+
+#include "Qov/Ryx/Tree.h"
+#include "mesh/ArrayNames.h"
+
+namespace QovMesh {
+
+/// Numbers of points and cells of a mesh, from its descriptors.
+struct MeshCounts {
+  std::uint64_t mNumPoints = 0;
+  std::uint64_t mNumCells = 0;
+};
+
+/// Finds the mesh arrays of a geometry, which must outlive this object.
+class MeshArrays {
+ public:
+  explicit MeshArrays(const QovRyx::Geometry& geometry);
+
+  /// Returns the first array of that base name and instance part, else the first one of all
+  /// instances, else null.
+  const QovRyx::Geometry::VarStruct* Find(std::string_view base, std::string_view instance) const;
+  /// Counts the points by "Coordinates" and the cells by "Polylength". Reads no array.
+  MeshCounts Count(std::string_view instance) const;
+
+ private:
+  std::map<std::pair<std::string_view, std::string_view>, const QovRyx::Geometry::VarStruct*>
+      mArrays;  ///< By base name and instance part.
+};
+
+/// Returns the number of items of an array. With a width of 0 each element is an item.
+std::uint64_t CountItems(const QovRyx::NumericArray& values);
+
+}  // namespace QovMesh

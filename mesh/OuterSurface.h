@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "mesh/Mesh.h"
+
+namespace QovMesh {
+
+/// What can be seen of a mesh: the faces of solid cells that one cell alone has, and the cells that
+/// are faces themselves, in triangles; and the lines.
+struct Surface {
+  std::vector<std::uint32_t> mTriangles;      ///< Three points of the mesh for each triangle.
+  std::vector<std::uint32_t> mTriangleCells;  ///< The cell that each triangle belongs to.
+  std::vector<std::uint32_t> mLines;          ///< Two points of the mesh for each line.
+  std::vector<std::uint32_t> mLineCells;
+};
+
+/// Finds the outer surface. Two faces are the same if they have the same corners in any order. The
+/// triangles of solid cells face outward. Nodes on the edges of quadratic cells are used. Raises
+/// OutOfBounds for more than 2^32 - 1 cells or faces.
+Surface FindOuterSurface(const Mesh& mesh);
+
+}  // namespace QovMesh

@@ -1,0 +1,113 @@
+#include "mesh/OuterSurface.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+#include <vector>
+
+#include "mesh/Cubes.h"
+
+namespace QovMesh {
+namespace {
+
+using Qov::Test::MakeCubes;
+
+/// Returns six times the volume that the triangles enclose.
+double EnclosedVolume(const Mesh& mesh, const Surface& surface) {
+  double volume = 0;
+  for (std::size_t i = 0; i < surface.mTriangles.size(); i += 3) {
+    std::array<std::array<double, 3>, 3> p{};
+    for (std::size_t j = 0; j < 3; ++j) {
+      for (std::size_t k = 0; k < 3; ++k) p[j][k] = mesh.mPoints[3 * surface.mTriangles[i + j] + k];
+    }
+    volume += p[0][0] * (p[1][1] * p[2][2] - p[1][2] * p[2][1]) -
+              p[0][1] * (p[1][0] * p[2][2] - p[1][2] * p[2][0]) +
+              p[0][2] * (p[1][0] * p[2][1] - p[1][1] * p[2][0]);
+  }
+  return volume;
+}
+
+Mesh OneCell(CellKind kind, std::vector<float> corners) {
+  const CellShape& shape = GetShape(kind);
+  Mesh mesh;
+  if (shape.IsQuadratic()) {
+    for (const CellEdge& edge : shape.mEdges) {
+      for (std::size_t k = 0; k < 3; ++k) {
+        corners.push_back((corners[edge[0] * 3U + k] + corners[edge[1] * 3U + k]) / 2);
+      }
+    }
+  }
+  mesh.mPoints = std::move(corners);
+  for (std::uint32_t i = 0; i < shape.mNumNodes; ++i) mesh.mNodes.push_back(i);
+  mesh.mRuns = {{0, 1, 0, shape.mNumNodes, kind}};
+  return mesh;
+}
+
+TEST(OuterSurface, FacesOfOneCellAreKeptAndSharedOnesAreNot) {
+  for (const std::uint32_t n : {1U, 3U}) {
+    const Mesh mesh = MakeCubes(n);
+    const Surface surface = FindOuterSurface(mesh);
+    EXPECT_EQ(surface.mTriangleCells.size(), 12U * n * n);
+    EXPECT_DOUBLE_EQ(EnclosedVolume(mesh, surface), 6.0 * n * n * n);
+    const std::set<std::uint32_t> cells(surface.mTriangleCells.begin(),
+                                        surface.mTriangleCells.end());
+    EXPECT_EQ(cells.size(), n == 1 ? 1U : 26U);  // all but the one in the middle
+  }
+}
+
+TEST(OuterSurface, EverySolidKindIsClosedAndFacesOutward) {
+  const std::vector<float> tetrahedron = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
+  const std::vector<float> pyramid = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 3};
+  const std::vector<float> wedge = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 0, 1, 0, 1, 1};
+  const std::vector<float> inverted = {0, 0, 1, 1, 0, 1, 0, 1, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0};
+  std::vector<float> cube = MakeCubes(1).mPoints;
+  for (std::size_t k = 0; k < 3; ++k) {  // MakeCubes numbers points by rows
+    std::swap(cube[6 + k], cube[9 + k]);
+    std::swap(cube[18 + k], cube[21 + k]);
+  }
+  const auto volume = [](CellKind kind, const std::vector<float>& corners) {
+    const Mesh mesh = OneCell(kind, corners);
+    return EnclosedVolume(mesh, FindOuterSurface(mesh));
+  };
+  EXPECT_DOUBLE_EQ(volume(CellKind::Tetrahedron, tetrahedron), 1);
+  EXPECT_DOUBLE_EQ(volume(CellKind::QuadraticTetrahedron, tetrahedron), 1);
+  EXPECT_DOUBLE_EQ(volume(CellKind::Pyramid, pyramid), 6);
+  EXPECT_DOUBLE_EQ(volume(CellKind::QuadraticPyramid, pyramid), 6);
+  EXPECT_DOUBLE_EQ(volume(CellKind::Wedge, wedge), 3);
+  EXPECT_DOUBLE_EQ(volume(CellKind::Wedge, inverted), 3);
+  EXPECT_DOUBLE_EQ(volume(CellKind::QuadraticWedge, wedge), 3);
+  EXPECT_DOUBLE_EQ(volume(CellKind::QuadraticHexahedron, cube), 6);
+}
+
+TEST(OuterSurface, DegenerateAndRepeatedCellsLeaveNoInnerFaces) {
+  Mesh twice = MakeCubes(1);  // three cells of the same nodes: no face belongs to one alone
+  const std::vector<std::uint32_t> nodes = twice.mNodes;
+  for (int i = 0; i < 2; ++i) twice.mNodes.insert(twice.mNodes.end(), nodes.begin(), nodes.end());
+  twice.mRuns[0].mNumCells = 3;
+  EXPECT_TRUE(FindOuterSurface(twice).mTriangles.empty());
+  // A wedge that is written as a hexahedron meets a tetrahedron at a triangle.
+  Mesh mesh;
+  mesh.mPoints = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 0, 1, 0, 1, 1, 0, 0, 2};
+  mesh.mNodes = {0, 1, 2, 2, 3, 4, 5, 5, 3, 4, 5, 6};
+  mesh.mRuns = {{0, 1, 0, 8, CellKind::Hexahedron}, {1, 1, 8, 4, CellKind::Tetrahedron}};
+  const Surface surface = FindOuterSurface(mesh);
+  EXPECT_EQ(surface.mTriangleCells.size(), 1U + 6U + 3U);
+  EXPECT_DOUBLE_EQ(EnclosedVolume(mesh, surface), 4);
+}
+
+TEST(OuterSurface, FlatCellsAndLinesAreTakenAsTheyAre) {
+  Mesh mesh;
+  mesh.mPoints.assign(18, 0);
+  for (std::size_t i = 0; i < 6; ++i) mesh.mPoints[3 * i] = static_cast<float>(i);
+  mesh.mNodes = {0, 1, 2, 3, 4, 0, 1, 2, 3, 4, 5, 5, 0, 1};
+  mesh.mRuns = {{0, 1, 0, 5, CellKind::Polygon},
+                {1, 1, 5, 4, CellKind::Quad},
+                {2, 1, 9, 2, CellKind::Line},
+                {3, 1, 11, 3, CellKind::QuadraticLine}};
+  const Surface surface = FindOuterSurface(mesh);
+  EXPECT_THAT(surface.mTriangleCells, testing::ElementsAre(0, 0, 0, 1, 1));
+  EXPECT_THAT(surface.mLines, testing::ElementsAre(4, 5, 5, 1, 1, 0));
+}
+
+}  // namespace
+}  // namespace QovMesh
