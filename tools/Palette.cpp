@@ -1,0 +1,103 @@
+#include "Palette.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <numbers>
+#include <string_view>
+
+namespace Qov::Tools {
+namespace {
+
+std::uint8_t EncodeChannel(double linear) {
+  const double c = std::clamp(linear, 0.0, 1.0);
+  const double encoded = c <= 0.0031308 ? 12.92 * c : 1.055 * std::pow(c, 1 / 2.4) - 0.055;
+  return static_cast<std::uint8_t>(std::lround(255 * encoded));
+}
+
+/// Returns the linear red, green and blue of an OKLab colour.
+std::array<double, 3> FromOklab(double lightness, double a, double b) {
+  const double l = std::pow(lightness + 0.3963377774 * a + 0.2158037573 * b, 3);
+  const double m = std::pow(lightness - 0.1055613458 * a - 0.0638541728 * b, 3);
+  const double s = std::pow(lightness - 0.0894841775 * a - 1.2914855480 * b, 3);
+  return {4.0767416621 * l - 3.3077115913 * m + 0.2309699292 * s,
+          -1.2684380046 * l + 2.6097574011 * m - 0.3413193965 * s,
+          -0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s};
+}
+
+bool IsDisplayable(const std::array<double, 3>& colour) {
+  return std::all_of(colour.begin(), colour.end(), [](double c) { return c >= 0 && c <= 1; });
+}
+
+/// Returns the colour at a place of the scale, 0 to 1: of the chroma that is wanted, or of the
+/// greatest one below it that a screen can show.
+Colour ColourAt(double place) {
+  constexpr double kDarkest = 0.28;
+  constexpr double kLightest = 0.92;
+  constexpr double kFirstHue = 285;  // degrees: blue
+  constexpr double kLastHue = 105;   // yellow
+  constexpr double kChroma = 0.17;
+  const double lightness = kDarkest + place * (kLightest - kDarkest);
+  const double hue = (kFirstHue + place * (kLastHue - kFirstHue)) * std::numbers::pi / 180;
+  std::array<double, 3> linear{};
+  for (double chroma = kChroma; chroma >= 0; chroma -= 0.005) {
+    linear = FromOklab(lightness, chroma * std::cos(hue), chroma * std::sin(hue));
+    if (IsDisplayable(linear)) break;
+  }
+  return {EncodeChannel(linear[0]), EncodeChannel(linear[1]), EncodeChannel(linear[2])};
+}
+
+void AppendBigEndian(std::string& bytes, std::uint32_t value) {
+  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xFFU);
+}
+
+void AppendChunk(std::string& png, std::string_view type, const std::string& data) {
+  AppendBigEndian(png, static_cast<std::uint32_t>(data.size()));
+  const std::string checked = std::string(type) + data;
+  png += checked;
+  AppendBigEndian(png, static_cast<std::uint32_t>(crc32_z(
+                           0, reinterpret_cast<const Bytef*>(checked.data()), checked.size())));
+}
+
+}  // namespace
+
+std::vector<Colour> MakePalette(std::size_t numColours) {
+  std::vector<Colour> colours(numColours);
+  const double last = numColours > 1 ? static_cast<double>(numColours - 1) : 1;
+  for (std::size_t i = 0; i < numColours; ++i) colours[i] = ColourAt(static_cast<double>(i) / last);
+  return colours;
+}
+
+std::string EncodePng(const std::vector<Colour>& pixels, std::uint32_t width) {
+  const auto height = static_cast<std::uint32_t>(pixels.size() / width);
+  std::string rows;
+  for (std::uint32_t y = 0; y < height; ++y) {
+    rows += '\0';  // no filter
+    for (std::uint32_t x = 0; x < width; ++x) {
+      for (const std::uint8_t channel : pixels[std::size_t{y} * width + x]) {
+        rows += static_cast<char>(channel);
+      }
+    }
+  }
+  uLongf size = compressBound(rows.size());
+  std::string compressed(size, '\0');
+  if (compress2(reinterpret_cast<Bytef*>(compressed.data()), &size,
+                reinterpret_cast<const Bytef*>(rows.data()), rows.size(),
+                Z_BEST_COMPRESSION) != Z_OK) {
+    throw std::bad_alloc();
+  }
+  compressed.resize(size);
+  std::string header;
+  AppendBigEndian(header, width);
+  AppendBigEndian(header, height);
+  for (const int byte : {8, 2, 0, 0, 0}) header += static_cast<char>(byte);  // 8 bits, RGB
+  std::string png("\x89PNG\r\n\x1A\n", 8);
+  AppendChunk(png, "IHDR", header);
+  AppendChunk(png, "IDAT", compressed);
+  AppendChunk(png, "IEND", {});
+  return png;
+}
+
+}  // namespace Qov::Tools

@@ -1,0 +1,362 @@
+#include "export/GlbWriter.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "Json.h"
+#include "Palette.h"
+#include "Qov/Util/Raise.h"
+#include "Terminal.h"
+#include "export/SpilledBytes.h"
+#include "mesh/OuterSurface.h"
+
+namespace Qov::Tools {
+namespace {
+
+using ErrorType = Util::Exception::ErrorType;
+using QovMesh::Placement;
+
+constexpr const char* kSource = "tools/export/GlbWriter";
+constexpr std::uint32_t kNumColours = 256;  // the texture has one more texel, for no value
+constexpr int kFloat = 5126;
+constexpr int kUnsignedInt = 5125;
+constexpr int kArrayBuffer = 34962;
+constexpr int kElementBuffer = 34963;
+constexpr int kTriangles = 4;
+constexpr int kLines = 1;
+
+/// The values that colour a part, one for each point or cell.
+struct Scalars {
+  Placement mPlacement = Placement::Field;
+  std::vector<float> mValues;
+};
+
+struct Range {
+  float mLeast = std::numeric_limits<float>::infinity();
+  float mGreatest = -std::numeric_limits<float>::infinity();
+};
+
+class GlbBuilder {
+ public:
+  GlbBuilder(const ExportTask& task, const SurfaceColour& colour, SafeOutput& output)
+      : mTask(task), mColour(colour), mMeshes(task.mKinds), mOutput(output) {}
+
+  void Write() {
+    if (!mColour.mResult.empty()) FindRange();
+    mDocument["asset"] = {{"version", "2.0"}, {"generator", "ryx export"}};
+    mDocument["scene"] = 0;
+    mDocument["scenes"] = Json::array({{{"nodes", Json::array()}}});
+    mDocument["nodes"] = Json::array();
+    for (const ExportPart& part : mTask.mContent.mParts) AddPart(part);
+    AddMaterial();
+    WriteFile();
+  }
+
+ private:
+  const ExportResult* FindResult(const ExportPart& part) const {
+    for (const ExportResult& result : part.mResults) {
+      if (result.mName == mColour.mResult && result.mPlacement != Placement::Field) return &result;
+    }
+    return nullptr;
+  }
+
+  Scalars LoadScalars(const ExportPart& part) const {
+    const ExportResult* result = mColour.mResult.empty() ? nullptr : FindResult(part);
+    if (result == nullptr) return {};
+    std::vector<std::uint32_t> bits;
+    LoadValues(*result, bits);
+    const std::size_t width = result->mWidth;
+    if (mColour.mComponent && *mColour.mComponent >= width) {
+      Util::Raise(kSource, ErrorType::ElementNotFound,
+                  fmt::format("result {} has {} components", Escape(result->mName, {}), width));
+    }
+    const auto value = [&](std::size_t i) {
+      return result->mIsUnsigned ? static_cast<float>(bits[i]) : std::bit_cast<float>(bits[i]);
+    };
+    Scalars scalars{result->mPlacement, {}};
+    for (std::size_t i = 0; i + width <= bits.size(); i += width) {
+      if (mColour.mComponent || width == 1) {
+        scalars.mValues.push_back(value(i + mColour.mComponent.value_or(0)));
+        continue;
+      }
+      double sum = 0;
+      for (std::size_t k = 0; k < width; ++k) sum += std::pow(double{value(i + k)}, 2);
+      scalars.mValues.push_back(static_cast<float>(std::sqrt(sum)));
+    }
+    return scalars;
+  }
+
+  void FindRange() {
+    bool isKnown = false;
+    for (const ExportPart& part : mTask.mContent.mParts) {
+      isKnown = isKnown || FindResult(part) != nullptr;
+      for (const float value : LoadScalars(part).mValues) {
+        if (!std::isfinite(value)) continue;
+        mRange.mLeast = std::min(mRange.mLeast, value);
+        mRange.mGreatest = std::max(mRange.mGreatest, value);
+      }
+    }
+    if (!isKnown) {
+      Util::Raise(kSource, ErrorType::ElementNotFound,
+                  "no part has the result " + Escape(mColour.mResult, {}) +
+                      " at points or cells: \"ryx export --dry-run\" lists the names");
+    }
+  }
+
+  /// Returns the place of a value in the texture, 0 to 1.
+  float TexturePlace(float value) const {
+    const double numTexels = kNumColours + 1;
+    if (!std::isfinite(value)) return static_cast<float>((kNumColours + 0.5) / numTexels);
+    const double span = static_cast<double>(mRange.mGreatest) - mRange.mLeast;
+    const double share = span > 0 ? (static_cast<double>(value) - mRange.mLeast) / span : 0.5;
+    return static_cast<float>((0.5 + share * (kNumColours - 1)) / numTexels);
+  }
+
+  // ---- buffers
+
+  template <class T>
+  std::size_t AddView(const std::vector<T>& values, int target) {
+    const std::uint64_t offset = mBytes.GetSize();
+    mBytes.Append(values.data(), values.size() * sizeof(T));
+    Json view = {{"buffer", 0}, {"byteOffset", offset}, {"byteLength", values.size() * sizeof(T)}};
+    if (target != 0) view["target"] = target;
+    mDocument["bufferViews"].push_back(view);
+    Pad();
+    return mDocument["bufferViews"].size() - 1;
+  }
+
+  void Pad() {
+    constexpr std::array<char, 4> kZeros{};
+    mBytes.Append(kZeros.data(), (4 - mBytes.GetSize() % 4) % 4);
+  }
+
+  std::size_t AddAccessor(std::size_t view, int componentType, std::size_t count,
+                          const char* type) {
+    mDocument["accessors"].push_back(
+        {{"bufferView", view}, {"componentType", componentType}, {"count", count}, {"type", type}});
+    return mDocument["accessors"].size() - 1;
+  }
+
+  std::size_t AddPositions(const std::vector<float>& positions) {
+    const std::size_t accessor =
+        AddAccessor(AddView(positions, kArrayBuffer), kFloat, positions.size() / 3, "VEC3");
+    std::array<float, 3> least{positions[0], positions[1], positions[2]};
+    std::array<float, 3> greatest = least;
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+      least[i % 3] = std::min(least[i % 3], positions[i]);
+      greatest[i % 3] = std::max(greatest[i % 3], positions[i]);
+    }
+    Json& document = mDocument["accessors"][accessor];
+    for (std::size_t k = 0; k < 3; ++k) {
+      document["min"].push_back(least[k]);
+      document["max"].push_back(greatest[k]);
+    }
+    return accessor;
+  }
+
+  // ---- parts
+
+  /// The vertices of one primitive.
+  struct Vertices {
+    std::vector<float> mPositions;
+    std::vector<float> mPlaces;  ///< In the texture: u, v.
+    std::vector<std::uint32_t> mIndices;
+  };
+
+  bool IsFinite(const QovMesh::Mesh& mesh, std::uint32_t point) const {
+    const float* p = mesh.mPoints.data() + std::size_t{3} * point;
+    return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
+  }
+
+  /// Makes a vertex of each point that is used, or one of each corner if cells have the values.
+  Vertices MakeVertices(const QovMesh::Mesh& mesh, const std::vector<std::uint32_t>& points,
+                        const std::vector<std::uint32_t>& cells, std::size_t numCorners,
+                        const Scalars& scalars, std::uint64_t& numLeftOut) const {
+    constexpr std::uint32_t kUnused = std::numeric_limits<std::uint32_t>::max();
+    const bool isCell = scalars.mPlacement == Placement::Cell;
+    std::vector<std::uint32_t> numbers(isCell ? 0 : mesh.GetNumPoints(), kUnused);
+    Vertices vertices;
+    std::uint32_t next = 0;
+    for (std::size_t i = 0; i < points.size(); i += numCorners) {
+      const auto begin = points.begin() + static_cast<std::ptrdiff_t>(i);
+      const auto end = begin + static_cast<std::ptrdiff_t>(numCorners);
+      if (!std::all_of(begin, end, [&](std::uint32_t point) { return IsFinite(mesh, point); })) {
+        ++numLeftOut;
+        continue;
+      }
+      for (auto point = begin; point != end; ++point) {
+        std::uint32_t* number = isCell ? nullptr : &numbers[*point];
+        if (number != nullptr && *number != kUnused) {
+          vertices.mIndices.push_back(*number);
+          continue;
+        }
+        if (number != nullptr) *number = next;
+        vertices.mIndices.push_back(next++);
+        const float* p = mesh.mPoints.data() + std::size_t{3} * *point;
+        vertices.mPositions.insert(vertices.mPositions.end(), p, p + 3);
+        if (scalars.mValues.empty()) continue;
+        const std::size_t item = isCell ? cells[i / numCorners] : *point;
+        vertices.mPlaces.insert(vertices.mPlaces.end(),
+                                {TexturePlace(scalars.mValues[item]), 0.5F});
+      }
+    }
+    return vertices;
+  }
+
+  Json MakePrimitive(const Vertices& vertices, int mode) {
+    Json primitive;
+    primitive["attributes"]["POSITION"] = AddPositions(vertices.mPositions);
+    if (!vertices.mPlaces.empty()) {
+      primitive["attributes"]["TEXCOORD_0"] = AddAccessor(
+          AddView(vertices.mPlaces, kArrayBuffer), kFloat, vertices.mPlaces.size() / 2, "VEC2");
+    }
+    primitive["indices"] = AddAccessor(AddView(vertices.mIndices, kElementBuffer), kUnsignedInt,
+                                       vertices.mIndices.size(), "SCALAR");
+    primitive["mode"] = mode;
+    primitive["material"] = vertices.mPlaces.empty() ? kPlainMaterial : kPaletteMaterial;
+    return primitive;
+  }
+
+  void AddPart(const ExportPart& part) {
+    const QovMesh::Mesh& mesh = mMeshes.Get(part);
+    const QovMesh::Surface surface = QovMesh::FindOuterSurface(mesh);
+    const Scalars scalars = LoadScalars(part);
+    std::uint64_t numLeftOut = 0;
+    Json primitives = Json::array();
+    const Vertices triangles =
+        MakeVertices(mesh, surface.mTriangles, surface.mTriangleCells, 3, scalars, numLeftOut);
+    if (!triangles.mIndices.empty()) primitives.push_back(MakePrimitive(triangles, kTriangles));
+    const Vertices lines =
+        MakeVertices(mesh, surface.mLines, surface.mLineCells, 2, scalars, numLeftOut);
+    if (!lines.mIndices.empty()) primitives.push_back(MakePrimitive(lines, kLines));
+    if (numLeftOut != 0) {
+      mTask.mNotes.push_back(fmt::format(
+          "geometry {}: {} triangles or lines have a coordinate that is not finite; they are not "
+          "written",
+          Escape(part.mName, {}), numLeftOut));
+    }
+    Json node = {{"name", JsonText(part.mName)}};
+    if (!primitives.empty()) {
+      mDocument["meshes"].push_back({{"name", JsonText(part.mName)}, {"primitives", primitives}});
+      node["mesh"] = mDocument["meshes"].size() - 1;
+    }
+    AddNode(node, part.mGroups);
+  }
+
+  /// Adds a node below those of its groups; consecutive parts share them.
+  void AddNode(const Json& node, const std::vector<std::string>& groups) {
+    std::size_t same = 0;
+    while (same < std::min(mOpenGroups.size(), groups.size()) &&
+           mOpenGroups[same].mName == groups[same]) {
+      ++same;
+    }
+    mOpenGroups.resize(same);
+    for (std::size_t i = same; i < groups.size(); ++i) {
+      mOpenGroups.push_back({groups[i], AppendNode({{"name", JsonText(groups[i])}})});
+    }
+    AppendNode(node);
+  }
+
+  struct OpenGroup {
+    std::string mName;
+    std::size_t mNode = 0;
+  };
+
+  std::size_t AppendNode(const Json& node) {
+    const std::size_t position = mDocument["nodes"].size();
+    mDocument["nodes"].push_back(node);
+    Json& siblings = mOpenGroups.empty() ? mDocument["scenes"][0]["nodes"]
+                                         : mDocument["nodes"][mOpenGroups.back().mNode]["children"];
+    siblings.push_back(position);
+    return position;
+  }
+
+  // ---- material and file
+
+  void AddMaterial() {
+    const auto material = [](const char* name) {
+      return Json{{"name", name},
+                  {"doubleSided", true},
+                  {"pbrMetallicRoughness",
+                   {{"baseColorFactor", {0.75, 0.75, 0.75, 1.0}}, {"metallicFactor", 0.0}}}};
+    };
+    mDocument["materials"].push_back(material("plain"));
+    if (mColour.mResult.empty()) return;
+    Json palette = material("result");
+    palette["name"] = JsonText(mColour.mResult);
+    palette["extras"] = {{"least", JsonFloat(mRange.mLeast)},
+                         {"greatest", JsonFloat(mRange.mGreatest)}};
+    palette["pbrMetallicRoughness"] = {{"baseColorTexture", {{"index", 0}}},
+                                       {"metallicFactor", 0.0}};
+    palette["extensions"]["KHR_materials_unlit"] = Json::object();
+    mDocument["materials"].push_back(palette);
+    mDocument["extensionsUsed"] = {"KHR_materials_unlit"};
+    std::vector<Colour> texels = MakePalette(kNumColours);
+    texels.push_back(kNoValueColour);
+    const std::string png = EncodePng(texels, kNumColours + 1);
+    const std::size_t view = AddView(std::vector<char>(png.begin(), png.end()), 0);
+    mDocument["images"].push_back({{"bufferView", view}, {"mimeType", "image/png"}});
+    constexpr int kNearest = 9728;
+    constexpr int kClampToEdge = 33071;
+    mDocument["samplers"].push_back({{"magFilter", kNearest},
+                                     {"minFilter", kNearest},
+                                     {"wrapS", kClampToEdge},
+                                     {"wrapT", kClampToEdge}});
+    mDocument["textures"].push_back({{"sampler", 0}, {"source", 0}});
+  }
+
+  void WriteFile() {
+    if (mBytes.GetSize() != 0) {
+      mDocument["buffers"].push_back({{"byteLength", mBytes.GetSize()}});
+    }
+    std::string json = mDocument.dump(-1, ' ', true);
+    json.resize((json.size() + 3) / 4 * 4, ' ');
+    constexpr std::uint64_t kHeaders = 12 + 8 + 8;
+    const std::uint64_t total = kHeaders + json.size() + mBytes.GetSize();
+    if (total > std::numeric_limits<std::uint32_t>::max()) {
+      Util::Raise(kSource, ErrorType::OutOfBounds,
+                  "the file would be larger than the 4 GiB that glTF allows: choose fewer parts");
+    }
+    const auto word = [&](std::uint64_t value) {
+      const auto bits = static_cast<std::uint32_t>(value);
+      mOutput.Write(&bits, sizeof bits);
+    };
+    mOutput.Write("glTF");
+    word(2);
+    word(total);
+    word(json.size());
+    mOutput.Write("JSON");
+    mOutput.Write(json);
+    word(mBytes.GetSize());
+    mOutput.Write(std::string_view("BIN\0", 4));
+    mBytes.CopyTo(mOutput);
+  }
+
+  static constexpr int kPlainMaterial = 0;
+  static constexpr int kPaletteMaterial = 1;
+
+  const ExportTask& mTask;
+  const SurfaceColour& mColour;
+  MeshCache mMeshes;
+  SafeOutput& mOutput;
+  SpilledBytes mBytes;
+  Range mRange;
+  Json mDocument;
+  std::vector<OpenGroup> mOpenGroups;
+};
+
+}  // namespace
+
+void WriteGlb(const ExportTask& task, const SurfaceColour& colour, const std::string& path,
+              OutputSet& outputs) {
+  GlbBuilder(task, colour, outputs.Open(path)).Write();
+}
+
+}  // namespace Qov::Tools

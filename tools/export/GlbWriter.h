@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "export/VtmWriter.h"
+
+namespace Qov::Tools {
+
+/// What colours the surface.
+struct SurfaceColour {
+  std::string mResult;  ///< Name of a result as ExportResult has it; empty for one colour.
+  /// The component to show, from 0; nothing for the length of vectors.
+  std::optional<std::size_t> mComponent;
+};
+
+/// Writes the outer surface of all parts as a binary glTF 2.0 file (.glb): a node for each group
+/// and each part, lines too. The values of a result become places in a palette texture; the
+/// material is not lit, so that the colours are those of the scale. The member "extras" of the
+/// material has the name and the range of the result. Triangles with a coordinate that is not
+/// finite are left out and counted in the notes.
+///
+/// Raises ElementNotFound if no part has the result, OutOfBounds if the file would pass 4 GiB.
+void WriteGlb(const ExportTask& task, const SurfaceColour& colour, const std::string& path,
+              OutputSet& outputs);
+
+}  // namespace Qov::Tools

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "SafeOutput.h"
+#include "export/ExportContent.h"
+#include "export/ExportSets.h"
+
+namespace Qov::Tools {
+
+/// Where the writers of formats get what they write, and tell what has to be said.
+struct ExportTask {
+  const QovRyx::Tree& mTree;
+  const ExportContent& mContent;
+  const QovMesh::KindChoices& mKinds;
+  std::vector<std::string>& mNotes;
+};
+
+/// Writes geometries as a VTK multiblock file (.vtm): groups are nested blocks, geometries are .vtu
+/// files in a folder beside it, which has its name without the ending. Raises the errors of
+/// WriteVtu.
+void WriteVtm(const ExportTask& task, const std::string& path, OutputSet& outputs);
+
+/// Writes a collection (.pvd) of one .vtm for each step. They are in a folder beside it, which has
+/// its name without the ending. The time of a step without one is its number, from 0.
+void WritePvd(const ExportTask& task, const std::string& path, OutputSet& outputs);
+
+}  // namespace Qov::Tools
