@@ -13,7 +13,7 @@
 
 #include "Command.h"
 #include "OptionValues.h"
-#include "Qov/Util/Printable.h"
+#include "diagnostics/Printable.h"
 #include "Qov/Util/Raise.h"
 #include "SafeOutput.h"
 #include "Terminal.h"

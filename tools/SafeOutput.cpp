@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "Qov/Util/Printable.h"
+#include "diagnostics/Printable.h"
 #include "Qov/Util/Raise.h"
 
 namespace Qov::Tools {

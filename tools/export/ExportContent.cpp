@@ -195,7 +195,7 @@ class ContentBuilder {
       if (chosen == mChosenSteps.end()) return;  // told once, with the step
       result.mStep = chosen->second;
     }
-    if (variable.mLinked && variable.mValues.GetLoader() == nullptr) {
+    if (variable.mLink.IsLinked() && variable.mValues.GetLoader() == nullptr) {
       return Omit(WhereText(part, variable) + ": its link leads to no values");
     }
     const auto decision = mRule.Decide(variable, counts);
