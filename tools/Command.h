@@ -40,6 +40,7 @@ class Command {
 std::unique_ptr<Command> MakeCheckCommand();
 std::unique_ptr<Command> MakeDiffCommand();
 std::unique_ptr<Command> MakeDumpCommand();
+std::unique_ptr<Command> MakeExportCommand();
 std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeLsCommand();
 std::unique_ptr<Command> MakePlanCommand();
