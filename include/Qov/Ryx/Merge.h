@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Qov/Export.h"
+#include "Qov/Ryx/OutputSettings.h"
+#include "Qov/Ryx/Selection.h"
+
+/// Merges of model files for programs: what to merge is a MergeRequest, errors are exceptions, and
+/// the output appears only when it is complete. The fixed merges of RyxMerge are in RyxMerge.h.
+namespace QovRyx {
+
+/// How models are put together.
+enum class MergeMode {
+  Automatic,  ///< Instances if all models have the same tree and the same meshes, else Datasets.
+  Instances,  ///< The tree of the first model with the results of all models.
+  Datasets    ///< The nodes of all models below one group.
+};
+
+/// The instance parts of the names of results in a merge as instances.
+enum class MergedNames {
+  Automatic,  ///< Keep, if no two results of a geometry get the same name that way, else Stem.
+  Keep,       ///< Names stay as they are.
+  Stem,       ///< The name of the input file without folder and ending; made distinct by folders.
+  Number      ///< "F" and the number of the input.
+};
+
+/// The view-point paths in the output.
+enum class MergedViews {
+  First,  ///< Those of the first model.
+  All,    ///< Those of all models, in their order.
+  None
+};
+
+struct MergeRequest {
+  /// Model files and view-point files. The view points of the latter are added to the output.
+  std::vector<std::string> mInputs;
+  std::string mOutput;
+  MergeMode mMode = MergeMode::Automatic;
+  MergedNames mNames = MergedNames::Automatic;
+  std::uint64_t mFirstNumber = 1;  ///< The number of the first model for MergedNames::Number.
+  MergedViews mViews = MergedViews::First;
+  /// Stores equal arrays once.
+  bool mShare = true;
+  /// Puts the contents of inputs that are dataset merges themselves below one root.
+  bool mJoin = false;
+  Selection mSelection;
+  OutputSettings mSettings;
+};
+
+/// Arrays that are stored once although several results have them.
+struct SharedArrays {
+  std::uint64_t mLinked = 0;       ///< Results that became links to an equal result.
+  std::uint64_t mSharedBytes = 0;  ///< Results that have their own entry but share the bytes.
+  std::uint64_t mSavedBytes = 0;   ///< Uncompressed bytes that are not stored again.
+};
+
+/// What a merge did.
+struct MergeReport {
+  MergeMode mMode = MergeMode::Datasets;    ///< Never Automatic.
+  MergedNames mNames = MergedNames::Keep;   ///< Never Automatic.
+  std::string mReason;                      ///< Why this mode and these names, one sentence.
+  std::vector<std::string> mInstanceNames;  ///< For each model, the part that its names got.
+  std::uint64_t mNodes = 0;                 ///< Nodes of the output.
+  std::uint64_t mGeometries = 0;
+  std::uint64_t mResults = 0;
+  std::uint64_t mInputBytes = 0;  ///< Sizes of the input files.
+  std::uint64_t mOutputBytes = 0;
+  SharedArrays mShared;
+  std::uint64_t mNodesLeftOut = 0;    ///< By the selection.
+  std::uint64_t mResultsLeftOut = 0;  ///< By the selection.
+  std::uint64_t mViewsLeftOut = 0;
+  /// Results that took the values of a result that was left out, instead of their link to it.
+  std::uint64_t mLinksReplaced = 0;
+  /// Content that was left out or guessed and that has no count above, a line each.
+  std::vector<std::string> mNotes;
+};
+
+/// Observes a merge and can end it. Progress in bytes goes to ProgressListener (Progress.h).
+class QOV_EXPORT MergeListener {
+ public:
+  virtual ~MergeListener() = default;
+  /// Called before each input is read, with its number from 0. Returns false to cancel the merge,
+  /// which raises MiscellaneousError.
+  virtual bool BeforeInput(std::size_t number, const std::string& path) = 0;
+  /// Called when the output is complete at `path` but does not have its name yet. An exception
+  /// discards the output.
+  virtual void CheckOutput(const std::string& path) = 0;
+};
+
+/// Merges models. The output is written beside its path under a temporary name, flushed to the
+/// disk and renamed. After an error there is no output, and an older file at its path is as before.
+///
+/// Links follow their results. A linked result whose target is left out takes the values of the
+/// target. Raises ElementExists if the output exists and may not be replaced, MiscellaneousError if
+/// it is one of the inputs, and the errors of Tree::Load and Tree::Save.
+QOV_EXPORT MergeReport Merge(const MergeRequest& request, MergeListener* listener = nullptr);
+
+}  // namespace QovRyx
