@@ -261,7 +261,7 @@ int ExportCommand::Run(Output& output, Output& errors) {
     return kSuccess;
   }
   std::vector<std::string> notes = content.mNotes;
-  RemoveOutputsOnSignals();
+  QovJbf::RemoveOutputsOnSignals();
   OutputSet outputs(mOverwrite);
   Write(format, {tree, content, mRequest.mKinds, notes}, outputs);
   outputs.CommitAll();

@@ -7,19 +7,19 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "container/SignalRemovals.h"
+#include "container/TemporaryOutput.h"
 
 namespace Qov::Tools {
 
-/// A file that appears under its name only when it is complete. It is written beside that name, as
-/// ".NAME.XXXXXX", and removed if it is not committed, also if a signal ends the program
-/// (RemoveOutputsOnSignals).
+/// A buffered file that appears under its name only when it is complete (TemporaryOutput).
 class SafeOutput {
  public:
-  /// Opens the temporary file. Raises ElementExists if `path` exists and `overwrite` is false, and
-  /// WriteError if the file cannot be made.
+  /// Opens the temporary file. Raises the errors of TemporaryOutput.
   SafeOutput(std::string path, bool overwrite);
-  ~SafeOutput();
   SafeOutput(const SafeOutput&) = delete;
   SafeOutput& operator=(const SafeOutput&) = delete;
 
@@ -35,17 +35,17 @@ class SafeOutput {
   /// Replaces bytes that were written before; the current position stays.
   void Patch(std::uint64_t position, std::string_view bytes);
 
-  /// Flushes the file to the disk and closes it. Raises WriteError.
+  /// Writes buffered bytes and closes the file, which keeps its temporary name. Raises WriteError.
   void Finish();
-  /// Finishes the file, if that was not done, and gives it its name. Raises WriteError.
+  /// Finishes the file, if that was not done, and gives it its name. Raises the errors of
+  /// TemporaryOutput::Commit.
   void Commit();
-  const std::string& GetPath() const { return mPath; }
+  const std::string& GetPath() const { return mOutput.GetPath(); }
 
  private:
   [[noreturn]] void RaiseWriteError(int error) const;
 
-  std::string mPath;
-  std::string mTemporaryPath;
+  QovJbf::TemporaryOutput mOutput;
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> mFile{nullptr, &std::fclose};
   std::uint64_t mPosition = 0;
 };
@@ -68,11 +68,8 @@ class OutputSet {
  private:
   bool mOverwrite;
   std::vector<std::unique_ptr<SafeOutput>> mFiles;
-  std::vector<std::string> mNewFolders;
+  /// The folders that were made, with the entries that let signals remove them.
+  std::vector<std::pair<std::string, QovJbf::SignalRemoval*>> mNewFolders;
 };
-
-/// Lets SIGHUP, SIGINT and SIGTERM remove the temporary files and new folders of all outputs before
-/// they end the program.
-void RemoveOutputsOnSignals();
 
 }  // namespace Qov::Tools
