@@ -1,11 +1,10 @@
 #include "NodeFilter.h"
 
-#include <fnmatch.h>
-
 #include <algorithm>
 #include <cctype>
 
 #include "Terminal.h"
+#include "diagnostics/Pattern.h"
 
 namespace Qov::Tools {
 namespace {
@@ -20,7 +19,7 @@ bool EqualsIgnoringCase(const std::string& left, const std::string& right) {
 }  // namespace
 
 bool MatchesPattern(const std::string& name, const std::string& pattern) {
-  return fnmatch(pattern.c_str(), Escape(name, {}).c_str(), FNM_NOESCAPE) == 0;
+  return Util::MatchesPattern(Escape(name, {}), pattern);
 }
 
 bool NodeCriteria::Accept(const QovRyx::NodeTree::Node& entry) const {
