@@ -1,13 +1,13 @@
 #include "Qov/Ryx/InstanceNames.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <iterator>
 #include <set>
 #include <string_view>
 #include <utility>
 
+#include "ArrayNames.h"
 #include "LinkedResults.h"
 #include "SharingLimit.h"
 #include "model/GeometryEntries.h"
@@ -16,9 +16,6 @@ namespace QovRyx {
 namespace {
 
 using LinkedNames = PartLinksMap::mapped_type;
-
-constexpr std::array<std::string_view, 6> kMeshArrays = {
-    "Coordinates", "Connectivity", "Polylength", "Part Elements", "Node Ids", "Element IDs"};
 
 std::string FileSuffix(std::uint64_t k, bool useSuffix) {
   return useSuffix ? "F" + std::to_string(k) : "";
@@ -128,8 +125,7 @@ void GenerateLinkedResults(Tree& tree, const PartLinksMap& links) {
 bool isMeshResult(const std::string& name) {
   const std::size_t separator = name.rfind(kInstanceSeparator);
   const bool whole = separator == std::string::npos || separator == 0;
-  const std::string base = whole ? name : name.substr(0, separator - 1);
-  return std::find(kMeshArrays.begin(), kMeshArrays.end(), base) != kMeshArrays.end();
+  return IsMeshBase(whole ? name : name.substr(0, separator - 1));
 }
 
 bool HasInstancePart(const std::string& name) {
