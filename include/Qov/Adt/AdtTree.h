@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <utility>
+#include <vector>
 
 #include "Qov/Util/Raise.h"
 
@@ -84,6 +86,37 @@ class Tree {
     return mNodes[id] = std::move(node);
   }
 
+  /// Returns the id of an entry and those of all entries below it, parents before their children.
+  /// Follows links to children only if these name the entry as their parent, so that it ends even
+  /// if the links of a file contain cycles. Never returns the root as an entry below another one.
+  std::vector<std::uint32_t> GetSubtree(std::uint32_t id) const {
+    std::vector<std::uint32_t> ids{GetReqNode(id).mId};
+    std::set<std::uint32_t> known{id, kRootId};
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+      const Node* child = FindNode(GetReqNode(ids[i]).mFirstChild);
+      while (child != nullptr && child->mParent == ids[i] && known.insert(child->mId).second) {
+        ids.push_back(child->mId);
+        child = FindNode(child->mNextSibling);
+      }
+    }
+    return ids;
+  }
+
+  /// Removes an entry and everything below it (GetSubtree). Its siblings become neighbours. If the
+  /// current entry is removed, the root becomes current. Raises InvalidMethod for the root.
+  void RemoveNode(std::uint32_t id) {
+    const std::vector<std::uint32_t> ids = GetSubtree(id);
+    if (id == kRootId) {
+      Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::InvalidMethod,
+                       "The root of a tree cannot be removed");
+    }
+    Unlink(GetReqNode(id));
+    for (const std::uint32_t removed : ids) {
+      if (mCurrentId == removed) mCurrentId = kRootId;
+      mNodes.erase(removed);
+    }
+  }
+
   /// Makes current the entry of the lowest id for which `policy(wanted, data)` is true. Raises
   /// ElementNotFound if there is none.
   template <class Policy>
@@ -104,9 +137,25 @@ class Tree {
   typename NodeMap::const_iterator end() const { return mNodes.end(); }
 
  private:
+  static constexpr const char* kSource = "include/Qov/Adt/AdtTree";
+
   [[noreturn]] static void RaiseNotFound(unsigned long line = __builtin_LINE()) {
-    Qov::Util::Raise("include/Qov/Adt/AdtTree", Qov::Util::Exception::ErrorType::ElementNotFound,
-                     line);
+    Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::ElementNotFound, line);
+  }
+
+  /// Makes the entries around `node` name its neighbours instead.
+  void Unlink(const Node& node) {
+    const auto replace = [id = node.mId](std::uint32_t& link, std::uint32_t neighbour) {
+      if (link == id) link = neighbour;
+    };
+    const std::uint32_t previous = node.mPreviousSibling;
+    const std::uint32_t next = node.mNextSibling;
+    if (Node* entry = FindNode(previous)) replace(entry->mNextSibling, next);
+    if (Node* entry = FindNode(next)) replace(entry->mPreviousSibling, previous);
+    if (Node* entry = FindNode(node.mParent)) {
+      replace(entry->mFirstChild, next);
+      replace(entry->mLastChild, previous);
+    }
   }
 
   NodeMap mNodes;

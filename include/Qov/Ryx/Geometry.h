@@ -75,6 +75,10 @@ class QOV_EXPORT Geometry : public Node {
   VarStruct& EditVariable(std::size_t position) { return mVariables[position]; }
   void AppendVariable(VarStruct variable) { mVariables.push_back(std::move(variable)); }
   void RenameVariable(std::size_t position, std::string name);
+  /// Removes the results at the positions for which `isRemoved[position]` is true; positions after
+  /// the end of `isRemoved` stay. The others keep their order. No link of the model changes:
+  /// RemoveContent (ModelEdits.h) makes them follow.
+  void RemoveVariables(const std::vector<bool>& isRemoved);
   /// Returns the position of the first result of that name.
   std::optional<std::size_t> FindVariable(const std::string& name);
   /// Does the same, but appends a default result of that name if there is none.

@@ -27,6 +27,7 @@ class QOV_EXPORT Node {
   virtual std::string GetVersion() const { return kVersion; }
 
   const std::string& GetName() const { return mName; }
+  void SetName(std::string name) { mName = std::move(name); }
 
  private:
   std::string mName;

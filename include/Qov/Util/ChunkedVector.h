@@ -67,6 +67,13 @@ class ChunkedVector {
     std::vector<T>& chunk = GetOpenChunk();
     chunk.reserve(chunk.size() + std::min(count, kChunk - chunk.size()));
   }
+  /// Removes all elements from position `size` on.
+  void Truncate(std::size_t size) {
+    if (size >= mSize) return;
+    mChunks.resize((size + kChunk - 1) / kChunk);
+    if (size % kChunk != 0) mChunks.back().resize(size % kChunk);
+    mSize = size;
+  }
 
  private:
   static constexpr std::size_t kChunk = 256;

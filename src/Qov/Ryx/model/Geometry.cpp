@@ -47,6 +47,18 @@ void Geometry::RenameVariable(std::size_t position, std::string name) {
   mNumIndexed = 0;
 }
 
+void Geometry::RemoveVariables(const std::vector<bool>& isRemoved) {
+  std::size_t numKept = 0;
+  for (std::size_t i = 0; i != mVariables.size(); ++i) {
+    if (i < isRemoved.size() && isRemoved[i]) continue;
+    if (i != numKept) mVariables[numKept] = std::move(mVariables[i]);
+    ++numKept;
+  }
+  mVariables.Truncate(numKept);
+  mSlots.clear();
+  mNumIndexed = 0;
+}
+
 /// Returns the slot of that name, or the free slot for it. At least one slot must be free.
 std::uint32_t& Geometry::FindSlot(const std::string& name) {
   std::size_t slot = std::hash<std::string>()(name);
