@@ -14,6 +14,7 @@
 #include "Qov/Ryx/ModifierInfo.h"
 #include "Qov/Ryx/Node.h"
 #include "Qov/Ryx/NodeSets.h"
+#include "Qov/Ryx/OutputSettings.h"
 #include "Qov/Ryx/Sequencer.h"
 #include "Qov/Ryx/Shape.h"
 #include "Qov/Ryx/ViewPoint.h"
@@ -84,6 +85,9 @@ class QOV_EXPORT Tree {
   /// written file at the end.
   void Save(const std::string& path, bool create, const std::string& comment,
             const SupportedFileFormats& format);
+  /// Does the same with these settings, except OutputSettings::mOverwrite: an existing file is
+  /// replaced. Raises OutOfBounds for a level or block size that is not possible.
+  void Save(const std::string& path, const std::string& comment, const OutputSettings& settings);
   /// Moves a shape of `source` and the geometry that is its first child below the first group of
   /// that name, as its last child. The nodes belong to this tree afterwards. `source` keeps their
   /// entries without nodes. Links within the geometry name its new entry, which becomes current.
