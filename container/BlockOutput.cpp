@@ -15,17 +15,11 @@ namespace QovJbf {
 
 using Qov::Util::RaiseOutOfMemory;
 
-namespace {
-
-constexpr int kCompressionLevel = 6;
-
-}  // namespace
-
-BlockOutput::BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length)
+BlockOutput::BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length, int level)
     : mThreads(threads),
       mMemory(GetCompressionMemory(threads, blockSize, length)),
       mMostMemory(std::max(mMemory, SystemResources().GetFreeMemory() / 2)),
-      mQueue(threads, mMemory, kCompressionLevel) {}
+      mQueue(threads, mMemory, level) {}
 
 void BlockOutput::Add(std::uint64_t k, Block block, bool isCompressed) {
   if (!isCompressed) {

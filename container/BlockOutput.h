@@ -20,7 +20,7 @@ namespace QovJbf {
 class BlockOutput {
  public:
   /// `length` is the number of bytes of the blocks that fill, 0 if it is not known.
-  BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length);
+  BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length, int level);
 
   /// Adds a whole block.
   void Add(std::uint64_t k, Block block, bool isCompressed);

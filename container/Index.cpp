@@ -102,6 +102,11 @@ void Index::StopWriting() {
   mpState->mFiller.StopWriting();
 }
 
+void Index::SetWriting(const WriteSettings& settings) {
+  mpState->mTable.SetBlockLimit(settings.mBlockLimit);
+  mpState->mWriter.SetWriting(settings.mLevel, settings.mThreads);
+}
+
 void Index::LimitThreads(unsigned most) { mpState->mWriter.LimitThreads(most); }
 
 unsigned Index::GetNumThreads() const { return mpState->mWriter.GetNumThreads(); }

@@ -98,7 +98,10 @@ IndexStream& IndexTable::GetStream(const std::string& name) {
 
 IndexStream& IndexTable::MakeStream(const std::string& name) {
   const auto [position, isNew] = mStreams.try_emplace(name);
-  if (isNew) position->second.mLimit = ReadSizeVariable(kLimitVariable, kDefaultBlockLimit);
+  if (isNew) {
+    position->second.mLimit =
+        mBlockLimit != 0 ? mBlockLimit : ReadSizeVariable(kLimitVariable, kDefaultBlockLimit);
+  }
   return position->second;
 }
 

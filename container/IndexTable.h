@@ -54,6 +54,8 @@ class IndexTable {
   /// Creates the stream if it does not exist.
   IndexStream& MakeStream(const std::string& name);
   std::map<std::string, IndexStream>& GetStreams() { return mStreams; }
+  /// Sets the limit of streams that are created later; 0 is the default.
+  void SetBlockLimit(std::uint32_t limit) { mBlockLimit = limit; }
   std::uint64_t GetStreamLength(const std::string& name) const;
   void AddFlags(const std::string& name, std::uint8_t flags);
 
@@ -94,6 +96,7 @@ class IndexTable {
   std::vector<BlockState> mStates;  ///< One for each item.
   std::map<std::string, IndexStream> mStreams;
   std::uint8_t mNextId = 1;
+  std::uint32_t mBlockLimit = 0;  ///< 0 for the default.
   std::uint64_t mIndexPosition = kRootPosition;
   std::uint64_t mIndexLength = 0;
   std::size_t mNumPositioned = 0;  ///< Number of items at the front with a valid mPosition.

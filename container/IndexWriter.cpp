@@ -27,8 +27,8 @@ BlockOutput& IndexWriter::GetOutput() {
     for (const auto& [name, stream] : mTable.GetStreams()) {
       blockSize = std::max(blockSize, stream.mLimit);
     }
-    mNumThreads = std::min(GetThreadCount(blockSize), mMostThreads);
-    mpOutput = std::make_unique<BlockOutput>(mNumThreads, blockSize, mExpectedLength);
+    mNumThreads = std::min(GetThreadCount(blockSize, SystemResources(), mThreads), mMostThreads);
+    mpOutput = std::make_unique<BlockOutput>(mNumThreads, blockSize, mExpectedLength, mLevel);
   }
   return *mpOutput;
 }

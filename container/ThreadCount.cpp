@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
-#include <optional>
 
 #include "ChunkPool.h"
 
@@ -14,7 +13,6 @@ namespace QovJbf {
 namespace {
 
 constexpr const char* kThreadsVariable = "RYXMERGE_THREADS";
-constexpr unsigned kMostThreads = 256;
 constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
 /// Returns how many bytes more the first of several threads gets than the last, if they take blocks
@@ -27,25 +25,26 @@ std::uint64_t GetLead(unsigned threads, std::uint64_t blockSize, std::uint64_t l
   return std::min(ofFirst - ofLast, blockSize / 2);
 }
 
-std::optional<unsigned> GetThreadsFromEnvironment() {
+/// Returns 0 if the variable is not set to a number.
+unsigned GetThreadsFromEnvironment() {
   const char* text = std::getenv(kThreadsVariable);
-  if (text == nullptr) return std::nullopt;
+  if (text == nullptr) return 0;
   const unsigned long number = std::strtoul(text, nullptr, 10);
-  if (number == 0) return std::nullopt;
   return static_cast<unsigned>(std::min<unsigned long>(number, kMostThreads));
 }
 
 }  // namespace
 
-unsigned GetThreadCount(std::uint64_t blockSize, const SystemResources& resources) {
-  const auto wanted = GetThreadsFromEnvironment();
-  const std::uint64_t memory = wanted ? kUnlimited : resources.GetFreeMemory() / 2;
+unsigned GetThreadCount(std::uint64_t blockSize, const SystemResources& resources,
+                        unsigned wanted) {
+  if (wanted == 0) wanted = GetThreadsFromEnvironment();
+  const std::uint64_t memory = wanted != 0 ? kUnlimited : resources.GetFreeMemory() / 2;
   const std::uint64_t space = resources.GetFreeAddressSpace() / 2;
   const auto fits = [&](unsigned threads) {
     const std::uint64_t needed = GetCompressionMemory(threads, blockSize);
     return needed <= memory && needed + threads * GetThreadSpace() <= space;
   };
-  unsigned threads = wanted ? *wanted : std::min(resources.CountProcessors(), kMostThreads);
+  unsigned threads = std::min(wanted != 0 ? wanted : resources.CountProcessors(), kMostThreads);
   while (threads > 1 && !fits(threads)) --threads;
   return threads;
 }

@@ -6,12 +6,15 @@
 
 namespace QovJbf {
 
-/// Returns the number of threads that compress blocks of `blockSize` bytes. The variable
-/// RYXMERGE_THREADS sets it. Without that variable it is the number of processors, but at most the
-/// number of threads whose data fit into half of the free memory. In both cases the threads with
-/// their stacks must fit into half of the free address space.
+/// The largest number of threads that compress.
+inline constexpr unsigned kMostThreads = 256;
+
+/// Returns the number of threads that compress blocks of `blockSize` bytes. `wanted`, or if that is
+/// 0 the variable RYXMERGE_THREADS, sets it. Without both it is the number of processors, but at
+/// most the number of threads whose data fit into half of the free memory. In both cases the
+/// threads with their stacks must fit into half of the free address space.
 unsigned GetThreadCount(std::uint64_t blockSize,
-                        const SystemResources& resources = SystemResources());
+                        const SystemResources& resources = SystemResources(), unsigned wanted = 0);
 
 /// Returns the number of bytes of address space that a thread takes.
 std::uint64_t GetThreadSpace();

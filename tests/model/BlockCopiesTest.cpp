@@ -104,6 +104,26 @@ TEST_F(BlockCopiesTest, NeedHalfOfTheBlock) {
   EXPECT_GT(gDeflated, 6 * kArraySize);
 }
 
+TEST_F(BlockCopiesTest, KeepBlocksNeedsTheWholeBlock) {
+  const ScopedEnvironment copy("RYXMERGE_COPY_BLOCKS", "1");  // the settings count
+  const auto countDeflated = [this](bool keepsBlocks, bool replaces) {
+    Tree tree(false);
+    LoadTree(tree, mDir / "a.ryx");
+    Geometry& geometry = *AsGeometry(tree.GetNodes().GetReqNode(PlateIds::kGeometry));
+    if (replaces) {
+      geometry.EditVariable(1).mValues = NumericArray::Of(Ramp(kNumNodes, 5.0F));
+    }
+    gDeflated = 0;
+    tree.Save(mDir / "saved.ryx", "", {.mThreads = 1, .mKeepBlocks = keepsBlocks});
+    const std::uint64_t numDeflated = gDeflated;
+    EXPECT_EQ(DescribeModel(mDir / "saved.ryx"), DescribeModel(tree));
+    return numDeflated;
+  };
+  EXPECT_LT(countDeflated(true, false), kLittle);
+  EXPECT_GT(countDeflated(false, false), 6 * kArraySize);
+  EXPECT_GT(countDeflated(true, true), 6 * kArraySize);
+}
+
 TEST_F(BlockCopiesTest, LeaveOutArraysThatMustBeShuffledAgain) {
   Tree tree(false);
   LoadTree(tree, mDir / "a.ryx");

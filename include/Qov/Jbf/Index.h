@@ -20,6 +20,13 @@ struct BlockSizeLimiter {
   std::uint32_t mLimit = 0;            ///< A block of this size or more gets no more bytes.
 };
 
+/// How the blocks of a file are written. The bytes do not depend on the number of threads.
+struct WriteSettings {
+  int mLevel = 6;                 ///< Compression level of zlib, from 1 to 9.
+  std::uint32_t mBlockLimit = 0;  ///< Limit of every stream; 0 for the default of Index.
+  unsigned mThreads = 0;          ///< Threads that compress; 0 for the default of Index.
+};
+
 /// The streams of one container file.
 ///
 /// A stream is a sequence of blocks. A new block is added when the last one has reached the limit
@@ -95,6 +102,8 @@ class QOV_EXPORT Index {
   void StreamToFile(const std::string& name, std::FILE* file, std::uint64_t expectedLength = 0);
   /// Discards blocks that are not written yet. Must be called before the file is closed.
   void StopWriting();
+  /// Must be called before anything is written.
+  void SetWriting(const WriteSettings& settings);
   /// Sets the maximum number of threads that compress. Must be called before anything is written.
   void LimitThreads(unsigned most);
   /// Returns the number of threads that have compressed, 1 if it was only the calling thread.

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "Qov/Export.h"
+
 namespace QovRyx {
 
 /// How a model file is written. The bytes of the file do not depend on the number of threads.
@@ -10,12 +12,20 @@ struct OutputSettings {
   bool mOverwrite = false;
   /// Compression level of zlib, from 1 (fast) to 9 (small).
   int mLevel = 6;
-  /// Uncompressed bytes of a full block; 0 for the default.
+  /// Uncompressed bytes of a full block, at least 1024; 0 for the default: the value of the
+  /// environment variable TELMORAX_MAX_RYX_BLOCK_SIZE, else 200 MiB.
   std::uint32_t mBlockSize = 0;
-  /// Threads that compress, beside the calling one; 0 for one per processor.
+  /// Threads that compress, from 1 to 256. With 1, the calling thread compresses. 0 for the
+  /// default: the value of the environment variable RYXMERGE_THREADS, else as many as the
+  /// processors and the free memory allow.
   unsigned mThreads = 0;
-  /// Copies compressed blocks of the inputs if all their arrays are wanted.
+  /// Copies compressed blocks of the inputs if all their arrays are wanted. Their checksums are not
+  /// verified, and they keep their level and their size.
   bool mKeepBlocks = false;
 };
+
+/// Raises OutOfBounds, with a description that names the setting and its range, if a value is not
+/// possible.
+QOV_EXPORT void CheckSettings(const OutputSettings& settings);
 
 }  // namespace QovRyx

@@ -86,7 +86,8 @@ class QOV_EXPORT Tree {
   void Save(const std::string& path, bool create, const std::string& comment,
             const SupportedFileFormats& format);
   /// Does the same with these settings, except OutputSettings::mOverwrite: an existing file is
-  /// replaced. Raises OutOfBounds for a level or block size that is not possible.
+  /// replaced. Raises the errors of CheckSettings too, before anything is written. Does not use the
+  /// environment variable RYXMERGE_COPY_BLOCKS.
   void Save(const std::string& path, const std::string& comment, const OutputSettings& settings);
   /// Moves a shape of `source` and the geometry that is its first child below the first group of
   /// that name, as its last child. The nodes belong to this tree afterwards. `source` keeps their

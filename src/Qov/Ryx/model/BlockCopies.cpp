@@ -32,7 +32,7 @@ bool IsBlockCopyEnabled() {
   return value != nullptr && std::string_view(value) == "1";
 }
 
-BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle) {
+BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle, BlockCopying copying) {
   ForEachGeometry(nodes, [this, shuffle](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
       Note(geometry.EditVariable(i), shuffle);
@@ -41,7 +41,7 @@ BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle) {
   for (auto& [id, entry] : nodes) {
     if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) Note(*sets);
   }
-  DropUnprofitableCopies();
+  DropUnprofitableCopies(copying);
   CollectContent();
 }
 
@@ -54,7 +54,7 @@ void BlockCopies::Note(Geometry::VarStruct& variable, bool shuffle) {
   Copy& copy = GetCopy(loader.GetReader(), *extent);
   copy.mArrays.push_back({&variable, loader.GetOffset()});
   copy.mShared += size;
-  if (copy.mOffsets.insert(loader.GetOffset()).second) copy.mNeeded += size;
+  if (copy.mOffsets.insert(loader.GetOffset()).second) copy.mInArrays += size;
 }
 
 void BlockCopies::Note(NodeSets& sets) {
@@ -63,23 +63,33 @@ void BlockCopies::Note(NodeSets& sets) {
   const auto extent = sets.GetReader()->FindBlock(sets.GetSourceOffset(), size);
   if (!extent || !extent->mIsLast) return;
   Copy& copy = GetCopy(*sets.GetReader(), *extent);
+  const std::uint64_t offset = sets.GetSourceOffset();
+  copy.mSetsStart = copy.mSets.empty() ? offset : std::min(copy.mSetsStart, offset);
   copy.mSets.push_back(&sets);
   copy.mShared += size;
-  if (copy.mOffsets.insert(sets.GetSourceOffset()).second) copy.mNeeded += size;
+  if (copy.mOffsets.insert(offset).second) copy.mInSets += size;
 }
 
 BlockCopies::Copy& BlockCopies::GetCopy(QovJbf::StreamReader& reader,
                                         const QovJbf::StreamReader::BlockExtent& extent) {
   const auto [place, isNew] = mPlaces.try_emplace({&reader, extent.mBlock}, mCopies.size());
-  if (isNew) mCopies.push_back({&reader, extent, {}, {}, {}, 0, 0});
+  if (isNew) mCopies.push_back({&reader, extent, {}, {}, {}, 0, 0, 0, 0});
   return mCopies[place->second];
 }
 
-void BlockCopies::DropUnprofitableCopies() {
+/// Returns true if enough of the block is needed.
+bool BlockCopies::IsWorthwhile(const Copy& copy, BlockCopying copying) {
+  const std::uint64_t length = copy.mExtent.mRawLength;
+  if (copying == BlockCopying::IfHalfNeeded) return 2 * (copy.mInArrays + copy.mInSets) >= length;
+  const std::uint64_t end = copy.mExtent.mStart + length;
+  return copy.mInArrays + (copy.mSets.empty() ? 0 : end - copy.mSetsStart) >= length;
+}
+
+void BlockCopies::DropUnprofitableCopies(BlockCopying copying) {
   mPlaces.clear();
-  std::erase_if(mCopies, [](const Copy& copy) {
+  std::erase_if(mCopies, [copying](const Copy& copy) {
     const std::uint64_t length = copy.mExtent.mRawLength;
-    return 2 * copy.mNeeded < length || copy.mShared > kMostShares * length ||
+    return !IsWorthwhile(copy, copying) || copy.mShared > kMostShares * length ||
            copy.mSets.size() > kMostShares;  // each may be as long as the block
   });
 }

@@ -12,6 +12,13 @@
 
 namespace QovRyx {
 
+/// Tells which blocks of the inputs are copied as they are stored.
+enum class BlockCopying {
+  Never,
+  IfHalfNeeded,  ///< Blocks of which at least half of the content is needed.
+  IfWholeNeeded  ///< Blocks of which all content is needed.
+};
+
 /// Copies heavy blocks of the inputs to the output without decompressing them:
 ///
 ///   input   block 7: | array a | array b | array c |       a, c: needed; b: dropped by the merge
@@ -19,16 +26,17 @@ namespace QovRyx {
 ///                                                          same distance from it as before
 ///
 /// The offset of an array changes by the difference between the offsets of the two blocks. Bytes
-/// that the model does not need are copied too, so at least half of a copied block must be needed.
+/// that the model does not need are copied too, unless BlockCopying excludes that.
 /// An array is needed from the block if it is completely inside and is written with the bytes that
 /// it has there. All other arrays are written as usual, after the copies. So are the arrays of a
 /// block whose bytes are shared by more results than kMostShares allows.
 /// Node sets are needed from their block if it is the last one of its stream, because only then is
-/// it certain, without decompressing it, that they end inside it.
+/// it certain, without decompressing it, that they end inside it. They are the last content of
+/// their block, so everything after their start counts as needed.
 class BlockCopies {
  public:
   /// Finds the blocks to copy. `shuffle` says if arrays are shuffled in the output.
-  BlockCopies(NodeTree& nodes, bool shuffle);
+  BlockCopies(NodeTree& nodes, bool shuffle, BlockCopying copying);
 
   /// Appends the blocks to the heavy stream of `file`, which has no open block, and sets the
   /// offsets of their content.
@@ -50,14 +58,17 @@ class BlockCopies {
     std::vector<Array> mArrays;
     std::vector<NodeSets*> mSets;
     std::set<std::uint64_t> mOffsets;  ///< Offsets of the needed content, which results may share.
-    std::uint64_t mNeeded = 0;         ///< Bytes of the needed content.
-    std::uint64_t mShared = 0;         ///< The same, with shared bytes counted each time.
+    std::uint64_t mInArrays = 0;       ///< Bytes of the needed arrays.
+    std::uint64_t mInSets = 0;         ///< Least number of bytes of the needed node sets.
+    std::uint64_t mSetsStart = 0;      ///< Offset of the first needed node set.
+    std::uint64_t mShared = 0;         ///< Needed bytes, with shared bytes counted each time.
   };
 
   void Note(Geometry::VarStruct& variable, bool shuffle);
   void Note(NodeSets& sets);
+  static bool IsWorthwhile(const Copy& copy, BlockCopying copying);
   Copy& GetCopy(QovJbf::StreamReader& reader, const QovJbf::StreamReader::BlockExtent& extent);
-  void DropUnprofitableCopies();
+  void DropUnprofitableCopies(BlockCopying copying);
   void CollectContent();
 
   std::vector<Copy> mCopies;  ///< In the order of the first result of each.

@@ -47,8 +47,8 @@ HeavyPass::HeavyPass(QovJbf::JbFile& file, bool shuffle, std::uint64_t expectedL
   mFile.CompressWhileFilling(kHeavyData, expectedLength);
 }
 
-void HeavyPass::CopyBlocks(NodeTree& nodes) {
-  mCopies.emplace(nodes, mShuffle);
+void HeavyPass::CopyBlocks(NodeTree& nodes, BlockCopying copying) {
+  mCopies.emplace(nodes, mShuffle, copying);
   mCopies->CopyTo(mFile);
   mExpectedLength -= std::min(mExpectedLength, mCopies->GetNumBytes());
   mFile.CompressWhileFilling(kHeavyData, mExpectedLength);

@@ -30,7 +30,7 @@ class HeavyPass {
 
   /// Copies whole blocks of the inputs (BlockCopies). Called before anything is saved. SaveArray
   /// and SaveNodeSets then skip the content of these blocks.
-  void CopyBlocks(NodeTree& nodes);
+  void CopyBlocks(NodeTree& nodes, BlockCopying copying);
   /// Writes the values of a result that is not linked, and sets its offset.
   void SaveArray(Geometry::VarStruct& variable);
   void SaveNodeSets(NodeSets& sets);

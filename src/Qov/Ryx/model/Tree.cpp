@@ -53,7 +53,17 @@ void Tree::SaveViewPathVec(QovJbf::JbFile& file) const {
 
 void Tree::Save(const std::string& path, bool create, const std::string& comment,
                 const SupportedFileFormats& format) {
-  if (format == SupportedFileFormats::Ryx) TreeSaver(*this).Save(path, create, comment);
+  if (format != SupportedFileFormats::Ryx) return;
+  const auto copying = IsBlockCopyEnabled() ? BlockCopying::IfHalfNeeded : BlockCopying::Never;
+  TreeSaver(*this, {}, copying).Save(path, create, comment);
+}
+
+void Tree::Save(const std::string& path, const std::string& comment,
+                const OutputSettings& settings) {
+  CheckSettings(settings);
+  const auto copying = settings.mKeepBlocks ? BlockCopying::IfWholeNeeded : BlockCopying::Never;
+  TreeSaver(*this, {settings.mLevel, settings.mBlockSize, settings.mThreads}, copying)
+      .Save(path, true, comment);
 }
 
 void Tree::AddShape(Tree& source, const std::uint32_t& shapeId, const std::string& groupName) {

@@ -137,6 +137,7 @@ bool TreeSaver::WriteWithAllThreads(const std::string& path, bool create,
 
 void TreeSaver::Write(QovJbf::JbFile& file, const std::string& path, bool create,
                       const std::string& comment) {
+  file.GetIndex().SetWriting(mSettings);
   file.OpenFile(path, create ? "wb+" : "rb+");
   file.WriteHeader();
   const ProgressReport report(CountHeavyBytes(mTree.mNodes));
@@ -174,7 +175,7 @@ void TreeSaver::ClearDanglingLinks() {
 
 void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
   HeavyPass pass(file, shuffle, CountHeavyBytes(mTree.mNodes));
-  if (IsBlockCopyEnabled()) pass.CopyBlocks(mTree.mNodes);
+  if (mCopying != BlockCopying::Never) pass.CopyBlocks(mTree.mNodes, mCopying);
   ForEachGeometry(mTree.mNodes, [&pass](std::uint32_t, Geometry& geometry) {
     geometry.SaveConnectivityBlocks(pass);
   });
@@ -185,11 +186,11 @@ void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
     if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) pass.SaveNodeSets(*sets);
   }
   for (QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
-    Qov::Util::WithFileContext(reader->GetPath(), [reader] {
+    Qov::Util::WithFileContext(reader->GetPath(), [this, reader] {
       reader->Verify();
       // A wrong length of a skipped block would give an array the bytes of another one. With
       // copied blocks the lengths are trusted, because verifying them means decompressing them.
-      if (!IsBlockCopyEnabled()) reader->VerifyBefore(reader->GetEndOfReads());
+      if (mCopying == BlockCopying::Never) reader->VerifyBefore(reader->GetEndOfReads());
     });
   }
 }

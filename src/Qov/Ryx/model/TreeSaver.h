@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "BlockCopies.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Qov/Ryx/Tree.h"
 
@@ -10,7 +11,8 @@ namespace QovRyx {
 /// Writes a tree to a file, for Tree::Save.
 class TreeSaver {
  public:
-  explicit TreeSaver(Tree& tree) : mTree(tree) {}
+  TreeSaver(Tree& tree, const QovJbf::WriteSettings& settings, BlockCopying copying)
+      : mTree(tree), mSettings(settings), mCopying(copying) {}
 
   void Save(const std::string& path, bool create, const std::string& comment);
 
@@ -27,6 +29,8 @@ class TreeSaver {
   void SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment);
 
   Tree& mTree;
+  QovJbf::WriteSettings mSettings;
+  BlockCopying mCopying;
 };
 
 }  // namespace QovRyx

@@ -1,0 +1,68 @@
+#include "Qov/Ryx/OutputSettings.h"
+
+#include <gtest/gtest.h>
+
+#include "support/Errors.h"
+#include "support/Files.h"
+#include "support/ModelCompare.h"
+#include "support/ScopedEnvironment.h"
+#include "support/TempDir.h"
+
+namespace Qov::Test {
+namespace {
+
+using namespace QovRyx;
+
+class OutputSettingsTest : public testing::Test {
+ protected:
+  OutputSettingsTest() { SavePlate(mDir / "plate.ryx", {"Stress", "Strain"}, 1, 20000); }
+
+  /// Saves the model and returns the bytes of the file.
+  std::string Save(const OutputSettings& settings) {
+    Tree tree(false);
+    LoadTree(tree, mDir / "plate.ryx");
+    tree.Save(mDir / "out.ryx", "", settings);
+    EXPECT_EQ(DescribeModel(mDir / "out.ryx"), DescribeModel(tree));
+    return ReadFile(mDir / "out.ryx");
+  }
+
+  const ScopedEnvironment mDate{"SOURCE_DATE_EPOCH", "1"};
+  TempDir mDir;
+};
+
+TEST_F(OutputSettingsTest, ChangeTheStoredForm) {
+  const std::string usual = Save({});
+  EXPECT_EQ(Save({.mLevel = 6, .mBlockSize = 200U << 20, .mThreads = 1}), usual);
+  EXPECT_GT(Save({.mLevel = 1}).size(), usual.size());
+  EXPECT_LT(Save({.mLevel = 9}).size(), usual.size());
+
+  const std::string small = Save({.mBlockSize = 1024});
+  EXPECT_NE(small, usual);
+  const ScopedEnvironment blockSize("TELMORAX_MAX_RYX_BLOCK_SIZE", "1024");
+  EXPECT_EQ(Save({}), small);
+  EXPECT_EQ(Save({.mBlockSize = 200U << 20}), usual);
+}
+
+TEST_F(OutputSettingsTest, ThreadsDoNotChangeTheBytes) {
+  const std::string expected = Save({.mLevel = 3, .mBlockSize = 5000, .mThreads = 1});
+  for (const unsigned threads : {0U, 2U, 3U, 256U}) {
+    EXPECT_EQ(Save({.mLevel = 3, .mBlockSize = 5000, .mThreads = threads}), expected) << threads;
+  }
+}
+
+TEST_F(OutputSettingsTest, ImpossibleValuesAreRefusedBeforeAnythingIsWritten) {
+  const auto refuses = [this](const OutputSettings& settings, const std::string& text) {
+    ExpectError(ErrorType::OutOfBounds, text, [&] { Save(settings); });
+    EXPECT_FALSE(std::filesystem::exists(mDir / "out.ryx"));
+  };
+  refuses({.mLevel = 0}, "The compression level must be from 1 to 9, not 0");
+  refuses({.mLevel = -1}, "not -1");
+  refuses({.mLevel = 10}, "not 10");
+  refuses({.mBlockSize = 1023},
+          "The block size in bytes must be from 1024 to 4294967294, not 1023");
+  refuses({.mBlockSize = 4294967295}, "not 4294967295");
+  refuses({.mThreads = 257}, "The number of threads must be from 0 to 256, not 257");
+}
+
+}  // namespace
+}  // namespace Qov::Test
