@@ -46,7 +46,9 @@ struct VtkArray {
   std::uint64_t mOffsetPosition = 0;  ///< Where the file holds the offset of the data.
 };
 
-constexpr std::size_t kOffsetWidth = 20;  // digits of the greatest 64-bit number
+// Room for the greatest 64-bit number and the quote after it. The padding follows the quote because
+// some readers compare the text of the attribute.
+constexpr std::size_t kOffsetWidth = 21;
 
 /// Results of several parts that make one array.
 struct JointResult {
@@ -367,7 +369,7 @@ class VtuBuilder {
       }
       mOutput.Write("format=\"appended\" offset=\"");
       array.mOffsetPosition = mOutput.GetPosition();
-      mOutput.Write(std::string(kOffsetWidth, ' ') + "\"/>\n");
+      mOutput.Write(std::string(kOffsetWidth, ' ') + "/>\n");
     }
     mOutput.Write(fmt::format("</{}>\n", element));
   }
@@ -376,8 +378,9 @@ class VtuBuilder {
     const std::uint64_t begin = mOutput.GetPosition();
     CompressedBlocks blocks(mOutput);
     for (const VtkArray& array : mArrays) {
-      mOutput.Patch(array.mOffsetPosition,
-                    fmt::format("{:<{}}", mOutput.GetPosition() - begin, kOffsetWidth));
+      mOutput.Patch(
+          array.mOffsetPosition,
+          fmt::format("{:<{}}", fmt::format("{}\"", mOutput.GetPosition() - begin), kOffsetWidth));
       blocks.Begin(array.mSize);
       array.mWrite(blocks);
       blocks.End();
