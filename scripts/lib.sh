@@ -19,6 +19,10 @@ build_packages=(
   libgtest-dev libgmock-dev
 )
 
+# The tests in tests/export read files with these packages. They are skipped if one is missing.
+# shellcheck disable=SC2034
+reader_packages=(python3 python3-numpy python3-vtk9 python3-meshio)
+
 step() {
   current_step="$*"
   printf '\n==> %s\n' "$*"
