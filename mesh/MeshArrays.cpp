@@ -19,11 +19,11 @@ const QovRyx::Geometry::VarStruct* MeshArrays::Find(std::string_view base,
 }
 
 MeshCounts MeshArrays::Count(std::string_view instance) const {
-  const auto count = [&](std::string_view base) {
-    const auto* variable = Find(base, instance);
-    return variable == nullptr ? 0 : CountItems(variable->mValues);
-  };
-  return {count(kCoordinates), count(kPolylength)};
+  const auto* points = Find(kCoordinates, instance);
+  const auto* lengths = Find(kPolylength, instance);
+  const bool hasCells = lengths != nullptr && Find(kConnectivity, instance) != nullptr;
+  return {points == nullptr ? 0 : CountItems(points->mValues),
+          hasCells ? lengths->mValues.GetNumElements() : 0};
 }
 
 std::uint64_t CountItems(const QovRyx::NumericArray& values) {
