@@ -3,33 +3,32 @@
 #include <algorithm>
 
 namespace QovMesh {
-namespace {
 
-std::vector<std::uint32_t> Sorted(std::span<const std::uint32_t> values) {
-  std::vector<std::uint32_t> sorted(values.begin(), values.end());
-  std::sort(sorted.begin(), sorted.end());
-  return sorted;
+SetMasks::SetMasks(std::span<const std::uint32_t> nodeIds) {
+  mPoints.reserve(nodeIds.size());
+  for (const std::uint32_t id : nodeIds) {
+    mPoints.push_back({id, static_cast<std::uint32_t>(mPoints.size())});
+  }
+  if (!std::is_sorted(mPoints.begin(), mPoints.end(), IsLess)) {
+    std::sort(mPoints.begin(), mPoints.end(), IsLess);
+  }
 }
-
-bool Contains(const std::vector<std::uint32_t>& sorted, std::uint32_t value) {
-  return std::binary_search(sorted.begin(), sorted.end(), value);
-}
-
-}  // namespace
-
-SetMasks::SetMasks(std::span<const std::uint32_t> nodeIds)
-    : mIds(nodeIds.begin(), nodeIds.end()), mSortedIds(Sorted(nodeIds)) {}
 
 std::uint64_t SetMasks::CountKnown(std::span<const std::uint32_t> numbers) const {
   return static_cast<std::uint64_t>(
-      std::count_if(numbers.begin(), numbers.end(),
-                    [&](std::uint32_t number) { return Contains(mSortedIds, number); }));
+      std::count_if(numbers.begin(), numbers.end(), [&](std::uint32_t number) {
+        return std::binary_search(mPoints.begin(), mPoints.end(), Point{number, 0}, IsLess);
+      }));
 }
 
 std::vector<std::uint8_t> SetMasks::MakeMask(std::span<const std::uint32_t> numbers) const {
-  const std::vector<std::uint32_t> sorted = Sorted(numbers);
-  std::vector<std::uint8_t> mask(mIds.size());
-  for (std::size_t i = 0; i < mIds.size(); ++i) mask[i] = Contains(sorted, mIds[i]) ? 1 : 0;
+  std::vector<std::uint8_t> mask(mPoints.size());
+  for (const std::uint32_t number : numbers) {
+    const auto [first, last] =
+        std::equal_range(mPoints.begin(), mPoints.end(), Point{number, 0}, IsLess);
+    if (first != last && mask[first->mIndex] != 0) continue;  // the number is repeated
+    for (auto point = first; point != last; ++point) mask[point->mIndex] = 1;
+  }
   return mask;
 }
 

@@ -18,8 +18,13 @@ class SetMasks {
   std::vector<std::uint8_t> MakeMask(std::span<const std::uint32_t> numbers) const;
 
  private:
-  std::vector<std::uint32_t> mIds;
-  std::vector<std::uint32_t> mSortedIds;
+  struct Point {
+    std::uint32_t mId;
+    std::uint32_t mIndex;
+  };
+  static bool IsLess(const Point& a, const Point& b) { return a.mId < b.mId; }
+
+  std::vector<Point> mPoints;  ///< By id.
 };
 
 }  // namespace QovMesh
