@@ -45,12 +45,36 @@ def arrays_of(attributes):
     return {array.GetName(): array for array in arrays}
 
 
+def part_names(model):
+    """The names of the parts; the second "a" is "a 2"."""
+    names = [part.name for part in model.parts]
+    return [name if name not in names[:i] else f"{name} {names[:i].count(name) + 1}"
+            for i, name in enumerate(names)]
+
+
+def point_owners(parts, instance):
+    """For each part the part whose points it uses: itself, or an earlier one with the same points
+    and ids if both have no results at points."""
+    owners = []
+    known = {}
+    for part in parts:
+        if any(part.placement(array) == "point" for array in part.results):
+            owners.append(part)
+            continue
+        arrays = [part.mesh_array(base, instance) for base in ("Coordinates", "Node Ids")]
+        owners.append(known.setdefault(tuple(a and a.owner for a in arrays), part))
+    return owners
+
+
 class Grid(unittest.TestCase):
     def check_mesh(self, grid, model, parts, instance):
-        points = [part.points(instance) for part in parts]
+        owners = point_owners(parts, instance)
+        points = [part.points(instance) for part in dict.fromkeys(owners)]
         self.assertTrue(same(np.concatenate(points), to_numpy(grid.GetPoints().GetData())))
-        first = np.cumsum([0] + [len(p) for p in points])
-        cells = [cell + first[i] for i, part in enumerate(parts) for cell in part.cells(instance)]
+        ends = np.cumsum([0] + [len(p) for p in points])
+        first = dict(zip(dict.fromkeys(owners), ends))
+        cells = [cell + first[owner] for part, owner in zip(parts, owners)
+                 for cell in part.cells(instance)]
         types = [vtk_type(model, part) for part in parts for _ in part.cells(instance)]
         connectivity = to_numpy(grid.GetCells().GetConnectivityArray())
         self.assertTrue(np.array_equal(np.concatenate(cells), connectivity))
@@ -85,7 +109,9 @@ class Grid(unittest.TestCase):
         return expected
 
     def check_arrays(self, grid, model, parts, instance, name_of):
-        sizes = {"point": [len(part.points(instance)) for part in parts],
+        owners = point_owners(parts, instance)
+        sizes = {"point": [len(part.points(instance)) if owner is part else 0
+                           for part, owner in zip(parts, owners)],
                  "cell": [len(part.cells(instance)) for part in parts]}
         actual = {"point": arrays_of(grid.GetPointData()), "cell": arrays_of(grid.GetCellData()),
                   "field": arrays_of(grid.GetFieldData())}
@@ -97,7 +123,7 @@ class Grid(unittest.TestCase):
                 if name.startswith("set "):
                     fill = np.uint8(0)
                 missing = np.full((size, width) if width > 1 else size, fill)
-                values.append(by_part.get(i, missing))
+                values.append(by_part.get(i, missing) if size or placement == "field" else missing)
             array = actual[placement].pop(name, None)
             self.assertIsNotNone(array, f"{placement} data {name}")
             self.assertTrue(same(np.concatenate(values), to_numpy(array)), name)
@@ -114,6 +140,8 @@ class Grid(unittest.TestCase):
                     part = to_numpy(rest["cell"].pop("Part"))
                     counts = [len(p.cells(instance)) for p in model.parts]
                     self.assertTrue(np.array_equal(np.repeat(range(len(counts)), counts), part))
+                    for i, name in enumerate(part_names(model)):
+                        self.assertEqual([i], list(to_numpy(rest["field"].pop(f"part {name}"))))
                 self.assertEqual(rest, {"point": {}, "cell": {}, "field": {}})
 
     def check_leaf(self, grid, model, part, instance, name_of):
@@ -162,7 +190,8 @@ class Grid(unittest.TestCase):
                 with contextlib.redirect_stdout(io.StringIO()):
                     mesh = meshio.read(model.export("all.vtu"))
                 instance = model.instances[0] if model.instances else None
-                points = [part.points(instance) for part in model.parts]
+                owners = dict.fromkeys(point_owners(model.parts, instance))
+                points = [part.points(instance) for part in owners]
                 self.assertTrue(same(np.concatenate(points), mesh.points))
                 kinds = [MESHIO_TYPES[vtk_type(model, part)] for part in model.parts
                          for _ in part.cells(instance)]

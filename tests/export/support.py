@@ -54,8 +54,8 @@ def run(*command):
 class Array:
     """A result of a geometry, from its line of `ryx ls`."""
 
-    def __init__(self, path, node, position, line):
-        self.path, self.node, self.position = path, node, position
+    def __init__(self, model, node, position, line):
+        self.model, self.place, self.link = model, (node, position), line.get("link")
         self.name, self.count = line["name"], line["count"]
         self.width = max(line["width"], 1)
         self.is_unsigned = line.get("type") == "u32"
@@ -64,29 +64,44 @@ class Array:
         self.instance = instance if separator else None
         self.is_mesh = self.base in MESH_NAMES
 
+    @property
+    def owner(self):
+        """The array that has the values: this one, or the one that its link leads to."""
+        if not self.link:
+            return self
+        return self.model.arrays[self.link["node"], self.link["result"]].owner
+
     @functools.cached_property
     def values(self):
         """The values as a NumPy array; a row for each item if the width is above 1."""
+        if self.link:
+            return self.owner.values
+        node, position = map(str, self.place)
         values = np.load(io.BytesIO(
-            run(RYX, "dump", self.path, str(self.node), str(self.position), "--format", "npy")))
+            run(RYX, "dump", self.model.path, node, position, "--format", "npy")))
         return values.ravel() if self.width == 1 else values
 
 
 class Part:
     """A geometry with coordinates."""
 
-    def __init__(self, path, node, groups, type_name):
+    def __init__(self, model, node, groups, type_name):
         self.name, self.id = node["name"], node["id"]
         self.groups = groups  # names of the groups above it, the topmost first
         self.type_name = type_name  # attribute "type" of the nearest group, or None
-        self.arrays = [Array(path, node["id"], i, line) for i, line in enumerate(node["results"])]
+        self.arrays = [Array(model, self.id, i, line) for i, line in enumerate(node["results"])]
         self.results = [array for array in self.arrays if not array.is_mesh]
 
-    def mesh(self, base, instance=None):
-        """Values of the mesh array of that name, of this instance or of all; None if missing."""
+    def mesh_array(self, base, instance=None):
+        """The mesh array of that name, of this instance or of all; None if missing."""
         found = [a for a in self.arrays if a.base == base and a.instance == instance]
         found += [a for a in self.arrays if a.base == base and a.instance is None]
-        return found[0].values if found else None
+        return found[0] if found else None
+
+    def mesh(self, base, instance=None):
+        """The values of that array; None if it is missing."""
+        array = self.mesh_array(base, instance)
+        return None if array is None else array.values
 
     def points(self, instance=None):
         return self.mesh("Coordinates", instance)
@@ -112,6 +127,7 @@ class Model:
         self.path = path
         self.name = os.path.basename(path)
         self.parts = []
+        self.arrays = {}  # by id of the geometry and position
         self.set_nodes = []  # (id of the node, id of its parent)
         above = []  # nodes above the current one, by depth
         listing = json.loads(run(RYX, "ls", "--json", path))
@@ -122,8 +138,9 @@ class Model:
             groups = [n for n in above if n["type"] == "Group"]
             types = [n["attributes"]["type"]["value"] for n in groups if "type" in n["attributes"]]
             if node["type"] == "Geometry":
-                part = Part(path, node, [n["name"] for n in groups], types[-1] if types else None)
+                part = Part(self, node, [n["name"] for n in groups], types[-1] if types else None)
                 part.ancestors = [n["id"] for n in above]
+                self.arrays.update((array.place, array) for array in part.arrays)
                 if any(array.base == "Coordinates" for array in part.arrays):
                     self.parts.append(part)
             elif node["type"] == "NodeSets":

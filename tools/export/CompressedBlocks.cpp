@@ -1,5 +1,6 @@
 #include "export/CompressedBlocks.h"
 
+#include <fmt/format.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -10,12 +11,21 @@
 namespace Qov::Tools {
 namespace {
 
-constexpr std::size_t kBlockSize = std::size_t{1} << 18U;
-constexpr int kLevel = 5;
+using ErrorType = Util::Exception::ErrorType;
+
+constexpr const char* kSource = "tools/export/CompressedBlocks";
+constexpr std::size_t kBlockSize = std::size_t{1} << 16U;  // each growing array has one in memory
+constexpr int kLevel = 5;                                  // VTK's default
+
+// Room for the greatest 64-bit number and the quote after it. The padding follows the quote because
+// some readers compare the text of the attribute.
+constexpr std::size_t kOffsetWidth = 21;
 
 std::string BytesOf(const std::vector<std::uint64_t>& words) {
   return {reinterpret_cast<const char*>(words.data()), words.size() * sizeof(words[0])};
 }
+
+std::uint64_t CountBlocks(std::uint64_t size) { return (size + kBlockSize - 1) / kBlockSize; }
 
 bool Compress(const std::vector<unsigned char>& input, std::vector<unsigned char>& output) {
   uLongf size = compressBound(input.size());
@@ -27,38 +37,106 @@ bool Compress(const std::vector<unsigned char>& input, std::vector<unsigned char
 
 }  // namespace
 
-CompressedBlocks::CompressedBlocks(SafeOutput& output)
+/// An array whose blocks are being compressed or written.
+class CompressedBlocks::Array {
+ public:
+  std::uint64_t mSize = 0;
+  std::uint64_t mAppended = 0;
+  std::uint64_t mOffsetPosition = 0;
+  std::uint64_t mHeaderPosition = 0;
+  std::vector<unsigned char> mBlock;  ///< The one that is being filled.
+  std::vector<std::uint64_t> mCompressedSizes;
+  std::vector<std::uint64_t> mSpilledPositions;  ///< Of the blocks, if they are spilled.
+
+  /// Returns the bytes before the blocks. Lengths that are not known yet are 0.
+  std::string GetHeader() const {
+    std::vector<std::uint64_t> words = {CountBlocks(mSize), kBlockSize, mSize % kBlockSize};
+    words.insert(words.end(), mCompressedSizes.begin(), mCompressedSizes.end());
+    words.resize(3 + CountBlocks(mSize));
+    return BytesOf(words);
+  }
+};
+
+/// The header of an array, or a block, or the end of an array, in the order of the file.
+struct CompressedBlocks::Job {
+  enum class Kind { Header, Block, End } mKind = Kind::Block;
+  ArrayPtr mpArray;
+  std::vector<unsigned char> mInput;
+  std::vector<unsigned char> mOutput;
+  bool mIsDone = false;
+  bool mHasFailed = false;
+};
+
+std::uint64_t CompressedBlocks::WriteOffset(SafeOutput& output) {
+  output.Write("offset=\"");
+  const std::uint64_t position = output.GetPosition();
+  output.Write(std::string(kOffsetWidth, ' '));
+  return position;
+}
+
+CompressedBlocks::CompressedBlocks(SafeOutput& output, Order order)
     : mOutput(output),
-      mMostJobs(2 * std::size_t{QovJbf::GetThreadCount(kBlockSize)}),
+      mStart(output.GetPosition()),
+      mpSpilled(order == Order::Interleaved ? std::make_unique<SpilledBytes>() : nullptr),
+      mMostJobs(8 * std::size_t{QovJbf::GetThreadCount(kBlockSize)}),
       mWorkers(QovJbf::GetThreadCount(kBlockSize)) {}
 
 CompressedBlocks::~CompressedBlocks() = default;
 
-void CompressedBlocks::Begin(std::uint64_t size) {
-  mSize = size;
-  mHeaderPosition = mOutput.GetPosition();
-  mCompressedSizes.clear();
-  const std::uint64_t numBlocks = (size + kBlockSize - 1) / kBlockSize;
-  mOutput.Write(BytesOf(std::vector<std::uint64_t>(3 + numBlocks)));
+CompressedBlocks::ArrayPtr CompressedBlocks::Begin(std::uint64_t size,
+                                                   std::uint64_t offsetPosition) {
+  auto array = std::make_shared<Array>();
+  array->mSize = size;
+  array->mOffsetPosition = offsetPosition;
+  if (mpSpilled) {
+    mArrays.push_back(array);
+  } else {
+    Push(std::make_shared<Job>(Job{Job::Kind::Header, array, {}, {}, true}));
+  }
+  return array;
 }
 
-void CompressedBlocks::Append(const void* data, std::size_t size) {
+void CompressedBlocks::Append(const ArrayPtr& array, const void* data, std::size_t size) {
   const auto* bytes = static_cast<const unsigned char*>(data);
+  std::vector<unsigned char>& block = array->mBlock;
+  array->mAppended += size;
   while (size != 0) {
-    const std::size_t taken = std::min(size, kBlockSize - mBlock.size());
-    mBlock.insert(mBlock.end(), bytes, bytes + taken);
+    const std::size_t taken = std::min(size, kBlockSize - block.size());
+    block.insert(block.end(), bytes, bytes + taken);
     bytes += taken;
     size -= taken;
-    if (mBlock.size() == kBlockSize) PostBlock();
+    if (block.size() == kBlockSize) PostBlock(array);
   }
 }
 
-void CompressedBlocks::PostBlock() {
-  if (mJobs.size() >= mMostJobs) WriteFirst();
+void CompressedBlocks::End(const ArrayPtr& array) {
+  if (array->mAppended != array->mSize) {
+    Util::Raise(kSource, ErrorType::MismatchError,
+                fmt::format("an array has {} bytes of values, but its mesh needs {}",
+                            array->mAppended, array->mSize));
+  }
+  if (!array->mBlock.empty()) PostBlock(array);
+  if (!mpSpilled) Push(std::make_shared<Job>(Job{Job::Kind::End, array, {}, {}, true}));
+}
+
+void CompressedBlocks::Finish() {
+  while (!mJobs.empty()) WriteFirst();
+  for (const ArrayPtr& array : mArrays) {
+    WriteHeader(*array);
+    CopyBlocks(*array);
+  }
+}
+
+void CompressedBlocks::Push(std::shared_ptr<Job> job) {
+  while (mJobs.size() >= mMostJobs) WriteFirst();
+  mJobs.push_back(std::move(job));
+}
+
+void CompressedBlocks::PostBlock(const ArrayPtr& array) {
   auto job = std::make_shared<Job>();
-  job->mInput.swap(mBlock);
-  mBlock.reserve(kBlockSize);
-  mJobs.push_back(job);
+  job->mpArray = array;
+  job->mInput.swap(array->mBlock);
+  Push(job);
   mWorkers.Post([this, job] {
     bool hasFailed = true;
     try {
@@ -80,20 +158,43 @@ void CompressedBlocks::WriteFirst() {
     std::unique_lock lock(mMutex);
     mDone.wait(lock, [&] { return job->mIsDone; });
   }
-  if (job->mHasFailed) {
-    Util::Raise("tools/export/CompressedBlocks", Util::Exception::ErrorType::MemoryAllocationError,
-                "there is not enough memory for compressing an array");
+  // The header is written twice: first to make room, then with the lengths.
+  switch (job->mKind) {
+    case Job::Kind::Header:
+      return WriteHeader(*job->mpArray);
+    case Job::Kind::Block:
+      return WriteBlock(*job);
+    case Job::Kind::End:
+      return mOutput.Patch(job->mpArray->mHeaderPosition, job->mpArray->GetHeader());
   }
-  mOutput.Write(job->mOutput.data(), job->mOutput.size());
-  mCompressedSizes.push_back(job->mOutput.size());
 }
 
-void CompressedBlocks::End() {
-  if (!mBlock.empty()) PostBlock();
-  while (!mJobs.empty()) WriteFirst();
-  std::vector<std::uint64_t> header = {mCompressedSizes.size(), kBlockSize, mSize % kBlockSize};
-  header.insert(header.end(), mCompressedSizes.begin(), mCompressedSizes.end());
-  mOutput.Patch(mHeaderPosition, BytesOf(header));
+void CompressedBlocks::WriteBlock(Job& job) {
+  if (job.mHasFailed) {
+    Util::Raise(kSource, ErrorType::MemoryAllocationError,
+                "there is not enough memory for compressing an array");
+  }
+  job.mpArray->mCompressedSizes.push_back(job.mOutput.size());
+  if (!mpSpilled) return mOutput.Write(job.mOutput.data(), job.mOutput.size());
+  job.mpArray->mSpilledPositions.push_back(mpSpilled->GetSize());
+  mpSpilled->Append(job.mOutput.data(), job.mOutput.size());
+}
+
+void CompressedBlocks::WriteHeader(Array& array) {
+  array.mHeaderPosition = mOutput.GetPosition();
+  mOutput.Patch(
+      array.mOffsetPosition,
+      fmt::format("{:<{}}", fmt::format("{}\"", array.mHeaderPosition - mStart), kOffsetWidth));
+  mOutput.Write(array.GetHeader());
+}
+
+void CompressedBlocks::CopyBlocks(const Array& array) {
+  std::vector<unsigned char> block;
+  for (std::size_t i = 0; i < array.mCompressedSizes.size(); ++i) {
+    block.resize(array.mCompressedSizes[i]);
+    mpSpilled->Read(array.mSpilledPositions[i], block.data(), block.size());
+    mOutput.Write(block.data(), block.size());
+  }
 }
 
 }  // namespace Qov::Tools
