@@ -3,29 +3,35 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "Plural.h"
 #include "Terminal.h"
+#include "export/LeftOut.h"
 #include "export/SpilledBytes.h"
 #include "export/TableWriters.h"
+#include "export/UniqueNames.h"
 
 namespace Qov::Tools {
 namespace {
 
 using QovMesh::Placement;
 
-/// Returns a field of a table; quotes it if it has to be.
+/// Returns true for a name that spreadsheets take for a formula.
+bool IsLikeFormula(const std::string& name) {
+  return !name.empty() && std::string_view("=+-@").find(name[0]) != std::string_view::npos;
+}
+
+/// Returns a field of a table; quotes it if necessary. Escape leaves no line breaks.
 std::string CsvText(const std::string& name) {
   constexpr TextStyle kUtf8{false, true, false, 80};
-  std::string text = Escape(name, kUtf8);
-  // Spreadsheets take a text that begins like this for a formula.
-  if (!text.empty() && std::string_view("=+-@").find(text[0]) != std::string_view::npos) {
-    text.insert(0, "'");
-  }
-  if (text.find_first_of(",\"\n") == text.npos) return text;
+  const std::string text = (IsLikeFormula(name) ? "'" : "") + Escape(name, kUtf8);
+  if (text.find_first_of(",\"") == text.npos) return text;
   std::string quoted = "\"";
   for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
   return quoted + '"';
@@ -57,6 +63,7 @@ class CsvBuilder {
     CollectColumns();
     WriteHeading();
     for (const ExportPart& part : mTask.mContent.mParts) WritePart(part);
+    WriteNotes();
   }
 
  private:
@@ -91,14 +98,42 @@ class CsvBuilder {
   }
 
   void WriteHeading() {
-    std::string line = "part,id,x,y,z";
+    UniqueNames names;
+    std::string line;
+    for (const char* name : {"part", "id", "x", "y", "z"}) {
+      line += (line.empty() ? "" : ",") + names.Make(name);
+    }
     for (const Column& column : mColumns) {
       for (std::size_t k = 0; k < column.mWidth; ++k) {
-        line += ',' + CsvText(column.mWidth == 1 ? column.mName
-                                                 : fmt::format("{} {}", column.mName, k + 1));
+        const std::string name =
+            column.mWidth == 1 ? column.mName : fmt::format("{} {}", column.mName, k + 1);
+        const std::string unique = names.Make(name);
+        if (unique != name) {
+          mTask.mNotes.push_back(fmt::format("result {}: its column is named {}, because {} exists",
+                                             Escape(column.mName, {}), Escape(unique, {}),
+                                             Escape(name, {})));
+        }
+        mNumLikeFormula += IsLikeFormula(unique) ? 1 : 0;
+        line += ',' + CsvText(unique);
       }
     }
     mOutput.Write(line + '\n');
+  }
+
+  void WriteNotes() const {
+    if (mNumLikeFormula != 0) {
+      mTask.mNotes.push_back(Plural(mNumLikeFormula, "name") +
+                             " with =, +, - or @ as first character: a ' is written before it, so "
+                             "that it is not a formula");
+    }
+    if (mNumWithoutIds != 0) {
+      mTask.mNotes.push_back(fmt::format(
+          "{} without {} ids: positions are written, from 1",
+          mNumWithoutIds == 1 ? "1 geometry" : fmt::format("{} geometries", mNumWithoutIds),
+          mRows == Placement::Point ? "node" : "element"));
+    }
+    NoteMeshesLeftOut(mTask);
+    NoteSetsLeftOut(mTask);
   }
 
   /// Puts the columns of a part into a temporary file.
@@ -116,13 +151,15 @@ class CsvBuilder {
   }
 
   void WritePart(const ExportPart& part) {
-    SpilledBytes bytes;
+    SpilledBytes bytes(mOutput);
     std::vector<StoredColumn> columns = StoreColumns(part, bytes);
     const QovMesh::Mesh& mesh = mMeshes.Get(part);
     const bool isPoint = mRows == Placement::Point;
     const std::uint64_t numRows = isPoint ? mesh.GetNumPoints() : mesh.GetNumCells();
     const auto& ids = isPoint ? mesh.mNodeIds : mesh.mElementIds;
     const std::string name = CsvText(part.mName);
+    mNumLikeFormula += IsLikeFormula(part.mName) ? 1 : 0;
+    mNumWithoutIds += ids.empty() && numRows != 0 ? 1 : 0;
     Centres centres(mesh);
     for (std::uint64_t begin = 0; begin < numRows; begin += kPiece) {
       const auto count = static_cast<std::size_t>(std::min(kPiece, numRows - begin));
@@ -131,8 +168,8 @@ class CsvBuilder {
       for (std::size_t i = 0; i < count; ++i) {
         const std::uint64_t row = begin + i;
         const auto place = isPoint ? PointOf(mesh, row) : centres.Next();
-        fmt::format_to(std::back_inserter(text), "{},{},{},{},{}", name,
-                       ids.empty() ? row + 1 : ids[row], place[0], place[1], place[2]);
+        fmt::format_to(std::back_inserter(text), "{},{}", name, ids.empty() ? row + 1 : ids[row]);
+        for (const float coordinate : place) AppendFloat(coordinate, text);
         AppendValues(columns, i, text);
         text.push_back('\n');
       }
@@ -156,16 +193,23 @@ class CsvBuilder {
                     fmt::memory_buffer& text) const {
     for (std::size_t c = 0; c < columns.size(); ++c) {
       for (std::size_t k = 0; k < mColumns[c].mWidth; ++k) {
-        text.push_back(',');
-        if (!columns[c].mIsStored) continue;
+        if (!columns[c].mIsStored) {
+          text.push_back(',');
+          continue;
+        }
         const std::uint32_t bits = columns[c].mPiece[row * mColumns[c].mWidth + k];
         if (columns[c].mIsUnsigned) {
-          fmt::format_to(std::back_inserter(text), "{}", bits);
+          fmt::format_to(std::back_inserter(text), ",{}", bits);
         } else {
-          fmt::format_to(std::back_inserter(text), "{}", std::bit_cast<float>(bits));
+          AppendFloat(std::bit_cast<float>(bits), text);
         }
       }
     }
+  }
+
+  static void AppendFloat(float value, fmt::memory_buffer& text) {
+    if (std::isnan(value)) value = std::numeric_limits<float>::quiet_NaN();  // without a sign
+    fmt::format_to(std::back_inserter(text), ",{}", value);
   }
 
   static std::array<float, 3> PointOf(const QovMesh::Mesh& mesh, std::uint64_t point) {
@@ -205,6 +249,8 @@ class CsvBuilder {
   MeshCache mMeshes;
   SafeOutput& mOutput;
   Placement mRows = Placement::Point;
+  std::uint64_t mNumLikeFormula = 0;  ///< Names of parts and columns.
+  std::uint64_t mNumWithoutIds = 0;   ///< Parts.
   std::vector<Column> mColumns;
   std::map<Column, std::size_t> mPositions;  ///< Of the columns in mColumns.
 };

@@ -8,14 +8,19 @@
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <span>
 #include <vector>
 
 #include "Json.h"
 #include "Palette.h"
+#include "Plural.h"
 #include "Qov/Util/Raise.h"
+#include "Suggestion.h"
 #include "Terminal.h"
+#include "export/LeftOut.h"
+#include "export/PartSurface.h"
 #include "export/SpilledBytes.h"
-#include "mesh/OuterSurface.h"
 
 namespace Qov::Tools {
 namespace {
@@ -46,7 +51,7 @@ struct Range {
 class GlbBuilder {
  public:
   GlbBuilder(const ExportTask& task, const SurfaceColour& colour, SafeOutput& output)
-      : mTask(task), mColour(colour), mMeshes(task.mKinds), mOutput(output) {}
+      : mTask(task), mColour(colour), mMeshes(task.mKinds), mOutput(output), mBytes(output) {}
 
   void Write() {
     if (!mColour.mResult.empty()) FindRange();
@@ -57,6 +62,11 @@ class GlbBuilder {
     for (const ExportPart& part : mTask.mContent.mParts) AddPart(part);
     AddMaterial();
     WriteFile();
+    NoteUncoloured();
+    NoteResultsLeftOut(mTask,
+                       [&](const ExportResult& result) { return result.mName == mColour.mResult; });
+    NoteMeshesLeftOut(mTask);
+    NoteSetsLeftOut(mTask);
   }
 
  private:
@@ -75,7 +85,9 @@ class GlbBuilder {
     const std::size_t width = result->mWidth;
     if (mColour.mComponent && *mColour.mComponent >= width) {
       Util::Raise(kSource, ErrorType::ElementNotFound,
-                  fmt::format("result {} has {} components", Escape(result->mName, {}), width));
+                  fmt::format("result {} of {} has {}: choose another --component",
+                              Escape(result->mName, {}), Escape(part.mName, {}),
+                              Plural(width, "component")));
     }
     const auto value = [&](std::size_t i) {
       return result->mIsUnsigned ? static_cast<float>(bits[i]) : std::bit_cast<float>(bits[i]);
@@ -103,11 +115,34 @@ class GlbBuilder {
         mRange.mGreatest = std::max(mRange.mGreatest, value);
       }
     }
-    if (!isKnown) {
-      Util::Raise(kSource, ErrorType::ElementNotFound,
-                  "no part has the result " + Escape(mColour.mResult, {}) +
-                      " at points or cells: \"ryx export --dry-run\" lists the names");
+    if (!isKnown) RaiseUnknownResult();
+  }
+
+  [[noreturn]] void RaiseUnknownResult() const {
+    std::vector<std::string> names;
+    for (const ExportPart& part : mTask.mContent.mParts) {
+      for (const ExportResult& result : part.mResults) {
+        if (result.mPlacement != Placement::Field) names.push_back(result.mName);
+      }
     }
+    const std::string similar = Suggest(mColour.mResult, names);
+    Util::Raise(kSource, ErrorType::ElementNotFound,
+                "no part has the result " + Escape(mColour.mResult, {}) + " at points or cells: " +
+                    (similar.empty() ? "" : "did you mean " + Escape(similar, {}) + "? ") +
+                    "\"ryx export --dry-run\" lists the names");
+  }
+
+  /// Tells how many parts are grey beside coloured ones.
+  void NoteUncoloured() const {
+    if (mColour.mResult.empty()) return;
+    const auto& parts = mTask.mContent.mParts;
+    const auto count = std::count_if(parts.begin(), parts.end(), [&](const ExportPart& part) {
+      return FindResult(part) == nullptr;
+    });
+    if (count == 0) return;
+    mTask.mNotes.push_back(
+        fmt::format("result {}: {} of {} geometries do not have it; they are grey",
+                    Escape(mColour.mResult, {}), count, parts.size()));
   }
 
   /// Returns the place of a value in the texture, 0 to 1.
@@ -124,12 +159,19 @@ class GlbBuilder {
   template <class T>
   std::size_t AddView(const std::vector<T>& values, int target) {
     const std::uint64_t offset = mBytes.GetSize();
+    CheckFileSize(offset + values.size() * sizeof(T));
     mBytes.Append(values.data(), values.size() * sizeof(T));
     Json view = {{"buffer", 0}, {"byteOffset", offset}, {"byteLength", values.size() * sizeof(T)}};
     if (target != 0) view["target"] = target;
     mDocument["bufferViews"].push_back(view);
     Pad();
     return mDocument["bufferViews"].size() - 1;
+  }
+
+  static void CheckFileSize(std::uint64_t size) {
+    if (size <= std::numeric_limits<std::uint32_t>::max()) return;
+    Util::Raise(kSource, ErrorType::OutOfBounds,
+                "the file would be larger than the 4 GiB that glTF allows: choose fewer parts");
   }
 
   void Pad() {
@@ -170,44 +212,47 @@ class GlbBuilder {
     std::vector<std::uint32_t> mIndices;
   };
 
-  bool IsFinite(const QovMesh::Mesh& mesh, std::uint32_t point) const {
-    const float* p = mesh.mPoints.data() + std::size_t{3} * point;
-    return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
-  }
-
-  /// Makes a vertex of each point that is used, or one of each corner if cells have the values.
+  /// Makes a vertex of each point that is used. Shapes with a value of their own, or without one at
+  /// a corner, get vertices of their own, because places between those of two vertices are colours
+  /// between them.
   Vertices MakeVertices(const QovMesh::Mesh& mesh, const std::vector<std::uint32_t>& points,
                         const std::vector<std::uint32_t>& cells, std::size_t numCorners,
-                        const Scalars& scalars, std::uint64_t& numLeftOut) const {
+                        const Scalars& scalars) const {
     constexpr std::uint32_t kUnused = std::numeric_limits<std::uint32_t>::max();
-    const bool isCell = scalars.mPlacement == Placement::Cell;
-    std::vector<std::uint32_t> numbers(isCell ? 0 : mesh.GetNumPoints(), kUnused);
+    std::vector<std::uint32_t> numbers(mesh.GetNumPoints(), kUnused);
     Vertices vertices;
     std::uint32_t next = 0;
     for (std::size_t i = 0; i < points.size(); i += numCorners) {
-      const auto begin = points.begin() + static_cast<std::ptrdiff_t>(i);
-      const auto end = begin + static_cast<std::ptrdiff_t>(numCorners);
-      if (!std::all_of(begin, end, [&](std::uint32_t point) { return IsFinite(mesh, point); })) {
-        ++numLeftOut;
-        continue;
-      }
-      for (auto point = begin; point != end; ++point) {
-        std::uint32_t* number = isCell ? nullptr : &numbers[*point];
-        if (number != nullptr && *number != kUnused) {
-          vertices.mIndices.push_back(*number);
-          continue;
+      const std::span corners(&points[i], numCorners);
+      const std::optional<float> value = OneValue(scalars, corners, cells[i / numCorners]);
+      for (const std::uint32_t point : corners) {
+        std::uint32_t number = value ? kUnused : numbers[point];
+        if (number == kUnused) {
+          number = next++;
+          if (!value) numbers[point] = number;
+          const float* p = mesh.mPoints.data() + std::size_t{3} * point;
+          vertices.mPositions.insert(vertices.mPositions.end(), p, p + 3);
+          if (!scalars.mValues.empty()) {
+            const float place = TexturePlace(value ? *value : scalars.mValues[point]);
+            vertices.mPlaces.insert(vertices.mPlaces.end(), {place, 0.5F});
+          }
         }
-        if (number != nullptr) *number = next;
-        vertices.mIndices.push_back(next++);
-        const float* p = mesh.mPoints.data() + std::size_t{3} * *point;
-        vertices.mPositions.insert(vertices.mPositions.end(), p, p + 3);
-        if (scalars.mValues.empty()) continue;
-        const std::size_t item = isCell ? cells[i / numCorners] : *point;
-        vertices.mPlaces.insert(vertices.mPlaces.end(),
-                                {TexturePlace(scalars.mValues[item]), 0.5F});
+        vertices.mIndices.push_back(number);
       }
     }
     return vertices;
+  }
+
+  /// Returns the value of all corners of a shape: that of its cell, or NaN if a corner has no
+  /// value. Returns nothing if each corner has its own.
+  static std::optional<float> OneValue(const Scalars& scalars,
+                                       std::span<const std::uint32_t> corners, std::uint32_t cell) {
+    if (scalars.mValues.empty()) return std::nullopt;
+    if (scalars.mPlacement == Placement::Cell) return scalars.mValues[cell];
+    const bool isWhole = std::all_of(corners.begin(), corners.end(), [&](std::uint32_t point) {
+      return std::isfinite(scalars.mValues[point]);
+    });
+    return isWhole ? std::nullopt : std::optional(std::numeric_limits<float>::quiet_NaN());
   }
 
   Json MakePrimitive(const Vertices& vertices, int mode) {
@@ -226,22 +271,14 @@ class GlbBuilder {
 
   void AddPart(const ExportPart& part) {
     const QovMesh::Mesh& mesh = mMeshes.Get(part);
-    const QovMesh::Surface surface = QovMesh::FindOuterSurface(mesh);
+    const QovMesh::Surface surface = FindPartSurface(mesh, part.mName, mTask.mNotes);
     const Scalars scalars = LoadScalars(part);
-    std::uint64_t numLeftOut = 0;
     Json primitives = Json::array();
     const Vertices triangles =
-        MakeVertices(mesh, surface.mTriangles, surface.mTriangleCells, 3, scalars, numLeftOut);
+        MakeVertices(mesh, surface.mTriangles, surface.mTriangleCells, 3, scalars);
     if (!triangles.mIndices.empty()) primitives.push_back(MakePrimitive(triangles, kTriangles));
-    const Vertices lines =
-        MakeVertices(mesh, surface.mLines, surface.mLineCells, 2, scalars, numLeftOut);
+    const Vertices lines = MakeVertices(mesh, surface.mLines, surface.mLineCells, 2, scalars);
     if (!lines.mIndices.empty()) primitives.push_back(MakePrimitive(lines, kLines));
-    if (numLeftOut != 0) {
-      mTask.mNotes.push_back(fmt::format(
-          "geometry {}: {} triangles or lines have a coordinate that is not finite; they are not "
-          "written",
-          Escape(part.mName, {}), numLeftOut));
-    }
     Json node = {{"name", JsonText(part.mName)}};
     if (!primitives.empty()) {
       mDocument["meshes"].push_back({{"name", JsonText(part.mName)}, {"primitives", primitives}});
@@ -291,8 +328,10 @@ class GlbBuilder {
     if (mColour.mResult.empty()) return;
     Json palette = material("result");
     palette["name"] = JsonText(mColour.mResult);
-    palette["extras"] = {{"least", JsonFloat(mRange.mLeast)},
-                         {"greatest", JsonFloat(mRange.mGreatest)}};
+    if (mRange.mLeast <= mRange.mGreatest) {
+      palette["extras"] = {{"least", JsonFloat(mRange.mLeast)},
+                           {"greatest", JsonFloat(mRange.mGreatest)}};
+    }
     palette["pbrMetallicRoughness"] = {{"baseColorTexture", {{"index", 0}}},
                                        {"metallicFactor", 0.0}};
     palette["extensions"]["KHR_materials_unlit"] = Json::object();
@@ -318,12 +357,9 @@ class GlbBuilder {
     }
     std::string json = mDocument.dump(-1, ' ', true);
     json.resize((json.size() + 3) / 4 * 4, ' ');
-    constexpr std::uint64_t kHeaders = 12 + 8 + 8;
+    const std::uint64_t kHeaders = 12 + 8 + (mBytes.GetSize() == 0 ? 0 : 8);
     const std::uint64_t total = kHeaders + json.size() + mBytes.GetSize();
-    if (total > std::numeric_limits<std::uint32_t>::max()) {
-      Util::Raise(kSource, ErrorType::OutOfBounds,
-                  "the file would be larger than the 4 GiB that glTF allows: choose fewer parts");
-    }
+    CheckFileSize(total);
     const auto word = [&](std::uint64_t value) {
       const auto bits = static_cast<std::uint32_t>(value);
       mOutput.Write(&bits, sizeof bits);
@@ -334,6 +370,7 @@ class GlbBuilder {
     word(json.size());
     mOutput.Write("JSON");
     mOutput.Write(json);
+    if (mBytes.GetSize() == 0) return;
     word(mBytes.GetSize());
     mOutput.Write(std::string_view("BIN\0", 4));
     mBytes.CopyTo(mOutput);

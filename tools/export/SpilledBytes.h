@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <memory>
 #include <span>
+#include <string>
 
+#include "Qov/Util/Exception.h"
 #include "SafeOutput.h"
 
 namespace Qov::Tools {
@@ -13,8 +15,9 @@ namespace Qov::Tools {
 /// Bytes that are needed later than they are made, in a temporary file without a name.
 class SpilledBytes {
  public:
-  /// Raises WriteError if the system gives no temporary file.
-  SpilledBytes();
+  /// Makes the file in the folder of `output`, because the bytes have to fit there anyway. Raises
+  /// WriteError.
+  explicit SpilledBytes(const SafeOutput& output);
 
   /// Appends bytes. Raises WriteError.
   void Append(const void* data, std::size_t size);
@@ -29,7 +32,10 @@ class SpilledBytes {
   void CopyTo(SafeOutput& output);
 
  private:
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> mFile;
+  [[noreturn]] void RaiseFailure(Util::Exception::ErrorType type) const;
+
+  std::string mFolder;
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> mFile{nullptr, &std::fclose};
   std::uint64_t mSize = 0;
   bool mIsReading = false;
 };

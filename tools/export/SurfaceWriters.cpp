@@ -9,10 +9,12 @@
 #include <limits>
 #include <vector>
 
+#include "Plural.h"
 #include "Qov/Util/Raise.h"
 #include "Terminal.h"
+#include "export/LeftOut.h"
+#include "export/PartSurface.h"
 #include "export/SpilledBytes.h"
-#include "mesh/OuterSurface.h"
 
 namespace Qov::Tools {
 namespace {
@@ -43,8 +45,20 @@ Vector NormalOf(const std::array<Vector, 3>& p) {
 
 void NoteLines(const ExportTask& task, const ExportPart& part, const QovMesh::Surface& surface) {
   if (surface.mLines.empty()) return;
-  task.mNotes.push_back(fmt::format("geometry {}: {} lines are not written", Escape(part.mName, {}),
-                                    surface.mLines.size() / 2));
+  task.mNotes.push_back(fmt::format("geometry {}: not written: {}", Escape(part.mName, {}),
+                                    Plural(surface.mLines.size() / 2, "line")));
+}
+
+void NoteLeftOut(const ExportTask& task) {
+  NoteResultsLeftOut(task, [](const ExportResult&) { return false; });
+  NoteMeshesLeftOut(task);
+  NoteSetsLeftOut(task);
+}
+
+/// Returns a line of the header that has the name of a part. Readers limit the length of lines.
+std::string PartComment(std::uint32_t number, const std::string& name) {
+  constexpr std::size_t kMost = 200;
+  return fmt::format("comment part {}: {}\n", number, Escape(name, {}).substr(0, kMost));
 }
 
 void CheckCount(std::uint64_t count, std::uint64_t most, const char* what) {
@@ -77,7 +91,7 @@ void WriteStl(const ExportTask& task, const std::string& path, OutputSet& output
   std::uint64_t numTriangles = 0;
   for (const ExportPart& part : task.mContent.mParts) {
     const QovMesh::Mesh& mesh = meshes.Get(part);
-    const QovMesh::Surface surface = QovMesh::FindOuterSurface(mesh);
+    const QovMesh::Surface surface = FindPartSurface(mesh, part.mName, task.mNotes);
     NoteLines(task, part, surface);
     for (std::size_t i = 0; i < surface.mTriangles.size(); i += 3) {
       const std::array<Vector, 3> points = {PointOf(mesh, surface.mTriangles[i]),
@@ -94,12 +108,14 @@ void WriteStl(const ExportTask& task, const std::string& path, OutputSet& output
   CheckCount(numTriangles, std::numeric_limits<std::uint32_t>::max(), "triangles");
   const auto count = static_cast<std::uint32_t>(numTriangles);
   output.Patch(kTitleSize, {reinterpret_cast<const char*>(&count), sizeof count});
+  NoteLeftOut(task);
 }
 
 void WritePly(const ExportTask& task, const std::string& path, OutputSet& outputs) {
   SafeOutput& output = outputs.Open(path);
-  SpilledBytes points;
-  SpilledBytes faces;
+  SpilledBytes points(output);
+  SpilledBytes faces(output);
+  std::string names;
   MeshCache meshes(task.mKinds);
   std::uint32_t numPoints = 0;
   std::uint64_t numFaces = 0;
@@ -107,7 +123,7 @@ void WritePly(const ExportTask& task, const std::string& path, OutputSet& output
   for (const ExportPart& part : task.mContent.mParts) {
     const QovMesh::Mesh& mesh = meshes.Get(part);
     CheckCount(numPoints + mesh.GetNumPoints(), std::numeric_limits<std::int32_t>::max(), "points");
-    const QovMesh::Surface surface = QovMesh::FindOuterSurface(mesh);
+    const QovMesh::Surface surface = FindPartSurface(mesh, part.mName, task.mNotes);
     NoteLines(task, part, surface);
     const std::uint32_t before = numPoints;
     const auto numbers = NumberUsedPoints(mesh, surface, numPoints);
@@ -127,15 +143,16 @@ void WritePly(const ExportTask& task, const std::string& path, OutputSet& output
       faces.Append(record.data(), record.size());
     }
     numFaces += surface.mTriangleCells.size();
-    ++partNumber;
+    names += PartComment(partNumber++, part.mName);
   }
   output.Write(fmt::format(
-      "ply\nformat binary_little_endian 1.0\ncomment written by ryx export\n"
+      "ply\nformat binary_little_endian 1.0\ncomment written by ryx export\n{}"
       "element vertex {}\nproperty float x\nproperty float y\nproperty float z\n"
       "element face {}\nproperty list uchar int vertex_indices\nproperty int part\nend_header\n",
-      numPoints, numFaces));
+      names, numPoints, numFaces));
   points.CopyTo(output);
   faces.CopyTo(output);
+  NoteLeftOut(task);
 }
 
 }  // namespace Qov::Tools
