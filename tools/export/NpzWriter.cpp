@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -7,9 +8,11 @@
 
 #include "Terminal.h"
 #include "export/ExportSets.h"
+#include "export/LeftOut.h"
 #include "export/TableWriters.h"
 #include "export/UniqueNames.h"
 #include "export/ZipArchive.h"
+#include "mesh/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
@@ -53,45 +56,56 @@ class NpzBuilder {
   void Add(const std::string& name, const char* type, std::span<const T> values,
            std::size_t width) {
     const std::size_t fitting = values.size() % width == 0 ? width : 1;
-    mArchive.Begin(mNames.Make(name) + ".npy");
+    const std::string unique = mNames.Make(name);
+    if (unique != name) {
+      mTask.mNotes.push_back("array " + Escape(unique, {}) + ": named so, because " +
+                             Escape(name, {}) + " exists");
+    }
+    mArchive.Begin(unique + ".npy");
     const std::string start = NpyStart(type, values.size() / fitting, fitting);
     mArchive.Append(start.data(), start.size());
     mArchive.Append(values.data(), values.size_bytes());
     mArchive.End();
-  }
-  void AddIntegers(const std::string& name, const std::vector<std::uint32_t>& values) {
-    if (!values.empty()) Add<std::uint32_t>(name, "<u4", values, 1);
   }
 
   void WritePart(const ExportPart& part) {
     std::string folder;
     for (const std::string& group : part.mGroups) folder += EntryText(group) + "/";
     folder = mFolders.Make(folder + EntryText(part.mName)) + "/";
-    WriteMesh(folder, mMeshes.Get(part));
-    std::vector<std::uint32_t> bits;
-    for (const ExportResult& result : part.mResults) {
-      LoadValues(result, bits);
-      Add<std::uint32_t>(folder + EntryText(result.mName), result.mIsUnsigned ? "<u4" : "<f4", bits,
-                         result.mWidth);
-    }
+    for (const auto& variable : part.mpGeometry->GetVariables()) WriteMeshArray(folder, variable);
+    WriteCellTypes(folder, mMeshes.Get(part));
+    for (const ExportResult& result : part.mResults) WriteResult(folder, result);
     for (const ExportSet& set : mSets.Load(part)) {
       Add<std::uint32_t>(folder + "set " + EntryText(set.mName), "<u4", set.mNumbers, 1);
     }
   }
 
-  void WriteMesh(const std::string& folder, const QovMesh::Mesh& mesh) {
-    Add<float>(folder + "Coordinates", "<f4", mesh.mPoints, 3);
-    AddIntegers(folder + "Connectivity", mesh.mNodes);
-    std::vector<std::uint32_t> lengths;
+  void WriteResult(const std::string& folder, const ExportResult& result) {
+    std::vector<std::uint32_t> bits;
+    LoadValues(result, bits);
+    Add<std::uint32_t>(folder + EntryText(result.mName), result.mIsUnsigned ? "<u4" : "<f4", bits,
+                       result.mWidth);
+  }
+
+  /// Writes an array of the mesh as it is in the model, under its whole name.
+  void WriteMeshArray(const std::string& folder, const QovRyx::Geometry::VarStruct& variable) {
+    const QovMesh::ArrayName name = QovMesh::SplitName(variable.mName);
+    if (!QovMesh::IsMeshBase(name.mBase) || !IsChosen(mTask.mContent, name.mInstance)) return;
+    ExportResult array;
+    array.mpVariable = &variable;
+    array.mName = name.mInstance.empty() ? std::string(name.mBase)
+                                         : fmt::format("{} ({})", name.mBase, name.mInstance);
+    array.mWidth = std::max<std::size_t>(variable.mValues.GetWidth(), 1);
+    array.mIsUnsigned = name.mBase != QovMesh::kCoordinates;
+    WriteResult(folder, array);
+  }
+
+  void WriteCellTypes(const std::string& folder, const QovMesh::Mesh& mesh) {
     std::vector<std::uint8_t> types;
     for (const QovMesh::CellRun& run : mesh.mRuns) {
-      lengths.insert(lengths.end(), run.mNumCells, run.mNumNodes);
       types.insert(types.end(), run.mNumCells, QovMesh::GetShape(run.mKind).mVtkType);
     }
-    AddIntegers(folder + "Polylength", lengths);
     if (!types.empty()) Add<std::uint8_t>(folder + "VTK cell types", "|u1", types, 1);
-    AddIntegers(folder + "Node Ids", mesh.mNodeIds);
-    AddIntegers(folder + "Element IDs", mesh.mElementIds);
   }
 
   const ExportTask& mTask;
