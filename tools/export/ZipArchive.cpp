@@ -61,6 +61,7 @@ void ZipArchive::Begin(const std::string& name) {
 }
 
 void ZipArchive::Append(const void* data, std::size_t size) {
+  if (size == 0) return;  // with a null pointer crc32_z would start again
   Entry& entry = mEntries.back();
   entry.mChecksum = static_cast<std::uint32_t>(
       crc32_z(entry.mChecksum, static_cast<const unsigned char*>(data), size));
