@@ -31,7 +31,7 @@ bool IsDisplayable(const std::array<double, 3>& colour) {
   return std::all_of(colour.begin(), colour.end(), [](double c) { return c >= 0 && c <= 1; });
 }
 
-/// Returns the colour at a place of the scale, 0 to 1: of the chroma that is wanted, or of the
+/// Returns the colour at a place of the scale, 0 to 1: of the usual chroma, or of the
 /// greatest one below it that a screen can show.
 Colour ColourAt(double place) {
   constexpr double kDarkest = 0.28;
@@ -42,7 +42,7 @@ Colour ColourAt(double place) {
   const double lightness = kDarkest + place * (kLightest - kDarkest);
   const double hue = (kFirstHue + place * (kLastHue - kFirstHue)) * std::numbers::pi / 180;
   std::array<double, 3> linear{};
-  for (double chroma = kChroma; chroma >= 0; chroma -= 0.005) {
+  for (double chroma = kChroma; chroma >= 0; chroma -= 0.001) {
     linear = FromOklab(lightness, chroma * std::cos(hue), chroma * std::sin(hue));
     if (IsDisplayable(linear)) break;
   }
