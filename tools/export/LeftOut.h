@@ -14,8 +14,8 @@ void NoteResultsLeftOut(const ExportTask& task,
 /// Returns true if an array with this instance part is of a chosen step, or of all steps.
 bool IsChosen(const ExportContent& content, std::string_view instance);
 
-/// Adds a note for each geometry that has a mesh for each of several chosen steps; for formats that
-/// hold one mesh.
+/// Adds a note for each geometry whose mesh differs between chosen steps; for formats that hold one
+/// mesh.
 void NoteMeshesLeftOut(const ExportTask& task);
 
 /// Adds a note if there are node sets; for formats that do not hold them.
