@@ -132,14 +132,14 @@ void WritePly(const ExportTask& task, const std::string& path, OutputSet& output
       if (numbers[i] != next) continue;
       const Vector point = PointOf(mesh, i);
       points.Append(point.data(), sizeof point);
+      points.Append(&partNumber, sizeof partNumber);
       ++next;
     }
     for (std::size_t i = 0; i < surface.mTriangles.size(); i += 3) {
-      std::array<char, 17> record{3};
+      std::array<char, 13> record{3};
       for (std::size_t j = 0; j < 3; ++j) {
         std::memcpy(&record[1 + 4 * j], &numbers[surface.mTriangles[i + j]], 4);
       }
-      std::memcpy(&record[13], &partNumber, 4);
       faces.Append(record.data(), record.size());
     }
     numFaces += surface.mTriangleCells.size();
@@ -147,8 +147,8 @@ void WritePly(const ExportTask& task, const std::string& path, OutputSet& output
   }
   output.Write(fmt::format(
       "ply\nformat binary_little_endian 1.0\ncomment written by ryx export\n{}"
-      "element vertex {}\nproperty float x\nproperty float y\nproperty float z\n"
-      "element face {}\nproperty list uchar int vertex_indices\nproperty int part\nend_header\n",
+      "element vertex {}\nproperty float x\nproperty float y\nproperty float z\nproperty int part\n"
+      "element face {}\nproperty list uchar int vertex_indices\nend_header\n",
       names, numPoints, numFaces));
   points.CopyTo(output);
   faces.CopyTo(output);
