@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Qov/Util/Raise.h"
+#include "mesh/PolygonTriangles.h"
 
 namespace QovMesh {
 namespace {
@@ -182,8 +183,18 @@ class SurfaceBuilder {
         AddTriangle(nodes[i], nodes[n + i], nodes[n + (i + n - 1) % n], cell);
       }
     }
-    for (std::size_t i = 1; i + 1 < n; ++i) {
-      AddTriangle(nodes[inner], nodes[inner + i], nodes[inner + i + 1], cell);
+    if (n == 3) return AddTriangle(nodes[inner], nodes[inner + 1], nodes[inner + 2], cell);
+    const std::span<const std::uint32_t, 4> quad(nodes.data() + inner, 4);
+    const std::size_t a = IsFirstDiagonalInside(quad, mMesh.mPoints) ? 0 : 1;
+    AddTriangle(quad[a], quad[a + 1], quad[a + 2], cell);
+    AddTriangle(quad[a], quad[a + 2], quad[(a + 3) % 4], cell);
+  }
+
+  void AddPolygon(std::span<const std::uint32_t> nodes, std::uint64_t cell) {
+    mCorners.clear();
+    if (!TriangulatePolygon(nodes, mMesh.mPoints, mCorners)) ++mSurface.mNumDoubtfulPolygons;
+    for (std::size_t i = 0; i < mCorners.size(); i += 3) {
+      AddTriangle(mCorners[i], mCorners[i + 1], mCorners[i + 2], cell);
     }
   }
 
@@ -193,9 +204,7 @@ class SurfaceBuilder {
     for (std::uint64_t cell = run.mFirstCell; cell < run.mFirstCell + run.mNumCells; ++cell) {
       const std::uint32_t* nodes = NodesOf(run, cell);
       if (run.mKind == CellKind::Polygon) {
-        for (std::uint32_t i = 1; i + 1 < run.mNumNodes; ++i) {
-          AddTriangle(nodes[0], nodes[i], nodes[i + 1], cell);
-        }
+        AddPolygon({nodes, run.mNumNodes}, cell);
       } else if (shape.mDimension == 2) {
         AddOutline(MakeOutline(shape, std::span(kCorners).first(shape.mNumCorners), nodes), cell);
       } else if (run.mKind == CellKind::Line) {
@@ -261,6 +270,7 @@ class SurfaceBuilder {
 
   const Mesh& mMesh;
   Surface mSurface;
+  std::vector<std::uint32_t> mCorners;  ///< Of the triangles of one polygon.
 };
 
 }  // namespace

@@ -14,10 +14,13 @@ struct Surface {
   std::vector<std::uint32_t> mTriangleCells;  ///< The cell that each triangle belongs to.
   std::vector<std::uint32_t> mLines;          ///< Two points of the mesh for each line.
   std::vector<std::uint32_t> mLineCells;
+  /// Polygons whose triangles may not cover them exactly (TriangulatePolygon).
+  std::uint64_t mNumDoubtfulPolygons = 0;
 };
 
 /// Finds the outer surface. Two faces are the same if they have the same corners in any order. The
-/// triangles of solid cells face outward. Nodes on the edges of quadratic cells are used. Raises
+/// triangles of solid cells face outward. Nodes on the edges of quadratic cells are used. Concave
+/// quads and polygons keep their shape. Raises
 /// OutOfBounds for more than 2^32 - 1 cells or faces.
 Surface FindOuterSurface(const Mesh& mesh);
 

@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "mesh/Cubes.h"
@@ -106,7 +108,44 @@ TEST(OuterSurface, FlatCellsAndLinesAreTakenAsTheyAre) {
                 {3, 1, 11, 3, CellKind::QuadraticLine}};
   const Surface surface = FindOuterSurface(mesh);
   EXPECT_THAT(surface.mTriangleCells, testing::ElementsAre(0, 0, 0, 1, 1));
+  EXPECT_EQ(surface.mNumDoubtfulPolygons, 1U);  // it has no area
   EXPECT_THAT(surface.mLines, testing::ElementsAre(4, 5, 5, 1, 1, 0));
+}
+
+/// Returns the areas of all triangles in the plane z = 0, and those of triangles that are turned
+/// over apart from the others.
+std::pair<double, double> Areas(const std::vector<float>& points, CellKind kind) {
+  Mesh mesh;
+  mesh.mPoints = points;
+  const auto numNodes = static_cast<std::uint32_t>(points.size() / 3);
+  for (std::uint32_t i = 0; i < numNodes; ++i) mesh.mNodes.push_back(i);
+  mesh.mRuns = {{0, 1, 0, numNodes, kind}};
+  const Surface surface = FindOuterSurface(mesh);
+  std::pair<double, double> areas;
+  for (std::size_t i = 0; i < surface.mTriangles.size(); i += 3) {
+    const auto x = [&](std::size_t j) { return points[3 * surface.mTriangles[i + j]]; };
+    const auto y = [&](std::size_t j) { return points[3 * surface.mTriangles[i + j] + 1]; };
+    const double area = (x(1) - x(0)) * (y(2) - y(0)) - (y(1) - y(0)) * (x(2) - x(0));
+    (area < 0 ? areas.second : areas.first) += area / 2;
+  }
+  EXPECT_EQ(surface.mNumDoubtfulPolygons, 0U);
+  return areas;
+}
+
+TEST(OuterSurface, ConcaveCellsKeepTheirShape) {
+  using testing::Pair;
+  const std::vector<float> dart = {0, 0, 0, 2, -2, 0, 1, 0, 0, 2, 2, 0};
+  for (std::size_t first = 0; first < 4; ++first) {  // wherever the reflex corner is
+    std::vector<float> turned = dart;
+    std::rotate(turned.begin(), turned.begin() + static_cast<std::ptrdiff_t>(3 * first),
+                turned.end());
+    EXPECT_THAT(Areas(turned, CellKind::Quad), Pair(2, 0));
+    EXPECT_THAT(Areas(turned, CellKind::Polygon), Pair(2, 0));
+  }
+  // A comb with two notches, whose back has straight corners.
+  const std::vector<float> comb = {0, 0, 0, 2, 0, 0, 5, 0, 0, 5, 3, 0, 4, 3, 0, 4, 1, 0, 3, 1,
+                                   0, 3, 3, 0, 2, 3, 0, 2, 1, 0, 1, 1, 0, 1, 3, 0, 0, 3, 0};
+  EXPECT_THAT(Areas(comb, CellKind::Polygon), Pair(11, 0));
 }
 
 }  // namespace
