@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <optional>
 
 namespace QovMesh {
@@ -17,6 +18,8 @@ constexpr double kFlatnessCut = 0.1;
 constexpr double kMiddleCut = 0.25;
 /// A share of cells on the other side of a cut that is worth a warning.
 constexpr double kMixedShare = 0.05;
+/// Between 0 for cells that are convex rings and 1 for others.
+constexpr double kRingCut = 0.5;
 
 using Vector = std::array<double, 3>;
 
@@ -81,21 +84,93 @@ std::optional<double> Flatness(std::span<const std::uint32_t> nodes,
   return std::sqrt(std::max(least, 0.0) / greatest);
 }
 
+using NodeOrder = std::vector<std::uint8_t>;
+
+/// Returns the order in which the nodes have the positions of CellShape.
+NodeOrder UsualOrder(const CellShape& shape) {
+  NodeOrder order(shape.mNumNodes);
+  std::iota(order.begin(), order.end(), std::uint8_t{0});
+  return order;
+}
+
+/// Returns the middle of an edge of a cell.
+Vector MiddleOf(const CellEdge& edge, std::span<const std::uint32_t> nodes,
+                std::span<const float> points) {
+  const Vector a = PointOf(points, nodes[edge[0]]);
+  const Vector b = PointOf(points, nodes[edge[1]]);
+  return {(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2};
+}
+
 /// Returns the greatest distance of a node from the middle of its edge, in lengths of the edge;
 /// nothing if no edge has a length.
 std::optional<double> DistanceFromMiddle(std::span<const std::uint32_t> nodes,
-                                         std::span<const float> points, const CellShape& shape) {
+                                         std::span<const float> points, const CellShape& shape,
+                                         const NodeOrder& order) {
   std::optional<double> worst;
   for (std::size_t i = 0; i < shape.mEdges.size(); ++i) {
-    const Vector a = PointOf(points, nodes[shape.mEdges[i][0]]);
-    const Vector b = PointOf(points, nodes[shape.mEdges[i][1]]);
-    const double length = Distance(a, b);
+    const CellEdge& edge = shape.mEdges[i];
+    const double length =
+        Distance(PointOf(points, nodes[edge[0]]), PointOf(points, nodes[edge[1]]));
     if (!(length > 0) || !std::isfinite(length)) continue;
-    const Vector middle = {(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2};
-    const double off = Distance(middle, PointOf(points, nodes[shape.mNumCorners + i])) / length;
+    const Vector node = PointOf(points, nodes[order[shape.mNumCorners + i]]);
+    const double off = Distance(MiddleOf(edge, nodes, points), node) / length;
     if (!worst || off > *worst) worst = off;
   }
   return worst;
+}
+
+/// Returns the order of nodes by which each node on an edge is at the edge whose middle is nearest
+/// in most cells; nothing if two nodes have the same edge.
+std::optional<NodeOrder> FindOrder(const CellSample& sample, std::span<const float> points,
+                                   const CellShape& shape) {
+  const std::size_t numEdges = shape.mEdges.size();
+  std::vector<std::size_t> votes(numEdges * numEdges);  // by node, then by edge
+  for (std::size_t first = 0; first < sample.mNodes.size(); first += sample.mNumNodes) {
+    const auto nodes = std::span(sample.mNodes).subspan(first, sample.mNumNodes);
+    std::vector<Vector> middles;
+    for (const CellEdge& edge : shape.mEdges) middles.push_back(MiddleOf(edge, nodes, points));
+    for (std::size_t i = 0; i < numEdges; ++i) {
+      const Vector node = PointOf(points, nodes[shape.mNumCorners + i]);
+      const auto nearest = std::min_element(
+          middles.begin(), middles.end(),
+          [&](const Vector& a, const Vector& b) { return Distance(a, node) < Distance(b, node); });
+      ++votes[i * numEdges + static_cast<std::size_t>(nearest - middles.begin())];
+    }
+  }
+  NodeOrder order = UsualOrder(shape);
+  std::vector<bool> isTaken(numEdges);
+  for (std::size_t i = 0; i < numEdges; ++i) {
+    const auto begin = votes.begin() + static_cast<std::ptrdiff_t>(i * numEdges);
+    const auto most = std::max_element(begin, begin + static_cast<std::ptrdiff_t>(numEdges));
+    const auto edge = static_cast<std::size_t>(most - begin);
+    if (isTaken[edge]) return std::nullopt;
+    isTaken[edge] = true;
+    order[shape.mNumCorners + edge] = static_cast<std::uint8_t>(shape.mNumCorners + i);
+  }
+  return order;
+}
+
+/// Returns 0 if the nodes go once round a convex polygon, else 1.
+double RingDefect(std::span<const std::uint32_t> nodes, std::span<const float> points) {
+  const std::size_t n = nodes.size();
+  const auto side = [&](std::size_t i) {
+    const Vector a = PointOf(points, nodes[i % n]);
+    const Vector b = PointOf(points, nodes[(i + 1) % n]);
+    return Vector{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+  };
+  double turn = 0;
+  Vector axis{};  // of the first corner
+  for (std::size_t i = 0; i < n; ++i) {
+    const Vector a = side(i);
+    const Vector b = side(i + 1);
+    const Vector normal = {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2],
+                           a[0] * b[1] - a[1] * b[0]};
+    if (i == 0) axis = normal;
+    if (axis[0] * normal[0] + axis[1] * normal[1] + axis[2] * normal[2] <= 0) return 1;
+    turn += std::atan2(std::hypot(normal[0], normal[1], normal[2]),
+                       a[0] * b[0] + a[1] * b[1] + a[2] * b[2]);
+  }
+  return std::abs(turn - 2 * std::numbers::pi) < 1 ? 0 : 1;
 }
 
 /// What a measure says of all cells of a sample.
@@ -150,15 +225,45 @@ std::string Percent(double share) { return fmt::format("{:.3g} %", 100 * share);
 bool TakeQuadratic(const CellSample& sample, std::span<const float> points, CellKind kind,
                    KindDecision& decision) {
   const CellShape& shape = GetShape(kind);
-  const Measured off = MeasureCells(sample, kMiddleCut, [&](std::span<const std::uint32_t> nodes) {
-    return DistanceFromMiddle(nodes, points, shape);
-  });
-  if (!off.mIsKnown || off.mMedian >= kMiddleCut) return false;
+  const auto measure = [&](const NodeOrder& order) {
+    return MeasureCells(sample, kMiddleCut, [&](std::span<const std::uint32_t> nodes) {
+      return DistanceFromMiddle(nodes, points, shape, order);
+    });
+  };
+  const auto isNear = [](const Measured& off) { return off.mIsKnown && off.mMedian < kMiddleCut; };
+  Measured off = measure(UsualOrder(shape));
+  if (!isNear(off)) {
+    const std::optional<NodeOrder> order = FindOrder(sample, points, shape);
+    if (!order) return false;
+    off = measure(*order);
+    if (!isNear(off)) return false;
+    decision.mNodeOrder = *order;
+  }
   decision.mKind = kind;
-  decision.mReason = fmt::format("nodes {:.2g} edge lengths off the middle", off.mMedian);
+  decision.mReason = fmt::format("edge nodes {:.2g} edge lengths off the middle{}", off.mMedian,
+                                 decision.mNodeOrder.empty() ? "" : ", reordered");
   if (off.mShareBelow < 1 - kMixedShare) {
     decision.mWarning =
         fmt::format("{} of the cells look like another kind", Percent(1 - off.mShareBelow));
+  }
+  return true;
+}
+
+/// Returns true if the cells are flat polygons, although solid cells can have as many nodes.
+bool TakeRing(const CellSample& sample, std::span<const float> points, KindDecision& decision) {
+  const Measured ratio =
+      MeasureCells(sample, kFlatnessCut,
+                   [&](std::span<const std::uint32_t> nodes) { return Flatness(nodes, points); });
+  if (!ratio.mIsKnown || ratio.mMedian >= kFlatnessCut) return false;
+  const Measured ring = MeasureCells(sample, kRingCut, [&](std::span<const std::uint32_t> nodes) {
+    return std::optional(RingDefect(nodes, points));
+  });
+  if (ring.mMedian >= kRingCut) return false;
+  decision.mKind = CellKind::Polygon;
+  decision.mReason = fmt::format("flatness {:.2g}, convex rings", ratio.mMedian);
+  if (ring.mShareBelow < 1 - kMixedShare) {
+    decision.mWarning =
+        fmt::format("{} of the cells look like another kind", Percent(1 - ring.mShareBelow));
   }
   return true;
 }
@@ -184,18 +289,36 @@ void TakeByFlatness(const CellSample& sample, std::span<const float> points, Cel
 
 }  // namespace
 
+bool CanHaveNodes(CellKind kind, std::size_t numNodes) {
+  switch (kind) {
+    case CellKind::Empty:
+      return numNodes == 0;
+    case CellKind::Points:
+      return numNodes > 0;
+    case CellKind::Polygon:
+      return numNodes > 2;
+    default:
+      return GetShape(kind).mNumNodes == numNodes;
+  }
+}
+
 KindDecision DecideKind(const CellSample& sample, std::span<const float> points,
                         const KindChoices& choices) {
   KindDecision decision;
   decision.mNumNodes = sample.mNumNodes;
   if (const auto chosen = choices.find(sample.mNumNodes); chosen != choices.end()) {
+    if (GetShape(chosen->second).IsQuadratic() && CanHaveNodes(chosen->second, sample.mNumNodes)) {
+      TakeQuadratic(sample, points, chosen->second, decision);  // for the order of the nodes
+    }
     decision.mKind = chosen->second;
-    decision.mReason = "chosen";
+    decision.mReason = decision.mNodeOrder.empty() ? "chosen" : "chosen, edge nodes reordered";
+    decision.mWarning.clear();
     return decision;
   }
   const std::optional<CellKind> quadratic = Find(kQuadratic, sample.mNumNodes);
   if (quadratic && TakeQuadratic(sample, points, *quadratic, decision)) return decision;
   if (const std::optional<CellKind> kind = Find(kByNumber, sample.mNumNodes)) {
+    if (GetShape(*kind).mDimension == 3 && TakeRing(sample, points, decision)) return decision;
     decision.mKind = *kind;
     decision.mReason = "number of nodes";
     if (*kind == CellKind::Empty) decision.mWarning = "cells without nodes";

@@ -99,10 +99,22 @@ CellSample TakeSample(const Mesh& mesh, std::uint32_t numNodes, std::uint64_t nu
 }
 
 void CheckChoice(const KindDecision& decision) {
-  const std::size_t numNodes = GetShape(decision.mKind).mNumNodes;
-  if (numNodes == 0 || numNodes == decision.mNumNodes) return;
-  Refuse(fmt::format("a cell of the kind {} has {} nodes, not {}", GetShape(decision.mKind).mName,
-                     numNodes, decision.mNumNodes));
+  if (CanHaveNodes(decision.mKind, decision.mNumNodes)) return;
+  Refuse(fmt::format("a cell of the kind {} cannot have {} nodes", GetShape(decision.mKind).mName,
+                     decision.mNumNodes));
+}
+
+/// Puts the nodes of all cells with that number of nodes into the order of CellShape.
+void ReorderNodes(std::uint32_t numNodes, const std::vector<std::uint8_t>& order, Mesh& mesh) {
+  std::vector<std::uint32_t> cell(numNodes);
+  for (const CellRun& run : mesh.mRuns) {
+    if (run.mNumNodes != numNodes) continue;
+    for (std::uint64_t i = 0; i < run.mNumCells; ++i) {
+      std::uint32_t* nodes = mesh.mNodes.data() + run.mFirstNode + i * numNodes;
+      std::copy(nodes, nodes + numNodes, cell.begin());
+      for (std::size_t j = 0; j < numNodes; ++j) nodes[j] = cell[order[j]];
+    }
+  }
 }
 
 void DecideKinds(Mesh& mesh, const KindChoices& choices) {
@@ -115,6 +127,7 @@ void DecideKinds(Mesh& mesh, const KindChoices& choices) {
     decision.mNumCells = numCells;
     CheckChoice(decision);
     kinds[numNodes] = decision.mKind;
+    if (!decision.mNodeOrder.empty()) ReorderNodes(numNodes, decision.mNodeOrder, mesh);
     mesh.mDecisions.push_back(std::move(decision));
   }
   for (CellRun& run : mesh.mRuns) run.mKind = kinds[run.mNumNodes];

@@ -21,7 +21,8 @@ struct CellRun {
   CellKind mKind = CellKind::Empty;
 };
 
-/// The arrays of a geometry as a mesh. Cells keep the order of the file.
+/// The arrays of a geometry as a mesh. Cells have the order of the file, the nodes of each cell
+/// that of CellShape.
 struct Mesh {
   std::vector<float> mPoints;              ///< x, y, z of each point.
   std::vector<std::uint32_t> mNodes;       ///< The points of all cells, one cell after another.
@@ -43,7 +44,7 @@ struct Mesh {
 ///
 /// Raises MismatchError, which names the array, if the arrays contradict one another: no
 /// coordinates, a width of coordinates other than 2 or 3 (with 2, z is 0), lengths that do not add
-/// up to the connectivity, an index without a point, a chosen kind with another number of nodes.
+/// up to the connectivity, an index without a point, a chosen kind that cannot have so many nodes.
 /// Raises the errors of DataLoader::LoadTo.
 Mesh LoadMesh(const QovRyx::Geometry& geometry, std::string_view instance,
               const KindChoices& choices);

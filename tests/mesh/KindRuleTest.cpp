@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -63,6 +64,35 @@ TEST(KindRule, KnowsCellsByNumberAndPlaceOfTheirNodes) {
   cloud[11] = -2;
   EXPECT_EQ(Decide(cloud).mKind, CellKind::Points);
   EXPECT_THAT(Decide(cloud).mWarning, testing::HasSubstr("sets of points"));
+}
+
+TEST(KindRule, OrderOfEdgeNodesIsFound) {
+  // Edge nodes of the bottom, then of the vertical edges, then of the top.
+  const std::vector<std::uint8_t> order = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,
+                                           10, 11, 16, 17, 18, 19, 12, 13, 14, 15};
+  const Points usual = Quadratic(kCube, CellKind::Hexahedron, 0.1F);
+  Points stored(usual.size());
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    for (std::size_t k = 0; k < 3; ++k) stored[3U * order[i] + k] = usual[3 * i + k];
+  }
+  for (const KindChoices& choices : {KindChoices{}, {{20, CellKind::QuadraticHexahedron}}}) {
+    const KindDecision decision = Decide(stored, choices);
+    EXPECT_EQ(decision.mKind, CellKind::QuadraticHexahedron);
+    EXPECT_EQ(decision.mNodeOrder, order);
+  }
+  EXPECT_THAT(Decide(usual).mNodeOrder, testing::IsEmpty());
+}
+
+TEST(KindRule, FlatRingsArePolygonsAndThinSolidsAreNot) {
+  Points pentagon;
+  for (int i = 0; i < 5; ++i) {
+    pentagon.insert(pentagon.end(), {std::cos(1.2566F * static_cast<float>(i)),
+                                     std::sin(1.2566F * static_cast<float>(i)), 0});
+  }
+  EXPECT_EQ(Decide(pentagon).mKind, CellKind::Polygon);
+  Points thin = kCube;
+  for (std::size_t i = 2; i < thin.size(); i += 3) thin[i] *= 0.01F;
+  EXPECT_EQ(Decide(thin).mKind, CellKind::Hexahedron);
 }
 
 TEST(KindRule, FlatnessDoesNotDependOnPlaceAndDirection) {

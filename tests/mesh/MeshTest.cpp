@@ -88,7 +88,8 @@ TEST(Mesh, ContradictionsAreRefused) {
             "value 11 of Connectivity is 5, but there are 5 points, from 0");
   Geometry geometry("g");
   FillMesh(geometry);
-  EXPECT_EQ(ErrorOf(geometry, {{3, CellKind::Quad}}), "a cell of the kind quad has 4 nodes, not 3");
+  EXPECT_EQ(ErrorOf(geometry, {{3, CellKind::Quad}}),
+            "a cell of the kind quad cannot have 3 nodes");
 }
 
 TEST(ResultPlacement, CountsDecideAndThenOtherResultsOfTheKind) {
