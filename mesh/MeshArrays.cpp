@@ -7,7 +7,7 @@ namespace QovMesh {
 MeshArrays::MeshArrays(const QovRyx::Geometry& geometry) {
   for (const auto& variable : geometry.GetVariables()) {
     const ArrayName name = SplitName(variable.mName);
-    if (IsMeshBase(name.mBase)) mArrays.try_emplace({name.mBase, name.mInstance}, &variable);
+    if (IsMeshBase(name.mBase)) mArrays.try_emplace(name, &variable);
   }
 }
 

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <map>
 #include <string_view>
-#include <utility>
 
 #include "Qov/Ryx/Tree.h"
 #include "mesh/ArrayNames.h"
@@ -29,8 +28,7 @@ class MeshArrays {
   MeshCounts Count(std::string_view instance) const;
 
  private:
-  std::map<std::pair<std::string_view, std::string_view>, const QovRyx::Geometry::VarStruct*>
-      mArrays;  ///< By base name and instance part.
+  std::map<ArrayName, const QovRyx::Geometry::VarStruct*> mArrays;
 };
 
 /// Returns the number of items of an array. With a width of 0 each element is an item.

@@ -10,10 +10,16 @@
 
 #include "Plural.h"
 #include "Qov/Ryx/Geometry.h"
-#include "check/MeshNames.h"
+#include "mesh/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
+
+using QovMesh::ArrayName;
+using QovMesh::kConnectivity;
+using QovMesh::kCoordinates;
+using QovMesh::kPolylength;
+using QovMesh::SplitName;
 
 bool HoldsIntegers(const StoredVariable& variable) {
   using QovRyx::Geometry;
@@ -28,8 +34,8 @@ class MeshArrays {
   MeshArrays(const StoredNode& node, ResultLinks& links) : mNode(node), mLinks(links) {
     constexpr std::array kBases = {kCoordinates, kConnectivity, kPolylength};
     for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
-      const MeshName name = SplitName(node.mVariables[i].mName);
-      if (std::find(kBases.begin(), kBases.end(), name.first) == kBases.end()) continue;
+      const ArrayName name = SplitName(node.mVariables[i].mName);
+      if (std::find(kBases.begin(), kBases.end(), name.mBase) == kBases.end()) continue;
       mPositions[name].push_back(i);
     }
   }
@@ -37,9 +43,9 @@ class MeshArrays {
   /// Returns the array with that base name that belongs to the connectivity at a position; null if
   /// it is missing or ambiguous.
   const StoredVariable* FindPartner(std::string_view base, std::size_t connectivity) {
-    const MeshName name = SplitName(mNode.mVariables[connectivity].mName);
+    const ArrayName name = SplitName(mNode.mVariables[connectivity].mName);
     const Positions& peers = mPositions.at(name);
-    const Positions* partners = Find(base, name.second);
+    const Positions* partners = Find(base, name.mInstance);
     if (partners == nullptr) return nullptr;
     std::size_t turn = 0;
     if (partners->size() > 1) {
@@ -62,7 +68,7 @@ class MeshArrays {
 
   const StoredNode& mNode;
   ResultLinks& mLinks;
-  std::map<MeshName, Positions> mPositions;
+  std::map<ArrayName, Positions> mPositions;
 };
 
 }  // namespace
@@ -74,7 +80,7 @@ MeshCheck::MeshCheck(const ModelContent& model, ResultLinks& links) {
 void MeshCheck::Add(const StoredNode& node, ResultLinks& links) {
   MeshArrays arrays(node, links);
   for (std::size_t i = 0; i < node.mVariables.size(); ++i) {
-    if (SplitName(node.mVariables[i].mName).first != kConnectivity) continue;
+    if (SplitName(node.mVariables[i].mName).mBase != kConnectivity) continue;
     const StoredVariable* connectivity = links.FindOwner(node.mVariables[i]);
     if (connectivity == nullptr || !HoldsIntegers(*connectivity)) continue;
     const StoredVariable* lengths = arrays.FindPartner(kPolylength, i);

@@ -7,10 +7,18 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "check/MeshNames.h"
+#include "mesh/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
+
+using QovMesh::IsMeshBase;
+using QovMesh::kConnectivity;
+using QovMesh::kCoordinates;
+using QovMesh::kElementIds;
+using QovMesh::kNodeIds;
+using QovMesh::kPolylength;
+using QovMesh::SplitName;
 
 std::uint64_t CountTuples(const StoredVariable& values) {
   return values.GetNumElements() / std::max<std::uint64_t>(values.mWidth, 1);
@@ -42,7 +50,7 @@ MeshCounts CountMeshes(const StoredNode& geometry, ResultLinks& links) {
   for (const StoredVariable& variable : geometry.mVariables) {
     const StoredVariable* values = links.FindOwner(variable);
     if (values == nullptr) continue;
-    AddCount(SplitName(variable.mName).first, CountTuples(*values), counts);
+    AddCount(SplitName(variable.mName).mBase, CountTuples(*values), counts);
   }
   return counts;
 }
@@ -64,7 +72,7 @@ void CheckCounts(const StoredNode& geometry, ResultLinks& links, Findings& findi
   if (mesh.mPoints.empty()) return;
   for (std::size_t i = 0; i < geometry.mVariables.size(); ++i) {
     const StoredVariable& variable = geometry.mVariables[i];
-    if (IsMeshArray(SplitName(variable.mName).first)) continue;
+    if (IsMeshArray(SplitName(variable.mName).mBase)) continue;
     const StoredVariable* values = links.FindOwner(variable);
     if (values == nullptr || values->GetNumElements() == 0) continue;
     const std::uint64_t count = CountTuples(*values);

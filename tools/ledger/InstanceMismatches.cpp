@@ -7,7 +7,7 @@
 
 #include "InputFile.h"
 #include "check/Finding.h"
-#include "check/MeshNames.h"
+#include "mesh/ArrayNames.h"
 #include "model/LinkFollower.h"
 
 namespace Qov::Tools {
@@ -38,7 +38,7 @@ std::string DescribeMismatch(const Entry& first, const Entry& other) {
 std::optional<std::uint64_t> CountItemsOf(const QovRyx::Geometry& geometry, std::string_view base,
                                           LinkFollower<Result>& follower) {
   for (const Result& result : geometry.GetVariables()) {
-    if (SplitName(result.mName).first != base) continue;
+    if (QovMesh::SplitName(result.mName).mBase != base) continue;
     const Result* values = follower.FindOwner(result);
     if (values == nullptr) return std::nullopt;
     const std::uint64_t width = std::max<std::uint64_t>(values->mValues.GetWidth(), 1);
@@ -71,11 +71,11 @@ Mismatches FindMeshMismatches(const QovRyx::NodeTree& first, const QovRyx::NodeT
     const Entry* entry = first.FindNode(id);
     const QovRyx::Geometry* twin = entry == nullptr ? nullptr : QovRyx::AsGeometry(*entry);
     if (twin == nullptr) return;
-    for (const std::string_view base : {kCoordinates, kConnectivity}) {
+    for (const std::string_view base : {QovMesh::kCoordinates, QovMesh::kConnectivity}) {
       const auto count = CountItemsOf(geometry, base, otherLinks);
       const auto wanted = CountItemsOf(*twin, base, firstLinks);
       if (!count || !wanted || *count == *wanted) continue;
-      const char* unit = base == kCoordinates ? "points" : "element corners";
+      const char* unit = base == QovMesh::kCoordinates ? "points" : "element corners";
       Add(mismatches, id,
           fmt::format("{} has {} {}, in the first model {}", Quoted(geometry.GetName()), *count,
                       unit, *wanted));

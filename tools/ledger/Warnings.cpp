@@ -15,8 +15,8 @@
 #include "Plural.h"
 #include "Qov/Jbf/JbFile.h"
 #include "check/Finding.h"
-#include "check/MeshNames.h"
 #include "check/UnreadContent.h"
+#include "mesh/ArrayNames.h"
 #include "model/StreamNames.h"
 
 namespace Qov::Tools {
@@ -103,7 +103,9 @@ void ContentWarnings::FindSameNames() {
       remedy);
 }
 
-bool IsMeshArray(const std::string& name) { return IsMeshBase(SplitName(name).first); }
+bool IsMeshArray(const std::string& name) {
+  return QovMesh::IsMeshBase(QovMesh::SplitName(name).mBase);
+}
 
 /// Returns the number of results of each input that the output contains, without mesh arrays.
 std::vector<std::uint64_t> ContentWarnings::CountResultsTaken() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <string_view>
 
 #include "Qov/Ryx/InstanceNames.h"
@@ -18,9 +19,10 @@ inline constexpr std::string_view kPartElements = "Part Elements";
 struct ArrayName {
   std::string_view mBase;
   std::string_view mInstance;  ///< Empty if the array belongs to all instances.
+  friend auto operator<=>(const ArrayName&, const ArrayName&) = default;
 };
 
-/// Splits the name of a result. A blank before the separator belongs to neither part.
+/// Splits the name of a result. A space before the separator belongs to neither part.
 inline ArrayName SplitName(std::string_view name) {
   const std::size_t separator = name.rfind(kInstanceSeparator);
   if (separator == name.npos) return {name, {}};
