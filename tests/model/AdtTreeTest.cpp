@@ -57,6 +57,42 @@ TEST(AdtTree, RefusesUnknownIds) {
   EXPECT_EQ(tree.GetSize(), 2U);
 }
 
+TEST(AdtTree, RemovesSubtrees) {
+  // 1 has the children 2, 3, 4, 5; 3 has the children 6 and 7.
+  const auto make = [] {
+    NodeTree tree;
+    for (const std::uint32_t parent : {1U, 1U, 1U, 1U, 3U, 3U}) {
+      tree.SetCurrentId(parent);
+      tree.AddChild(nullptr);
+    }
+    return tree;
+  };
+  NodeTree tree = make();
+  EXPECT_EQ(tree.GetSubtree(3), (std::vector<std::uint32_t>{3, 6, 7}));
+  tree.RemoveNode(3);  // between others; contains the current entry
+  EXPECT_EQ(tree.GetSize(), 4U);
+  EXPECT_EQ(tree.GetCurrentId(), 1U);
+  EXPECT_EQ(LinksOf(tree, 2), (Links{2, 1, 0, 4, 0, 0}));
+  EXPECT_EQ(LinksOf(tree, 4), (Links{4, 1, 2, 5, 0, 0}));
+  tree.RemoveNode(2);
+  tree.RemoveNode(5);
+  EXPECT_EQ(LinksOf(tree, 1), (Links{1, 0, 0, 0, 4, 4}));
+  tree.RemoveNode(4);
+  EXPECT_EQ(LinksOf(tree, 1), (Links{1, 0, 0, 0, 0, 0}));
+  ExpectNotFound([&] { tree.RemoveNode(4); });
+  Qov::Test::ExpectError(Qov::Test::ErrorType::InvalidMethod, "root", [&] { tree.RemoveNode(1); });
+  EXPECT_EQ(tree.AddChild(nullptr).mId, 8U);  // ids are not reused
+
+  NodeTree damaged = make();  // a cycle through the root and an entry of another parent
+  damaged.GetReqNode(7).mNextSibling = 6;
+  damaged.GetReqNode(6).mFirstChild = 1;
+  damaged.GetReqNode(1).mParent = 6;
+  damaged.GetReqNode(7).mFirstChild = 5;
+  damaged.RemoveNode(3);
+  EXPECT_EQ(damaged.GetSize(), 4U);
+  EXPECT_NE(damaged.FindNode(5), nullptr);
+}
+
 TEST(AdtTree, FindsTheFirstNodeOfNameTypeAndVersion) {
   NodeTree tree;
   tree.AddChild(std::make_unique<QovRyx::FutureNode>("Cut-Sections"));
