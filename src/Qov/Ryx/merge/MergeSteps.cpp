@@ -42,7 +42,8 @@ void ReportLeftOut(const std::string& line) {
   std::cerr << line << std::endl;
 }
 
-void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams) {
+void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams,
+                          const Reporter& report) {
   constexpr std::size_t kMostNames = 8;
   if (streams.empty()) return;
   const std::string number = std::to_string(streams.size());
@@ -53,13 +54,13 @@ void ReportUnknownStreams(const std::string& path, const std::vector<std::string
     line += (i == 0 ? "" : ", ") + Qov::Util::Quote(streams[i]);
   }
   if (streams.size() > kMostNames) line += ", ...";
-  ReportLeftOut(line);
+  report(line);
 }
 
 namespace {
 
-void ReportUnread(const std::string& path, const Tree& tree) {
-  ReportUnknownStreams(path, tree.GetUnknownStreams());
+void ReportUnread(const std::string& path, const Tree& tree, const Reporter& report) {
+  ReportUnknownStreams(path, tree.GetUnknownStreams(), report);
   const UnreadContent& unread = tree.GetUnreadContent();
   if (unread.mCount == 0) return;
   std::string line = Qov::Util::Quote(path) + ": left out, because it cannot be read: ";
@@ -68,22 +69,22 @@ void ReportUnread(const std::string& path, const Tree& tree) {
   }
   const std::uint64_t more = unread.mCount - unread.mExamples.size();
   if (more != 0) line += " and " + std::to_string(more) + " more";
-  ReportLeftOut(line);
+  report(line);
 }
 
 }  // namespace
 
-void LoadModel(Tree& tree, const std::string& path, Tree::ReadMode mode) {
+void LoadModel(Tree& tree, const std::string& path, Tree::ReadMode mode, const Reporter& report) {
   Qov::Log::Trace(kMergeSource) << "Loading " << Qov::Util::Quote(path) << " ...";
   Tree::IdMap idMap;
   tree.Load(path, idMap, mode, Tree::SupportedFileFormats::Ryx);
-  ReportUnread(path, tree);
+  ReportUnread(path, tree, report);
 }
 
-void MergeModel(Tree& tree, const std::string& path) {
+void MergeModel(Tree& tree, const std::string& path, const Reporter& report) {
   Qov::Log::Trace(kMergeSource) << "Merging " << Qov::Util::Quote(path) << " ...";
   tree.Merge(path, Tree::ReadMode::WithoutViews, Tree::SupportedFileFormats::Ryx);
-  ReportUnread(path, tree);
+  ReportUnread(path, tree, report);
 }
 
 void SaveModel(Tree& tree, const std::string& output) {
@@ -98,7 +99,7 @@ std::unique_ptr<Tree> MakeModelTree() {
 
 std::unique_ptr<Tree> MakeDatasetTree() {
   std::unique_ptr<Tree> tree = MakeModelTree();
-  auto group = std::make_unique<Group>("Merge");
+  auto group = std::make_unique<Group>(kMergeGroup);
   group->mTakesModels = 1;
   tree->GetNodes().GetCurrentNode().mData = std::move(group);
   return tree;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -13,6 +14,9 @@ namespace QovRyx {
 
 /// The source of log lines and errors of the merges.
 inline constexpr const char* kMergeSource = "src/Qov/Ryx/RyxMerge";
+
+/// The name of the group at the root of a merge as datasets.
+inline constexpr const char* kMergeGroup = "Merge";
 
 inline constexpr int kMergeDone = 0;
 inline constexpr int kMergeFailed = 2;
@@ -37,19 +41,23 @@ int RunMergeStep(Step step) {
 /// Raises MiscellaneousError if `output` is the same file as one of `inputs`.
 void RefuseOutputAmongInputs(const std::vector<std::string>& inputs, const std::string& output);
 
+/// Receives a line about content that is left out.
+using Reporter = std::function<void(const std::string&)>;
+
 /// Writes a line about content that is left out to standard error and to the log.
 void ReportLeftOut(const std::string& line);
 
-/// Writes one line to standard error and to the log if a file has streams of unknown names, which
-/// are left out.
-void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams);
+/// Reports the streams of unknown names in a file, which are left out, in one line.
+void ReportUnknownStreams(const std::string& path, const std::vector<std::string>& streams,
+                          const Reporter& report);
 
 /// Reads a model file into an empty tree. Reports its unknown streams and unread content.
 void LoadModel(Tree& tree, const std::string& path,
-               Tree::ReadMode mode = Tree::ReadMode::Everything);
+               Tree::ReadMode mode = Tree::ReadMode::Everything,
+               const Reporter& report = ReportLeftOut);
 
 /// Reads a further model file into the tree. Reports its unknown streams and unread content.
-void MergeModel(Tree& tree, const std::string& path);
+void MergeModel(Tree& tree, const std::string& path, const Reporter& report = ReportLeftOut);
 
 /// Writes a model file. Replaces an existing file.
 void SaveModel(Tree& tree, const std::string& output);

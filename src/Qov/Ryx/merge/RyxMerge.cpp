@@ -1,10 +1,7 @@
 #include "Qov/Ryx/RyxMerge.h"
 
-#include <sys/types.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 
 #include "AppendResults.h"
@@ -12,14 +9,10 @@
 #include "MergeSteps.h"
 #include "MergeSummary.h"
 #include "Qov/Jbf/OutputLocks.h"
-#include "Qov/Log/Record.h"
 #include "Qov/Ryx/InstanceNames.h"
-#include "Qov/Util/Raise.h"
-#include "container/ContainerFormat.h"
-#include "diagnostics/Printable.h"
+#include "Qov/Util/FileContext.h"
+#include "ViewPointFiles.h"
 #include "model/HistoryDate.h"
-#include "model/StreamNames.h"
-#include "records/FileVersionScope.h"
 
 namespace QovRyx {
 namespace {
@@ -78,52 +71,6 @@ void AddInstance(Tree& master, const std::string& path, std::uint64_t k, Instanc
     }
     GenerateLinkedResults(master, links, summary.GetDropped());
   });
-}
-
-/// Raises ReadError for a file that is shorter than a header.
-void CheckHeaderSize(const QovJbf::JbFile& file) {
-  ::fseeko(file.GetStream(), 0, SEEK_END);
-  if (::ftello(file.GetStream()) >= off_t{QovJbf::kHeaderSize}) return;
-  Qov::Util::Raise(kMergeSource, Qov::Util::Exception::ErrorType::ReadError,
-                   Qov::Util::Quote(file.GetPath()) + " is too short for a view-point file");
-}
-
-/// Returns the version of the file. Ignores the magic, because view-point files with other magics
-/// exist.
-std::string OpenViewPointFile(QovJbf::JbFile& file, const std::string& path) {
-  file.OpenFile(path, "rb");
-  CheckHeaderSize(file);
-  return file.ReadVersion();
-}
-
-/// Reads the views and discards them, so that an error is raised before the merge and not after it.
-void CheckViewPointFile(const std::string& path) {
-  QovJbf::JbFile file;
-  const std::string version = OpenViewPointFile(file, path);
-  if (!QovJbf::HasViews(version)) return;
-  const FileVersionScope scope(version);
-  file.ReadIndex();
-  Tree views(false);
-  views.LoadViewPathVec(file);
-}
-
-void ReportNoViews(const std::string& path, const std::string& reason) {
-  ReportLeftOut(Qov::Util::Quote(path) + ": no views are taken: " + reason);
-}
-
-void AddViewPoints(Tree& tree, const std::string& path) {
-  Qov::Log::Trace(kMergeSource) << "Loading view points of " << Qov::Util::Quote(path) << " ...";
-  QovJbf::JbFile file;
-  const std::string version = OpenViewPointFile(file, path);
-  if (QovJbf::HasViews(version)) {
-    const FileVersionScope scope(version);
-    tree.LoadViewPathVec(file);
-    ReportUnknownStreams(path, FindUnknownStreams(file.GetIndex().GetItems()));
-    if (!file.HasStream(kViewPoints)) ReportNoViews(path, "the file holds none");
-  } else {
-    ReportNoViews(path, "files of version 0.1 hold none that can be read");
-  }
-  file.CloseFile();
 }
 
 }  // namespace
@@ -189,7 +136,7 @@ int merge_viewpoints_with_ryx(const std::string& model,
     LoadModel(*tree, model);
     for (const std::string& path : viewPointFiles) {
       summary.AddInput(path);
-      Qov::Util::WithFileContext(path, [&] { AddViewPoints(*tree, path); });
+      Qov::Util::WithFileContext(path, [&] { AddViewPoints(*tree, path, ReportLeftOut); });
     }
     SaveModel(*tree, output);
     summary.Log({"Added the views of ", viewPointFiles.size(), " files"}, *tree, output);
