@@ -1,0 +1,126 @@
+#include "Qov/Ryx/Merge.h"
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <memory>
+
+#include "MergeChoice.h"
+#include "MergeNotes.h"
+#include "MergeSteps.h"
+#include "ModelMerge.h"
+#include "Qov/Jbf/OutputLocks.h"
+#include "Qov/Log/Record.h"
+#include "Qov/Util/FileContext.h"
+#include "Qov/Util/Raise.h"
+#include "ViewPointFiles.h"
+#include "diagnostics/Printable.h"
+#include "model/HistoryDate.h"
+
+namespace QovRyx {
+namespace {
+
+using ErrorType = Qov::Util::Exception::ErrorType;
+
+std::uint64_t FileSize(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+/// One call of Merge.
+class MergeRun {
+ public:
+  MergeRun(const MergeRequest& request, MergeListener* listener)
+      : mRequest(request), mpListener(listener) {
+    for (std::size_t i = 0; i != request.mInputs.size(); ++i) {
+      const bool isModel = !IsViewPointFile(request.mInputs[i]);
+      if (isModel) mPositions.push_back(i);
+      (isModel ? mModels : mViewPointFiles).push_back(request.mInputs[i]);
+    }
+  }
+
+  MergeReport Run() {
+    CheckRequest();
+    const BeforeModel before = [this](std::size_t model) { Announce(mPositions[model]); };
+    const MergeChoice choice = ChooseMerge(mRequest, mModels, before);
+    mReport.mMode = choice.mMode;
+    mReport.mNames = choice.mNames;
+    mReport.mReason = choice.mReason;
+    Qov::Log::Trace(kMergeSource) << "Merging " << mModels.size() << " models: " << choice.mReason;
+    ModelMerge merge(mRequest, mModels, before, mReport, mNotes);
+    const std::unique_ptr<Tree> tree = choice.mMode == MergeMode::Instances
+                                           ? merge.MergeInstances(choice.mNames)
+                                           : merge.MergeDatasets();
+    AddViewPointFiles(*tree);
+    mNotes.CountLosses(tree->GetLosses());
+    Save(*tree);
+    mReport.mNotes = mNotes.GetLines();
+    return std::move(mReport);
+  }
+
+ private:
+  /// Refuses a merge that would fail after a long time.
+  void CheckRequest() {
+    if (mModels.empty()) {
+      Qov::Util::Raise(kMergeSource, ErrorType::ElementNotFound, "There is no model to merge");
+    }
+    struct stat status {};
+    if (!mRequest.mSettings.mOverwrite && ::lstat(mRequest.mOutput.c_str(), &status) == 0) {
+      Qov::Util::Raise(kMergeSource, ErrorType::ElementExists,
+                       "Output file " + Qov::Util::Quote(mRequest.mOutput) + " exists");
+    }
+    RefuseOutputAmongInputs(mRequest.mInputs, mRequest.mOutput);
+    QovJbf::CheckOutputIsFree(mRequest.mOutput);
+    FormatHistoryDate();  // raises for an unusable SOURCE_DATE_EPOCH
+    for (const std::string& path : mViewPointFiles) {
+      Qov::Util::WithFileContext(path, [&] { CheckViewPointFile(path); });
+    }
+    for (const std::string& path : mRequest.mInputs) mReport.mInputBytes += FileSize(path);
+  }
+
+  void Announce(std::size_t input) {
+    if (mpListener == nullptr || mpListener->BeforeInput(input, mRequest.mInputs[input])) return;
+    Qov::Util::Raise(kMergeSource, ErrorType::MiscellaneousError,
+                     "The merge was cancelled before " + Qov::Util::Quote(mRequest.mInputs[input]) +
+                         " was read");
+  }
+
+  void AddViewPointFiles(Tree& tree) {
+    for (const std::string& path : mViewPointFiles) {
+      Qov::Util::WithFileContext(path, [&] {
+        AddViewPoints(tree, path, [this](const std::string& line) { mNotes.AddLine(line); });
+      });
+    }
+  }
+
+  void CountNodes(const Tree& tree) {
+    mReport.mNodes = tree.GetNodes().GetSize();
+    ForEachGeometry(tree.GetNodes(), [this](std::uint32_t, const Geometry& geometry) {
+      ++mReport.mGeometries;
+      mReport.mResults += geometry.GetVariables().size();
+    });
+  }
+
+  void Save(Tree& tree) {
+    CountNodes(tree);
+    SaveModel(tree, mRequest.mOutput);
+    if (mpListener != nullptr) mpListener->CheckOutput(mRequest.mOutput);
+    mReport.mOutputBytes = FileSize(mRequest.mOutput);
+  }
+
+  const MergeRequest& mRequest;
+  MergeListener* mpListener;
+  std::vector<std::string> mModels;
+  std::vector<std::size_t> mPositions;  ///< The positions of the models among the inputs.
+  std::vector<std::string> mViewPointFiles;
+  MergeReport mReport;
+  MergeNotes mNotes;
+};
+
+}  // namespace
+
+MergeReport Merge(const MergeRequest& request, MergeListener* listener) {
+  return MergeRun(request, listener).Run();
+}
+
+}  // namespace QovRyx
