@@ -9,12 +9,13 @@
 #include "MergeNotes.h"
 #include "MergeSteps.h"
 #include "ModelMerge.h"
-#include "Qov/Jbf/OutputLocks.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
 #include "ViewPointFiles.h"
+#include "container/TemporaryOutput.h"
 #include "diagnostics/Printable.h"
+#include "model/HeavyPass.h"
 #include "model/HistoryDate.h"
 
 namespace QovRyx {
@@ -41,6 +42,7 @@ class MergeRun {
 
   MergeReport Run() {
     CheckRequest();
+    QovJbf::TemporaryOutput output(mRequest.mOutput, mRequest.mSettings.mOverwrite);
     const BeforeModel before = [this](std::size_t model) { Announce(mPositions[model]); };
     const MergeChoice choice = ChooseMerge(mRequest, mModels, before);
     mReport.mMode = choice.mMode;
@@ -53,7 +55,7 @@ class MergeRun {
                                            : merge.MergeDatasets();
     AddViewPointFiles(*tree);
     mNotes.CountLosses(tree->GetLosses());
-    Save(*tree);
+    Save(*tree, output);
     mReport.mNotes = mNotes.GetLines();
     return std::move(mReport);
   }
@@ -64,13 +66,7 @@ class MergeRun {
     if (mModels.empty()) {
       Qov::Util::Raise(kMergeSource, ErrorType::ElementNotFound, "There is no model to merge");
     }
-    struct stat status {};
-    if (!mRequest.mSettings.mOverwrite && ::lstat(mRequest.mOutput.c_str(), &status) == 0) {
-      Qov::Util::Raise(kMergeSource, ErrorType::ElementExists,
-                       "Output file " + Qov::Util::Quote(mRequest.mOutput) + " exists");
-    }
-    RefuseOutputAmongInputs(mRequest.mInputs, mRequest.mOutput);
-    QovJbf::CheckOutputIsFree(mRequest.mOutput);
+    QovJbf::CheckIsNotAnInput(mRequest.mOutput, mRequest.mInputs);
     FormatHistoryDate();  // raises for an unusable SOURCE_DATE_EPOCH
     for (const std::string& path : mViewPointFiles) {
       Qov::Util::WithFileContext(path, [&] { CheckViewPointFile(path); });
@@ -93,19 +89,23 @@ class MergeRun {
     }
   }
 
-  void CountNodes(const Tree& tree) {
-    mReport.mNodes = tree.GetNodes().GetSize();
-    ForEachGeometry(tree.GetNodes(), [this](std::uint32_t, const Geometry& geometry) {
+  void CountNodes(const NodeTree& nodes) {
+    for (const auto& [id, entry] : nodes) mReport.mNodes += entry.mData ? 1 : 0;
+    ForEachGeometry(nodes, [this](std::uint32_t, const Geometry& geometry) {
       ++mReport.mGeometries;
       mReport.mResults += geometry.GetVariables().size();
     });
   }
 
-  void Save(Tree& tree) {
-    CountNodes(tree);
-    SaveModel(tree, mRequest.mOutput);
-    if (mpListener != nullptr) mpListener->CheckOutput(mRequest.mOutput);
-    mReport.mOutputBytes = FileSize(mRequest.mOutput);
+  void Save(Tree& tree, QovJbf::TemporaryOutput& output) {
+    CountNodes(tree.GetNodes());
+    const std::string& path = output.GetTemporaryPath();
+    Qov::Util::WithFileContext(mRequest.mOutput, [&] {
+      tree.Save(path, "", mRequest.mSettings);
+      if (mpListener != nullptr) mpListener->CheckOutput(path);
+      mReport.mOutputBytes = FileSize(path);
+      output.Commit();
+    });
   }
 
   const MergeRequest& mRequest;

@@ -5,10 +5,9 @@
 #include <set>
 #include <tuple>
 
+#include "ArrayNames.h"
 #include "MergeSteps.h"
-#include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Util/Raise.h"
-#include "ResultNames.h"
 #include "diagnostics/Printable.h"
 #include "model/LinkFollower.h"
 
@@ -39,8 +38,8 @@ class MeshFinder {
   std::set<MeshArray> Find(const Geometry& geometry) {
     std::set<MeshArray> arrays;
     for (const Geometry::VarStruct& result : geometry.GetVariables()) {
-      const std::string base(SplitResultName(result.mName).mBase);
-      if (!isMeshResult(base)) continue;
+      const std::string base(SplitName(result.mName).mBase);
+      if (!IsMeshBase(base)) continue;
       const Geometry::VarStruct* owner = mFollower.FindOwner(result);
       const NumericArray values = owner == nullptr ? NumericArray() : owner->mValues;
       arrays.emplace(base, result.mKind, values.GetNumElements(), values.GetWidth());

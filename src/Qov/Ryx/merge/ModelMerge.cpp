@@ -27,6 +27,15 @@ std::uint64_t CountEqualNames(const NodeTree& nodes) {
   return number;
 }
 
+/// Removes the geometries that `master` does not have and that have no results.
+void RemoveEmptyGeometries(NodeTree& nodes, const NodeTree& master) {
+  for (auto& [id, entry] : nodes) {
+    const Geometry* geometry = AsGeometry(entry);
+    const bool isEmpty = geometry != nullptr && geometry->GetVariables().empty();
+    if (isEmpty && master.FindNode(id) == nullptr) entry.mData = nullptr;
+  }
+}
+
 bool HoldsDatasetMerge(const std::string& path) {
   Tree tree(false);
   LoadModel(tree, path, Tree::ReadMode::WithoutViews, [](const std::string&) {});
@@ -82,6 +91,7 @@ void ModelMerge::AddInstance(Tree& master, const std::string& path, const ModelN
   mNotes.CountLosses(tree.GetLosses());
   CountLeftOut(master, tree, mNotes);
   NameInstances(tree, naming);
+  RemoveEmptyGeometries(tree.GetNodes(), master.GetNodes());
   DroppedResults none;  // stays empty, because CountLeftOut has found a place for each result
   AppendResults(tree, master, none);
 }

@@ -9,13 +9,17 @@
 #include <utility>
 
 #include "Qov/Ryx/InstanceNames.h"
-#include "ResultNames.h"
 #include "SharingLimit.h"
 
 namespace QovRyx {
 namespace {
 
 using Parts = std::set<std::string>;
+
+/// Returns the text before the last separator of a name.
+std::string BaseOf(const std::string& name) {
+  return name.substr(0, name.rfind(kInstanceSeparator));
+}
 
 /// Returns the last `numFolders` folders of a path and its stem: "a/run".
 std::string StemWithFolders(const std::filesystem::path& path, std::size_t numFolders) {
@@ -102,8 +106,8 @@ class GeometryNames {
         mCommon.push_back(i);
         continue;
       }
-      const auto [base, instance] = SplitResultName(name);
-      Rename(i, base, *parts.insert(mNaming.Combine(instance)).first);
+      const std::string base = BaseOf(name);
+      Rename(i, base, *parts.insert(mNaming.Combine(name.substr(base.size() + 1))).first);
     }
     return parts;
   }
@@ -119,7 +123,7 @@ class GeometryNames {
   /// Gives each common result the instance parts for which its name is free.
   void NameCommon(const Parts& parts) {
     for (const std::size_t i : mCommon) {
-      const std::string base(SplitResultName(mGeometry.GetVariables()[i].mName).mBase);
+      const std::string base = BaseOf(mGeometry.GetVariables()[i].mName);
       bool isNamed = false;
       for (const std::string& part : parts) {
         if (mNames.contains(base + kInstanceSeparator + part)) continue;
@@ -135,8 +139,8 @@ class GeometryNames {
   }
 
  private:
-  void Rename(std::size_t i, std::string_view base, const std::string& part) {
-    std::string name = std::string(base) + kInstanceSeparator + part;
+  void Rename(std::size_t i, const std::string& base, const std::string& part) {
+    std::string name = base + kInstanceSeparator + part;
     mNames.insert(name);
     mGeometry.RenameVariable(i, std::move(name));
   }
@@ -167,9 +171,9 @@ double CountBytes(const Tree& tree) {
 
 }  // namespace
 
-std::string ModelNaming::Combine(std::string_view instance) const {
-  if (mPart.empty() || instance.empty()) return mPart + std::string(instance);
-  return mPart + (mNames == MergedNames::Stem ? " " : "") + std::string(instance);
+std::string ModelNaming::Combine(const std::string& instance) const {
+  const bool needsBlank = mNames == MergedNames::Stem && !mPart.empty() && !instance.empty();
+  return mPart + (needsBlank ? " " : "") + instance;
 }
 
 std::vector<ModelNaming> NameModels(const std::vector<std::string>& models, MergedNames names,

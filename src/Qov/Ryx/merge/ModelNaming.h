@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "Qov/Ryx/Merge.h"
@@ -16,7 +15,7 @@ struct ModelNaming {
   std::string mPart;  ///< Empty for MergedNames::Keep.
 
   /// Returns the new instance part for an old one, which may be empty.
-  std::string Combine(std::string_view instance) const;
+  std::string Combine(const std::string& instance) const;
 };
 
 /// Returns the naming of each model. `names` is not Automatic. Stems that several models have get
