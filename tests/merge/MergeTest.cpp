@@ -2,11 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
-#include <map>
+#include <sstream>
+#include <stdexcept>
 
-#include "Qov/Ryx/ValueOwners.h"
 #include "support/Errors.h"
 #include "support/Files.h"
 #include "support/ModelBuilder.h"
@@ -18,10 +19,8 @@ namespace QovRyx {
 namespace {
 
 using namespace Qov::Test;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 using Names = std::vector<std::string>;
 
@@ -68,20 +67,24 @@ class Merging : public testing::Test {
   MergeRequest mRequest;
 };
 
-/// Returns the values of each result by geometry and name, so that models with other links compare
-/// equal.
-std::map<std::string, std::string> ValuesByName(const std::string& path) {
-  Tree tree(false);
-  LoadTree(tree, path);
-  std::map<std::string, std::string> values;
-  ForEachGeometry(tree.GetNodes(), [&](std::uint32_t id, const Geometry& geometry) {
-    for (const auto& result : geometry.GetVariables()) {
-      std::ostringstream text;
-      Describe(text, result.mValues);
-      values[std::to_string(id) + ":" + Unbarred(result.mName)] += text.str();
-    }
-  });
-  return values;
+/// Returns the names and values of all results of the models, sorted, so that models with other
+/// node ids and other links compare equal.
+Names ValuesOf(const Names& paths) {
+  Names texts;
+  for (const std::string& path : paths) {
+    Tree tree(false);
+    LoadTree(tree, path);
+    ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, const Geometry& geometry) {
+      for (const auto& result : geometry.GetVariables()) {
+        std::ostringstream text;
+        text << geometry.GetName() << ": " << Unbarred(result.mName) << ": ";
+        Describe(text, result.mValues);
+        texts.push_back(text.str());
+      }
+    });
+  }
+  std::sort(texts.begin(), texts.end());
+  return texts;
 }
 
 TEST_F(Merging, ChoosesTheModeByTreeAndMesh) {
@@ -187,6 +190,220 @@ TEST_F(Merging, NamesInstances) {
     EXPECT_EQ(MergeAll().mInstanceNames, test.mParts);
     EXPECT_EQ(ResultNames(), test.mFirst);
   }
+}
+
+/// Adds two geometries whose results are linked to each other, over the positions of common results
+/// too, and names all results for the instance `name`.
+void BuildLinked(Tree& tree, const std::string& name, std::uint32_t seed) {
+  const auto values = [&](std::uint32_t start) { return NumericArray::Of(Count(5, seed + start)); };
+  Geometry& left = AddNode<Geometry>(tree, NodeTree::kRootId, "Left");
+  Geometry& right = AddNode<Geometry>(tree, NodeTree::kRootId, "Right");
+  left.AppendVariable(MakeVariable("Node Ids|" + name, 6, values(10)));
+  left.AppendVariable(MakeLinked("To itself's geometry|" + name, {2, 0}));
+  left.AppendVariable(MakeLinked("Chain|" + name, {3, 1}));
+  right.AppendVariable(MakeVariable("S|" + name, 12, values(20)));
+  right.AppendVariable(MakeLinked("To the left|" + name, {2, 0}));
+  right.AppendVariable(MakeLinked("To a later result|" + name, {3, 3}));
+  right.AppendVariable(MakeVariable("T|" + name, 12, values(30)));
+}
+
+TEST_F(Merging, LinksLeadToTheSameValuesInEveryMode) {
+  for (std::uint32_t i = 0; i != 3; ++i) {
+    const std::string name = "i" + std::to_string(i);
+    Add(name + ".ryx", [&](Tree& tree) { BuildLinked(tree, name, 100 * i); });
+  }
+  const Names expected = ValuesOf(mRequest.mInputs);
+  for (const MergeMode mode : {MergeMode::Instances, MergeMode::Datasets}) {
+    for (const bool share : {false, true}) {
+      mRequest.mMode = mode;
+      mRequest.mShare = share;
+      MergeAll();
+      EXPECT_EQ(ValuesOf({mRequest.mOutput}), expected) << static_cast<int>(mode) << share;
+    }
+  }
+}
+
+TEST_F(Merging, PartialMergesGiveTheMergeOfAllInputs) {
+  mRequest.mShare = false;
+  for (const std::size_t numParts : {2U, 7U}) {
+    for (const bool isJoin : {false, true}) {
+      SCOPED_TRACE(std::to_string(numParts) + (isJoin ? " datasets" : " instances"));
+      mRequest.mInputs.clear();
+      for (std::uint32_t i = 0; i != 2 * numParts; ++i) {
+        AddPlate("run" + std::to_string(i) + ".ryx", {"S|1", "S|2", "T"}, i, isJoin ? 10 + i : 10);
+      }
+      const Names all = mRequest.mInputs;
+      MergeAll();
+      const std::string expected = DescribeModel(mRequest.mOutput);
+      Names parts;
+      for (std::size_t i = 0; i != numParts; ++i) {
+        parts.push_back(MergeTo("part" + std::to_string(i), {all[2 * i], all[2 * i + 1]}));
+      }
+      mRequest.mJoin = isJoin;
+      if (!isJoin) mRequest.mNames = MergedNames::Keep;
+      EXPECT_EQ(DescribeModel(MergeTo("joined.ryx", parts)), expected);
+      if (isJoin) {  // a model that is not a dataset merge takes its place among the others
+        Names mixed = {all[0], all[1]};
+        mixed.insert(mixed.end(), parts.begin() + 1, parts.end());
+        EXPECT_EQ(DescribeModel(MergeTo("joined.ryx", mixed)), expected);
+      }
+      mRequest.mJoin = false;
+      mRequest.mNames = MergedNames::Automatic;
+    }
+  }
+}
+
+TEST_F(Merging, TakesTheRequestedViews) {
+  const auto plateWithPath = [](const std::string& path, std::size_t numViews) {
+    return [=](Tree& tree) {
+      BuildPlate(tree, {"S"}, 1);
+      AddViewPointPath(tree, path, numViews);
+      tree.GetViewPoint().mName = "current " + path;
+    };
+  };
+  Add("a.ryx", plateWithPath("A", 2));
+  Add("b.ryx", plateWithPath("B", 1));
+  AddPlate("c.ryx", {"S"}, 2);
+  const struct {
+    MergedViews mViews;
+    bool mHasFile;
+    Names mInputs;
+    Names mPaths;
+    std::uint64_t mLeftOut;  ///< Current views, and view points of paths.
+    std::string mCurrent;
+  } cases[] = {
+      {MergedViews::First, false, {"a.ryx", "b.ryx"}, {"A"}, 2, "current A"},
+      {MergedViews::First, true, {"c.ryx", "b.ryx"}, {"V"}, 2, "no name"},
+      {MergedViews::All, false, {"a.ryx", "b.ryx", "c.ryx"}, {"A", "B"}, 1, "current A"},
+      {MergedViews::All, false, {"c.ryx", "b.ryx"}, {"B"}, 0, "current B"},
+      {MergedViews::None, false, {"a.ryx", "b.ryx"}, {}, 5, "no name"},
+      {MergedViews::None, true, {"a.ryx", "b.ryx"}, {"V"}, 5, "no name"},
+  };
+  SaveViewPointFile(mDir / "v.vpt", "V");
+  for (const auto& test : cases) {
+    for (const MergeMode mode : {MergeMode::Instances, MergeMode::Datasets}) {
+      mRequest.mInputs.clear();
+      if (test.mHasFile) mRequest.mInputs.push_back(mDir / "v.vpt");
+      for (const std::string& input : test.mInputs) mRequest.mInputs.push_back(mDir / input);
+      mRequest.mMode = mode;
+      mRequest.mViews = test.mViews;
+      EXPECT_EQ(MergeAll().mViewsLeftOut, test.mLeftOut);
+      Tree tree(false);
+      LoadTree(tree, mRequest.mOutput);
+      Names paths;
+      for (const ViewPointPath& path : tree.GetViewPointPaths()) paths.push_back(path.mName);
+      EXPECT_EQ(paths, test.mPaths);
+      EXPECT_EQ(tree.GetViewPoint().mName, test.mCurrent);
+    }
+  }
+}
+
+TEST_F(Merging, CountsWhatInstancesLeaveOut) {
+  AddPlate("a.ryx", {"S"}, 1);
+  Add("b.ryx", [](Tree& tree) {
+    BuildPlate(tree, {"S"}, 2);
+    dynamic_cast<Group&>(*tree.GetNodes().GetReqNode(PlateIds::kGroup).mData).mAttributes["x"] = 1U;
+    AddNode<Group>(tree, NodeTree::kRootId, "More");
+    AddNode<Geometry>(tree, NodeTree::kRootId, "Empty");
+  });
+  mRequest.mMode = MergeMode::Instances;
+  mRequest.mNames = MergedNames::Keep;
+  EXPECT_THAT(
+      MergeAll().mNotes,
+      ElementsAre(HasSubstr("2 nodes of further inputs are left out"),
+                  HasSubstr("1 group of a further input has other attributes"),
+                  HasSubstr("1 shape of a further input has another material"),
+                  HasSubstr("1 node with sets of a further input is left out"),
+                  HasSubstr("3 results have the names of other results of their geometries")));
+}
+
+/// Cancels a merge before an input, or refuses its output.
+class Refusal : public MergeListener {
+ public:
+  explicit Refusal(std::size_t input) : mInput(input) {}
+  bool BeforeInput(std::size_t number, const std::string& /*path*/) override {
+    return number != mInput;
+  }
+  void CheckOutput(const std::string& path) override {
+    EXPECT_FALSE(DescribeModel(path).empty());
+    throw std::runtime_error("refused");
+  }
+
+ private:
+  std::size_t mInput;
+};
+
+TEST_F(Merging, RefusesWithoutATrace) {
+  AddPlate("a.ryx", {"S"}, 1);
+  AddPlate("b.ryx", {"S"}, 2);
+  const MergeRequest good = mRequest;
+  Add("c.ryx", [](Tree& tree) { BuildLinked(tree, "1", 0); });
+  WriteFile(mDir / "bad.ryx", "not a model");
+  const struct {
+    const char* mText;
+    ErrorType mType;
+    std::function<void(MergeRequest&)> mEdit;
+  } cases[] = {
+      {"exists", ErrorType::ElementExists, [](auto& r) { r.mSettings.mOverwrite = false; }},
+      {"is also an input", ErrorType::MiscellaneousError,
+       [&](auto& r) { r.mInputs.push_back(r.mOutput); }},
+      {"There is no model", ErrorType::ElementNotFound, [](auto& r) { r.mInputs.clear(); }},
+      {"Only a merge as datasets can join", ErrorType::MiscellaneousError,
+       [](auto& r) {
+         r.mMode = MergeMode::Instances;
+         r.mJoin = true;
+       }},
+      {"is not a Ryx file", ErrorType::FormatNotSupported,
+       [&](auto& r) { r.mInputs.push_back(mDir / "bad.ryx"); }},
+      {"The results of node 2 (Geometry \"Left\") have no place", ErrorType::MismatchError,
+       [&](auto& r) {
+         r.mMode = MergeMode::Instances;
+         r.mInputs.push_back(mDir / "c.ryx");
+       }},
+  };
+  const auto listFiles = [&] {
+    Names names;
+    for (const auto& entry : std::filesystem::directory_iterator(mDir.GetPath())) {
+      names.push_back(entry.path());
+    }
+    return names;
+  };
+  WriteFile(good.mOutput, "old");
+  const Names before = listFiles();
+  for (const auto& test : cases) {
+    mRequest = good;
+    mRequest.mSettings.mOverwrite = true;
+    test.mEdit(mRequest);
+    ExpectError(test.mType, test.mText, [this] { Merge(mRequest); });
+    EXPECT_EQ(ReadFile(good.mOutput), "old") << test.mText;
+    EXPECT_EQ(listFiles(), before) << test.mText;
+  }
+  mRequest = good;
+  mRequest.mSettings.mOverwrite = true;
+  Refusal atSecond(1);
+  ExpectError(ErrorType::MiscellaneousError, "The merge was cancelled before",
+              [&] { Merge(mRequest, &atSecond); });
+  Refusal atEnd(9);
+  EXPECT_THROW(Merge(mRequest, &atEnd), std::runtime_error);
+  EXPECT_EQ(ReadFile(good.mOutput), "old");
+  EXPECT_EQ(listFiles(), before);
+}
+
+TEST_F(Merging, GivesTheSameBytesForAnyNumberOfThreads) {
+  const ScopedEnvironment epoch("SOURCE_DATE_EPOCH", "1000");
+  AddPlate("a.ryx", {"S"}, 1, 100000);
+  AddPlate("b.ryx", {"S"}, 2, 100000);
+  mRequest.mSettings.mThreads = 1;
+  MergeAll();
+  const std::string expected = ReadFile(mRequest.mOutput);
+  mRequest.mSettings.mThreads = 3;
+  const MergeReport report = MergeAll();
+  EXPECT_TRUE(ReadFile(mRequest.mOutput) == expected);
+  EXPECT_EQ(report.mOutputBytes, expected.size());
+  Tree tree(false);
+  LoadTree(tree, mRequest.mOutput);
+  EXPECT_EQ(tree.GetModifiers().back().mApplication, "RyxMerge");
+  EXPECT_EQ(tree.GetModifiers().back().mApplicationVersion, "2017 R1");
 }
 
 }  // namespace
