@@ -125,6 +125,13 @@ Json CountsJson(const ModelCounts& counts) {
           {"instances", std::move(instances)}};
 }
 
+/// Returns the program that wrote the file.
+std::string WriterText(const QovRyx::Tree& tree, const TextStyle& style) {
+  if (tree.GetModifiers().empty()) return "-";
+  const QovRyx::ModifierInfo& last = tree.GetModifiers().back();
+  return Escape(fmt::format("{} {}", last.mApplication, last.mApplicationVersion), style);
+}
+
 bool IsTroubled(const StreamInfo& stream) { return !stream.mTrouble.empty(); }
 
 }  // namespace
@@ -160,6 +167,39 @@ void FileInfo::Report(Output& output) const {
   for (const std::string& line : StreamLines(mContainer, style)) output.Line("  " + line);
   ReportViews(mTree, output);
   ReportHistory(mTree, output);
+}
+
+TextTable FileInfo::MakeTable(const TextStyle& style) {
+  using Cut = TextTable::Cut;
+  constexpr std::size_t kWidestInPipe = 80;
+  return {{{"FILE", Align::Left, Cut::Start, false, 18},
+           {"VER."},
+           {"NODES", Align::Right},
+           {"GEOM.", Align::Right},
+           {"RESULTS", Align::Right},
+           {"INST.", Align::Right},
+           {"SIZE", Align::Right},
+           {"RATIO", Align::Right, Cut::Never, true},
+           {"WRITER", Align::Left, Cut::End, true}},
+          style.mTerminal ? std::string::npos : kWidestInPipe};
+}
+
+TextTable::Row FileInfo::MakeRow(const TextStyle& style) const {
+  const auto geometries = mCounts.mNodes.find("Geometry");
+  const double ratio = mContainer.mFileSize == 0 ? 0.0
+                                                 : static_cast<double>(mContainer.GetRawSize()) /
+                                                       static_cast<double>(mContainer.mFileSize);
+  const bool isModel = HoldsNodes(mTree);
+  const auto count = [isModel](std::uint64_t n) { return isModel ? fmt::format("{}", n) : "-"; };
+  return {Escape(mPath, style),
+          Escape(mContainer.mVersion, style),
+          count(mCounts.GetNumNodes()),
+          count(geometries == mCounts.mNodes.end() ? 0 : geometries->second),
+          count(mCounts.mNumResults),
+          count(mCounts.mInstances.size()),
+          SizeText(mContainer.mFileSize),
+          fmt::format("{:.2f}", ratio),
+          WriterText(mTree, style)};
 }
 
 Json FileInfo::MakeJson() const {

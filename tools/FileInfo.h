@@ -7,6 +7,7 @@
 #include "ModelCounts.h"
 #include "Output.h"
 #include "Qov/Ryx/Tree.h"
+#include "TextTable.h"
 
 namespace Qov::Tools {
 
@@ -23,7 +24,11 @@ class FileInfo {
 
   /// Writes one screen of lines.
   void Report(Output& output) const;
-  /// Returns the same for a document (docs/json/info.md).
+  /// Returns a table for rows of files.
+  static TextTable MakeTable(const TextStyle& style);
+  /// Returns the most important properties as a row of that table.
+  TextTable::Row MakeRow(const TextStyle& style) const;
+  /// Returns the lines of Report for a document (docs/json/info.md).
   Json MakeJson() const;
 
  private:

@@ -68,7 +68,7 @@ template <class MakeRow>
 void ShowTable(TextTable table, std::size_t numRows, const MakeRow& makeRow, const Sink& sink) {
   if (numRows == 0) return;
   for (std::size_t i = 0; i < numRows; ++i) table.Measure(makeRow(i));
-  for (const std::string& line : table.GetLinesOf(table.GetHeadings())) sink(line);
+  for (const std::string& line : table.GetHeadingLines()) sink(line);
   for (std::size_t i = 0; i < numRows; ++i) {
     for (const std::string& line : table.GetLinesOf(makeRow(i))) sink(line);
   }
