@@ -165,8 +165,8 @@ void FileInfo::Report(Output& output) const {
   const std::string unknown = UnknownText(mContainer, style);
   if (!unknown.empty()) output.Line(Labelled("Unknown", unknown));
   for (const std::string& line : StreamLines(mContainer, style)) output.Line("  " + line);
-  ReportViews(mTree, output);
-  ReportHistory(mTree, output);
+  ReportViews(mTree, LongLines::Kept, output);
+  ReportHistory(mTree, LongLines::Kept, output);
 }
 
 TextTable FileInfo::MakeTable(const TextStyle& style) {

@@ -22,16 +22,19 @@ constexpr const char* kFooter =
     "or\n"
     "time step.\n"
     "\n"
-    "With --node, --name or --type only nodes that meet all of these are shown, and their\n"
-    "ancestors without content. Patterns may contain *, ? and [...].\n"
+    "With --node, --name, --type or --results only nodes that meet all of these are shown, and\n"
+    "their ancestors without content. Patterns may contain *, ? and [...].\n"
+    "On a terminal, names and texts that do not fit are cut, and columns that do not fit are left\n"
+    "out, which an ellipsis after the headings shows. In a pipe nothing is cut.\n"
     "\n"
     "Example: ryx ls plate.ryx plate.vpt\n"
-    "         ryx ls --type geometry --name \"Skin*\" plate.ryx";
+    "         ryx ls --type geometry --name \"Skin*\" plate.ryx\n"
+    "         ryx ls --results \"Stress*\" plate.ryx";
 
 /// Options of the listing.
 struct LsOptions {
   NodeCriteria mCriteria;
-  bool mResults = true;
+  bool mHideResults = false;
   bool mJson = false;
 };
 
@@ -54,8 +57,14 @@ class LsCommand : public Command {
 void LsCommand::Declare(CLI::App& app) {
   NodeCriteria& criteria = mOptions.mCriteria;
   app.add_option("FILE", mPaths, "Model or view-point files")->required();
-  app.add_flag("--results,!--no-results", mOptions.mResults,
-               "Show the results of geometries (default), or do not read them");
+  CLI::Option* results =
+      app.add_option("--results", criteria.mResults,
+                     "Show only results whose names match, with or without the load case; "
+                     "repeatable")
+          ->type_name("PATTERN")
+          ->allow_extra_args(false);
+  app.add_flag("--no-results", mOptions.mHideResults, "Do not show results, and do not read them")
+      ->excludes(results);
   app.add_option("--node", criteria.mIds, "Show the node with this id; repeatable")
       ->type_name("ID")
       ->transform(WholeNumber())
@@ -66,6 +75,12 @@ void LsCommand::Declare(CLI::App& app) {
       ->type_name("TYPE")
       ->check(CLI::IsMember({"Group", "Shape", "Geometry", "NodeSets", "FutureNode"},
                             CLI::ignore_case));
+  app.add_option("--depth", criteria.mDepth, "Show only this number of levels of the tree")
+      ->type_name("N")
+      ->transform(WholeNumber())
+      ->check([](const std::string& word) {
+        return word == "0" ? "the first level has number 1" : "";
+      });
   app.add_flag("--json", mOptions.mJson, "Print one JSON document");
 }
 
@@ -99,7 +114,7 @@ bool FileLister::Show(const std::string& path, const QovRyx::Tree& tree) {
   const NodeFilter filter(tree.GetNodes(), mOptions.mCriteria);
   std::optional<ModelStatistics> statistics;
   const TextStyle style = mOptions.mJson ? TextStyle() : mOutput.GetStyle();
-  if (mOptions.mResults) statistics.emplace(tree.GetNodes(), filter, style);
+  if (!mOptions.mHideResults) statistics.emplace(tree.GetNodes(), filter, style);
   const ModelStatistics* results = statistics ? &*statistics : nullptr;
   return mOptions.mJson ? AddJson(tree, filter, results) : ShowTree(path, tree, filter, results);
 }
@@ -110,10 +125,11 @@ bool FileLister::ShowTree(const std::string& path, const QovRyx::Tree& tree,
   mHasShownFile = true;
   mOutput.Line(Escape(path, mOutput.GetStyle()));
   const bool complete = ReportNodes(tree, filter, statistics, mOutput);
-  if (filter.IsEmpty()) mOutput.Line("(no node matches)");
+  if (filter.IsEmpty())
+    mOutput.Line(filter.ChoosesResults() ? "(no result matches)" : "(no node matches)");
   if (!filter.IsActive()) {
-    ReportViews(tree, mOutput);
-    ReportHistory(tree, mOutput);
+    ReportViews(tree, LongLines::Cut, mOutput);
+    ReportHistory(tree, LongLines::Cut, mOutput);
   }
   mOutput.Flush();
   return complete;

@@ -24,8 +24,9 @@ constexpr std::size_t kMostSetsInJson = 200000;
 /// Creates the parts that belong to nodes.
 class NodeWriter {
  public:
-  NodeWriter(const QovRyx::Tree& tree, const ModelStatistics* statistics, bool& complete)
-      : mTree(tree), mpStatistics(statistics), mComplete(complete) {}
+  NodeWriter(const QovRyx::Tree& tree, const NodeFilter& filter, const ModelStatistics* statistics,
+             bool& complete)
+      : mTree(tree), mFilter(filter), mpStatistics(statistics), mComplete(complete) {}
 
   Json Entry(const TreeWalk::Step& step) const;
   void AddContent(const QovRyx::Node& node, Json& entry) const;
@@ -38,6 +39,7 @@ class NodeWriter {
   void AddSets(const QovRyx::NodeSets& sets, Json& entry) const;
 
   const QovRyx::Tree& mTree;
+  const NodeFilter& mFilter;
   const ModelStatistics* mpStatistics;
   bool& mComplete;
 };
@@ -53,6 +55,8 @@ Json NodeWriter::Entry(const TreeWalk::Step& step) const {
   const QovRyx::Node* node = step.mEntry->mData.get();
   entry["type"] = node == nullptr ? Json() : Json(node->GetType());
   if (node != nullptr) entry["name"] = JsonText(node->GetName());
+  const std::uint64_t numDeeper = mFilter.CountDeeper(step.mId);
+  if (numDeeper != 0) entry["deeper"] = numDeeper;
   return entry;
 }
 
@@ -67,7 +71,12 @@ void NodeWriter::AddContent(const QovRyx::Node& node, Json& entry) const {
 
 Json NodeWriter::Results(const Geometry& geometry) const {
   Json list = Json::array();
-  for (const auto& variable : geometry.GetVariables()) list.push_back(Result(variable));
+  for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
+    const Geometry::VarStruct& variable = geometry.GetVariables()[i];
+    if (!mFilter.ShowsResult(variable.mName)) continue;
+    list.push_back(Result(variable));
+    if (mFilter.ChoosesResults()) list.back()["position"] = i;
+  }
   return list;
 }
 
@@ -149,7 +158,7 @@ Json AttributeJson(const QovUtil::AttributeValue& value) {
 
 Json NodesJson(const QovRyx::Tree& tree, const NodeFilter& filter,
                const ModelStatistics* statistics, bool& complete) {
-  const NodeWriter writer(tree, statistics, complete);
+  const NodeWriter writer(tree, filter, statistics, complete);
   Json list = Json::array();
   TreeWalk walk(tree.GetNodes(), filter.GetShown());
   while (const auto step = walk.Next()) {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "ErrorText.h"
+#include "FitText.h"
 #include "LinkTarget.h"
 #include "Plural.h"
 #include "TextTable.h"
@@ -24,50 +25,71 @@ using Align = TextTable::Align;
 /// Receives the lines of the content of a node.
 using Sink = std::function<void(const std::string& line)>;
 
-/// Returns the width above which a cell does not widen its column.
-std::size_t WidthLimit(const TextStyle& style) {
-  constexpr std::size_t kLimit = 40;
-  return style.mTerminal ? std::clamp<std::size_t>(style.mWidth / 3, 12, kLimit) : kLimit;
-}
+/// The width above which a cell does not widen its column in a pipe.
+constexpr std::size_t kWidestInPipe = 40;
 
 /// Creates the lines of a node.
 class NodeReport {
  public:
-  NodeReport(const QovRyx::Tree& tree, const ModelStatistics* statistics, const TextStyle& style)
-      : mTree(tree), mStyle(style), mpStatistics(statistics) {}
+  NodeReport(const QovRyx::Tree& tree, const NodeFilter& filter, const ModelStatistics* statistics,
+             const TextStyle& style)
+      : mTree(tree), mFilter(filter), mStyle(style), mpStatistics(statistics) {}
 
-  std::string Label(const TreeWalk::Step& step) const;
+  /// Returns the label of a node, for a line that begins with `before`.
+  std::string Label(const TreeWalk::Step& step, const std::string& before) const;
   /// Writes the content of the node, each line after `before`.
   void Content(const QovRyx::Node& node, const std::string& before, Output& output);
   bool HasTrouble() const { return mTrouble; }
 
  private:
-  void Results(const Geometry& geometry, const Sink& sink);
-  void Sets(const QovRyx::NodeSets& sets, const Sink& sink);
+  std::size_t GetRoom(const std::string& before) const;
+  template <class MakeRow>
+  void ShowTable(std::vector<TextTable::Column> columns, std::size_t numRows,
+                 const std::string& before, const MakeRow& makeRow, const Sink& sink) const;
+  void Results(const Geometry& geometry, const std::string& before, const Sink& sink);
+  void Sets(const QovRyx::NodeSets& sets, const std::string& before, const Sink& sink);
   std::string LinkText(const Geometry::VarStruct& variable) const;
   std::string Trouble(const std::string& text);
   std::vector<std::string> ResultRow(const Geometry::VarStruct& variable);
 
   const QovRyx::Tree& mTree;
+  const NodeFilter& mFilter;
   TextStyle mStyle;
   const ModelStatistics* mpStatistics;
   bool mTrouble = false;
 };
 
-std::string NodeReport::Label(const TreeWalk::Step& step) const {
+std::string NodeReport::Label(const TreeWalk::Step& step, const std::string& before) const {
   if (step.mEntry == nullptr) return fmt::format("(node {} is missing)", step.mId);
   if (step.mAgain) return fmt::format("(node {} again)", step.mId);
+  const std::uint64_t numDeeper = mFilter.CountDeeper(step.mId);
+  const std::string deeper =
+      numDeeper == 0 ? "" : fmt::format(" ({} deeper)", Plural(numDeeper, "node"));
   const QovRyx::Node* node = step.mEntry->mData.get();
-  if (node == nullptr) return fmt::format("(node {} without content)", step.mId);
-  const std::string mark = fmt::format("[{} {}]", node->GetType(), step.mId);
-  return Bold(Escape(node->GetName(), mStyle), mStyle) + " " + Dim(mark, mStyle);
+  if (node == nullptr) return fmt::format("(node {} without content){}", step.mId, deeper);
+  const std::string mark = fmt::format("[{} {}]{}", node->GetType(), step.mId, deeper);
+  std::string name = Escape(node->GetName(), mStyle);
+  if (mStyle.mTerminal) {
+    const std::size_t room = GetRoom(before);
+    name = FitMiddle(name, room - std::min(room, DisplayWidth(mark) + 1), mStyle);
+  }
+  return Bold(name, mStyle) + " " + Dim(mark, mStyle);
+}
+
+/// Returns the width that a terminal has for a line after `before`.
+std::size_t NodeReport::GetRoom(const std::string& before) const {
+  return mStyle.mWidth - std::min<std::size_t>(mStyle.mWidth, DisplayWidth(before));
 }
 
 /// Writes a table of `numRows` rows. Creates each row twice instead of keeping all rows in memory.
 template <class MakeRow>
-void ShowTable(TextTable table, std::size_t numRows, const MakeRow& makeRow, const Sink& sink) {
+void NodeReport::ShowTable(std::vector<TextTable::Column> columns, std::size_t numRows,
+                           const std::string& before, const MakeRow& makeRow,
+                           const Sink& sink) const {
   if (numRows == 0) return;
+  TextTable table(std::move(columns), mStyle.mTerminal ? std::string::npos : kWidestInPipe);
   for (std::size_t i = 0; i < numRows; ++i) table.Measure(makeRow(i));
+  if (mStyle.mTerminal) table.Fit(GetRoom(before), mStyle);
   for (const std::string& line : table.GetHeadingLines()) sink(line);
   for (std::size_t i = 0; i < numRows; ++i) {
     for (const std::string& line : table.GetLinesOf(makeRow(i))) sink(line);
@@ -75,13 +97,15 @@ void ShowTable(TextTable table, std::size_t numRows, const MakeRow& makeRow, con
 }
 
 void NodeReport::Content(const QovRyx::Node& node, const std::string& before, Output& output) {
-  const Sink sink = [&](const std::string& line) { output.Line(before + line); };
+  const Sink sink = [&](const std::string& line) { output.Line(FitLine(before + line, mStyle)); };
   const auto* group = dynamic_cast<const QovRyx::Group*>(&node);
   if (group != nullptr && !group->mAttributes.empty()) {
     sink(AttributesText(group->mAttributes, mStyle));
   }
-  if (const auto* geometry = dynamic_cast<const Geometry*>(&node)) Results(*geometry, sink);
-  if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(&node)) Sets(*sets, sink);
+  if (const auto* geometry = dynamic_cast<const Geometry*>(&node)) {
+    Results(*geometry, before, sink);
+  }
+  if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(&node)) Sets(*sets, before, sink);
 }
 
 std::string NodeReport::Trouble(const std::string& text) {
@@ -89,23 +113,25 @@ std::string NodeReport::Trouble(const std::string& text) {
   return "(cannot be read: " + text + ")";
 }
 
-void NodeReport::Results(const Geometry& geometry, const Sink& sink) {
+void NodeReport::Results(const Geometry& geometry, const std::string& before, const Sink& sink) {
+  using Cut = TextTable::Cut;
   if (mpStatistics == nullptr) return;
-  TextTable table({{"NAME"},
-                   {"KIND", Align::Right},
-                   {"WIDTH", Align::Right},
-                   {"COUNT", Align::Right},
-                   {"MINIMUM", Align::Right},
-                   {"MAXIMUM", Align::Right},
-                   {"NAN", Align::Right},
-                   {"LINK"},
-                   {"ATTRIBUTES"},
-                   {"TROUBLE"}},
-                  WidthLimit(mStyle));
-  const auto& variables = geometry.GetVariables();
+  std::vector<const Geometry::VarStruct*> shown;
+  for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
+    if (mFilter.ShowsResult(variable.mName)) shown.push_back(&variable);
+  }
   ShowTable(
-      std::move(table), variables.size(), [&](std::size_t i) { return ResultRow(variables[i]); },
-      sink);
+      {{"NAME", Align::Left, Cut::Middle, false, 16},
+       {"KIND", Align::Right, Cut::Never, true},
+       {"WIDTH", Align::Right, Cut::Never, true},
+       {"COUNT", Align::Right},
+       {"MINIMUM", Align::Right},
+       {"MAXIMUM", Align::Right},
+       {"NAN", Align::Right},
+       {"LINK", Align::Left, Cut::Middle, false, 12},
+       {"ATTRIBUTES", Align::Left, Cut::End, true},
+       {"TROUBLE", Align::Left, Cut::End}},
+      shown.size(), before, [&](std::size_t i) { return ResultRow(*shown[i]); }, sink);
 }
 
 std::vector<std::string> NodeReport::ResultRow(const Geometry::VarStruct& variable) {
@@ -145,7 +171,7 @@ std::string NodeReport::LinkText(const Geometry::VarStruct& variable) const {
                      target.mHasValues ? "" : ", dangling");
 }
 
-void NodeReport::Sets(const QovRyx::NodeSets& sets, const Sink& sink) {
+void NodeReport::Sets(const QovRyx::NodeSets& sets, const std::string& before, const Sink& sink) {
   QovRyx::SetColumns columns;
   try {
     columns = sets.GetColumns();
@@ -155,8 +181,8 @@ void NodeReport::Sets(const QovRyx::NodeSets& sets, const Sink& sink) {
   const auto makeRow = [&](std::size_t i) -> TextTable::Row {
     return {Escape(columns[i].mName, mStyle), fmt::format("{}", columns[i].mValues.size())};
   };
-  ShowTable(TextTable({{"SET"}, {"COUNT", Align::Right}}, WidthLimit(mStyle)), columns.size(),
-            makeRow, sink);
+  ShowTable({{"SET", Align::Left, TextTable::Cut::Middle}, {"COUNT", Align::Right}}, columns.size(),
+            before, makeRow, sink);
 }
 
 std::string PathText(const QovRyx::ViewPointPath& path, const TextStyle& style) {
@@ -184,14 +210,15 @@ std::string ModifierText(const QovRyx::ModifierInfo& modifier, const TextStyle& 
 
 bool ReportNodes(const QovRyx::Tree& tree, const NodeFilter& filter,
                  const ModelStatistics* statistics, Output& output) {
-  NodeReport report(tree, statistics, output.GetStyle());
+  NodeReport report(tree, filter, statistics, output.GetStyle());
   const TreeLines lines(output.GetStyle());
   TreeWalk walk(tree.GetNodes(), filter.GetShown());
   bool isUnreached = false;
   while (const auto step = walk.Next()) {
     if (step->mIsUnreached && !isUnreached) output.Line("Not reached by any link:");
     isUnreached = isUnreached || step->mIsUnreached;
-    output.Line(lines.BeforeEntry(walk, *step) + report.Label(*step));
+    const std::string before = lines.BeforeEntry(walk, *step);
+    output.Line(before + report.Label(*step, before));
     if (step->mEntry == nullptr || step->mAgain || !step->mEntry->mData) continue;
     if (!filter.IsChosen(step->mId)) continue;
     report.Content(*step->mEntry->mData, lines.BeforeContent(walk, *step), output);
@@ -199,23 +226,29 @@ bool ReportNodes(const QovRyx::Tree& tree, const NodeFilter& filter,
   return !report.HasTrouble();
 }
 
-void ReportViews(const QovRyx::Tree& tree, Output& output) {
+void ReportViews(const QovRyx::Tree& tree, LongLines longLines, Output& output) {
   if (!tree.HasViewPoints()) return;
   const TextStyle& style = output.GetStyle();
-  output.Line("Views");
-  output.Line("  current view " + Escape(tree.GetViewPoint().mName, style));
-  for (const auto& path : tree.GetViewPointPaths()) output.Line(PathText(path, style));
+  const auto show = [&](const std::string& line) {
+    output.Line(longLines == LongLines::Cut ? FitLine(line, style) : line);
+  };
+  show("Views");
+  show("  current view " + Escape(tree.GetViewPoint().mName, style));
+  for (const auto& path : tree.GetViewPointPaths()) show(PathText(path, style));
   const QovRyx::SequencerData& sequencer = tree.GetSequencerData();
   const std::string name = sequencer.mName.empty() ? "" : " " + Escape(sequencer.mName, style);
-  output.Line(fmt::format("  sequencer{} ({}, {})", name,
-                          Plural(sequencer.mActions.mSlots.size(), "action"),
-                          Plural(sequencer.mSequences.size(), "sequence")));
+  show(fmt::format("  sequencer{} ({}, {})", name,
+                   Plural(sequencer.mActions.mSlots.size(), "action"),
+                   Plural(sequencer.mSequences.size(), "sequence")));
 }
 
-void ReportHistory(const QovRyx::Tree& tree, Output& output) {
+void ReportHistory(const QovRyx::Tree& tree, LongLines longLines, Output& output) {
   if (tree.GetModifiers().empty()) return;
   output.Line("History");
-  for (const auto& entry : tree.GetModifiers()) output.Line(ModifierText(entry, output.GetStyle()));
+  for (const auto& entry : tree.GetModifiers()) {
+    const std::string line = ModifierText(entry, output.GetStyle());
+    output.Line(longLines == LongLines::Cut ? FitLine(line, output.GetStyle()) : line);
+  }
 }
 
 }  // namespace Qov::Tools

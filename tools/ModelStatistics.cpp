@@ -41,7 +41,7 @@ Loaders FindShown(const QovRyx::NodeTree& nodes, const NodeFilter& filter) {
     if (!filter.IsChosen(id)) return;
     for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
       const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();
-      if (loader != nullptr) loaders.insert(loader);
+      if (loader != nullptr && filter.ShowsResult(variable.mName)) loaders.insert(loader);
     }
   });
   return loaders;

@@ -2,17 +2,31 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace Qov::Tools {
 namespace {
 
 constexpr std::size_t kDeepestDrawn = 32;
 constexpr const char* kBlank = "    ";
+constexpr std::size_t kBlankWidth = 4;
+/// Columns of a terminal that the lines leave to the entries.
+constexpr std::size_t kRoomForEntries = 44;
+
+std::size_t FindDeepestDrawn(const TextStyle& style) {
+  if (!style.mTerminal) return kDeepestDrawn;
+  const std::size_t room = std::max<std::size_t>(style.mWidth, kRoomForEntries) - kRoomForEntries;
+  return std::clamp<std::size_t>(room / kBlankWidth, 1, kDeepestDrawn);
+}
 
 }  // namespace
 
+TreeLines::TreeLines(const TextStyle& style)
+    : mStyle(style), mDeepestDrawn(FindDeepestDrawn(style)) {}
+
 std::string TreeLines::BeforeEntry(const TreeWalk& walk, const TreeWalk::Step& step) const {
-  if (step.mDepth > kDeepestDrawn) {
-    return Passing(walk, kDeepestDrawn) + fmt::format("[level {}] ", step.mDepth + 1);
+  if (step.mDepth > mDeepestDrawn) {
+    return Passing(walk, mDeepestDrawn) + fmt::format("[level {}] ", step.mDepth + 1);
   }
   const char* more = mStyle.mUtf8 ? "├── " : "|-- ";
   const char* last = mStyle.mUtf8 ? "└── " : "`-- ";
@@ -20,7 +34,7 @@ std::string TreeLines::BeforeEntry(const TreeWalk& walk, const TreeWalk::Step& s
 }
 
 std::string TreeLines::BeforeContent(const TreeWalk& walk, const TreeWalk::Step& step) const {
-  if (step.mDepth > kDeepestDrawn) return Passing(walk, kDeepestDrawn) + kBlank;
+  if (step.mDepth > mDeepestDrawn) return Passing(walk, mDeepestDrawn) + kBlank;
   const bool hasChildren = walk.IsOpen(step.mDepth + 1);
   return Passing(walk, step.mDepth + (hasChildren ? 2 : 1)) + (hasChildren ? "" : "  ");
 }

@@ -7,11 +7,11 @@
 
 namespace Qov::Tools {
 
-/// The lines that connect the entries of a drawn tree. Below 32 levels the depth is shown as a
-/// number, so that the length of a line is bounded.
+/// The lines that connect the entries of a drawn tree. Below 32 levels, fewer on a terminal that is
+/// less wide, the depth is shown as a number, so that the length of a line is bounded.
 class TreeLines {
  public:
-  explicit TreeLines(const TextStyle& style) : mStyle(style) {}
+  explicit TreeLines(const TextStyle& style);
 
   /// Returns the text before an entry. `step` is the last one of the walk.
   std::string BeforeEntry(const TreeWalk& walk, const TreeWalk::Step& step) const;
@@ -22,6 +22,7 @@ class TreeLines {
   std::string Passing(const TreeWalk& walk, std::size_t depth) const;
 
   TextStyle mStyle;
+  std::size_t mDeepestDrawn;
 };
 
 }  // namespace Qov::Tools

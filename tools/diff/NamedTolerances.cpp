@@ -1,16 +1,14 @@
 #include "diff/NamedTolerances.h"
 
 #include <fmt/format.h>
-#include <fnmatch.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
 
-#include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Util/Raise.h"
-#include "Terminal.h"
+#include "ResultPattern.h"
 
 namespace Qov::Tools {
 namespace {
@@ -38,42 +36,6 @@ bool ParseLimits(std::string_view text, Tolerance& tolerance) {
   }
 }
 
-/// Returns the pattern with the separator in the form that a pipe shows.
-std::string PipePattern(const std::string& pattern) {
-  constexpr std::string_view kMark = "\u241E";
-  const std::string separator = Escape(std::string(1, QovRyx::kInstanceSeparator), {});
-  std::string text;
-  for (std::size_t i = 0; i < pattern.size();) {
-    const bool isMark = std::string_view(pattern).substr(i).starts_with(kMark);
-    if (isMark || pattern[i] == QovRyx::kInstanceSeparator) {
-      text += separator;
-      i += isMark ? kMark.size() : 1;
-    } else {
-      text += pattern[i++];
-    }
-  }
-  return text;
-}
-
-bool FitsText(const std::string& text, const std::string& pattern, const TextStyle& style) {
-  return fnmatch(pattern.c_str(), Escape(text, style).c_str(), FNM_NOESCAPE) == 0;
-}
-
-/// Returns true if the name matches. A name as shown always matches itself, even if it contains
-/// pattern characters, such as "Stress [MPa]".
-bool Fits(const std::string& text, const std::string& pattern) {
-  constexpr TextStyle kAscii{.mTerminal = true};
-  const std::string pipePattern = PipePattern(pattern);
-  return text == Unescape(pattern) || FitsText(text, pipePattern, {}) ||
-         FitsText(text, pipePattern, kAscii);
-}
-
-bool FitsResult(const std::string& name, const std::string& pattern) {
-  return Fits(name, pattern) ||
-         (QovRyx::HasInstancePart(name) &&
-          Fits(name.substr(0, name.rfind(QovRyx::kInstanceSeparator)), pattern));
-}
-
 }  // namespace
 
 bool ParseMagnitude(std::string_view text, double& value) {
@@ -96,7 +58,7 @@ NamedTolerance ParseNamedTolerance(const std::string& text) {
 
 const Tolerance* Tolerances::Find(const std::string& name) const {
   const auto fits = [&name](const NamedTolerance& named) {
-    return FitsResult(name, named.mPattern);
+    return MatchesResult(name, named.mPattern);
   };
   const auto found = std::find_if(mNamed.rbegin(), mNamed.rend(), fits);
   if (found != mNamed.rend()) return &found->mTolerance;
@@ -106,7 +68,7 @@ const Tolerance* Tolerances::Find(const std::string& name) const {
 const std::string* Tolerances::FindUnused(const std::set<std::string>& names) const {
   for (const NamedTolerance& named : mNamed) {
     const bool isUsed = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-      return FitsResult(name, named.mPattern);
+      return MatchesResult(name, named.mPattern);
     });
     if (!isUsed) return &named.mPattern;
   }
