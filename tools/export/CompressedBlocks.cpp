@@ -77,7 +77,7 @@ std::uint64_t CompressedBlocks::WriteOffset(SafeOutput& output) {
 CompressedBlocks::CompressedBlocks(SafeOutput& output, Order order)
     : mOutput(output),
       mStart(output.GetPosition()),
-      mpSpilled(order == Order::Interleaved ? std::make_unique<SpilledBytes>() : nullptr),
+      mpSpilled(order == Order::Interleaved ? std::make_unique<SpilledBytes>(output) : nullptr),
       mMostJobs(8 * std::size_t{QovJbf::GetThreadCount(kBlockSize)}),
       mWorkers(QovJbf::GetThreadCount(kBlockSize)) {}
 
