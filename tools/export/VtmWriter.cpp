@@ -4,10 +4,14 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstddef>
 #include <filesystem>
+#include <limits>
+#include <numeric>
+#include <set>
 
-#include "Terminal.h"
+#include "Plural.h"
 #include "export/VtuWriter.h"
 #include "export/XmlText.h"
 
@@ -36,26 +40,48 @@ std::string FileName(std::size_t number, const std::string& name) {
   return fmt::format("{}_{}.vtu", number, text);
 }
 
-/// Writes the nested blocks of parts, whose groups are compared with those of the part before.
+/// A group above a part. Groups of the same name are different blocks, so the id counts.
+struct Block {
+  std::uint32_t mId = 0;
+  std::string mName;
+  bool operator==(const Block&) const = default;
+};
+
+/// Returns the groups above a part, the topmost first.
+std::vector<Block> FindBlocks(const QovRyx::NodeTree& nodes, const ExportPart& part) {
+  std::vector<std::uint32_t> ids;
+  std::size_t stepsLeft = nodes.GetSize() + 1;  // parents of damaged trees may form a cycle
+  const auto* entry = nodes.FindNode(part.mId);
+  for (; entry != nullptr && stepsLeft > 0; --stepsLeft) {
+    const std::uint32_t parent = entry->mParent;
+    entry = nodes.FindNode(parent);
+    if (entry != nullptr && dynamic_cast<const QovRyx::Group*>(entry->mData.get()) != nullptr) {
+      ids.insert(ids.begin(), parent);
+    }
+  }
+  ids.resize(part.mGroups.size());
+  std::vector<Block> blocks;
+  for (std::size_t i = 0; i < ids.size(); ++i) blocks.push_back({ids[i], part.mGroups[i]});
+  return blocks;
+}
+
+/// Writes the nested blocks of parts. Compares the groups of a part with those of the part before.
 class BlockLines {
  public:
   explicit BlockLines(SafeOutput& output) : mOutput(output) {}
 
-  void Add(const ExportPart& part, const std::string& file) {
+  void Add(const std::vector<Block>& blocks, const std::string& name, const std::string& file) {
     std::size_t same = 0;
-    while (same < std::min(mOpen.size(), part.mGroups.size()) &&
-           mOpen[same] == part.mGroups[same]) {
-      ++same;
-    }
+    while (same < std::min(mOpen.size(), blocks.size()) && mOpen[same] == blocks[same]) ++same;
     Close(same);
-    for (std::size_t i = same; i < part.mGroups.size(); ++i) {
+    for (std::size_t i = same; i < blocks.size(); ++i) {
       mOutput.Write(fmt::format("{}<Block index=\"{}\" name=\"{}\">\n", Indent(), mNext.back()++,
-                                XmlText(part.mGroups[i])));
-      mOpen.push_back(part.mGroups[i]);
+                                XmlText(blocks[i].mName)));
+      mOpen.push_back(blocks[i]);
       mNext.push_back(0);
     }
     mOutput.Write(fmt::format("{}<DataSet index=\"{}\" name=\"{}\" file=\"{}\"/>\n", Indent(),
-                              mNext.back()++, XmlText(part.mName), XmlText(file)));
+                              mNext.back()++, XmlText(name), XmlText(file)));
   }
 
   /// Closes all blocks but the first `kept`.
@@ -71,65 +97,115 @@ class BlockLines {
   std::string Indent() const { return std::string(mOpen.size(), ' '); }
 
   SafeOutput& mOutput;
-  std::vector<std::string> mOpen;
+  std::vector<Block> mOpen;
   std::vector<std::size_t> mNext{0};  ///< The next index in each open block.
 };
 
-void WriteBlocks(const ExportTask& task, const std::string& path, ExportSets& sets,
-                 MeshCache& meshes, OutputSet& outputs) {
-  SafeOutput& main = outputs.Open(path);
-  const std::string folder = StemOf(path);
-  outputs.MakeFolder(folder);
-  main.Write(fmt::format(fmt::runtime(kStart), "vtkMultiBlockDataSet"));
-  main.Write("<vtkMultiBlockDataSet>\n");
-  BlockLines lines(main);
+/// Writes a .vtm that refers to a .vtu of each part.
+void WriteBlocks(const ExportTask& task, const std::string& path, OutputSet& outputs) {
+  SafeOutput& output = outputs.Open(path);
+  outputs.MakeFolder(StemOf(path));
+  output.Write(fmt::format(fmt::runtime(kStart), "vtkMultiBlockDataSet"));
+  output.Write("<vtkMultiBlockDataSet>\n");
+  BlockLines lines(output);
   const auto& parts = task.mContent.mParts;
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    const std::string name = FileName(i, parts[i].mName);
-    SafeOutput& file = outputs.Open(folder + "/" + name);
-    WriteVtu({&parts[i]}, sets, meshes, task.mNotes, file);
-    file.Finish();
-    lines.Add(parts[i], fs::path(folder).filename().string() + "/" + name);
+    lines.Add(FindBlocks(task.mTree.GetNodes(), parts[i]), parts[i].mName,
+              fs::path(StemOf(path)).filename().string() + "/" + FileName(i, parts[i].mName));
   }
   lines.Close(0);
-  main.Write("</vtkMultiBlockDataSet>\n</VTKFile>\n");
-  main.Finish();
+  output.Write("</vtkMultiBlockDataSet>\n</VTKFile>\n");
+  output.Finish();
+}
+
+/// Writes the .vtu of a part of the .vtm at `path`.
+void WritePart(const ExportTask& task, const std::string& path, std::size_t number,
+               ExportSets& sets, MeshCache& meshes, OutputSet& outputs) {
+  const ExportPart& part = task.mContent.mParts[number];
+  SafeOutput& file = outputs.Open(StemOf(path) + "/" + FileName(number, part.mName));
+  WriteVtu({&part}, sets, meshes, task.mNotes, file);
+  file.Finish();
+}
+
+/// Returns a time for each step. They are the numbers of the steps, and that is noted, if a time is
+/// unknown or if several steps have the same one.
+std::vector<double> ChooseTimes(const std::vector<QovMesh::Step>& steps,
+                                std::vector<std::string>& notes) {
+  std::vector<double> times;
+  std::set<double> different;
+  for (const QovMesh::Step& step : steps) {
+    times.push_back(step.mTime.value_or(std::numeric_limits<double>::quiet_NaN()));
+    if (std::isfinite(times.back())) different.insert(times.back());
+  }
+  if (different.size() == steps.size()) return times;
+  std::iota(times.begin(), times.end(), 0.0);
+  notes.push_back(fmt::format("{} have {} known times; their numbers from 0 are written as times",
+                              Plural(steps.size(), "step"), different.size()));
+  return times;
+}
+
+/// The .vtm of a step.
+struct StepFile {
+  ExportContent mContent;
+  std::string mPath;
+};
+
+std::vector<StepFile> MakeStepFiles(const ExportContent& content, const std::string& folder) {
+  std::vector<StepFile> files;
+  const std::size_t numSteps = std::max<std::size_t>(content.mSteps.size(), 1);
+  for (std::size_t i = 0; i < numSteps; ++i) {
+    files.push_back({content.mSteps.empty() ? content : TakeStep(content, i),
+                     fmt::format("{}/step_{:04}.vtm", folder, i)});
+  }
+  return files;
+}
+
+/// Writes the parts of all steps, part by part, so that a mesh that does not change is read once.
+void WriteStepParts(const ExportTask& task, const std::vector<StepFile>& files,
+                    OutputSet& outputs) {
+  ExportSets sets(task.mTree, task.mContent);
+  MeshCache meshes(task.mKinds);
+  for (std::size_t part = 0; part < task.mContent.mParts.size(); ++part) {
+    for (const StepFile& file : files) {
+      const ExportTask step{task.mTree, file.mContent, task.mKinds, task.mNotes};
+      ExportSets ownSets(task.mTree, file.mContent);
+      const bool hasOwnMesh =
+          file.mContent.mParts[part].mMeshInstance != task.mContent.mParts[part].mMeshInstance;
+      WritePart(step, file.mPath, part, hasOwnMesh ? ownSets : sets, meshes, outputs);
+    }
+  }
 }
 
 }  // namespace
 
 void WriteVtm(const ExportTask& task, const std::string& path, OutputSet& outputs) {
+  WriteBlocks(task, path, outputs);
   ExportSets sets(task.mTree, task.mContent);
   MeshCache meshes(task.mKinds);
-  WriteBlocks(task, path, sets, meshes, outputs);
+  for (std::size_t i = 0; i < task.mContent.mParts.size(); ++i) {
+    WritePart(task, path, i, sets, meshes, outputs);
+  }
 }
 
 void WritePvd(const ExportTask& task, const std::string& path, OutputSet& outputs) {
-  SafeOutput& main = outputs.Open(path);
+  SafeOutput& output = outputs.Open(path);
   const std::string folder = StemOf(path);
   outputs.MakeFolder(folder);
-  main.Write(fmt::format(fmt::runtime(kStart), "Collection"));
-  main.Write("<Collection>\n");
-  const std::size_t numSteps = std::max<std::size_t>(task.mContent.mSteps.size(), 1);
-  for (std::size_t i = 0; i < numSteps; ++i) {
-    const bool hasSteps = !task.mContent.mSteps.empty();
-    const ExportContent content = hasSteps ? TakeStep(task.mContent, i) : task.mContent;
-    const std::string name = fmt::format("step_{:04}.vtm", i);
-    ExportSets sets(task.mTree, content);
-    MeshCache meshes(task.mKinds);
-    WriteBlocks({task.mTree, content, task.mKinds, task.mNotes}, folder + "/" + name, sets, meshes,
-                outputs);
-    const std::optional<double> time = hasSteps ? content.mSteps[0].mTime : std::optional(0.0);
-    if (!time) {
-      task.mNotes.push_back(fmt::format("step {}: no time is known, {} is written",
-                                        Escape(content.mSteps[0].mName, {}), i));
-    }
-    main.Write(fmt::format("<DataSet timestep=\"{}\" group=\"\" part=\"0\" file=\"{}\"/>\n",
-                           time.value_or(static_cast<double>(i)),
-                           XmlText(fs::path(folder).filename().string() + "/" + name)));
+  const std::vector<StepFile> files = MakeStepFiles(task.mContent, folder);
+  const std::vector<double> times = task.mContent.mSteps.empty()
+                                        ? std::vector<double>{0}
+                                        : ChooseTimes(task.mContent.mSteps, task.mNotes);
+  output.Write(fmt::format(fmt::runtime(kStart), "Collection"));
+  output.Write("<Collection>\n");
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    WriteBlocks({task.mTree, files[i].mContent, task.mKinds, task.mNotes}, files[i].mPath, outputs);
+    output.Write(fmt::format(
+        "<DataSet timestep=\"{}\" group=\"\" part=\"0\" file=\"{}\"/>\n", times[i],
+        XmlText((fs::path(folder).filename() / fs::path(files[i].mPath).filename()).string())));
   }
-  main.Write("</Collection>\n</VTKFile>\n");
-  main.Finish();
+  output.Write("</Collection>\n</VTKFile>\n");
+  output.Finish();
+  WriteStepParts(task, files, outputs);
 }
 
 }  // namespace Qov::Tools

@@ -23,7 +23,8 @@ struct ExportTask {
 void WriteVtm(const ExportTask& task, const std::string& path, OutputSet& outputs);
 
 /// Writes a collection (.pvd) of one .vtm for each step. They are in a folder beside it, which has
-/// its name without the ending. The time of a step without one is its number, from 0.
+/// its name without the ending. The times of the steps are their numbers, from 0, if one of them
+/// has no time or if two have the same one. Raises the errors of WriteVtu.
 void WritePvd(const ExportTask& task, const std::string& path, OutputSet& outputs);
 
 }  // namespace Qov::Tools
