@@ -7,27 +7,33 @@ import unittest
 import xml.etree.ElementTree as ElementTree
 
 import support
-from support import models, np, same, sample
+from odd import cells_of, odd_model, points_of, unique
+from support import RYXMERGE, Model, models, np, run, same, sample
 
 xml = support.need("vtkmodules.vtkIOXML", "python3-vtk9")
 data_model = support.need("vtkmodules.vtkCommonDataModel", "python3-vtk9")
 to_numpy = support.need("vtkmodules.util.numpy_support", "python3-vtk9").vtk_to_numpy
 meshio = support.need("meshio", "python3-meshio")
 
-SHARED = ("plate_version_0.5.ryx", "real/mug_run3.ryx", "real/regr01.ryx", "real/wavy_run1.ryx")
-VTK_TYPES = {"HE20": 25, "HEX": 12, "HEX8": 12, "QUAD": 9, "TETRA": 10, "TRI": 5}
-SAMPLE_TYPES = {4: 9, 8: 12}
+SHARED = ("plate_version_0.5.ryx", "real/biplane.ryx", "real/mug_run3.ryx", "real/regr01.ryx",
+          "real/thermomech_run1.ryx")
+# Cell types by the kinds that the sources of the real models name.
+VTK_TYPES = {"BAR2": 3, "BEAM": 3, "HE20": 25, "HEX": 12, "HEX20": 25, "HEX8": 12, "QUAD": 9,
+             "SHELL": 9, "SHELL8": 23, "TETRA": 10, "TETRA10": 24, "TRI": 5, "TRI3": 5, "TRI6": 22}
+# Cell types by the number of nodes.
+SHELL_TYPES = {0: 0, 1: 1, 3: 5, 4: 9, 7: 7}
+SOLID_TYPES = {2: 3, 4: 10, 5: 14, 6: 13, 8: 12}
 MESHIO_TYPES = {3: "vertex", 5: "triangle", 9: "quad", 10: "tetra", 12: "hexahedron",
                 25: "hexahedron20"}
 
 
-def vtk_type(model, part):
-    """The kind of cells that the source of the model says, or that the sample has."""
+def vtk_types(part, instance):
+    """The type of each cell, from the source of the model or from what the samples have."""
+    sizes = [len(cell) for cell in cells_of(part, instance)]
     if part.type_name:
-        return VTK_TYPES[part.type_name.upper()]
-    if part.name == "Solid 2":
-        return 10
-    return SAMPLE_TYPES[int(part.mesh("Polylength", model.instances[:1] and model.instances[0])[0])]
+        return [VTK_TYPES[part.type_name.upper()]] * len(sizes)
+    types = SOLID_TYPES if part.name.startswith("Solid") else SHELL_TYPES
+    return [types[size] for size in sizes]
 
 
 def read(reader, path):
@@ -43,13 +49,6 @@ def read(reader, path):
 def arrays_of(attributes):
     arrays = [attributes.GetAbstractArray(i) for i in range(attributes.GetNumberOfArrays())]
     return {array.GetName(): array for array in arrays}
-
-
-def part_names(model):
-    """The names of the parts; the second "a" is "a 2"."""
-    names = [part.name for part in model.parts]
-    return [name if name not in names[:i] else f"{name} {names[:i].count(name) + 1}"
-            for i, name in enumerate(names)]
 
 
 def point_owners(parts, instance):
@@ -69,30 +68,44 @@ def point_owners(parts, instance):
 class Grid(unittest.TestCase):
     def check_mesh(self, grid, model, parts, instance):
         owners = point_owners(parts, instance)
-        points = [part.points(instance) for part in dict.fromkeys(owners)]
+        points = [points_of(part, instance) for part in dict.fromkeys(owners)]
         self.assertTrue(same(np.concatenate(points), to_numpy(grid.GetPoints().GetData())))
         ends = np.cumsum([0] + [len(p) for p in points])
         first = dict(zip(dict.fromkeys(owners), ends))
         cells = [cell + first[owner] for part, owner in zip(parts, owners)
-                 for cell in part.cells(instance)]
-        types = [vtk_type(model, part) for part in parts for _ in part.cells(instance)]
-        connectivity = to_numpy(grid.GetCells().GetConnectivityArray())
-        self.assertTrue(np.array_equal(np.concatenate(cells), connectivity))
+                 for cell in cells_of(part, instance)]
+        types = [kind for part in parts for kind in vtk_types(part, instance)]
+        self.assertTrue(np.array_equal(types, to_numpy(grid.GetCellTypesArray())))
         ends = np.cumsum([0] + [len(cell) for cell in cells])
         self.assertTrue(np.array_equal(ends, to_numpy(grid.GetCells().GetOffsetsArray())))
-        self.assertTrue(np.array_equal(types, to_numpy(grid.GetCellTypesArray())))
+        nodes = to_numpy(grid.GetCells().GetConnectivityArray())
+        for i, cell in enumerate(cells):
+            actual = nodes[ends[i]:ends[i + 1]]
+            if types[i] > 20:
+                self.assertEqual(sorted(cell), sorted(actual))
+            else:
+                self.assertEqual(list(cell), list(actual))
+        for i in [types.index(kind) for kind in set(types) if kind > 20]:
+            self.check_edges(grid.GetCell(i))
+
+    def check_edges(self, cell):
+        """Every node on an edge must be near the middle of the edge that VTK sees there."""
+        for i in range(cell.GetNumberOfEdges()):
+            a, b, middle = (np.array(cell.GetEdge(i).GetPoints().GetPoint(k)) for k in range(3))
+            offset = np.linalg.norm(middle - (a + b) / 2) / np.linalg.norm(a - b)
+            self.assertLess(offset, 0.25, f"type {cell.GetCellType()}, edge {i}")
 
     def expected_results(self, model, parts, instance, name_of):
         """Values for each part by placement, name, width and type."""
         expected = {}
         for i, part in enumerate(parts):
-            for array in part.results:
-                placement = part.placement(array)
-                self.assertNotEqual(placement, "either", f"{model.name}: {array.name}")
-                name = name_of(array)
-                if name is not None:
-                    key = (placement, name, array.width, array.is_unsigned)
-                    expected.setdefault(key, {})[i] = array.values
+            wanted = [array for array in part.results if name_of(array) is not None]
+            for name, array in zip(unique(map(name_of, wanted)), wanted):
+                placement = part.placement(array).replace("either", "point")
+                if placement == "field" and len(parts) > 1:
+                    name = f"{part.name}: {name}"
+                key = (placement, name, array.width, array.is_unsigned)
+                expected.setdefault(key, {})[0 if placement == "field" else i] = array.values
             for name, base in (("Node Ids", "point"), ("Element IDs", "cell")):
                 if (values := part.mesh(name, instance)) is not None:
                     expected.setdefault((base, name, 1, True), {})[i] = values
@@ -110,9 +123,9 @@ class Grid(unittest.TestCase):
 
     def check_arrays(self, grid, model, parts, instance, name_of):
         owners = point_owners(parts, instance)
-        sizes = {"point": [len(part.points(instance)) if owner is part else 0
+        sizes = {"point": [len(points_of(part, instance)) if owner is part else 0
                            for part, owner in zip(parts, owners)],
-                 "cell": [len(part.cells(instance)) for part in parts]}
+                 "cell": [len(cells_of(part, instance)) for part in parts]}
         actual = {"point": arrays_of(grid.GetPointData()), "cell": arrays_of(grid.GetCellData()),
                   "field": arrays_of(grid.GetFieldData())}
         for key, by_part in self.expected_results(model, parts, instance, name_of).items():
@@ -130,7 +143,7 @@ class Grid(unittest.TestCase):
         return actual
 
     def test_vtu(self):
-        for model in models(*SHARED):
+        for model in [*models(*SHARED), odd_model()]:
             with self.subTest(model.name):
                 grid = read(xml.vtkXMLUnstructuredGridReader(), model.export("all.vtu"))
                 instance = model.instances[0] if model.instances else None
@@ -138,9 +151,9 @@ class Grid(unittest.TestCase):
                 rest = self.check_arrays(grid, model, model.parts, instance, model.result_name)
                 if len(model.parts) > 1:
                     part = to_numpy(rest["cell"].pop("Part"))
-                    counts = [len(p.cells(instance)) for p in model.parts]
+                    counts = [len(cells_of(p, instance)) for p in model.parts]
                     self.assertTrue(np.array_equal(np.repeat(range(len(counts)), counts), part))
-                    for i, name in enumerate(part_names(model)):
+                    for i, name in enumerate(unique(p.name for p in model.parts)):
                         self.assertEqual([i], list(to_numpy(rest["field"].pop(f"part {name}"))))
                 self.assertEqual(rest, {"point": {}, "cell": {}, "field": {}})
 
@@ -157,7 +170,7 @@ class Grid(unittest.TestCase):
             if child.IsA("vtkMultiBlockDataSet"):
                 yield from self.leaves(child, (*groups, name))
             else:
-                yield list(groups), name, child
+                yield list(groups), name or "", child  # VTK drops an empty name
 
     def check_blocks(self, path, model, instance, name_of):
         leaves = list(self.leaves(read(xml.vtkXMLMultiBlockDataReader(), path)))
@@ -167,7 +180,7 @@ class Grid(unittest.TestCase):
             self.check_leaf(grid, model, part, instance, name_of)
 
     def test_vtm(self):
-        for model in models("real/mug_run3.ryx", "real/regr01.ryx"):
+        for model in [*models("real/mug_run3.ryx"), odd_model()]:
             with self.subTest(model.name):
                 instance = model.instances[0] if model.instances else None
                 self.check_blocks(model.export("all.vtm"), model, instance, model.result_name)
@@ -184,6 +197,22 @@ class Grid(unittest.TestCase):
                         os.path.join(os.path.dirname(path), data_set.get("file")), model, instance,
                         lambda a, i=instance: a.base if a.instance in (None, i) else None)
 
+    def test_times(self):
+        """Each of three groups of the same name has its own time."""
+        folder = os.path.dirname(sample("steps").path)
+        merged = os.path.join(folder, "datasets.ryx")
+        run(RYXMERGE, *(f"{folder}/steps/run{i}.ryx" for i in (1, 2, 3)), merged)
+        path = Model(merged).export("times.pvd")
+        sets = ElementTree.parse(path).getroot().findall("Collection/DataSet")
+        self.assertEqual([5.0, 10.0, 15.0], [float(data_set.get("timestep")) for data_set in sets])
+        for i, data_set in enumerate(sets):
+            blocks = read(xml.vtkXMLMultiBlockDataReader(),
+                          os.path.join(os.path.dirname(path), data_set.get("file")))
+            self.assertEqual(3, blocks.GetBlock(0).GetNumberOfBlocks())
+            grids = [grid for _, _, grid in self.leaves(blocks)]
+            have = [grid.GetPointData().HasArray("Temperature") for grid in grids]
+            self.assertEqual([int(k == i) for k in range(3)], have)
+
     def test_meshio(self):
         for model in models("real/wavy_run1.ryx"):
             with self.subTest(model.name):
@@ -193,8 +222,8 @@ class Grid(unittest.TestCase):
                 owners = dict.fromkeys(point_owners(model.parts, instance))
                 points = [part.points(instance) for part in owners]
                 self.assertTrue(same(np.concatenate(points), mesh.points))
-                kinds = [MESHIO_TYPES[vtk_type(model, part)] for part in model.parts
-                         for _ in part.cells(instance)]
+                kinds = [MESHIO_TYPES[kind] for part in model.parts
+                         for kind in vtk_types(part, instance)]
                 self.assertEqual(kinds, [b.type for b in mesh.cells for _ in b.data])
                 for part in model.parts:
                     for array in part.results if len(model.parts) == 1 else ():
