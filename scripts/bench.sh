@@ -13,16 +13,17 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 rows=(
   dataset_16m dataset_default instance_16m instance_default one_thread small_files
   outside_zlib growth_files growth_results memory_files memory_default memory_16m
-  reading open_files copying
+  reading open_files copying export_vtu export_memory surface
 )
 runs=5
 size=36         # cells along an edge: 57 MB of arrays a file
+grid_size=100   # cells along an edge of the exported grid
 num_small=200   # files of 3 MB
 num_tiny=1000
 chosen=()
 while [[ $# -gt 0 ]]; do
   case $1 in
-    --quick) runs=1 size=16 num_small=40 num_tiny=200 ;;
+    --quick) runs=1 size=16 grid_size=30 num_small=40 num_tiny=200 ;;
     --runs) runs=$2; shift ;;
     --list) printf '%s\n' "${rows[@]}"; exit ;;
     -*) sed -n '2,/^# shellcheck/{/shellcheck/d;s/^# \{0,1\}//p}' scripts/bench.sh; exit 1 ;;
@@ -38,10 +39,10 @@ data=$build/data
 out=$data/out.ryx
 
 prepare() {
-  install_packages "${build_packages[@]}" libbenchmark-dev valgrind
+  install_packages "${build_packages[@]}" "${reader_packages[@]}" libbenchmark-dev valgrind
   step "Building"
   cmake --preset release -B "$build" -DRYXMERGE_BUILD_BENCH=ON -DRYXMERGE_BUILD_TESTS=OFF >/dev/null
-  cmake --build "$build" --parallel "$(nproc)" --target RyxMerge ryx floor measure readarrays
+  cmake --build "$build" --parallel "$(nproc)" --target RyxMerge ryx floor measure readarrays surface
   PATH="$PWD/$build/bin:$PATH"
   mkdir -p "$data"
   export PELORIN_TEMP_PATH=$data
@@ -226,6 +227,38 @@ row_copying() {
     "$(versus wall RyxMerge "${instances[@]}" "${big[@]}" "$out" -- \
       bash -c "$concatenate" - "$data/floor.out" "${big[@]}")"
   unset RYXMERGE_COPY_BLOCKS
+}
+
+# The model has 8 results; 5 of them are exported.
+use_grid() {
+  mkdir -p "$data/grid-$grid_size"
+  grid=$data/grid-$grid_size/run1.ryx
+  [[ -e $grid ]] ||
+    ryx sample "$data/grid-$grid_size" --size "$grid_size" --parts 1 --cases 2 --steps 1 >/dev/null
+  export_grid=(
+    ryx export "$grid" -o "$data/grid.vtu" --overwrite
+    --results Displacement --results Stress --results $'Temperature\x1eLC1'
+  )
+}
+row_export_vtu() {
+  use_grid
+  local ours theirs
+  ours=$(median_of wall "${export_grid[@]}")
+  theirs=$(/usr/bin/python3 bench/vtktimes.py write "$data/grid.vtu" "$runs" | median)
+  report "\`.vtu\` of $((grid_size ** 3)) hexahedra with 5 results, wall / VTK's writer" \
+    "at most 0.8" "$(quotient "$ours" "$theirs")"
+}
+row_export_memory() {
+  use_grid
+  report "peak memory of that export" "the mesh and one array, and the cache of blocks" \
+    "$(quotient "$(median_of rss "${export_grid[@]}")" 1000) MB"
+}
+row_surface() {
+  use_grid
+  "${export_grid[@]}" >/dev/null
+  report "outer surface of $((grid_size ** 3)) hexahedra, wall / vtkDataSetSurfaceFilter" \
+    "at most 0.5" "$(quotient "$(surface "$grid" "$runs" | median)" \
+      "$(/usr/bin/python3 bench/vtktimes.py surface "$data/grid.vtu" "$runs" | median)")"
 }
 
 print_versions() {
