@@ -46,7 +46,7 @@ class Glb:
             assert view["buffer"] == 0 and view["byteLength"] > 0 and view["byteOffset"] >= end
             end = view["byteOffset"] + view["byteLength"]
             assert view["byteOffset"] % 4 == 0 and end <= len(self.bytes)
-        assert all(value not in ([], {}) for value in self.json.values()), "empty members are not allowed"
+        assert all(value not in ([], {}) for value in self.json.values()), "an empty member"
 
     def check_nodes(self):
         nodes = self.json["nodes"]
@@ -176,7 +176,8 @@ class Surface(unittest.TestCase):
                          {p.tobytes() for p in triangles.reshape(-1, 3)})
         area, volume = measure(triangles)
         expected_area, expected_volume = measure(expected)
-        self.assertAlmostEqual(area, expected_area, delta=(0.01 if is_linear else 0.05) * expected_area)
+        tolerance = 0.01 if is_linear else 0.05  # VTK cuts quadratic faces in another way
+        self.assertAlmostEqual(area, expected_area, delta=tolerance * expected_area)
         if types and types <= {10, 12, 13, 14}:
             self.assertAlmostEqual(volume / abs(expected_volume), 1, 2)
 
@@ -207,7 +208,7 @@ class Surface(unittest.TestCase):
                     self.assertTrue(same(everything,
                                          mesh.points[mesh.cells_dict["triangle"]].astype("f4")))
                 glb = list(Glb(model.export("a.glb")).parts())
-                self.assertEqual([(part.groups, part.name.replace("\\", "\\\\")) for part in model.parts],
+                self.assertEqual([(part.groups, part.name) for part in model.parts],
                                  [leaf[:2] for leaf in glb])
                 for triangles, leaf in zip(parts, glb):
                     self.assertTrue(same(triangles, leaf[2]))

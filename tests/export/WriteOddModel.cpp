@@ -89,6 +89,9 @@ void AddShells(QovRyx::Tree& tree, std::uint32_t parent) {
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   QovRyx::Tree tree("OddMaker", "1.0", false);
+  auto& empty = Qov::Test::AddNode<Geometry>(tree, QovRyx::NodeTree::kRootId, "");
+  AddMesh(empty, {}, 3, {});
+  Add(empty, "Nothing", Floats{});
   const auto addGroup = [&](std::uint32_t parent, const std::string& name) {
     const std::uint32_t id = tree.GetNodes().GetNextId();
     Qov::Test::AddNode<QovRyx::Group>(tree, parent, name);
@@ -97,9 +100,6 @@ int main(int argc, char** argv) {
   const std::uint32_t top = addGroup(QovRyx::NodeTree::kRootId, "Top");
   AddSolids(tree, addGroup(top, "Top"));
   AddShells(tree, top);
-  auto& empty = Qov::Test::AddNode<Geometry>(tree, QovRyx::NodeTree::kRootId, "");
-  AddMesh(empty, {}, 3, {});
-  Add(empty, "Nothing", Floats{});
   Qov::Test::SaveTree(tree, argv[1]);
   return 0;
 }
