@@ -17,8 +17,8 @@ SHARED = ("real/exomerge_run1.ryx", "real/mug_run3.ryx")
 ORDER = [1, 3, 21, 5, 22, 9, 23, 10, 24, 14, 27, 13, 26, 12, 25, 7]
 ODD_NAMES = {"geo": "geo_2", "@x": "_x", 100 * "n" + "1": 40 * "n",
              100 * "n" + "2": 40 * "n" + "_2", '../a/b:c "d", e\\xFF': "___a_b_c__d___e_"}
-NUM_NODES = {"point": 1, "bar2": 2, "tria3": 3, "quad4": 4, "tetra4": 4, "pyramid5": 5, "penta6": 6,
-         "hexa8": 8, "hexa20": 20}
+NUM_NODES = {"point": 1, "bar2": 2, "bar3": 3, "tria3": 3, "tria6": 6, "quad4": 4, "quad8": 8,
+             "tetra4": 4, "tetra10": 10, "pyramid5": 5, "penta6": 6, "hexa8": 8, "hexa20": 20}
 
 
 def read_case(path, time=None):

@@ -125,7 +125,10 @@ class GlbBuilder {
         if (result.mPlacement != Placement::Field) names.push_back(result.mName);
       }
     }
-    const std::string similar = Suggest(mColour.mResult, names);
+    std::string similar = Suggest(mColour.mResult, names);
+    for (const std::string& name : names) {  // the step is missing, or the end
+      if (similar.empty() && name.starts_with(mColour.mResult)) similar = name;
+    }
     Util::Raise(kSource, ErrorType::ElementNotFound,
                 "no part has the result " + Escape(mColour.mResult, {}) + " at points or cells: " +
                     (similar.empty() ? "" : "did you mean " + Escape(similar, {}) + "? ") +

@@ -24,6 +24,8 @@ bool HasSameMesh(const QovRyx::Geometry& geometry, std::string_view a, std::stri
     const auto* other = arrays.Find(base, b);
     if (array == other) continue;
     if (array == nullptr || other == nullptr) return false;
+    const auto& loader = array->mValues.GetLoader();
+    if (loader != nullptr && loader == other->mValues.GetLoader()) continue;
     array->mValues.GetValues(values);
     other->mValues.GetValues(others);
     if (values != others) return false;
