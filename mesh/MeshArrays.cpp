@@ -18,6 +18,11 @@ const QovRyx::Geometry::VarStruct* MeshArrays::Find(std::string_view base,
   return found == mArrays.end() ? nullptr : found->second;
 }
 
+bool MeshArrays::HasOwnMesh(std::string_view instance) const {
+  return mArrays.contains({kCoordinates, instance}) ||
+         mArrays.contains({kConnectivity, instance}) || mArrays.contains({kPolylength, instance});
+}
+
 MeshCounts MeshArrays::Count(std::string_view instance) const {
   const auto* points = Find(kCoordinates, instance);
   const auto* lengths = Find(kPolylength, instance);

@@ -23,6 +23,8 @@ class MeshArrays {
   /// Returns the first array of that base name and instance part, else the first one of all
   /// instances, else null.
   const QovRyx::Geometry::VarStruct* Find(std::string_view base, std::string_view instance) const;
+  /// Returns true if the instance has an array of its own for points or cells.
+  bool HasOwnMesh(std::string_view instance) const;
   /// Counts the points by "Coordinates" and the cells by "Polylength". There are no cells without
   /// "Connectivity". Reads no array.
   MeshCounts Count(std::string_view instance) const;

@@ -9,13 +9,13 @@
 
 namespace QovMesh {
 
-/// Where the values of a result sit on a mesh.
+/// What the values of a result belong to.
 enum class Placement : std::uint8_t { Point, Cell, Field };
 
-/// Decides where the values of results sit. A result with as many items as its mesh has points is
-/// point data; as cells, cell data. If both counts are equal, the results of the same kind of the
-/// whole model decide that have one of the counts only; else it is point data. Any other number of
-/// items is field data.
+/// Decides what the values of results belong to. A result with as many items as its mesh has points
+/// is point data; as cells, cell data. If both counts are equal, those results of the same kind in
+/// the whole model decide that fit only one of the counts; else it is point data. A result with any
+/// other number of items, or with an incomplete one, is field data.
 class PlacementRule {
  public:
   struct Decision {

@@ -61,6 +61,18 @@ TEST(Mesh, RunsAndDecisionsCoverAllCells) {
   EXPECT_EQ(DescribeDecision(mesh.mDecisions[0]), "1 cell with 2 nodes: line (number of nodes)");
 }
 
+TEST(Mesh, CellsWithoutConnectivityDoNotCount) {
+  Geometry geometry("g");
+  FillMesh(geometry);
+  EXPECT_EQ(MeshArrays(geometry).Count("").mNumCells, 4U);
+  Geometry cloud("g");
+  for (const auto& array : geometry.GetVariables()) {
+    if (array.mName != "Connectivity") cloud.AppendVariable(array);
+  }
+  EXPECT_EQ(MeshArrays(cloud).Count("").mNumCells, 0U);
+  EXPECT_EQ(LoadMesh(cloud, "", {}).GetNumCells(), 0U);
+}
+
 TEST(Mesh, ArraysOfTheInstanceAreTaken) {
   Geometry geometry("g");
   FillMesh(geometry);
@@ -111,6 +123,8 @@ TEST(ResultPlacement, CountsDecideAndThenOtherResultsOfTheKind) {
   EXPECT_EQ(place(12, 7, {7, 7}).mPlacement, Placement::Point);
   EXPECT_EQ(place(99, 7, {7, 7}).mWarning, "as many points as cells: point data");
   EXPECT_EQ(place(12, 6, {7, 7}).mPlacement, Placement::Field);
+  const auto torn = MakeVariable("r", 12, NumericArray::Of(std::vector<float>(14), 3));
+  EXPECT_EQ(rule.Decide(torn, {4, 9}).mPlacement, Placement::Field);
 }
 
 TEST(SetMasks, MarkThePointsWithTheIds) {
