@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <numeric>
 #include <utility>
 
 #include "Qov/Util/Raise.h"
@@ -16,10 +17,12 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kSource = "tools/SafeOutput";
+
 }  // namespace
 
-SafeOutput::SafeOutput(std::string path, bool overwrite) : mOutput(std::move(path), overwrite) {
-  QovJbf::Descriptor copy(::fcntl(mOutput.GetDescriptor(), F_DUPFD_CLOEXEC, 0));
+SafeOutput::SafeOutput(std::string path, bool overwrite) : mPath(std::move(path)) {
+  mOutput.emplace(mPath, overwrite);
+  QovJbf::Descriptor copy(::fcntl(mOutput->GetDescriptor(), F_DUPFD_CLOEXEC, 0));
   if (copy.IsOpen()) mFile.reset(::fdopen(copy.Get(), "wb"));
   if (mFile == nullptr) RaiseWriteError(errno);
   copy.Release();
@@ -31,12 +34,14 @@ void SafeOutput::RaiseWriteError(int error) const {
 }
 
 void SafeOutput::Write(const void* data, std::size_t size) {
-  if (size != 0 && std::fwrite(data, 1, size, mFile.get()) != size) RaiseWriteError(errno);
+  const bool isWritten = !mOutput || std::fwrite(data, 1, size, mFile.get()) == size;
+  if (!isWritten) RaiseWriteError(errno);
   mPosition += size;
 }
 
 void SafeOutput::Patch(std::uint64_t position, std::string_view bytes) {
   std::FILE* file = mFile.get();
+  if (!mOutput) return;
   if (::fseeko(file, static_cast<off_t>(position), SEEK_SET) != 0 ||
       std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size() ||
       ::fseeko(file, static_cast<off_t>(mPosition), SEEK_SET) != 0) {
@@ -51,7 +56,7 @@ void SafeOutput::Finish() {
 
 void SafeOutput::Commit() {
   Finish();
-  mOutput.Commit();
+  if (mOutput) mOutput->Commit();
 }
 
 OutputSet::~OutputSet() {
@@ -63,11 +68,19 @@ OutputSet::~OutputSet() {
 }
 
 SafeOutput& OutputSet::Open(const std::string& path) {
-  mFiles.push_back(std::make_unique<SafeOutput>(path, mOverwrite));
+  mFiles.push_back(mDiscard ? std::make_unique<SafeOutput>(path)
+                            : std::make_unique<SafeOutput>(path, mOverwrite));
   return *mFiles.back();
 }
 
+std::uint64_t OutputSet::GetNumBytes() const {
+  return std::accumulate(
+      mFiles.begin(), mFiles.end(), std::uint64_t{0},
+      [](std::uint64_t sum, const auto& file) { return sum + file->GetPosition(); });
+}
+
 void OutputSet::MakeFolder(const std::string& path) {
+  if (mDiscard) return;
   const QovJbf::SignalBlock block;
   if (::mkdir(path.c_str(), 0777) == 0) {
     mNewFolders.emplace_back(path, QovJbf::RememberRemoval(path));

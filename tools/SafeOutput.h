@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -20,6 +21,8 @@ class SafeOutput {
  public:
   /// Opens the temporary file. Raises the errors of TemporaryOutput.
   SafeOutput(std::string path, bool overwrite);
+  /// Makes an output whose bytes are counted and dropped.
+  explicit SafeOutput(std::string path) : mPath(std::move(path)) {}
   SafeOutput(const SafeOutput&) = delete;
   SafeOutput& operator=(const SafeOutput&) = delete;
 
@@ -40,12 +43,13 @@ class SafeOutput {
   /// Finishes the file, if that was not done, and gives it its name. Raises the errors of
   /// TemporaryOutput::Commit.
   void Commit();
-  const std::string& GetPath() const { return mOutput.GetPath(); }
+  const std::string& GetPath() const { return mPath; }
 
  private:
   [[noreturn]] void RaiseWriteError(int error) const;
 
-  QovJbf::TemporaryOutput mOutput;
+  const std::string mPath;
+  std::optional<QovJbf::TemporaryOutput> mOutput;  ///< Nothing if the bytes are dropped.
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> mFile{nullptr, &std::fclose};
   std::uint64_t mPosition = 0;
 };
@@ -53,7 +57,9 @@ class SafeOutput {
 /// Files and folders that appear together: the first file under its name is the last to appear.
 class OutputSet {
  public:
-  explicit OutputSet(bool overwrite) : mOverwrite(overwrite) {}
+  /// With `discard`, the bytes of all files are counted and dropped.
+  explicit OutputSet(bool overwrite, bool discard = false)
+      : mOverwrite(overwrite), mDiscard(discard) {}
   /// Removes the folders that it made, if they are empty, unless all was committed.
   ~OutputSet();
   OutputSet(const OutputSet&) = delete;
@@ -64,9 +70,11 @@ class OutputSet {
   void MakeFolder(const std::string& path);
   void CommitAll();
   std::size_t GetNumFiles() const { return mFiles.size(); }
+  std::uint64_t GetNumBytes() const;
 
  private:
   bool mOverwrite;
+  bool mDiscard;
   std::vector<std::unique_ptr<SafeOutput>> mFiles;
   /// The folders that were made, with the entries that let signals remove them.
   std::vector<std::pair<std::string, QovJbf::SignalRemoval*>> mNewFolders;
