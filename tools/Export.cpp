@@ -2,29 +2,24 @@
 
 #include <CLI/App.hpp>
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <filesystem>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "Command.h"
-#include "OptionValues.h"
-#include "diagnostics/Printable.h"
+#include "Plural.h"
 #include "Qov/Util/Raise.h"
 #include "SafeOutput.h"
-#include "Terminal.h"
-#include "TextTable.h"
-#include "export/EnsightWriter.h"
+#include "diagnostics/Printable.h"
 #include "export/ExportContent.h"
-#include "export/GlbWriter.h"
-#include "export/SurfaceWriters.h"
-#include "export/TableWriters.h"
-#include "export/VtmWriter.h"
-#include "export/VtuWriter.h"
+#include "export/ExportFormat.h"
+#include "export/ExportReport.h"
 
 namespace Qov::Tools {
 namespace {
@@ -32,45 +27,31 @@ namespace {
 using ErrorType = Util::Exception::ErrorType;
 
 constexpr const char* kSource = "tools/Export";
+/// Notes that a run prints; --dry-run and --json have all of them.
+constexpr std::size_t kMostNotes = 20;
+/// Status if a chosen geometry or result cannot be written.
+constexpr int kIncomplete = 1;
 
 constexpr const char* kFooter =
-    "The ending of OUT decides on the format:\n"
-    "  .vtu   one VTK grid of all chosen geometries\n"
-    "  .vtm   VTK blocks, one for each geometry, in a folder beside it\n"
-    "  .pvd   a .vtm for each step, with its time\n"
-    "  .glb   the outer surface as glTF, coloured by --result\n"
-    "  .stl   .ply   the outer surface\n"
-    "  .csv   a table of points, or of cells\n"
-    "  .npz   all arrays, for NumPy\n"
-    "  .case  EnSight Gold\n"
-    "Patterns know *, ? and [...]; nodes and steps may be given by their numbers.\n"
+    "The ending of OUT determines the format:\n"
+    "  .vtu         one VTK grid of all chosen geometries\n"
+    "  .vtm         VTK blocks, one for each geometry, in a folder beside it\n"
+    "  .pvd         a .vtm for each step, with its time\n"
+    "  .glb         the outer surface as glTF, coloured by --result\n"
+    "  .stl, .ply   the outer surface\n"
+    "  .csv         a table of points, or of cells\n"
+    "  .npz         all arrays, for NumPy\n"
+    "  .case        EnSight Gold\n"
+    "Patterns have *, ? and [...]. Nodes can be given by their ids, steps by their numbers.\n"
+    "Kinds of cells are vertex, points, line, triangle, quad, polygon, tetrahedron, pyramid,\n"
+    "wedge, hexahedron, and quadratic-line to quadratic-hexahedron.\n"
+    "\n"
+    "Exit status: 0 all that was chosen is written, 1 some of it cannot be written, 2 failure.\n"
     "\n"
     "Example: ryx export plate.ryx -o plate.vtu\n"
     "         ryx export plate.ryx -o plate.csv --results Stress --steps LC2\n"
     "         ryx export assembly.ryx -o assembly.glb --nodes 'Panel*' --result Contact\n"
     "         ryx export merged.ryx -o merged.pvd --dry-run";
-
-enum class Format { Vtu, Vtm, Pvd, Glb, Stl, Ply, Csv, Npz, Case };
-
-constexpr std::array<std::pair<const char*, Format>, 9> kEndings = {{{".vtu", Format::Vtu},
-                                                                     {".vtm", Format::Vtm},
-                                                                     {".pvd", Format::Pvd},
-                                                                     {".glb", Format::Glb},
-                                                                     {".stl", Format::Stl},
-                                                                     {".ply", Format::Ply},
-                                                                     {".csv", Format::Csv},
-                                                                     {".npz", Format::Npz},
-                                                                     {".case", Format::Case}}};
-
-Format FormatOf(const std::string& path) {
-  for (const auto& [ending, format] : kEndings) {
-    if (std::filesystem::path(path).extension() == ending) return format;
-  }
-  std::string known;
-  for (const auto& [ending, format] : kEndings) known += std::string(" ") + ending;
-  Util::Raise(kSource, ErrorType::FormatNotSupported,
-              Util::Quote(path) + " has no ending that decides on a format:" + known);
-}
 
 /// Reads "4=quad".
 void AddKind(const std::string& text, QovMesh::KindChoices& kinds) {
@@ -80,25 +61,28 @@ void AddKind(const std::string& text, QovMesh::KindChoices& kinds) {
   const auto [stop, error] = std::from_chars(text.data(), end, numNodes);
   const auto kind =
       sign == text.npos ? std::nullopt : QovMesh::FindKind(std::string_view(text).substr(sign + 1));
-  if (error == std::errc() && stop == end && kind) {
-    kinds[numNodes] = *kind;
-    return;
+  if (error != std::errc() || stop != end || !kind) {
+    Util::Raise(kSource, ErrorType::InvalidEnumeration,
+                "--cells takes a number of nodes and a kind, such as 4=quad, not " +
+                    Util::Quote(text) + "; ryx export --help lists the kinds");
   }
-  std::string known;
-  for (std::size_t i = 0; i < QovMesh::kNumCellKinds; ++i) {
-    known += " ";
-    known += QovMesh::GetShape(static_cast<QovMesh::CellKind>(i)).mName;
+  if (!QovMesh::CanHaveNodes(*kind, numNodes)) {
+    Util::Raise(kSource, ErrorType::InvalidEnumeration,
+                fmt::format("--cells {}: a cell of the kind {} cannot have {}", text,
+                            QovMesh::GetShape(*kind).mName, Plural(numNodes, "node")));
   }
-  Util::Raise(kSource, ErrorType::InvalidEnumeration,
-              "--cells takes a number of nodes and a kind, such as 4=quad, not " +
-                  Util::Quote(text) + "; kinds are" + known);
+  if (!kinds.emplace(numNodes, *kind).second) {
+    Util::Raise(kSource, ErrorType::InvalidEnumeration,
+                fmt::format("--cells gives two kinds for {}", Plural(numNodes, "node")));
+  }
 }
 
 /// Returns the component that a word names; nothing for the length.
 std::optional<std::size_t> ComponentOf(const std::string& word) {
   if (word == "magnitude") return std::nullopt;
-  if (word.size() == 1 && word >= "x" && word <= "z")
+  if (word.size() == 1 && word >= "x" && word <= "z") {
     return static_cast<std::size_t>(word[0] - 'x');
+  }
   std::size_t number = 0;
   const auto [stop, error] = std::from_chars(word.data(), word.data() + word.size(), number);
   if (error == std::errc() && stop == word.data() + word.size() && number > 0) return number - 1;
@@ -106,16 +90,10 @@ std::optional<std::size_t> ComponentOf(const std::string& word) {
               "--component takes x, y, z, magnitude or a number from 1, not " + Util::Quote(word));
 }
 
-const char* PlacementText(QovMesh::Placement placement) {
-  switch (placement) {
-    case QovMesh::Placement::Point:
-      return "points";
-    case QovMesh::Placement::Cell:
-      return "cells";
-    case QovMesh::Placement::Field:
-      break;
-  }
-  return "field";
+/// Removes all but the first of equal notes.
+void RemoveRepeated(std::vector<std::string>& notes) {
+  std::unordered_set<std::string> seen;
+  std::erase_if(notes, [&](const std::string& note) { return !seen.insert(note).second; });
 }
 
 class ExportCommand : public Command {
@@ -127,10 +105,9 @@ class ExportCommand : public Command {
   int Run(Output& output, Output& errors) override;
 
  private:
-  void DryRun(const ExportContent& content, Output& output);
-  void Write(Format format, const ExportTask& task, OutputSet& outputs) const;
-  void WriteGrid(const ExportTask& task, OutputSet& outputs) const;
-  void CheckOutput(Format format) const;
+  void CheckOptions(ExportFormat format) const;
+  void Write(ExportReport& report);
+  void Print(const ExportReport& report, Output& output, Output& errors) const;
 
   std::string mModel;
   std::string mOutputPath;
@@ -141,139 +118,87 @@ class ExportCommand : public Command {
   bool mNoSets = false;
   bool mDryRun = false;
   bool mOverwrite = false;
+  bool mJson = false;
 };
 
 void ExportCommand::Declare(CLI::App& app) {
+  const auto addPatterns = [&](const char* name, std::vector<std::string>& words,
+                               const char* help) {
+    return app.add_option(name, words, help)->type_name("PATTERN")->allow_extra_args(false);
+  };
   app.add_option("MODEL", mModel, "Model file")->required();
-  app.add_option("-o,--output", mOutputPath, "File to write; its ending decides on the format")
+  app.add_option("-o,--output", mOutputPath, "File to write; its ending determines the format")
       ->type_name("OUT")
       ->required();
-  app.add_option("--nodes", mRequest.mNodes, "Only these nodes and what is below them")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
-  app.add_option("--results", mRequest.mResults, "Only these results")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
-  app.add_option("--steps", mRequest.mSteps, "Only these steps or load cases")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
-  app.add_flag("--no-sets", mNoSets, "Leave out node sets");
-  app.add_option("--cells", mCells, "The kind of cells with a number of nodes")
+  addPatterns("--nodes", mRequest.mNodes, "Only these nodes and their descendants");
+  addPatterns("--results", mRequest.mResults, "Only these results");
+  addPatterns("--steps", mRequest.mSteps, "Only these steps or load cases");
+  CLI::Option* sets = addPatterns("--sets", mRequest.mSetNames, "Only these node sets");
+  app.add_flag("--no-sets", mNoSets, "No node sets")->excludes(sets);
+  app.add_option("--cells", mCells, "Kind of the cells with COUNT nodes")
       ->type_name("COUNT=KIND")
       ->allow_extra_args(false);
-  app.add_option("--result", mResult, "The result that colours a .glb file")->type_name("NAME");
-  app.add_option("--component", mComponent, "Which of its components: x, y, z, magnitude or N")
+  app.add_option("--result", mResult, "Result that colours a .glb file")->type_name("NAME");
+  app.add_option("--component", mComponent, "Its component: x, y, z, magnitude or a number")
       ->type_name("WHICH");
-  app.add_flag("--dry-run", mDryRun, "Show what would be written and what would not");
-  app.add_flag("--overwrite", mOverwrite, "Replace files that exist");
+  app.add_flag("--dry-run", mDryRun, "Write nothing, and show what would be written and what not");
+  app.add_flag("--overwrite", mOverwrite, "Replace existing files");
+  app.add_flag("--json", mJson, "Print one JSON document");
 }
 
-void ExportCommand::CheckOutput(Format format) const {
+void ExportCommand::CheckOptions(ExportFormat format) const {
   std::error_code error;
   if (std::filesystem::equivalent(mOutputPath, mModel, error)) {
     Util::Raise(kSource, ErrorType::MiscellaneousError,
-                Util::Quote(mOutputPath) + " is the model itself: name another output");
+                Util::Quote(mOutputPath) + " is the model itself; choose another output");
   }
-  if (format != Format::Glb && !mResult.empty()) {
+  if (format != ExportFormat::Glb && !mResult.empty()) {
     Util::Raise(kSource, ErrorType::InvalidMethod,
-                "--result is for .glb files; --results chooses what other formats hold");
+                "--result is for .glb files; --results chooses the results of other formats");
   }
   ComponentOf(mComponent);
 }
 
-void ExportCommand::Write(Format format, const ExportTask& task, OutputSet& outputs) const {
-  switch (format) {
-    case Format::Vtu:
-      return WriteGrid(task, outputs);
-    case Format::Vtm:
-      return WriteVtm(task, mOutputPath, outputs);
-    case Format::Pvd:
-      return WritePvd(task, mOutputPath, outputs);
-    case Format::Glb:
-      return WriteGlb(task, {mResult, ComponentOf(mComponent)}, mOutputPath, outputs);
-    case Format::Stl:
-      return WriteStl(task, mOutputPath, outputs);
-    case Format::Ply:
-      return WritePly(task, mOutputPath, outputs);
-    case Format::Csv:
-      return WriteCsv(task, mOutputPath, outputs);
-    case Format::Npz:
-      return WriteNpz(task, mOutputPath, outputs);
-    case Format::Case:
-      return WriteEnsight(task, mOutputPath, outputs);
-  }
+void ExportCommand::Write(ExportReport& report) {
+  const ExportTask task{report.mTree, report.mContent, mRequest.mKinds, report.mNotes};
+  OutputSet outputs(mOverwrite, mDryRun);
+  WriteExport(report.mFormat, task, {mResult, ComponentOf(mComponent)}, mOutputPath, outputs);
+  outputs.CommitAll();
+  RemoveRepeated(report.mNotes);
+  report.mIsWritten = !mDryRun;
+  report.mNumFiles = outputs.GetNumFiles();
+  report.mNumBytes = outputs.GetNumBytes();
 }
 
-void ExportCommand::WriteGrid(const ExportTask& task, OutputSet& outputs) const {
-  std::vector<const ExportPart*> parts;
-  for (const ExportPart& part : task.mContent.mParts) parts.push_back(&part);
-  ExportSets sets(task.mTree, task.mContent);
-  MeshCache meshes(task.mKinds);
-  WriteVtu(parts, sets, meshes, task.mNotes, outputs.Open(mOutputPath));
-}
-
-void ExportCommand::DryRun(const ExportContent& content, Output& output) {
-  const TextStyle& style = output.GetStyle();
-  MeshCache meshes(mRequest.mKinds);
-  for (const ExportPart& part : content.mParts) {
-    const QovMesh::Mesh& mesh = meshes.Get(part);
-    output.Line(fmt::format("{} [{}]: {} points, {} cells", Escape(part.mName, style), part.mId,
-                            mesh.GetNumPoints(), mesh.GetNumCells()));
-    for (const auto& decision : mesh.mDecisions) output.Line("  " + DescribeDecision(decision));
-    for (const std::string& warning : mesh.mWarnings) output.Line("  " + warning);
-    TextTable table({{"RESULT"}, {"AT"}, {"WIDTH", TextTable::Align::Right}, {"STEP"}}, 60);
-    for (const ExportResult& result : part.mResults) {
-      table.AddRow({Escape(result.mName, style), PlacementText(result.mPlacement),
-                    fmt::format("{}", result.mWidth),
-                    result.mStep ? Escape(content.mSteps[*result.mStep].mName, style) : ""});
-    }
-    if (part.mResults.empty()) continue;
-    for (const std::string& line : table.GetLines()) output.Line("  " + line);
+void ExportCommand::Print(const ExportReport& report, Output& output, Output& errors) const {
+  if (mJson) return output.Line(FormatJson(ExportJson(report)));
+  if (mDryRun) return PrintDetails(report, output);
+  const auto& notes = report.mNotes;
+  for (std::size_t i = 0; i < std::min(notes.size(), kMostNotes); ++i) {
+    errors.Line("ryx export: " + notes[i]);
   }
-  for (const QovMesh::Step& step : content.mSteps) {
-    output.Line(fmt::format("Step {}: {} ({})", Escape(step.mName, style),
-                            step.mTime ? fmt::format("time {}", *step.mTime) : "no time",
-                            step.mSource));
+  if (notes.size() > kMostNotes) {
+    errors.Line(fmt::format("ryx export: and {}; --dry-run shows all",
+                            Plural(notes.size() - kMostNotes, "further note")));
   }
-  for (const std::string& note : content.mNotes) output.Line("Note: " + note);
-  for (const std::string& omission : content.mOmissions) output.Line("Left out: " + omission);
-}
-
-std::size_t CountResults(const ExportContent& content) {
-  std::size_t count = 0;
-  for (const ExportPart& part : content.mParts) count += part.mResults.size();
-  return count;
+  PrintSummary(report, output);
 }
 
 int ExportCommand::Run(Output& output, Output& errors) {
-  const Format format = FormatOf(mOutputPath);
+  const ExportFormat format = FindExportFormat(mOutputPath);
   mRequest.mSets = !mNoSets;
   for (const std::string& text : mCells) AddKind(text, mRequest.mKinds);
-  CheckOutput(format);
+  CheckOptions(format);
   QovRyx::Tree tree(false);
   QovRyx::Tree::IdMap ids;
   tree.Load(mModel, ids, QovRyx::Tree::ReadMode::WithoutViews,
             QovRyx::Tree::SupportedFileFormats::Ryx);
-  const bool separateSteps = format == Format::Pvd || format == Format::Case;
-  const ExportContent content = ChooseContent(tree, mRequest, separateSteps);
-  if (mDryRun) {
-    DryRun(content, output);
-    return kSuccess;
-  }
-  std::vector<std::string> notes = content.mNotes;
+  const ExportContent content = ChooseContent(tree, mRequest, GetStepLayout(format));
+  ExportReport report{tree, content, format, mOutputPath, false, 0, 0, content.mNotes};
   QovJbf::RemoveOutputsOnSignals();
-  OutputSet outputs(mOverwrite);
-  Write(format, {tree, content, mRequest.mKinds, notes}, outputs);
-  outputs.CommitAll();
-  for (const std::string& note : notes) errors.Line("ryx export: " + note);
-  const std::size_t numParts = content.mParts.size();
-  const std::size_t numResults = CountResults(content);
-  const std::size_t numFiles = outputs.GetNumFiles();
-  output.Line(fmt::format("Wrote {} geometr{} and {} result{} to {} ({} file{}).", numParts,
-                          numParts == 1 ? "y" : "ies", numResults, numResults == 1 ? "" : "s",
-                          Escape(mOutputPath, output.GetStyle()), numFiles,
-                          numFiles == 1 ? "" : "s"));
-  return kSuccess;
+  Write(report);
+  Print(report, output, errors);
+  return content.mIsComplete ? kSuccess : kIncomplete;
 }
 
 }  // namespace

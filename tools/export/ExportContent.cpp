@@ -3,15 +3,18 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <map>
+#include <set>
 #include <utility>
 
+#include "ErrorText.h"
 #include "NodeFilter.h"
+#include "Plural.h"
 #include "Qov/Ryx/ValueOwners.h"
 #include "Qov/Util/Raise.h"
 #include "Terminal.h"
 #include "TreeWalk.h"
+#include "diagnostics/Printable.h"
 #include "export/UniqueNames.h"
 #include "mesh/ArrayNames.h"
 
@@ -29,56 +32,66 @@ constexpr const char* kSource = "tools/export/ExportContent";
 
 std::string Shown(std::string_view name) { return Escape(name, {}); }
 
-/// Words of the command line, and which of them fitted something.
+/// Words of the command line, and which of them have matched something.
 class Patterns {
  public:
   explicit Patterns(const std::vector<std::string>& words)
-      : mWords(words), mHasFitted(words.size(), false) {}
+      : mWords(words), mHasMatched(words.size(), false) {}
 
-  /// Returns true if there are no words, or if one of the names fits one of them.
+  /// Returns true if there are no words, or if one of the names matches one of them.
   bool Accept(std::initializer_list<std::string> names) {
     bool accepted = mWords.empty();
     for (std::size_t i = 0; i < mWords.size(); ++i) {
       for (const std::string& name : names) {
         if (name != mWords[i] && !MatchesPattern(name, mWords[i])) continue;
-        mHasFitted[i] = true;
+        mHasMatched[i] = true;
         accepted = true;
       }
     }
     return accepted;
   }
 
-  /// Raises ElementNotFound for a word that fitted nothing.
-  void CheckAllFitted(const std::string& noun) const {
+  /// Raises ElementNotFound for a word that has matched nothing. `list` shows the names.
+  void CheckAllMatched(const std::string& noun, const std::string& list) const {
     for (std::size_t i = 0; i < mWords.size(); ++i) {
-      if (!mHasFitted[i]) RaiseNotFound("no " + noun + " fits " + mWords[i]);
+      if (mHasMatched[i]) continue;
+      RaiseNotFound(
+          fmt::format("no {} matches {}; {} lists them", noun, Util::Quote(mWords[i]), list));
     }
   }
 
  private:
   const std::vector<std::string>& mWords;
-  std::vector<bool> mHasFitted;
+  std::vector<bool> mHasMatched;
 };
 
 class ContentBuilder {
  public:
-  ContentBuilder(const QovRyx::Tree& tree, const ExportRequest& request, bool separateSteps)
+  ContentBuilder(const QovRyx::Tree& tree, const ExportRequest& request, StepLayout layout)
       : mTree(tree),
         mRequest(request),
-        mSeparateSteps(separateSteps),
+        mLayout(layout),
         mTable(tree.GetNodes()),
         mRule(tree.GetNodes()),
         mOwners(tree.GetNodes()),
         mNodePatterns(request.mNodes),
-        mResultPatterns(request.mResults) {}
+        mResultPatterns(request.mResults),
+        mSetPatterns(request.mSetNames) {}
 
   ExportContent Build() {
+    mContent.mSetNames = mRequest.mSetNames;
     ChooseSteps();
     AddParts();
-    mNodePatterns.CheckAllFitted("node");
-    mResultPatterns.CheckAllFitted("result");
-    if (mContent.mParts.empty()) RaiseNotFound("the model has no geometry with coordinates");
+    mNodePatterns.CheckAllMatched("node", "ryx ls");
+    mResultPatterns.CheckAllMatched("result", "ryx ls");
+    CheckMeshes();
+    if (mContent.mParts.empty()) {
+      RaiseNotFound("the model has no geometry that can be written" +
+                    (mRefusal.empty() ? "" : ": " + mRefusal));
+    }
     AddSetNodes();
+    mSetPatterns.CheckAllMatched("node set", "ryx ls");
+    OmitOtherData();
     for (const std::string& warning : mTable.GetWarnings()) Note(warning);
     return std::move(mContent);
   }
@@ -86,6 +99,12 @@ class ContentBuilder {
  private:
   void Note(std::string text) { mContent.mNotes.push_back(std::move(text)); }
   void Omit(std::string text) { mContent.mOmissions.push_back(std::move(text)); }
+  /// Notes something that is chosen and cannot be written.
+  void Refuse(const std::string& text) {
+    mContent.mIsComplete = false;
+    if (mRefusal.empty()) mRefusal = text;
+    Note("not written: " + text);
+  }
 
   void ChooseSteps() {
     Patterns patterns(mRequest.mSteps);
@@ -98,7 +117,7 @@ class ContentBuilder {
       mChosenSteps[i] = mContent.mSteps.size();
       mContent.mSteps.push_back(steps[i]);
     }
-    patterns.CheckAllFitted("step");
+    patterns.CheckAllMatched("step", "--dry-run");
   }
 
   /// Walks the tree from the top, so that a chosen node brings what is below it.
@@ -136,7 +155,7 @@ class ContentBuilder {
         group.mScale == plain.mScale) {
       return;
     }
-    Omit("group " + Shown(group.GetName()) + ": its placement is not applied to coordinates");
+    Note("group " + Shown(group.GetName()) + ": its placement is not applied to coordinates");
   }
 
   void AddPart(std::uint32_t id, const Geometry& geometry, const std::vector<std::string>& groups) {
@@ -150,14 +169,16 @@ class ContentBuilder {
     }
     part.mMeshInstance = FindMeshInstance(geometry);
     if (arrays.Find(QovMesh::kCoordinates, part.mMeshInstance) == nullptr) {
-      Omit("geometry " + Shown(part.mName) + ": it has no array Coordinates");
-      return;
+      return Refuse(PartText(part) + ": it has no array Coordinates");
     }
-    const QovMesh::MeshCounts counts = arrays.Count(part.mMeshInstance);
+    NoteFurtherMeshes(arrays, part);
     UniqueNames names;
     for (const auto& variable : geometry.GetVariables()) {
-      if (!QovMesh::IsMeshBase(QovMesh::SplitName(variable.mName).mBase)) {
-        AddResult(variable, counts, names, part);
+      const std::string_view base = QovMesh::SplitName(variable.mName).mBase;
+      if (!QovMesh::IsMeshBase(base)) {
+        AddResult(variable, arrays, names, part);
+      } else if (base == QovMesh::kPartElements) {
+        Omit(PartText(part) + ": the array Part Elements is never exported");
       }
     }
     mContent.mParts.push_back(std::move(part));
@@ -178,11 +199,30 @@ class ContentBuilder {
     return {};
   }
 
-  std::string WhereText(const ExportPart& part, const Geometry::VarStruct& variable) const {
+  static std::string PartText(const ExportPart& part) { return "geometry " + Shown(part.mName); }
+
+  static std::string WhereText(const ExportPart& part, const Geometry::VarStruct& variable) {
     return "result " + Shown(variable.mName) + " of " + Shown(part.mName);
   }
 
-  void AddResult(const Geometry::VarStruct& variable, const QovMesh::MeshCounts& counts,
+  /// Returns which mesh of the part a step has.
+  std::string MeshOfStep(const QovMesh::MeshArrays& arrays, const ExportPart& part,
+                         const QovMesh::Step& step) const {
+    const bool isOwn = mLayout == StepLayout::Meshes && arrays.HasOwnMesh(step.mName);
+    return isOwn ? step.mName : part.mMeshInstance;
+  }
+
+  void NoteFurtherMeshes(const QovMesh::MeshArrays& arrays, const ExportPart& part) {
+    if (mLayout == StepLayout::Meshes) return;
+    for (const QovMesh::Step& step : mContent.mSteps) {
+      if (step.mName == part.mMeshInstance || !arrays.HasOwnMesh(step.mName)) continue;
+      return Note(fmt::format(
+          "{}: its mesh changes with the steps; the one of {} is written for all of them",
+          PartText(part), part.mMeshInstance.empty() ? "no step" : Shown(part.mMeshInstance)));
+    }
+  }
+
+  void AddResult(const Geometry::VarStruct& variable, const QovMesh::MeshArrays& arrays,
                  UniqueNames& names, ExportPart& part) {
     const QovMesh::ArrayName name = QovMesh::SplitName(variable.mName);
     if (!mResultPatterns.Accept({std::string(name.mBase), variable.mName})) {
@@ -192,30 +232,97 @@ class ContentBuilder {
     result.mpVariable = &variable;
     if (const auto step = mTable.FindStep(part.mId, variable)) {
       const auto chosen = mChosenSteps.find(*step);
-      if (chosen == mChosenSteps.end()) return;  // told once, with the step
+      if (chosen == mChosenSteps.end()) return;  // listed once, with the step
       result.mStep = chosen->second;
     }
     if (variable.mLink.IsLinked() && variable.mValues.GetLoader() == nullptr) {
-      return Omit(WhereText(part, variable) + ": its link leads to no values");
+      return Refuse(WhereText(part, variable) + ": it is a dangling link, which has no values");
     }
-    const auto decision = mRule.Decide(variable, counts);
-    result.mPlacement = decision.mPlacement;
-    if (!decision.mWarning.empty()) Note(WhereText(part, variable) + ": " + decision.mWarning);
+    result.mPlacement = FindPlacement(result, arrays, part);
     result.mIsUnsigned = mOwners.HoldUnsigned(variable);
     result.mWidth = std::max<std::size_t>(variable.mValues.GetWidth(), 1);
     result.mName = std::string(name.mBase);
-    const bool needsStep = !mSeparateSteps && mContent.mSteps.size() > 1;
-    if (needsStep && !name.mInstance.empty()) result.mName += fmt::format(" ({})", name.mInstance);
-    if (!mSeparateSteps) result.mName = names.Make(result.mName);
+    const bool isInNames = mLayout == StepLayout::Names;
+    if (isInNames && mContent.mSteps.size() > 1 && !name.mInstance.empty()) {
+      result.mName += fmt::format(" ({})", name.mInstance);
+    }
+    if (isInNames) result.mName = names.Make(result.mName);
     part.mResults.push_back(std::move(result));
+  }
+
+  /// Decides on the placement by the mesh of the result's step, or by those of all steps.
+  QovMesh::Placement FindPlacement(const ExportResult& result, const QovMesh::MeshArrays& arrays,
+                                   const ExportPart& part) {
+    std::vector<std::string> meshes;
+    for (std::size_t i = 0; i < mContent.mSteps.size(); ++i) {
+      if (result.mStep.value_or(i) != i) continue;
+      meshes.push_back(MeshOfStep(arrays, part, mContent.mSteps[i]));
+    }
+    if (meshes.empty()) meshes.push_back(part.mMeshInstance);
+    const auto& variable = *result.mpVariable;
+    const auto decision = mRule.Decide(variable, arrays.Count(meshes[0]));
+    if (!decision.mWarning.empty()) Note(WhereText(part, variable) + ": " + decision.mWarning);
+    for (const std::string& mesh : meshes) {
+      const auto other = mRule.Decide(variable, arrays.Count(mesh)).mPlacement;
+      if (other == decision.mPlacement) continue;
+      Note(WhereText(part, variable) + ": the meshes of the steps differ: field data");
+      return QovMesh::Placement::Field;
+    }
+    return decision.mPlacement;
+  }
+
+  /// Reads the meshes. Leaves out the parts with a mesh that contradicts itself.
+  void CheckMeshes() {
+    std::vector<ExportPart> sound;
+    std::set<std::size_t> nodeCounts;
+    for (ExportPart& part : mContent.mParts) {
+      try {
+        CheckMesh(part);
+      } catch (const Util::Exception& error) {
+        if (error.GetType() != ErrorType::MismatchError) throw;
+        Refuse(PartText(part) + ": " + ErrorText(error));
+        continue;
+      }
+      for (const auto& decision : part.mDecisions) nodeCounts.insert(decision.mNumNodes);
+      sound.push_back(std::move(part));
+    }
+    mContent.mParts = std::move(sound);
+    for (const auto& [numNodes, kind] : mRequest.mKinds) {
+      if (!mContent.mIsComplete || nodeCounts.contains(numNodes)) continue;
+      RaiseNotFound(fmt::format("no cell has {}, for --cells {}={}", Plural(numNodes, "node"),
+                                numNodes, QovMesh::GetShape(kind).mName));
+    }
+  }
+
+  void CheckMesh(ExportPart& part) {
+    const QovMesh::MeshArrays arrays(*part.mpGeometry);
+    if (mLayout == StepLayout::Meshes) {
+      for (const QovMesh::Step& step : mContent.mSteps) {
+        const std::string instance = MeshOfStep(arrays, part, step);
+        if (instance != part.mMeshInstance) LoadMesh(*part.mpGeometry, instance, mRequest.mKinds);
+      }
+    }
+    const QovMesh::Mesh mesh =
+        QovMesh::LoadMesh(*part.mpGeometry, part.mMeshInstance, mRequest.mKinds);
+    part.mNumPoints = mesh.GetNumPoints();
+    part.mDecisions = mesh.mDecisions;
+    for (const std::string& warning : mesh.mWarnings) Note(PartText(part) + ": " + warning);
+    for (const auto& decision : mesh.mDecisions) {
+      if (!decision.mWarning.empty()) Note(PartText(part) + ": " + DescribeDecision(decision));
+    }
   }
 
   /// A NodeSets node belongs to the geometries below its parent.
   void AddSetNodes() {
-    if (!mRequest.mSets) return;
     const auto& nodes = mTree.GetNodes();
     for (const auto& [id, entry] : nodes) {
-      if (dynamic_cast<const QovRyx::NodeSets*>(entry.mData.get()) == nullptr) continue;
+      const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(entry.mData.get());
+      if (sets == nullptr) continue;
+      if (!mRequest.mSets) {
+        Omit("node sets " + Shown(sets->GetName()) + ": not chosen");
+        continue;
+      }
+      if (!mRequest.mSetNames.empty()) ChooseSets(*sets);
       bool isUsed = false;
       for (ExportPart& part : mContent.mParts) {
         if (!IsBelow(part.mId, entry.mParent)) continue;
@@ -223,9 +330,43 @@ class ContentBuilder {
         isUsed = true;
       }
       if (!isUsed) {
-        Omit("node sets " + Shown(entry.mData->GetName()) + ": no chosen geometry is beside them");
+        Omit("node sets " + Shown(entry.mData->GetName()) +
+             ": no chosen geometry is below their parent");
       }
     }
+  }
+
+  void ChooseSets(const QovRyx::NodeSets& node) {
+    const QovRyx::SetColumns sets = node.GetColumns();
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+      const std::string name(sets[i].mName);
+      if (!mSetPatterns.Accept({name})) Omit("node set " + Shown(name) + ": not chosen");
+    }
+  }
+
+  /// Lists what no format has a place for.
+  void OmitOtherData() {
+    std::uint64_t numAttributes = 0;
+    std::uint64_t numMaterials = 0;
+    const auto count = [&](const QovUtil::Attributes& attributes) {
+      for (const auto& [name, value] : attributes) numAttributes += name == "time" ? 0 : 1;
+    };
+    for (const auto& [id, entry] : mTree.GetNodes()) {
+      const QovRyx::Node* node = entry.mData.get();
+      if (const auto* group = dynamic_cast<const QovRyx::Group*>(node)) count(group->mAttributes);
+      if (dynamic_cast<const QovRyx::Shape*>(node) != nullptr) ++numMaterials;
+      if (dynamic_cast<const QovRyx::FutureNode*>(node) != nullptr) {
+        Omit("node " + Shown(node->GetName()) + ": its type is unknown");
+      }
+      const auto* geometry = dynamic_cast<const Geometry*>(node);
+      if (geometry == nullptr) continue;
+      for (const auto& variable : geometry->GetVariables()) count(variable.mAttributes);
+    }
+    if (numAttributes + numMaterials != 0) {
+      Omit(fmt::format("{} and {}: never exported", Plural(numAttributes, "attribute"),
+                       Plural(numMaterials, "material")));
+    }
+    Omit("views and history: never exported");
   }
 
   bool IsBelow(std::uint32_t id, std::uint32_t ancestor) const {
@@ -240,26 +381,29 @@ class ContentBuilder {
 
   const QovRyx::Tree& mTree;
   const ExportRequest& mRequest;
-  bool mSeparateSteps;
+  StepLayout mLayout;
   QovMesh::StepTable mTable;
   QovMesh::PlacementRule mRule;
   QovRyx::ValueOwners mOwners;
   Patterns mNodePatterns;
   Patterns mResultPatterns;
+  Patterns mSetPatterns;
   std::map<std::size_t, std::size_t> mChosenSteps;  ///< From the table to ExportContent::mSteps.
+  std::string mRefusal;  ///< The first chosen thing that cannot be written.
   ExportContent mContent;
 };
 
 }  // namespace
 
 ExportContent ChooseContent(const QovRyx::Tree& tree, const ExportRequest& request,
-                            bool separateSteps) {
-  return ContentBuilder(tree, request, separateSteps).Build();
+                            StepLayout layout) {
+  return ContentBuilder(tree, request, layout).Build();
 }
 
 ExportContent TakeStep(const ExportContent& content, std::size_t step) {
   ExportContent taken;
   taken.mSteps = {content.mSteps[step]};
+  taken.mSetNames = content.mSetNames;
   for (const ExportPart& part : content.mParts) {
     ExportPart copy = part;
     const auto isOther = [&](const ExportResult& result) {
@@ -268,7 +412,7 @@ ExportContent TakeStep(const ExportContent& content, std::size_t step) {
     std::erase_if(copy.mResults, isOther);
     const QovMesh::MeshArrays arrays(*part.mpGeometry);
     const std::string& name = content.mSteps[step].mName;
-    if (arrays.Find(QovMesh::kCoordinates, name) != nullptr) copy.mMeshInstance = name;
+    if (arrays.HasOwnMesh(name)) copy.mMeshInstance = name;
     UniqueNames names;
     for (ExportResult& result : copy.mResults) {
       result.mStep = result.mStep ? std::optional<std::size_t>(0) : std::nullopt;

@@ -14,13 +14,21 @@
 
 namespace Qov::Tools {
 
-/// What the user asks for.
+/// What the user requests.
 struct ExportRequest {
-  std::vector<std::string> mNodes;    ///< Names or ids; a chosen node brings what is below it.
-  std::vector<std::string> mResults;  ///< Patterns of base names, or of whole names.
-  std::vector<std::string> mSteps;    ///< Patterns of step names, or their numbers, from 1.
+  std::vector<std::string> mNodes;     ///< Names or ids; a chosen node includes its descendants.
+  std::vector<std::string> mResults;   ///< Patterns of base names, or of whole names.
+  std::vector<std::string> mSteps;     ///< Patterns of step names, or their numbers, from 1.
+  std::vector<std::string> mSetNames;  ///< Patterns of names of node sets.
   bool mSets = true;
   QovMesh::KindChoices mKinds;
+};
+
+/// Where a format stores the steps of a model.
+enum class StepLayout : std::uint8_t {
+  Names,      ///< In the names of results, if there are several steps.
+  Variables,  ///< Each variable has values for each step, on one mesh.
+  Meshes,     ///< Each step has its own mesh and results.
 };
 
 /// A result that is written.
@@ -42,31 +50,36 @@ struct ExportPart {
   std::string mMeshInstance;  ///< Which mesh of the geometry, if it has several; else empty.
   std::vector<ExportResult> mResults;
   std::vector<std::uint32_t> mSetNodes;  ///< Ids of the NodeSets that belong to it.
+  std::uint64_t mNumPoints = 0;
+  std::vector<QovMesh::KindDecision> mDecisions;  ///< Of the mesh, for reports.
 };
 
 /// Everything that an export writes, and what it leaves out. Refers to the tree.
 struct ExportContent {
   std::vector<ExportPart> mParts;
   std::vector<QovMesh::Step> mSteps;    ///< Those that are chosen.
-  std::vector<std::string> mNotes;      ///< Guesses and doubts.
-  std::vector<std::string> mOmissions;  ///< What is not written, with the reason.
+  std::vector<std::string> mSetNames;   ///< Patterns of the chosen node sets; empty for all.
+  std::vector<std::string> mNotes;      ///< Guesses, doubts, and parts that cannot be written.
+  std::vector<std::string> mOmissions;  ///< What is not chosen or never exported, with the reason.
+  bool mIsComplete = true;              ///< False if a chosen geometry or result cannot be written.
 };
 
-/// Finds what to write. `separateSteps`: each step becomes a file, so results keep their base
-/// names; else a result of one step among several has the step in its name.
+/// Finds what to write. Reads the meshes of all parts. A geometry whose mesh arrays contradict one
+/// another is left out and noted.
 ///
-/// Raises ElementNotFound if a word of the request fits nothing.
+/// Raises ElementNotFound if a word of the request matches nothing or if there is nothing to write,
+/// and the errors of reading.
 ExportContent ChooseContent(const QovRyx::Tree& tree, const ExportRequest& request,
-                            bool separateSteps);
+                            StepLayout layout);
 
 /// Returns the content of one step: results of other steps are left out.
 ExportContent TakeStep(const ExportContent& content, std::size_t step);
 
 /// Reads the values of a result in the order of the file. Raises the errors of DataLoader::LoadTo,
-/// and ReadError if a link leads to no values.
+/// and ReadError if there are fewer values than the result should have.
 void LoadValues(const ExportResult& result, std::vector<std::uint32_t>& bits);
 
-/// Reads meshes of parts and keeps the one that was read last.
+/// Reads the meshes of parts and keeps the last one.
 class MeshCache {
  public:
   explicit MeshCache(const QovMesh::KindChoices& kinds) : mKinds(kinds) {}

@@ -18,26 +18,30 @@ struct ExportSet {
   bool mIsMask = false;
 };
 
-/// The node sets of all parts of an export. Keeps the sets of one NodeSets node at a time.
+/// The chosen node sets of all parts of an export. Keeps the sets of one NodeSets node at a time.
 class ExportSets {
  public:
   ExportSets(const QovRyx::Tree& tree, const ExportContent& content)
       : mTree(tree), mContent(content) {}
 
-  /// Returns the sets of a part. Sets that are not masks are returned for the first part only that
+  /// Returns the sets of a part. Sets that are not masks are returned only for the first part that
   /// they belong to. Raises the errors of NodeSets::GetSets.
   std::vector<ExportSet> Load(const ExportPart& part);
 
  private:
-  struct Loaded {
-    std::vector<ExportSet> mSets;
+  /// What is known about the sets of a NodeSets node without their numbers.
+  struct Verdict {
+    std::vector<bool> mIsMask;
     std::uint32_t mFirstPart = 0;  ///< Tree id.
   };
-  const Loaded& LoadNode(std::uint32_t id);
+  const std::vector<QovRyx::NodeSets::Set>& LoadNode(std::uint32_t id);
+  const Verdict& Judge(std::uint32_t id);
 
   const QovRyx::Tree& mTree;
   const ExportContent& mContent;
-  std::map<std::uint32_t, Loaded> mLoaded;  ///< By id of the NodeSets; one entry at most.
+  std::map<std::uint32_t, Verdict> mVerdicts;  ///< By id of the NodeSets.
+  std::uint32_t mLoadedId = 0;                 ///< Of the NodeSets whose sets are in mLoaded.
+  std::vector<QovRyx::NodeSets::Set> mLoaded;
 };
 
 }  // namespace Qov::Tools
