@@ -18,17 +18,17 @@ struct Selection {
   /// Names of nodes, including NodeSets nodes. A number also fits the node of that tree id. A
   /// chosen node brings its ancestors and everything below it; a node that is left out takes
   /// everything below it along. The root is never left out.
-  std::vector<std::string> mNodes;
-  std::vector<std::string> mWithoutNodes;
+  std::vector<std::string> mNodes{};
+  std::vector<std::string> mWithoutNodes{};
   /// Base names of results, and their whole names. Mesh arrays (coordinates, connectivity,
   /// polylengths, ids), by which geometries are drawn, are chosen by every list. Only a word of
   /// mWithoutResults that is equal to the name of a mesh array leaves it out.
-  std::vector<std::string> mResults;
-  std::vector<std::string> mWithoutResults;
+  std::vector<std::string> mResults{};
+  std::vector<std::string> mWithoutResults{};
   /// Instance parts of names, also of mesh arrays. Results without an instance part belong to every
   /// instance: these lists do not leave them out.
-  std::vector<std::string> mInstances;
-  std::vector<std::string> mWithoutInstances;
+  std::vector<std::string> mInstances{};
+  std::vector<std::string> mWithoutInstances{};
 
   bool ChoosesAll() const {
     return mNodes.empty() && mWithoutNodes.empty() && mResults.empty() && mWithoutResults.empty() &&
