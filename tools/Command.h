@@ -41,6 +41,7 @@ std::unique_ptr<Command> MakeCheckCommand();
 std::unique_ptr<Command> MakeDiffCommand();
 std::unique_ptr<Command> MakeDumpCommand();
 std::unique_ptr<Command> MakeExportCommand();
+std::unique_ptr<Command> MakeExtractCommand();
 std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeLsCommand();
 std::unique_ptr<Command> MakePlanCommand();

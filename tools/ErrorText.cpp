@@ -2,16 +2,11 @@
 
 #include <algorithm>
 #include <new>
-#include <string_view>
 
 #include "Qov/Util/Exception.h"
 
 namespace Qov::Tools {
 
-namespace {
-
-/// Returns a message of the library with \xNN replaced by the bytes, because the output escapes it
-/// again.
 std::string RestoreNames(std::string_view text) {
   constexpr std::size_t kLength = 4;  // length of \xNN
   std::string restored;
@@ -22,8 +17,6 @@ std::string RestoreNames(std::string_view text) {
   }
   return restored;
 }
-
-}  // namespace
 
 std::string ErrorText(const std::exception& error) {
   std::string text = error.what();

@@ -2,11 +2,15 @@
 
 #include <exception>
 #include <string>
+#include <string_view>
 
 #include "Terminal.h"
 
 namespace Qov::Tools {
 
+/// Returns a message of the library with \xNN replaced by the bytes, because the output escapes it
+/// again.
+std::string RestoreNames(std::string_view text);
 /// Returns the message of an error as one line, without the report around it. Names are not
 /// escaped.
 std::string ErrorText(const std::exception& error);
