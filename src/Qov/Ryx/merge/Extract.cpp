@@ -55,7 +55,7 @@ ExtractReport Extract(const ExtractRequest& request) {
   report.mNotes = notes.GetLines();
   if (!output) return report;
   Qov::Util::WithFileContext(request.mOutput, [&] {
-    tree->Save(output->GetTemporaryPath(), true, "", Tree::SupportedFileFormats::Ryx);
+    tree->Save(output->GetTemporaryPath(), "", request.mSettings);
     output->Commit();
   });
   return report;
