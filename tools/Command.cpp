@@ -6,6 +6,7 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
   commands.push_back(MakeInfoCommand());
   commands.push_back(MakeLsCommand());
+  commands.push_back(MakeStatsCommand());
   commands.push_back(MakeCheckCommand());
   commands.push_back(MakeDiffCommand());
   commands.push_back(MakeDumpCommand());

@@ -46,6 +46,7 @@ std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeLsCommand();
 std::unique_ptr<Command> MakePlanCommand();
 std::unique_ptr<Command> MakeSampleCommand();
+std::unique_ptr<Command> MakeStatsCommand();
 std::unique_ptr<Command> MakeVerifyCommand();
 
 /// Returns all subcommands, in the order of the help.

@@ -1,0 +1,173 @@
+#include "stats/ResultStatistics.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <exception>
+
+#include "ErrorText.h"
+#include "Qov/Ryx/Progress.h"
+#include "Qov/Ryx/ValueOwners.h"
+#include "ResultPattern.h"
+#include "VerifiedValues.h"
+#include "diagnostics/Utf8.h"
+#include "mesh/ArrayNames.h"
+
+namespace Qov::Tools {
+namespace {
+
+constexpr std::size_t kVectorWidth = 3;
+
+std::size_t CountComponents(const QovRyx::NumericArray& values) {
+  return std::max<std::size_t>(values.GetWidth(), 1);
+}
+
+/// Returns the statistics of each component, and of the magnitude of vectors.
+std::vector<ValueStatistics> SummarizeComponents(const std::vector<std::uint32_t>& bits,
+                                                 std::size_t numComponents, bool integers) {
+  const auto number = [&](std::size_t i) {
+    return integers ? static_cast<double>(bits[i])
+                    : static_cast<double>(std::bit_cast<float>(bits[i]));
+  };
+  const bool isVector = numComponents == kVectorWidth;
+  std::vector<ValueStatistics> components(numComponents + (isVector ? 1 : 0));
+  for (std::size_t i = 0; i < bits.size(); ++i) {
+    components[i % numComponents].Add(number(i), i / numComponents);
+  }
+  for (std::size_t i = 0; isVector && i + kVectorWidth <= bits.size(); i += kVectorWidth) {
+    const double square =
+        number(i) * number(i) + number(i + 1) * number(i + 1) + number(i + 2) * number(i + 2);
+    components.back().Add(std::sqrt(square), i / kVectorWidth);
+  }
+  return components;
+}
+
+}  // namespace
+
+bool ResultStatistics::IsChosen(const Variable& result) {
+  if (mPatterns.empty()) return !QovMesh::IsMeshBase(QovMesh::SplitName(result.mName).mBase);
+  bool isChosen = false;
+  for (std::size_t i = 0; i < mPatterns.size(); ++i) {
+    if (!MatchesResult(result.mName, mPatterns[i])) continue;
+    mIsUsed[i] = isChosen = true;
+  }
+  return isChosen;
+}
+
+std::vector<ResultStatistics::Task> ResultStatistics::CollectTasks(const QovRyx::NodeTree& nodes) {
+  const QovRyx::ValueOwners owners(nodes);
+  std::vector<Task> tasks;
+  QovRyx::ForEachGeometry(nodes, [&](std::uint32_t id, const QovRyx::Geometry& geometry) {
+    for (const Variable& result : geometry.GetVariables()) {
+      if (!IsChosen(result)) continue;
+      const bool integers = owners.HoldUnsigned(result);
+      tasks.push_back({id, &geometry, &result, integers, FindRows(result, integers)});
+    }
+  });
+  std::stable_sort(tasks.begin(), tasks.end(), [](const Task& left, const Task& right) {
+    const auto offset = [](const Task& task) {
+      const QovRyx::DataLoader* loader = task.mpResult->mValues.GetLoader().get();
+      return loader == nullptr ? 0 : loader->GetOffset();
+    };
+    return offset(left) < offset(right);
+  });
+  return tasks;
+}
+
+std::vector<std::size_t> ResultStatistics::FindRows(const Variable& result, bool integers) {
+  const std::size_t numComponents = CountComponents(result.mValues);
+  std::vector<std::size_t> rows;
+  for (std::size_t i = 0; i < numComponents; ++i) rows.push_back(FindRow(result, i, integers));
+  if (numComponents == kVectorWidth) {
+    rows.push_back(FindRow(result, StatisticsRow::kMagnitude, integers));
+  }
+  return rows;
+}
+
+std::size_t ResultStatistics::FindRow(const Variable& result, std::size_t component,
+                                      bool integers) {
+  const std::uint8_t width = result.mValues.GetWidth();
+  const auto [found, isNew] =
+      mPositions.try_emplace({result.mName, width, component, integers}, mRows.size());
+  if (isNew) {
+    StatisticsRow& row = mRows.emplace_back();
+    row.mResult = result.mName;
+    row.mWidth = width;
+    row.mComponent = component;
+    row.mIntegers = integers && component != StatisticsRow::kMagnitude;
+  }
+  return found->second;
+}
+
+ResultStatistics::Array ResultStatistics::Read(const Task& task) {
+  const QovRyx::NumericArray& values = task.mpResult->mValues;
+  Array array;
+  array.mpLoader = values.GetLoader().get();
+  try {
+    std::vector<std::uint32_t> bits;
+    ReadVerifiedValues(values, bits);
+    array.mComponents = SummarizeComponents(bits, CountComponents(values), task.mIntegers);
+  } catch (const std::exception& error) {
+    array.mTrouble = ErrorText(error);
+  }
+  return array;
+}
+
+void ResultStatistics::Add(std::size_t file, const QovRyx::NodeTree& nodes) {
+  const std::vector<Task> tasks = CollectTasks(nodes);
+  std::uint64_t numBytes = 0;
+  for (const Task& task : tasks) numBytes += task.mpResult->mValues.GetSize();
+  const QovRyx::ProgressReport progress(numBytes);
+  mHolders.assign(mRows.size(), {nullptr, nullptr});
+  Array array;
+  std::size_t numComponents = 0;
+  for (const Task& task : tasks) {
+    const QovRyx::NumericArray& values = task.mpResult->mValues;
+    QovRyx::ProgressReport::Advance(values.GetSize());
+    const bool isKnown = values.GetLoader() && values.GetLoader().get() == array.mpLoader &&
+                         numComponents == CountComponents(values);
+    if (!isKnown) array = Read(task);
+    numComponents = CountComponents(values);
+    AddArray(file, task, array);
+  }
+  NameItems(file, nodes);
+}
+
+void ResultStatistics::AddArray(std::size_t file, const Task& task, const Array& array) {
+  if (!array.mTrouble.empty()) {
+    mTrouble.push_back({file, fmt::format("node {}, result {}: {}", task.mNode,
+                                          Shortened(task.mpResult->mName), array.mTrouble)});
+    return;
+  }
+  for (std::size_t i = 0; i < array.mComponents.size(); ++i) {
+    const std::size_t row = task.mRows[i];
+    const ValueStatistics::Replaced replaced = mRows[row].mValues.Add(array.mComponents[i]);
+    if (replaced.mLeast) mHolders[row].first = &task;
+    if (replaced.mGreatest) mHolders[row].second = &task;
+  }
+}
+
+/// Names the places of the extremes that this file has. The ids are read only for them.
+void ResultStatistics::NameItems(std::size_t file, const QovRyx::NodeTree& nodes) {
+  ItemNames names(nodes);
+  const auto find = [&](const Task* task, std::uint64_t item, ValuePlace& place) {
+    if (task == nullptr) return;
+    place = {file, task->mNode, task->mpGeometry->GetName(),
+             names.Find(*task->mpGeometry, *task->mpResult, item)};
+  };
+  for (std::size_t i = 0; i < mRows.size(); ++i) {
+    find(mHolders[i].first, mRows[i].mValues.GetLeastItem(), mRows[i].mLeast);
+    find(mHolders[i].second, mRows[i].mValues.GetGreatestItem(), mRows[i].mGreatest);
+  }
+  mHolders.clear();
+  if (!names.GetTrouble().empty()) mTrouble.push_back({file, names.GetTrouble()});
+}
+
+const std::string* ResultStatistics::FindUnusedPattern() const {
+  const auto unused = std::find(mIsUsed.begin(), mIsUsed.end(), false);
+  return unused == mIsUsed.end() ? nullptr : &mPatterns[std::size_t(unused - mIsUsed.begin())];
+}
+
+}  // namespace Qov::Tools
