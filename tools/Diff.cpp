@@ -4,6 +4,7 @@
 #include <exception>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,11 +15,13 @@
 #include "ModelInput.h"
 #include "OptionValues.h"
 #include "Plural.h"
+#include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
 #include "diagnostics/Utf8.h"
 #include "diff/DiffReporting.h"
 #include "diff/ModelDiff.h"
 #include "diff/StreamDiff.h"
+#include "dump/Choice.h"
 
 namespace Qov::Tools {
 namespace {
@@ -31,6 +34,7 @@ constexpr const char* kFooter =
     "are written as \"ryx ls\" shows them, with or without the load case. The last match counts. "
     "A\n"
     "pattern without a match is an error.\n"
+    "A file of tolerances has one of these texts on each line, and comments after #.\n"
     "WHAT is a list, with commas, of attributes, flags, groups, history, links, materials,\n"
     "node-sets, order, streams, tree-links, values, version and views.\n"
     "Exit status: 0 equal, 1 different, 2 a file, or a part of one, cannot be read.\n"
@@ -46,8 +50,10 @@ class DiffCommand : public Command {
   int Run(Output& output, Output& errors) override;
 
  private:
-  DiffOptions MakeOptions() const;
+  DiffOptions MakeOptions(const QovRyx::Tree& a, const QovRyx::Tree& b) const;
   Json MakeDocument(const DiffReport& report, const Json& trouble) const;
+  void CheckTolerances(const Tolerances& tolerances, const QovRyx::Tree& a, const QovRyx::Tree& b,
+                       Output& errors) const;
 
   std::string mPathA;
   std::string mPathB;
@@ -57,6 +63,11 @@ class DiffCommand : public Command {
   CLI::Option* mUlpOption = nullptr;
   Tolerance mDefault;
   std::vector<std::string> mNamed;
+  std::string mTolerancePath;
+  std::optional<std::string> mRootA;
+  std::optional<std::string> mRootB;
+  bool mNamesIds = false;
+  bool mComputesNorms = false;
   std::vector<std::string> mIgnored;
 };
 
@@ -93,6 +104,15 @@ void DiffCommand::Declare(CLI::App& app) {
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->type_name("TEXT");
+  app.add_option("--tolerances", mTolerancePath, "File of such tolerances, one on each line")
+      ->type_name("FILE");
+  app.add_flag("--ids", mNamesIds, "Name node and element ids of A instead of positions");
+  app.add_flag("--norms", mComputesNorms,
+               "Show the maximum, the L2 norm and the relative L2 norm of each difference");
+  AddText(app, "--root-a", mRootA, "Compare only this node of A and the nodes below it")
+      ->type_name("NODE");
+  AddText(app, "--root-b", mRootB, "Compare only this node of B and the nodes below it")
+      ->type_name("NODE");
   app.add_option("--ignore", mIgnored, "Parts that are not compared")
       ->check(CLI::IsMember(std::vector<std::string>(std::begin(kIgnorable), std::end(kIgnorable)))
                   .description(""))
@@ -102,10 +122,27 @@ void DiffCommand::Declare(CLI::App& app) {
       ->type_name("WHAT");
 }
 
-DiffOptions DiffCommand::MakeOptions() const {
+/// Returns the id of the node that a word names, which is an id or a name.
+std::optional<std::uint32_t> FindRoot(const std::optional<std::string>& word,
+                                      const QovRyx::Tree& tree, const std::string& path) {
+  if (!word) return std::nullopt;
+  return Util::WithFileContext(path,
+                               [&] { return ChooseNode<QovRyx::Node>(tree, *word, "node").mId; });
+}
+
+DiffOptions DiffCommand::MakeOptions(const QovRyx::Tree& a, const QovRyx::Tree& b) const {
   DiffOptions options;
+  options.mNamesIds = mNamesIds;
+  options.mComputesNorms = mComputesNorms;
+  options.mRootA = FindRoot(mRootA, a, mPathA);
+  options.mRootB = FindRoot(mRootB, b, mPathB);
   if (mAbsoluteOption->count() + mRelativeOption->count() + mUlpOption->count() != 0) {
     options.mTolerances.SetDefault(mDefault);
+  }
+  if (!mTolerancePath.empty()) {
+    for (NamedTolerance& tolerance : ReadNamedTolerances(mTolerancePath)) {
+      options.mTolerances.Add(std::move(tolerance));
+    }
   }
   for (const std::string& text : mNamed) options.mTolerances.Add(ParseNamedTolerance(text));
   options.mIgnored = {mIgnored.begin(), mIgnored.end()};
@@ -121,17 +158,12 @@ void AddResultNames(const QovRyx::Tree& tree, std::set<std::string>& names) {
                           });
 }
 
-/// Raises ElementNotFound, with the existing names, for a tolerance that matches no result.
-void RefuseUnused(const Tolerances& tolerances, const QovRyx::Tree& a, const QovRyx::Tree& b) {
-  std::set<std::string> names;
-  AddResultNames(a, names);
-  AddResultNames(b, names);
-  const std::string* pattern = tolerances.FindUnused(names);
-  if (pattern == nullptr) return;
+/// Raises ElementNotFound, with the existing names.
+[[noreturn]] void RefuseUnused(const std::string& pattern, const std::set<std::string>& names) {
   constexpr std::size_t kMost = 10;
   constexpr std::size_t kLongest = 80;
   std::string text =
-      fmt::format("no result matches the tolerance for \"{}\". There {} {}", Unescape(*pattern),
+      fmt::format("no result matches the tolerance for \"{}\". There {} {}", Unescape(pattern),
                   names.size() == 1 ? "is" : "are", Plural(names.size(), "name"));
   std::size_t numListed = 0;
   for (const std::string& name : names) {
@@ -140,6 +172,29 @@ void RefuseUnused(const Tolerances& tolerances, const QovRyx::Tree& a, const Qov
   }
   if (numListed < names.size()) text += ", ...";
   Util::Raise("tools/Diff", Util::Exception::ErrorType::ElementNotFound, text);
+}
+
+/// Refuses a tolerance that matches no result. Only tells so if it is from a file, because a file
+/// can be used for several models.
+void DiffCommand::CheckTolerances(const Tolerances& tolerances, const QovRyx::Tree& a,
+                                  const QovRyx::Tree& b, Output& errors) const {
+  constexpr std::size_t kLongest = 80;
+  std::set<std::string> names;
+  AddResultNames(a, names);
+  AddResultNames(b, names);
+  std::string example;
+  std::size_t numUnused = 0;
+  for (const NamedTolerance* tolerance : tolerances.FindUnused(names)) {
+    if (!tolerance->mIsFromFile) RefuseUnused(tolerance->mPattern, names);
+    if (numUnused++ == 0) example = Shortened(Unescape(tolerance->mPattern), kLongest);
+  }
+  if (numUnused == 0) return;
+  errors.Line("ryx diff: " +
+              Escape(fmt::format("{}: {} no result, for example \"{}\"", mTolerancePath,
+                                 numUnused == 1 ? "1 tolerance matches"
+                                                : fmt::format("{} tolerances match", numUnused),
+                                 example),
+                     errors.GetStyle()));
 }
 
 /// Loads a file. Stores the error, if any, under `key`.
@@ -159,10 +214,12 @@ int DiffCommand::Run(Output& output, Output& errors) {
   Load(mPathB, b, "b", trouble, errors);
   DiffReport report;
   if (trouble.empty()) {
-    const DiffOptions options = MakeOptions();
-    RefuseUnused(options.mTolerances, a, b);
+    const DiffOptions options = MakeOptions(a, b);
+    CheckTolerances(options.mTolerances, a, b, errors);
     report = DiffModels(a, b, options);
-    if (options.Compares("streams")) CompareUnknownStreams(mPathA, mPathB, report);
+    if (options.Compares("streams") && !options.ComparesSubtrees()) {
+      CompareUnknownStreams(mPathA, mPathB, report);
+    }
   }
   if (mJson) {
     output.Line(FormatJson(MakeDocument(report, trouble)));
@@ -174,6 +231,9 @@ int DiffCommand::Run(Output& output, Output& errors) {
   if (trouble.empty() && report.mNumUnreadable != 0) {
     errors.Line("ryx diff: " + Plural(report.mNumUnreadable, "part") +
                 " of the files cannot be read");
+  }
+  if (!report.mIdTrouble.empty()) {
+    errors.Line("ryx diff: " + Escape(mPathA + ": " + report.mIdTrouble, errors.GetStyle()));
   }
   if (!trouble.empty() || report.mNumUnreadable != 0) return kTrouble;
   return report.mDifferences.empty() ? kSuccess : kFindings;

@@ -54,10 +54,18 @@ ValueComparison CompareValues(const std::vector<std::uint32_t>& a,
   return comparison;
 }
 
+std::uint64_t GetItem(const ValueComparison& comparison, std::uint8_t width) {
+  return comparison.mPosition / std::max<std::uint64_t>(width, 1);
+}
+
 std::string DescribeDifference(const ValueComparison& comparison, std::uint8_t width) {
-  const std::uint64_t items = std::max<std::uint64_t>(width, 1);
-  std::string place = fmt::format("item {}", comparison.mPosition / items);
-  if (width > 1) place += fmt::format(", component {}", comparison.mPosition % items);
+  return DescribeDifference(comparison, width, fmt::format("item {}", GetItem(comparison, width)));
+}
+
+std::string DescribeDifference(const ValueComparison& comparison, std::uint8_t width,
+                               const std::string& item) {
+  std::string place = item;
+  if (width > 1) place += fmt::format(", component {}", comparison.mPosition % width);
   return fmt::format("{} of {} values differ, most at {}", comparison.mNumDiffering,
                      comparison.mNumValues, place);
 }

@@ -29,8 +29,14 @@ ValueComparison CompareValues(const std::vector<std::uint32_t>& a,
                               const std::vector<std::uint32_t>& b, bool integers,
                               const Tolerance* tolerance);
 
+/// Returns the position of the item with the largest difference, for items of `width` elements.
+std::uint64_t GetItem(const ValueComparison& comparison, std::uint8_t width);
+
 /// Returns "3 of 40 values differ, most at item 5, component 1", for items of `width` elements.
 std::string DescribeDifference(const ValueComparison& comparison, std::uint8_t width);
+/// Returns the same with another name of the item, such as "node 4711".
+std::string DescribeDifference(const ValueComparison& comparison, std::uint8_t width,
+                               const std::string& item);
 
 /// Returns an element as a short text; a NaN with its bits.
 std::string ElementText(std::uint32_t bits, bool integer);

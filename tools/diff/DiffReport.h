@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "ItemNames.h"
+#include "compare/Norms.h"
 #include "compare/Values.h"
 #include "diff/NamedTolerances.h"
 
@@ -26,13 +28,21 @@ struct ModelDifference {
   std::optional<std::size_t> mPositionA;
   std::optional<std::size_t> mPositionB;
   std::optional<ValueComparison> mValues;
-  std::string mText;  ///< With names, not escaped.
+  std::optional<ItemName> mItem;     ///< The item with the largest difference in A, if requested.
+  std::optional<ValueNorms> mNorms;  ///< If requested.
+  std::string mText;                 ///< With names, not escaped.
 };
 
 struct DiffOptions {
   Tolerances mTolerances;
   std::set<std::string> mIgnored;  ///< Words of kIgnorable.
+  bool mNamesIds = false;          ///< Name node and element ids of A instead of positions.
+  bool mComputesNorms = false;
+  /// The tops of the compared subtrees, whose names can differ; nothing for the whole model.
+  std::optional<std::uint32_t> mRootA;
+  std::optional<std::uint32_t> mRootB;
 
+  bool ComparesSubtrees() const { return mRootA || mRootB; }
   bool Compares(const char* what) const { return !mIgnored.contains(what); }
 };
 
@@ -49,6 +59,7 @@ struct DiffReport {
   };
 
   std::vector<ModelDifference> mDifferences;
+  std::string mIdTrouble;            ///< Why ids could not be read, not escaped; or empty.
   std::uint64_t mNumUnreadable = 0;  ///< Differences that are parts which cannot be read.
   Counts mNodes;
   Counts mResults;  ///< Results of nodes that are in both.

@@ -38,13 +38,25 @@ Json ElementJson(std::uint32_t bits, bool integer) {
   return JsonFloat(std::bit_cast<float>(bits));
 }
 
-Json ValuesJson(const ValueComparison& values) {
-  return {{"count", values.mNumValues},
-          {"differing", values.mNumDiffering},
-          {"largest", JsonNumber(values.mDifference)},
-          {"position", values.mPosition},
-          {"a", ElementJson(values.mBitsA, values.mIntegers)},
-          {"b", ElementJson(values.mBitsB, values.mIntegers)}};
+Json ValuesJson(const ModelDifference& difference) {
+  const ValueComparison& values = *difference.mValues;
+  Json json{{"count", values.mNumValues},
+            {"differing", values.mNumDiffering},
+            {"largest", JsonNumber(values.mDifference)},
+            {"position", values.mPosition},
+            {"a", ElementJson(values.mBitsA, values.mIntegers)},
+            {"b", ElementJson(values.mBitsB, values.mIntegers)}};
+  if (difference.mItem) {
+    json["item"] = NameOf(difference.mItem->mKind);
+    json["number"] = difference.mItem->mNumber;
+  }
+  if (difference.mNorms) {
+    json["norms"] = {{"max", JsonNumber(difference.mNorms->mLargest)},
+                     {"l2", JsonNumber(difference.mNorms->mL2)},
+                     {"relativeL2", JsonNumber(difference.mNorms->mRelativeL2)},
+                     {"leftOut", difference.mNorms->mNumLeftOut}};
+  }
+  return json;
 }
 
 Json PathJson(const std::vector<std::string>& path) {
@@ -66,7 +78,7 @@ Json DifferenceJson(const ModelDifference& difference) {
   }
   if (difference.mPositionA) json["resultA"] = *difference.mPositionA;
   if (difference.mPositionB) json["resultB"] = *difference.mPositionB;
-  if (difference.mValues) json["values"] = ValuesJson(*difference.mValues);
+  if (difference.mValues) json["values"] = ValuesJson(difference);
   return json;
 }
 

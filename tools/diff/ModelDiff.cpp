@@ -128,7 +128,7 @@ void NodeDiff::CompareSetLists(const NodePair& pair, const SetColumns& a, const 
 
 DiffReport DiffModels(const QovRyx::Tree& a, const QovRyx::Tree& b, const DiffOptions& options) {
   DiffReport report;
-  CompareStates(a, b, options, report);
+  if (!options.ComparesSubtrees()) CompareStates(a, b, options, report);
   const NodeMatching matching(a.GetNodes(), b.GetNodes(), options, report);
   NodeDiff(a, b, matching, options, report).Run();
   return report;

@@ -3,10 +3,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstring>
+#include <fstream>
+#include <sstream>
 #include <string_view>
 
+#include "ErrorText.h"
 #include "Qov/Util/Raise.h"
 #include "ResultPattern.h"
 
@@ -56,6 +61,36 @@ NamedTolerance ParseNamedTolerance(const std::string& text) {
   return named;
 }
 
+std::vector<NamedTolerance> ReadNamedTolerances(const std::string& path) {
+  constexpr const char* kSource = "tools/diff/NamedTolerances";
+  constexpr std::size_t kMostBytes = 1U << 20;
+  std::ifstream file(path, std::ios::binary);
+  std::string text(kMostBytes + 1, '\0');
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (file.bad() || !file.eof()) {
+    Util::Raise(kSource, Util::Exception::ErrorType::ReadError,
+                fmt::format("cannot read tolerances from \"{}\": {}", path,
+                            file.gcount() > 0 ? "it is longer than 1 MiB" : std::strerror(errno)));
+  }
+  text.resize(static_cast<std::size_t>(file.gcount()));
+  std::vector<NamedTolerance> tolerances;
+  std::istringstream lines(text);
+  std::size_t number = 0;
+  for (std::string line; std::getline(lines, line);) {
+    ++number;
+    if (line.ends_with('\r')) line.pop_back();
+    if (line.empty() || line.starts_with('#')) continue;
+    try {
+      tolerances.push_back(ParseNamedTolerance(line));
+    } catch (const std::exception& error) {
+      Util::Raise(kSource, Util::Exception::ErrorType::MiscellaneousError,
+                  fmt::format("{}, line {}: {}", path, number, ErrorText(error)));
+    }
+    tolerances.back().mIsFromFile = true;
+  }
+  return tolerances;
+}
+
 const Tolerance* Tolerances::Find(const std::string& name) const {
   const auto fits = [&name](const NamedTolerance& named) {
     return MatchesResult(name, named.mPattern);
@@ -65,14 +100,16 @@ const Tolerance* Tolerances::Find(const std::string& name) const {
   return mDefault ? &*mDefault : nullptr;
 }
 
-const std::string* Tolerances::FindUnused(const std::set<std::string>& names) const {
+std::vector<const NamedTolerance*> Tolerances::FindUnused(
+    const std::set<std::string>& names) const {
+  std::vector<const NamedTolerance*> unused;
   for (const NamedTolerance& named : mNamed) {
     const bool isUsed = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
       return MatchesResult(name, named.mPattern);
     });
-    if (!isUsed) return &named.mPattern;
+    if (!isUsed) unused.push_back(&named);
   }
-  return nullptr;
+  return unused;
 }
 
 }  // namespace Qov::Tools

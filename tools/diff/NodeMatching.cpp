@@ -10,7 +10,8 @@
 namespace Qov::Tools {
 namespace {
 
-std::string KeyOf(const PathTree::Item& item) {
+std::string KeyOf(const PathTree::Item& item, bool withName) {
+  if (!withName) return item.mType;
   return fmt::format("{}\n{}\n{}", item.mOccurrence, item.mType, item.mName);
 }
 
@@ -18,7 +19,7 @@ std::string KeyOf(const PathTree::Item& item) {
 
 NodeMatching::NodeMatching(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b,
                            const DiffOptions& options, DiffReport& report)
-    : mTreeA(a), mTreeB(b), mOptions(options), mReport(report) {
+    : mTreeA(a, options.mRootA), mTreeB(b, options.mRootB), mOptions(options), mReport(report) {
   std::vector<NodePair> open{{PathTree::kTop, PathTree::kTop}};
   while (!open.empty()) {
     const NodePair pair = open.back();
@@ -35,14 +36,17 @@ NodeMatching::NodeMatching(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b,
 void NodeMatching::MatchChildren(const NodePair& parent, std::vector<NodePair>& open) {
   const auto& itemsA = mTreeA.GetItems();
   const auto& itemsB = mTreeB.GetItems();
+  // The tops of two subtrees were chosen, so they are matched even if their names differ.
+  const bool areChosen = parent.mItemA == PathTree::kTop && mOptions.mRootA && mOptions.mRootB;
+  const auto keyOf = [areChosen](const PathTree::Item& item) { return KeyOf(item, !areChosen); };
   std::unordered_map<std::string, std::size_t> childrenOfB;
   for (const std::size_t child : itemsB[parent.mItemB].mChildren) {
-    childrenOfB.emplace(KeyOf(itemsB[child]), child);
+    childrenOfB.emplace(keyOf(itemsB[child]), child);
   }
   std::vector<NodePair> matched;
   bool inOrder = true;
   for (const std::size_t child : itemsA[parent.mItemA].mChildren) {
-    const auto found = childrenOfB.find(KeyOf(itemsA[child]));
+    const auto found = childrenOfB.find(keyOf(itemsA[child]));
     if (found == childrenOfB.end()) {
       ReportOnly(mTreeA, child, true);
       continue;
@@ -52,7 +56,7 @@ void NodeMatching::MatchChildren(const NodePair& parent, std::vector<NodePair>& 
     childrenOfB.erase(found);
   }
   for (const std::size_t child : itemsB[parent.mItemB].mChildren) {
-    if (childrenOfB.contains(KeyOf(itemsB[child]))) ReportOnly(mTreeB, child, false);
+    if (childrenOfB.contains(keyOf(itemsB[child]))) ReportOnly(mTreeB, child, false);
   }
   if (!inOrder && mOptions.Compares("order")) ReportOrder(parent);
   open.insert(open.end(), matched.rbegin(), matched.rend());

@@ -31,19 +31,31 @@ PathTree::Item MakeItem(const TreeWalk::Step& step) {
 
 }  // namespace
 
-PathTree::PathTree(const QovRyx::NodeTree& nodes) {
+PathTree::PathTree(const QovRyx::NodeTree& nodes, std::optional<std::uint32_t> root) {
   mItems.emplace_back();
-  const QovRyx::NodeTree::Node& root = nodes.GetReqNode(QovRyx::NodeTree::kRootId);
-  if (!root.mData) {
-    mItems.back().mId = root.mId;
-    mItems.back().mEntry = &root;
+  const QovRyx::NodeTree::Node& top = nodes.GetReqNode(QovRyx::NodeTree::kRootId);
+  if (!top.mData && !root) {
+    mItems.back().mId = top.mId;
+    mItems.back().mEntry = &top;
   }
   mPreviousItems.push_back(kTop);
+  AddWalk(nodes, root);
+  CountOccurrences();
+  CountDescendants();
+}
+
+void PathTree::AddWalk(const QovRyx::NodeTree& nodes, std::optional<std::uint32_t> root) {
   std::vector<std::size_t> path{kTop};  // by depth, which is one more than that of the walk
+  std::optional<std::size_t> rootDepth = root ? std::nullopt : std::optional<std::size_t>(0);
   TreeWalk walk(nodes);
   while (const auto step = walk.Next()) {
-    path.resize(step->mDepth + 1);
+    const bool isRoot = !rootDepth && step->mId == root && step->mEntry != nullptr;
+    if (isRoot) rootDepth = step->mDepth;
+    if (!rootDepth) continue;
+    if (root && !isRoot && step->mDepth <= *rootDepth) break;
+    path.resize(step->mDepth - *rootDepth + 1);
     Item item = MakeItem(*step);
+    item.mIsRoot = isRoot;
     item.mParent = path.back();
     auto& siblings = mItems[item.mParent].mChildren;
     mPreviousItems.push_back(siblings.empty() ? kTop : siblings.back());
@@ -51,8 +63,6 @@ PathTree::PathTree(const QovRyx::NodeTree& nodes) {
     path.push_back(mItems.size());
     mItems.push_back(std::move(item));
   }
-  CountOccurrences();
-  CountDescendants();
 }
 
 void PathTree::CountOccurrences() {
@@ -79,9 +89,11 @@ PathTree::BackLinks PathTree::FindOddLinks(std::size_t item) const {
   };
   const bool hasPrevious = item != kTop && mPreviousItems[item] != kTop && !node.mIsUnreached;
   const bool hasParent = item != kTop && !node.mIsUnreached;
-  note(node.mEntry->mParent, hasParent ? mItems[node.mParent].mId : 0, odd.mParent);
-  note(node.mEntry->mPreviousSibling, hasPrevious ? mItems[mPreviousItems[item]].mId : 0,
-       odd.mPreviousSibling);
+  if (!node.mIsRoot) {
+    note(node.mEntry->mParent, hasParent ? mItems[node.mParent].mId : 0, odd.mParent);
+    note(node.mEntry->mPreviousSibling, hasPrevious ? mItems[mPreviousItems[item]].mId : 0,
+         odd.mPreviousSibling);
+  }
   const auto isReached = [this](std::size_t child) { return !mItems[child].mIsUnreached; };
   const auto last = std::find_if(node.mChildren.rbegin(), node.mChildren.rend(), isReached);
   note(node.mEntry->mLastChild, last == node.mChildren.rend() ? 0 : mItems[*last].mId,

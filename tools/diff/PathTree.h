@@ -25,11 +25,13 @@ class PathTree {
     std::vector<std::size_t> mChildren;
     std::size_t mNumDescendants = 0;
     bool mIsUnreached = false;  ///< True if none of the followed links leads to it.
+    bool mIsRoot = false;       ///< True for the top of a subtree.
   };
 
   static constexpr std::size_t kTop = 0;
 
-  explicit PathTree(const QovRyx::NodeTree& nodes);
+  /// With `root`, includes only that node and the nodes below it.
+  explicit PathTree(const QovRyx::NodeTree& nodes, std::optional<std::uint32_t> root = {});
 
   /// Links of an item that disagree with the walk along first children and next siblings.
   struct BackLinks {
@@ -46,6 +48,7 @@ class PathTree {
   std::vector<std::string> GetPath(std::size_t item) const;
 
  private:
+  void AddWalk(const QovRyx::NodeTree& nodes, std::optional<std::uint32_t> root);
   void CountOccurrences();
   void CountDescendants();
 

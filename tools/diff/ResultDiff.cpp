@@ -32,12 +32,6 @@ std::string LinkText(const Variable& variable) {
   return fmt::format("linked to node {}, result {}", node, position);
 }
 
-std::string ValuesText(const ValueComparison& comparison, std::uint8_t width) {
-  return fmt::format("{}: {} and {}", DescribeDifference(comparison, width),
-                     ElementText(comparison.mBitsA, comparison.mIntegers),
-                     ElementText(comparison.mBitsB, comparison.mIntegers));
-}
-
 }  // namespace
 
 void ResultDiff::Match(const NodePair& pair, const Geometry& a, const Geometry& b) {
@@ -165,13 +159,12 @@ void ResultDiff::CompareAllValues() {
     if (!isTrouble && comparison.mValues.IsEqual()) continue;
     mDiffering.insert(task.mResults.mA);
     if (isTrouble) ++mReport.mNumUnreadable;
-    ModelDifference difference = MakeDifference(
-        task.mResults, isTrouble ? "unreadable" : "values",
-        isTrouble ? "the values cannot be compared: " + comparison.mTrouble
-                  : ValuesText(comparison.mValues, task.mResults.mA->mValues.GetWidth()));
-    if (!isTrouble) difference.mValues = comparison.mValues;
-    found.emplace(task.mNumBefore, std::move(difference));
+    found.emplace(task.mNumBefore, isTrouble ? MakeDifference(task.mResults, "unreadable",
+                                                              "the values cannot be compared: " +
+                                                                  comparison.mTrouble)
+                                             : MakeValueDifference(task.mResults, comparison));
   }
+  if (mItemNames) mReport.mIdTrouble = mItemNames->GetTrouble();
   std::vector<ModelDifference> all;
   for (std::size_t i = 0; i <= mReport.mDifferences.size(); ++i) {
     for (auto [at, end] = found.equal_range(i); at != end; ++at)
@@ -182,6 +175,27 @@ void ResultDiff::CompareAllValues() {
   mReport.mResults.mSame = mReport.mResults.mInBoth - mDiffering.size();
 }
 
+ModelDifference ResultDiff::MakeValueDifference(const ResultPair& results,
+                                                const ArrayComparison& comparison) {
+  const ValueComparison& values = comparison.mValues;
+  const std::uint8_t width = results.mA->mValues.GetWidth();
+  std::optional<ItemName> item;
+  if (mItemNames) {
+    const Geometry* geometry = QovRyx::AsGeometry(*mMatching.GetA(*results.mNodes).mEntry);
+    item = mItemNames->Find(*geometry, *results.mA, GetItem(values, width));
+  }
+  std::string text = fmt::format(
+      "{}: {} and {}",
+      item ? DescribeDifference(values, width, ItemText(*item)) : DescribeDifference(values, width),
+      ElementText(values.mBitsA, values.mIntegers), ElementText(values.mBitsB, values.mIntegers));
+  if (comparison.mNorms) text += "; " + NormsText(*comparison.mNorms);
+  ModelDifference difference = MakeDifference(results, "values", std::move(text));
+  difference.mValues = values;
+  difference.mItem = item;
+  difference.mNorms = comparison.mNorms;
+  return difference;
+}
+
 std::uint64_t ResultDiff::CountBytesToCompare() const {
   return std::accumulate(mTasks.begin(), mTasks.end(), std::uint64_t{0},
                          [](std::uint64_t sum, const Task& task) {
@@ -190,7 +204,8 @@ std::uint64_t ResultDiff::CountBytesToCompare() const {
 }
 
 ResultDiff::ArrayComparison ResultDiff::ReadAndCompare(const Variable& a, const Variable& b,
-                                                       bool integers, const Tolerance* tolerance) {
+                                                       bool integers,
+                                                       const Tolerance* tolerance) const {
   const char* side = "A";
   try {
     std::vector<std::uint32_t> valuesA;
@@ -198,10 +213,14 @@ ResultDiff::ArrayComparison ResultDiff::ReadAndCompare(const Variable& a, const 
     side = "B";
     std::vector<std::uint32_t> valuesB;
     ReadVerifiedValues(b.mValues, valuesB);
-    if (valuesA.size() != valuesB.size()) return {{}, "the numbers of values differ"};
-    return {CompareValues(valuesA, valuesB, integers, tolerance), ""};
+    if (valuesA.size() != valuesB.size()) return {{}, {}, "the numbers of values differ"};
+    ArrayComparison comparison{CompareValues(valuesA, valuesB, integers, tolerance), {}, ""};
+    if (mOptions.mComputesNorms && !comparison.mValues.IsEqual()) {
+      comparison.mNorms = ComputeNorms(valuesA, valuesB, integers);
+    }
+    return comparison;
   } catch (const std::exception& error) {
-    return {{}, fmt::format("{}: {}", side, ErrorText(error))};
+    return {{}, {}, fmt::format("{}: {}", side, ErrorText(error))};
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
@@ -18,7 +19,9 @@ class ResultDiff {
  public:
   ResultDiff(const QovRyx::NodeTree& a, const QovRyx::NodeTree& b, const NodeMatching& matching,
              const DiffOptions& options, DiffReport& report)
-      : mOwnersA(a), mOwnersB(b), mMatching(matching), mOptions(options), mReport(report) {}
+      : mOwnersA(a), mOwnersB(b), mMatching(matching), mOptions(options), mReport(report) {
+    if (options.mNamesIds) mItemNames.emplace(a);
+  }
 
   /// Matches results of the same name in order. Call it for all pairs of geometries before the
   /// other functions.
@@ -51,6 +54,7 @@ class ResultDiff {
   };
   struct ArrayComparison {
     ValueComparison mValues;
+    std::optional<ValueNorms> mNorms;
     std::string mTrouble;  ///< The reason why the arrays cannot be compared, not escaped; or empty.
   };
 
@@ -58,9 +62,10 @@ class ResultDiff {
   void CompareShape(const ResultPair& results);
   bool LeadToTheSame(const Variable& a, const Variable& b) const;
   std::uint64_t CountBytesToCompare() const;
-  static ArrayComparison ReadAndCompare(const Variable& a, const Variable& b, bool integers,
-                                        const Tolerance* tolerance);
+  ArrayComparison ReadAndCompare(const Variable& a, const Variable& b, bool integers,
+                                 const Tolerance* tolerance) const;
   ArrayComparison CompareValuesOnce(const Task& task);
+  ModelDifference MakeValueDifference(const ResultPair& results, const ArrayComparison& comparison);
   void ReportOnly(const NodePair& pair, const Variable& variable, std::size_t position, bool inA);
   ModelDifference MakeDifference(const ResultPair& results, const char* code,
                                  std::string text) const;
@@ -73,6 +78,7 @@ class ResultDiff {
   DiffReport& mReport;
   std::unordered_map<std::uint32_t, Matched> mMatched;  ///< By the id of A's node.
   std::vector<Task> mTasks;
+  std::optional<ItemNames> mItemNames;  ///< Of A.
   std::map<std::tuple<const QovRyx::DataLoader*, const QovRyx::DataLoader*, const Tolerance*, bool>,
            ArrayComparison>
       mCompared;                                   ///< Results for linked arrays.
