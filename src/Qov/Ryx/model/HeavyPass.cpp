@@ -13,17 +13,6 @@ namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
 
-/// Refuses a file whose arrays are in such an order that reading them decompresses far more bytes
-/// than the file holds.
-void CheckOrder(const QovJbf::StreamReader& reader) {
-  if (reader.GetNumDiscarded() / kMostTimesSkipped <=
-      reader.GetLength() + kSkippedAllowance / kMostTimesSkipped) {
-    return;
-  }
-  Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::OutOfBounds,
-                   "The arrays lie too far out of order");
-}
-
 }  // namespace
 
 std::uint64_t CountHeavyBytes(const NodeTree& nodes) {
@@ -42,6 +31,16 @@ bool CanCopyBytes(const NumericArray& array, bool shuffle) {
          loader->GetShuffledWidth() == (shuffle ? array.GetWidth() : 0);
 }
 
+void LoadStoredForm(const NumericArray& array, bool shuffle, std::vector<std::uint32_t>& values) {
+  const auto& loader = array.GetLoader();
+  if (loader && loader->GetCount() != 0) {
+    loader->LoadUnverified(values);
+  } else {
+    array.GetValues(values);
+  }
+  if (shuffle && !values.empty()) QovUtil::ShuffleMultiVectorBytes(values, array.GetWidth());
+}
+
 HeavyPass::HeavyPass(QovJbf::JbFile& file, bool shuffle, std::uint64_t expectedLength)
     : mFile(file), mShuffle(shuffle), mExpectedLength(expectedLength) {
   mFile.CompressWhileFilling(kHeavyData, expectedLength);
@@ -56,6 +55,8 @@ void HeavyPass::CopyBlocks(NodeTree& nodes, BlockCopying copying) {
 
 void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
   if (IsCopied(&variable)) return;
+  const auto& loader = variable.mValues.GetLoader();
+  if (loader) mSkipped.Watch(loader->GetReader());
   const QovJbf::Index& index = mFile.GetIndex();
   variable.mOffset = index.HasStream(kHeavyData) ? index.GetStreamLength(kHeavyData) : 0;
   if (CanCopyBytes(variable.mValues, mShuffle)) {
@@ -63,10 +64,17 @@ void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
   } else {
     StoreValues(variable.mValues);
   }
-  const auto& loader = variable.mValues.GetLoader();
-  if (loader)
-    Qov::Util::WithFileContext(loader->GetReader().GetPath(),
-                               [&] { CheckOrder(loader->GetReader()); });
+  if (loader) CheckOrder(loader->GetReader());
+}
+
+/// Refuses a file whose arrays are in such an order that reading them decompresses far more bytes
+/// than the file holds.
+void HeavyPass::CheckOrder(const QovJbf::StreamReader& reader) const {
+  if (!mSkipped.AreTooMany(reader)) return;
+  Qov::Util::WithFileContext(reader.GetPath(), [] {
+    Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::OutOfBounds,
+                     "The arrays lie too far out of order");
+  });
 }
 
 /// Lets the result have bytes that are already in the output, if there are any. Returns false if
@@ -95,15 +103,9 @@ void HeavyPass::CopyStored(const DataLoader& loader) {
 }
 
 void HeavyPass::StoreValues(const NumericArray& array) {
-  const auto& loader = array.GetLoader();
-  if (loader && loader->GetCount() != 0) {
-    loader->LoadUnverified(mValues);
-  } else {
-    array.GetValues(mValues);
-  }
+  LoadStoredForm(array, mShuffle, mValues);
   if (mValues.empty()) return;
   MarkBlocks();
-  if (mShuffle) QovUtil::ShuffleMultiVectorBytes(mValues, array.GetWidth());
   const std::uint64_t size = mValues.size() * sizeof(std::uint32_t);
   mFile.GetIndex().Put(kHeavyData, mValues.data(), size);
   ProgressReport::Advance(size);

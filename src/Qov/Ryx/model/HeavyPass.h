@@ -11,6 +11,7 @@
 #include "Qov/Ryx/Geometry.h"
 #include "Qov/Ryx/NodeSets.h"
 #include "Qov/Ryx/Tree.h"
+#include "SkippedBytes.h"
 
 namespace QovRyx {
 
@@ -18,6 +19,9 @@ namespace QovRyx {
 std::uint64_t CountHeavyBytes(const NodeTree& nodes);
 /// Returns true if the array can be written by copying its bytes from the file that it comes from.
 bool CanCopyBytes(const NumericArray& array, bool shuffle);
+/// Reads all values into memory, in the form in which they are stored. The file that they come from
+/// is not verified.
+void LoadStoredForm(const NumericArray& array, bool shuffle, std::vector<std::uint32_t>& values);
 
 /// Writes the arrays and node sets of a model to the heavy stream. Blocks are compressed while they
 /// fill, and are written to the file as early as possible. An array that an input holds in the form
@@ -40,6 +44,7 @@ class HeavyPass {
   void CopyStored(const DataLoader& loader);
   void StoreValues(const NumericArray& array);
   void MarkBlocks();
+  void CheckOrder(const QovJbf::StreamReader& reader) const;
   bool IsCopied(const void* content) const { return mCopies && mCopies->Contains(content); }
 
   QovJbf::JbFile& mFile;
@@ -55,6 +60,7 @@ class HeavyPass {
   };
   using Source = std::tuple<const QovJbf::StreamReader*, std::uint64_t, std::uint64_t>;
   std::map<Source, Place> mPlaces;
+  SkippedBytes mSkipped;
   std::vector<std::uint32_t> mValues;  ///< A buffer for the bits of an array of any type.
 };
 
