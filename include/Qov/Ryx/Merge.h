@@ -55,6 +55,9 @@ struct SharedArrays {
   std::uint64_t mLinked = 0;       ///< Results that became links to an equal result.
   std::uint64_t mSharedBytes = 0;  ///< Results that have their own entry but share the bytes.
   std::uint64_t mSavedBytes = 0;   ///< Uncompressed bytes that are not stored again.
+  /// Results that may be equal to others, but that were not compared because the order of their
+  /// arrays would make that too slow.
+  std::uint64_t mNotCompared = 0;
 };
 
 /// What a merge did.

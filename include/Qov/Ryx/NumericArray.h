@@ -39,6 +39,9 @@ class NumericArray {
   /// Returns the size in bytes.
   std::uint64_t GetSize() const { return mSize; }
   const std::shared_ptr<const DataLoader>& GetLoader() const { return mpLoader; }
+  /// Returns an address that is the same for all copies of an array in memory, or null if the
+  /// values are not in memory.
+  const void* GetMemory() const { return mpData.get(); }
 
   /// Copies the values to an array in memory that has exactly their size.
   template <class T>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EqualArrays.h"
 #include "Qov/Ryx/Merge.h"
 #include "Qov/Ryx/Tree.h"
 
@@ -7,10 +8,14 @@ namespace QovRyx {
 
 /// Makes Save store equal arrays once. Called after the last change of the tree, before Save.
 ///
-/// Two arrays are equal if they have the same width, the same bytes and the same type of values.
-/// The first of them in the order of Save becomes the owner, the others become links to it.
-/// Attributes, names and kinds stay as they are. Reads all arrays of which another one has the same
-/// length. Raises their errors, for example DamagedBlock; the tree is unchanged then.
-SharedArrays ShareEqualArrays(Tree& tree);
+/// The first of equal arrays, in the order of Save, is the owner. A result with an equal array
+/// becomes a link to it, if the type of the values, the high byte of the kind and the fields that a
+/// linked result does not store are equal too. Otherwise it keeps its own entry and gets the bytes
+/// of an equal array, so that Save stores them once for up to kMostShares results. That is not
+/// possible if all equal arrays are in memory or in files of the older layouts.
+///
+/// Names, kinds, flags and attributes stay as they are. Links to a result that becomes a link lead
+/// directly to the owner. Raises the errors of FindEqualArrays; the tree is unchanged then.
+SharedArrays ShareEqualArrays(Tree& tree, const SearchLimits& limits = {});
 
 }  // namespace QovRyx

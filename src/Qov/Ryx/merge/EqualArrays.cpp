@@ -1,0 +1,340 @@
+#include "EqualArrays.h"
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <map>
+#include <numeric>
+#include <tuple>
+#include <utility>
+
+#include "Qov/Ryx/Progress.h"
+#include "Qov/Util/FileContext.h"
+#include "container/SystemResources.h"
+#include "model/HeavyPass.h"
+
+namespace QovRyx {
+namespace {
+
+using QovJbf::StreamReader;
+
+/// Bytes that are read at a time.
+constexpr std::uint64_t kPieceSize = std::uint64_t{256} << 10;
+/// A group of equal hashes is compared again without the arrays that are equal to its first one, at
+/// most this often. More different arrays have the same hash only on purpose.
+constexpr int kMostRounds = 16;
+
+std::uint64_t GetNumBytes(const NumericArray& array) {
+  return array.GetNumElements() * kElementSize;
+}
+
+bool HasValues(const NumericArray& array) {
+  const auto& loader = array.GetLoader();
+  if (loader) return loader->GetCount() != 0 && loader->GetCount() == array.GetNumElements();
+  return array.GetMemory() != nullptr && array.GetNumElements() != 0;
+}
+
+/// Reads the bytes of arrays in the form in which Save stores them.
+class StoredBytes {
+ public:
+  void Read(const NumericArray& array, std::uint64_t begin, void* target, std::size_t n) {
+    if (CanCopyBytes(array, true)) {
+      array.GetLoader()->ReadStored(begin, target, n);
+      return;
+    }
+    if (mpLoaded != &array) {
+      mpLoaded = nullptr;
+      LoadStoredForm(array, true, mValues);
+      mpLoaded = &array;
+    }
+    std::memcpy(target, reinterpret_cast<const unsigned char*>(mValues.data()) + begin, n);
+  }
+
+  /// Calls `use(bytes, n)` for each piece of `size` bytes, as long as it returns true.
+  template <class Use>
+  void ForEachPiece(const NumericArray& array, std::uint64_t begin, std::uint64_t size, Use use) {
+    mPiece.resize(std::min(size, kPieceSize));
+    for (std::uint64_t done = 0; done < size;) {
+      const std::size_t n = std::min(size - done, kPieceSize);
+      Read(array, begin + done, mPiece.data(), n);
+      ProgressReport::Advance(n);
+      if (!use(mPiece.data(), n)) return;
+      done += n;
+    }
+  }
+
+ private:
+  const NumericArray* mpLoaded = nullptr;
+  std::vector<std::uint32_t> mValues;  ///< The bytes of the array that is loaded.
+  std::vector<unsigned char> mPiece;
+};
+
+class ArraySearch {
+ public:
+  ArraySearch(const std::vector<const NumericArray*>& arrays, const SearchLimits& limits);
+  EqualArrays Run();
+
+ private:
+  using Hash = std::pair<std::uint64_t, std::uint64_t>;
+  /// The file and the offset of an array. Arrays in memory have file 0.
+  using Place = std::pair<std::size_t, std::uint64_t>;
+  struct Group {
+    std::vector<std::size_t> mArrays;  ///< In ascending order.
+    std::uint64_t mCompared = 0;       ///< Bytes of the first array that were compared.
+  };
+  using Groups = std::vector<Group>;
+  /// A part of the first array of a group.
+  struct Window {
+    Group* mpGroup;
+    std::uint64_t mBegin;
+    std::vector<unsigned char> mBytes;
+  };
+  struct Comparison {
+    Place mPlace;
+    std::size_t mArray;
+    const Window* mpWindow;
+  };
+
+  std::vector<std::size_t> FindPlaces();
+  Groups GroupBySize(std::vector<std::size_t> arrays) const;
+  template <class KeyOf>
+  Groups GroupBy(std::vector<std::size_t> arrays, KeyOf keyOf) const;
+  Groups GroupByHash(const Groups& groups);
+  Hash MakeHash(const NumericArray& array);
+  Groups Compare(Groups groups);
+  void CompareWindows(std::vector<Window>& windows);
+  void CompareWith(const Window& window, std::size_t array);
+  Groups SetFirst(const Groups& groups);
+  void GiveUp(const Group& group) { mResult.mNotCompared += group.mArrays.size() - 1; }
+  bool HasSkippedTooMuch() const;
+  void Verify() const;
+
+  const NumericArray& At(std::size_t i) const { return *mArrays[i]; }
+  Place GetPlace(std::size_t i) const;
+
+  const std::vector<const NumericArray*>& mArrays;
+  SearchLimits mLimits;
+  std::map<const StreamReader*, std::size_t> mFiles;  ///< Numbers from 1, by first appearance.
+  std::vector<StreamReader*> mReaders;                ///< Files of arrays that were read.
+  SkippedBytes mSkipped;
+  StoredBytes mBytes;
+  std::vector<bool> mDiffers;  ///< True for arrays that differ from the first of their group.
+  EqualArrays mResult;
+};
+
+ArraySearch::ArraySearch(const std::vector<const NumericArray*>& arrays, const SearchLimits& limits)
+    : mArrays(arrays), mLimits(limits), mSkipped(limits.mSkips), mDiffers(arrays.size()) {
+  const QovJbf::SystemResources resources;
+  const std::uint64_t free = std::min(resources.GetFreeMemory(), resources.GetFreeAddressSpace());
+  mLimits.mMemory = std::min(mLimits.mMemory, std::max(free / 4, kPieceSize));
+  mResult.mFirst.resize(arrays.size());
+  std::iota(mResult.mFirst.begin(), mResult.mFirst.end(), std::size_t{0});
+}
+
+EqualArrays ArraySearch::Run() {
+  Groups groups = GroupByHash(GroupBySize(FindPlaces()));
+  for (int round = 0; round < kMostRounds && !groups.empty(); ++round) {
+    groups = Compare(std::move(groups));
+  }
+  for (const Group& group : groups) GiveUp(group);
+  Verify();
+  for (std::size_t& first : mResult.mFirst) first = mResult.mFirst[first];
+  return std::move(mResult);
+}
+
+/// Returns the first array at each place. Other arrays at the place are equal to it without being
+/// read.
+std::vector<std::size_t> ArraySearch::FindPlaces() {
+  using Source = std::tuple<const void*, std::uint64_t, std::uint64_t, int, int>;
+  std::map<Source, std::size_t> places;
+  std::vector<std::size_t> firsts;
+  for (std::size_t i = 0; i < mArrays.size(); ++i) {
+    const NumericArray& array = At(i);
+    if (!HasValues(array)) continue;
+    const DataLoader* loader = array.GetLoader().get();
+    if (loader != nullptr) mFiles.try_emplace(&loader->GetReader(), mFiles.size() + 1);
+    const Source source = loader == nullptr
+                              ? Source{array.GetMemory(), 0, array.GetSize(), array.GetWidth(), -1}
+                              : Source{&loader->GetReader(), loader->GetOffset(), array.GetSize(),
+                                       array.GetWidth(), loader->GetShuffledWidth()};
+    const auto [place, isNew] = places.try_emplace(source, i);
+    if (isNew) firsts.push_back(i);
+    mResult.mFirst[i] = place->second;
+  }
+  return firsts;
+}
+
+ArraySearch::Place ArraySearch::GetPlace(std::size_t i) const {
+  const DataLoader* loader = At(i).GetLoader().get();
+  if (loader == nullptr) return {0, 0};
+  return {mFiles.at(&loader->GetReader()), loader->GetOffset()};
+}
+
+/// Returns the groups of two or more arrays with equal keys.
+template <class KeyOf>
+ArraySearch::Groups ArraySearch::GroupBy(std::vector<std::size_t> arrays, KeyOf keyOf) const {
+  std::sort(arrays.begin(), arrays.end(), [&keyOf](std::size_t a, std::size_t b) {
+    return std::pair(keyOf(a), a) < std::pair(keyOf(b), b);
+  });
+  Groups groups;
+  for (auto begin = arrays.begin(); begin != arrays.end();) {
+    const auto end = std::find_if(begin, arrays.end(),
+                                  [&](std::size_t array) { return keyOf(array) != keyOf(*begin); });
+    if (end - begin > 1) groups.push_back({{begin, end}});
+    begin = end;
+  }
+  return groups;
+}
+
+ArraySearch::Groups ArraySearch::GroupBySize(std::vector<std::size_t> arrays) const {
+  return GroupBy(std::move(arrays),
+                 [this](std::size_t i) { return std::pair(At(i).GetSize(), At(i).GetWidth()); });
+}
+
+ArraySearch::Groups ArraySearch::GroupByHash(const Groups& groups) {
+  std::vector<std::pair<Place, std::size_t>> order;
+  std::uint64_t numBytes = 0;
+  for (const Group& group : groups) {
+    for (const std::size_t i : group.mArrays) order.emplace_back(GetPlace(i), i);
+    numBytes += group.mArrays.size() * GetNumBytes(At(group.mArrays[0]));
+  }
+  std::sort(order.begin(), order.end());
+  const ProgressReport report(numBytes);
+  std::vector<Hash> hashes(mArrays.size());
+  for (const auto& [place, i] : order) {
+    StreamReader* reader = place.first == 0 ? nullptr : &At(i).GetLoader()->GetReader();
+    if (reader != nullptr && (mReaders.empty() || mReaders.back() != reader)) {
+      mReaders.push_back(reader);
+      mSkipped.Watch(*reader);
+    }
+    hashes[i] = MakeHash(At(i));
+    if (reader == nullptr || !mSkipped.AreTooMany(*reader)) continue;
+    for (const Group& group : groups) GiveUp(group);
+    return {};
+  }
+  Groups equal;
+  for (const Group& group : groups) {
+    Groups parts = GroupBy(group.mArrays, [&hashes](std::size_t i) { return hashes[i]; });
+    std::move(parts.begin(), parts.end(), std::back_inserter(equal));
+  }
+  return equal;
+}
+
+ArraySearch::Hash ArraySearch::MakeHash(const NumericArray& array) {
+  XXH3_state_t state;
+  XXH3_128bits_reset(&state);
+  mBytes.ForEachPiece(array, 0, GetNumBytes(array), [&state](const void* bytes, std::size_t n) {
+    XXH3_128bits_update(&state, bytes, n);
+    return true;
+  });
+  const XXH128_hash_t hash = XXH3_128bits_digest(&state);
+  return {hash.high64 & mLimits.mHashMask, hash.low64 & mLimits.mHashMask};
+}
+
+/// Compares the first array of each group with the others. Returns the groups of those that differ
+/// from it.
+ArraySearch::Groups ArraySearch::Compare(Groups groups) {
+  std::sort(groups.begin(), groups.end(), [this](const Group& a, const Group& b) {
+    return GetPlace(a.mArrays[0]) < GetPlace(b.mArrays[0]);
+  });
+  std::uint64_t numBytes = 0;
+  for (const Group& group : groups) {
+    numBytes += (group.mArrays.size() - 1) * GetNumBytes(At(group.mArrays[0]));
+  }
+  const ProgressReport report(numBytes);
+  std::vector<Window> windows;
+  std::uint64_t room = mLimits.mMemory;
+  for (Group& group : groups) {
+    const std::uint64_t size = GetNumBytes(At(group.mArrays[0]));
+    for (std::uint64_t begin = 0; begin < size; begin += mLimits.mMemory) {
+      const std::uint64_t n = std::min(mLimits.mMemory, size - begin);
+      if (n > room) {
+        CompareWindows(windows);
+        room = mLimits.mMemory;
+      }
+      windows.push_back({&group, begin, std::vector<unsigned char>(n)});
+      room -= n;
+    }
+  }
+  CompareWindows(windows);
+  return SetFirst(groups);
+}
+
+/// Compares these windows, unless too much was skipped before, and removes them.
+void ArraySearch::CompareWindows(std::vector<Window>& windows) {
+  std::vector<Comparison> order;
+  if (!HasSkippedTooMuch()) {
+    for (Window& window : windows) {
+      const std::vector<std::size_t>& arrays = window.mpGroup->mArrays;
+      mBytes.Read(At(arrays[0]), window.mBegin, window.mBytes.data(), window.mBytes.size());
+      window.mpGroup->mCompared += window.mBytes.size();
+      for (std::size_t i = 1; i < arrays.size(); ++i) {
+        const auto [file, offset] = GetPlace(arrays[i]);
+        order.push_back({{file, offset + window.mBegin}, arrays[i], &window});
+      }
+    }
+  }
+  std::sort(order.begin(), order.end(), [](const Comparison& a, const Comparison& b) {
+    return std::pair(a.mPlace, a.mArray) < std::pair(b.mPlace, b.mArray);
+  });
+  for (const Comparison& comparison : order) CompareWith(*comparison.mpWindow, comparison.mArray);
+  windows.clear();
+}
+
+void ArraySearch::CompareWith(const Window& window, std::size_t array) {
+  if (mDiffers[array]) return;
+  const unsigned char* expected = window.mBytes.data();
+  mBytes.ForEachPiece(At(array), window.mBegin, window.mBytes.size(),
+                      [&](const unsigned char* bytes, std::size_t n) {
+                        mDiffers[array] = std::memcmp(bytes, expected, n) != 0;
+                        expected += n;
+                        return !mDiffers[array];
+                      });
+}
+
+ArraySearch::Groups ArraySearch::SetFirst(const Groups& groups) {
+  Groups rest;
+  for (const Group& group : groups) {
+    const std::size_t first = group.mArrays[0];
+    if (group.mCompared < GetNumBytes(At(first))) {
+      GiveUp(group);
+      continue;
+    }
+    Group others;
+    for (const std::size_t i : group.mArrays) {
+      if (mDiffers[i]) others.mArrays.push_back(i);
+      if (!mDiffers[i]) mResult.mFirst[i] = first;
+      mDiffers[i] = false;
+    }
+    if (others.mArrays.size() > 1) rest.push_back(std::move(others));
+  }
+  return rest;
+}
+
+bool ArraySearch::HasSkippedTooMuch() const {
+  return std::any_of(mReaders.begin(), mReaders.end(),
+                     [this](const StreamReader* reader) { return mSkipped.AreTooMany(*reader); });
+}
+
+/// Verifies everything that was read, because Save does not read arrays that are shared.
+void ArraySearch::Verify() const {
+  for (StreamReader* reader : mReaders) {
+    Qov::Util::WithFileContext(reader->GetPath(), [reader] {
+      reader->Verify();
+      reader->VerifyBefore(reader->GetEndOfReads());
+      reader->GetIdentity().CheckUnchanged();
+    });
+  }
+}
+
+}  // namespace
+
+EqualArrays FindEqualArrays(const std::vector<const NumericArray*>& arrays,
+                            const SearchLimits& limits) {
+  return ArraySearch(arrays, limits).Run();
+}
+
+}  // namespace QovRyx
