@@ -1,6 +1,5 @@
 #include "ProgressLine.h"
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,18 +18,6 @@ constexpr double kMegabyte = 1e6;
 
 double InMegabytes(std::uint64_t numBytes) { return static_cast<double>(numBytes) / kMegabyte; }
 
-std::size_t CountColumns() {
-  constexpr std::size_t kDefault = 80;
-  winsize size{};
-  const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return isKnown ? size.ws_col : kDefault;
-}
-
-void DrawOnTerminal(const std::string& text) {
-  // A failure to write to the terminal does not stop a merge.
-  static_cast<void>(::write(STDERR_FILENO, text.data(), text.size()) < 0);
-}
-
 /// Returns "1:02:03", or "2:03" for less than an hour.
 std::string FormatDuration(double duration) {
   constexpr double kLongest = 359999;
@@ -48,7 +35,7 @@ std::string FormatDuration(double duration) {
 }  // namespace
 
 ProgressLine::ProgressLine(Clock clock, Draw draw, std::size_t columns)
-    : mClock(std::move(clock)), mDraw(std::move(draw)), mColumns(columns) {}
+    : mClock(std::move(clock)), mLine(std::move(draw), columns) {}
 
 void ProgressLine::Start(std::uint64_t numBytes) {
   Remove();
@@ -62,10 +49,7 @@ void ProgressLine::Advance(std::uint64_t numBytes) {
   const Time now = mClock();
   if (now - mLastDrawn < kDrawingInterval) return;
   mLastDrawn = now;
-  const std::string text = MakeText(now);
-  const std::size_t leftOver = mShown > text.size() ? mShown - text.size() : 0;
-  mDraw("\r" + text + std::string(leftOver, ' ') + std::string(leftOver, '\b'));
-  mShown = text.size();
+  mLine.Show(MakeText(now));
 }
 
 std::string ProgressLine::MakeText(Time now) const {
@@ -76,17 +60,12 @@ std::string ProgressLine::MakeText(Time now) const {
                 InMegabytes(mAll), rate / kMegabyte);
   std::string line = text.data();
   line += left == 0 ? "finishing" : FormatDuration(static_cast<double>(left) / rate) + " left";
-  return line.substr(0, mColumns > 0 ? mColumns - 1 : 0);
-}
-
-void ProgressLine::Remove() {
-  if (mShown == 0) return;
-  mDraw("\r" + std::string(mShown, ' ') + "\r");
-  mShown = 0;
+  return line;
 }
 
 TerminalProgress::TerminalProgress()
-    : mLine(&std::chrono::steady_clock::now, &DrawOnTerminal, CountColumns()),
+    : mLine(&std::chrono::steady_clock::now, &StatusLine::DrawOnTerminal,
+            StatusLine::CountColumns()),
       mBuffer(mLine, std::cerr.rdbuf()),
       mIsOn(::isatty(STDERR_FILENO) == 1) {
   if (!mIsOn) return;

@@ -7,16 +7,15 @@
 #include <string>
 
 #include "Qov/Ryx/Progress.h"
+#include "StatusLine.h"
 
-/// A line that shows the progress of writing a model. It is drawn again and again at the same
-/// place.
+/// A line that shows the progress of writing a model.
 class ProgressLine : public QovRyx::ProgressListener {
  public:
   using Time = std::chrono::steady_clock::time_point;
   /// Returns the time.
   using Clock = std::function<Time()>;
-  /// Writes text to the terminal without buffering.
-  using Draw = std::function<void(const std::string&)>;
+  using Draw = StatusLine::Draw;
 
   /// The line has fewer than `columns` characters.
   ProgressLine(Clock clock, Draw draw, std::size_t columns);
@@ -26,19 +25,17 @@ class ProgressLine : public QovRyx::ProgressListener {
   void Finish() override { Remove(); }
 
   /// Removes the line from the terminal. A later Advance draws it again.
-  void Remove();
+  void Remove() { mLine.Remove(); }
 
  private:
   std::string MakeText(Time now) const;
 
   Clock mClock;
-  Draw mDraw;
-  std::size_t mColumns;
+  StatusLine mLine;
   std::uint64_t mAll = 0;
   std::uint64_t mDone = 0;
   Time mStart;
   Time mLastDrawn;
-  std::size_t mShown = 0;  ///< Number of characters on the terminal.
 };
 
 /// Passes text to another buffer after it has removed the line.
