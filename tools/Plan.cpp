@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "Plan.h"
 #include "ValueText.h"
 #include "ledger/ExpectModel.h"
 #include "ledger/LedgerJson.h"
@@ -22,8 +23,6 @@
 namespace Qov::Tools {
 namespace {
 
-constexpr int kWouldFail = 1;
-
 constexpr const char* kFooter =
     "Takes the command line of RyxMerge and shows the effects of the merge: the order of the\n"
     "inputs, what is copied and what is dropped, new names, links, and the size of the output.\n"
@@ -33,20 +32,6 @@ constexpr const char* kFooter =
     "given, 2 failure.\n"
     "\n"
     "Example: ryx plan --merge-as-instances --arrange-files run*.ryx all.ryx";
-
-/// The effects of a merge, found before it is done.
-struct MergePlan {
-  MergeRequest mRequest;
-  std::vector<InputFile> mInputs;
-  std::vector<Obstacle> mObstacles;
-  std::optional<Ledger> mLedger;  ///< Absent if there would be no output.
-  std::uint64_t mNumDuplicates = 0;
-  SizeEstimate mSize;
-  std::vector<Warning> mWarnings;
-
-  bool HasSpace() const { return !mLedger || mSize.Fits(); }
-  bool IsPossible() const { return mObstacles.empty() && HasSpace(); }
-};
 
 void Append(std::vector<Warning> more, std::vector<Warning>& warnings) {
   warnings.insert(warnings.end(), more.begin(), more.end());
@@ -67,28 +52,6 @@ std::uint64_t CountDuplicates(const ExpectedModel& model) {
     for (const ExpectedResult& result : node.mResults) count += !names.insert(result.mName).second;
   }
   return count;
-}
-
-MergePlan MakePlan(const MergeOptions& options, MergeRequest request) {
-  MergePlan plan;
-  plan.mWarnings = FindOutputWarnings(request);
-  Append(FindRequestWarnings(options, request), plan.mWarnings);
-  plan.mInputs = LoadInputs(request);
-  plan.mRequest = std::move(request);
-  plan.mObstacles = FindFileObstacles(plan.mRequest, plan.mInputs);
-  if (plan.mRequest.mMode.mKind == MergeKind::Nothing) return plan;
-  for (const InputFile& input : plan.mInputs) {
-    if (!input.mError.empty()) return plan;
-  }
-  const std::size_t numFileObstacles = plan.mObstacles.size();
-  const ExpectedModel model = ExpectModel(plan.mRequest.mMode, plan.mInputs, plan.mObstacles);
-  if (plan.mObstacles.size() != numFileObstacles) return plan;
-  plan.mLedger = MakeLedger(model, plan.mInputs);
-  plan.mNumDuplicates = CountDuplicates(model);
-  plan.mSize = EstimateSize(plan.mRequest, plan.mInputs, model, *plan.mLedger);
-  if (!plan.HasSpace()) plan.mWarnings.push_back(MakeSpaceWarning(plan.mRequest, plan.mSize));
-  Append(FindContentWarnings(plan.mInputs, model, *plan.mLedger), plan.mWarnings);
-  return plan;
 }
 
 /// Prints a plan as text.
@@ -192,22 +155,6 @@ Json ObstaclesJson(const std::vector<Obstacle>& obstacles) {
   return list;
 }
 
-Json PlanJson(const MergePlan& plan) {
-  Json document = MakeJsonDocument("plan");
-  document["mode"] = NameOf(plan.mRequest.mMode);
-  document["path"] = JsonText(plan.mRequest.mOutput);
-  document["order"] = OrderJson(plan.mInputs);
-  document["obstacles"] = ObstaclesJson(plan.mObstacles);
-  document["warnings"] = WarningsJson(plan.mWarnings);
-  if (!plan.mLedger) return document;
-  document["size"] = {
-      {"values", plan.mSize.mValues}, {"file", plan.mSize.mFile}, {"needed", plan.mSize.mNeeded}};
-  if (plan.mSize.mFree) document["size"]["free"] = *plan.mSize.mFree;
-  document["duplicates"] = plan.mNumDuplicates;
-  document["ledger"] = LedgerJson(*plan.mLedger);
-  return document;
-}
-
 class PlanCommand : public Command {
  public:
   const char* GetName() const override { return "plan"; }
@@ -234,17 +181,65 @@ class PlanCommand : public Command {
 
 int PlanCommand::Run(Output& output, Output& /*errors*/) {
   const std::vector<std::string> inputs(mPaths.begin(), mPaths.end() - 1);
-  const MergePlan plan = MakePlan(mOptions, MakeMergeRequest(mOptions, inputs, mPaths.back()));
+  MergeRequest request = MakeMergeRequest(mOptions, inputs, mPaths.back());
+  std::vector<Warning> warnings = FindOutputWarnings(request);
+  Append(FindRequestWarnings(mOptions, request), warnings);
+  std::vector<InputFile> files = LoadInputs(request);
+  const MergePlan plan = MakePlan(std::move(request), std::move(files), std::move(warnings));
   if (mJson) {
     output.Line(FormatJson(PlanJson(plan)));
   } else {
-    PlanReport(plan, output).Print();
+    PrintPlan(plan, output);
   }
-  const bool isRefused = mStrict && !plan.mWarnings.empty();
-  return plan.IsPossible() && !isRefused ? kSuccess : kWouldFail;
+  return StatusOf(plan, mStrict);
 }
 
 }  // namespace
+
+MergePlan MakePlan(MergeRequest request, std::vector<InputFile> inputs,
+                   std::vector<Warning> warnings) {
+  MergePlan plan;
+  plan.mWarnings = std::move(warnings);
+  plan.mInputs = std::move(inputs);
+  plan.mRequest = std::move(request);
+  plan.mObstacles = FindFileObstacles(plan.mRequest, plan.mInputs);
+  if (plan.mRequest.mMode.mKind == MergeKind::Nothing) return plan;
+  for (const InputFile& input : plan.mInputs) {
+    if (!input.mError.empty()) return plan;
+  }
+  const std::size_t numFileObstacles = plan.mObstacles.size();
+  const ExpectedModel model = ExpectModel(plan.mRequest, plan.mInputs, plan.mObstacles);
+  if (plan.mObstacles.size() != numFileObstacles) return plan;
+  plan.mLedger = MakeLedger(model, plan.mInputs);
+  plan.mNumDuplicates = CountDuplicates(model);
+  plan.mSize = EstimateSize(plan.mRequest, plan.mInputs, model, *plan.mLedger);
+  if (!plan.HasSpace()) plan.mWarnings.push_back(MakeSpaceWarning(plan.mRequest, plan.mSize));
+  Append(FindContentWarnings(plan.mInputs, model, *plan.mLedger), plan.mWarnings);
+  return plan;
+}
+
+void PrintPlan(const MergePlan& plan, Output& output) { PlanReport(plan, output).Print(); }
+
+Json PlanJson(const MergePlan& plan) {
+  Json document = MakeJsonDocument("plan");
+  document["mode"] = NameOf(plan.mRequest.mMode);
+  document["path"] = JsonText(plan.mRequest.mOutput);
+  document["order"] = OrderJson(plan.mInputs);
+  document["obstacles"] = ObstaclesJson(plan.mObstacles);
+  document["warnings"] = WarningsJson(plan.mWarnings);
+  if (!plan.mLedger) return document;
+  document["size"] = {
+      {"values", plan.mSize.mValues}, {"file", plan.mSize.mFile}, {"needed", plan.mSize.mNeeded}};
+  if (plan.mSize.mFree) document["size"]["free"] = *plan.mSize.mFree;
+  document["duplicates"] = plan.mNumDuplicates;
+  document["ledger"] = LedgerJson(*plan.mLedger);
+  return document;
+}
+
+int StatusOf(const MergePlan& plan, bool isStrict) {
+  const bool isRefused = isStrict && !plan.mWarnings.empty();
+  return plan.IsPossible() && !isRefused ? kSuccess : kFindings;
+}
 
 std::unique_ptr<Command> MakePlanCommand() { return std::make_unique<PlanCommand>(); }
 

@@ -13,6 +13,7 @@
 #include "Qov/Util/FileContext.h"
 #include "check/UnreadContent.h"
 #include "ledger/ExpectModel.h"
+#include "ledger/FaultText.h"
 #include "ledger/LedgerJson.h"
 #include "ledger/LedgerText.h"
 #include "ledger/MakeLedger.h"
@@ -96,7 +97,7 @@ void Verify(const MergeOptions& options, const MergeRequest& request, Verdict& v
   if (!CheckInputs(request, inputs, verdict)) return;
   if (!LoadOutput(request.mOutput, output, verdict)) return;
   std::vector<Obstacle> obstacles;
-  ExpectedModel model = ExpectModel(request.mMode, inputs, obstacles);
+  ExpectedModel model = ExpectModel(request, inputs, obstacles);
   for (const Obstacle& obstacle : obstacles) {
     const std::string text = "cannot be merged: " + obstacle.mText;
     verdict.mFaults.Add({0, "", obstacle.mSubject, obstacle.mPath, text});
@@ -112,17 +113,6 @@ void Verify(const MergeOptions& options, const MergeRequest& request, Verdict& v
     return;
   }
   verdict.mLedger = MakeLedger(model, inputs, CountItems(output));
-}
-
-std::string FaultText(const Fault& fault, const TextStyle& style) {
-  std::string text;
-  const auto add = [&](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
-  if (fault.mNode != 0) {
-    add(fmt::format("node {} {}", fault.mNode, Escape(fault.mNodeName, style)));
-  }
-  if (!fault.mSubject.empty()) add(Escape(fault.mSubject, style));
-  if (!fault.mInput.empty()) add("from " + Escape(fault.mInput, style));
-  return text + (text.empty() ? "" : ": ") + Escape(fault.mText, style);
 }
 
 void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Output& output) {

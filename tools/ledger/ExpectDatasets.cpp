@@ -26,6 +26,15 @@ bool ShiftIds(Entry& entry, std::uint32_t base) {
   return true;
 }
 
+/// Returns false, for callers that end then.
+bool AddIdObstacle(const InputFile& input, const Entry& entry, std::uint32_t base,
+                   std::vector<Obstacle>& obstacles) {
+  const std::string text =
+      fmt::format("the ids of node {} cannot be shifted by {}", entry.mId, base);
+  obstacles.push_back({input.mPath, text, entry.mData ? entry.mData->GetName() : ""});
+  return false;
+}
+
 void ShiftLinks(std::vector<ExpectedResult>& results, std::uint32_t base) {
   for (ExpectedResult& result : results) {
     const auto [node, position] = result.mLink.GetPlace();
@@ -46,17 +55,55 @@ void AttachRoot(ExpectedModel& model, Entry& root) {
   group.mLastChild = root.mId;
 }
 
+bool IsMergedDatasets(const InputFile& input) {
+  const auto* root =
+      dynamic_cast<const QovRyx::Group*>(input.GetNodes().GetReqNode(kRootId).mData.get());
+  const QovRyx::Group plain("");
+  return root != nullptr && root->GetName() == "Merge" && root->TakesModels() &&
+         root->mAttributes.empty() && root->mTranslation == plain.mTranslation &&
+         root->mRotation == plain.mRotation && root->mScale == plain.mScale;
+}
+
+/// Appends the children of the root of an input, with shifted ids, to those of the group.
+void AttachChildren(ExpectedModel& model, const Entry& root, std::uint32_t base) {
+  if (root.mFirstChild == 0) return;
+  Entry& group = model.mNodes[kRootId].mEntry;
+  model.mNodes[root.mFirstChild + base].mEntry.mPreviousSibling = group.mLastChild;
+  if (group.mLastChild == 0) {
+    group.mFirstChild = root.mFirstChild + base;
+  } else {
+    model.mNodes[group.mLastChild].mEntry.mNextSibling = root.mFirstChild + base;
+  }
+  group.mLastChild = root.mLastChild + base;
+}
+
+/// Adds the nodes of merged datasets without their root, whose id becomes that of the group.
+bool ExpectJoined(ExpectedModel& model, const InputFile& input, std::size_t position,
+                  std::vector<Obstacle>& obstacles) {
+  const std::uint32_t base = model.mNodes.rbegin()->first - kRootId;
+  for (const auto& [id, entry] : input.GetNodes()) {
+    if (id == kRootId) {
+      model.Drop(position, ItemOf(entry), DropRule::JoinedRoot);
+      continue;
+    }
+    ExpectedNode node = ExpectNode(position, entry);
+    const bool isBelowRoot = node.mEntry.mParent == kRootId;
+    if (!ShiftIds(node.mEntry, base)) return AddIdObstacle(input, entry, base, obstacles);
+    if (isBelowRoot) node.mEntry.mParent = kRootId;
+    ShiftLinks(node.mResults, base);
+    model.mNodes.emplace(node.mEntry.mId, std::move(node));
+  }
+  AttachChildren(model, input.GetNodes().GetReqNode(kRootId), base);
+  return true;
+}
+
 /// Adds the nodes of an input. Returns false if their ids are too high.
 bool ExpectDataset(ExpectedModel& model, const InputFile& input, std::size_t position,
                    std::vector<Obstacle>& obstacles) {
   const std::uint32_t base = model.mNodes.rbegin()->first;
   for (const auto& [id, entry] : input.GetNodes()) {
     ExpectedNode node = ExpectNode(position, entry);
-    if (!ShiftIds(node.mEntry, base)) {
-      const std::string text = fmt::format("the ids of node {} cannot be shifted by {}", id, base);
-      obstacles.push_back({input.mPath, text, entry.mData ? entry.mData->GetName() : ""});
-      return false;
-    }
+    if (!ShiftIds(node.mEntry, base)) return AddIdObstacle(input, entry, base, obstacles);
     if (node.mEntry.mParent == 0) node.mEntry.mParent = kRootId;
     ShiftLinks(node.mResults, base);
     if (id == kRootId) AttachRoot(model, node.mEntry);
@@ -67,12 +114,21 @@ bool ExpectDataset(ExpectedModel& model, const InputFile& input, std::size_t pos
 
 }  // namespace
 
-void ExpectDatasets(const std::vector<InputFile>& inputs, ExpectedModel& model,
+void ExpectDatasets(const std::vector<InputFile>& inputs, bool join, ExpectedModel& model,
                     std::vector<Obstacle>& obstacles) {
-  model.mNodes[kRootId].mEntry.mId = kRootId;
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     if (inputs[i].mIsViewFile) continue;
-    if (!ExpectDataset(model, inputs[i], i, obstacles)) return;
+    const bool isJoined = join && IsMergedDatasets(inputs[i]);
+    if (model.mNodes.empty() && isJoined) {
+      for (const auto& [id, entry] : inputs[i].GetNodes()) {
+        model.mNodes.emplace(id, ExpectNode(i, entry));
+      }
+      continue;
+    }
+    model.mNodes[kRootId].mEntry.mId = kRootId;
+    const bool isDone = isJoined ? ExpectJoined(model, inputs[i], i, obstacles)
+                                 : ExpectDataset(model, inputs[i], i, obstacles);
+    if (!isDone) return;
   }
 }
 

@@ -59,6 +59,8 @@ struct ExpectedModel {
   /// Counts of the items that each input holds and that the merge drops. MakeLedger adds the counts
   /// of the output.
   Ledger mLedger;
+  /// A result with values may be a link to a result with equal values in the output.
+  bool mMayStoreOnce = false;
   std::map<std::uint32_t, ExpectedNode> mNodes;
   std::optional<Expected<QovRyx::ViewPoint>> mCurrentView;
   std::vector<ExpectedPath> mPaths;

@@ -16,7 +16,7 @@ constexpr PerItem<const char*> kItemNames = {
     "view paths",  "views in paths", "sequencers",     "history entries"};
 
 /// In the order of DropRule.
-constexpr std::array<Wording, 11> kDropRules = {{
+constexpr std::array<Wording, 15> kDropRules = {{
     {"further structure", "only the results of a further instance are taken"},
     {"no instance part", "only results with an instance part are taken from a further instance"},
     {"no geometry", "the node is not a geometry in the first model"},
@@ -28,16 +28,21 @@ constexpr std::array<Wording, 11> kDropRules = {{
     {"view replaced", "a later file has a current view"},
     {"sequencer replaced", "a later file has a sequencer"},
     {"further history", "only the history of the first model is taken"},
+    {"not selected", "the selection leaves it out"},
+    {"stored once", "the result becomes a link to an equal one"},
+    {"joined root", "the contents of the dataset merge are put below one root"},
+    {"views not taken", "no views of models are taken"},
 }};
 
 /// In the order of MadeRule.
-constexpr std::array<Wording, 6> kMadeRules = {{
+constexpr std::array<Wording, 7> kMadeRules = {{
     {"merge group", "the group that holds the models"},
     {"shared result", "a link by which an instance shares a result of another instance"},
     {"linked to itself", "a link to itself, without values"},
     {"link replaced", "a link to other values than in the input"},
     {"unlinked", "a result with the values that a link shared"},
     {"history entry", "the merge itself"},
+    {"stored once", "a link to an equal result"},
 }};
 
 template <class Tallies>

@@ -47,6 +47,10 @@ enum class DropRule {
   ViewReplaced,
   SequencerReplaced,
   FurtherHistory,
+  NotSelected,
+  StoredOnce,
+  JoinedRoot,
+  ViewsNotTaken,
 };
 
 /// The rule by which the merge makes an item that no input holds.
@@ -57,6 +61,7 @@ enum class MadeRule {
   LinkReplaced,
   Unlinked,
   HistoryEntry,
+  StoredOnce,
 };
 
 /// Returns a short name, the same in text and JSON.

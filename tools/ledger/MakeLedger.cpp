@@ -96,6 +96,8 @@ DropRule DropRuleFor(MadeRule made) {
       return DropRule::LinkedToItself;
     case MadeRule::Unlinked:
       return DropRule::Unlinked;
+    case MadeRule::StoredOnce:
+      return DropRule::StoredOnce;
     default:
       return DropRule::LinkReplaced;
   }

@@ -15,6 +15,18 @@ MergeMode ChooseMode(const MergeOptions& options, std::size_t numModels, bool ha
   return {naming ? MergeKind::Instances : MergeKind::Datasets, naming};
 }
 
+/// Returns the name of an instance merge of `ryx merge`.
+const char* NameOf(QovRyx::MergedNames names) {
+  switch (names) {
+    case QovRyx::MergedNames::Stem:
+      return "instances named after their files";
+    case QovRyx::MergedNames::Number:
+      return "instances named by number";
+    default:
+      return "instances that keep their names";
+  }
+}
+
 }  // namespace
 
 void DeclareMergeOptions(CLI::App& app, MergeOptions& options) {
@@ -30,7 +42,7 @@ const char* NameOf(const MergeMode& mode) {
     case MergeKind::Datasets:
       return "datasets";
     case MergeKind::Instances:
-      return Qov::NameOf(*mode.mNaming);
+      return mode.mNaming ? Qov::NameOf(*mode.mNaming) : NameOf(*mode.mNames);
     case MergeKind::Nothing:
       break;
   }

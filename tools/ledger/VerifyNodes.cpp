@@ -21,7 +21,8 @@ bool HasSameTreeLinks(const Entry& left, const Entry& right) {
          left.mLastChild == right.mLastChild;
 }
 
-void VerifyContent(ExpectedNode& node, const QovRyx::Node& content, FaultReporter& reporter) {
+void VerifyContent(ExpectedNode& node, const QovRyx::Node& content, bool mayStoreOnce,
+                   FaultReporter& reporter) {
   static const MergeGroup kMergeGroup;
   const QovRyx::Node& wanted = node.mpSource == nullptr ? kMergeGroup : *node.GetContent();
   if (content.GetName() != wanted.GetName()) reporter.Report(node, "has another name");
@@ -37,11 +38,12 @@ void VerifyContent(ExpectedNode& node, const QovRyx::Node& content, FaultReporte
         node, "has another material",
         NameDifferingFields(wantedShape.mMaterial.mValues, shape->mMaterial.mValues));
   } else if (const auto* geometry = dynamic_cast<const QovRyx::Geometry*>(&content)) {
-    VerifyResults(node, *geometry, reporter);
+    VerifyResults(node, *geometry, mayStoreOnce, reporter);
   }
 }
 
-void VerifyNode(ExpectedNode& node, const Entry* entry, FaultReporter& reporter) {
+void VerifyNode(ExpectedNode& node, const Entry* entry, bool mayStoreOnce,
+                FaultReporter& reporter) {
   const Item wanted = node.mpSource == nullptr ? Item::Group : ItemOf(*node.mpSource);
   if (entry == nullptr || ItemOf(*entry) != wanted) {
     reporter.Report(node, entry == nullptr ? "is missing" : "is a node of another type");
@@ -52,13 +54,15 @@ void VerifyNode(ExpectedNode& node, const Entry* entry, FaultReporter& reporter)
   if (!HasSameTreeLinks(*entry, node.mEntry)) {
     reporter.Report(node, "has another place in the tree");
   }
-  if (entry->mData) VerifyContent(node, *entry->mData, reporter);
+  if (entry->mData) VerifyContent(node, *entry->mData, mayStoreOnce, reporter);
 }
 
 }  // namespace
 
 void VerifyNodes(ExpectedModel& model, const QovRyx::NodeTree& output, FaultReporter& reporter) {
-  for (auto& [id, node] : model.mNodes) VerifyNode(node, output.FindNode(id), reporter);
+  for (auto& [id, node] : model.mNodes) {
+    VerifyNode(node, output.FindNode(id), model.mMayStoreOnce, reporter);
+  }
   for (const auto& [id, entry] : output) {
     if (model.mNodes.contains(id)) continue;
     Fault fault;

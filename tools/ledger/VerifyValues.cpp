@@ -3,12 +3,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 
 #include "ErrorText.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Util/FileContext.h"
+#include "VerifyResults.h"
 #include "compare/Sets.h"
 #include "compare/Values.h"
+#include "model/LinkFollower.h"
 
 namespace Qov::Tools {
 namespace {
@@ -93,6 +96,64 @@ void VerifyArrays(ExpectedModel& model, bool integerKinds, FaultReporter& report
   }
 }
 
+/// Compares the values of results that are links to equal results in the output. Groups them by
+/// the owner of the values, so that the values of an owner are read once.
+class StoredOnceVerifier {
+ public:
+  StoredOnceVerifier(ExpectedModel& model, const QovRyx::NodeTree& output)
+      : mFollower(QovRyx::FollowLinks(output)) {
+    for (auto& [id, node] : model.mNodes) {
+      for (ExpectedResult& expected : node.mResults) {
+        if (expected.mMade != MadeRule::StoredOnce || expected.mpFound == nullptr) continue;
+        mLinks[mFollower.FindOwner(*expected.mpFound)].push_back({&node, &expected});
+      }
+    }
+  }
+
+  void Verify(FaultReporter& reporter) const {
+    for (const auto& [owner, links] : mLinks) {
+      Values found;
+      std::string error;
+      if (owner != nullptr) error = TryToRead([&] { owner->mValues.GetValues(found); });
+      for (const auto& [node, expected] : links) {
+        const std::string fault =
+            error.empty() ? FindFault(owner, *expected, found, reporter) : error;
+        if (!fault.empty()) reporter.Report(*node, *expected, fault);
+      }
+    }
+  }
+
+ private:
+  static std::string FindFault(const Result* owner, const ExpectedResult& expected,
+                               const Values& found, const FaultReporter& reporter) {
+    const Result* wanted = expected.mpValues;
+    if (owner == nullptr || wanted == nullptr) return "is linked";
+    if (!HasSameFlags(wanted, *owner) || wanted->mKindHighByte != owner->mKindHighByte) {
+      return "is linked to a result with other flags";
+    }
+    if (wanted->mValues.GetWidth() != owner->mValues.GetWidth()) {
+      return "is linked to a result with items of another width";
+    }
+    Values values;
+    QovRyx::ProgressReport::Advance(wanted->mValues.GetSize());
+    Util::WithFileContext(reporter.GetInputPath(expected.mInput),
+                          [&] { wanted->mValues.GetValues(values); });
+    if (values.size() != found.size()) {
+      return fmt::format("is linked to a result with {} values, should have {}", found.size(),
+                         values.size());
+    }
+    return DescribeValueDifference(values, found, expected.mpFound->HoldsUnsigned(),
+                                   wanted->mValues.GetWidth());
+  }
+
+  struct Link {
+    const ExpectedNode* mpNode;
+    ExpectedResult* mpExpected;
+  };
+  QovRyx::LinkFollower<Result> mFollower;
+  std::map<const Result*, std::vector<Link>> mLinks;
+};
+
 void CompareSets(ExpectedNode& node, const QovRyx::SetColumns& wanted,
                  const QovRyx::SetColumns& found, FaultReporter& reporter) {
   node.mNumSoundSets = 0;
@@ -131,6 +192,7 @@ void VerifyValues(ExpectedModel& model, const QovRyx::NodeTree& output, FaultRep
   const QovRyx::ProgressReport progress(CountValueBytes(model));
   VerifyArrays(model, true, reporter);  // the integer kinds are stored first
   VerifyArrays(model, false, reporter);
+  StoredOnceVerifier(model, output).Verify(reporter);
   for (auto& [id, node] : model.mNodes) {
     if (node.mSound || node.mNumSoundSets != 0) VerifySets(node, output, reporter);
   }

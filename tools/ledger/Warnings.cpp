@@ -93,10 +93,12 @@ void ContentWarnings::FindSameNames() {
     }
   }
   if (count == 0) return;
-  const char* remedy =
-      mLedger.mMode.mNaming == QovRyx::InstanceNaming::Plain
-          ? "Add --suffix-file-instance, which gives the results of each file different names."
-          : "Rename the results in the inputs.";
+  const char* remedy = "Rename the results in the inputs.";
+  if (mLedger.mMode.mNaming == QovRyx::InstanceNaming::Plain) {
+    remedy = "Add --suffix-file-instance, which gives the results of each file different names.";
+  } else if (IsInstanceMode(mLedger.mMode) && mLedger.mMode.mNames == QovRyx::MergedNames::Keep) {
+    remedy = "Use --names stem, which puts the names of the files into the names of results.";
+  }
   Add("same-name", "",
       Plural(count, "result", "get") + " the name of another result of the geometry, for example " +
           example,
@@ -155,7 +157,10 @@ void ContentWarnings::FindInputsWithoutEffect() {
 /// Compares further instances with the first one.
 void ContentWarnings::FindMismatches() {
   if (!IsInstanceMode(mLedger.mMode)) return;
-  const char* remedy = "Merge as datasets (without --merge-as-instances), or leave the file out.";
+  const char* remedy =
+      mLedger.mMode.IsOfRyxMerge()
+          ? "Merge as datasets (without --merge-as-instances), or leave the file out."
+          : "Merge as datasets (--as datasets), or leave the file out.";
   const InputFile* first = nullptr;
   for (const InputFile& input : mInputs) {
     if (input.mIsViewFile) continue;
@@ -207,7 +212,9 @@ void ContentWarnings::FindViewsLeftOut() {
     Add("views-left-out", mInputs[i].mPath,
         fmt::format("{} view{} left out: only those of the first model are taken", count,
                     count == 1 ? " is" : "s are"),
-        "Save the views as a view-point file (.vpt) and add it to the inputs.");
+        mLedger.mMode.IsOfRyxMerge()
+            ? "Save the views as a view-point file (.vpt) and add it to the inputs."
+            : "Use --views all, which takes the paths of all models.");
   }
 }
 
