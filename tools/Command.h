@@ -44,6 +44,7 @@ std::unique_ptr<Command> MakeExportCommand();
 std::unique_ptr<Command> MakeExtractCommand();
 std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeLsCommand();
+std::unique_ptr<Command> MakeMergeCommand();
 std::unique_ptr<Command> MakePlanCommand();
 std::unique_ptr<Command> MakeSampleCommand();
 std::unique_ptr<Command> MakeStatsCommand();

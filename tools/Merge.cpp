@@ -1,0 +1,222 @@
+#include <fmt/format.h>
+
+#include <CLI/App.hpp>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "ErrorText.h"
+#include "OptionValues.h"
+#include "OutputSettingsOptions.h"
+#include "Plural.h"
+#include "Qov/Ryx/FileArrangement.h"
+#include "Qov/Ryx/Merge.h"
+#include "Qov/Util/Raise.h"
+#include "SelectionOptions.h"
+#include "container/SignalRemovals.h"
+#include "container/TemporaryOutput.h"
+#include "ledger/FaultText.h"
+#include "ledger/WarningReport.h"
+#include "merge/InputList.h"
+#include "merge/InputProgress.h"
+#include "merge/MergeChecks.h"
+#include "merge/MergeJson.h"
+#include "merge/MergeText.h"
+
+namespace Qov::Tools {
+namespace {
+
+using ErrorType = Util::Exception::ErrorType;
+
+constexpr const char* kSource = "tools/Merge";
+
+constexpr const char* kFooter =
+    "Models with the same tree and the same meshes are merged as instances: the output has their\n"
+    "tree once, with the results of all of them. Other models are merged as datasets, below one\n"
+    "group. View-point files (.vpt) among the inputs add their views. Equal arrays are stored "
+    "once.\n"
+    "\n"
+    "OUTPUT appears only when it is complete. It is not replaced without --overwrite.\n"
+    "\n"
+    "Exit status: 0 success, 1 there are warnings and --strict is given, 2 failure.\n"
+    "\n"
+    "Example: ryx merge run*.ryx --natural-order -o all.ryx\n"
+    "         ryx merge left.ryx right.ryx views.vpt --as datasets -o both.ryx\n"
+    "         find runs -name '*.ryx' -print0 | sort -z | ryx merge --from - -0 -o all.ryx\n"
+    "         ryx merge run*.ryx --results Stress --dry-run -o all.ryx";
+
+/// The words of an option, and what they mean.
+template <class T>
+using Words = std::map<std::string, T>;
+
+template <class T, std::size_t N>
+Words<T> WordsOf(const T (&values)[N]) {
+  Words<T> words;
+  for (const T value : values) words.emplace(NameOf(value), value);
+  return words;
+}
+
+class MergeCommand : public Command {
+ public:
+  const char* GetName() const override { return "merge"; }
+  const char* GetSummary() const override { return "Merge models into a new one"; }
+  const char* GetFooter() const override { return kFooter; }
+  void Declare(CLI::App& app) override;
+  int Run(Output& output, Output& errors) override;
+
+ private:
+  void DeclareInputs(CLI::App& app);
+  void DeclareMerge(CLI::App& app);
+  void CollectInputs();
+  int Plan(Output& output) const;
+  int Merge(Output& output, Output& errors);
+
+  QovRyx::MergeRequest mRequest;
+  std::vector<std::string> mLists;
+  bool mIsZeroSeparated = false;
+  bool mNaturalOrder = false;
+  bool mVerify = false;
+  bool mStrict = false;
+  bool mDryRun = false;
+  bool mJson = false;
+};
+
+template <class T>
+void AddChoice(CLI::App& app, const char* name, T& value, const Words<T>& words, const char* type,
+               const char* help) {
+  std::vector<std::string> known;
+  for (const auto& [word, meaning] : words) known.push_back(word);
+  app.add_option_function<std::string>(
+         name, [&value, words](const std::string& word) { value = words.at(word); }, help)
+      ->type_name(type)
+      ->check(CLI::IsMember(known))
+      ->option_text(type);
+}
+
+void MergeCommand::DeclareInputs(CLI::App& app) {
+  app.add_option("INPUT", mRequest.mInputs, "Models, and view-point files (.vpt)");
+  app.add_option("--from", mLists,
+                 "Read paths of further inputs from FILE, one a line; - is "
+                 "standard input")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+  app.add_flag("-0,--null", mIsZeroSeparated, "Paths in FILE end with a zero byte, not a newline");
+  app.add_flag("--natural-order", mNaturalOrder,
+               "Order the inputs by their trailing numbers: run2 before run10");
+}
+
+void MergeCommand::DeclareMerge(CLI::App& app) {
+  using QovRyx::MergedNames;
+  using QovRyx::MergedViews;
+  using QovRyx::MergeMode;
+  AddChoice(app, "--as", mRequest.mMode,
+            WordsOf({MergeMode::Automatic, MergeMode::Instances, MergeMode::Datasets}),
+            "auto|instances|datasets", "How models are put together");
+  AddChoice(
+      app, "--names", mRequest.mNames,
+      WordsOf({MergedNames::Automatic, MergedNames::Keep, MergedNames::Stem, MergedNames::Number}),
+      "auto|keep|stem|number",
+      "Instance parts of names: as they are, with the file's name, or with F1, F2 ...");
+  app.add_option("--first-number", mRequest.mFirstNumber, "The number of the first model")
+      ->option_text("K")
+      ->transform(WholeNumber());
+  app.add_flag("--share,!--no-share", mRequest.mShare, "Store equal arrays once, the default");
+  AddChoice(app, "--views", mRequest.mViews,
+            WordsOf({MergedViews::First, MergedViews::All, MergedViews::None}), "first|all|none",
+            "The models whose views are taken");
+  app.add_flag("--join", mRequest.mJoin,
+               "Put the contents of models that are merged datasets below one root");
+}
+
+void MergeCommand::Declare(CLI::App& app) {
+  DeclareInputs(app);
+  DeclareMerge(app);
+  DeclareSelection(app, mRequest.mSelection);
+  DeclareOutputSettings(app, mRequest.mOutput, mRequest.mSettings);
+  app.add_flag("--verify", mVerify, "Compare the output with the inputs before it gets its name");
+  app.add_flag("--strict", mStrict, "Do not start if there are warnings");
+  app.add_flag("--dry-run", mDryRun, "Show the effects, as ryx plan does, and write nothing");
+  app.add_flag("--json", mJson, "Print one JSON document");
+}
+
+void MergeCommand::CollectInputs() {
+  for (const std::string& list : mLists) {
+    for (std::string& path : ReadInputList(list, mIsZeroSeparated ? '\0' : '\n')) {
+      mRequest.mInputs.push_back(std::move(path));
+    }
+  }
+  if (mRequest.mInputs.empty()) {
+    Util::Raise(kSource, ErrorType::ZeroLength,
+                "there are no inputs: name models, or a list of them with --from");
+  }
+  if (mNaturalOrder) mRequest.mInputs = QovRyx::arrange_files(mRequest.mInputs);
+}
+
+/// Shows the progress of reading, and verifies the output.
+class Listener : public QovRyx::MergeListener {
+ public:
+  Listener(const QovRyx::MergeRequest& request, bool verify)
+      : mRequest(request), mVerify(verify), mProgress(request.mInputs.size()) {}
+
+  bool BeforeInput(std::size_t number, const std::string& /*path*/) override {
+    mProgress.ShowInput(number);
+    return true;
+  }
+  void CheckOutput(const std::string& path) override {
+    if (!mVerify) return;
+    const Faults faults = VerifyMerge(mRequest, path);
+    if (faults.GetCount() == 0) return;
+    Util::Raise(kSource, ErrorType::MismatchError,
+                fmt::format("the merged model has {} and was removed. The first: {}",
+                            Plural(faults.GetCount(), "difference"),
+                            FaultText(faults.GetFirst().front(), {})));
+  }
+
+ private:
+  const QovRyx::MergeRequest& mRequest;
+  bool mVerify;
+  InputProgress mProgress;
+};
+
+int MergeCommand::Plan(Output& output) const {
+  const MergePlan plan = PlanMerge(mRequest);
+  if (mJson) {
+    output.Line(FormatJson(PlanJson(plan)));
+  } else {
+    PrintPlan(plan, output);
+  }
+  return StatusOf(plan, mStrict);
+}
+
+int MergeCommand::Merge(Output& output, Output& errors) {
+  QovJbf::CheckIsNotAnInput(mRequest.mOutput, mRequest.mInputs);
+  const std::vector<Warning> warnings = PlanMerge(mRequest).mWarnings;
+  PrintWarnings(warnings, errors);
+  if (mStrict && !warnings.empty()) {
+    errors.Line("ryx merge: nothing was merged, because of the warnings and --strict");
+    return kFindings;
+  }
+  QovJbf::RemoveOutputsOnSignals();
+  Listener listener(mRequest, mVerify);
+  const QovRyx::MergeReport report = QovRyx::Merge(mRequest, &listener);
+  if (mJson) {
+    output.Line(FormatJson(MergeJson(mRequest, report, warnings, mVerify)));
+    return kSuccess;
+  }
+  PrintMerge(mRequest, report, output);
+  if (mVerify) output.Line("Verified: nothing is missing and all values match");
+  return kSuccess;
+}
+
+int MergeCommand::Run(Output& output, Output& errors) {
+  CollectInputs();
+  return mDryRun ? Plan(output) : Merge(output, errors);
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeMergeCommand() { return std::make_unique<MergeCommand>(); }
+
+}  // namespace Qov::Tools
