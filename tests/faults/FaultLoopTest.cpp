@@ -1,10 +1,13 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <iostream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "Faults.h"
+#include "Qov/Ryx/Merge.h"
 #include "Qov/Ryx/RyxMerge.h"
 #include "support/CapturedErrors.h"
 #include "support/Files.h"
@@ -36,6 +39,8 @@ struct Mode {
   const char* mName;
   int (*mMerge)(const Paths& paths);
   const char* mCopyBlocks = "0";
+  /// The output of before stays unless the new one is complete.
+  bool mIsSafe = false;
 
   friend void PrintTo(const Mode& mode, std::ostream* out) { *out << mode.mName; }
 };
@@ -57,6 +62,25 @@ constexpr Mode kModes[] = {
      }},
 };
 
+/// Merges as `ryx merge --overwrite` does.
+int MergeSafely(const Paths& paths) {
+  try {
+    QovRyx::MergeRequest request;
+    request.mInputs = {paths.mModels[0], paths.mModels[1], paths.mViews[0]};
+    request.mOutput = paths.mOutput;
+    request.mMode = QovRyx::MergeMode::Instances;
+    request.mNames = QovRyx::MergedNames::Stem;
+    request.mSettings.mOverwrite = true;
+    QovRyx::Merge(request);
+    return 0;
+  } catch (const std::exception& error) {
+    std::cerr << error.what();
+    return kFailed;
+  }
+}
+
+constexpr Mode kSafeModes[] = {{"safe", &MergeSafely, "0", true}};
+
 struct Fault {
   const char* mName;
   Call mCall;
@@ -68,6 +92,7 @@ constexpr Fault kFaults[] = {
     {"open", Call::Open},   {"close", Call::Close},   {"read", Call::Read},
     {"write", Call::Write}, {"seek", Call::Seek},     {"tell", Call::Tell},
     {"flush", Call::Flush}, {"memory", Call::Memory}, {"zlib", Call::Zlib}};
+constexpr Fault kFaultsOfDisk[] = {{"sync", Call::Sync}, {"rename", Call::Rename}};
 
 class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, std::string>> {
  protected:
@@ -107,9 +132,21 @@ class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, std::str
     } else {
       EXPECT_EQ(status, kFailed);
       EXPECT_THAT(errors, Not(IsEmpty()));
-      EXPECT_TRUE(IsUnfinished(mPaths.mOutput));
+      ExpectNoNewOutput();
     }
     return hasFailed;
+  }
+
+  void ExpectNoNewOutput() const {
+    if (!std::get<0>(GetParam()).mIsSafe) {
+      EXPECT_TRUE(IsUnfinished(mPaths.mOutput));
+      return;
+    }
+    const bool isBefore = ReadFile(mPaths.mOutput) == kBefore;
+    EXPECT_TRUE(isBefore || DescribeModel(mPaths.mOutput) == mSound);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mDir.GetPath()),
+                            std::filesystem::directory_iterator()),
+              4);  // the inputs and the output
   }
 
   /// Returns true if the output is unchanged or `ryx check` finds errors in it.
@@ -152,6 +189,16 @@ std::string NameOf(const testing::TestParamInfo<FaultLoop::ParamType>& test) {
 INSTANTIATE_TEST_SUITE_P(Merges, FaultLoop,
                          testing::Combine(testing::ValuesIn(kModes), testing::ValuesIn(kFaults),
                                           testing::Values(std::string("1"), std::string("2"))),
+                         NameOf);
+
+INSTANTIATE_TEST_SUITE_P(SafeMerges, FaultLoop,
+                         testing::Combine(testing::ValuesIn(kSafeModes), testing::ValuesIn(kFaults),
+                                          testing::Values(std::string("1"), std::string("2"))),
+                         NameOf);
+INSTANTIATE_TEST_SUITE_P(Disks, FaultLoop,
+                         testing::Combine(testing::ValuesIn(kSafeModes),
+                                          testing::ValuesIn(kFaultsOfDisk),
+                                          testing::Values(std::string("1"))),
                          NameOf);
 
 }  // namespace

@@ -104,6 +104,14 @@ int __wrap_fflush(std::FILE* file) {
   return Fails(Call::Flush, ENOSPC) ? EOF : __real_fflush(file);
 }
 
+int __real_fsync(int descriptor);
+int __wrap_fsync(int descriptor) { return Fails(Call::Sync, EIO) ? -1 : __real_fsync(descriptor); }
+
+int __real_rename(const char* from, const char* to);
+int __wrap_rename(const char* from, const char* to) {
+  return Fails(Call::Rename, EIO) ? -1 : __real_rename(from, to);
+}
+
 void* __real_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) {
   return Fails(Call::Memory, ENOMEM) ? nullptr : __real_malloc(size);

@@ -6,7 +6,20 @@
 /// Faults.cpp (see CMakeLists.txt).
 namespace Qov::Test::Faults {
 
-enum class Call { Open, Close, Read, Write, Seek, Tell, Flush, Memory, Zlib, Inflate };
+enum class Call {
+  Open,
+  Close,
+  Read,
+  Write,
+  Seek,
+  Tell,
+  Flush,
+  Memory,
+  Zlib,
+  Inflate,
+  Sync,
+  Rename
+};
 
 /// Makes call number `n` (from 1) of this kind fail, and all later ones if `andLater` is true.
 void Arm(Call call, std::size_t n, bool andLater);
