@@ -37,6 +37,7 @@ SortedCorners SortCorners(const CellFace& face, const std::uint32_t* nodes) {
                            nodes[face.mCorners[2]],
                            face.mNumCorners == 4 ? nodes[face.mCorners[3]] : kNone};
   Sort(corners);
+  if (corners[0] < corners[1] && corners[1] < corners[2] && corners[2] < corners[3]) return corners;
   bool repeats = false;
   for (std::size_t i = 0; i < 3; ++i) {
     if (corners[i] != corners[i + 1] || corners[i] == kNone) continue;
@@ -50,7 +51,9 @@ SortedCorners SortCorners(const CellFace& face, const std::uint32_t* nodes) {
 /// The faces of all solid cells, in a list for each least corner.
 class FaceTable {
  public:
-  explicit FaceTable(std::uint64_t numPoints) : mFirst(numPoints, kNone) {}
+  FaceTable(std::uint64_t numPoints, std::uint64_t numFaces) : mFirst(numPoints, kNone) {
+    mFaces.reserve(numFaces / 2 + numFaces / 16);
+  }
 
   /// Leaves out faces that have shrunk to a line.
   void Add(const SortedCorners& corners, std::uint32_t cell, std::uint8_t face) {
@@ -128,7 +131,7 @@ class SurfaceBuilder {
   explicit SurfaceBuilder(const Mesh& mesh) : mMesh(mesh) {}
 
   Surface Build() {
-    FaceTable faces(HasSolids() ? mMesh.GetNumPoints() : 0);
+    FaceTable faces(HasSolids() ? mMesh.GetNumPoints() : 0, CountFaces());
     for (const CellRun& run : mMesh.mRuns) {
       if (GetShape(run.mKind).mDimension == 3) {
         AddFaces(run, faces);
@@ -145,6 +148,13 @@ class SurfaceBuilder {
   bool HasSolids() const {
     return std::any_of(mMesh.mRuns.begin(), mMesh.mRuns.end(),
                        [](const CellRun& run) { return GetShape(run.mKind).mDimension == 3; });
+  }
+
+  std::uint64_t CountFaces() const {
+    std::uint64_t count = 0;
+    for (const CellRun& run : mMesh.mRuns)
+      count += run.mNumCells * GetShape(run.mKind).mFaces.size();
+    return count;
   }
 
   const std::uint32_t* NodesOf(const CellRun& run, std::uint64_t cell) const {
