@@ -4,11 +4,12 @@ import contextlib
 import io
 import os
 import unittest
+import unittest.mock
 import xml.etree.ElementTree as ElementTree
 
 import support
 from odd import cells_of, odd_model, points_of, unique
-from support import RYXMERGE, Model, models, np, run, same, sample
+from support import RYX, RYXMERGE, Model, models, np, run, same, sample
 
 xml = support.need("vtkmodules.vtkIOXML", "python3-vtk9")
 data_model = support.need("vtkmodules.vtkCommonDataModel", "python3-vtk9")
@@ -212,6 +213,20 @@ class Grid(unittest.TestCase):
             grids = [grid for _, _, grid in self.leaves(blocks)]
             have = [grid.GetPointData().HasArray("Temperature") for grid in grids]
             self.assertEqual([int(k == i) for k in range(3)], have)
+
+    def test_threads(self):
+        """The number of threads does not change a byte; arrays have several blocks."""
+        folder = os.path.join(support.FOLDER, "threads")
+        run(RYX, "sample", folder, "--size", "20", "--parts", "2", "--steps", "1")
+        for parts in ("Solid 1", "*"):
+            files = []
+            for threads in "1", "3":
+                with unittest.mock.patch.dict(os.environ, RYXMERGE_THREADS=threads):
+                    path = Model(f"{folder}/run1.ryx").export("all.vtu", "--nodes", parts)
+                with open(path, "rb") as file:
+                    files.append(file.read())
+            self.assertEqual(files[0], files[1])
+            self.assertGreater(len(files[0]), 1 << 16)
 
     def test_meshio(self):
         for model in models("real/wavy_run1.ryx"):
