@@ -148,12 +148,16 @@ class GlbBuilder {
                     Escape(mColour.mResult, {}), count, parts.size()));
   }
 
-  /// Returns the place of a value in the texture, 0 to 1.
+  /// Returns the place of a value in the texture, 0 to 1. Values that differ by rounding only get
+  /// the middle.
   float TexturePlace(float value) const {
     const double numTexels = kNumColours + 1;
     if (!std::isfinite(value)) return static_cast<float>((kNumColours + 0.5) / numTexels);
+    constexpr double kRounding = 4.0 * std::numeric_limits<float>::epsilon();
     const double span = static_cast<double>(mRange.mGreatest) - mRange.mLeast;
-    const double share = span > 0 ? (static_cast<double>(value) - mRange.mLeast) / span : 0.5;
+    const double greatest = std::max(std::abs(mRange.mGreatest), std::abs(mRange.mLeast));
+    const double share =
+        span > kRounding * greatest ? (static_cast<double>(value) - mRange.mLeast) / span : 0.5;
     return static_cast<float>((0.5 + share * (kNumColours - 1)) / numTexels);
   }
 
