@@ -9,7 +9,8 @@ import support
 from odd import cells_of, models, named_results, odd_model, points_of
 from support import np, same, sample
 
-SHARED = ("plate_version_0.5.ryx", "real/exomerge_run1.ryx", "real/regr01.ryx")
+SHARED = ("plate_version_0.5.ryx", "real/exomerge_run1.ryx", "real/regr01.ryx",
+          "real/segment_run1.ryx")
 
 
 class Csv(unittest.TestCase):
@@ -101,6 +102,8 @@ class Npz(unittest.TestCase):
         instance = model.instances[0] if model.instances else None
         if cells := cells_of(part, instance):
             self.assertEqual(len(actual.pop(f"{folder}/VTK cell types")), len(cells))
+            nodes = actual.pop(f"{folder}/VTK connectivity", np.concatenate(cells))
+            self.assertTrue(same(np.sort(np.concatenate(cells)), np.sort(nodes)))
         for parent, name, numbers in model.sets:
             owners = [p for p in model.parts if parent in p.ancestors]
             if part in owners:

@@ -13,6 +13,7 @@
 #include "export/UniqueNames.h"
 #include "export/ZipArchive.h"
 #include "mesh/ArrayNames.h"
+#include "mesh/MeshArrays.h"
 
 namespace Qov::Tools {
 namespace {
@@ -73,7 +74,7 @@ class NpzBuilder {
     for (const std::string& group : part.mGroups) folder += EntryText(group) + "/";
     folder = mFolders.Make(folder + EntryText(part.mName)) + "/";
     for (const auto& variable : part.mpGeometry->GetVariables()) WriteMeshArray(folder, variable);
-    WriteCellTypes(folder, mMeshes.Get(part));
+    WriteCells(folder, part);
     for (const ExportResult& result : part.mResults) WriteResult(folder, result);
     for (const ExportSet& set : mSets.Load(part)) {
       Add<std::uint32_t>(folder + "set " + EntryText(set.mName), "<u4", set.mNumbers, 1);
@@ -100,12 +101,21 @@ class NpzBuilder {
     WriteResult(folder, array);
   }
 
-  void WriteCellTypes(const std::string& folder, const QovMesh::Mesh& mesh) {
+  /// Writes the kinds of the cells, and their nodes if the model has them in an order of its own.
+  void WriteCells(const std::string& folder, const ExportPart& part) {
+    const QovMesh::Mesh& mesh = mMeshes.Get(part);
     std::vector<std::uint8_t> types;
     for (const QovMesh::CellRun& run : mesh.mRuns) {
       types.insert(types.end(), run.mNumCells, QovMesh::GetShape(run.mKind).mVtkType);
     }
-    if (!types.empty()) Add<std::uint8_t>(folder + "VTK cell types", "|u1", types, 1);
+    if (types.empty()) return;
+    Add<std::uint8_t>(folder + "VTK cell types", "|u1", types, 1);
+    const QovMesh::MeshArrays arrays(*part.mpGeometry);
+    std::vector<std::uint32_t> nodes;
+    arrays.Find(QovMesh::kConnectivity, part.mMeshInstance)->mValues.GetValues(nodes);
+    if (nodes != mesh.mNodes) {
+      Add<std::uint32_t>(folder + "VTK connectivity", "<u4", mesh.mNodes, 1);
+    }
   }
 
   const ExportTask& mTask;

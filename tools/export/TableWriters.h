@@ -8,8 +8,9 @@ namespace Qov::Tools {
 
 /// Writes the mesh arrays and the results of all parts as a NumPy archive (.npz): an uncompressed
 /// ZIP file of .npy files, "GROUP/GEOMETRY/NAME.npy". Arrays have the shape (items, width), or
-/// (items,) if the width is 1. The mesh arrays are those of the model; "VTK cell types" is derived.
-/// Names that are equal become "NAME 2", ... and are noted.
+/// (items,) if the width is 1. The mesh arrays are those of the model. "VTK cell types" is derived,
+/// and so is "VTK connectivity", which is written if it differs from "Connectivity". Names that are
+/// equal become "NAME 2", ... and are noted.
 void WriteNpz(const ExportTask& task, const std::string& path, OutputSet& outputs);
 
 /// Writes a table as comma-separated values. If a point result is chosen, or no result at all, its
