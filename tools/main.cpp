@@ -9,6 +9,7 @@
 int main(int argc, char** argv) {
   Qov::OccupyStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);  // writing to a closed pipe returns an error instead
+  std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is reported as an error
   Qov::Tools::Output output(stdout, Qov::Tools::DetectStyle(STDOUT_FILENO));
   // Errors that cannot be written are ignored, because the status reports them, too.
   Qov::Tools::Output errors(stderr, Qov::Tools::DetectStyle(STDERR_FILENO),
