@@ -240,7 +240,7 @@ bool TakeQuadratic(const CellSample& sample, std::span<const float> points, Cell
     decision.mNodeOrder = *order;
   }
   decision.mKind = kind;
-  decision.mReason = fmt::format("edge nodes {:.2g} edge lengths off the middle{}", off.mMedian,
+  decision.mReason = fmt::format("edge nodes {:.2f} edge lengths off the middle{}", off.mMedian,
                                  decision.mNodeOrder.empty() ? "" : ", reordered");
   if (off.mShareBelow < 1 - kMixedShare) {
     decision.mWarning =
@@ -260,7 +260,7 @@ bool TakeRing(const CellSample& sample, std::span<const float> points, KindDecis
   });
   if (ring.mMedian >= kRingCut) return false;
   decision.mKind = CellKind::Polygon;
-  decision.mReason = fmt::format("flatness {:.2g}, convex rings", ratio.mMedian);
+  decision.mReason = fmt::format("flatness {:.2f}, convex rings", ratio.mMedian);
   if (ring.mShareBelow < 1 - kMixedShare) {
     decision.mWarning =
         fmt::format("{} of the cells look like another kind", Percent(1 - ring.mShareBelow));
@@ -276,7 +276,7 @@ void TakeByFlatness(const CellSample& sample, std::span<const float> points, Cel
                    [&](std::span<const std::uint32_t> nodes) { return Flatness(nodes, points); });
   const bool isFlat = ratio.mMedian < kFlatnessCut;
   decision.mKind = isFlat ? flat : solid;
-  decision.mReason = fmt::format("flatness {:.2g}", ratio.mMedian);
+  decision.mReason = fmt::format("flatness {:.2f}", ratio.mMedian);
   const double others = isFlat ? 1 - ratio.mShareBelow : ratio.mShareBelow;
   if (!ratio.mIsKnown) {
     decision.mReason = "no flatness";
