@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "ErrorText.h"
 #include "Plural.h"
 #include "Qov/Util/Raise.h"
 #include "SafeOutput.h"
@@ -190,9 +191,16 @@ int ExportCommand::Run(Output& output, Output& errors) {
   for (const std::string& text : mCells) AddKind(text, mRequest.mKinds);
   CheckOptions(format);
   QovRyx::Tree tree(false);
-  QovRyx::Tree::IdMap ids;
-  tree.Load(mModel, ids, QovRyx::Tree::ReadMode::WithoutViews,
-            QovRyx::Tree::SupportedFileFormats::Ryx);
+  try {
+    QovRyx::Tree::IdMap ids;
+    tree.Load(mModel, ids, QovRyx::Tree::ReadMode::WithoutViews,
+              QovRyx::Tree::SupportedFileFormats::Ryx);
+  } catch (const std::exception& error) {
+    const TextStyle& style = errors.GetStyle();
+    errors.Line(fmt::format("ryx export: {}: {}", Escape(mModel, style),
+                            Escape(FileErrorText(mModel, error), style)));
+    return kTrouble;
+  }
   const ExportContent content = ChooseContent(tree, mRequest, GetStepLayout(format));
   ExportReport report{tree, content, format, mOutputPath, false, 0, 0, content.mNotes};
   QovJbf::RemoveOutputsOnSignals();

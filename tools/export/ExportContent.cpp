@@ -117,7 +117,7 @@ class ContentBuilder {
       mChosenSteps[i] = mContent.mSteps.size();
       mContent.mSteps.push_back(steps[i]);
     }
-    patterns.CheckAllMatched("step", "--dry-run");
+    patterns.CheckAllMatched("step", "ryx export --dry-run");
   }
 
   /// Walks the tree from the top, so that a chosen node brings what is below it.
@@ -362,10 +362,11 @@ class ContentBuilder {
       if (geometry == nullptr) continue;
       for (const auto& variable : geometry->GetVariables()) count(variable.mAttributes);
     }
-    if (numAttributes + numMaterials != 0) {
-      Omit(fmt::format("{} and {}: never exported", Plural(numAttributes, "attribute"),
-                       Plural(numMaterials, "material")));
-    }
+    const auto omitAll = [&](std::uint64_t number, const char* noun) {
+      if (number != 0) Omit(Plural(number, noun) + ": never exported");
+    };
+    omitAll(numAttributes, "attribute");
+    omitAll(numMaterials, "material");
     Omit("views and history: never exported");
   }
 

@@ -53,7 +53,8 @@ std::string ResultsText(const ExportContent& content) {
   for (const ExportPart& part : content.mParts) {
     for (const auto& result : part.mResults) ++counts[static_cast<std::size_t>(result.mPlacement)];
   }
-  return fmt::format("{} point, {} cell, {} field", counts[0], counts[1], counts[2]);
+  return fmt::format("{} as point data, {} as cell data, {} as field data", counts[0], counts[1],
+                     counts[2]);
 }
 
 void PrintResults(const ExportContent& content, const ExportPart& part, Output& output) {
