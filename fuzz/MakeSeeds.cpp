@@ -48,6 +48,30 @@ void BuildLinks(QovRyx::Tree& tree) {
       ->AppendVariable(MakeLinked("Heat|LC2", {cuts + 2, 0}));
 }
 
+/// Adds a cube, a concave quad and a line, with results of two steps and node sets.
+void BuildCells(QovRyx::Tree& tree) {
+  using QovRyx::NumericArray;
+  using Integers = std::vector<std::uint32_t>;
+  AddNode<QovRyx::Group>(tree, QovRyx::NodeTree::kRootId, "Cells").mAttributes["time"] = 0.5F;
+  const std::uint32_t group = tree.GetNodes().GetCurrentId();
+  auto& cells = AddNode<QovRyx::Geometry>(tree, group, "Cells");
+  const std::vector<float> points = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0,
+                                     0, 0, 1, 1, 0, 1, 1, 1, 1, 0, 1, 1};
+  cells.AppendVariable(MakeVariable("Coordinates", 0, NumericArray::Of(points, 3)));
+  const auto addIntegers = [&](const char* name, std::uint32_t kind, const Integers& values) {
+    cells.AppendVariable(MakeVariable(name, kind, NumericArray::Of(values)));
+  };
+  addIntegers("Connectivity", 4, {0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 5, 4, 3, 7, 0, 1, 2, 4, 3});
+  addIntegers("Polylength", 5, {8, 4, 2, 5});
+  addIntegers("Node Ids", 6, Count(8, 11));
+  for (const char* name : {"Stress|T=1", "Stress|T=2", "Codes"}) {
+    cells.AppendVariable(MakeVariable(name, 12, NumericArray::Of(Ramp(8, 1.0F))));
+  }
+  cells.AppendVariable(MakeVariable("Mass", 20, NumericArray::Of(Ramp(4, 1.0F))));
+  cells.AppendVariable(MakeVariable("Force", 13, NumericArray::Of(Ramp(24, 1.0F), 3)));
+  AddNode<QovRyx::NodeSets>(tree, group, "Sets").SetSets({{"ids", {11, 12}}, {"others", {1}}});
+}
+
 /// Returns the bytes of small models that together have every type of node.
 std::vector<std::string> MakeModels(const Path& folder) {
   std::vector<std::string> models;
@@ -70,6 +94,16 @@ std::vector<std::string> MakeModels(const Path& folder) {
   models.push_back(ReadFile(path));
   std::filesystem::remove(path);
   return models;
+}
+
+std::string MakeCells(const Path& folder) {
+  const std::string path = folder / "seed.ryx";
+  QovRyx::Tree tree(false);
+  BuildCells(tree);
+  SaveTree(tree, path);
+  std::string model = ReadFile(path);
+  std::filesystem::remove(path);
+  return model;
 }
 
 std::string MakeViews(const Path& folder) {
@@ -106,7 +140,7 @@ void WriteSeeds(const Path& folder) {
   const std::vector<std::string> models = MakeModels(folder);
   for (std::size_t i = 0; i < models.size(); ++i) {
     const std::string name = "model" + std::to_string(i);
-    for (const char* target : {"container", "model", "check"}) {
+    for (const char* target : {"container", "model", "check", "export"}) {
       WriteFile(folder / target / name, models[i]);
     }
     const std::string pair = LittleEndian(models[i].size()) + models[i] + models[(i + 1) % 2];
@@ -121,6 +155,7 @@ void WriteSeeds(const Path& folder) {
     WriteFile(folder / "merge" / ("links" + std::to_string(mode)),
               mode + LittleEndian(links.size()) + links + links);
   }
+  WriteFile(folder / "export" / "cells", MakeCells(folder));
   const std::string views = MakeViews(folder);
   for (const char* target : {"container", "views", "check"}) {
     WriteFile(folder / target / "views", views);

@@ -24,7 +24,7 @@ fi
 minutes=${1:-1}
 shift || true
 targets=("$@")
-[[ ${#targets[@]} -gt 0 ]] || targets=(container records model merge views check diff)
+[[ ${#targets[@]} -gt 0 ]] || targets=(container records model merge views check diff export)
 
 install_packages "${build_packages[@]}" "${packages[@]}"
 step "Building the fuzzers"
