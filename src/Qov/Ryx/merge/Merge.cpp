@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 
@@ -12,6 +13,7 @@
 #include "Qov/Log/Record.h"
 #include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
+#include "Select.h"
 #include "ViewPointFiles.h"
 #include "container/TemporaryOutput.h"
 #include "diagnostics/Printable.h"
@@ -53,8 +55,11 @@ class MergeRun {
     const std::unique_ptr<Tree> tree = choice.mMode == MergeMode::Instances
                                            ? merge.MergeInstances(choice.mNames)
                                            : merge.MergeDatasets();
+    const std::uint64_t numHeavyBytes = CountHeavyBytes(tree->GetNodes());
     AddViewPointFiles(*tree);
     mNotes.CountLosses(tree->GetLosses());
+    Select(*tree);
+    CheckRoom(*tree, numHeavyBytes);
     Save(*tree, output);
     mReport.mNotes = mNotes.GetLines();
     return std::move(mReport);
@@ -89,12 +94,31 @@ class MergeRun {
     }
   }
 
+  void Select(Tree& tree) {
+    if (mRequest.mSelection.ChoosesAll()) return;
+    const SelectionCounts counts = ApplySelection(tree, mRequest.mSelection);
+    mReport.mNodesLeftOut = counts.mNodesLeftOut;
+    mReport.mResultsLeftOut = counts.mResultsLeftOut;
+    mReport.mLinksReplaced = counts.mLinksReplaced;
+    for (const std::string& note : counts.mNotes) mNotes.AddLine(note);
+  }
+
   void CountNodes(const NodeTree& nodes) {
     for (const auto& [id, entry] : nodes) mReport.mNodes += entry.mData ? 1 : 0;
     ForEachGeometry(nodes, [this](std::uint32_t, const Geometry& geometry) {
       ++mReport.mGeometries;
       mReport.mResults += geometry.GetVariables().size();
     });
+  }
+
+  /// Raises WriteError if the output, which stores as many bytes for each byte of arrays as the
+  /// inputs, does not fit onto the disk. `numHeavyBytes` is the size of the arrays of the inputs.
+  void CheckRoom(const Tree& tree, std::uint64_t numHeavyBytes) {
+    const std::uint64_t numKept = std::min(CountHeavyBytes(tree.GetNodes()), numHeavyBytes);
+    const double share =
+        numHeavyBytes == 0 ? 1 : static_cast<double>(numKept) / static_cast<double>(numHeavyBytes);
+    QovJbf::CheckRoom(mRequest.mOutput,
+                      static_cast<std::uint64_t>(share * static_cast<double>(mReport.mInputBytes)));
   }
 
   void Save(Tree& tree, QovJbf::TemporaryOutput& output) {
