@@ -14,6 +14,7 @@
 #include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
 #include "Select.h"
+#include "ShareArrays.h"
 #include "ViewPointFiles.h"
 #include "container/TemporaryOutput.h"
 #include "diagnostics/Printable.h"
@@ -59,6 +60,7 @@ class MergeRun {
     AddViewPointFiles(*tree);
     mNotes.CountLosses(tree->GetLosses());
     Select(*tree);
+    if (mRequest.mShare) mReport.mShared = ShareEqualArrays(*tree);
     CheckRoom(*tree, numHeavyBytes);
     Save(*tree, output);
     mReport.mNotes = mNotes.GetLines();
