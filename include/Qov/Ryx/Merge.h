@@ -20,11 +20,19 @@ enum class MergeMode {
 };
 
 /// The instance parts of the names of results in a merge as instances.
+///
+/// A result without an instance part is common to all instances of its model. In a merge of several
+/// models it becomes a result of the first instance of its geometry, and the other instances get
+/// links to it. If its geometry has no instance, the instances of the whole model are taken; if
+/// there are none, the result gets the part of its model alone, or keeps its name (Keep). No name
+/// is given to a result if another result of its geometry has it already.
 enum class MergedNames {
   Automatic,  ///< Keep, if no two results of a geometry get the same name that way, else Stem.
   Keep,       ///< Names stay as they are.
-  Stem,       ///< The name of the input file without folder and ending; made distinct by folders.
-  Number      ///< "F" and the number of the input.
+  /// The name of the input file without folder and ending, and a blank, before the old part. Equal
+  /// stems get the names of folders ("a/run", "b/run"), equal paths a number ("run (2)").
+  Stem,
+  Number  ///< "F" and the number of the model before the old part, as in RyxMerge.
 };
 
 /// The view-point paths in the output.
@@ -44,7 +52,8 @@ struct MergeRequest {
   MergedViews mViews = MergedViews::First;
   /// Stores equal arrays once.
   bool mShare = true;
-  /// Puts the contents of inputs that are dataset merges themselves below one root.
+  /// Puts the contents of inputs that are dataset merges themselves below one root. Automatic then
+  /// means Datasets, and Instances is an error.
   bool mJoin = false;
   Selection mSelection;
   OutputSettings mSettings;
@@ -74,7 +83,7 @@ struct MergeReport {
   SharedArrays mShared;
   std::uint64_t mNodesLeftOut = 0;    ///< By the selection.
   std::uint64_t mResultsLeftOut = 0;  ///< By the selection.
-  std::uint64_t mViewsLeftOut = 0;
+  std::uint64_t mViewsLeftOut = 0;    ///< Current views, and view points in paths.
   /// Results that took the values of a result that was left out, instead of their link to it.
   std::uint64_t mLinksReplaced = 0;
   /// Content that was left out or guessed and that has no count above, a line each.
@@ -86,7 +95,8 @@ class QOV_EXPORT MergeListener {
  public:
   virtual ~MergeListener() = default;
   /// Called before each input is read, with its number from 0. Returns false to cancel the merge,
-  /// which raises MiscellaneousError.
+  /// which raises MiscellaneousError. Inputs are read twice if the mode or the names are Automatic:
+  /// first those that are needed to choose them, then all.
   virtual bool BeforeInput(std::size_t number, const std::string& path) = 0;
   /// Called when the output is complete at `path` but does not have its name yet. An exception
   /// discards the output.
@@ -95,6 +105,11 @@ class QOV_EXPORT MergeListener {
 
 /// Merges models. The output is written beside its path under a temporary name, flushed to the
 /// disk and renamed. After an error there is no output, and an older file at its path is as before.
+///
+/// A merge as instances takes only results from further models: the report counts their other
+/// content that the first model does not have. Raises MismatchError if a geometry with results has
+/// no counterpart of its id in the first model. The history is that of the first model and an entry
+/// of RyxMerge.
 ///
 /// Links follow their results. A linked result whose target is left out takes the values of the
 /// target. Raises ElementExists if the output exists and may not be replaced, MiscellaneousError if
