@@ -1,8 +1,9 @@
-// Merges model files in this process and prints the number of nodes of the result.
+// Merges model files and view-point files in this process, and prints what the merge did. Ctrl-C
+// cancels it before the next input is read; nothing is left behind then.
 
-#include <Qov/Ryx/RyxMerge.h>
-#include <Qov/Ryx/Tree.h>
+#include <Qov/Ryx/Merge.h>
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -10,11 +11,25 @@
 
 namespace {
 
-void Report(const std::string& path) {
-  QovRyx::Tree tree(false);
-  QovRyx::Tree::IdMap ids;
-  tree.Load(path, ids, QovRyx::Tree::ReadMode::Everything, QovRyx::Tree::SupportedFileFormats::Ryx);
-  std::cout << tree.GetNodes().GetSize() << " nodes in all\n";
+volatile std::sig_atomic_t gIsCancelled = 0;
+
+class Listener : public QovRyx::MergeListener {
+ public:
+  bool BeforeInput(std::size_t /*number*/, const std::string& /*path*/) override {
+    return gIsCancelled == 0;
+  }
+  // The output is complete at `path`, but has no name yet: a program could verify it here.
+  void CheckOutput(const std::string& path) override {
+    std::cout << (path.empty() ? "" : "The output is complete.\n");
+  }
+};
+
+void Print(const QovRyx::MergeReport& report) {
+  const bool areInstances = report.mMode == QovRyx::MergeMode::Instances;
+  std::cout << "Merged as " << (areInstances ? "instances" : "datasets") << ": " << report.mReason
+            << "\n"
+            << report.mNodes << " nodes, " << report.mResults << " results\n";
+  for (const std::string& note : report.mNotes) std::cout << "Note: " << note << "\n";
 }
 
 }  // namespace
@@ -24,14 +39,13 @@ int main(int argc, char** argv) {
     std::cerr << "Usage: merge INPUT INPUT... OUTPUT\n";
     return 1;
   }
-  const std::vector<std::string> inputs(argv + 1, argv + argc - 1);
-  const std::string output = argv[argc - 1];
-  // The merges do not throw: they print their errors and return 2.
-  const int status = QovRyx::merge_as_datasets(inputs, output);
-  if (status != 0) return status;
-  std::cout << "Merged " << inputs.size() << " files: ";
+  std::signal(SIGINT, [](int) { gIsCancelled = 1; });
+  QovRyx::MergeRequest request;
+  request.mInputs.assign(argv + 1, argv + argc - 1);
+  request.mOutput = argv[argc - 1];
   try {
-    Report(output);
+    Listener listener;
+    Print(QovRyx::Merge(request, &listener));
   } catch (const std::exception& error) {
     std::cerr << error.what();
     return 2;
