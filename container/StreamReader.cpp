@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <list>
 
 #include "BlockCache.h"
 #include "BlockInflater.h"
@@ -20,6 +21,9 @@ namespace {
 /// A block is cached when this many times its length was decompressed and discarded, because
 /// reading went back in it.
 constexpr std::uint64_t kMaxDiscarded = 4;
+/// The number of readers that may have an inflater. An inflater takes up to 72 KiB, and a merge
+/// keeps one for each input whose block it has read in part.
+constexpr std::size_t kMostInflaters = 8192;
 
 }  // namespace
 
@@ -27,7 +31,10 @@ struct StreamReader::State {
   /// Result of the comparison of a block with its checksum.
   enum class Checksum : std::uint8_t { Unknown, Matches, Differs };
 
-  ~State() { BlockCache::Instance().DropAll(this); }
+  ~State() {
+    CloseInflater();
+    BlockCache::Instance().DropAll(this);
+  }
 
   std::uint32_t ReadRawLength(const StoredBlock& block) const;
   std::uint32_t GetRawLength(std::size_t i) const {
@@ -38,6 +45,7 @@ struct StreamReader::State {
   void ReadFromBlock(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
   void Inflate(std::size_t i, std::uint32_t within, unsigned char* target, std::uint32_t n);
   void StartBlock(std::size_t i);
+  void CloseInflater();
   void CountDiscarded(std::size_t i, std::uint32_t n);
   bool IsWorthCaching(std::size_t i) const;
   bool CacheBlock(std::size_t i);
@@ -57,7 +65,13 @@ struct StreamReader::State {
   std::uint64_t mNumDiscarded = 0;
   std::size_t mInflating = 0;  // block that mpInflater decompresses
   std::unique_ptr<BlockInflater> mpInflater;
+
+  /// The readers that have an inflater, in the order in which they started it. Used by one thread.
+  static std::list<State*> sInflating;
+  std::list<State*>::iterator mInPlace;  // the place of this reader there, if it has an inflater
 };
+
+std::list<StreamReader::State*> StreamReader::State::sInflating;
 
 std::uint32_t StreamReader::State::ReadRawLength(const StoredBlock& block) const {
   CheckInFile(kStreamReaderSource, mpSource->GetLength(), block.mPosition, block.mSize);
@@ -97,7 +111,7 @@ void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, uns
   try {
     Inflate(i, within, target, n);
   } catch (...) {
-    mpInflater.reset();
+    CloseInflater();
     throw;
   }
 }
@@ -116,15 +130,27 @@ void StreamReader::State::Inflate(std::size_t i, std::uint32_t within, unsigned 
   mpInflater->Read(target, n);
   if (!mpInflater->IsAtEnd()) return;
   mChecksums[i] = Checksum::Matches;
-  mpInflater.reset();
+  CloseInflater();
 }
 
+/// Starts to decompress a block. Closes the inflater that was started first if there are too many;
+/// its reader starts its block again when it needs it.
 void StreamReader::State::StartBlock(std::size_t i) {
-  mpInflater.reset();
+  CloseInflater();
+  if (sInflating.size() == kMostInflaters) sInflating.front()->CloseInflater();
+  std::list<State*> place(1, this);  // allocated before there is an inflater
   const StoredBlock& block = mBlocks[i];
   mpInflater = std::make_unique<BlockInflater>(*mpSource, block.mPosition + kRawLengthSize,
                                                block.mSize - kRawLengthSize, GetRawLength(i));
   mInflating = i;
+  mInPlace = place.begin();
+  sInflating.splice(sInflating.end(), place);
+}
+
+void StreamReader::State::CloseInflater() {
+  if (!mpInflater) return;
+  mpInflater.reset();
+  sInflating.erase(mInPlace);
 }
 
 void StreamReader::State::CountDiscarded(std::size_t i, std::uint32_t n) {
@@ -143,13 +169,13 @@ void StreamReader::State::RunToEnd(std::size_t i, InflateToEnd inflateToEnd) {
     if (!mpInflater || mInflating != i) StartBlock(i);
     inflateToEnd();
     mChecksums[i] = Checksum::Matches;
-    mpInflater.reset();
+    CloseInflater();
   } catch (const DamagedBlock&) {
     mChecksums[i] = Checksum::Differs;
-    mpInflater.reset();
+    CloseInflater();
     throw;
   } catch (...) {
-    mpInflater.reset();
+    CloseInflater();
     throw;
   }
 }
@@ -160,7 +186,7 @@ bool StreamReader::State::CacheBlock(std::size_t i) {
   const std::uint32_t length = GetRawLength(i);
   MallocBuffer content = BlockCache::Instance().MakeRoom(length);
   if (!content) return false;
-  mpInflater.reset();
+  CloseInflater();
   RunToEnd(i, [&] { mpInflater->Read(content.get(), length); });
   BlockCache::Instance().Add(this, i, std::move(content), length);
   return true;

@@ -4,6 +4,7 @@
 
 #include "ContainerSupport.h"
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
+#include "support/BuildKind.h"
 
 namespace QovJbf {
 namespace {
@@ -147,6 +148,20 @@ TEST_F(DamagedStreamTest, DoesNotDecompressSkippedBlocks) {
   file.SetBlockPosition(kStream, 70000);
   file.RequireBytes(kStream, part.data(), 1000);
   EXPECT_EQ(part, mContent.substr(70000, 1000));
+}
+
+TEST_F(DamagedStreamTest, ManyReadersInTheMiddleOfABlockContinueThere) {
+  if (kIsSanitized) GTEST_SKIP() << "the inflaters take too much memory";
+  Write(mContent.substr(0, 1000), 1000, kHeavy);
+  std::vector<std::shared_ptr<StreamReader>> readers(8300);  // more than have an inflater
+  for (auto& reader : readers) {
+    reader = OpenReader(mPath);
+    ASSERT_EQ(ReadPart(*reader, 0, 500), mContent.substr(0, 500));
+  }
+  for (auto& reader : readers) {
+    ASSERT_EQ(ReadPart(*reader, 500, 490), mContent.substr(500, 490));
+    reader->Verify();
+  }
 }
 
 /// Two blocks of 1000 bytes. The content of the first block or its stored length is damaged.
