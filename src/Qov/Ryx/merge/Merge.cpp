@@ -52,6 +52,10 @@ class MergeRun {
     mReport.mNames = choice.mNames;
     mReport.mReason = choice.mReason;
     Qov::Log::Trace(kMergeSource) << "Merging " << mModels.size() << " models: " << choice.mReason;
+    if (choice.mMode == MergeMode::Datasets && mRequest.mNames != MergedNames::Automatic &&
+        mRequest.mNames != MergedNames::Keep) {
+      mNotes.AddLine("The results keep their names, because the models are merged as datasets");
+    }
     ModelMerge merge(mRequest, mModels, before, mReport, mNotes);
     const std::unique_ptr<Tree> tree = choice.mMode == MergeMode::Instances
                                            ? merge.MergeInstances(choice.mNames)

@@ -84,6 +84,7 @@ class Chooser {
     const std::string difference = FindDifference(mFirst, tree);
     if (difference.empty()) return;
     mChoice.mMode = MergeMode::Datasets;
+    mChoice.mNames = MergedNames::Keep;
     mModeReason = Qov::Util::Quote(path) + " differs from the first model: " + difference;
     mIsModeOpen = false;
     mAreNamesOpen = false;
