@@ -39,6 +39,7 @@ void CountContent(const NodeTree& nodes, ExtractReport& report) {
 }  // namespace
 
 ExtractReport Extract(const ExtractRequest& request) {
+  CheckSettings(request.mSettings);
   std::optional<QovJbf::TemporaryOutput> output;
   if (!request.mDryRun) {
     QovJbf::CheckIsNotAnInput(request.mOutput, {request.mInput});

@@ -28,7 +28,7 @@ class NameMap {
       CheckNew(to, partsOfNames);
       if (mNames.try_emplace(from, Entry{to, false}).second) continue;
       Raise(kSource, ErrorType::ElementExists,
-            std::string("Two new names for the ") + noun + " " + Quote(from) + ": name it once");
+            std::string("Two new names for the ") + noun + " " + Quote(from) + ": give one");
     }
   }
 
