@@ -46,4 +46,12 @@ std::string DescribeError(const std::exception& error, const TextStyle& style) {
   return Escape(ErrorText(error), style);
 }
 
+std::string DescribeErrorOfFile(const std::exception& error, const TextStyle& style) {
+  const auto* concerns = dynamic_cast<const Util::FileContext*>(&error);
+  const std::string path = concerns == nullptr ? "" : concerns->GetFilePath();
+  const std::string text = ErrorText(error);
+  const bool namesFile = text.find(path) != text.npos;
+  return Escape(namesFile ? text : path + ": " + text, style);
+}
+
 }  // namespace Qov::Tools

@@ -18,5 +18,8 @@ std::string ErrorText(const std::exception& error);
 std::string FileErrorText(const std::string& path, const std::exception& error);
 /// Returns the ErrorText, escaped.
 std::string DescribeError(const std::exception& error, const TextStyle& style);
+/// Returns the same after the path of the file that the error concerns, unless the message names it
+/// or the path is not known.
+std::string DescribeErrorOfFile(const std::exception& error, const TextStyle& style);
 
 }  // namespace Qov::Tools

@@ -36,7 +36,7 @@ constexpr const char* kFooter =
     "A result that is linked to one that is left out takes its values.\n"
     "\n"
     "Example: ryx extract plate.ryx -o stress.ryx --results Stress --instances LC2\n"
-    "         ryx extract assembly.ryx -o part.ryx --nodes 'Panel*' --without-results Temperature\n"
+    "         ryx extract assembly.ryx -o part.ryx --nodes 'Post*' --without-nodes 'Post 2'\n"
     "         ryx extract plate.ryx -o renamed.ryx --rename-instance LC1=Braking";
 
 class ExtractCommand : public Command {
@@ -128,7 +128,13 @@ int ExtractCommand::Run(Output& output, Output& errors) {
   mRequest.mResultNames = ReadNames(mResultNames, "--rename-result");
   mRequest.mInstanceNames = ReadNames(mInstanceNames, "--rename-instance");
   QovJbf::RemoveOutputsOnSignals();
-  const ExtractReport report = QovRyx::Extract(mRequest);
+  ExtractReport report;
+  try {
+    report = QovRyx::Extract(mRequest);
+  } catch (const std::exception& error) {
+    errors.Line("ryx extract: " + DescribeErrorOfFile(error, errors.GetStyle()));
+    return kTrouble;
+  }
   if (mJson) {
     PrintJson(report, output);
     return kSuccess;
