@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <numeric>
 #include <optional>
@@ -186,7 +187,9 @@ Measured MeasureCells(const CellSample& sample, double cut, Measure measure) {
   const std::size_t numCells = sample.mNodes.size() / sample.mNumNodes;
   for (std::size_t i = 0; i < numCells; ++i) {
     const auto nodes = std::span(sample.mNodes).subspan(i * sample.mNumNodes, sample.mNumNodes);
-    if (const std::optional<double> value = measure(nodes)) values.push_back(*value);
+    const std::optional<double> value = measure(nodes);
+    if (!value) continue;
+    values.push_back(std::isnan(*value) ? std::numeric_limits<double>::infinity() : *value);
   }
   if (values.empty()) return {};
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);

@@ -114,6 +114,9 @@ TEST(KindRule, AskedKindsAndDoubtsAreSaid) {
   EXPECT_EQ(mixed.mWarning, "33.3 % of the cells are not flat");
   const float nan = std::numeric_limits<float>::quiet_NaN();
   EXPECT_NO_FATAL_FAILURE(Decide({nan, nan, nan, 0, 0, 0, 1, 0, 0, 0, 1, 0}));
+  Points hexahedron = Quadratic(kCube, CellKind::Hexahedron);
+  hexahedron.back() = nan;
+  EXPECT_NE(Decide(hexahedron).mKind, CellKind::QuadraticHexahedron);
 }
 
 }  // namespace
