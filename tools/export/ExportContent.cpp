@@ -273,6 +273,7 @@ class ContentBuilder {
 
   /// Reads the meshes. Leaves out the parts with a mesh that contradicts itself.
   void CheckMeshes() {
+    mContent.mpMeshes = std::make_shared<MeshCache>(mRequest.mKinds);
     std::vector<ExportPart> sound;
     std::set<std::size_t> nodeCounts;
     for (ExportPart& part : mContent.mParts) {
@@ -302,8 +303,7 @@ class ContentBuilder {
         if (instance != part.mMeshInstance) LoadMesh(*part.mpGeometry, instance, mRequest.mKinds);
       }
     }
-    const QovMesh::Mesh mesh =
-        QovMesh::LoadMesh(*part.mpGeometry, part.mMeshInstance, mRequest.mKinds);
+    const QovMesh::Mesh& mesh = mContent.mpMeshes->Get(part);
     part.mNumPoints = mesh.GetNumPoints();
     part.mDecisions = mesh.mDecisions;
     for (const std::string& warning : mesh.mWarnings) Note(PartText(part) + ": " + warning);
@@ -432,10 +432,14 @@ void LoadValues(const ExportResult& result, std::vector<std::uint32_t>& bits) {
               "the values of " + Shown(result.mpVariable->mName) + " cannot be read");
 }
 
-const QovMesh::Mesh& MeshCache::Get(const ExportPart& part) {
-  if (mpGeometry == part.mpGeometry && mInstance == part.mMeshInstance) return mMesh;
+void MeshCache::Clear() {
   mpGeometry = nullptr;
   mMesh = {};
+}
+
+const QovMesh::Mesh& MeshCache::Get(const ExportPart& part) {
+  if (mpGeometry == part.mpGeometry && mInstance == part.mMeshInstance) return mMesh;
+  Clear();
   mMesh = QovMesh::LoadMesh(*part.mpGeometry, part.mMeshInstance, mKinds);
   mpGeometry = part.mpGeometry;
   mInstance = part.mMeshInstance;

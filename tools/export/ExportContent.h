@@ -54,6 +54,20 @@ struct ExportPart {
   std::vector<QovMesh::KindDecision> mDecisions;  ///< Of the mesh, for reports.
 };
 
+/// Reads the meshes of parts and keeps the last one.
+class MeshCache {
+ public:
+  explicit MeshCache(const QovMesh::KindChoices& kinds) : mKinds(kinds) {}
+  const QovMesh::Mesh& Get(const ExportPart& part);
+  void Clear();
+
+ private:
+  QovMesh::KindChoices mKinds;
+  const QovRyx::Geometry* mpGeometry = nullptr;
+  std::string mInstance;
+  QovMesh::Mesh mMesh;
+};
+
 /// Everything that an export writes, and what it leaves out. Refers to the tree.
 struct ExportContent {
   std::vector<ExportPart> mParts;
@@ -61,6 +75,7 @@ struct ExportContent {
   std::vector<std::string> mSetNames;   ///< Patterns of the chosen node sets; empty for all.
   std::vector<std::string> mNotes;      ///< Guesses, doubts, and parts that cannot be written.
   std::vector<std::string> mOmissions;  ///< What is not chosen or never exported, with the reason.
+  std::shared_ptr<MeshCache> mpMeshes;  ///< Has the mesh that was checked last.
   bool mIsComplete = true;              ///< False if a chosen geometry or result cannot be written.
 };
 
@@ -78,18 +93,5 @@ ExportContent TakeStep(const ExportContent& content, std::size_t step);
 /// Reads the values of a result in the order of the file. Raises the errors of DataLoader::LoadTo,
 /// and ReadError if there are fewer values than the result should have.
 void LoadValues(const ExportResult& result, std::vector<std::uint32_t>& bits);
-
-/// Reads the meshes of parts and keeps the last one.
-class MeshCache {
- public:
-  explicit MeshCache(const QovMesh::KindChoices& kinds) : mKinds(kinds) {}
-  const QovMesh::Mesh& Get(const ExportPart& part);
-
- private:
-  QovMesh::KindChoices mKinds;
-  const QovRyx::Geometry* mpGeometry = nullptr;
-  std::string mInstance;
-  QovMesh::Mesh mMesh;
-};
 
 }  // namespace Qov::Tools

@@ -25,8 +25,7 @@ void WriteGrid(const ExportTask& task, const std::string& path, OutputSet& outpu
   std::vector<const ExportPart*> parts;
   for (const ExportPart& part : task.mContent.mParts) parts.push_back(&part);
   ExportSets sets(task.mTree, task.mContent);
-  MeshCache meshes(task.mKinds);
-  WriteVtu(parts, sets, meshes, task.mNotes, outputs.Open(path));
+  WriteVtu(parts, sets, *task.mContent.mpMeshes, task.mNotes, outputs.Open(path));
 }
 
 }  // namespace
@@ -54,6 +53,8 @@ StepLayout GetStepLayout(ExportFormat format) {
 
 void WriteExport(ExportFormat format, const ExportTask& task, const SurfaceColour& colour,
                  const std::string& path, OutputSet& outputs) {
+  // The writers of the other formats read the meshes again; two meshes would take too much memory.
+  if (format != ExportFormat::Vtu) task.mContent.mpMeshes->Clear();
   switch (format) {
     case ExportFormat::Vtu:
       return WriteGrid(task, path, outputs);
