@@ -114,7 +114,8 @@ std::optional<double> DistanceFromMiddle(std::span<const std::uint32_t> nodes,
         Distance(PointOf(points, nodes[edge[0]]), PointOf(points, nodes[edge[1]]));
     if (!(length > 0) || !std::isfinite(length)) continue;
     const Vector node = PointOf(points, nodes[order[shape.mNumCorners + i]]);
-    const double off = Distance(MiddleOf(edge, nodes, points), node) / length;
+    double off = Distance(MiddleOf(edge, nodes, points), node) / length;
+    if (std::isnan(off)) off = std::numeric_limits<double>::infinity();
     if (!worst || off > *worst) worst = off;
   }
   return worst;
@@ -187,9 +188,7 @@ Measured MeasureCells(const CellSample& sample, double cut, Measure measure) {
   const std::size_t numCells = sample.mNodes.size() / sample.mNumNodes;
   for (std::size_t i = 0; i < numCells; ++i) {
     const auto nodes = std::span(sample.mNodes).subspan(i * sample.mNumNodes, sample.mNumNodes);
-    const std::optional<double> value = measure(nodes);
-    if (!value) continue;
-    values.push_back(std::isnan(*value) ? std::numeric_limits<double>::infinity() : *value);
+    if (const std::optional<double> value = measure(nodes)) values.push_back(*value);
   }
   if (values.empty()) return {};
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
