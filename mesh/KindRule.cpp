@@ -30,7 +30,9 @@ Vector PointOf(std::span<const float> points, std::uint32_t node) {
 }
 
 double Distance(const Vector& a, const Vector& b) {
-  return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
+  // std::hypot of libstdc++ returns 0 for (0, 0, NaN). Squares of floats fit into doubles.
+  const Vector d = {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+  return std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
 }
 
 /// The upper triangle of a symmetric matrix: xx, yy, zz, xy, yz, zx.
