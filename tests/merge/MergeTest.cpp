@@ -230,7 +230,12 @@ TEST_F(Merging, PartialMergesGiveTheMergeOfAllInputs) {
       SCOPED_TRACE(std::to_string(numParts) + (isJoin ? " datasets" : " instances"));
       mRequest.mInputs.clear();
       for (std::uint32_t i = 0; i != 2 * numParts; ++i) {
-        AddPlate("run" + std::to_string(i) + ".ryx", {"S|1", "S|2", "T"}, i, isJoin ? 10 + i : 10);
+        const std::string name = "run" + std::to_string(i) + ".ryx";
+        if (isJoin && i % 2 == 1) {
+          Add(name, [i](Tree& tree) { BuildLinked(tree, "1", i); });
+        } else {
+          AddPlate(name, {"S|1", "S|2", "T"}, i, 10);
+        }
       }
       const Names all = mRequest.mInputs;
       MergeAll();
