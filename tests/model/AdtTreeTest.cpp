@@ -68,7 +68,7 @@ TEST(AdtTree, RemovesSubtrees) {
     return tree;
   };
   NodeTree tree = make();
-  EXPECT_EQ(tree.GetSubtree(3), (std::vector<std::uint32_t>{3, 6, 7}));
+  EXPECT_EQ(tree.GetSubtrees({3, 5, 6}), (std::set<std::uint32_t>{3, 5, 6, 7}));
   tree.RemoveNode(3);  // between others; contains the current entry
   EXPECT_EQ(tree.GetSize(), 4U);
   EXPECT_EQ(tree.GetCurrentId(), 1U);

@@ -86,26 +86,30 @@ class Tree {
     return mNodes[id] = std::move(node);
   }
 
-  /// Returns the id of an entry and those of all entries below it, parents before their children.
-  /// Follows links to children only if these name the entry as their parent, so that it ends even
-  /// if the links of a file contain cycles. Never returns the root as an entry below another one.
-  std::vector<std::uint32_t> GetSubtree(std::uint32_t id) const {
-    std::vector<std::uint32_t> ids{GetReqNode(id).mId};
-    std::set<std::uint32_t> known{id, kRootId};
-    for (std::size_t i = 0; i < ids.size(); ++i) {
-      const Node* child = FindNode(GetReqNode(ids[i]).mFirstChild);
-      while (child != nullptr && child->mParent == ids[i] && known.insert(child->mId).second) {
-        ids.push_back(child->mId);
+  /// Returns these ids and those of all entries below them. Raises ElementNotFound for an unknown
+  /// id. Follows links to children only if these name the entry as their parent, so that it ends
+  /// even if the links of a file contain cycles. Never returns the root as an entry below others.
+  std::set<std::uint32_t> GetSubtrees(const std::set<std::uint32_t>& ids) const {
+    for (const std::uint32_t id : ids) GetReqNode(id);
+    std::set<std::uint32_t> all = ids;
+    std::set<std::uint32_t> children{kRootId};
+    std::vector<std::uint32_t> open(ids.begin(), ids.end());
+    while (!open.empty()) {
+      const std::uint32_t id = open.back();
+      open.pop_back();
+      const Node* child = FindNode(GetReqNode(id).mFirstChild);
+      while (child != nullptr && child->mParent == id && children.insert(child->mId).second) {
+        if (all.insert(child->mId).second) open.push_back(child->mId);
         child = FindNode(child->mNextSibling);
       }
     }
-    return ids;
+    return all;
   }
 
-  /// Removes an entry and everything below it (GetSubtree). Its siblings become neighbours. If the
+  /// Removes an entry and everything below it (GetSubtrees). Its siblings become neighbours. If the
   /// current entry is removed, the root becomes current. Raises InvalidMethod for the root.
   void RemoveNode(std::uint32_t id) {
-    const std::vector<std::uint32_t> ids = GetSubtree(id);
+    const std::set<std::uint32_t> ids = GetSubtrees({id});
     if (id == kRootId) {
       Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::InvalidMethod,
                        "The root of a tree cannot be removed");

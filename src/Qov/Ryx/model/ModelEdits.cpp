@@ -17,22 +17,6 @@ constexpr const char* kSource = "include/Qov/Ryx/ModelEdits";
 
 using Result = Geometry::VarStruct;
 
-/// Returns the ids with those of all nodes below them. Raises the errors of RemoveContent.
-std::set<std::uint32_t> WithNodesBelow(const NodeTree& nodes, const std::set<std::uint32_t>& ids) {
-  if (ids.contains(NodeTree::kRootId)) {
-    Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::InvalidMethod,
-                     "The root of a tree cannot be removed");
-  }
-  std::set<std::uint32_t> all;
-  for (const std::uint32_t id : ids) {
-    if (nodes.FindNode(id) == nullptr) Qov::Util::RaiseElementNotFound(kSource);
-    if (all.contains(id)) continue;
-    const std::vector<std::uint32_t> subtree = nodes.GetSubtree(id);
-    all.insert(subtree.begin(), subtree.end());
-  }
-  return all;
-}
-
 /// The new place of each result, or nothing for those that are removed.
 class NewPlaces {
  public:
@@ -168,7 +152,11 @@ class LinkUpdate {
 
 RemovedContent RemoveContent(NodeTree& nodes, const std::set<std::uint32_t>& ids,
                              const ResultPredicate& isRemoved) {
-  const std::set<std::uint32_t> removedIds = WithNodesBelow(nodes, ids);
+  if (ids.contains(NodeTree::kRootId)) {
+    Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::InvalidMethod,
+                     "The root of a tree cannot be removed");
+  }
+  const std::set<std::uint32_t> removedIds = nodes.GetSubtrees(ids);
   const NewPlaces places(nodes, removedIds, isRemoved);
   LinkUpdate update(nodes, places);
   update.Apply();
