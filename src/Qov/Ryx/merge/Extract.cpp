@@ -1,8 +1,11 @@
 #include "Qov/Ryx/Extract.h"
 
+#include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "MergeNotes.h"
 #include "MergeSteps.h"
@@ -36,6 +39,25 @@ void CountContent(const NodeTree& nodes, ExtractReport& report) {
   });
 }
 
+/// Returns the uncompressed bytes of all arrays.
+double CountBytes(const NodeTree& nodes) {
+  double numBytes = 0;
+  ForEachGeometry(nodes, [&numBytes](std::uint32_t, const Geometry& geometry) {
+    for (const Geometry::VarStruct& result : geometry.GetVariables()) {
+      if (!result.mLink.IsLinked()) numBytes += static_cast<double>(result.mValues.GetSize());
+    }
+  });
+  return numBytes;
+}
+
+/// Raises WriteError if the disk has much less room than the share `kept` of the input takes. Half
+/// of that size is enough to begin, because arrays are compressed differently well.
+void CheckRoomFor(const ExtractRequest& request, double kept) {
+  std::error_code error;
+  const auto size = static_cast<double>(std::filesystem::file_size(request.mInput, error));
+  if (!error) QovJbf::CheckRoom(request.mOutput, static_cast<std::uint64_t>(size * kept / 2));
+}
+
 }  // namespace
 
 ExtractReport Extract(const ExtractRequest& request) {
@@ -51,10 +73,12 @@ ExtractReport Extract(const ExtractRequest& request) {
   LoadModel(*tree, request.mInput, Tree::ReadMode::Everything,
             [&notes](const std::string& line) { notes.AddLine(line); });
   notes.CountLosses(tree->GetLosses());
+  const double numBytesBefore = CountBytes(tree->GetNodes());
   Edit(*tree, request, report, notes);
   CountContent(tree->GetNodes(), report);
   report.mNotes = notes.GetLines();
   if (!output) return report;
+  if (numBytesBefore > 0) CheckRoomFor(request, CountBytes(tree->GetNodes()) / numBytesBefore);
   Qov::Util::WithFileContext(request.mOutput, [&] {
     tree->Save(output->GetTemporaryPath(), "", request.mSettings);
     output->Commit();
