@@ -10,9 +10,9 @@ namespace {
 
 MergeMode ChooseMode(const MergeOptions& options, std::size_t numModels, bool hasViewFiles) {
   if (numModels == 0 || (numModels == 1 && !hasViewFiles)) return {};
-  if (numModels == 1) return {MergeKind::ViewsOnly, std::nullopt};
+  if (numModels == 1) return {MergeKind::ViewsOnly, std::nullopt, std::nullopt};
   const auto naming = options.GetNaming();
-  return {naming ? MergeKind::Instances : MergeKind::Datasets, naming};
+  return {naming ? MergeKind::Instances : MergeKind::Datasets, naming, std::nullopt};
 }
 
 /// Returns the name of an instance merge of `ryx merge`.

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "ContainerInfo.h"
+#include "mesh/ArrayNames.h"
 #include "model/StreamNames.h"
 
 namespace Qov::Tools {
@@ -54,12 +55,19 @@ InputSizes::InputSizes(const InputFile& input) {
   }
 }
 
-/// Returns the sizes of the arrays that the output takes from each input, in bytes.
-std::vector<std::uint64_t> ArraysByInput(const ExpectedModel& model, std::size_t numInputs) {
-  std::vector<std::uint64_t> sizes(numInputs);
+/// Returns the sizes of the arrays that the output takes from each input, in bytes. If equal arrays
+/// are stored once, the meshes of further instances are expected to be equal to the first one.
+std::vector<std::uint64_t> ArraysByInput(const MergeRequest& request, const ExpectedModel& model,
+                                         const std::vector<InputFile>& inputs) {
+  std::vector<std::uint64_t> sizes(inputs.size());
+  const auto isStoredBefore = [&](const ExpectedResult& result) {
+    return request.mShare && IsInstanceMode(request.mMode) && inputs[result.mInput].mNumber > 1 &&
+           QovMesh::IsMeshBase(QovMesh::SplitName(result.mName).mBase);
+  };
   for (const auto& [id, node] : model.mNodes) {
     for (const ExpectedResult& result : node.mResults) {
-      if (result.mpValues != nullptr) sizes[result.mInput] += result.mpValues->mValues.GetSize();
+      if (result.mpValues == nullptr || isStoredBefore(result)) continue;
+      sizes[result.mInput] += result.mpValues->mValues.GetSize();
     }
   }
   return sizes;
@@ -85,7 +93,7 @@ SizeEstimate EstimateSize(const MergeRequest& request, const std::vector<InputFi
                           const ExpectedModel& model, const Ledger& ledger) {
   SizeEstimate estimate;
   double file = kContainerSize;
-  const std::vector<std::uint64_t> arrays = ArraysByInput(model, inputs.size());
+  const std::vector<std::uint64_t> arrays = ArraysByInput(request, model, inputs);
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     const InputSizes sizes(inputs[i]);
     const InputLedger& inputLedger = ledger.mInputs[i];
