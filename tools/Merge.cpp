@@ -70,6 +70,7 @@ class MergeCommand : public Command {
   void DeclareInputs(CLI::App& app);
   void DeclareMerge(CLI::App& app);
   void CollectInputs();
+  Detail GetDetail() const { return mDetails ? Detail::Full : Detail::Summary; }
   int Plan(Output& output) const;
   int Merge(Output& output, Output& errors);
 
@@ -80,6 +81,7 @@ class MergeCommand : public Command {
   bool mVerify = false;
   bool mStrict = false;
   bool mDryRun = false;
+  bool mDetails = false;
   bool mJson = false;
 };
 
@@ -138,6 +140,7 @@ void MergeCommand::Declare(CLI::App& app) {
   app.add_flag("--verify", mVerify, "Compare the output with the inputs before it gets its name");
   app.add_flag("--strict", mStrict, "Do not start if there are warnings");
   app.add_flag("--dry-run", mDryRun, "Show the effects, as ryx plan does, and write nothing");
+  app.add_flag("--details", mDetails, "Show equal inputs and equal warnings one by one");
   app.add_flag("--json", mJson, "Print one JSON document");
 }
 
@@ -185,7 +188,7 @@ int MergeCommand::Plan(Output& output) const {
   if (mJson) {
     output.Line(FormatJson(PlanJson(plan)));
   } else {
-    PrintPlan(plan, output);
+    PrintPlan(plan, GetDetail(), output);
   }
   return StatusOf(plan, mStrict);
 }
@@ -193,7 +196,7 @@ int MergeCommand::Plan(Output& output) const {
 int MergeCommand::Merge(Output& output, Output& errors) {
   QovJbf::CheckIsNotAnInput(mRequest.mOutput, mRequest.mInputs);
   const std::vector<Warning> warnings = PlanMerge(mRequest).mWarnings;
-  PrintWarnings(warnings, errors);
+  PrintWarnings(warnings, GetDetail(), errors);
   if (mStrict && !warnings.empty()) {
     errors.Line("ryx merge: nothing was merged, because of the warnings and --strict");
     return kFindings;

@@ -57,7 +57,8 @@ std::uint64_t CountDuplicates(const ExpectedModel& model) {
 /// Prints a plan as text.
 class PlanReport {
  public:
-  PlanReport(const MergePlan& plan, Output& output) : mPlan(plan), mOutput(output) {}
+  PlanReport(const MergePlan& plan, Detail detail, Output& output)
+      : mPlan(plan), mDetail(detail), mOutput(output) {}
 
   void Print();
 
@@ -69,13 +70,27 @@ class PlanReport {
   std::string Shown(const std::string& text) const { return Escape(text, mOutput.GetStyle()); }
 
   const MergePlan& mPlan;
+  Detail mDetail;
   Output& mOutput;
 };
 
 void PlanReport::PrintOrder() {
   const MergeRequest& request = mPlan.mRequest;
   mOutput.Line(fmt::format("Merge as {} into {}", NameOf(request.mMode), Shown(request.mOutput)));
-  for (const InputFile& input : mPlan.mInputs) {
+  constexpr std::size_t kMostShown = 20;
+  constexpr std::size_t kShownAtEachEnd = 3;
+  const std::size_t numInputs = mPlan.mInputs.size();
+  const bool showsAll = mDetail == Detail::Full || numInputs <= kMostShown;
+  std::size_t numHidden = 0;
+  for (std::size_t i = 0; i < numInputs; ++i) {
+    const InputFile& input = mPlan.mInputs[i];
+    const bool isAtEnd = i < kShownAtEachEnd || i + kShownAtEachEnd >= numInputs;
+    if (!showsAll && !isAtEnd && input.mNote.empty()) {
+      ++numHidden;
+      continue;
+    }
+    if (numHidden != 0) mOutput.Line(fmt::format("  ...  ({} more)", numHidden));
+    numHidden = 0;
     const std::string number = input.mIsViewFile ? "-" : std::to_string(input.mNumber);
     std::string line = fmt::format("  {:>3}  {}", number, Shown(input.mPath));
     if (!input.mNote.empty()) line += Dim(" (" + input.mNote + ")", mOutput.GetStyle());
@@ -126,11 +141,11 @@ void PlanReport::PrintVerdict() {
 void PlanReport::Print() {
   PrintOrder();
   if (mPlan.mLedger) {
-    PrintLedger(*mPlan.mLedger, mPlan.mRequest.mOutput, mOutput);
+    PrintLedger(*mPlan.mLedger, mPlan.mRequest.mOutput, mDetail, mOutput);
     PrintSize();
   }
   PrintVerdict();
-  PrintWarnings(mPlan.mWarnings, mOutput);
+  PrintWarnings(mPlan.mWarnings, mDetail, mOutput);
 }
 
 Json OrderJson(const std::vector<InputFile>& inputs) {
@@ -165,6 +180,7 @@ class PlanCommand : public Command {
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
     app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
+    app.add_flag("--details", mDetails, "Show equal inputs and equal warnings one by one");
     app.add_flag("--json", mJson, "Print one JSON document");
     app.add_option("PATH", mPaths, "Two or more inputs, and then the output")
         ->required()
@@ -175,6 +191,7 @@ class PlanCommand : public Command {
  private:
   MergeOptions mOptions;
   bool mStrict = false;
+  bool mDetails = false;
   bool mJson = false;
   std::vector<std::string> mPaths;
 };
@@ -189,7 +206,7 @@ int PlanCommand::Run(Output& output, Output& /*errors*/) {
   if (mJson) {
     output.Line(FormatJson(PlanJson(plan)));
   } else {
-    PrintPlan(plan, output);
+    PrintPlan(plan, mDetails ? Detail::Full : Detail::Summary, output);
   }
   return StatusOf(plan, mStrict);
 }
@@ -218,7 +235,9 @@ MergePlan MakePlan(MergeRequest request, std::vector<InputFile> inputs,
   return plan;
 }
 
-void PrintPlan(const MergePlan& plan, Output& output) { PlanReport(plan, output).Print(); }
+void PrintPlan(const MergePlan& plan, Detail detail, Output& output) {
+  PlanReport(plan, detail, output).Print();
+}
 
 Json PlanJson(const MergePlan& plan) {
   Json document = MakeJsonDocument("plan");

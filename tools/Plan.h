@@ -6,6 +6,7 @@
 
 #include "Json.h"
 #include "Output.h"
+#include "ledger/InputGroups.h"
 #include "ledger/Obstacles.h"
 #include "ledger/SizeEstimate.h"
 #include "ledger/Warnings.h"
@@ -31,7 +32,7 @@ struct MergePlan {
 MergePlan MakePlan(MergeRequest request, std::vector<InputFile> inputs,
                    std::vector<Warning> warnings);
 
-void PrintPlan(const MergePlan& plan, Output& output);
+void PrintPlan(const MergePlan& plan, Detail detail, Output& output);
 
 /// Returns the plan as JSON (docs/json/plan.md).
 Json PlanJson(const MergePlan& plan);

@@ -17,6 +17,7 @@
 #include "ledger/LedgerJson.h"
 #include "ledger/LedgerText.h"
 #include "ledger/MakeLedger.h"
+#include "ledger/RecognizeMerge.h"
 #include "ledger/VerifyOutput.h"
 #include "ledger/WarningReport.h"
 #include "ledger/Warnings.h"
@@ -31,7 +32,8 @@ constexpr const char* kFooter =
     "Takes the options and inputs of a run of RyxMerge. Compares every value of every result in\n"
     "OUTPUT with the input that it comes from, and names, links, attributes, materials, node "
     "sets,\n"
-    "views and the history. Warnings come last, like those of ryx plan.\n"
+    "views and the history. The first line says so if the output was merged with other options or\n"
+    "from other inputs. Warnings come last, like those of ryx plan.\n"
     "\n"
     "Exit status: 0 nothing is missing and all values match, 1 something differs, or there are\n"
     "warnings and --strict is given, 2 failure.\n"
@@ -45,6 +47,8 @@ struct Verdict {
   bool IsGood() const { return mTrouble.empty() && mFaults.GetCount() == 0 && mLedger.AddsUp(); }
 
   std::vector<Obstacle> mTrouble;  ///< Reasons why nothing was compared.
+  /// How the output was merged, if not as requested. Not escaped.
+  std::string mRecognized;
   Ledger mLedger;
   Faults mFaults;
   std::vector<Warning> mWarnings;
@@ -92,10 +96,11 @@ void AddWarnings(const MergeOptions& options, const MergeRequest& request,
 }
 
 void Verify(const MergeOptions& options, const MergeRequest& request, Verdict& verdict) {
-  const std::vector<InputFile> inputs = LoadInputs(request);
+  std::vector<InputFile> inputs = LoadInputs(request);
   QovRyx::Tree output(false);
   if (!CheckInputs(request, inputs, verdict)) return;
   if (!LoadOutput(request.mOutput, output, verdict)) return;
+  verdict.mRecognized = RecognizeOtherMerge(request, inputs, output);
   std::vector<Obstacle> obstacles;
   ExpectedModel model = ExpectModel(request, inputs, obstacles);
   for (const Obstacle& obstacle : obstacles) {
@@ -112,14 +117,22 @@ void Verify(const MergeOptions& options, const MergeRequest& request, Verdict& v
     verdict.mTrouble.push_back(DescribeUnreadableInput(error));
     return;
   }
+  if (verdict.mRecognized.empty()) verdict.mRecognized = RecognizeOtherInputs(model, inputs);
   verdict.mLedger = MakeLedger(model, inputs, CountItems(output));
 }
 
-void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Output& output) {
+void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Detail detail,
+                  Output& output) {
   const TextStyle& style = output.GetStyle();
-  output.Line(
-      fmt::format("{}, merged as {}", Escape(request.mOutput, style), NameOf(request.mMode)));
-  PrintLedger(verdict.mLedger, request.mOutput, output);
+  const std::string path = Escape(request.mOutput, style);
+  if (verdict.mRecognized.empty()) {
+    output.Line(fmt::format("{}, merged as {}", path, NameOf(request.mMode)));
+  } else {
+    output.Line(fmt::format("{} was {}", path, Escape(verdict.mRecognized, style)));
+    output.Line(
+        fmt::format("Compared with the merge of these inputs as {}", NameOf(request.mMode)));
+  }
+  PrintLedger(verdict.mLedger, request.mOutput, detail, output);
   output.Line();
   if (verdict.IsGood()) {
     output.Line(HasWarningOfLoss(verdict.mWarnings)
@@ -157,6 +170,7 @@ Json VerdictJson(const MergeRequest& request, const Verdict& verdict) {
   document["mode"] = NameOf(request.mMode);
   document["path"] = JsonText(request.mOutput);
   document["addsUp"] = verdict.IsGood();
+  if (!verdict.mRecognized.empty()) document["recognized"] = Escape(verdict.mRecognized, {});
   document["trouble"] = Json::array();
   for (const Obstacle& trouble : verdict.mTrouble) {
     document["trouble"].push_back(
@@ -179,6 +193,7 @@ class VerifyCommand : public Command {
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
     app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
+    app.add_flag("--details", mDetails, "Show equal inputs and equal warnings one by one");
     app.add_flag("--json", mJson, "Print one JSON document");
     app.add_option("--limit", mLimit, "Differences to show")
         ->capture_default_str()
@@ -191,6 +206,7 @@ class VerifyCommand : public Command {
  private:
   MergeOptions mOptions;
   bool mStrict = false;
+  bool mDetails = false;
   bool mJson = false;
   std::size_t mLimit = kUsualLimit;
   std::string mOutputPath;
@@ -212,8 +228,9 @@ int VerifyCommand::Run(Output& output, Output& errors) {
   if (mJson) {
     output.Line(FormatJson(VerdictJson(request, verdict)));
   } else if (verdict.mTrouble.empty()) {
-    PrintVerdict(request, verdict, output);
-    PrintWarnings(verdict.mWarnings, output);
+    const Detail detail = mDetails ? Detail::Full : Detail::Summary;
+    PrintVerdict(request, verdict, detail, output);
+    PrintWarnings(verdict.mWarnings, detail, output);
   }
   if (!verdict.mTrouble.empty()) return kTrouble;
   const bool isRefused = mStrict && !verdict.mWarnings.empty();

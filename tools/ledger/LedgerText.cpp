@@ -111,17 +111,53 @@ void PrintLegend(const Ledger& ledger, Output& output) {
   }
 }
 
+void PrintInput(const InputLedger& input, const std::string& mark, Output& output) {
+  const TextStyle& style = output.GetStyle();
+  output.Line();
+  output.Line(Bold(Escape(input.mPath, style), style) + mark);
+  PrintTallies(input, output);
+  PrintPairs("renamed", "->", input.mRenamed, output);
+  PrintPairs("shared", "=>", input.mLinked, output);
+}
+
+/// Prints "3 to 500: as 2 (run3.ryx to run500.ryx)".
+void PrintLikeInputs(const Ledger& ledger, const InputGroup& group,
+                     const std::vector<std::size_t>& numbers, Output& output) {
+  const TextStyle& style = output.GetStyle();
+  const std::size_t last = group.mFirst + group.mCount - 1;
+  std::string line = fmt::format("{}", numbers[group.mFirst]);
+  std::string paths = Escape(ledger.mInputs[group.mFirst].mPath, style);
+  if (group.mCount > 1) {
+    line += fmt::format(" to {}", numbers[last]);
+    paths += " to " + Escape(ledger.mInputs[last].mPath, style);
+  }
+  output.Line();
+  output.Line(fmt::format("{}: as {} ({})", line, numbers[group.mLike], paths));
+}
+
+void PrintInputs(const Ledger& ledger, Detail detail, Output& output) {
+  const std::vector<InputGroup> groups = GroupInputs(ledger.mInputs, detail);
+  const std::vector<std::size_t> numbers = NumberModels(ledger.mInputs);
+  std::vector<bool> hasLike(ledger.mInputs.size());
+  for (const InputGroup& group : groups)
+    hasLike[group.mLike] = hasLike[group.mLike] || !group.IsNew();
+  for (const InputGroup& group : groups) {
+    if (!group.IsNew()) {
+      PrintLikeInputs(ledger, group, numbers, output);
+      continue;
+    }
+    const std::size_t i = group.mFirst;
+    const std::string mark = hasLike[i] ? fmt::format(" (input {})", numbers[i]) : "";
+    PrintInput(ledger.mInputs[i], mark, output);
+  }
+}
+
 }  // namespace
 
-void PrintLedger(const Ledger& ledger, const std::string& outputPath, Output& output) {
+void PrintLedger(const Ledger& ledger, const std::string& outputPath, Detail detail,
+                 Output& output) {
   const TextStyle& style = output.GetStyle();
-  for (const InputLedger& input : ledger.mInputs) {
-    output.Line();
-    output.Line(Bold(Escape(input.mPath, style), style));
-    PrintTallies(input, output);
-    PrintPairs("renamed", "->", input.mRenamed, output);
-    PrintPairs("shared", "=>", input.mLinked, output);
-  }
+  PrintInputs(ledger, detail, output);
   output.Line();
   output.Line(Bold(Escape(outputPath, style), style));
   PrintOutputTallies(ledger, output);

@@ -3,7 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <tuple>
 
 #include "Plural.h"
 
@@ -11,6 +14,27 @@ namespace Qov::Tools {
 namespace {
 
 constexpr std::size_t kMostShown = 50;
+
+/// A warning about one or more files.
+struct WarningGroup {
+  const Warning* mpFirst = nullptr;
+  std::size_t mCount = 1;
+};
+
+std::vector<WarningGroup> GroupWarnings(const std::vector<Warning>& warnings, Detail detail) {
+  std::vector<WarningGroup> groups;
+  std::map<std::tuple<std::string, std::string, std::string>, std::size_t> known;
+  for (const Warning& warning : warnings) {
+    const auto [found, isNew] =
+        known.try_emplace({warning.mCode, warning.mText, warning.mRemedy}, groups.size());
+    if (isNew || detail == Detail::Full) {
+      groups.push_back({&warning});
+    } else {
+      ++groups[found->second].mCount;
+    }
+  }
+  return groups;
+}
 
 }  // namespace
 
@@ -20,21 +44,24 @@ bool HasWarningOfLoss(const std::vector<Warning>& warnings) {
   });
 }
 
-void PrintWarnings(const std::vector<Warning>& warnings, Output& output) {
+void PrintWarnings(const std::vector<Warning>& warnings, Detail detail, Output& output) {
   if (warnings.empty()) return;
   const TextStyle& style = output.GetStyle();
   output.Line();
   output.Line(Plural(warnings.size(), "warning") + ":");
-  for (std::size_t i = 0; i < std::min(kMostShown, warnings.size()); ++i) {
-    const Warning& warning = warnings[i];
-    const std::string path = warning.mPath.empty() ? "" : warning.mPath + ": ";
+  const std::vector<WarningGroup> groups = GroupWarnings(warnings, detail);
+  std::size_t numLeft = warnings.size();
+  for (std::size_t i = 0; i < std::min(kMostShown, groups.size()); ++i) {
+    const Warning& warning = *groups[i].mpFirst;
+    const std::string more =
+        groups[i].mCount == 1 ? "" : fmt::format(" and {} more", groups[i].mCount - 1);
+    const std::string path = warning.mPath.empty() ? "" : warning.mPath + more + ": ";
+    numLeft -= groups[i].mCount;
     output.Line("  " + Yellow("[" + warning.mCode + "]", style) + " " +
                 Escape(path + warning.mText, style));
     output.Line("    " + Escape(warning.mRemedy, style));
   }
-  if (warnings.size() > kMostShown) {
-    output.Line(fmt::format("  and {} more", warnings.size() - kMostShown));
-  }
+  if (numLeft != 0) output.Line(fmt::format("  and {} more", numLeft));
 }
 
 Json WarningsJson(const std::vector<Warning>& warnings) {
