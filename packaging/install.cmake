@@ -49,3 +49,7 @@ foreach(completion IN LISTS completions)
   install(FILES ${completion} RENAME ${command}
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programs)
 endforeach()
+install(FILES ${PROJECT_SOURCE_DIR}/completions/ryx.zsh RENAME _ryx
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT programs)
+install(FILES ${PROJECT_SOURCE_DIR}/completions/ryx.fish
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT programs)

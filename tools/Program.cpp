@@ -22,8 +22,11 @@ constexpr const char* kName = "ryx";
 /// Status that a shell reports for a program that SIGPIPE ended.
 constexpr int kEndedByClosedPipe = 128 + SIGPIPE;
 constexpr const char* kFooter =
-    "Every subcommand has its own help with an example: ryx SUBCOMMAND --help\n"
+    "Every subcommand has its own help with an example: ryx help SUBCOMMAND\n"
     "Exit status: 0 success, 1 findings or differences, 2 failure or wrong command line.";
+
+constexpr const char* kHelp = "help";
+constexpr const char* kHelpFooter = "Example: ryx help ls";
 
 /// The parser, and the subcommands that receive its results.
 struct CommandLine {
@@ -31,16 +34,21 @@ struct CommandLine {
 
   CLI::App mApp{"Shows, checks and compares ryx models, and makes samples.", kName};
   std::vector<std::unique_ptr<Command>> mCommands = MakeCommands();
+  std::string mTopic;  ///< The subcommand that help is requested for.
 };
 
 CommandLine::CommandLine() {
   mApp.set_version_flag("--version", std::string(kName) + " " QOV_TOOLS_VERSION);
   mApp.footer(kFooter);
+  mApp.require_subcommand(0, 1);  // further names of subcommands are arguments
   for (const auto& command : mCommands) {
     CLI::App* subcommand = mApp.add_subcommand(command->GetName(), command->GetSummary());
     subcommand->footer(command->GetFooter());
     command->Declare(*subcommand);
   }
+  CLI::App* help = mApp.add_subcommand(kHelp, "Show the help of a subcommand");
+  help->footer(kHelpFooter);
+  help->add_option("COMMAND", mTopic, "A subcommand; all of them are listed without it");
 }
 
 void PrintText(std::string text, Output& output) {
@@ -61,6 +69,22 @@ std::string DescribeUnknownWord(const CLI::App& app, const std::string& word,
   const std::string suggestion = Suggest(word, KnownWords(app));
   if (!suggestion.empty()) text += fmt::format(", did you mean \"{}\"?", suggestion);
   return text;
+}
+
+int PrintHelp(const std::string& topic, Output& output, Output& errors) {
+  const CommandLine line;  // unparsed, because a parser shows the help of the parsed subcommand
+  if (topic.empty()) {
+    PrintText(line.mApp.help(), output);
+  } else if (const CLI::App* subcommand = FindSubcommand(line.mApp, topic)) {
+    PrintText(subcommand->help(kName), output);
+  } else {
+    errors.Line(
+        fmt::format("{}: {}", kName, DescribeUnknownWord(line.mApp, topic, errors.GetStyle())));
+    errors.Line(fmt::format("Try \"{} --help\".", kName));
+    return kTrouble;
+  }
+  output.Flush();
+  return kSuccess;
 }
 
 int ReportMisuse(const CLI::App& app, const CLI::ParseError& error, Output& errors) {
@@ -89,6 +113,7 @@ int Run(Command& command, Output& output, Output& errors) {
 }
 
 int RunChosen(CommandLine& line, Output& output, Output& errors) {
+  if (line.mApp.got_subcommand(kHelp)) return PrintHelp(line.mTopic, output, errors);
   for (const auto& command : line.mCommands) {
     if (line.mApp.got_subcommand(command->GetName())) return Run(*command, output, errors);
   }

@@ -1,4 +1,5 @@
 #include "ryxFixture.h"
+#include "support/Files.h"
 
 namespace Qov::Test {
 namespace {
@@ -37,31 +38,63 @@ TEST_F(RyxCommandLine, TerminalsShowLinesColoursAndProgress) {
 }
 
 TEST_F(RyxCommandLine, ShellsGetCompletionsFromTheProgram) {
+  RunShell("ryx sample .");
+  const bool hasZsh = RunShell("zsh --version").mStatus == 0;
+  const bool hasFish = RunShell("fish --version").mStatus == 0;
   struct Case {
-    std::string mTyped;
+    std::string mTyped;  ///< Words of the shell; the last one is unfinished.
     std::vector<std::string> mWords;
+    std::vector<std::string> mQuoted = mWords;  ///< As bash inserts them.
   };
   const std::vector<Case> cases = {
-      {"ryx in", {"info"}},
-      {"ryx --ver", {"--version"}},
-      {"ryx ls --n", {"--no-results", "--node", "--name"}},
-      {"ryx ls --type Ge", {"Geometry"}},
-      {"ryx dump x.ryx --format = n", {"npy"}},
-      {"ryx dump x.ryx -o \"\"", {}},
-      {"ryx info pla", {}},
-      {"ryx nonsense --", {}},
+      {"in", {"info"}},
+      {"--ver", {"--version"}},
+      {"help pl", {"plan"}},
+      {"ls --n", {"--no-results", "--node", "--name"}},
+      {"ls --type Ge", {"Geometry"}},
+      {"dump x.ryx -o \"\"", {}},
+      {"info none", {}},
+      {"nonsense --", {}},
+      {"dump plate.ryx Sk", {"Skin"}},
+      {"dump plate.ryx Skin Str",
+       {"Stress", "Stress\\x1ELC1", "Stress\\x1ELC2"},
+       {"Stress", "Stress\\\\x1ELC1", "Stress\\\\x1ELC2"}},
+      {"dump plate.ryx --view-point \"\"", {}},
+      {"dump plate.vpt --view-point H", {"Home of plate"}, {"Home\\ of\\ plate"}},
+      {"ls plate.ryx --results No", {"Node Ids"}, {"Node\\ Ids"}},
+      {"ls plate.ryx --results Node\\ I", {"Node Ids"}, {"Node\\ Ids"}},
+      {"dump plate.ryx --stream Hea", {"Heavy Data"}, {"Heavy\\ Data"}},
+      {"diff none plate.ryx --root-b Pl", {"Plate"}},
+  };
+  const auto lines = [](const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) text += word + "\n";
+    return text;
   };
   for (const Case& line : cases) {
-    const Outcome outcome = RunProgram(
-        {"/bin/bash", "-c",
-         "source " RYX_COMPLETION "; PATH=$(dirname " RYX_PROGRAM "):$PATH; COMP_WORDS=(" +
-             line.mTyped +
-             "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _ryx; printf '%s\\n' \"${COMPREPLY[@]}\""},
-        {});
-    std::string expected;
-    for (const std::string& word : line.mWords) expected += word + "\n";
-    EXPECT_EQ(outcome.mOut, expected.empty() ? "\n" : expected) << line.mTyped;
-    EXPECT_EQ(outcome.mErr, "");
+    SCOPED_TRACE(line.mTyped);
+    const auto complete = [&](const std::string& shell, const std::string& script) {
+      WriteFile(mDir / "script", script);
+      return RunShell(shell + " ./script").mOut;
+    };
+    EXPECT_EQ(
+        complete("bash", "source " RYX_COMPLETIONS "/ryx.bash; COMP_WORDS=(ryx " + line.mTyped +
+                             "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _ryx; for word in "
+                             "\"${COMPREPLY[@]}\"; do echo \"$word\"; done"),
+        lines(line.mQuoted));
+    if (hasZsh) {
+      EXPECT_EQ(complete("zsh", "_files() {}; compadd() { print -lr -- $found }; words=(ryx " +
+                                    line.mTyped +
+                                    "); CURRENT=$#words; PREFIX=$words[-1]; complete() { source " +
+                                    RYX_COMPLETIONS "/ryx.zsh }; complete"),
+                lines(line.mWords));
+    }
+    if (hasFish && !line.mWords.empty()) {  // fish adds file names only where there are no words
+      const Outcome outcome = RunShell("fish --no-config -c 'source " RYX_COMPLETIONS
+                                       "/ryx.fish; complete -C\"ryx $argv[1]\"' -- '" +
+                                       line.mTyped + "'");
+      EXPECT_THAT(outcome.mOut, HasSubstr(line.mWords.front())) << outcome.mErr;
+    }
   }
 }
 

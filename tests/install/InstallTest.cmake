@@ -45,7 +45,8 @@ endfunction()
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 foreach(name IN ITEMS bin/RyxMerge bin/ryx lib*/libRyxMerge.so.1 lib*/libRyxMerge.a
                       share/man/man1/RyxMerge.1 share/man/man1/ryx.1
-                      share/bash-completion/completions/RyxMerge)
+                      share/bash-completion/completions/RyxMerge share/zsh/vendor-completions/_ryx
+                      share/fish/vendor_completions.d/ryx.fish)
   expect_file(${name})
 endforeach()
 
