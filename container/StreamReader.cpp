@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <list>
 
 #include "BlockCache.h"
@@ -143,8 +144,8 @@ void StreamReader::State::StartBlock(std::size_t i) {
   mpInflater = std::make_unique<BlockInflater>(*mpSource, block.mPosition + kRawLengthSize,
                                                block.mSize - kRawLengthSize, GetRawLength(i));
   mInflating = i;
-  mInPlace = place.begin();
   sInflating.splice(sInflating.end(), place);
+  mInPlace = std::prev(sInflating.end());
 }
 
 void StreamReader::State::CloseInflater() {
