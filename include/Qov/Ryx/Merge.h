@@ -28,7 +28,7 @@ enum class MergeMode {
 /// is given to a result if another result of its geometry has it already.
 enum class MergedNames {
   Automatic,  ///< Keep, if no two results of a geometry get the same name that way, else Stem.
-  Keep,       ///< Names stay as they are.
+  Keep,       ///< Instance parts stay as they are.
   /// The name of the input file without folder and ending, and a blank, before the old part. Equal
   /// stems get the names of folders ("a/run", "b/run"), equal paths a number ("run (2)").
   Stem,
