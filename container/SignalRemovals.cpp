@@ -38,6 +38,7 @@ void RemoveOutputsOnSignals() {
   for (const int signal : kSignals) {
     if (std::signal(signal, RemoveAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
   }
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 SignalRemoval* RememberRemoval(const std::string& path) {

@@ -7,8 +7,9 @@
 namespace QovJbf {
 
 /// Lets SIGHUP, SIGINT, SIGQUIT, SIGTERM and SIGXCPU remove the remembered paths, newest first,
-/// before they end the process. Signals that are ignored stay ignored. Programs call this once;
-/// the library never installs handlers.
+/// before they end the process. Signals that are ignored stay ignored. Ignores SIGXFSZ, so that a
+/// file at its size limit is an error. Programs call this once; the library never installs
+/// handlers.
 void RemoveOutputsOnSignals();
 
 /// Remembers a file or an empty folder. Returns an entry for ForgetRemoval.

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/App.hpp>
+#include <exception>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -13,6 +14,7 @@
 #include "Plural.h"
 #include "Qov/Ryx/FileArrangement.h"
 #include "Qov/Ryx/Merge.h"
+#include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
 #include "SelectionOptions.h"
 #include "container/SignalRemovals.h"
@@ -71,6 +73,7 @@ class MergeCommand : public Command {
   void DeclareMerge(CLI::App& app);
   void CollectInputs();
   Detail GetDetail() const { return mDetails ? Detail::Full : Detail::Summary; }
+  void CheckOutput() const;
   int Plan(Output& output) const;
   int Merge(Output& output, Output& errors);
 
@@ -193,15 +196,21 @@ int MergeCommand::Plan(Output& output) const {
   return StatusOf(plan, mStrict);
 }
 
-int MergeCommand::Merge(Output& output, Output& errors) {
+/// Raises an error before the inputs are read if the output cannot be made.
+void MergeCommand::CheckOutput() const {
   QovJbf::CheckIsNotAnInput(mRequest.mOutput, mRequest.mInputs);
+  QovJbf::RemoveOutputsOnSignals();
+  const QovJbf::TemporaryOutput probe(mRequest.mOutput, mRequest.mSettings.mOverwrite);
+}
+
+int MergeCommand::Merge(Output& output, Output& errors) {
+  CheckOutput();
   const std::vector<Warning> warnings = PlanMerge(mRequest).mWarnings;
   PrintWarnings(warnings, GetDetail(), errors);
   if (mStrict && !warnings.empty()) {
     errors.Line("ryx merge: nothing was merged, because of the warnings and --strict");
     return kFindings;
   }
-  QovJbf::RemoveOutputsOnSignals();
   Listener listener(mRequest, mVerify);
   const QovRyx::MergeReport report = QovRyx::Merge(mRequest, &listener);
   if (mJson) {
@@ -213,9 +222,23 @@ int MergeCommand::Merge(Output& output, Output& errors) {
   return kSuccess;
 }
 
+/// Returns the text of an error, with the path of the file that it concerns.
+std::string TextWithPath(const std::exception& error) {
+  const std::string text = ErrorText(error);
+  const auto* concerned = dynamic_cast<const Util::FileContext*>(&error);
+  const std::string path = concerned == nullptr ? "" : concerned->GetFilePath();
+  return path.empty() || text.find(path) != text.npos ? text : path + ": " + text;
+}
+
 int MergeCommand::Run(Output& output, Output& errors) {
   CollectInputs();
-  return mDryRun ? Plan(output) : Merge(output, errors);
+  if (mDryRun) return Plan(output);
+  try {
+    return Merge(output, errors);
+  } catch (const std::exception& error) {
+    errors.Line("ryx merge: " + Escape(TextWithPath(error), errors.GetStyle()));
+    return kTrouble;
+  }
 }
 
 }  // namespace

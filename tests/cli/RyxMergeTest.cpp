@@ -63,8 +63,10 @@ TEST_F(RyxMerge, ShowsWhatItDid) {
   Plate("run1.ryx", {"Stress|LC1", "Heat|LC1"});
   Plate("run2.ryx", {"Stress|LC2"});
   Plate("run10.ryx", {"Stress|LC10"});
-  std::filesystem::create_directory(mDir / "more");
-  Plate("more/run1.ryx", {"Stress|LC1"});
+  for (const char* folder : {"day", "night"}) {
+    std::filesystem::create_directory(mDir / folder);
+    Plate(std::string(folder) + "/run1.ryx", {"Stress|LC1"});
+  }
   SaveModel("other.ryx", [](Tree& tree) { BuildPlate(tree, {"Stress|LC1"}, 2, 30); });
   SaveViewPointFile(mDir / "walk.vpt", "walk");
   ExpectTranscript("ryx_merge.txt");

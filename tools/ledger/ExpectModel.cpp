@@ -59,7 +59,7 @@ void ExpectViews(ExpectedModel& model, std::size_t input, const QovRyx::Tree& tr
 void ExpectMoreViews(ExpectedModel& model, std::size_t input, const QovRyx::Tree& tree) {
   if (!model.mCurrentView) return ExpectViews(model, input, tree);
   for (const Item item : {Item::CurrentView, Item::Sequencer}) {
-    DropAll(model, input, item, DropRule::FurtherViews);
+    DropAll(model, input, item, DropRule::ViewsNotTaken);
   }
   ExpectPaths(model, input, tree);
 }

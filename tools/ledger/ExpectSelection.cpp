@@ -15,6 +15,7 @@ namespace Qov::Tools {
 namespace {
 
 using Words = std::vector<std::string>;
+using QovRyx::Geometry;
 using QovRyx::Selection;
 
 constexpr std::uint32_t kRootId = QovRyx::NodeTree::kRootId;
@@ -165,6 +166,9 @@ class ResultSelection {
       result.mLink = {};
       result.mpValues = target.mpValues;
       result.mKindHighByte = target.mpValues->mKindHighByte;
+      if (target.mpValues->HoldsUnsigned() && !Geometry::IsIntegerKind(result.mKind)) {
+        result.mKindHighByte = Geometry::kUnsignedKindHighByte;
+      }
       result.mMade = MadeRule::Unlinked;
     } else {
       result.mMade = MadeRule::LinkReplaced;  // by another link without values

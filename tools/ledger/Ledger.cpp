@@ -31,7 +31,7 @@ constexpr std::array<Wording, 15> kDropRules = {{
     {"not selected", "the selection leaves it out"},
     {"stored once", "the result becomes a link to an equal one"},
     {"joined root", "the contents of the dataset merge are put below one root"},
-    {"views not taken", "no views of models are taken"},
+    {"views not taken", "the options for views leave it out"},
 }};
 
 /// In the order of MadeRule.

@@ -91,7 +91,7 @@ class Recognizer {
     mModes.push_back(request.mMode);
     for (const MergeOptions& options : ListMergeKinds()) {
       const auto naming = options.GetNaming();
-      mModes.push_back({naming ? MergeKind::Instances : MergeKind::Datasets, naming});
+      mModes.push_back({naming ? MergeKind::Instances : MergeKind::Datasets, naming, {}});
     }
   }
 

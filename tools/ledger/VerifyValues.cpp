@@ -124,11 +124,17 @@ class StoredOnceVerifier {
   }
 
  private:
+  /// A removed owner of integers can leave its values to a result whose kind is not one of
+  /// integers.
+  static bool HasSameType(const Result& wanted, const Result& owner) {
+    return wanted.mKindHighByte == owner.mKindHighByte ||
+           (wanted.HoldsUnsigned() && owner.HoldsUnsigned());
+  }
   static std::string FindFault(const Result* owner, const ExpectedResult& expected,
                                const Values& found, const FaultReporter& reporter) {
     const Result* wanted = expected.mpValues;
     if (owner == nullptr || wanted == nullptr) return "is linked";
-    if (!HasSameFlags(wanted, *owner) || wanted->mKindHighByte != owner->mKindHighByte) {
+    if (!HasSameFlags(wanted, *owner) || !HasSameType(*wanted, *owner)) {
       return "is linked to a result with other flags";
     }
     if (wanted->mValues.GetWidth() != owner->mValues.GetWidth()) {

@@ -146,6 +146,7 @@ void ContentWarnings::FindInputsWithoutEffect() {
                              ? "Use --suffix-file-instance, which also takes results without an "
                                "instance part."
                              : "Leave it out, or merge as datasets.";
+    if (!mLedger.mMode.IsOfRyxMerge()) remedy = "Leave it out, or select more results.";
     Add("nothing-taken", input.mPath,
         numResults == 0 ? "holds no results besides its mesh"
                         : fmt::format("{} of its {} result{} taken", taken[i], numResults,

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "MergeText.h"
+#include "diagnostics/Printable.h"
 #include "ledger/WarningReport.h"
 
 namespace Qov::Tools {
@@ -23,7 +24,7 @@ Json MergeJson(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& r
   document["inputs"] = TextList(request.mInputs);
   document["mode"] = NameOf(report.mMode);
   document["names"] = NameOf(report.mNames);
-  document["reason"] = JsonText(report.mReason);
+  document["reason"] = Util::MakePrintable(report.mReason);
   document["instanceNames"] = TextList(report.mInstanceNames);
   document["nodes"] = report.mNodes;
   document["geometries"] = report.mGeometries;
@@ -37,7 +38,10 @@ Json MergeJson(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& r
                          {"results", report.mResultsLeftOut},
                          {"views", report.mViewsLeftOut}};
   document["linksReplaced"] = report.mLinksReplaced;
-  document["notes"] = TextList(report.mNotes);
+  document["notes"] = Json::array();
+  for (const std::string& note : report.mNotes) {
+    document["notes"].push_back(Util::MakePrintable(note));
+  }
   document["warnings"] = WarningsJson(warnings);
   document["verified"] = isVerified;
   return document;

@@ -8,6 +8,7 @@
 #include "Plural.h"
 #include "Terminal.h"
 #include "ValueText.h"
+#include "diagnostics/Printable.h"
 
 namespace Qov::Tools {
 namespace {
@@ -96,7 +97,7 @@ void PrintMerge(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& 
   std::string mode = std::string("Merged as ") + NameOf(report.mMode);
   if (report.mMode == QovRyx::MergeMode::Instances) mode += ", " + NamesText(report, style);
   output.Line(mode);
-  output.Line("Reason: " + Escape(report.mReason, style));
+  output.Line("Reason: " + Util::MakePrintable(report.mReason));
   const QovRyx::SharedArrays& shared = report.mShared;
   const std::uint64_t numShared = shared.mLinked + shared.mSharedBytes;
   if (numShared != 0) {
@@ -105,7 +106,7 @@ void PrintMerge(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& 
                             shared.mLinked, shared.mSharedBytes));
   }
   PrintLeftOut(report, output);
-  for (const std::string& note : report.mNotes) output.Line("Note: " + Escape(note, style));
+  for (const std::string& note : report.mNotes) output.Line("Note: " + Util::MakePrintable(note));
   output.Line(fmt::format("{}: {}, {} geometr{}, {}, {} from {} of inputs",
                           Escape(request.mOutput, style), Plural(report.mNodes, "node"),
                           report.mGeometries, report.mGeometries == 1 ? "y" : "ies",
