@@ -124,12 +124,14 @@ class StoredOnceVerifier {
   }
 
  private:
-  /// A removed owner of integers can leave its values to a result whose kind is not one of
-  /// integers.
+  /// A removed owner can leave its values to a result with another kind. The kind word of a result
+  /// without a kind has no high byte.
   static bool HasSameType(const Result& wanted, const Result& owner) {
     return wanted.mKindHighByte == owner.mKindHighByte ||
+           owner.mKind == QovRyx::Geometry::kNoKind ||
            (wanted.HoldsUnsigned() && owner.HoldsUnsigned());
   }
+
   static std::string FindFault(const Result* owner, const ExpectedResult& expected,
                                const Values& found, const FaultReporter& reporter) {
     const Result* wanted = expected.mpValues;
