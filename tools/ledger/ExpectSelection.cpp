@@ -171,6 +171,7 @@ class ResultSelection {
       }
       result.mMade = MadeRule::Unlinked;
     } else {
+      result.mLink.LoseTarget();
       result.mMade = MadeRule::LinkReplaced;  // by another link without values
     }
   }
