@@ -160,21 +160,26 @@ void TemporaryOutput::SetFinalMode() const {
   ::fchmod(mFile->Get(), mMode);
 }
 
+void TemporaryOutput::Flush() {
+  if (!mFile) return;
+  if (::fstat(mFile->Get(), &mWritten) != 0) RaiseWriteError(errno);
+  SetFinalMode();
+  if (::fsync(mFile->Get()) != 0 && !IsUnsupported(errno)) RaiseWriteError(errno);
+  mFile.reset();
+  mReplaced.reset();
+}
+
 void TemporaryOutput::Commit() {
-  struct stat written {};
+  Flush();
   struct stat now {};
-  if (::fstat(mFile->Get(), &written) != 0) RaiseWriteError(errno);
   if (::lstat(mTemporaryPath.c_str(), &now) != 0) RaiseWriteError(errno);
-  if (!IsSameFile(written, now)) {
+  if (!IsSameFile(mWritten, now)) {
     Raise(kSource, ErrorType::WriteError,
           "Output file " + Quote(mPath) + " was replaced while it was written as " +
               Quote(mTemporaryPath));
   }
-  SetFinalMode();
-  if (::fsync(mFile->Get()) != 0 && !IsUnsupported(errno)) RaiseWriteError(errno);
   Rename();
   ForgetRemoval(std::exchange(mpRemoval, nullptr));
-  mReplaced.reset();
   FlushFolder();
 }
 

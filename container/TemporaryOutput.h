@@ -23,7 +23,8 @@ struct SignalRemoval;
 ///   be replaced by a complete file, and a container is not written from start to end.
 /// - A new file gets the permissions of any new file. A replaced file keeps its permissions and, if
 ///   the process may set it, its owner; other hard links to it keep the old content.
-/// - A file that must be replaced is locked until the end, so that no other run writes it.
+/// - A file that must be replaced is locked until the new one is flushed, so that no other run
+///   writes it.
 class TemporaryOutput {
  public:
   /// Makes the temporary file, which is empty. Raises ElementExists if `path` exists and
@@ -37,13 +38,16 @@ class TemporaryOutput {
   const std::string& GetPath() const { return mPath; }
   /// Returns the path at which the file is written. It may be opened any number of times.
   const std::string& GetTemporaryPath() const { return mTemporaryPath; }
-  /// Returns a descriptor for reading and writing, which belongs to this object.
+  /// Returns a descriptor for reading and writing, which belongs to this object. Flush closes it.
   int GetDescriptor() const { return mFile->Get(); }
 
-  /// Flushes the file and its folder to the disk and gives the file its name. All of it must have
-  /// been written to the descriptor or the path. Raises ElementExists if `overwrite` was false and
-  /// another program has made a file of that name meanwhile, and WriteError. The output is as
-  /// before then, except if only the folder cannot be flushed.
+  /// Flushes the file to the disk and closes it. Raises WriteError. After that, the object needs no
+  /// descriptors, so that there can be any number of complete files without a name.
+  void Flush();
+  /// Flushes the file, if that was not done, and its folder, and gives the file its name. All of it
+  /// must have been written to the descriptor or the path. Raises ElementExists if `overwrite` was
+  /// false and another program has made a file of that name meanwhile, and WriteError. The output
+  /// is as before then, except if only the folder cannot be flushed.
   void Commit();
 
  private:
@@ -73,6 +77,7 @@ class TemporaryOutput {
   std::string mTemporaryPath;
   std::optional<Descriptor> mFile;
   mode_t mMode = 0;                    ///< The permissions at the end.
+  struct stat mWritten {};             ///< The flushed file.
   SignalRemoval* mpRemoval = nullptr;  ///< Null after the end.
 };
 

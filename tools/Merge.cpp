@@ -198,6 +198,7 @@ int MergeCommand::Plan(Output& output) const {
 
 /// Raises an error before the inputs are read if the output cannot be made.
 void MergeCommand::CheckOutput() const {
+  QovRyx::CheckSettings(mRequest.mSettings);
   QovJbf::CheckIsNotAnInput(mRequest.mOutput, mRequest.mInputs);
   QovJbf::RemoveOutputsOnSignals();
   const QovJbf::TemporaryOutput probe(mRequest.mOutput, mRequest.mSettings.mOverwrite);

@@ -52,6 +52,7 @@ void SafeOutput::Patch(std::uint64_t position, std::string_view bytes) {
 void SafeOutput::Finish() {
   if (mFile == nullptr) return;
   if (std::fclose(mFile.release()) != 0) RaiseWriteError(errno);
+  mOutput->Flush();
 }
 
 void SafeOutput::Commit() {

@@ -38,7 +38,7 @@ class SafeOutput {
   /// Replaces bytes that were written before; the current position stays.
   void Patch(std::uint64_t position, std::string_view bytes);
 
-  /// Writes buffered bytes and closes the file, which keeps its temporary name. Raises WriteError.
+  /// Flushes the file to the disk and closes it. It keeps its temporary name. Raises WriteError.
   void Finish();
   /// Finishes the file, if that was not done, and gives it its name. Raises the errors of
   /// TemporaryOutput::Commit.

@@ -28,6 +28,7 @@ class RyxStats : public RyxProgram {
       group.mTakesModels = 1;
       Geometry& geometry = AddNode<Geometry>(tree, 2, "Mesh, \"fine\"");
       Add(geometry, QovMesh::kCoordinates, 0, {0, 0, 0, 1, 0, 0, 2, 0, 0}, 3);
+      AddIds(geometry, QovMesh::kConnectivity, 4, {0, 1, 1, 2});
       AddIds(geometry, QovMesh::kPolylength, 5, {2, 2});
       if (hasIds) AddIds(geometry, QovMesh::kNodeIds, 6, {101, 102, 103});
       if (hasIds) AddIds(geometry, QovMesh::kElementIds, 9, {4294967295U, 7});
@@ -37,7 +38,7 @@ class RyxStats : public RyxProgram {
       Add(geometry, "Free", 12, {5, 4, 3, 2, start});
       Add(geometry, "Move", 13, {3, 4, 0, 0, 0, start, 1, nan, 1}, 3);
       Add(geometry, "Holes", 12, {nan, nan, nan});
-      geometry.AppendVariable(MakeLinked("Again", {3, hasIds ? 4U : 2U}));
+      geometry.AppendVariable(MakeLinked("Again", {3, hasIds ? 5U : 3U}));
       geometry.AppendVariable(MakeLinked("Lost", {77, 0}));
     });
   }

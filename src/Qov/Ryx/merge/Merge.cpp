@@ -77,6 +77,7 @@ class MergeRun {
     if (mModels.empty()) {
       Qov::Util::Raise(kMergeSource, ErrorType::ElementNotFound, "There is no model to merge");
     }
+    CheckSettings(mRequest.mSettings);
     QovJbf::CheckIsNotAnInput(mRequest.mOutput, mRequest.mInputs);
     FormatHistoryDate();  // raises for an unusable SOURCE_DATE_EPOCH
     for (const std::string& path : mViewPointFiles) {
