@@ -14,8 +14,8 @@ void WriteStl(const ExportTask& task, const std::string& path, OutputSet& output
 
 /// Writes the outer surface of all parts as a binary PLY file: the points that triangles use, the
 /// triangles. Points have the number of their part, from 0; comments have the names of the parts.
-/// Faces do not, because some readers know no other property of faces than their points. Leaves out and notes the same as WriteStl. Raises OutOfBounds for more than 2^31 - 1
-/// points.
+/// Faces do not, because some readers know no other property of faces than their points. Leaves out
+/// and notes the same as WriteStl. Raises OutOfBounds for more than 2^31 - 1 points.
 void WritePly(const ExportTask& task, const std::string& path, OutputSet& outputs);
 
 }  // namespace Qov::Tools

@@ -38,8 +38,8 @@ class ValueStatistics {
   /// Returns the first item with the least, or greatest, value.
   std::uint64_t GetLeastItem() const { return mLeastItem; }
   std::uint64_t GetGreatestItem() const { return mGreatestItem; }
-  /// Returns the mean of the values that are numbers. There must be one. The mean of both infinities
-  /// is NaN.
+  /// Returns the mean of the values that are numbers. There must be one. The mean of both
+  /// infinities is NaN.
   double GetMean() const;
   /// Returns the root mean square of them.
   double GetRootMeanSquare() const;
