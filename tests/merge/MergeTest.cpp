@@ -157,6 +157,12 @@ TEST_F(Merging, NamesInstances) {
        {"a", "b"},
        {"Coordinates|a 1", "Connectivity|a 1", "S|a 1", "Coordinates|b 1", "Connectivity|b 1",
         "S|b 1"}},
+      {"a model without instances gets its stem, so that its results stay apart",
+       {"a.ryx", "b.ryx"},
+       {{"S|1"}, {"T"}},
+       MergedNames::Automatic,
+       {"a", "b"},
+       {"Coordinates|a 1", "Connectivity|a 1", "S|a 1", "Coordinates|b", "Connectivity|b", "T|b"}},
       {"no instances get stems, and folders where stems are equal",
        {"x/p/run.ryx", "y/p/run.ryx", "z.ryx"},
        {{"S"}, {"S|"}, {}},
@@ -319,7 +325,8 @@ TEST_F(Merging, CountsWhatInstancesLeaveOut) {
                   HasSubstr("1 group of a further input has other attributes"),
                   HasSubstr("1 shape of a further input has another material"),
                   HasSubstr("1 node with sets of a further input is left out"),
-                  HasSubstr("3 results have the names of other results of their geometries")));
+                  HasSubstr("3 results have the names of other results of their geometries"),
+                  HasSubstr("6 results belong to no instance")));
 }
 
 /// Cancels a merge before an input, or refuses its output.

@@ -27,8 +27,10 @@ enum class MergeMode {
 /// there are none, the result gets the part of its model alone, or keeps its name (Keep). No name
 /// is given to a result if another result of its geometry has it already.
 enum class MergedNames {
-  Automatic,  ///< Keep, if no two results of a geometry get the same name that way, else Stem.
-  Keep,       ///< Instance parts stay as they are.
+  /// Keep, if that way every result gets an instance part and no two results of a geometry get the
+  /// same name, else Stem.
+  Automatic,
+  Keep,  ///< Instance parts stay as they are.
   /// The name of the input file without folder and ending, and a blank, before the old part. Equal
   /// stems get the names of folders ("a/run", "b/run"), equal paths a number ("run (2)").
   Stem,

@@ -8,6 +8,7 @@
 #include "MergeSteps.h"
 #include "ModelComparison.h"
 #include "ModelNaming.h"
+#include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
 #include "diagnostics/Printable.h"
@@ -15,23 +16,29 @@
 namespace QovRyx {
 namespace {
 
-/// Finds names that results of several models would have if names were kept.
+/// Finds results whose names would not tell the models apart if names were kept.
 class KeptNames {
  public:
-  /// Adds the names of a model. Returns the first one that an earlier model has, or nothing.
-  std::string Add(Tree& tree, const ModelNaming& naming) {
-    NameInstances(tree, naming);
-    std::string equal;
+  /// Adds the names of a model. Returns the reason why they cannot be kept, or nothing: a name is
+  /// also in an earlier model, or it has no instance part and would apply to all models.
+  std::string Add(Tree& tree, const std::string& path) {
+    NameInstances(tree, ModelNaming{});
+    std::string reason;
     std::vector<std::size_t> added;
     ForEachGeometry(tree.GetNodes(), [&](std::uint32_t id, const Geometry& geometry) {
       for (const Geometry::VarStruct& result : geometry.GetVariables()) {
         const std::size_t hash = Hash(id, result.mName);
-        if (equal.empty() && mHashes.contains(hash)) equal = result.mName;
+        const auto explain = [&](const char* fault) {
+          if (!reason.empty()) return;
+          reason = Qov::Util::Quote(result.mName) + " of " + Qov::Util::Quote(path) + fault;
+        };
+        if (mHashes.contains(hash)) explain(" is also in an earlier model");
+        if (!HasInstancePart(result.mName)) explain(" belongs to no instance");
         added.push_back(hash);
       }
     });
     mHashes.insert(added.begin(), added.end());
-    return equal;
+    return reason;
   }
 
  private:
@@ -91,11 +98,10 @@ class Chooser {
   }
 
   void CompareNames(Tree& tree, const std::string& path) {
-    const std::string equal = mNames.Add(tree, ModelNaming{});
-    if (equal.empty()) return;
+    const std::string reason = mNames.Add(tree, path);
+    if (reason.empty()) return;
     mChoice.mNames = MergedNames::Stem;
-    mNamesReason = "names get the file names, because " + Qov::Util::Quote(equal) + " of " +
-                   Qov::Util::Quote(path) + " is also in an earlier model";
+    mNamesReason = "names get the file names, because " + reason;
     mAreNamesOpen = false;
   }
 

@@ -31,6 +31,11 @@ constexpr EventText kEventTexts[] = {
      "geometries of further inputs have other names than those of their ids in the first input"},
     {Event::EqualName, "result has the name of another result of its geometry",
      "results have the names of other results of their geometries"},
+    {Event::NoInstance,
+     "result belongs to no instance, because its model has none: it applies to all models; "
+     "--names stem prevents this",
+     "results belong to no instance, because their models have none: they apply to all models; "
+     "--names stem prevents this"},
     {Event::EqualKey, "map entry is left out, because an earlier one has its key",
      "map entries are left out, because earlier ones have their keys"},
     {Event::CutText, "text is cut at a zero byte", "texts are cut at a zero byte"},

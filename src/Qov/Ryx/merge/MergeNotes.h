@@ -22,6 +22,7 @@ class MergeNotes {
     NodeSetsLeftOut,
     OtherGeometryName,
     EqualName,
+    NoInstance,
     EqualKey,
     CutText,
     ViewsNotCounted

@@ -8,6 +8,7 @@
 #include "AppendResults.h"
 #include "JoinDatasets.h"
 #include "ModelComparison.h"
+#include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Util/FileContext.h"
 #include "ViewCount.h"
 #include "ViewPointFiles.h"
@@ -22,6 +23,16 @@ std::uint64_t CountEqualNames(const NodeTree& nodes) {
     std::unordered_set<std::string_view> names;
     for (const Geometry::VarStruct& result : geometry.GetVariables()) {
       if (!names.insert(result.mName).second) ++number;
+    }
+  });
+  return number;
+}
+
+std::uint64_t CountWithoutInstance(const NodeTree& nodes) {
+  std::uint64_t number = 0;
+  ForEachGeometry(nodes, [&number](std::uint32_t, const Geometry& geometry) {
+    for (const Geometry::VarStruct& result : geometry.GetVariables()) {
+      if (!HasInstancePart(result.mName)) ++number;
     }
   });
   return number;
@@ -60,6 +71,9 @@ std::unique_ptr<Tree> ModelMerge::MergeInstances(MergedNames names) {
     });
   }
   mNotes.Count(MergeNotes::Event::EqualName, CountEqualNames(master->GetNodes()));
+  if (mModels.size() > 1) {
+    mNotes.Count(MergeNotes::Event::NoInstance, CountWithoutInstance(master->GetNodes()));
+  }
   return master;
 }
 
