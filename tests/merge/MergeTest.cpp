@@ -175,7 +175,30 @@ TEST_F(Merging, NamesInstances) {
        {{"S|1"}, {}},
        MergedNames::Number,
        {"F7", "F8"},
-       {"Coordinates|F71", "Connectivity|F71", "S|F71", "Coordinates|F8", "Connectivity|F8"}},
+       {"Coordinates|F7 1", "Connectivity|F7 1", "S|F7 1", "Coordinates|F8", "Connectivity|F8"}},
+      {"no old part continues a number",
+       {"a.ryx", "b.ryx"},
+       {{"S|1 2", "S|x"}, {"S|2", "S| 2"}},
+       MergedNames::Number,
+       {"F7", "F8"},
+       {"Coordinates|F7 1 2", "Connectivity|F7 1 2", "S|F7 1 2", "S|F7x", "Coordinates|F7x",
+        "Connectivity|F7x", "Coordinates|F8  2", "Connectivity|F8  2", "S|F8 2", "S|F8  2",
+        "Coordinates|F8 2", "Connectivity|F8 2"}},
+      {"stems never combine to equal parts",
+       {"a.ryx", "a b.ryx"},
+       {{"S|b c"}, {"S|c"}},
+       MergedNames::Stem,
+       {"a", "a_b"},
+       {"Coordinates|a b c", "Connectivity|a b c", "S|a b c", "Coordinates|a_b c",
+        "Connectivity|a_b c", "S|a_b c"}},
+      {"numbers of equal stems are not those of other stems",
+       {"run.ryx", "r\x1Eun.ryx", "r_un.ryx", "run.ryx", "run(2).ryx"},
+       {{}, {}, {}, {}, {}},
+       MergedNames::Stem,
+       {"run", "r_un", "r_un(2)", "run(3)", "run(2)"},
+       {"Coordinates|run", "Connectivity|run", "Coordinates|r_un", "Connectivity|r_un",
+        "Coordinates|r_un(2)", "Connectivity|r_un(2)", "Coordinates|run(3)", "Connectivity|run(3)",
+        "Coordinates|run(2)", "Connectivity|run(2)"}},
       {"a name that exists is not given twice",
        {"a.ryx", "b.ryx"},
        {{"S", "S|1", "S|2", "T", "T|1"}, {"S|3"}},
@@ -364,6 +387,11 @@ TEST_F(Merging, RefusesWithoutATrace) {
        [](auto& r) {
          r.mMode = MergeMode::Instances;
          r.mJoin = true;
+       }},
+      {"is too large for 2 models", ErrorType::OutOfBounds,
+       [](auto& r) {
+         r.mNames = MergedNames::Number;
+         r.mFirstNumber = ~std::uint64_t{0};
        }},
       {"is not a Ryx file", ErrorType::FormatNotSupported,
        [&](auto& r) { r.mInputs.push_back(mDir / "bad.ryx"); }},

@@ -24,8 +24,10 @@ std::string BaseOf(const std::string& name) { return name.substr(0, name.rfind(k
 /// Returns the instance part that a result gets, for the one that it has.
 std::string NewPart(const MergeRequest& request, std::size_t model, const std::string& part) {
   const std::string& own = request.mParts[model];
+  if (own.empty() || part.empty()) return own + part;
   const bool isStem = request.mMode.mNames == QovRyx::MergedNames::Stem;
-  return own + (isStem && !own.empty() && !part.empty() ? " " : "") + part;
+  const bool hasDigit = part.find_first_of(" 0123456789") == 0;
+  return own + (isStem || hasDigit ? " " : "") + part;
 }
 
 /// Gives the results of one geometry the names of its instances.

@@ -32,9 +32,12 @@ enum class MergedNames {
   Automatic,
   Keep,  ///< Instance parts stay as they are.
   /// The name of the input file without folder and ending, and a blank, before the old part. Equal
-  /// stems get the names of folders ("a/run", "b/run"), equal paths a number ("run (2)").
+  /// stems get the names of folders ("a/run", "b/run"), equal paths a number ("run(2)"). If a stem
+  /// begins with another one and a blank, blanks become "_" in all of them.
   Stem,
-  Number  ///< "F" and the number of the model before the old part, as in RyxMerge.
+  /// "F" and the number of the model before the old part, as in RyxMerge. An old part that begins
+  /// with a digit or a blank gets a blank before it: "F1 2".
+  Number
 };
 
 /// The view-point paths in the output.

@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <functional>
+#include <limits>
 #include <map>
 #include <set>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
+#include "MergeSteps.h"
 #include "Qov/Ryx/InstanceNames.h"
+#include "Qov/Util/Raise.h"
 #include "SharingLimit.h"
 
 namespace QovRyx {
@@ -40,15 +45,11 @@ class StemGroup {
     mPaths.push_back(std::filesystem::absolute(path).lexically_normal());
   }
 
-  /// Names the models by as few folders as make most of them distinct, and numbers the others.
+  /// Names the models by as few folders as make most of them distinct.
   void Name(std::vector<ModelNaming>& namings) const {
     const std::size_t numFolders = ChooseNumFolders();
-    std::map<std::string, std::size_t> numbers;
     for (std::size_t i = 0; i != mModels.size(); ++i) {
-      std::string& part = namings[mModels[i]].mPart;
-      part = StemWithFolders(mPaths[i], numFolders);
-      const std::size_t number = ++numbers[part];
-      if (number > 1) part += " (" + std::to_string(number) + ")";
+      namings[mModels[i]].mPart = StemWithFolders(mPaths[i], numFolders);
     }
   }
 
@@ -80,15 +81,67 @@ class StemGroup {
   std::vector<std::filesystem::path> mPaths;
 };
 
+void ReplaceInParts(std::vector<ModelNaming>& namings, char from, char to) {
+  for (ModelNaming& naming : namings) {
+    std::replace(naming.mPart.begin(), naming.mPart.end(), from, to);
+  }
+}
+
+/// Numbers the models with the part of an earlier model: "run(2)". Skips the numbers that give the
+/// part of another model.
+void MakePartsDistinct(std::vector<ModelNaming>& namings) {
+  std::set<std::string> taken;
+  for (const ModelNaming& naming : namings) taken.insert(naming.mPart);
+  std::map<std::string, std::size_t> numbers;
+  for (ModelNaming& naming : namings) {
+    const std::string part = naming.mPart;
+    std::size_t& number = numbers[part];
+    if (++number == 1) continue;
+    const auto numbered = [&] { return part + "(" + std::to_string(number) + ")"; };
+    while (!taken.insert(numbered()).second) ++number;
+    naming.mPart = numbered();
+  }
+}
+
+/// Returns true if a part begins with another part and a blank: "a b" with the old part "c" and "a"
+/// with "b c" would give equal names.
+bool HaveCommonBeginning(const std::vector<ModelNaming>& namings) {
+  std::set<std::string, std::less<>> parts;
+  for (const ModelNaming& naming : namings) parts.insert(naming.mPart);
+  return std::any_of(parts.begin(), parts.end(), [&parts](const std::string& part) {
+    for (std::size_t i = part.find(' '); i != part.npos; i = part.find(' ', i + 1)) {
+      if (parts.contains(std::string_view(part).substr(0, i))) return true;
+    }
+    return false;
+  });
+}
+
 void NameByStems(const std::vector<std::string>& models, std::vector<ModelNaming>& namings) {
   std::map<std::string, StemGroup> groups;
   for (std::size_t i = 0; i != models.size(); ++i) {
     groups[std::filesystem::path(models[i]).stem().string()].Add(i, models[i]);
   }
   for (const auto& [stem, group] : groups) group.Name(namings);
-  for (ModelNaming& naming : namings) {
-    std::replace(naming.mPart.begin(), naming.mPart.end(), kInstanceSeparator, '_');
+  ReplaceInParts(namings, kInstanceSeparator, '_');
+  if (HaveCommonBeginning(namings)) ReplaceInParts(namings, ' ', '_');
+  MakePartsDistinct(namings);
+}
+
+void NameByNumbers(std::uint64_t firstNumber, std::vector<ModelNaming>& namings) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  if (!namings.empty() && namings.size() - 1 > kMost - firstNumber) {
+    Qov::Util::Raise(kMergeSource, Qov::Util::Exception::ErrorType::OutOfBounds,
+                     "The first number " + std::to_string(firstNumber) + " is too large for " +
+                         std::to_string(namings.size()) +
+                         " models: the last model would get a number above " +
+                         std::to_string(kMost));
   }
+  for (ModelNaming& naming : namings) naming.mPart = "F" + std::to_string(firstNumber++);
+}
+
+/// Returns true if an old part that follows "F1" could be taken for a part of the number.
+bool ContinuesNumber(const std::string& instance) {
+  return instance[0] == ' ' || (instance[0] >= '0' && instance[0] <= '9');
 }
 
 /// Gives the results of one geometry their new names.
@@ -172,7 +225,8 @@ double CountBytes(const Tree& tree) {
 }  // namespace
 
 std::string ModelNaming::Combine(const std::string& instance) const {
-  const bool needsBlank = mNames == MergedNames::Stem && !mPart.empty() && !instance.empty();
+  if (mPart.empty() || instance.empty()) return mPart + instance;
+  const bool needsBlank = mNames == MergedNames::Stem || ContinuesNumber(instance);
   return mPart + (needsBlank ? " " : "") + instance;
 }
 
@@ -180,9 +234,7 @@ std::vector<ModelNaming> NameModels(const std::vector<std::string>& models, Merg
                                     std::uint64_t firstNumber) {
   std::vector<ModelNaming> namings(models.size(), ModelNaming{names, {}});
   if (names == MergedNames::Stem) NameByStems(models, namings);
-  if (names == MergedNames::Number) {
-    for (ModelNaming& naming : namings) naming.mPart = "F" + std::to_string(firstNumber++);
-  }
+  if (names == MergedNames::Number) NameByNumbers(firstNumber, namings);
   return namings;
 }
 

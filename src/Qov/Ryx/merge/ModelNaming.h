@@ -19,8 +19,11 @@ struct ModelNaming {
 };
 
 /// Returns the naming of each model. `names` is not Automatic. Stems that several models have get
-/// the names of as many folders as make them distinct: "a/run", "b/run". Models that have the same
-/// path get its number too: "run (2)".
+/// the names of as many folders as make them distinct: "a/run", "b/run". Parts that are still equal
+/// get a number: "run(2)". Blanks become "_" in all parts if one begins with another one and a
+/// blank. So no names of two models combine to the same instance part.
+///
+/// Raises OutOfBounds if the number of the last model is too large.
 std::vector<ModelNaming> NameModels(const std::vector<std::string>& models, MergedNames names,
                                     std::uint64_t firstNumber);
 
