@@ -8,12 +8,14 @@
 #include <charconv>
 #include <cmath>
 #include <numeric>
-#include <variant>
 
-#include "Qov/Ryx/Group.h"
 #include "mesh/ArrayNames.h"
+#include "model/TimeAttribute.h"
 
 namespace QovMesh {
+
+using QovRyx::GetTime;
+
 namespace {
 
 std::string_view Trim(std::string_view text) {
@@ -58,19 +60,6 @@ bool TakeWord(std::string_view& text) {
   return false;
 }
 
-/// The time of the nearest group above a node that has one.
-std::optional<double> FindGroupTime(const QovRyx::NodeTree& nodes, std::uint32_t id) {
-  std::size_t stepsLeft = nodes.GetSize() + 1;  // parents of damaged trees may go round
-  const auto* entry = nodes.FindNode(id);
-  for (; entry != nullptr && stepsLeft > 0; --stepsLeft) {
-    if (const auto* group = dynamic_cast<const QovRyx::Group*>(entry->mData.get())) {
-      if (const auto time = GetTime(group->mAttributes)) return time;
-    }
-    entry = nodes.FindNode(entry->mParent);
-  }
-  return std::nullopt;
-}
-
 }  // namespace
 
 std::optional<double> ParseTime(std::string_view name) {
@@ -87,26 +76,11 @@ std::optional<double> ParseTime(std::string_view name) {
   return std::nullopt;
 }
 
-std::optional<double> GetTime(const QovUtil::Attributes& attributes) {
-  for (const auto& [name, value] : attributes) {
-    if (name != "time") continue;
-    if (const auto* text = std::get_if<std::string>(&value)) {
-      std::string_view rest = *text;
-      const auto time = TakeNumber(rest);
-      return rest.empty() ? time : std::nullopt;
-    }
-    double time = 0;
-    if (const auto* whole = std::get_if<std::uint32_t>(&value)) time = *whole;
-    if (const auto* single = std::get_if<float>(&value)) time = static_cast<double>(*single);
-    if (const auto* real = std::get_if<double>(&value)) time = *real;
-    return std::isfinite(time) ? std::optional(time) : std::nullopt;
-  }
-  return std::nullopt;
-}
-
 StepTable::StepTable(const QovRyx::NodeTree& nodes) {
+  QovRyx::GroupTimes times(nodes);
   QovRyx::ForEachGeometry(nodes, [&](std::uint32_t id, const QovRyx::Geometry& geometry) {
-    AddGeometry(id, geometry, FindGroupTime(nodes, id));
+    const QovRyx::Group* group = times.Find(id);
+    AddGeometry(id, geometry, group == nullptr ? std::nullopt : GetTime(group->mAttributes));
   });
   for (Step& step : mSteps) {
     if (step.mTime) continue;

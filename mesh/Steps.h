@@ -55,7 +55,4 @@ class StepTable {
 /// number without a word or a unit is not a time.
 std::optional<double> ParseTime(std::string_view name);
 
-/// Returns the value of the attribute "time", whatever its type, if it is a number.
-std::optional<double> GetTime(const QovUtil::Attributes& attributes);
-
 }  // namespace QovMesh

@@ -332,6 +332,51 @@ TEST_F(Merging, TakesTheRequestedViews) {
   }
 }
 
+TEST_F(Merging, GivesResultsOfInstancesTheTimesOfTheirGroups) {
+  const auto plateAt = [](float time, bool hasOwn) {
+    return [=](Tree& tree) {
+      BuildPlate(tree, {"S|1", "T"}, 1);
+      dynamic_cast<Group&>(*tree.GetNodes().GetReqNode(PlateIds::kGroup).mData)
+          .mAttributes["time"] = time;
+      Geometry& geometry = *AsGeometry(tree.GetNodes().GetReqNode(PlateIds::kGeometry));
+      if (hasOwn)
+        geometry
+            .EditVariable(*geometry.FindVariable("S\x1E"
+                                                 "1"))
+            .mAttributes["time"] = 9U;
+    };
+  };
+  Add("a.ryx", plateAt(0.25F, false));
+  Add("b.ryx", plateAt(0.5F, true));
+  const struct {
+    Names mInputs;
+    Names mTimes;
+  } cases[] = {
+      {{"a.ryx"}, {"S|1 none", "T none"}},
+      {{"a.ryx", "b.ryx"}, {"S|a 1 0.25", "T|a 1 0.25", "S|b 1 9", "T|b 1 0.5"}},
+  };
+  for (const auto& test : cases) {
+    mRequest.mInputs.clear();
+    for (const std::string& input : test.mInputs) mRequest.mInputs.push_back(mDir / input);
+    MergeAll();
+    Tree tree(false);
+    LoadTree(tree, mRequest.mOutput);
+    Names times;
+    const auto& id = PlateIds::kGeometry;
+    for (const auto& result : AsGeometry(tree.GetNodes().GetReqNode(id))->GetVariables()) {
+      if (result.mName[0] == 'C') continue;  // coordinates and connectivity
+      std::ostringstream text;
+      text << Unbarred(result.mName) << ' ';
+      if (result.mAttributes.empty()) text << "none";
+      for (const auto& [name, value] : result.mAttributes) {
+        std::visit([&text](const auto& time) { text << time; }, value);
+      }
+      times.push_back(text.str());
+    }
+    EXPECT_EQ(times, test.mTimes);
+  }
+}
+
 TEST_F(Merging, CountsWhatInstancesLeaveOut) {
   AddPlate("a.ryx", {"S"}, 1);
   Add("b.ryx", [](Tree& tree) {

@@ -10,6 +10,7 @@
 
 #include "MergedNames.h"
 #include "model/LinkFollower.h"
+#include "model/TimeAttribute.h"
 
 namespace Qov::Tools {
 namespace {
@@ -106,6 +107,20 @@ void NameResults(const MergeRequest& request, std::size_t model, Nodes& nodes) {
   }
 }
 
+/// Gives the results of instances the times of the groups above them.
+void TakeTimes(const InputFile& input, Nodes& nodes) {
+  QovRyx::GroupTimes times(input.GetNodes());
+  for (auto& [id, node] : nodes) {
+    const QovRyx::Group* group = node.IsGeometry() ? times.Find(id) : nullptr;
+    if (group == nullptr) continue;
+    for (ExpectedResult& result : node.mResults) {
+      const bool isCommon = InstancePartOf(result.mName).empty();
+      const bool hasTime = QovRyx::GetTimeValue(result.mpFields->mAttributes).has_value();
+      if (!isCommon && !hasTime) result.mpTimedGroup = group;
+    }
+  }
+}
+
 /// Makes a link name the same result after `numBefore[id]` results of each geometry `id`.
 void ShiftLink(ExpectedResult& result, const std::map<std::uint32_t, std::size_t>& numBefore,
                QovRyx::LinkFollower<Result>& follower) {
@@ -169,6 +184,7 @@ void ExpectNamedInstances(const MergeRequest& request, const std::vector<InputFi
     const bool isFirst = inputs[i].mNumber == 1;
     if (!isFirst && !DropFurtherNodes(inputs[i], i, nodes, model, obstacles)) return;
     if (!isUnchanged) NameResults(request, inputs[i].mNumber - 1, nodes);
+    if (request.CountModels() > 1) TakeTimes(inputs[i], nodes);
     if (isFirst) {
       model.mNodes = std::move(nodes);
     } else {

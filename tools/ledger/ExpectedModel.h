@@ -9,6 +9,7 @@
 
 #include "InputFile.h"
 #include "Ledger.h"
+#include "Qov/Ryx/Group.h"
 
 /// The expected output of a merge, item by item, each with the place in the inputs that it comes
 /// from. A plan counts the items. A verification compares them with an output and clears `mSound`
@@ -22,6 +23,7 @@ struct ExpectedResult {
   std::size_t mInput = 0;            ///< The input that it comes from, or that it was made for.
   const Result* mpSource = nullptr;  ///< Null if the merge makes it.
   const Result* mpFields = nullptr;  ///< The result that flag and attributes are taken from.
+  const QovRyx::Group* mpTimedGroup = nullptr;  ///< The group whose time it gets, or null.
   std::uint32_t mKind = 0;
   std::uint32_t mKindHighByte = 0;
   const Result* mpValues = nullptr;  ///< The owner of the values; null if linked or without values.

@@ -9,6 +9,7 @@
 #include "compare/Attributes.h"
 #include "compare/NameMatching.h"
 #include "model/ModelFormat.h"
+#include "model/TimeAttribute.h"
 
 namespace Qov::Tools {
 namespace {
@@ -17,6 +18,15 @@ namespace {
 template <class AnyResult>
 std::uint32_t KindWord(const AnyResult& result) {
   return QovRyx::MakeKindWord(result.mKind, result.mKindHighByte);
+}
+
+QovUtil::Attributes ExpectedAttributes(const ExpectedResult& expected) {
+  QovUtil::Attributes attributes = expected.mpFields->mAttributes;
+  if (expected.mpTimedGroup != nullptr) {
+    const auto time = QovRyx::GetTimeValue(expected.mpTimedGroup->mAttributes);
+    attributes.Set(QovRyx::kTimeAttribute, time.value());
+  }
+  return attributes;
 }
 
 /// With `mayStoreOnce`, accepts a link instead of values. VerifyValues compares its values.
@@ -36,7 +46,7 @@ void CompareDescriptors(const ExpectedNode& node, ExpectedResult& expected, cons
   if (expected.mpFields->mFlag != result.mFlag) {
     reporter.Report(node, expected, "has another flag");
   }
-  const std::string attributes = DescribeDifference(expected.mpFields->mAttributes,
+  const std::string attributes = DescribeDifference(ExpectedAttributes(expected),
                                                     result.mAttributes, "the input", "the output");
   if (!attributes.empty()) reporter.Report(node, expected, attributes);
   const bool isLinked = expected.mLink.IsLinked();

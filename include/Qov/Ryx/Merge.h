@@ -112,7 +112,9 @@ class QOV_EXPORT MergeListener {
 /// disk and renamed. After an error there is no output, and an older file at its path is as before.
 ///
 /// A merge as instances takes only results from further models: the report counts their other
-/// content that the first model does not have. Raises MismatchError if a geometry with results has
+/// content that the first model does not have. Each result with an instance part that has no
+/// attribute "time" gets that of the nearest group above its geometry that has one, because the
+/// groups of further models are left out. Raises MismatchError if a geometry with results has
 /// no counterpart of its id in the first model. The history is that of the first model and an entry
 /// of RyxMerge.
 ///

@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "AppendResults.h"
+#include "InstanceTimes.h"
 #include "JoinDatasets.h"
 #include "ModelComparison.h"
 #include "Qov/Ryx/InstanceNames.h"
@@ -63,6 +64,7 @@ std::unique_ptr<Tree> ModelMerge::MergeInstances(MergedNames names) {
   LoadFirst(*master);
   if (mModels.size() == 1 && names == MergedNames::Keep) return master;
   Qov::Util::WithFileContext(mModels[0], [&] { NameInstances(*master, namings[0]); });
+  if (mModels.size() > 1) TakeGroupTimes(*master);
   for (std::size_t i = 1; i != mModels.size(); ++i) {
     mBefore(i);
     Qov::Util::WithFileContext(mModels[i], [&] {
@@ -105,6 +107,7 @@ void ModelMerge::AddInstance(Tree& master, const std::string& path, const ModelN
   mNotes.CountLosses(tree.GetLosses());
   CountLeftOut(master, tree, mNotes);
   NameInstances(tree, naming);
+  TakeGroupTimes(tree);
   RemoveEmptyGeometries(tree.GetNodes(), master.GetNodes());
   DroppedResults none;  // stays empty, because CountLeftOut has found a place for each result
   AppendResults(tree, master, none);
