@@ -109,7 +109,8 @@ class ArraySearch {
   void CompareWith(const Window& window, std::size_t array);
   Groups SetFirst(const Groups& groups);
   void GiveUp(const Group& group) { mResult.mNotCompared += group.mArrays.size() - 1; }
-  bool HasSkippedTooMuch() const;
+  bool IsGivenUp(std::size_t i) const;
+  Group DropGivenUp(const Group& group);
   void Verify() const;
 
   const NumericArray& At(std::size_t i) const { return *mArrays[i]; }
@@ -210,14 +211,12 @@ ArraySearch::Groups ArraySearch::GroupByHash(const Groups& groups) {
       mReaders.push_back(reader);
       mSkipped.Watch(*reader);
     }
-    hashes[i] = MakeHash(At(i));
-    if (reader == nullptr || !mSkipped.AreTooMany(*reader)) continue;
-    for (const Group& group : groups) GiveUp(group);
-    return {};
+    if (!IsGivenUp(i)) hashes[i] = MakeHash(At(i));
   }
   Groups equal;
   for (const Group& group : groups) {
-    Groups parts = GroupBy(group.mArrays, [&hashes](std::size_t i) { return hashes[i]; });
+    Groups parts =
+        GroupBy(DropGivenUp(group).mArrays, [&hashes](std::size_t i) { return hashes[i]; });
     std::move(parts.begin(), parts.end(), std::back_inserter(equal));
   }
   return equal;
@@ -263,18 +262,17 @@ ArraySearch::Groups ArraySearch::Compare(Groups groups) {
   return SetFirst(groups);
 }
 
-/// Compares these windows, unless too much was skipped before, and removes them.
+/// Compares these windows, except those of files that are given up, and removes them.
 void ArraySearch::CompareWindows(std::vector<Window>& windows) {
   std::vector<Comparison> order;
-  if (!HasSkippedTooMuch()) {
-    for (Window& window : windows) {
-      const std::vector<std::size_t>& arrays = window.mpGroup->mArrays;
-      mBytes.Read(At(arrays[0]), window.mBegin, window.mBytes.data(), window.mBytes.size());
-      window.mpGroup->mCompared += window.mBytes.size();
-      for (std::size_t i = 1; i < arrays.size(); ++i) {
-        const auto [file, offset] = GetPlace(arrays[i]);
-        order.push_back({{file, offset + window.mBegin}, arrays[i], &window});
-      }
+  for (Window& window : windows) {
+    const std::vector<std::size_t>& arrays = window.mpGroup->mArrays;
+    if (IsGivenUp(arrays[0])) continue;
+    mBytes.Read(At(arrays[0]), window.mBegin, window.mBytes.data(), window.mBytes.size());
+    window.mpGroup->mCompared += window.mBytes.size();
+    for (std::size_t i = 1; i < arrays.size(); ++i) {
+      const auto [file, offset] = GetPlace(arrays[i]);
+      order.push_back({{file, offset + window.mBegin}, arrays[i], &window});
     }
   }
   std::sort(order.begin(), order.end(), [](const Comparison& a, const Comparison& b) {
@@ -285,7 +283,7 @@ void ArraySearch::CompareWindows(std::vector<Window>& windows) {
 }
 
 void ArraySearch::CompareWith(const Window& window, std::size_t array) {
-  if (mDiffers[array]) return;
+  if (mDiffers[array] || IsGivenUp(array)) return;
   const unsigned char* expected = window.mBytes.data();
   mBytes.ForEachPiece(At(array), window.mBegin, window.mBytes.size(),
                       [&](const unsigned char* bytes, std::size_t n) {
@@ -299,24 +297,42 @@ ArraySearch::Groups ArraySearch::SetFirst(const Groups& groups) {
   Groups rest;
   for (const Group& group : groups) {
     const std::size_t first = group.mArrays[0];
-    if (group.mCompared < GetNumBytes(At(first))) {
-      GiveUp(group);
-      continue;
-    }
     Group others;
-    for (const std::size_t i : group.mArrays) {
-      if (mDiffers[i]) others.mArrays.push_back(i);
-      if (!mDiffers[i]) mResult.mFirst[i] = first;
-      mDiffers[i] = false;
+    if (group.mCompared < GetNumBytes(At(first))) {
+      others = DropGivenUp(group);
+      for (const std::size_t i : group.mArrays) mDiffers[i] = false;
+    } else {
+      for (const std::size_t i : group.mArrays) {
+        if (i != first && IsGivenUp(i)) {
+          ++mResult.mNotCompared;
+        } else if (mDiffers[i]) {
+          others.mArrays.push_back(i);
+        } else {
+          mResult.mFirst[i] = first;
+        }
+        mDiffers[i] = false;
+      }
     }
     if (others.mArrays.size() > 1) rest.push_back(std::move(others));
   }
   return rest;
 }
 
-bool ArraySearch::HasSkippedTooMuch() const {
-  return std::any_of(mReaders.begin(), mReaders.end(),
-                     [this](const StreamReader* reader) { return mSkipped.AreTooMany(*reader); });
+/// Returns true if too much of the array's file was skipped. Its reader is watched.
+bool ArraySearch::IsGivenUp(std::size_t i) const {
+  const auto& loader = At(i).GetLoader();
+  return loader && mSkipped.AreTooMany(loader->GetReader());
+}
+
+/// Returns the arrays of the files that are not given up. Counts the others.
+ArraySearch::Group ArraySearch::DropGivenUp(const Group& group) {
+  Group kept;
+  for (const std::size_t i : group.mArrays) {
+    if (!IsGivenUp(i)) kept.mArrays.push_back(i);
+  }
+  const std::size_t numDropped = group.mArrays.size() - kept.mArrays.size();
+  mResult.mNotCompared += kept.mArrays.empty() ? numDropped - 1 : numDropped;
+  return kept;
 }
 
 /// Verifies everything that was read, because Save does not read arrays that are shared.
