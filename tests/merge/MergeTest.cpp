@@ -308,6 +308,7 @@ TEST_F(Merging, TakesTheRequestedViews) {
   } cases[] = {
       {MergedViews::First, false, {"a.ryx", "b.ryx"}, {"A"}, 2, "current A"},
       {MergedViews::First, true, {"c.ryx", "b.ryx"}, {"V"}, 2, "no name"},
+      {MergedViews::First, true, {"a.ryx", "b.ryx"}, {"A", "V"}, 3, "no name"},
       {MergedViews::All, false, {"a.ryx", "b.ryx", "c.ryx"}, {"A", "B"}, 1, "current A"},
       {MergedViews::All, false, {"c.ryx", "b.ryx"}, {"B"}, 0, "current B"},
       {MergedViews::None, false, {"a.ryx", "b.ryx"}, {}, 5, "no name"},

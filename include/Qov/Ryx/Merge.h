@@ -88,7 +88,9 @@ struct MergeReport {
   SharedArrays mShared;
   std::uint64_t mNodesLeftOut = 0;    ///< By the selection.
   std::uint64_t mResultsLeftOut = 0;  ///< By the selection.
-  std::uint64_t mViewsLeftOut = 0;    ///< Current views, and view points in paths.
+  /// Current views, each with its sequencer, and view points in paths. Includes the current views
+  /// that view-point files replaced.
+  std::uint64_t mViewsLeftOut = 0;
   /// Results that took the values of a result that was left out, instead of their link to it.
   std::uint64_t mLinksReplaced = 0;
   /// Content that was left out or guessed and that has no count above, a line each.

@@ -96,7 +96,8 @@ class MergeRun {
   void AddViewPointFiles(Tree& tree) {
     for (const std::string& path : mViewPointFiles) {
       Qov::Util::WithFileContext(path, [&] {
-        AddViewPoints(tree, path, [this](const std::string& line) { mNotes.AddLine(line); });
+        const auto report = [this](const std::string& line) { mNotes.AddLine(line); };
+        if (AddViewPoints(tree, path, report)) ++mReport.mViewsLeftOut;
       });
     }
   }

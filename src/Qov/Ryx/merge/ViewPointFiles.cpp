@@ -45,22 +45,26 @@ void CheckViewPointFile(const std::string& path) {
   views.LoadViewPathVec(file);
 }
 
-void AddViewPoints(Tree& tree, const std::string& path, const Reporter& report) {
+bool AddViewPoints(Tree& tree, const std::string& path, const Reporter& report) {
   const auto reportNone = [&](const std::string& reason) {
     report(Qov::Util::Quote(path) + ": no views are taken: " + reason);
   };
   Qov::Log::Trace(kMergeSource) << "Loading view points of " << Qov::Util::Quote(path) << " ...";
+  const bool hadViews = tree.HasViewPoints();
+  bool hasViews = false;
   QovJbf::JbFile file;
   const std::string version = OpenViewPointFile(file, path);
   if (QovJbf::HasViews(version)) {
     const FileVersionScope scope(version);
     tree.LoadViewPathVec(file);
     ReportUnknownStreams(path, FindUnknownStreams(file.GetIndex().GetItems()), report);
-    if (!file.HasStream(kViewPoints)) reportNone("the file holds none");
+    hasViews = file.HasStream(kViewPoints);
+    if (!hasViews) reportNone("the file holds none");
   } else {
     reportNone("files of version 0.1 hold none that can be read");
   }
   file.CloseFile();
+  return hadViews && hasViews;
 }
 
 bool AppendViewPaths(Tree& tree, const std::string& path) {

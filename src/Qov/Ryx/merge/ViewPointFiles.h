@@ -16,7 +16,8 @@ inline bool IsViewPointFile(const std::string& path) { return path.ends_with(".v
 void CheckViewPointFile(const std::string& path);
 
 /// Adds the paths of a view-point file to the model, and replaces its current view and sequencer.
-void AddViewPoints(Tree& tree, const std::string& path, const Reporter& report);
+/// Returns true if the model had these.
+bool AddViewPoints(Tree& tree, const std::string& path, const Reporter& report);
 
 /// Adds the paths of a model file to the model. Takes the current view and the sequencer too if the
 /// model has none. Returns false if the file has some that are left out.
