@@ -13,6 +13,7 @@
 #include "RenameContent.h"
 #include "Select.h"
 #include "container/TemporaryOutput.h"
+#include "model/HeavyPass.h"
 
 namespace QovRyx {
 namespace {
@@ -30,24 +31,6 @@ void Edit(Tree& tree, const ExtractRequest& request, ExtractReport& report, Merg
   if (renamed.mNodes + renamed.mResults != 0 && tree.HasViewPoints()) {
     notes.AddLine("The views are not changed: they may refer to old names");
   }
-}
-
-void CountContent(const NodeTree& nodes, ExtractReport& report) {
-  for (const auto& [id, entry] : nodes) report.mNodes += entry.mData ? 1 : 0;
-  ForEachGeometry(nodes, [&report](std::uint32_t, const Geometry& geometry) {
-    report.mResults += geometry.GetVariables().size();
-  });
-}
-
-/// Returns the uncompressed bytes of all arrays.
-double CountBytes(const NodeTree& nodes) {
-  double numBytes = 0;
-  ForEachGeometry(nodes, [&numBytes](std::uint32_t, const Geometry& geometry) {
-    for (const Geometry::VarStruct& result : geometry.GetVariables()) {
-      if (!result.mLink.IsLinked()) numBytes += static_cast<double>(result.mValues.GetSize());
-    }
-  });
-  return numBytes;
 }
 
 /// Raises WriteError if the disk has much less room than the share `kept` of the input takes. Half
@@ -73,12 +56,17 @@ ExtractReport Extract(const ExtractRequest& request) {
   LoadModel(*tree, request.mInput, Tree::ReadMode::Everything,
             [&notes](const std::string& line) { notes.AddLine(line); });
   notes.CountLosses(tree->GetLosses());
-  const double numBytesBefore = CountBytes(tree->GetNodes());
+  const auto numBytesBefore = static_cast<double>(CountHeavyBytes(tree->GetNodes()));
   Edit(*tree, request, report, notes);
-  CountContent(tree->GetNodes(), report);
+  const ContentCounts counts = CountContent(tree->GetNodes());
+  report.mNodes = counts.mNodes;
+  report.mResults = counts.mResults;
   report.mNotes = notes.GetLines();
   if (!output) return report;
-  if (numBytesBefore > 0) CheckRoomFor(request, CountBytes(tree->GetNodes()) / numBytesBefore);
+  if (numBytesBefore > 0) {
+    const auto numBytes = static_cast<double>(CountHeavyBytes(tree->GetNodes()));
+    CheckRoomFor(request, numBytes / numBytesBefore);
+  }
   Qov::Util::WithFileContext(request.mOutput, [&] {
     tree->Save(output->GetTemporaryPath(), "", request.mSettings);
     output->Commit();

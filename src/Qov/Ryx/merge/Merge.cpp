@@ -111,14 +111,6 @@ class MergeRun {
     for (const std::string& note : counts.mNotes) mNotes.AddLine(note);
   }
 
-  void CountNodes(const NodeTree& nodes) {
-    for (const auto& [id, entry] : nodes) mReport.mNodes += entry.mData ? 1 : 0;
-    ForEachGeometry(nodes, [this](std::uint32_t, const Geometry& geometry) {
-      ++mReport.mGeometries;
-      mReport.mResults += geometry.GetVariables().size();
-    });
-  }
-
   /// Raises WriteError if the output, which stores as many bytes for each byte of arrays as the
   /// inputs, does not fit onto the disk. `numHeavyBytes` is the size of the arrays of the inputs.
   void CheckRoom(const Tree& tree, std::uint64_t numHeavyBytes) {
@@ -130,7 +122,10 @@ class MergeRun {
   }
 
   void Save(Tree& tree, QovJbf::TemporaryOutput& output) {
-    CountNodes(tree.GetNodes());
+    const ContentCounts counts = CountContent(tree.GetNodes());
+    mReport.mNodes = counts.mNodes;
+    mReport.mGeometries = counts.mGeometries;
+    mReport.mResults = counts.mResults;
     const std::string& path = output.GetTemporaryPath();
     Qov::Util::WithFileContext(mRequest.mOutput, [&] {
       tree.Save(path, "", mRequest.mSettings);

@@ -87,6 +87,16 @@ void MergeModel(Tree& tree, const std::string& path, const Reporter& report) {
   ReportUnread(path, tree, report);
 }
 
+ContentCounts CountContent(const NodeTree& nodes) {
+  ContentCounts counts;
+  counts.mNodes = nodes.GetSize();
+  ForEachGeometry(nodes, [&counts](std::uint32_t, const Geometry& geometry) {
+    ++counts.mGeometries;
+    counts.mResults += geometry.GetVariables().size();
+  });
+  return counts;
+}
+
 void SaveModel(Tree& tree, const std::string& output) {
   Qov::Log::Trace(kMergeSource) << "Saving " << Qov::Util::Quote(output) << " ...";
   Qov::Util::WithFileContext(output,

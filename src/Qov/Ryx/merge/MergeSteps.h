@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <iostream>
@@ -58,6 +59,14 @@ void LoadModel(Tree& tree, const std::string& path,
 
 /// Reads a further model file into the tree. Reports its unknown streams and unread content.
 void MergeModel(Tree& tree, const std::string& path, const Reporter& report = ReportLeftOut);
+
+/// The numbers of nodes and results of a model.
+struct ContentCounts {
+  std::uint64_t mNodes = 0;  ///< Including the root and nodes without content.
+  std::uint64_t mGeometries = 0;
+  std::uint64_t mResults = 0;
+};
+ContentCounts CountContent(const NodeTree& nodes);
 
 /// Writes a model file. Replaces an existing file.
 void SaveModel(Tree& tree, const std::string& output);
