@@ -9,18 +9,21 @@
 #include <unordered_set>
 
 #include "MergedNames.h"
+#include "Qov/Ryx/InstanceNames.h"
 #include "model/LinkFollower.h"
 #include "model/TimeAttribute.h"
 
 namespace Qov::Tools {
 namespace {
 
-constexpr char kSeparator = '\x1E';
+using QovRyx::kInstanceSeparator;
 
 using Nodes = std::map<std::uint32_t, ExpectedNode>;
 using Parts = std::set<std::string>;
 
-std::string BaseOf(const std::string& name) { return name.substr(0, name.rfind(kSeparator)); }
+std::string BaseOf(const std::string& name) {
+  return name.substr(0, name.rfind(kInstanceSeparator));
+}
 
 /// Returns the instance part that a result gets, for the one that it has.
 std::string NewPart(const MergeRequest& request, std::size_t model, const std::string& part) {
@@ -44,7 +47,7 @@ class GeometryNaming {
       if (old.empty()) continue;
       const std::string part = NewPart(request, model, old);
       parts.insert(part);
-      result.mName = BaseOf(result.mName) + kSeparator + part;
+      result.mName = BaseOf(result.mName) + kInstanceSeparator + part;
       mTaken.insert(result.mName);
     }
     return parts;
@@ -59,7 +62,7 @@ class GeometryNaming {
       const std::string base = BaseOf(mNode.mResults[i].mName);
       bool isNamed = false;
       for (const std::string& part : parts) {
-        const std::string name = base + kSeparator + part;
+        const std::string name = base + kInstanceSeparator + part;
         if (!mTaken.insert(name).second) continue;
         if (isNamed) {
           AddLink(i, name);
@@ -69,7 +72,7 @@ class GeometryNaming {
         isNamed = true;
       }
       if (!isNamed && !ownPart.empty()) {
-        mNode.mResults[i].mName = base + kSeparator + ownPart;
+        mNode.mResults[i].mName = base + kInstanceSeparator + ownPart;
         mTaken.insert(mNode.mResults[i].mName);
       }
     }

@@ -2,17 +2,19 @@
 
 #include <set>
 
+#include "Qov/Ryx/InstanceNames.h"
+
 namespace Qov::Tools {
 namespace {
 
-constexpr char kSeparator = '\x1E';
+using QovRyx::kInstanceSeparator;
 
 /// Puts the suffix before the instance part. Adds a separator to a name without one.
 std::string WithSuffix(const std::string& name, const std::string& suffix) {
   const std::string instance = InstancePartOf(name);
-  const bool hasSeparator = name.find(kSeparator) != name.npos;
+  const bool hasSeparator = name.find(kInstanceSeparator) != name.npos;
   const std::string front = name.substr(0, name.size() - instance.size());
-  return front + (hasSeparator ? "" : std::string(1, kSeparator)) + suffix + instance;
+  return front + (hasSeparator ? "" : std::string(1, kInstanceSeparator)) + suffix + instance;
 }
 
 /// Gives results without an instance part to the first instance. The other instances share them.
@@ -33,7 +35,7 @@ void ShareCommonResults(MergedNames& merged) {
 }  // namespace
 
 std::string InstancePartOf(const std::string& name) {
-  const std::size_t separator = name.rfind(kSeparator);
+  const std::size_t separator = name.rfind(kInstanceSeparator);
   return separator == name.npos ? "" : name.substr(separator + 1);
 }
 

@@ -25,7 +25,7 @@ struct ExtractRequest {
   bool mDryRun = false;  ///< Reports only: nothing is written, and values are not read.
 };
 
-/// What an extraction did.
+/// The counts and notes of an extraction.
 struct ExtractReport {
   std::uint64_t mNodes = 0;  ///< Nodes of the output.
   std::uint64_t mResults = 0;

@@ -8,11 +8,11 @@
 #include "Qov/Ryx/OutputSettings.h"
 #include "Qov/Ryx/Selection.h"
 
-/// Merges of model files for programs: what to merge is a MergeRequest, errors are exceptions, and
+/// Merges of model files for programs. A MergeRequest describes a merge, errors are exceptions, and
 /// the output appears only when it is complete. The fixed merges of RyxMerge are in RyxMerge.h.
 namespace QovRyx {
 
-/// How models are put together.
+/// Ways to put models together.
 enum class MergeMode {
   Automatic,  ///< Instances if all models have the same tree and the same meshes, else Datasets.
   Instances,  ///< The tree of the first model with the results of all models.
@@ -74,7 +74,7 @@ struct SharedArrays {
   std::uint64_t mNotCompared = 0;
 };
 
-/// What a merge did.
+/// The choices, counts and notes of a merge.
 struct MergeReport {
   MergeMode mMode = MergeMode::Datasets;    ///< Never Automatic.
   MergedNames mNames = MergedNames::Keep;   ///< Never Automatic.

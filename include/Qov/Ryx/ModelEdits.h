@@ -11,7 +11,7 @@
 /// Geometry::RenameVariable a result.
 namespace QovRyx {
 
-/// What RemoveContent has removed and replaced.
+/// Counts of the content that RemoveContent has removed or replaced.
 struct RemovedContent {
   std::uint64_t mNodes = 0;
   std::uint64_t mResults = 0;        ///< Including those of removed geometries.

@@ -6,7 +6,7 @@
 
 namespace QovRyx {
 
-/// How a model file is written. The bytes of the file do not depend on the number of threads.
+/// Settings for writing a model file. The bytes of the file do not depend on the number of threads.
 struct OutputSettings {
   /// Replaces an existing file. Otherwise an existing file raises ElementExists.
   bool mOverwrite = false;

@@ -8,7 +8,7 @@
 
 namespace QovRyx {
 
-/// How a merge is made, and why.
+/// The mode and the names of a merge, with the reason.
 struct MergeChoice {
   MergeMode mMode = MergeMode::Datasets;   ///< Not Automatic.
   MergedNames mNames = MergedNames::Keep;  ///< Not Automatic.

@@ -9,7 +9,7 @@
 
 namespace QovRyx {
 
-/// What a selection has left out.
+/// Counts of the content that a selection has left out.
 struct SelectionCounts {
   std::uint64_t mNodesLeftOut = 0;
   std::uint64_t mResultsLeftOut = 0;  ///< Including those of geometries that are left out.
