@@ -18,6 +18,8 @@
 #include "SelectionOptions.h"
 #include "container/SignalRemovals.h"
 #include "diagnostics/Printable.h"
+#include "ledger/MergeRequest.h"
+#include "mesh/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
@@ -88,6 +90,18 @@ QovRyx::Renames ReadNames(const std::vector<std::string>& words, const char* opt
   return names;
 }
 
+/// Adds a note for each array of the mesh that gets another name.
+void AddMeshNotes(const QovRyx::Renames& renames, ExtractReport& report) {
+  const auto isMesh = [](const std::string& name) {
+    return QovMesh::IsMeshBase(QovMesh::SplitName(name).mBase);
+  };
+  for (const auto& [oldName, newName] : renames) {
+    if (!isMesh(oldName) || isMesh(newName)) continue;
+    report.mNotes.push_back(Util::Quote(oldName) +
+                            " is a part of the mesh: geometries without it have no mesh");
+  }
+}
+
 void ExtractCommand::Print(const ExtractReport& report, Output& output) const {
   output.Line(fmt::format("{} {} and {} to {}.", mRequest.mDryRun ? "Would write" : "Wrote",
                           Plural(report.mNodes, "node"), Plural(report.mResults, "result"),
@@ -131,7 +145,13 @@ int ExtractCommand::Run(Output& output, Output& errors) {
   ExtractReport report;
   try {
     report = QovRyx::Extract(mRequest);
+    AddMeshNotes(mRequest.mResultNames, report);
   } catch (const std::exception& error) {
+    if (IsViewPointFile(mRequest.mInput)) {
+      errors.Line(fmt::format("ryx extract: \"{}\" is a view-point file and not a model",
+                              Escape(mRequest.mInput, errors.GetStyle())));
+      return kTrouble;
+    }
     errors.Line("ryx extract: " + DescribeErrorOfFile(error, errors.GetStyle()));
     return kTrouble;
   }

@@ -14,7 +14,7 @@ namespace Qov::Tools {
 class TextTable {
  public:
   enum class Align { Left, Right };
-  /// What Fit() may do to the column.
+  /// The way in which Fit() may change the column.
   enum class Cut { Never, Start, Middle, End };
   static constexpr std::size_t kLeastWidth = 8;
   struct Column {

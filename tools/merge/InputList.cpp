@@ -39,6 +39,7 @@ class ListReader {
  private:
   void EndEntry() {
     ++mNumber;
+    if (mSeparator == '\n' && mEntry.ends_with('\r')) mEntry.pop_back();  // lines end with CR LF
     if (!mEntry.empty()) mPaths.push_back(std::exchange(mEntry, {}));
   }
   [[noreturn]] void Refuse(const char* text) const {
