@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "ExpectModel.h"
+#include "InstanceMismatches.h"
 #include "Plural.h"
 #include "Qov/Ryx/FileArrangement.h"
 #include "mesh/ArrayNames.h"
@@ -17,39 +18,61 @@ namespace {
 
 using Order = std::vector<std::size_t>;
 
-/// Whether an output may have results after the expected ones.
-enum class MoreResults { Refused, Allowed };
+/// Differences between an output and the expected one that are accepted.
+struct Tolerated {
+  bool mMoreResults = false;  ///< Results after the expected ones.
+  bool mMoreLinks = false;    ///< Links instead of values.
+};
 
-bool HasResults(const ExpectedNode& node, const QovRyx::Geometry& geometry, MoreResults more) {
+bool HasResults(const ExpectedNode& node, const QovRyx::Geometry& geometry, Tolerated tolerated) {
   const auto& results = geometry.GetVariables();
   if (results.size() < node.mResults.size()) return false;
-  if (results.size() != node.mResults.size() && more == MoreResults::Refused) return false;
-  return std::equal(node.mResults.begin(), node.mResults.end(), results.begin(),
-                    [](const ExpectedResult& expected, const Result& result) {
-                      return expected.mName == result.mName &&
-                             expected.mLink.IsLinked() == result.mLink.IsLinked();
-                    });
+  if (results.size() != node.mResults.size() && !tolerated.mMoreResults) return false;
+  return std::equal(
+      node.mResults.begin(), node.mResults.end(), results.begin(),
+      [tolerated](const ExpectedResult& expected, const Result& result) {
+        const bool isLinked = result.mLink.IsLinked();
+        return expected.mName == result.mName &&
+               (expected.mLink.IsLinked() == isLinked || (tolerated.mMoreLinks && isLinked));
+      });
 }
 
-bool HasNode(const ExpectedNode& node, const QovRyx::NodeTree::Node& entry, MoreResults more) {
+bool HasNode(const ExpectedNode& node, const QovRyx::NodeTree::Node& entry, Tolerated tolerated) {
   const Item wanted = node.mpSource == nullptr ? Item::Group : ItemOf(*node.mpSource);
   if (ItemOf(entry) != wanted) return false;
   const QovRyx::Node* content = node.GetContent();
   if (content != nullptr && content->GetName() != entry.mData->GetName()) return false;
   const QovRyx::Geometry* geometry = QovRyx::AsGeometry(entry);
-  return geometry == nullptr || HasResults(node, *geometry, more);
+  return geometry == nullptr || HasResults(node, *geometry, tolerated);
+}
+
+bool HasNodes(const ExpectedModel& model, const QovRyx::NodeTree& output, Tolerated tolerated) {
+  if (model.mNodes.size() != output.GetSize()) return false;
+  return std::all_of(model.mNodes.begin(), model.mNodes.end(), [&](const auto& node) {
+    const QovRyx::NodeTree::Node* entry = output.FindNode(node.first);
+    return entry != nullptr && HasNode(node.second, *entry, tolerated);
+  });
+}
+
+/// Returns true if an output has as many nodes as a merge of that kind. Costs much less than an
+/// expected model.
+bool HasNodeCount(const MergeMode& mode, const std::vector<InputFile>& inputs,
+                  const QovRyx::NodeTree& output) {
+  std::size_t count = IsInstanceMode(mode) ? 0 : 1;
+  for (const InputFile& input : inputs) {
+    if (input.mIsViewFile || (IsInstanceMode(mode) && input.mNumber != 1)) continue;
+    count += input.GetNodes().GetSize();
+  }
+  return count == output.GetSize();
 }
 
 /// Returns true if an output has the nodes and results of a merge.
 bool Fits(const MergeMode& mode, const std::vector<InputFile>& inputs,
-          const QovRyx::NodeTree& output, MoreResults more = MoreResults::Refused) {
+          const QovRyx::NodeTree& output, Tolerated tolerated = {}) {
+  if (!HasNodeCount(mode, inputs, output)) return false;
   std::vector<Obstacle> obstacles;
   const ExpectedModel model = ExpectModel(mode, inputs, obstacles);
-  if (!obstacles.empty() || model.mNodes.size() != output.GetSize()) return false;
-  return std::all_of(model.mNodes.begin(), model.mNodes.end(), [&](const auto& node) {
-    const QovRyx::NodeTree::Node* entry = output.FindNode(node.first);
-    return entry != nullptr && HasNode(node.second, *entry, more);
-  });
+  return obstacles.empty() && HasNodes(model, output, tolerated);
 }
 
 /// Puts some of the inputs into another order for its lifetime.
@@ -178,7 +201,7 @@ class Recognizer {
 
   std::string TryMoreInputs() {
     for (const MergeMode& mode : mModes) {
-      if (!IsInstanceMode(mode) || !Fits(mode, mInputs, mOutput, MoreResults::Allowed)) continue;
+      if (!IsInstanceMode(mode) || !Fits(mode, mInputs, mOutput, {.mMoreResults = true})) continue;
       return DescribeMode(mode) + ", and has results of further inputs";
     }
     return CompareTops();
@@ -188,12 +211,27 @@ class Recognizer {
   std::string CompareTops() const {
     const QovRyx::NodeTree::Node& root = mOutput.GetReqNode(QovRyx::NodeTree::kRootId);
     const auto* group = dynamic_cast<const QovRyx::Group*>(root.mData.get());
-    if (group == nullptr || group->GetName() != "Merge") return "";
+    if (group == nullptr || group->GetName() != "Merge") return CompareTrees();
     std::uint64_t found = 0;
     for (const auto& [id, entry] : mOutput) found += entry.mParent == root.mId ? 1 : 0;
     if (found == mRequest.CountModels()) return "";
     return fmt::format("merged from other inputs: it has {} below \"Merge\", {} given",
                        Plural(found, "model"), mRequest.CountModels());
+  }
+
+  /// Compares an output that is not a merge as datasets with the first model. A few nodes that
+  /// differ are faults and not another input, unless the mesh differs, too.
+  std::string CompareTrees() const {
+    const auto first = std::find_if(mInputs.begin(), mInputs.end(),
+                                    [](const InputFile& input) { return !input.mIsViewFile; });
+    const QovRyx::NodeTree& nodes = first->GetNodes();
+    const Mismatches found = FindNodeMismatches(nodes, mOutput);
+    const bool mostDiffer = found.mCount > std::max(nodes.GetSize(), mOutput.GetSize()) / 2;
+    if (found.mCount == 0 || (!mostDiffer && FindMeshMismatches(nodes, mOutput).mCount == 0)) {
+      return "";
+    }
+    return fmt::format("merged from other inputs: {} from {}",
+                       Plural(found.mCount, "node", "differ"), first->mPath);
   }
 
   const MergeRequest& mRequest;
@@ -235,6 +273,16 @@ std::vector<ValueCount> CountValues(const ExpectedModel& model, std::size_t numI
 }
 
 }  // namespace
+
+bool FitsMerge(const MergeRequest& request, const std::vector<InputFile>& inputs,
+               const QovRyx::Tree& output) {
+  if (request.mMode.mKind == MergeKind::Nothing) return false;
+  std::vector<Obstacle> obstacles;
+  const ExpectedModel model = ExpectModel(request, inputs, obstacles);
+  return obstacles.empty() &&
+         model.mHistory.size() + model.mNewHistory.size() == output.GetModifiers().size() &&
+         HasNodes(model, output.GetNodes(), {.mMoreLinks = model.mMayStoreOnce});
+}
 
 std::string RecognizeOtherMerge(const MergeRequest& request, std::vector<InputFile>& inputs,
                                 const QovRyx::Tree& output) {

@@ -9,6 +9,11 @@
 /// almost no values of results.
 namespace Qov::Tools {
 
+/// Returns true if an output has the nodes and results of a merge, and as many history entries.
+/// Compares no values.
+bool FitsMerge(const MergeRequest& request, const std::vector<InputFile>& inputs,
+               const QovRyx::Tree& output);
+
 /// Returns how an output was merged if its nodes and results are not those of the requested merge:
 /// with other options, in another order, or without some of the inputs. Returns an empty text if
 /// they are, or if no merge fits. Leaves `inputs` as they are.
