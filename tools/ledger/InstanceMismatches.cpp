@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 
+#include "ErrorText.h"
 #include "InputFile.h"
 #include "check/Finding.h"
 #include "mesh/ArrayNames.h"
@@ -47,7 +49,60 @@ std::optional<std::uint64_t> CountItemsOf(const QovRyx::Geometry& geometry, std:
   return std::nullopt;
 }
 
+bool HasSamePlacement(const QovRyx::Group& left, const QovRyx::Group& right) {
+  return left.mTranslation == right.mTranslation && left.mRotation == right.mRotation &&
+         left.mScale == right.mScale;
+}
+
+bool HasSameSets(const QovRyx::NodeSets& left, const QovRyx::NodeSets& right) {
+  if (left.GetNumSets() != right.GetNumSets()) return false;
+  if (left.GetNumSets() == 0) return true;
+  const QovRyx::SetColumns leftSets = left.GetColumns();
+  const QovRyx::SetColumns rightSets = right.GetColumns();
+  for (std::size_t i = 0; i < leftSets.size(); ++i) {
+    const auto a = leftSets[i];
+    const auto b = rightSets[i];
+    if (a.mName != b.mName || !std::ranges::equal(a.mValues, b.mValues)) return false;
+  }
+  return true;
+}
+
+/// Returns a description of the difference between two nodes with sets, or an empty text.
+std::string CompareSets(const QovRyx::NodeSets& first, const QovRyx::NodeSets& other) {
+  try {
+    return HasSameSets(first, other) ? "" : "has other sets";
+  } catch (const std::exception& error) {
+    return "has sets that cannot be compared: " + ErrorText(error);
+  }
+}
+
 }  // namespace
+
+ContentMismatches FindContentMismatches(const QovRyx::NodeTree& first,
+                                        const QovRyx::NodeTree& other) {
+  ContentMismatches mismatches;
+  for (const auto& [id, entry] : other) {
+    const Entry* twin = first.FindNode(id);
+    if (twin == nullptr || ItemOf(*twin) != ItemOf(entry)) continue;
+    const std::string node = Quoted(NameOf(entry)) + " ";
+    if (const auto* group = dynamic_cast<const QovRyx::Group*>(entry.mData.get())) {
+      const auto& firstGroup = dynamic_cast<const QovRyx::Group&>(*twin->mData);
+      const bool hasSameAttributes = group->mAttributes == firstGroup.mAttributes;
+      if (hasSameAttributes && HasSamePlacement(*group, firstGroup)) continue;
+      Add(mismatches.mGroups, id,
+          node + (hasSameAttributes ? "has another placement" : "has other attributes"));
+    } else if (const auto* shape = dynamic_cast<const QovRyx::Shape*>(entry.mData.get())) {
+      const auto& firstShape = dynamic_cast<const QovRyx::Shape&>(*twin->mData);
+      if (shape->mMaterial.mValues == firstShape.mMaterial.mValues) continue;
+      Add(mismatches.mShapes, id, node + "has another material");
+    } else if (const auto* sets = dynamic_cast<const QovRyx::NodeSets*>(entry.mData.get())) {
+      const std::string text =
+          CompareSets(dynamic_cast<const QovRyx::NodeSets&>(*twin->mData), *sets);
+      if (!text.empty()) Add(mismatches.mSets, id, node + text);
+    }
+  }
+  return mismatches;
+}
 
 Mismatches FindNodeMismatches(const QovRyx::NodeTree& first, const QovRyx::NodeTree& other) {
   Mismatches mismatches;

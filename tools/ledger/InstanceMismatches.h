@@ -19,4 +19,16 @@ Mismatches FindNodeMismatches(const QovRyx::NodeTree& first, const QovRyx::NodeT
 /// Finds geometries in both models whose numbers of points or of element corners differ.
 Mismatches FindMeshMismatches(const QovRyx::NodeTree& first, const QovRyx::NodeTree& other);
 
+/// Content of nodes that a merge as instances takes from the first model only.
+struct ContentMismatches {
+  Mismatches mGroups;  ///< Groups with other attributes or another placement.
+  Mismatches mShapes;  ///< Shapes with another material.
+  Mismatches mSets;    ///< Nodes with other sets.
+};
+
+/// Compares the content of the nodes that both models have, with an equal type. Reads the node sets
+/// if both have equally many; sets that cannot be read count as different.
+ContentMismatches FindContentMismatches(const QovRyx::NodeTree& first,
+                                        const QovRyx::NodeTree& other);
+
 }  // namespace Qov::Tools

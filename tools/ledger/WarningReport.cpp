@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <tuple>
 
 #include "Plural.h"
@@ -39,8 +41,10 @@ std::vector<WarningGroup> GroupWarnings(const std::vector<Warning>& warnings, De
 }  // namespace
 
 bool HasWarningOfLoss(const std::vector<Warning>& warnings) {
-  return std::any_of(warnings.begin(), warnings.end(), [](const Warning& warning) {
-    return warning.mCode == "unread-content" || warning.mCode == "unknown-stream";
+  constexpr std::array<std::string_view, 5> kCodes = {
+      "other-attributes", "other-material", "other-sets", "unknown-stream", "unread-content"};
+  return std::any_of(warnings.begin(), warnings.end(), [&kCodes](const Warning& warning) {
+    return std::find(kCodes.begin(), kCodes.end(), warning.mCode) != kCodes.end();
   });
 }
 

@@ -60,6 +60,7 @@ class ContentWarnings {
   void FindSameNames();
   void FindInputsWithoutEffect();
   void FindMismatches();
+  void FindLostContent(const InputFile& first, const InputFile& input, const char* remedy);
   void FindLostValues();
   void FindViewsLeftOut();
   void FindUnread(std::size_t input);
@@ -155,6 +156,23 @@ void ContentWarnings::FindInputsWithoutEffect() {
   }
 }
 
+/// Finds content of the nodes of a further instance that the first one has otherwise.
+void ContentWarnings::FindLostContent(const InputFile& first, const InputFile& input,
+                                      const char* remedy) {
+  const ContentMismatches found = FindContentMismatches(first.GetNodes(), input.GetNodes());
+  const auto add = [&](const char* code, const Mismatches& mismatches, const char* content,
+                       const char* noun) {
+    if (mismatches.mCount == 0) return;
+    Add(code, input.mPath,
+        fmt::format("{} of {} differ from the first model and are left out: {}", content,
+                    Plural(mismatches.mCount, noun), mismatches.mFirst),
+        remedy);
+  };
+  add("other-attributes", found.mGroups, "attributes or placements", "group");
+  add("other-material", found.mShapes, "materials", "shape");
+  add("other-sets", found.mSets, "sets", "node");
+}
+
 /// Compares further instances with the first one.
 void ContentWarnings::FindMismatches() {
   if (!IsInstanceMode(mLedger.mMode)) return;
@@ -182,6 +200,7 @@ void ContentWarnings::FindMismatches() {
                       meshes.mCount == 1 ? " differs" : "es differ", meshes.mFirst),
           remedy);
     }
+    FindLostContent(*first, input, remedy);
   }
 }
 
