@@ -2,21 +2,16 @@
 
 #include <CLI/App.hpp>
 #include <exception>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "Command.h"
 #include "ErrorText.h"
-#include "OptionValues.h"
 #include "OutputSettingsOptions.h"
 #include "Plural.h"
-#include "Qov/Ryx/FileArrangement.h"
 #include "Qov/Ryx/Merge.h"
-#include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
-#include "SelectionOptions.h"
 #include "container/SignalRemovals.h"
 #include "container/TemporaryOutput.h"
 #include "ledger/FaultText.h"
@@ -25,6 +20,7 @@
 #include "merge/InputProgress.h"
 #include "merge/MergeChecks.h"
 #include "merge/MergeJson.h"
+#include "merge/MergeRequestOptions.h"
 #include "merge/MergeText.h"
 
 namespace Qov::Tools {
@@ -49,17 +45,6 @@ constexpr const char* kFooter =
     "         find runs -name '*.ryx' -print0 | sort -z | ryx merge --from - -0 -o all.ryx\n"
     "         ryx merge run*.ryx --results Stress --dry-run -o all.ryx";
 
-/// The words of an option, and what they mean.
-template <class T>
-using Words = std::map<std::string, T>;
-
-template <class T, std::size_t N>
-Words<T> WordsOf(const T (&values)[N]) {
-  Words<T> words;
-  for (const T value : values) words.emplace(NameOf(value), value);
-  return words;
-}
-
 class MergeCommand : public Command {
  public:
   const char* GetName() const override { return "merge"; }
@@ -70,7 +55,6 @@ class MergeCommand : public Command {
 
  private:
   void DeclareInputs(CLI::App& app);
-  void DeclareMerge(CLI::App& app);
   void CollectInputs();
   Detail GetDetail() const { return mDetails ? Detail::Full : Detail::Summary; }
   void CheckOutput() const;
@@ -78,27 +62,15 @@ class MergeCommand : public Command {
   int Merge(Output& output, Output& errors);
 
   QovRyx::MergeRequest mRequest;
+  MergeRequestOptions mOptions;
   std::vector<std::string> mLists;
   bool mIsZeroSeparated = false;
-  bool mNaturalOrder = false;
   bool mVerify = false;
   bool mStrict = false;
   bool mDryRun = false;
   bool mDetails = false;
   bool mJson = false;
 };
-
-template <class T>
-void AddChoice(CLI::App& app, const char* name, T& value, const Words<T>& words, const char* type,
-               const char* help) {
-  std::vector<std::string> known;
-  for (const auto& [word, meaning] : words) known.push_back(word);
-  app.add_option_function<std::string>(
-         name, [&value, words](const std::string& word) { value = words.at(word); }, help)
-      ->type_name(type)
-      ->check(CLI::IsMember(known))
-      ->option_text(type);
-}
 
 void MergeCommand::DeclareInputs(CLI::App& app) {
   app.add_option("INPUT", mRequest.mInputs, "Models, and view-point files (.vpt)");
@@ -108,37 +80,11 @@ void MergeCommand::DeclareInputs(CLI::App& app) {
       ->type_name("FILE")
       ->allow_extra_args(false);
   app.add_flag("-0,--null", mIsZeroSeparated, "Paths in FILE end with a zero byte, not a newline");
-  app.add_flag("--natural-order", mNaturalOrder,
-               "Order the inputs by their trailing numbers: run2 before run10");
-}
-
-void MergeCommand::DeclareMerge(CLI::App& app) {
-  using QovRyx::MergedNames;
-  using QovRyx::MergedViews;
-  using QovRyx::MergeMode;
-  AddChoice(app, "--as", mRequest.mMode,
-            WordsOf({MergeMode::Automatic, MergeMode::Instances, MergeMode::Datasets}),
-            "auto|instances|datasets", "How models are put together");
-  AddChoice(
-      app, "--names", mRequest.mNames,
-      WordsOf({MergedNames::Automatic, MergedNames::Keep, MergedNames::Stem, MergedNames::Number}),
-      "auto|keep|stem|number",
-      "Instance parts of names: as they are, with the file's name, or with F1, F2 ...");
-  app.add_option("--first-number", mRequest.mFirstNumber, "The number of the first model")
-      ->option_text("K")
-      ->transform(WholeNumber());
-  app.add_flag("--share,!--no-share", mRequest.mShare, "Store equal arrays once, the default");
-  AddChoice(app, "--views", mRequest.mViews,
-            WordsOf({MergedViews::First, MergedViews::All, MergedViews::None}), "first|all|none",
-            "The models whose views are taken");
-  app.add_flag("--join", mRequest.mJoin,
-               "Put the contents of models that are merged datasets below one root");
 }
 
 void MergeCommand::Declare(CLI::App& app) {
   DeclareInputs(app);
-  DeclareMerge(app);
-  DeclareSelection(app, mRequest.mSelection);
+  mOptions.Declare(app, mRequest);
   DeclareOutputSettings(app, mRequest.mOutput, mRequest.mSettings);
   app.add_flag("--verify", mVerify, "Compare the output with the inputs before it gets its name");
   app.add_flag("--strict", mStrict, "Do not start if there are warnings");
@@ -157,7 +103,7 @@ void MergeCommand::CollectInputs() {
     Util::Raise(kSource, ErrorType::ZeroLength,
                 "there are no inputs: name models, or a list of them with --from");
   }
-  if (mNaturalOrder) mRequest.mInputs = QovRyx::arrange_files(mRequest.mInputs);
+  mOptions.ArrangeInputs(mRequest);
 }
 
 /// Shows the progress of reading, and verifies the output.
@@ -204,9 +150,24 @@ void MergeCommand::CheckOutput() const {
   const QovJbf::TemporaryOutput probe(mRequest.mOutput, mRequest.mSettings.mOverwrite);
 }
 
+/// Prints why inputs cannot be read.
+void PrintUnreadable(const std::vector<InputFile>& inputs, Output& errors) {
+  for (const InputFile& input : inputs) {
+    if (input.mError.empty()) continue;
+    const bool namesFile = input.mError.find(input.mPath) != std::string::npos;
+    const std::string text = namesFile ? input.mError : input.mPath + ": " + input.mError;
+    errors.Line("ryx merge: " + Escape(text, errors.GetStyle()));
+  }
+}
+
 int MergeCommand::Merge(Output& output, Output& errors) {
   CheckOutput();
-  const std::vector<Warning> warnings = PlanMerge(mRequest).mWarnings;
+  const MergePlan plan = PlanMerge(mRequest);
+  if (!AllAreReadable(plan.mInputs)) {
+    PrintUnreadable(plan.mInputs, errors);
+    return kTrouble;
+  }
+  const std::vector<Warning>& warnings = plan.mWarnings;
   PrintWarnings(warnings, GetDetail(), errors);
   if (mStrict && !warnings.empty()) {
     errors.Line("ryx merge: nothing was merged, because of the warnings and --strict");
@@ -219,25 +180,20 @@ int MergeCommand::Merge(Output& output, Output& errors) {
     return kSuccess;
   }
   PrintMerge(mRequest, report, output);
-  if (mVerify) output.Line("Verified: nothing is missing and all values match");
+  if (mVerify) {
+    const bool isWhole = !HasLeftOut(report) && !HasWarningOfLoss(warnings);
+    output.Line(isWhole ? "Verified: nothing is missing and all values match"
+                        : "Verified: all values that were taken match");
+  }
   return kSuccess;
 }
 
-/// Returns the text of an error, with the path of the file that it concerns.
-std::string TextWithPath(const std::exception& error) {
-  const std::string text = ErrorText(error);
-  const auto* concerned = dynamic_cast<const Util::FileContext*>(&error);
-  const std::string path = concerned == nullptr ? "" : concerned->GetFilePath();
-  return path.empty() || text.find(path) != text.npos ? text : path + ": " + text;
-}
-
 int MergeCommand::Run(Output& output, Output& errors) {
-  CollectInputs();
-  if (mDryRun) return Plan(output);
   try {
-    return Merge(output, errors);
+    CollectInputs();
+    return mDryRun ? Plan(output) : Merge(output, errors);
   } catch (const std::exception& error) {
-    errors.Line("ryx merge: " + Escape(TextWithPath(error), errors.GetStyle()));
+    errors.Line("ryx merge: " + DescribeErrorOfFile(error, errors.GetStyle()));
     return kTrouble;
   }
 }

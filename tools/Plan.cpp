@@ -10,6 +10,7 @@
 
 #include "Command.h"
 #include "Plan.h"
+#include "Qov/Util/Raise.h"
 #include "ValueText.h"
 #include "ledger/ExpectModel.h"
 #include "ledger/LedgerJson.h"
@@ -19,19 +20,23 @@
 #include "ledger/SizeEstimate.h"
 #include "ledger/WarningReport.h"
 #include "ledger/Warnings.h"
+#include "merge/MergeChecks.h"
+#include "merge/MergeRequestOptions.h"
 
 namespace Qov::Tools {
 namespace {
 
 constexpr const char* kFooter =
-    "Takes the command line of RyxMerge and shows the effects of the merge: the order of the\n"
+    "Takes the command line of RyxMerge, or the options of ryx merge, and shows the effects of the "
+    "merge: the order of the\n"
     "inputs, what is copied and what is dropped, new names, links, and the size of the output.\n"
     "Writes nothing and reads no values of results. Warnings come last, each with a remedy.\n"
     "\n"
     "Exit status: 0 the merge can be done, 1 it would fail, or there are warnings and --strict is\n"
     "given, 2 failure.\n"
     "\n"
-    "Example: ryx plan --merge-as-instances --arrange-files run*.ryx all.ryx";
+    "Example: ryx plan --merge-as-instances --arrange-files run*.ryx all.ryx\n"
+    "         ryx plan --as auto --results Stress run*.ryx all.ryx";
 
 void Append(std::vector<Warning> more, std::vector<Warning>& warnings) {
   warnings.insert(warnings.end(), more.begin(), more.end());
@@ -76,7 +81,10 @@ class PlanReport {
 
 void PlanReport::PrintOrder() {
   const MergeRequest& request = mPlan.mRequest;
-  mOutput.Line(fmt::format("Merge as {} into {}", NameOf(request.mMode), Shown(request.mOutput)));
+  const bool isChosen = request.mMode.mKind != MergeKind::Nothing || request.mMode.IsOfRyxMerge();
+  mOutput.Line(fmt::format("Merge {}into {}",
+                           isChosen ? fmt::format("as {} ", NameOf(request.mMode)) : "",
+                           Shown(request.mOutput)));
   constexpr std::size_t kMostShown = 20;
   constexpr std::size_t kShownAtEachEnd = 3;
   const std::size_t numInputs = mPlan.mInputs.size();
@@ -179,30 +187,45 @@ class PlanCommand : public Command {
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
+    mMergeOptions.Declare(app, mMergeRequest);
     app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
     app.add_flag("--details", mDetails, "Show equal inputs and equal warnings one by one");
     app.add_flag("--json", mJson, "Print one JSON document");
-    app.add_option("PATH", mPaths, "Two or more inputs, and then the output")
-        ->required()
-        ->expected(3, -1);
+    app.add_option("PATH", mPaths, "The inputs, and then the output")->required()->expected(2, -1);
   }
   int Run(Output& output, Output& errors) override;
 
  private:
+  MergePlan MakePlanOfRyxMerge() const;
+
   MergeOptions mOptions;
+  MergeRequestOptions mMergeOptions;
+  QovRyx::MergeRequest mMergeRequest;
   bool mStrict = false;
   bool mDetails = false;
   bool mJson = false;
   std::vector<std::string> mPaths;
 };
 
-int PlanCommand::Run(Output& output, Output& /*errors*/) {
-  const std::vector<std::string> inputs(mPaths.begin(), mPaths.end() - 1);
-  MergeRequest request = MakeMergeRequest(mOptions, inputs, mPaths.back());
+MergePlan PlanCommand::MakePlanOfRyxMerge() const {
+  MergeRequest request = MakeMergeRequest(mOptions, mMergeRequest.mInputs, mMergeRequest.mOutput);
   std::vector<Warning> warnings = FindOutputWarnings(request);
   Append(FindRequestWarnings(mOptions, request), warnings);
   std::vector<InputFile> files = LoadInputs(request);
-  const MergePlan plan = MakePlan(std::move(request), std::move(files), std::move(warnings));
+  return MakePlan(std::move(request), std::move(files), std::move(warnings));
+}
+
+int PlanCommand::Run(Output& output, Output& /*errors*/) {
+  mMergeOptions.RefuseTogetherWith(mOptions);
+  mMergeRequest.mInputs.assign(mPaths.begin(), mPaths.end() - 1);
+  mMergeRequest.mOutput = mPaths.back();
+  mMergeOptions.ArrangeInputs(mMergeRequest);
+  const bool isOfRyxMerge = mMergeOptions.FindGiven().empty();
+  if (isOfRyxMerge && mMergeRequest.mInputs.size() < 2) {
+    Util::Raise("tools/Plan", Util::Exception::ErrorType::InvalidMethod,
+                "RyxMerge needs two or more inputs: name them before the output");
+  }
+  const MergePlan plan = isOfRyxMerge ? MakePlanOfRyxMerge() : PlanMerge(mMergeRequest);
   if (mJson) {
     output.Line(FormatJson(PlanJson(plan)));
   } else {
@@ -221,9 +244,7 @@ MergePlan MakePlan(MergeRequest request, std::vector<InputFile> inputs,
   plan.mRequest = std::move(request);
   plan.mObstacles = FindFileObstacles(plan.mRequest, plan.mInputs);
   if (plan.mRequest.mMode.mKind == MergeKind::Nothing) return plan;
-  for (const InputFile& input : plan.mInputs) {
-    if (!input.mError.empty()) return plan;
-  }
+  if (!AllAreReadable(plan.mInputs)) return plan;
   const std::size_t numFileObstacles = plan.mObstacles.size();
   const ExpectedModel model = ExpectModel(plan.mRequest, plan.mInputs, plan.mObstacles);
   if (plan.mObstacles.size() != numFileObstacles) return plan;
@@ -256,6 +277,7 @@ Json PlanJson(const MergePlan& plan) {
 }
 
 int StatusOf(const MergePlan& plan, bool isStrict) {
+  if (!plan.mRequest.mMode.IsOfRyxMerge() && !AllAreReadable(plan.mInputs)) return kTrouble;
   const bool isRefused = isStrict && !plan.mWarnings.empty();
   return plan.IsPossible() && !isRefused ? kSuccess : kFindings;
 }

@@ -38,7 +38,7 @@ void PrintPlan(const MergePlan& plan, Detail detail, Output& output);
 Json PlanJson(const MergePlan& plan);
 
 /// Returns the exit status of a plan: kSuccess, or kFindings if the merge would fail, or if there
-/// are warnings and `isStrict` is true.
+/// are warnings and `isStrict` is true, or, for `ryx merge`, kTrouble if an input cannot be read.
 int StatusOf(const MergePlan& plan, bool isStrict);
 
 }  // namespace Qov::Tools

@@ -21,6 +21,8 @@
 #include "ledger/VerifyOutput.h"
 #include "ledger/WarningReport.h"
 #include "ledger/Warnings.h"
+#include "merge/MergeChecks.h"
+#include "merge/MergeRequestOptions.h"
 
 namespace Qov::Tools {
 namespace {
@@ -29,7 +31,9 @@ constexpr int kDiffers = 1;
 constexpr std::size_t kUsualLimit = 20;
 
 constexpr const char* kFooter =
-    "Takes the options and inputs of a run of RyxMerge. Compares every value of every result in\n"
+    "Takes the options and inputs of a run of RyxMerge or of ryx merge. Without options it finds\n"
+    "out which of them made OUTPUT, if all options of that run had their defaults. Compares every "
+    "value of every result in\n"
     "OUTPUT with the input that it comes from, and names, links, attributes, materials, node "
     "sets,\n"
     "views and the history. The first line says so if the output was merged with other options or\n"
@@ -38,7 +42,8 @@ constexpr const char* kFooter =
     "Exit status: 0 nothing is missing and all values match, 1 something differs, or there are\n"
     "warnings and --strict is given, 2 failure.\n"
     "\n"
-    "Example: ryx verify --merge-as-instances --arrange-files all.ryx run*.ryx";
+    "Example: ryx verify --merge-as-instances --arrange-files all.ryx run*.ryx\n"
+    "         ryx verify --names stem --natural-order all.ryx run*.ryx";
 
 /// The result of a verification.
 struct Verdict {
@@ -47,19 +52,15 @@ struct Verdict {
   bool IsGood() const { return mTrouble.empty() && mFaults.GetCount() == 0 && mLedger.AddsUp(); }
 
   std::vector<Obstacle> mTrouble;  ///< Reasons why nothing was compared.
-  /// How the output was merged, if not as requested. Not escaped.
+  /// Describes how the output was merged, if not as requested. Not escaped.
   std::string mRecognized;
   Ledger mLedger;
   Faults mFaults;
   std::vector<Warning> mWarnings;
 };
 
-/// Returns false and adds the reasons to the verdict if nothing can be compared.
-bool CheckInputs(const MergeRequest& request, const std::vector<InputFile>& inputs,
-                 Verdict& verdict) {
-  if (request.mMode.mKind == MergeKind::Nothing) {
-    verdict.mTrouble.push_back({"", "RyxMerge writes no output for these inputs", ""});
-  }
+/// Returns false and adds the reasons to the verdict if inputs cannot be read.
+bool CheckInputs(const std::vector<InputFile>& inputs, Verdict& verdict) {
   for (const InputFile& input : inputs) {
     if (!input.mError.empty()) verdict.mTrouble.push_back({input.mPath, input.mError, ""});
   }
@@ -85,22 +86,18 @@ Obstacle DescribeUnreadableInput(const std::exception& error) {
   return {path, FileErrorText(path, error), ""};
 }
 
-void AddWarnings(const MergeOptions& options, const MergeRequest& request,
-                 const std::vector<InputFile>& inputs, const ExpectedModel& model,
+/// Adds the warnings about the content after those about the request.
+void AddWarnings(const std::vector<InputFile>& inputs, const ExpectedModel& model,
                  Verdict& verdict) {
-  verdict.mWarnings = FindRequestWarnings(options, request);
   const Ledger planned = MakeLedger(model, inputs);
   for (Warning& warning : FindContentWarnings(inputs, model, planned)) {
     verdict.mWarnings.push_back(std::move(warning));
   }
 }
 
-void Verify(const MergeOptions& options, const MergeRequest& request, Verdict& verdict) {
-  std::vector<InputFile> inputs = LoadInputs(request);
-  QovRyx::Tree output(false);
-  if (!CheckInputs(request, inputs, verdict)) return;
-  if (!LoadOutput(request.mOutput, output, verdict)) return;
-  verdict.mRecognized = RecognizeOtherMerge(request, inputs, output);
+/// Compares an output with a merge of inputs that can be read.
+void Compare(const MergeRequest& request, const std::vector<InputFile>& inputs,
+             const QovRyx::Tree& output, Verdict& verdict) {
   std::vector<Obstacle> obstacles;
   ExpectedModel model = ExpectModel(request, inputs, obstacles);
   for (const Obstacle& obstacle : obstacles) {
@@ -109,7 +106,7 @@ void Verify(const MergeOptions& options, const MergeRequest& request, Verdict& v
   }
   verdict.mLedger = model.mLedger;
   if (!obstacles.empty()) return;
-  AddWarnings(options, request, inputs, model, verdict);
+  AddWarnings(inputs, model, verdict);
   try {
     VerifyOutput(model, inputs, output, verdict.mFaults);
     AddUnreadContent(FindUnreadContent(request.mOutput), verdict.mFaults);
@@ -121,16 +118,21 @@ void Verify(const MergeOptions& options, const MergeRequest& request, Verdict& v
   verdict.mLedger = MakeLedger(model, inputs, CountItems(output));
 }
 
+/// Returns the program of a merge as a part of a sentence; empty for RyxMerge.
+const char* ProgramOf(const MergeRequest& request) {
+  return request.mMode.IsOfRyxMerge() ? "" : "by ryx merge ";
+}
+
 void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Detail detail,
                   Output& output) {
   const TextStyle& style = output.GetStyle();
   const std::string path = Escape(request.mOutput, style);
   if (verdict.mRecognized.empty()) {
-    output.Line(fmt::format("{}, merged as {}", path, NameOf(request.mMode)));
+    output.Line(fmt::format("{}, merged {}as {}", path, ProgramOf(request), NameOf(request.mMode)));
   } else {
     output.Line(fmt::format("{} was {}", path, Escape(verdict.mRecognized, style)));
-    output.Line(
-        fmt::format("Compared with the merge of these inputs as {}", NameOf(request.mMode)));
+    output.Line(fmt::format("Compared with the merge of these inputs {}as {}", ProgramOf(request),
+                            NameOf(request.mMode)));
   }
   PrintLedger(verdict.mLedger, request.mOutput, detail, output);
   output.Line();
@@ -167,6 +169,7 @@ Json FaultsJson(const Faults& faults) {
 
 Json VerdictJson(const MergeRequest& request, const Verdict& verdict) {
   Json document = MakeJsonDocument("verify");
+  document["program"] = request.mMode.IsOfRyxMerge() ? "RyxMerge" : "ryx merge";
   document["mode"] = NameOf(request.mMode);
   document["path"] = JsonText(request.mOutput);
   document["addsUp"] = verdict.IsGood();
@@ -192,6 +195,7 @@ class VerifyCommand : public Command {
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     DeclareMergeOptions(app, mOptions);
+    mMergeOptions.Declare(app, mMergeRequest);
     app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
     app.add_flag("--details", mDetails, "Show equal inputs and equal warnings one by one");
     app.add_flag("--json", mJson, "Print one JSON document");
@@ -199,12 +203,19 @@ class VerifyCommand : public Command {
         ->capture_default_str()
         ->transform(WholeNumber());
     app.add_option("OUTPUT", mOutputPath, "The merged model")->required();
-    app.add_option("INPUT", mInputPaths, "The inputs of the merge")->required()->expected(2, -1);
+    app.add_option("INPUT", mInputPaths, "The inputs of the merge")->required()->expected(1, -1);
   }
   int Run(Output& output, Output& errors) override;
 
  private:
+  bool IsOfMerge() const { return !mMergeOptions.FindGiven().empty(); }
+  void RecognizeProgram(const std::vector<InputFile>& inputs, const QovRyx::Tree& output,
+                        MergeRequest& request);
+  void Verify(MergeRequest& request, Verdict& verdict);
+
   MergeOptions mOptions;
+  MergeRequestOptions mMergeOptions;
+  QovRyx::MergeRequest mMergeRequest;
   bool mStrict = false;
   bool mDetails = false;
   bool mJson = false;
@@ -220,10 +231,43 @@ void PrintTrouble(const Verdict& verdict, Output& errors) {
   }
 }
 
+/// Chooses the merge of `ryx merge` if its options are given. Without any options chooses it if the
+/// output fits it and not that of RyxMerge.
+void VerifyCommand::RecognizeProgram(const std::vector<InputFile>& inputs,
+                                     const QovRyx::Tree& output, MergeRequest& request) {
+  if (!IsOfMerge() && (!mOptions.GetNames().empty() || FitsMerge(request, inputs, output))) return;
+  MergeRequest described = DescribeMerge(mMergeRequest);
+  if (described.CountModels() != 0) ChooseMerge(mMergeRequest, described);
+  if (IsOfMerge() || FitsMerge(described, inputs, output)) request = std::move(described);
+}
+
+void VerifyCommand::Verify(MergeRequest& request, Verdict& verdict) {
+  std::vector<InputFile> inputs = LoadInputs(request);
+  QovRyx::Tree output(false);
+  if (!CheckInputs(inputs, verdict) || !LoadOutput(request.mOutput, output, verdict)) return;
+  RecognizeProgram(inputs, output, request);
+  const bool isOfRyxMerge = request.mMode.IsOfRyxMerge();
+  if (request.mMode.mKind == MergeKind::Nothing) {
+    const char* program = isOfRyxMerge ? "RyxMerge" : "ryx merge";
+    verdict.mTrouble.push_back(
+        {"", std::string(program) + " writes no output for these inputs", ""});
+    return;
+  }
+  if (isOfRyxMerge) verdict.mRecognized = RecognizeOtherMerge(request, inputs, output);
+  verdict.mWarnings = isOfRyxMerge ? FindRequestWarnings(mOptions, request)
+                                   : FindMergeWarnings(mMergeRequest, request);
+  Compare(request, inputs, output, verdict);
+}
+
 int VerifyCommand::Run(Output& output, Output& errors) {
-  const MergeRequest request = MakeMergeRequest(mOptions, mInputPaths, mOutputPath);
+  mMergeOptions.RefuseTogetherWith(mOptions);
+  MergeRequest request = MakeMergeRequest(mOptions, mInputPaths, mOutputPath);
+  mMergeRequest.mInputs = mInputPaths;
+  mMergeRequest.mOutput = mOutputPath;
+  mMergeOptions.ArrangeInputs(mMergeRequest);
+  if (IsOfMerge()) request = DescribeMerge(mMergeRequest);
   Verdict verdict(mLimit);
-  Verify(mOptions, request, verdict);
+  Verify(request, verdict);
   PrintTrouble(verdict, errors);
   if (mJson) {
     output.Line(FormatJson(VerdictJson(request, verdict)));

@@ -126,6 +126,59 @@ TEST_F(RyxMerge, IsVerified) {
   }
 }
 
+/// `ryx verify` takes the options of `ryx merge`, and finds each change of the output.
+TEST_F(RyxMerge, IsVerifiedByTheCommand) {
+  const auto build = [](std::uint32_t seed) {
+    return [seed](Tree& tree) { BuildPlate(tree, {"Heat|LC1", "Stress|LC1", "Load|LC2"}, seed); };
+  };
+  const Strings inputs = {SaveModel("run10.ryx", build(1)), SaveModel("run2.ryx", build(2))};
+  const std::vector<Strings> kinds = {
+      {},
+      {"--natural-order"},
+      {"--as", "datasets"},
+      {"--as", "instances", "--names", "keep"},
+      {"--names", "number", "--first-number", "3"},
+      {"--no-share"},
+      {"--views", "none"},
+      {"--results", "Stress", "--results", "Load"},
+      {"--without-instances", "LC1", "--as", "datasets"},
+  };
+  const std::pair<const char*, void (*)(Geometry&)> faults[] = {
+      {"swapped", [](Geometry& g) { std::swap(g.EditVariable(0), g.EditVariable(1)); }},
+      {"removed", [](Geometry& g) { g.RemoveVariables({true}); }},
+      {"linked",
+       [](Geometry& g) {
+         g.EditVariable(0).mLink = ResultLink({99, 0});
+       }},
+  };
+  const std::string planted = mDir / "planted.ryx";
+  for (const Strings& kind : kinds) {
+    SCOPED_TRACE(testing::PrintToString(kind));
+    ASSERT_EQ(Run(Joined(Joined({"merge", "--overwrite", "-o", mOutput}, kind), inputs)).mStatus,
+              0);
+    const Outcome outcome = Verify(kind, inputs);
+    EXPECT_EQ(outcome.mStatus, 0) << outcome.mOut << outcome.mErr;
+    EXPECT_THAT(outcome.mOut, HasSubstr("merged by ryx merge as "));
+    const auto expectFound = [&](const char* name, const std::function<void(Tree&)>& plant) {
+      Tree tree(false);
+      LoadTree(tree, mOutput);
+      plant(tree);
+      SaveTree(tree, planted);
+      const Strings command = Joined(Joined({"verify"}, kind), {planted});
+      EXPECT_EQ(Run(Joined(command, inputs)).mStatus, 1) << name;
+    };
+    expectFound("value", [](Tree& tree) { PlantFault(tree, 5); });
+    for (const auto& [name, change] : faults) {
+      expectFound(name, [plant = change](Tree& tree) {
+        bool isDone = false;
+        ForEachGeometry(tree.GetNodes(), [&](std::uint32_t, Geometry& geometry) {
+          if (!std::exchange(isDone, true)) plant(geometry);
+        });
+      });
+    }
+  }
+}
+
 TEST_F(RyxMerge, ReadsLongLists) {
   Plate("a.ryx", {"Stress|LC1"});
   std::ofstream list(mDir / "list");

@@ -1,5 +1,6 @@
 #include "InputFile.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "ErrorText.h"
@@ -80,6 +81,11 @@ std::vector<InputFile> LoadInputs(const MergeRequest& request) {
     inputs.push_back(std::move(input));
   }
   return inputs;
+}
+
+bool AllAreReadable(const std::vector<InputFile>& inputs) {
+  return std::all_of(inputs.begin(), inputs.end(),
+                     [](const InputFile& input) { return input.mError.empty(); });
 }
 
 Item ItemOf(const QovRyx::NodeTree::Node& entry) {

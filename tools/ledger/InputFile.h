@@ -25,6 +25,8 @@ struct InputFile {
 /// Reads the parts of each input that the merge will read, in the order of the merge.
 std::vector<InputFile> LoadInputs(const MergeRequest& request);
 
+bool AllAreReadable(const std::vector<InputFile>& inputs);
+
 /// Counts the items of each kind in a model, with its views and history.
 PerItem<std::uint64_t> CountItems(const QovRyx::Tree& tree);
 

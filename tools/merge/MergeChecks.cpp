@@ -25,35 +25,6 @@ std::vector<std::string> ListModels(const std::vector<std::string>& inputs) {
   return models;
 }
 
-/// Chooses the mode and the names.
-void Choose(const QovRyx::MergeRequest& request, MergeRequest& described) {
-  const std::vector<std::string> models = ListModels(request.mInputs);
-  const QovRyx::MergeChoice choice = QovRyx::ChooseMerge(request, models, [](std::size_t) {});
-  const bool isInstances = choice.mMode == QovRyx::MergeMode::Instances;
-  described.mMode.mKind = isInstances ? MergeKind::Instances : MergeKind::Datasets;
-  described.mMode.mNames = choice.mNames;
-  for (const auto& naming : QovRyx::NameModels(models, choice.mNames, request.mFirstNumber)) {
-    described.mParts.push_back(naming.mPart);
-  }
-}
-
-MergeRequest Describe(const QovRyx::MergeRequest& request) {
-  MergeRequest described;
-  described.mMode.mNames = request.mNames;
-  described.mInputs = request.mInputs;
-  described.mOutput = request.mOutput;
-  described.mJoin = request.mJoin;
-  described.mViews = request.mViews;
-  described.mSelection = request.mSelection;
-  described.mShare = request.mShare;
-  return described;
-}
-
-bool AllAreReadable(const std::vector<InputFile>& inputs) {
-  return std::all_of(inputs.begin(), inputs.end(),
-                     [](const InputFile& input) { return input.mError.empty(); });
-}
-
 /// Finds options without effect.
 void FindUselessOptions(const QovRyx::MergeRequest& request, const MergeMode& mode,
                         std::vector<Warning>& warnings) {
@@ -79,20 +50,57 @@ void AddObstacles(const QovRyx::MergeRequest& request, MergePlan& plan) {
 
 }  // namespace
 
-MergePlan PlanMerge(const QovRyx::MergeRequest& request) {
-  MergeRequest described = Describe(request);
-  std::vector<InputFile> inputs = LoadInputs(described);
-  if (described.CountModels() != 0 && AllAreReadable(inputs)) Choose(request, described);
+MergeRequest DescribeMerge(const QovRyx::MergeRequest& request) {
+  MergeRequest described;
+  described.mMode.mNames = request.mNames;
+  described.mInputs = request.mInputs;
+  described.mOutput = request.mOutput;
+  described.mJoin = request.mJoin;
+  described.mViews = request.mViews;
+  described.mSelection = request.mSelection;
+  described.mShare = request.mShare;
+  return described;
+}
+
+void ChooseMerge(const QovRyx::MergeRequest& request, MergeRequest& described) {
+  const std::vector<std::string> models = ListModels(request.mInputs);
+  const QovRyx::MergeChoice choice = QovRyx::ChooseMerge(request, models, [](std::size_t) {});
+  const bool isInstances = choice.mMode == QovRyx::MergeMode::Instances;
+  described.mMode.mKind = isInstances ? MergeKind::Instances : MergeKind::Datasets;
+  described.mMode.mNames = choice.mNames;
+  for (const auto& naming : QovRyx::NameModels(models, choice.mNames, request.mFirstNumber)) {
+    described.mParts.push_back(naming.mPart);
+  }
+}
+
+std::vector<Warning> FindMergeWarnings(const QovRyx::MergeRequest& request,
+                                       const MergeRequest& described) {
   std::vector<Warning> warnings = FindRequestWarnings({}, described);
   FindUselessOptions(request, described.mMode, warnings);
+  return warnings;
+}
+
+MergePlan PlanMerge(const QovRyx::MergeRequest& request) {
+  MergeRequest described = DescribeMerge(request);
+  if (described.CountModels() == 0) {
+    Util::Raise("tools/merge/MergeChecks", Util::Exception::ErrorType::InvalidMethod,
+                "\"" + request.mInputs.front() +
+                    "\" is a view-point file and not a model: name at least one model");
+  }
+  std::vector<InputFile> inputs = LoadInputs(described);
+  std::vector<Warning> warnings;
+  if (AllAreReadable(inputs)) {
+    ChooseMerge(request, described);
+    warnings = FindMergeWarnings(request, described);
+  }
   MergePlan plan = MakePlan(std::move(described), std::move(inputs), std::move(warnings));
   AddObstacles(request, plan);
   return plan;
 }
 
 Faults VerifyMerge(const QovRyx::MergeRequest& request, const std::string& path) {
-  MergeRequest described = Describe(request);
-  Choose(request, described);
+  MergeRequest described = DescribeMerge(request);
+  ChooseMerge(request, described);
   const std::vector<InputFile> inputs = LoadInputs(described);
   Faults faults(kMostFaults);
   for (const InputFile& input : inputs) {

@@ -2,8 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "ErrorText.h"
 #include "MergeText.h"
-#include "diagnostics/Printable.h"
 #include "ledger/WarningReport.h"
 
 namespace Qov::Tools {
@@ -24,7 +24,7 @@ Json MergeJson(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& r
   document["inputs"] = TextList(request.mInputs);
   document["mode"] = NameOf(report.mMode);
   document["names"] = NameOf(report.mNames);
-  document["reason"] = Util::MakePrintable(report.mReason);
+  document["reason"] = JsonText(RestoreNames(report.mReason));
   document["instanceNames"] = TextList(report.mInstanceNames);
   document["nodes"] = report.mNodes;
   document["geometries"] = report.mGeometries;
@@ -33,14 +33,15 @@ Json MergeJson(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& r
   document["outputBytes"] = report.mOutputBytes;
   document["shared"] = {{"linked", report.mShared.mLinked},
                         {"sharedBytes", report.mShared.mSharedBytes},
-                        {"savedBytes", report.mShared.mSavedBytes}};
+                        {"savedBytes", report.mShared.mSavedBytes},
+                        {"notCompared", report.mShared.mNotCompared}};
   document["leftOut"] = {{"nodes", report.mNodesLeftOut},
                          {"results", report.mResultsLeftOut},
                          {"views", report.mViewsLeftOut}};
   document["linksReplaced"] = report.mLinksReplaced;
   document["notes"] = Json::array();
   for (const std::string& note : report.mNotes) {
-    document["notes"].push_back(Util::MakePrintable(note));
+    document["notes"].push_back(JsonText(RestoreNames(note)));
   }
   document["warnings"] = WarningsJson(warnings);
   document["verified"] = isVerified;

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "ErrorText.h"
 #include "Plural.h"
 #include "Terminal.h"
 #include "ValueText.h"
-#include "diagnostics/Printable.h"
 
 namespace Qov::Tools {
 namespace {
@@ -91,13 +91,17 @@ const char* NameOf(QovRyx::MergedViews views) {
   return "none";
 }
 
+bool HasLeftOut(const QovRyx::MergeReport& report) {
+  return report.mNodesLeftOut + report.mResultsLeftOut + report.mViewsLeftOut != 0;
+}
+
 void PrintMerge(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& report,
                 Output& output) {
   const TextStyle& style = output.GetStyle();
   std::string mode = std::string("Merged as ") + NameOf(report.mMode);
   if (report.mMode == QovRyx::MergeMode::Instances) mode += ", " + NamesText(report, style);
   output.Line(mode);
-  output.Line("Reason: " + Util::MakePrintable(report.mReason));
+  output.Line("Reason: " + Escape(RestoreNames(report.mReason), style));
   const QovRyx::SharedArrays& shared = report.mShared;
   const std::uint64_t numShared = shared.mLinked + shared.mSharedBytes;
   if (numShared != 0) {
@@ -105,8 +109,14 @@ void PrintMerge(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& 
                             SizeText(shared.mSavedBytes), Plural(numShared, "equal array"),
                             shared.mLinked, shared.mSharedBytes));
   }
+  if (shared.mNotCompared != 0) {
+    output.Line(Plural(shared.mNotCompared, "array") +
+                " not compared, because their order would make that too slow");
+  }
   PrintLeftOut(report, output);
-  for (const std::string& note : report.mNotes) output.Line("Note: " + Util::MakePrintable(note));
+  for (const std::string& note : report.mNotes) {
+    output.Line("Note: " + Escape(RestoreNames(note), style));
+  }
   output.Line(fmt::format("{}: {}, {} geometr{}, {}, {} from {} of inputs",
                           Escape(request.mOutput, style), Plural(report.mNodes, "node"),
                           report.mGeometries, report.mGeometries == 1 ? "y" : "ies",

@@ -15,4 +15,7 @@ const char* NameOf(QovRyx::MergedViews views);
 void PrintMerge(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& report,
                 Output& output);
 
+/// Returns true if the counts of a report contain something that the merge left out.
+bool HasLeftOut(const QovRyx::MergeReport& report);
+
 }  // namespace Qov::Tools
