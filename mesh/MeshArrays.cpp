@@ -4,6 +4,12 @@
 
 namespace QovMesh {
 
+bool ShareValues(const QovRyx::Geometry::VarStruct* a, const QovRyx::Geometry::VarStruct* b) {
+  if (a == nullptr || b == nullptr || a == b) return a == b;
+  const auto& loader = a->mValues.GetLoader();
+  return loader != nullptr && loader == b->mValues.GetLoader();
+}
+
 MeshArrays::MeshArrays(const QovRyx::Geometry& geometry) {
   for (const auto& variable : geometry.GetVariables()) {
     const ArrayName name = SplitName(variable.mName);
@@ -18,9 +24,11 @@ const QovRyx::Geometry::VarStruct* MeshArrays::Find(std::string_view base,
   return found == mArrays.end() ? nullptr : found->second;
 }
 
-bool MeshArrays::HasOwnMesh(std::string_view instance) const {
-  return mArrays.contains({kCoordinates, instance}) ||
-         mArrays.contains({kConnectivity, instance}) || mArrays.contains({kPolylength, instance});
+bool MeshArrays::HasOwnMesh(std::string_view instance, std::string_view other) const {
+  return std::any_of(kExportedArrays.begin(), kExportedArrays.end(), [&](std::string_view base) {
+    const auto own = mArrays.find({base, instance});
+    return own != mArrays.end() && !ShareValues(own->second, Find(base, other));
+  });
 }
 
 MeshCounts MeshArrays::Count(std::string_view instance) const {

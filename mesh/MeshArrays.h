@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <string_view>
@@ -15,6 +16,14 @@ struct MeshCounts {
   std::uint64_t mNumCells = 0;
 };
 
+/// The arrays that make an exported mesh.
+inline constexpr std::array<std::string_view, 5> kExportedArrays = {
+    kCoordinates, kConnectivity, kPolylength, kNodeIds, kElementIds};
+
+/// Returns true if two arrays have the same values because one is a link to the other or both to a
+/// third. Both may be null. Reads no array.
+bool ShareValues(const QovRyx::Geometry::VarStruct* a, const QovRyx::Geometry::VarStruct* b);
+
 /// Finds the mesh arrays of a geometry, which must outlive this object.
 class MeshArrays {
  public:
@@ -23,8 +32,9 @@ class MeshArrays {
   /// Returns the first array of that base name and instance part, else the first one of all
   /// instances, else null.
   const QovRyx::Geometry::VarStruct* Find(std::string_view base, std::string_view instance) const;
-  /// Returns true if the instance has an array of its own for points or cells.
-  bool HasOwnMesh(std::string_view instance) const;
+  /// Returns true if arrays with this instance part make another mesh than that of `other`. Arrays
+  /// that share their values, such as links to the same array, are the same. Reads no array.
+  bool HasOwnMesh(std::string_view instance, std::string_view other) const;
   /// Counts the points by "Coordinates" and the cells by "Polylength". There are no cells without
   /// "Connectivity". Reads no array.
   MeshCounts Count(std::string_view instance) const;

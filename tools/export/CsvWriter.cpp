@@ -132,7 +132,6 @@ class CsvBuilder {
           mNumWithoutIds == 1 ? "1 geometry" : fmt::format("{} geometries", mNumWithoutIds),
           mRows == Placement::Point ? "node" : "element"));
     }
-    NoteMeshesLeftOut(mTask);
     NoteSetsLeftOut(mTask);
   }
 

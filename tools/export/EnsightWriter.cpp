@@ -148,7 +148,6 @@ class EnsightBuilder {
     }
     NoteResultsLeftOut(
         mTask, [](const ExportResult& result) { return result.mPlacement != Placement::Field; });
-    NoteMeshesLeftOut(mTask);
     NoteSetsLeftOut(mTask);
   }
 

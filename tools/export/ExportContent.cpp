@@ -171,7 +171,6 @@ class ContentBuilder {
     if (arrays.Find(QovMesh::kCoordinates, part.mMeshInstance) == nullptr) {
       return Refuse(PartText(part) + ": it has no array Coordinates");
     }
-    NoteFurtherMeshes(arrays, part);
     UniqueNames names;
     for (const auto& variable : geometry.GetVariables()) {
       const std::string_view base = QovMesh::SplitName(variable.mName).mBase;
@@ -208,18 +207,9 @@ class ContentBuilder {
   /// Returns which mesh of the part a step has.
   std::string MeshOfStep(const QovMesh::MeshArrays& arrays, const ExportPart& part,
                          const QovMesh::Step& step) const {
-    const bool isOwn = mLayout == StepLayout::Meshes && arrays.HasOwnMesh(step.mName);
+    const bool isOwn =
+        mLayout == StepLayout::Meshes && arrays.HasOwnMesh(step.mName, part.mMeshInstance);
     return isOwn ? step.mName : part.mMeshInstance;
-  }
-
-  void NoteFurtherMeshes(const QovMesh::MeshArrays& arrays, const ExportPart& part) {
-    if (mLayout == StepLayout::Meshes) return;
-    for (const QovMesh::Step& step : mContent.mSteps) {
-      if (step.mName == part.mMeshInstance || !arrays.HasOwnMesh(step.mName)) continue;
-      return Note(fmt::format(
-          "{}: its mesh changes with the steps; the one of {} is written for all of them",
-          PartText(part), part.mMeshInstance.empty() ? "no step" : Shown(part.mMeshInstance)));
-    }
   }
 
   void AddResult(const Geometry::VarStruct& variable, const QovMesh::MeshArrays& arrays,
@@ -413,7 +403,7 @@ ExportContent TakeStep(const ExportContent& content, std::size_t step) {
     std::erase_if(copy.mResults, isOther);
     const QovMesh::MeshArrays arrays(*part.mpGeometry);
     const std::string& name = content.mSteps[step].mName;
-    if (arrays.HasOwnMesh(name)) copy.mMeshInstance = name;
+    if (arrays.HasOwnMesh(name, part.mMeshInstance)) copy.mMeshInstance = name;
     UniqueNames names;
     for (ExportResult& result : copy.mResults) {
       result.mStep = result.mStep ? std::optional<std::size_t>(0) : std::nullopt;

@@ -9,6 +9,7 @@
 #include "Qov/Util/Raise.h"
 #include "diagnostics/Printable.h"
 #include "export/EnsightWriter.h"
+#include "export/LeftOut.h"
 #include "export/SurfaceWriters.h"
 #include "export/TableWriters.h"
 #include "export/VtuWriter.h"
@@ -55,6 +56,8 @@ void WriteExport(ExportFormat format, const ExportTask& task, const SurfaceColou
                  const std::string& path, OutputSet& outputs) {
   // The writers of the other formats read the meshes again; two meshes would take too much memory.
   if (format != ExportFormat::Vtu) task.mContent.mpMeshes->Clear();
+  const bool hasOneMesh = format != ExportFormat::Pvd && format != ExportFormat::Npz;
+  if (hasOneMesh) NoteMeshesLeftOut(task);
   switch (format) {
     case ExportFormat::Vtu:
       return WriteGrid(task, path, outputs);

@@ -65,7 +65,6 @@ class GlbBuilder {
     NoteUncoloured();
     NoteResultsLeftOut(mTask,
                        [&](const ExportResult& result) { return result.mName == mColour.mResult; });
-    NoteMeshesLeftOut(mTask);
     NoteSetsLeftOut(mTask);
   }
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
+#include <string_view>
 #include <vector>
 
 #include "Plural.h"
@@ -14,18 +16,29 @@
 namespace Qov::Tools {
 namespace {
 
-/// Returns true if the arrays of two meshes of a geometry are equal.
-bool HasSameMesh(const QovRyx::Geometry& geometry, std::string_view a, std::string_view b) {
-  const QovMesh::MeshArrays arrays(geometry);
+/// Returns the instance parts of the mesh arrays of chosen steps.
+std::set<std::string_view> FindMeshInstances(const ExportContent& content,
+                                             const QovRyx::Geometry& geometry) {
+  std::set<std::string_view> instances;
+  for (const auto& variable : geometry.GetVariables()) {
+    const QovMesh::ArrayName name = QovMesh::SplitName(variable.mName);
+    if (QovMesh::IsMeshBase(name.mBase) && IsChosen(content, name.mInstance)) {
+      instances.insert(name.mInstance);
+    }
+  }
+  return instances;
+}
+
+/// Returns true if the arrays of two meshes of a geometry are equal. Reads those that are stored
+/// apart.
+bool HaveEqualMeshes(const QovMesh::MeshArrays& arrays, std::string_view a, std::string_view b) {
   std::vector<std::uint32_t> values;
   std::vector<std::uint32_t> others;
-  for (const auto base : {QovMesh::kCoordinates, QovMesh::kPolylength, QovMesh::kConnectivity}) {
+  for (const auto base : QovMesh::kExportedArrays) {
     const auto* array = arrays.Find(base, a);
     const auto* other = arrays.Find(base, b);
-    if (array == other) continue;
+    if (QovMesh::ShareValues(array, other)) continue;
     if (array == nullptr || other == nullptr) return false;
-    const auto& loader = array->mValues.GetLoader();
-    if (loader != nullptr && loader == other->mValues.GetLoader()) continue;
     array->mValues.GetValues(values);
     other->mValues.GetValues(others);
     if (values != others) return false;
@@ -53,12 +66,11 @@ bool IsChosen(const ExportContent& content, std::string_view instance) {
 
 void NoteMeshesLeftOut(const ExportTask& task) {
   for (const ExportPart& part : task.mContent.mParts) {
+    const QovMesh::MeshArrays arrays(*part.mpGeometry);
     std::uint64_t count = 0;
-    for (const auto& variable : part.mpGeometry->GetVariables()) {
-      const QovMesh::ArrayName name = QovMesh::SplitName(variable.mName);
-      if (name.mBase != QovMesh::kCoordinates || name.mInstance == part.mMeshInstance) continue;
-      if (!IsChosen(task.mContent, name.mInstance)) continue;
-      count += HasSameMesh(*part.mpGeometry, part.mMeshInstance, name.mInstance) ? 0 : 1;
+    for (const std::string_view instance : FindMeshInstances(task.mContent, *part.mpGeometry)) {
+      if (!arrays.HasOwnMesh(instance, part.mMeshInstance)) continue;
+      count += HaveEqualMeshes(arrays, part.mMeshInstance, instance) ? 0 : 1;
     }
     if (count == 0) continue;
     task.mNotes.push_back(

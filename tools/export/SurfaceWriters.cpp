@@ -51,7 +51,6 @@ void NoteLines(const ExportTask& task, const ExportPart& part, const QovMesh::Su
 
 void NoteLeftOut(const ExportTask& task) {
   NoteResultsLeftOut(task, [](const ExportResult&) { return false; });
-  NoteMeshesLeftOut(task);
   NoteSetsLeftOut(task);
 }
 
