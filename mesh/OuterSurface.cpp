@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 #include <span>
+#include <unordered_map>
 #include <utility>
 
 #include "Qov/Util/Raise.h"
@@ -48,7 +49,20 @@ SortedCorners SortCorners(const CellFace& face, const std::uint32_t* nodes) {
   return corners;
 }
 
-/// The faces of all solid cells, in a list for each least corner.
+struct HashCorners {
+  std::size_t operator()(const SortedCorners& corners) const {
+    std::uint64_t hash = 0;
+    for (const std::uint32_t corner : corners) {
+      hash = (hash ^ corner) * 0x9E3779B97F4A7C15U;
+      hash ^= hash >> 32U;
+    }
+    return static_cast<std::size_t>(hash);
+  }
+};
+
+/// The faces of all solid cells. The first faces of each least corner are in a list, which is
+/// faster than a hash table because neighbours are near in memory. The others are in a hash table,
+/// because long lists would take quadratic time.
 class FaceTable {
  public:
   FaceTable(std::uint64_t numPoints, std::uint64_t numFaces) : mFirst(numPoints, kNone) {
@@ -59,18 +73,26 @@ class FaceTable {
   void Add(const SortedCorners& corners, std::uint32_t cell, std::uint8_t face) {
     if (corners[2] == kNone) return;
     std::uint32_t& first = mFirst[corners[0]];
+    std::size_t length = 0;
     for (std::uint32_t i = first; i != kNone; i = mFaces[i].mNext) {
+      ++length;
       Face& other = mFaces[i];
       if (other.mB != corners[1] || other.mC != corners[2] || other.mD != corners[3]) continue;
       other.mFace = kShared;
       return;
     }
-    if (mFaces.size() == kNone) {
-      Qov::Util::Raise("mesh/OuterSurface", Qov::Util::Exception::ErrorType::OutOfBounds,
-                       "The mesh has more than 4294967295 faces");
+    if (length < kMostInList) {
+      Append(corners, first, cell, face);
+      first = static_cast<std::uint32_t>(mFaces.size() - 1);
+      return;
     }
-    mFaces.push_back({corners[1], corners[2], corners[3], first, cell, face});
-    first = static_cast<std::uint32_t>(mFaces.size() - 1);
+    const auto [found, isNew] =
+        mFurther.try_emplace(corners, static_cast<std::uint32_t>(mFaces.size()));
+    if (!isNew) {
+      mFaces[found->second].mFace = kShared;
+      return;
+    }
+    Append(corners, kNone, cell, face);
   }
 
   /// Calls `visit(cell, face)` for each face that one cell alone has, in the order of the cells.
@@ -83,6 +105,7 @@ class FaceTable {
 
  private:
   static constexpr std::uint8_t kShared = 255;
+  static constexpr std::size_t kMostInList = 64;
   struct Face {
     std::uint32_t mB, mC, mD;  ///< The corners after the least.
     std::uint32_t mNext;
@@ -90,8 +113,18 @@ class FaceTable {
     std::uint8_t mFace;  ///< Number of the face in its cell; kShared if several cells have it.
   };
 
-  std::vector<std::uint32_t> mFirst;
+  void Append(const SortedCorners& corners, std::uint32_t next, std::uint32_t cell,
+              std::uint8_t face) {
+    if (mFaces.size() == kNone) {
+      Qov::Util::Raise("mesh/OuterSurface", Qov::Util::Exception::ErrorType::OutOfBounds,
+                       "The mesh has more than 4294967295 faces");
+    }
+    mFaces.push_back({corners[1], corners[2], corners[3], next, cell, face});
+  }
+
+  std::vector<std::uint32_t> mFirst;  ///< By least corner.
   std::vector<Face> mFaces;
+  std::unordered_map<SortedCorners, std::uint32_t, HashCorners> mFurther;  ///< Positions in mFaces.
 };
 
 /// The nodes round a face or a cell that is one: corners and, between them, the nodes on edges.

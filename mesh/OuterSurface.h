@@ -7,8 +7,8 @@
 
 namespace QovMesh {
 
-/// What can be seen of a mesh: the faces of solid cells that one cell alone has, and the cells that
-/// are faces themselves, in triangles; and the lines.
+/// The visible cells of a mesh: the faces of solid cells that one cell alone has and the cells that
+/// are faces themselves, as triangles; and the lines.
 struct Surface {
   std::vector<std::uint32_t> mTriangles;      ///< Three points of the mesh for each triangle.
   std::vector<std::uint32_t> mTriangleCells;  ///< The cell that each triangle belongs to.

@@ -57,6 +57,18 @@ TEST(OuterSurface, FacesOfOneCellAreKeptAndSharedOnesAreNot) {
   }
 }
 
+TEST(OuterSurface, CellsRoundOnePointTakeLinearTime) {
+  constexpr std::uint32_t kNumPairs = 20000;  // each shares a face that has point 0
+  Mesh mesh;
+  mesh.mPoints.resize(std::size_t{3} * (4 * kNumPairs + 1), 0.0F);
+  for (std::uint32_t i = 0; i < kNumPairs; ++i) {
+    const std::uint32_t p = 4 * i + 1;
+    mesh.mNodes.insert(mesh.mNodes.end(), {0, p, p + 1, p + 2, p + 1, 0, p, p + 3});
+  }
+  mesh.mRuns = {{0, std::uint64_t{2} * kNumPairs, 0, 4, CellKind::Tetrahedron}};
+  EXPECT_EQ(FindOuterSurface(mesh).mTriangleCells.size(), std::size_t{6} * kNumPairs);
+}
+
 TEST(OuterSurface, EverySolidKindIsClosedAndFacesOutward) {
   const std::vector<float> tetrahedron = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
   const std::vector<float> pyramid = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 3};
