@@ -65,6 +65,11 @@ QovMesh::Surface FindPartSurface(const QovMesh::Mesh& mesh, const std::string& n
   if (numPoints != 0) {
     note(fmt::format("not written, because points have no surface: {}", Plural(numPoints, "cell")));
   }
+  if (surface.mNumDoubtfulPolygons != 0) {
+    note(fmt::format("the triangles of {} may not cover {} exactly",
+                     Plural(surface.mNumDoubtfulPolygons, "polygon"),
+                     surface.mNumDoubtfulPolygons == 1 ? "it" : "them"));
+  }
   if (mesh.GetNumCells() == 0) note("it has no cells, so there is no surface to write");
   return surface;
 }
