@@ -70,6 +70,11 @@ const ExportSets::Verdict& ExportSets::Judge(std::uint32_t id) {
   return verdict;
 }
 
+void ExportSets::Clear() {
+  mLoadedId = 0;
+  mLoaded = {};
+}
+
 std::vector<ExportSet> ExportSets::Load(const ExportPart& part) {
   std::vector<ExportSet> sets;
   UniqueNames names;

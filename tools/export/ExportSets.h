@@ -27,9 +27,11 @@ class ExportSets {
   /// Returns the sets of a part. Sets that are not masks are returned only for the first part that
   /// they belong to. Raises the errors of NodeSets::GetSets.
   std::vector<ExportSet> Load(const ExportPart& part);
+  /// Frees the numbers that are kept.
+  void Clear();
 
  private:
-  /// What is known about the sets of a NodeSets node without their numbers.
+  /// Properties of the sets of a NodeSets node without their numbers.
   struct Verdict {
     std::vector<bool> mIsMask;
     std::uint32_t mFirstPart = 0;  ///< Tree id.

@@ -71,10 +71,10 @@ struct Piece {
   std::size_t mNumber = 0;
   const ExportPart* mpPart = nullptr;
   const Mesh* mpMesh = nullptr;
-  bool mOwnsPoints = true;        ///< False if the points of an earlier part are used.
-  std::uint64_t mFirstPoint = 0;  ///< In the grid.
-  std::uint64_t mFirstNode = 0;   ///< In the connectivity of the grid.
-  std::vector<ExportSet> mSets;
+  bool mOwnsPoints = true;                  ///< False if the points of an earlier part are used.
+  std::uint64_t mFirstPoint = 0;            ///< In the grid.
+  std::uint64_t mFirstNode = 0;             ///< In the connectivity of the grid.
+  std::map<std::string, ExportSet> mSets;   ///< The masks, by name.
   std::optional<QovMesh::SetMasks> mMasks;  ///< If there are sets that are masks.
 };
 
@@ -395,12 +395,11 @@ class VtuBuilder {
   }
 
   static void WriteMask(const std::string& name, const Piece& piece, const ArraySink& sink) {
-    const auto isWanted = [&](const ExportSet& set) { return set.mIsMask && set.mName == name; };
-    const auto set = std::find_if(piece.mSets.begin(), piece.mSets.end(), isWanted);
+    const auto set = piece.mSets.find(name);
     if (set == piece.mSets.end() || !piece.mMasks) {
       return sink.Fill(std::uint8_t{0}, piece.mpMesh->GetNumPoints());
     }
-    sink.Append<std::uint8_t>(piece.mMasks->MakeMask(set->mNumbers));
+    sink.Append<std::uint8_t>(piece.mMasks->MakeMask(set->second.mNumbers));
   }
 
   void WriteHeader() {
@@ -442,7 +441,9 @@ class VtuBuilder {
     piece.mpMesh = &mMeshes.Get(*piece.mpPart);
     mLayout.Place(piece);
     if (!mHasMasks || !piece.mOwnsPoints) return piece;
-    piece.mSets = mSets.Load(*piece.mpPart);
+    for (ExportSet& set : mSets.Load(*piece.mpPart)) {
+      if (set.mIsMask) piece.mSets.try_emplace(set.mName, std::move(set));
+    }
     if (!piece.mpMesh->mNodeIds.empty()) piece.mMasks.emplace(piece.mpMesh->mNodeIds);
     return piece;
   }
