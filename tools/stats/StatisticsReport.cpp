@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "CsvText.h"
 #include "TextTable.h"
 #include "ValueText.h"
 
@@ -110,16 +111,6 @@ TextTable MakePlaces(const Rows& rows, const Paths& paths, std::size_t widthLimi
   return table;
 }
 
-/// Returns the text in quotes if it would otherwise be read as several fields.
-std::string CsvText(const std::string& text) {
-  const std::string escaped = Escape(text, {});
-  if (escaped.find_first_of(",\"") == escaped.npos) return escaped;
-  std::string quoted = "\"";
-  for (const char character : escaped)
-    quoted += character == '"' ? "\"\"" : std::string(1, character);
-  return quoted + "\"";
-}
-
 /// Returns a value as the shortest text that reads back as the same number.
 std::string ExactText(double value, const StatisticsRow& row) {
   const bool isFloat = !row.mIntegers && !IsMagnitude(row);
@@ -129,8 +120,8 @@ std::string ExactText(double value, const StatisticsRow& row) {
 std::string ExtremeCsv(double value, const ValuePlace& place, const StatisticsRow& row,
                        const Paths& paths) {
   return fmt::format(",{},{},{},{},{},{}", ExactText(value, row), NameOf(place.mItem.mKind),
-                     place.mItem.mNumber, place.mNode, CsvText(place.mNodeName),
-                     CsvText(paths[place.mFile]));
+                     place.mItem.mNumber, place.mNode, CsvText(Escape(place.mNodeName, {})),
+                     CsvText(Escape(paths[place.mFile], {})));
 }
 
 Json ExtremeJson(double value, const ValuePlace& place, const StatisticsRow& row,
@@ -162,8 +153,8 @@ void PrintCsv(const Rows& rows, const Paths& paths, Output& output) {
       "greatest_file,mean,rms");
   for (const StatisticsRow& row : rows) {
     const ArrayStatistics& range = row.mValues.GetRange();
-    std::string line = fmt::format("{},{},{},{}", CsvText(row.mResult), ComponentText(row),
-                                   range.mNumValues, range.mNumNaN);
+    std::string line = fmt::format("{},{},{},{}", CsvText(Escape(row.mResult, {})),
+                                   ComponentText(row), range.mNumValues, range.mNumNaN);
     if (range.HasRange()) {
       line += ExtremeCsv(range.mMinimum, row.mLeast, row, paths) +
               ExtremeCsv(range.mMaximum, row.mGreatest, row, paths) +
