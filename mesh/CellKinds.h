@@ -42,7 +42,7 @@ struct CellFace {
   std::array<std::uint8_t, 4> mCorners;
 };
 
-/// What is known of a kind of cells.
+/// Properties of a kind of cells.
 struct CellShape {
   std::string_view mName;            ///< In messages and options: "quadratic-hexahedron".
   std::uint8_t mVtkType;             ///< Cell type number in VTK files.

@@ -177,7 +177,7 @@ double RingDefect(std::span<const std::uint32_t> nodes, std::span<const float> p
   return std::abs(turn - 2 * std::numbers::pi) < 1 ? 0 : 1;
 }
 
-/// What a measure says of all cells of a sample.
+/// Result of a measure over all cells of a sample.
 struct Measured {
   double mMedian = 0;
   double mShareBelow = 0;  ///< Share of the cells below the cut, 0 to 1.

@@ -9,7 +9,7 @@
 
 namespace QovMesh {
 
-/// What the values of a result belong to.
+/// The items that the values of a result belong to.
 enum class Placement : std::uint8_t { Point, Cell, Field };
 
 /// Decides what the values of results belong to. A result with as many items as its mesh has points

@@ -100,7 +100,7 @@ struct Variable {
   bool mHasSteps = false;
 };
 
-/// What tells the results that make one variable from others.
+/// The properties that the results of one variable have in common.
 struct ResultKey {
   std::string mName;
   std::size_t mWidth = 1;
@@ -110,7 +110,7 @@ struct ResultKey {
   friend auto operator<=>(const ResultKey&, const ResultKey&) = default;
 };
 
-/// Where the values of a variable are in a part and a step.
+/// Identifies the values of a variable in a part and a step.
 struct SourceKey {
   ResultKey mResult;
   std::optional<std::size_t> mStep;

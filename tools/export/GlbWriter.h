@@ -8,7 +8,7 @@
 
 namespace Qov::Tools {
 
-/// What colours the surface.
+/// The result that colours the surface.
 struct SurfaceColour {
   std::string mResult;  ///< Name of a result as ExportResult has it; empty for one colour.
   /// The component to show, from 0; nothing for the length of vectors.
