@@ -21,6 +21,7 @@
 #include "export/ExportContent.h"
 #include "export/ExportFormat.h"
 #include "export/ExportReport.h"
+#include "ledger/MergeRequest.h"
 
 namespace Qov::Tools {
 namespace {
@@ -91,6 +92,13 @@ std::optional<std::size_t> ComponentOf(const std::string& word) {
               "--component takes x, y, z, magnitude or a number from 1, not " + Util::Quote(word));
 }
 
+/// Returns true if a model cannot be read because the file is a view-point file.
+bool IsWithoutModel(const std::string& path, const std::exception& error) {
+  const auto* raised = dynamic_cast<const Util::Exception*>(&error);
+  return IsViewPointFile(path) && raised != nullptr &&
+         raised->GetType() == ErrorType::ElementNotFound;
+}
+
 /// Removes all but the first of equal notes.
 void RemoveRepeated(std::vector<std::string>& notes) {
   std::unordered_set<std::string> seen;
@@ -106,6 +114,7 @@ class ExportCommand : public Command {
   int Run(Output& output, Output& errors) override;
 
  private:
+  int Export(Output& output, Output& errors);
   void CheckOptions(ExportFormat format) const;
   void Write(ExportReport& report);
   void Print(const ExportReport& report, Output& output, Output& errors) const;
@@ -161,7 +170,8 @@ void ExportCommand::CheckOptions(ExportFormat format) const {
 }
 
 void ExportCommand::Write(ExportReport& report) {
-  const ExportTask task{report.mTree, report.mContent, mRequest.mKinds, report.mNotes};
+  const ExportTask task{report.mTree, report.mContent, mRequest.mKinds, report.mNotes,
+                        report.mResultsLeftOut};
   OutputSet outputs(mOverwrite, mDryRun);
   WriteExport(report.mFormat, task, {mResult, ComponentOf(mComponent)}, mOutputPath, outputs);
   outputs.CommitAll();
@@ -186,6 +196,15 @@ void ExportCommand::Print(const ExportReport& report, Output& output, Output& er
 }
 
 int ExportCommand::Run(Output& output, Output& errors) {
+  try {
+    return Export(output, errors);
+  } catch (const std::exception& error) {
+    errors.Line("ryx export: " + DescribeError(error, errors.GetStyle()));
+    return kTrouble;
+  }
+}
+
+int ExportCommand::Export(Output& output, Output& errors) {
   const ExportFormat format = FindExportFormat(mOutputPath);
   mRequest.mSets = !mNoSets;
   for (const std::string& text : mCells) AddKind(text, mRequest.mKinds);
@@ -197,12 +216,14 @@ int ExportCommand::Run(Output& output, Output& errors) {
               QovRyx::Tree::SupportedFileFormats::Ryx);
   } catch (const std::exception& error) {
     const TextStyle& style = errors.GetStyle();
-    errors.Line(fmt::format("ryx export: {}: {}", Escape(mModel, style),
-                            Escape(FileErrorText(mModel, error), style)));
+    const std::string text = IsWithoutModel(mModel, error)
+                                 ? "is a view-point file, which has no geometry; give a model"
+                                 : FileErrorText(mModel, error);
+    errors.Line(fmt::format("ryx export: {}: {}", Escape(mModel, style), Escape(text, style)));
     return kTrouble;
   }
   const ExportContent content = ChooseContent(tree, mRequest, GetStepLayout(format));
-  ExportReport report{tree, content, format, mOutputPath, false, 0, 0, content.mNotes};
+  ExportReport report{tree, content, format, mOutputPath, false, 0, 0, {}, content.mNotes};
   QovJbf::RemoveOutputsOnSignals();
   Write(report);
   Print(report, output, errors);

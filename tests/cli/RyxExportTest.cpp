@@ -65,6 +65,12 @@ class RyxExport : public RyxProgram {
     SaveModel("damaged.ryx", [](Tree& tree) {
       AddGeometry(tree, NodeTree::kRootId, "Damaged", {0, 1, 99}, {3});
     });
+    SaveModel("linked.ryx", [](Tree& tree) {
+      auto& body = AddGeometry(tree, NodeTree::kRootId, "Body", {0, 1, 2, 3}, {4});
+      AddResult(body, "Heat|before", 12);
+      AddResult(body, "Heat|after", 12);
+      body.AppendVariable(MakeLinked("Coordinates|after", {tree.GetNodes().GetCurrentId(), 0}));
+    });
     SaveModel("empty.ryx", [](Tree&) {});
     SaveModel("steps.ryx", [](Tree& tree) {
       auto& body = AddGeometry(tree, NodeTree::kRootId, "Body", {0, 1, 2, 3}, {4});

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "CsvText.h"
 #include "Plural.h"
 #include "Terminal.h"
 #include "export/LeftOut.h"
@@ -27,14 +28,10 @@ bool IsLikeFormula(const std::string& name) {
   return !name.empty() && std::string_view("=+-@").find(name[0]) != std::string_view::npos;
 }
 
-/// Returns a field of a table; quotes it if necessary. Escape leaves no line breaks.
-std::string CsvText(const std::string& name) {
+/// Returns a name as a field of a table. Escape leaves no line breaks.
+std::string CsvName(const std::string& name) {
   constexpr TextStyle kUtf8{false, true, false, 80};
-  const std::string text = (IsLikeFormula(name) ? "'" : "") + Escape(name, kUtf8);
-  if (text.find_first_of(",\"") == text.npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
-  return quoted + '"';
+  return CsvText((IsLikeFormula(name) ? "'" : "") + Escape(name, kUtf8));
 }
 
 /// A column of the table: a result of that name and width.
@@ -87,6 +84,7 @@ class CsvBuilder {
   void CollectColumns() {
     ForEachResult([&](const ExportPart& part, const ExportResult& result) {
       if (result.mPlacement != mRows) {
+        ++mTask.mResultsLeftOut[static_cast<std::size_t>(result.mPlacement)];
         mTask.mNotes.push_back(fmt::format("result {} of {}: not in the table, whose rows are {}",
                                            Escape(result.mName, {}), Escape(part.mName, {}),
                                            mRows == Placement::Point ? "points" : "cells"));
@@ -114,7 +112,7 @@ class CsvBuilder {
                                              Escape(name, {})));
         }
         mNumLikeFormula += IsLikeFormula(unique) ? 1 : 0;
-        line += ',' + CsvText(unique);
+        line += ',' + CsvName(unique);
       }
     }
     mOutput.Write(line + '\n');
@@ -156,7 +154,7 @@ class CsvBuilder {
     const bool isPoint = mRows == Placement::Point;
     const std::uint64_t numRows = isPoint ? mesh.GetNumPoints() : mesh.GetNumCells();
     const auto& ids = isPoint ? mesh.mNodeIds : mesh.mElementIds;
-    const std::string name = CsvText(part.mName);
+    const std::string name = CsvName(part.mName);
     mNumLikeFormula += IsLikeFormula(part.mName) ? 1 : 0;
     mNumWithoutIds += ids.empty() && numRows != 0 ? 1 : 0;
     Centres centres(mesh);

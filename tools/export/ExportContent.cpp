@@ -1,6 +1,7 @@
 #include "export/ExportContent.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <map>
@@ -51,12 +52,21 @@ class Patterns {
     return accepted;
   }
 
-  /// Raises ElementNotFound for a word that has matched nothing. `list` shows the names.
-  void CheckAllMatched(const std::string& noun, const std::string& list) const {
+  /// Notes the words that have matched nothing. Raises ElementNotFound if none has matched. `list`
+  /// shows the names.
+  void CheckMatches(const std::string& noun, const std::string& list,
+                    std::vector<std::string>& notes) const {
+    if (mWords.empty()) return;
+    std::vector<std::string> unused;
     for (std::size_t i = 0; i < mWords.size(); ++i) {
-      if (mHasMatched[i]) continue;
+      if (!mHasMatched[i]) unused.push_back(Util::Quote(mWords[i]));
+    }
+    if (unused.size() == mWords.size()) {
       RaiseNotFound(
-          fmt::format("no {} matches {}; {} lists them", noun, Util::Quote(mWords[i]), list));
+          fmt::format("no {} matches {}; {} lists them", noun, fmt::join(unused, " or "), list));
+    }
+    for (const std::string& word : unused) {
+      notes.push_back(fmt::format("{} chooses nothing: no {} matches it", word, noun));
     }
   }
 
@@ -82,15 +92,15 @@ class ContentBuilder {
     mContent.mSetNames = mRequest.mSetNames;
     ChooseSteps();
     AddParts();
-    mNodePatterns.CheckAllMatched("node", "ryx ls");
-    mResultPatterns.CheckAllMatched("result", "ryx ls");
+    mNodePatterns.CheckMatches("node", "ryx ls", mContent.mNotes);
+    mResultPatterns.CheckMatches("result", "ryx ls", mContent.mNotes);
     CheckMeshes();
     if (mContent.mParts.empty()) {
       RaiseNotFound("the model has no geometry that can be written" +
                     (mRefusal.empty() ? "" : ": " + mRefusal));
     }
     AddSetNodes();
-    mSetPatterns.CheckAllMatched("node set", "ryx ls");
+    mSetPatterns.CheckMatches("node set", "ryx ls", mContent.mNotes);
     OmitOtherData();
     for (const std::string& warning : mTable.GetWarnings()) Note(warning);
     return std::move(mContent);
@@ -117,7 +127,7 @@ class ContentBuilder {
       mChosenSteps[i] = mContent.mSteps.size();
       mContent.mSteps.push_back(steps[i]);
     }
-    patterns.CheckAllMatched("step", "ryx export --dry-run");
+    patterns.CheckMatches("step", "ryx export --dry-run", mContent.mNotes);
   }
 
   /// Walks the tree from the top, so that a chosen node brings what is below it.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -14,7 +15,7 @@
 
 namespace Qov::Tools {
 
-/// What the user requests.
+/// The options of the user.
 struct ExportRequest {
   std::vector<std::string> mNodes;     ///< Names or ids; a chosen node includes its descendants.
   std::vector<std::string> mResults;   ///< Patterns of base names, or of whole names.
@@ -24,7 +25,7 @@ struct ExportRequest {
   QovMesh::KindChoices mKinds;
 };
 
-/// Where a format stores the steps of a model.
+/// The way in which a format stores the steps of a model.
 enum class StepLayout : std::uint8_t {
   Names,      ///< In the names of results, if there are several steps.
   Variables,  ///< Each variable has values for each step, on one mesh.
@@ -40,6 +41,9 @@ struct ExportResult {
   bool mIsUnsigned = false;
   std::size_t mWidth = 1;
 };
+
+/// Numbers of results by QovMesh::Placement.
+using ResultCounts = std::array<std::uint64_t, 3>;
 
 /// A geometry that is written.
 struct ExportPart {
@@ -82,7 +86,7 @@ struct ExportContent {
 /// Finds what to write. Reads the meshes of all parts. A geometry whose mesh arrays contradict one
 /// another is left out and noted.
 ///
-/// Raises ElementNotFound if a word of the request matches nothing or if there is nothing to write,
+/// Raises ElementNotFound if no word of a list matches anything or if there is nothing to write,
 /// and the errors of reading.
 ExportContent ChooseContent(const QovRyx::Tree& tree, const ExportRequest& request,
                             StepLayout layout);

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -48,11 +47,13 @@ std::string CellsText(const ExportContent& content) {
   return text.empty() ? "none" : text;
 }
 
-std::string ResultsText(const ExportContent& content) {
-  std::array<std::uint64_t, 3> counts{};  // by placement
-  for (const ExportPart& part : content.mParts) {
+/// Counts the results that are written.
+std::string ResultsText(const ExportReport& report) {
+  ResultCounts counts{};
+  for (const ExportPart& part : report.mContent.mParts) {
     for (const auto& result : part.mResults) ++counts[static_cast<std::size_t>(result.mPlacement)];
   }
+  for (std::size_t i = 0; i < counts.size(); ++i) counts[i] -= report.mResultsLeftOut[i];
   return fmt::format("{} as point data, {} as cell data, {} as field data", counts[0], counts[1],
                      counts[2]);
 }
@@ -140,7 +141,7 @@ void PrintSummary(const ExportReport& report, Output& output) {
                               ? "1 geometry"
                               : fmt::format("{} geometries", report.mContent.mParts.size())));
   output.Line("Cells: " + CellsText(report.mContent));
-  output.Line("Results: " + ResultsText(report.mContent));
+  output.Line("Results: " + ResultsText(report));
 }
 
 void PrintDetails(const ExportReport& report, Output& output) {

@@ -20,6 +20,7 @@ struct ExportReport {
   bool mIsWritten = false;  ///< False if the export was only tried.
   std::uint64_t mNumFiles = 0;
   std::uint64_t mNumBytes = 0;
+  ResultCounts mResultsLeftOut{};   ///< Results that the format does not hold.
   std::vector<std::string> mNotes;  ///< Those of the content and of the writer, each once.
 };
 

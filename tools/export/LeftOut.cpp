@@ -52,7 +52,11 @@ void NoteResultsLeftOut(const ExportTask& task,
                         const std::function<bool(const ExportResult&)>& isWritten) {
   std::uint64_t count = 0;
   for (const ExportPart& part : task.mContent.mParts) {
-    for (const ExportResult& result : part.mResults) count += isWritten(result) ? 0 : 1;
+    for (const ExportResult& result : part.mResults) {
+      if (isWritten(result)) continue;
+      ++task.mResultsLeftOut[static_cast<std::size_t>(result.mPlacement)];
+      ++count;
+    }
   }
   if (count != 0) task.mNotes.push_back("not written: " + Plural(count, "result"));
 }

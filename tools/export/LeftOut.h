@@ -7,7 +7,7 @@
 
 namespace Qov::Tools {
 
-/// Adds a note with the number of results that a format does not hold, if there are any.
+/// Counts the results that a format does not hold, and adds a note with their number.
 void NoteResultsLeftOut(const ExportTask& task,
                         const std::function<bool(const ExportResult&)>& isWritten);
 

@@ -133,14 +133,23 @@ std::vector<double> ChooseTimes(const std::vector<QovMesh::Step>& steps,
                                 std::vector<std::string>& notes) {
   std::vector<double> times;
   std::set<double> different;
+  std::size_t numUnknown = 0;
   for (const QovMesh::Step& step : steps) {
     times.push_back(step.mTime.value_or(std::numeric_limits<double>::quiet_NaN()));
-    if (std::isfinite(times.back())) different.insert(times.back());
+    if (std::isfinite(times.back())) {
+      different.insert(times.back());
+    } else {
+      ++numUnknown;
+    }
   }
   if (different.size() == steps.size()) return times;
   std::iota(times.begin(), times.end(), 0.0);
-  notes.push_back(fmt::format("{} have {} known times; their numbers from 0 are written as times",
-                              Plural(steps.size(), "step"), different.size()));
+  const std::string reason =
+      numUnknown == 0
+          ? fmt::format("some of {} have the same time", Plural(steps.size(), "step"))
+          : fmt::format("no time is known for {}{}", Plural(numUnknown, "step"),
+                        numUnknown == steps.size() ? "" : fmt::format(" of {}", steps.size()));
+  notes.push_back(reason + "; the numbers of the steps, from 0, are written as times");
   return times;
 }
 
@@ -164,14 +173,17 @@ std::vector<StepFile> MakeStepFiles(const ExportContent& content, const std::str
 void WriteStepParts(const ExportTask& task, const std::vector<StepFile>& files,
                     OutputSet& outputs) {
   ExportSets sets(task.mTree, task.mContent);
+  std::vector<ExportSets> setsOfSteps;
+  for (const StepFile& file : files) setsOfSteps.emplace_back(task.mTree, file.mContent);
   MeshCache meshes(task.mKinds);
   for (std::size_t part = 0; part < task.mContent.mParts.size(); ++part) {
-    for (const StepFile& file : files) {
-      const ExportTask step{task.mTree, file.mContent, task.mKinds, task.mNotes};
-      ExportSets ownSets(task.mTree, file.mContent);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+      const ExportContent& content = files[i].mContent;
+      const ExportTask step{task.mTree, content, task.mKinds, task.mNotes, task.mResultsLeftOut};
       const bool hasOwnMesh =
-          file.mContent.mParts[part].mMeshInstance != task.mContent.mParts[part].mMeshInstance;
-      WritePart(step, file.mPath, part, hasOwnMesh ? ownSets : sets, meshes, outputs);
+          content.mParts[part].mMeshInstance != task.mContent.mParts[part].mMeshInstance;
+      WritePart(step, files[i].mPath, part, hasOwnMesh ? setsOfSteps[i] : sets, meshes, outputs);
+      setsOfSteps[i].Clear();
     }
   }
 }
@@ -198,7 +210,8 @@ void WritePvd(const ExportTask& task, const std::string& path, OutputSet& output
   output.Write(fmt::format(fmt::runtime(kStart), "Collection"));
   output.Write("<Collection>\n");
   for (std::size_t i = 0; i < files.size(); ++i) {
-    WriteBlocks({task.mTree, files[i].mContent, task.mKinds, task.mNotes}, files[i].mPath, outputs);
+    WriteBlocks({task.mTree, files[i].mContent, task.mKinds, task.mNotes, task.mResultsLeftOut},
+                files[i].mPath, outputs);
     output.Write(fmt::format(
         "<DataSet timestep=\"{}\" group=\"\" part=\"0\" file=\"{}\"/>\n", times[i],
         XmlText((fs::path(folder).filename() / fs::path(files[i].mPath).filename()).string())));

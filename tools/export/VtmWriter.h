@@ -9,12 +9,13 @@
 
 namespace Qov::Tools {
 
-/// Where the writers of formats get what they write, and tell what has to be said.
+/// Input of the writers of formats, and their reports.
 struct ExportTask {
   const QovRyx::Tree& mTree;
   const ExportContent& mContent;
   const QovMesh::KindChoices& mKinds;
   std::vector<std::string>& mNotes;
+  ResultCounts& mResultsLeftOut;  ///< Results that the format does not hold.
 };
 
 /// Writes geometries as a VTK multiblock file (.vtm): groups are nested blocks, geometries are .vtu
