@@ -184,11 +184,7 @@ class ContentBuilder {
     UniqueNames names;
     for (const auto& variable : geometry.GetVariables()) {
       const std::string_view base = QovMesh::SplitName(variable.mName).mBase;
-      if (!QovMesh::IsMeshBase(base)) {
-        AddResult(variable, arrays, names, part);
-      } else if (base == QovMesh::kPartElements) {
-        Omit(PartText(part) + ": the array Part Elements is never exported");
-      }
+      if (!QovMesh::IsMeshBase(base)) AddResult(variable, arrays, names, part);
     }
     mContent.mParts.push_back(std::move(part));
   }

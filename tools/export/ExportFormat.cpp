@@ -58,6 +58,7 @@ void WriteExport(ExportFormat format, const ExportTask& task, const SurfaceColou
   if (format != ExportFormat::Vtu) task.mContent.mpMeshes->Clear();
   const bool hasOneMesh = format != ExportFormat::Pvd && format != ExportFormat::Npz;
   if (hasOneMesh) NoteMeshesLeftOut(task);
+  if (format != ExportFormat::Npz) NotePartElementsLeftOut(task);
   switch (format) {
     case ExportFormat::Vtu:
       return WriteGrid(task, path, outputs);

@@ -84,6 +84,18 @@ void NoteMeshesLeftOut(const ExportTask& task) {
   }
 }
 
+void NotePartElementsLeftOut(const ExportTask& task) {
+  std::uint64_t count = 0;
+  for (const ExportPart& part : task.mContent.mParts) {
+    for (const auto& variable : part.mpGeometry->GetVariables()) {
+      count += QovMesh::SplitName(variable.mName).mBase == QovMesh::kPartElements ? 1 : 0;
+    }
+  }
+  if (count == 0) return;
+  task.mNotes.push_back("not written: " + Plural(count, "array") +
+                        " Part Elements; .npz files have them");
+}
+
 void NoteSetsLeftOut(const ExportTask& task) {
   const auto& parts = task.mContent.mParts;
   const bool hasSets = std::any_of(parts.begin(), parts.end(),

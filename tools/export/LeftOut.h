@@ -18,6 +18,10 @@ bool IsChosen(const ExportContent& content, std::string_view instance);
 /// mesh.
 void NoteMeshesLeftOut(const ExportTask& task);
 
+/// Adds a note with the number of arrays "Part Elements", if there are any; for formats that do not
+/// hold them.
+void NotePartElementsLeftOut(const ExportTask& task);
+
 /// Adds a note if there are node sets; for formats that do not hold them.
 void NoteSetsLeftOut(const ExportTask& task);
 
