@@ -2,6 +2,7 @@
 
 #include <CLI/App.hpp>
 #include <exception>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -237,7 +238,14 @@ void VerifyCommand::RecognizeProgram(const std::vector<InputFile>& inputs,
                                      const QovRyx::Tree& output, MergeRequest& request) {
   if (!IsOfMerge() && (!mOptions.GetNames().empty() || FitsMerge(request, inputs, output))) return;
   MergeRequest described = DescribeMerge(mMergeRequest);
-  if (described.CountModels() != 0) ChooseMerge(mMergeRequest, described);
+  try {
+    if (described.CountModels() != 0) ChooseMerge(mMergeRequest, described);
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception&) {
+    if (IsOfMerge()) throw;
+    return;  // ryx merge would have failed, so that the output is not its own
+  }
   if (IsOfMerge() || FitsMerge(described, inputs, output)) request = std::move(described);
 }
 

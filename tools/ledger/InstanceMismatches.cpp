@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <optional>
 
 #include "ErrorText.h"
@@ -71,6 +72,8 @@ bool HasSameSets(const QovRyx::NodeSets& left, const QovRyx::NodeSets& right) {
 std::string CompareSets(const QovRyx::NodeSets& first, const QovRyx::NodeSets& other) {
   try {
     return HasSameSets(first, other) ? "" : "has other sets";
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     return "has sets that cannot be compared: " + ErrorText(error);
   }
