@@ -58,9 +58,11 @@ void Export(const QovRyx::Tree& tree, const std::string& path, bool onlyCounts) 
   if (!Accepts([&] { content = ChooseContent(tree, request, GetStepLayout(format)); })) return;
   if (!IsSmall(*content)) return;
   std::vector<std::string> notes;
+  ResultCounts resultsLeftOut;
   OutputSet outputs(false, onlyCounts);
   Require(Accepts([&] {
-            WriteExport(format, {tree, *content, request.mKinds, notes}, {}, path, outputs);
+            WriteExport(format, {tree, *content, request.mKinds, notes, resultsLeftOut}, {}, path,
+                        outputs);
             outputs.CommitAll();
           }),
           "a model that can be read can be exported");
