@@ -12,6 +12,7 @@
 #include "check/Finding.h"
 #include "mesh/ArrayNames.h"
 #include "model/LinkFollower.h"
+#include "model/TimeAttribute.h"
 
 namespace Qov::Tools {
 namespace {
@@ -82,7 +83,7 @@ std::string CompareSets(const QovRyx::NodeSets& first, const QovRyx::NodeSets& o
 }  // namespace
 
 ContentMismatches FindContentMismatches(const QovRyx::NodeTree& first,
-                                        const QovRyx::NodeTree& other) {
+                                        const QovRyx::NodeTree& other, bool ignoreTimes) {
   ContentMismatches mismatches;
   for (const auto& [id, entry] : other) {
     const Entry* twin = first.FindNode(id);
@@ -90,7 +91,9 @@ ContentMismatches FindContentMismatches(const QovRyx::NodeTree& first,
     const std::string node = Quoted(NameOf(entry)) + " ";
     if (const auto* group = dynamic_cast<const QovRyx::Group*>(entry.mData.get())) {
       const auto& firstGroup = dynamic_cast<const QovRyx::Group&>(*twin->mData);
-      const bool hasSameAttributes = group->mAttributes == firstGroup.mAttributes;
+      const bool hasSameAttributes =
+          ignoreTimes ? QovRyx::AreEqualButForTime(group->mAttributes, firstGroup.mAttributes)
+                      : group->mAttributes == firstGroup.mAttributes;
       if (hasSameAttributes && HasSamePlacement(*group, firstGroup)) continue;
       Add(mismatches.mGroups, id,
           node + (hasSameAttributes ? "has another placement" : "has other attributes"));

@@ -27,8 +27,9 @@ struct ContentMismatches {
 };
 
 /// Compares the content of the nodes that both models have, with an equal type. Reads the node sets
-/// if both have equally many; sets that cannot be read count as different.
+/// if both have equally many; sets that cannot be read count as different. With `ignoreTimes`, the
+/// times of groups may differ.
 ContentMismatches FindContentMismatches(const QovRyx::NodeTree& first,
-                                        const QovRyx::NodeTree& other);
+                                        const QovRyx::NodeTree& other, bool ignoreTimes);
 
 }  // namespace Qov::Tools

@@ -159,7 +159,9 @@ void ContentWarnings::FindInputsWithoutEffect() {
 /// Finds content of the nodes of a further instance that the first one has otherwise.
 void ContentWarnings::FindLostContent(const InputFile& first, const InputFile& input,
                                       const char* remedy) {
-  const ContentMismatches found = FindContentMismatches(first.GetNodes(), input.GetNodes());
+  const bool resultsTakeTimes = !mLedger.mMode.IsOfRyxMerge();
+  const ContentMismatches found =
+      FindContentMismatches(first.GetNodes(), input.GetNodes(), resultsTakeTimes);
   const auto add = [&](const char* code, const Mismatches& mismatches, const char* content,
                        const char* noun) {
     if (mismatches.mCount == 0) return;

@@ -10,6 +10,7 @@
 #include "Qov/Util/Raise.h"
 #include "diagnostics/Printable.h"
 #include "model/LinkFollower.h"
+#include "model/TimeAttribute.h"
 
 namespace QovRyx {
 namespace {
@@ -118,7 +119,9 @@ void CountNode(const NodeTree::Node& first, const NodeTree::Node& other, MergeNo
     countIf(bool{other.mData}, Event::NodeLeftOut);
   } else if (const auto* group = dynamic_cast<const Group*>(other.mData.get())) {
     const auto& firstGroup = dynamic_cast<const Group&>(*first.mData);
-    countIf(group->mAttributes != firstGroup.mAttributes || !HasSamePlacement(*group, firstGroup),
+    // Results take the times of groups (InstanceTimes.h).
+    countIf(!AreEqualButForTime(group->mAttributes, firstGroup.mAttributes) ||
+                !HasSamePlacement(*group, firstGroup),
             Event::OtherAttributes);
   } else if (const auto* shape = dynamic_cast<const Shape*>(other.mData.get())) {
     countIf(shape->mMaterial.mValues != dynamic_cast<const Shape&>(*first.mData).mMaterial.mValues,

@@ -43,6 +43,14 @@ std::optional<QovUtil::AttributeValue> GetTimeValue(const QovUtil::Attributes& a
   return std::nullopt;
 }
 
+bool AreEqualButForTime(const QovUtil::Attributes& a, const QovUtil::Attributes& b) {
+  const auto withoutTime = [](QovUtil::Attributes attributes) {
+    if (GetTime(attributes)) attributes.erase(kTimeAttribute);
+    return attributes;
+  };
+  return withoutTime(a) == withoutTime(b);
+}
+
 const Group* GroupTimes::Find(std::uint32_t id) {
   std::vector<std::uint32_t> path;
   const Group* found = nullptr;

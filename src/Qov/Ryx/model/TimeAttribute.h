@@ -20,6 +20,10 @@ std::optional<double> GetTime(const QovUtil::Attributes& attributes);
 /// Returns the attribute "time" in its stored form. Nothing if there is none.
 std::optional<QovUtil::AttributeValue> GetTimeValue(const QovUtil::Attributes& attributes);
 
+/// Returns true if the attributes are equal, whatever their times are. An attribute "time" that is
+/// not a number is not a time.
+bool AreEqualButForTime(const QovUtil::Attributes& a, const QovUtil::Attributes& b);
+
 /// Finds the times of groups.
 class GroupTimes {
  public:
