@@ -1,4 +1,5 @@
 #include "Qov/Ryx/Merge.h"
+#include "Qov/Ryx/Progress.h"
 
 #include <gmock/gmock.h>
 
@@ -411,6 +412,18 @@ class Refusal : public MergeListener {
   std::size_t mInput;
 };
 
+/// Cancels every task as soon as it has made progress.
+class Impatience : public ProgressListener {
+ public:
+  void Start(std::uint64_t /*numBytes*/) override {}
+  void Advance(std::uint64_t /*numBytes*/) override { mIsCancelled = true; }
+  void Finish() override {}
+  bool IsCancelled() const override { return mIsCancelled; }
+
+ private:
+  bool mIsCancelled = false;
+};
+
 TEST_F(Merging, RefusesWithoutATrace) {
   AddPlate("a.ryx", {"S"}, 1);
   AddPlate("b.ryx", {"S"}, 2);
@@ -468,6 +481,13 @@ TEST_F(Merging, RefusesWithoutATrace) {
               [&] { Merge(mRequest, &atSecond); });
   Refusal atEnd(9);
   EXPECT_THROW(Merge(mRequest, &atEnd), std::runtime_error);
+  for (const bool share : {true, false}) {  // cancelled while arrays are compared, and while saved
+    Impatience impatience;
+    mRequest.mShare = share;
+    SetProgressListener(&impatience);
+    ExpectError(ErrorType::MiscellaneousError, "The task was cancelled", [&] { Merge(mRequest); });
+    SetProgressListener(nullptr);
+  }
   EXPECT_EQ(ReadFile(good.mOutput), "old");
   EXPECT_EQ(listFiles(), before);
 }

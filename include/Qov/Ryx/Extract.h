@@ -43,6 +43,8 @@ struct ExtractReport {
 /// Links follow their results. A linked result whose target is left out takes the values of the
 /// target; further results with these values are linked to it. The new names apply to what is kept.
 ///
+/// ProgressListener (Progress.h) gets the progress and can cancel the extraction.
+///
 /// Raises ElementNotFound for a selection that fits nothing and for an old name that nothing has;
 /// ElementExists if two results of a geometry would get the same name, or for an output that exists
 /// and may not be replaced; InvalidObject for a new name that is not possible; MiscellaneousError

@@ -97,7 +97,8 @@ struct MergeReport {
   std::vector<std::string> mNotes;
 };
 
-/// Observes a merge and can end it. Progress in bytes goes to ProgressListener (Progress.h).
+/// Observes a merge and can end it. ProgressListener (Progress.h) gets the progress in bytes, and
+/// can cancel the merge while arrays are compared and saved.
 class QOV_EXPORT MergeListener {
  public:
   virtual ~MergeListener() = default;

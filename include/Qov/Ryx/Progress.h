@@ -6,8 +6,9 @@
 
 namespace QovRyx {
 
-/// Receives the progress of a task: the saving of a model, or a task of the program. Called on the
-/// thread of the task. The functions must not throw.
+/// Receives the progress of a task and can cancel it. Tasks are the saving of a model, the search
+/// for equal arrays, and tasks of the program. Called on the thread of the task. The functions must
+/// not throw.
 class QOV_EXPORT ProgressListener {
  public:
   virtual ~ProgressListener() = default;
@@ -18,6 +19,8 @@ class QOV_EXPORT ProgressListener {
   virtual void Advance(std::uint64_t numBytes) = 0;
   /// The task has ended, with or without an error.
   virtual void Finish() = 0;
+  /// Returns true to cancel the task. Called after each Advance.
+  virtual bool IsCancelled() const { return false; }
 };
 
 /// Installs the listener of this process; null, the default, removes it. Returns the previous one.
@@ -32,7 +35,8 @@ class QOV_EXPORT ProgressReport {
   ProgressReport(const ProgressReport&) = delete;
   ProgressReport& operator=(const ProgressReport&) = delete;
 
-  /// Adds to the progress of the current task.
+  /// Adds to the progress of the current task. Raises MiscellaneousError if the listener cancels
+  /// it.
   static void Advance(std::uint64_t numBytes);
 };
 

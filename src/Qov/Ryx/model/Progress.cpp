@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "Qov/Util/Raise.h"
+
 namespace QovRyx {
 namespace {
 
@@ -22,7 +24,12 @@ ProgressReport::~ProgressReport() {
 }
 
 void ProgressReport::Advance(std::uint64_t numBytes) {
-  if (gListener != nullptr) gListener->Advance(numBytes);
+  if (gListener == nullptr) return;
+  gListener->Advance(numBytes);
+  if (gListener->IsCancelled()) {
+    Qov::Util::Raise("include/Qov/Ryx/Progress",
+                     Qov::Util::Exception::ErrorType::MiscellaneousError, "The task was cancelled");
+  }
 }
 
 }  // namespace QovRyx
