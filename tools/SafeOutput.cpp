@@ -34,7 +34,7 @@ void SafeOutput::RaiseWriteError(int error) const {
 }
 
 void SafeOutput::Write(const void* data, std::size_t size) {
-  const bool isWritten = !mOutput || std::fwrite(data, 1, size, mFile.get()) == size;
+  const bool isWritten = !mOutput || size == 0 || std::fwrite(data, 1, size, mFile.get()) == size;
   if (!isWritten) RaiseWriteError(errno);
   mPosition += size;
 }
