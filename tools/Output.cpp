@@ -16,6 +16,7 @@ void Output::HandleFailure() const {
 }
 
 void Output::Write(std::string_view bytes) {
+  if (bytes.empty()) return;  // an empty view may be null
   if (std::fwrite(bytes.data(), 1, bytes.size(), GetStream()) != bytes.size()) HandleFailure();
 }
 
