@@ -1,5 +1,5 @@
 // Merges model files and view-point files in this process, and prints what the merge did. Ctrl-C
-// cancels it before the next input is read; nothing is left behind then.
+// cancels the merge before it reads the next input. A cancelled merge leaves no output.
 
 #include <Qov/Ryx/Merge.h>
 

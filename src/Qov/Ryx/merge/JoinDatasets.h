@@ -8,10 +8,10 @@ namespace QovRyx {
 /// which has no data of its own.
 bool IsDatasetMerge(const Tree& tree);
 
-/// Moves everything below the root of `from` below the root of `into`, after its last child. The
-/// ids of the nodes are raised like those of a model that Tree::Merge adds, but by one less,
-/// because the root stays behind. Both models are dataset merges. Raises ModelError if there are
-/// not enough ids; nothing has been moved then.
+/// Moves all nodes below the root of `from` below the root of `into`, after its last child. Both
+/// models are dataset merges. The moved nodes get higher ids, as in Tree::Merge, but lower by one,
+/// because the root of `from` is not moved. Raises ModelError if there are not enough ids, before
+/// any node is moved.
 void JoinDatasets(Tree& from, Tree& into);
 
 }  // namespace QovRyx
