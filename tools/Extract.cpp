@@ -130,10 +130,7 @@ void ExtractCommand::PrintJson(const ExtractReport& report, Output& output) cons
   document["linksReplaced"] = report.mLinksReplaced;
   document["nodesRenamed"] = report.mNodesRenamed;
   document["resultsRenamed"] = report.mResultsRenamed;
-  document["notes"] = Json::array();
-  for (const std::string& note : report.mNotes) {
-    document["notes"].push_back(JsonText(RestoreNames(note)));
-  }
+  document["notes"] = NotesJson(report.mNotes);
   output.Line(FormatJson(document));
 }
 

@@ -1,5 +1,4 @@
 #include "Json.h"
-#include "diagnostics/Utf8.h"
 
 #include <fmt/format.h>
 
@@ -7,6 +6,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+
+#include "ErrorText.h"
+#include "diagnostics/Utf8.h"
 
 namespace Qov::Tools {
 
@@ -38,6 +40,12 @@ std::string JsonText(std::string_view bytes) {
     bytes.remove_prefix(character.size());
   }
   return text;
+}
+
+Json NotesJson(const std::vector<std::string>& notes) {
+  Json list = Json::array();
+  for (const std::string& note : notes) list.push_back(JsonText(RestoreNames(note)));
+  return list;
 }
 
 std::string FormatJson(const Json& document) { return document.dump(2, ' ', true); }

@@ -3,6 +3,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Qov::Tools {
 
@@ -24,6 +25,9 @@ Json JsonFloat(float value);
 
 /// Returns any bytes as text. Bytes that are not UTF-8 become \xNN; a backslash is doubled.
 std::string JsonText(std::string_view bytes);
+
+/// Returns notes of the library as a list of texts.
+Json NotesJson(const std::vector<std::string>& notes);
 
 /// Returns the document as printed, without the last newline: indented, and in ASCII, so that it
 /// cannot control a terminal.

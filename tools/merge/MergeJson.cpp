@@ -39,10 +39,7 @@ Json MergeJson(const QovRyx::MergeRequest& request, const QovRyx::MergeReport& r
                          {"results", report.mResultsLeftOut},
                          {"views", report.mViewsLeftOut}};
   document["linksReplaced"] = report.mLinksReplaced;
-  document["notes"] = Json::array();
-  for (const std::string& note : report.mNotes) {
-    document["notes"].push_back(JsonText(RestoreNames(note)));
-  }
+  document["notes"] = NotesJson(report.mNotes);
   document["warnings"] = WarningsJson(warnings);
   document["verified"] = isVerified;
   return document;
