@@ -32,7 +32,7 @@ std::vector<std::uint32_t> LoadIntegers(const Variable& variable) {
 }
 
 std::vector<float> LoadPoints(const MeshArrays& arrays, std::string_view instance) {
-  const Variable* coordinates = arrays.Find(kCoordinates, instance);
+  const Variable* coordinates = arrays.Find(QovRyx::kCoordinates, instance);
   if (coordinates == nullptr) Refuse("the geometry has no array Coordinates");
   const std::size_t width = coordinates->mValues.GetWidth();
   if (width != 2 && width != 3) {
@@ -150,12 +150,12 @@ std::uint64_t CountRepeatedNodes(const Mesh& mesh) {
 }
 
 void LoadCells(const MeshArrays& arrays, std::string_view instance, Mesh& mesh) {
-  const Variable* connectivity = arrays.Find(kConnectivity, instance);
+  const Variable* connectivity = arrays.Find(QovRyx::kConnectivity, instance);
   if (connectivity == nullptr) {
     mesh.mWarnings.emplace_back("no array Connectivity: the mesh has points and no cells");
     return;
   }
-  const Variable* lengths = arrays.Find(kPolylength, instance);
+  const Variable* lengths = arrays.Find(QovRyx::kPolylength, instance);
   if (lengths == nullptr) Refuse("the geometry has no array Polylength");
   mesh.mNodes = LoadIntegers(*connectivity);
   mesh.mRuns = CutRuns(LoadIntegers(*lengths), mesh.mNodes.size());
@@ -186,8 +186,8 @@ Mesh LoadMesh(const QovRyx::Geometry& geometry, std::string_view instance,
   mesh.mPoints = LoadPoints(arrays, instance);
   LoadCells(arrays, instance, mesh);
   DecideKinds(mesh, choices);
-  mesh.mNodeIds = LoadIds(arrays, kNodeIds, instance, mesh.GetNumPoints(), mesh);
-  mesh.mElementIds = LoadIds(arrays, kElementIds, instance, mesh.GetNumCells(), mesh);
+  mesh.mNodeIds = LoadIds(arrays, QovRyx::kNodeIds, instance, mesh.GetNumPoints(), mesh);
+  mesh.mElementIds = LoadIds(arrays, QovRyx::kElementIds, instance, mesh.GetNumCells(), mesh);
   return mesh;
 }
 

@@ -12,8 +12,8 @@ bool ShareValues(const QovRyx::Geometry::VarStruct* a, const QovRyx::Geometry::V
 
 MeshArrays::MeshArrays(const QovRyx::Geometry& geometry) {
   for (const auto& variable : geometry.GetVariables()) {
-    const ArrayName name = SplitName(variable.mName);
-    if (IsMeshBase(name.mBase)) mArrays.try_emplace(name, &variable);
+    const QovRyx::ArrayName name = QovRyx::SplitName(variable.mName);
+    if (QovRyx::IsMeshBase(name.mBase)) mArrays.try_emplace(name, &variable);
   }
 }
 
@@ -32,9 +32,9 @@ bool MeshArrays::HasOwnMesh(std::string_view instance, std::string_view other) c
 }
 
 MeshCounts MeshArrays::Count(std::string_view instance) const {
-  const auto* points = Find(kCoordinates, instance);
-  const auto* lengths = Find(kPolylength, instance);
-  const bool hasCells = lengths != nullptr && Find(kConnectivity, instance) != nullptr;
+  const auto* points = Find(QovRyx::kCoordinates, instance);
+  const auto* lengths = Find(QovRyx::kPolylength, instance);
+  const bool hasCells = lengths != nullptr && Find(QovRyx::kConnectivity, instance) != nullptr;
   return {points == nullptr ? 0 : CountItems(points->mValues),
           hasCells ? lengths->mValues.GetNumElements() : 0};
 }

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "Qov/Ryx/Tree.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 
 namespace QovMesh {
 
@@ -18,7 +18,8 @@ struct MeshCounts {
 
 /// The arrays that make an exported mesh.
 inline constexpr std::array<std::string_view, 5> kExportedArrays = {
-    kCoordinates, kConnectivity, kPolylength, kNodeIds, kElementIds};
+    QovRyx::kCoordinates, QovRyx::kConnectivity, QovRyx::kPolylength, QovRyx::kNodeIds,
+    QovRyx::kElementIds};
 
 /// Returns true if two arrays have the same values because one is a link to the other or both to a
 /// third. Both may be null. Reads no array.
@@ -40,7 +41,7 @@ class MeshArrays {
   MeshCounts Count(std::string_view instance) const;
 
  private:
-  std::map<ArrayName, const QovRyx::Geometry::VarStruct*> mArrays;
+  std::map<QovRyx::ArrayName, const QovRyx::Geometry::VarStruct*> mArrays;
 };
 
 /// Returns the number of items of an array. With a width of 0 each element is an item.

@@ -28,8 +28,8 @@ PlacementRule::PlacementRule(const QovRyx::NodeTree& nodes) {
   QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const QovRyx::Geometry& geometry) {
     const MeshArrays arrays(geometry);
     for (const auto& variable : geometry.GetVariables()) {
-      const ArrayName name = SplitName(variable.mName);
-      if (IsMeshBase(name.mBase)) continue;
+      const QovRyx::ArrayName name = QovRyx::SplitName(variable.mName);
+      if (QovRyx::IsMeshBase(name.mBase)) continue;
       const auto placement = PlaceByCount(variable.mValues, arrays.Count(name.mInstance));
       if (placement == Placement::Point) ++mVotes[variable.mKind].mPoint;
       if (placement == Placement::Cell) ++mVotes[variable.mKind].mCell;

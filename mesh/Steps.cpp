@@ -9,7 +9,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 #include "model/TimeAttribute.h"
 
 namespace QovMesh {
@@ -94,8 +94,8 @@ void StepTable::AddGeometry(std::uint32_t id, const QovRyx::Geometry& geometry,
                             const std::optional<double>& groupTime) {
   if (groupTime) mGroupTimes[id] = *groupTime;
   for (const auto& variable : geometry.GetVariables()) {
-    const ArrayName name = SplitName(variable.mName);
-    if (IsMeshBase(name.mBase)) continue;
+    const QovRyx::ArrayName name = QovRyx::SplitName(variable.mName);
+    if (QovRyx::IsMeshBase(name.mBase)) continue;
     const std::optional<double> ownTime = GetTime(variable.mAttributes);
     if (!name.mInstance.empty()) {
       const std::size_t step = GetOrAdd(std::string(name.mInstance));
@@ -140,7 +140,7 @@ void StepTable::Sort() {
 
 std::optional<std::size_t> StepTable::FindStep(std::uint32_t geometry,
                                                const QovRyx::Geometry::VarStruct& result) const {
-  const ArrayName name = SplitName(result.mName);
+  const QovRyx::ArrayName name = QovRyx::SplitName(result.mName);
   std::string key(name.mInstance);
   if (key.empty()) {
     const auto groupTime = mGroupTimes.find(geometry);

@@ -19,7 +19,7 @@
 #include "container/SignalRemovals.h"
 #include "diagnostics/Printable.h"
 #include "ledger/MergeRequest.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
@@ -93,7 +93,7 @@ QovRyx::Renames ReadNames(const std::vector<std::string>& words, const char* opt
 /// Adds a note for each array of the mesh that gets another name.
 void AddMeshNotes(const QovRyx::Renames& renames, ExtractReport& report) {
   const auto isMesh = [](const std::string& name) {
-    return QovMesh::IsMeshBase(QovMesh::SplitName(name).mBase);
+    return QovRyx::IsMeshBase(QovRyx::SplitName(name).mBase);
   };
   for (const auto& [oldName, newName] : renames) {
     if (!isMesh(oldName) || isMesh(newName)) continue;

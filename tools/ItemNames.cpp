@@ -23,13 +23,13 @@ std::string ItemText(const ItemName& name) {
 ItemName ItemNames::Find(const QovRyx::Geometry& geometry,
                          const QovRyx::Geometry::VarStruct& result, std::uint64_t position) {
   using Kind = ItemName::Kind;
-  const std::string_view instance = QovMesh::SplitName(result.mName).mInstance;
+  const std::string_view instance = QovRyx::SplitName(result.mName).mInstance;
   const QovMesh::MeshArrays arrays(geometry);
   const QovMesh::Placement placement =
       mPlacements.Decide(result, arrays.Count(instance)).mPlacement;
   if (placement == QovMesh::Placement::Field) return {Kind::Item, position};
   const bool isPoint = placement == QovMesh::Placement::Point;
-  const auto* variable = arrays.Find(isPoint ? QovMesh::kNodeIds : QovMesh::kElementIds, instance);
+  const auto* variable = arrays.Find(isPoint ? QovRyx::kNodeIds : QovRyx::kElementIds, instance);
   if (variable != nullptr) {
     const auto& ids = Load(variable->mValues, isPoint ? mNodeIds : mElementIds);
     if (position < ids.size()) return {isPoint ? Kind::Node : Kind::Element, ids[position]};

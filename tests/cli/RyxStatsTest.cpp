@@ -1,7 +1,7 @@
 #include <cmath>
 #include <limits>
 
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 #include "ryxFixture.h"
 #include "support/Streams.h"
 
@@ -27,11 +27,11 @@ class RyxStats : public RyxProgram {
       Group& group = AddNode<Group>(tree, NodeTree::kRootId, "Top");
       group.mTakesModels = 1;
       Geometry& geometry = AddNode<Geometry>(tree, 2, "Mesh, \"fine\"");
-      Add(geometry, QovMesh::kCoordinates, 0, {0, 0, 0, 1, 0, 0, 2, 0, 0}, 3);
-      AddIds(geometry, QovMesh::kConnectivity, 4, {0, 1, 1, 2});
-      AddIds(geometry, QovMesh::kPolylength, 5, {2, 2});
-      if (hasIds) AddIds(geometry, QovMesh::kNodeIds, 6, {101, 102, 103});
-      if (hasIds) AddIds(geometry, QovMesh::kElementIds, 9, {4294967295U, 7});
+      Add(geometry, QovRyx::kCoordinates, 0, {0, 0, 0, 1, 0, 0, 2, 0, 0}, 3);
+      AddIds(geometry, QovRyx::kConnectivity, 4, {0, 1, 1, 2});
+      AddIds(geometry, QovRyx::kPolylength, 5, {2, 2});
+      if (hasIds) AddIds(geometry, QovRyx::kNodeIds, 6, {101, 102, 103});
+      if (hasIds) AddIds(geometry, QovRyx::kElementIds, 9, {4294967295U, 7});
       const float nan = std::nanf("");
       Add(geometry, "Heat", 12, {nan, start, start + 1});
       Add(geometry, "Strain|LC1", 12, {start + 1, start});

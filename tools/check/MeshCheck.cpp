@@ -10,16 +10,16 @@
 
 #include "Plural.h"
 #include "Qov/Ryx/Geometry.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
 
-using QovMesh::ArrayName;
-using QovMesh::kConnectivity;
-using QovMesh::kCoordinates;
-using QovMesh::kPolylength;
-using QovMesh::SplitName;
+using QovRyx::ArrayName;
+using QovRyx::kConnectivity;
+using QovRyx::kCoordinates;
+using QovRyx::kPolylength;
+using QovRyx::SplitName;
 
 bool HoldsIntegers(const StoredVariable& variable) {
   using QovRyx::Geometry;

@@ -7,18 +7,18 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
 
-using QovMesh::IsMeshBase;
-using QovMesh::kConnectivity;
-using QovMesh::kCoordinates;
-using QovMesh::kElementIds;
-using QovMesh::kNodeIds;
-using QovMesh::kPolylength;
-using QovMesh::SplitName;
+using QovRyx::IsMeshBase;
+using QovRyx::kConnectivity;
+using QovRyx::kCoordinates;
+using QovRyx::kElementIds;
+using QovRyx::kNodeIds;
+using QovRyx::kPolylength;
+using QovRyx::SplitName;
 
 std::uint64_t CountTuples(const StoredVariable& values) {
   return values.GetNumElements() / std::max<std::uint64_t>(values.mWidth, 1);

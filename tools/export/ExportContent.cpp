@@ -1,7 +1,6 @@
 #include "export/ExportContent.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <map>
@@ -9,7 +8,6 @@
 #include <utility>
 
 #include "ErrorText.h"
-#include "NodeFilter.h"
 #include "Plural.h"
 #include "Qov/Ryx/ValueOwners.h"
 #include "Qov/Util/Raise.h"
@@ -17,13 +15,15 @@
 #include "TreeWalk.h"
 #include "diagnostics/Printable.h"
 #include "export/UniqueNames.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
+#include "merge/SelectionWords.h"
 
 namespace Qov::Tools {
 namespace {
 
 using ErrorType = Util::Exception::ErrorType;
 using QovRyx::Geometry;
+using QovRyx::SelectionWords;
 
 constexpr const char* kSource = "tools/export/ExportContent";
 
@@ -33,47 +33,22 @@ constexpr const char* kSource = "tools/export/ExportContent";
 
 std::string Shown(std::string_view name) { return Escape(name, {}); }
 
-/// Words of the command line, and which of them have matched something.
-class Patterns {
- public:
-  explicit Patterns(const std::vector<std::string>& words)
-      : mWords(words), mHasMatched(words.size(), false) {}
+/// Returns true if there are no words, or if one of them fits one of the names.
+bool Accept(SelectionWords& words, std::initializer_list<std::string> names) {
+  const auto fits = [&names](const std::string& word) {
+    return std::any_of(names.begin(), names.end(),
+                       [&word](const std::string& name) { return QovRyx::FitsName(word, name); });
+  };
+  return words.IsEmpty() || words.Test(fits);
+}
 
-  /// Returns true if there are no words, or if one of the names matches one of them.
-  bool Accept(std::initializer_list<std::string> names) {
-    bool accepted = mWords.empty();
-    for (std::size_t i = 0; i < mWords.size(); ++i) {
-      for (const std::string& name : names) {
-        if (name != mWords[i] && !MatchesPattern(name, mWords[i])) continue;
-        mHasMatched[i] = true;
-        accepted = true;
-      }
-    }
-    return accepted;
-  }
-
-  /// Notes the words that have matched nothing. Raises ElementNotFound if none has matched. `list`
-  /// shows the names.
-  void CheckMatches(const std::string& noun, const std::string& list,
-                    std::vector<std::string>& notes) const {
-    if (mWords.empty()) return;
-    std::vector<std::string> unused;
-    for (std::size_t i = 0; i < mWords.size(); ++i) {
-      if (!mHasMatched[i]) unused.push_back(Util::Quote(mWords[i]));
-    }
-    if (unused.size() == mWords.size()) {
-      RaiseNotFound(
-          fmt::format("no {} matches {}; {} lists them", noun, fmt::join(unused, " or "), list));
-    }
-    for (const std::string& word : unused) {
-      notes.push_back(fmt::format("{} chooses nothing: no {} matches it", word, noun));
-    }
-  }
-
- private:
-  const std::vector<std::string>& mWords;
-  std::vector<bool> mHasMatched;
-};
+/// Notes the words that fit nothing. Raises ElementNotFound if none fits. `list` is the command
+/// that shows the names.
+void CheckMatches(const SelectionWords& words, const std::string& list,
+                  std::vector<std::string>& notes) {
+  words.RequireAny("; " + list + " lists them");
+  words.NoteUnused(" chooses nothing", notes);
+}
 
 class ContentBuilder {
  public:
@@ -84,23 +59,23 @@ class ContentBuilder {
         mTable(tree.GetNodes()),
         mRule(tree.GetNodes()),
         mOwners(tree.GetNodes()),
-        mNodePatterns(request.mNodes),
-        mResultPatterns(request.mResults),
-        mSetPatterns(request.mSetNames) {}
+        mNodeWords(request.mNodes, "node"),
+        mResultWords(request.mResults, "result"),
+        mSetWords(request.mSetNames, "node set") {}
 
   ExportContent Build() {
     mContent.mSetNames = mRequest.mSetNames;
     ChooseSteps();
     AddParts();
-    mNodePatterns.CheckMatches("node", "ryx ls", mContent.mNotes);
-    mResultPatterns.CheckMatches("result", "ryx ls", mContent.mNotes);
+    CheckMatches(mNodeWords, "ryx ls", mContent.mNotes);
+    CheckMatches(mResultWords, "ryx ls", mContent.mNotes);
     CheckMeshes();
     if (mContent.mParts.empty()) {
       RaiseNotFound("the model has no geometry that can be written" +
                     (mRefusal.empty() ? "" : ": " + mRefusal));
     }
     AddSetNodes();
-    mSetPatterns.CheckMatches("node set", "ryx ls", mContent.mNotes);
+    CheckMatches(mSetWords, "ryx ls", mContent.mNotes);
     OmitOtherData();
     for (const std::string& warning : mTable.GetWarnings()) Note(warning);
     return std::move(mContent);
@@ -117,17 +92,17 @@ class ContentBuilder {
   }
 
   void ChooseSteps() {
-    Patterns patterns(mRequest.mSteps);
+    SelectionWords words(mRequest.mSteps, "step");
     const auto& steps = mTable.GetSteps();
     for (std::size_t i = 0; i < steps.size(); ++i) {
-      if (!patterns.Accept({steps[i].mName, fmt::format("{}", i + 1)})) {
+      if (!Accept(words, {steps[i].mName, fmt::format("{}", i + 1)})) {
         Omit("step " + Shown(steps[i].mName) + ": not chosen");
         continue;
       }
       mChosenSteps[i] = mContent.mSteps.size();
       mContent.mSteps.push_back(steps[i]);
     }
-    patterns.CheckMatches("step", "ryx export --dry-run", mContent.mNotes);
+    CheckMatches(words, "ryx export --dry-run", mContent.mNotes);
   }
 
   /// Walks the tree from the top, so that a chosen node brings what is below it.
@@ -144,7 +119,7 @@ class ContentBuilder {
         continue;
       }
       const QovRyx::Node& node = *step->mEntry->mData;
-      const bool fits = mNodePatterns.Accept({node.GetName(), fmt::format("{}", step->mId)});
+      const bool fits = Accept(mNodeWords, {node.GetName(), fmt::format("{}", step->mId)});
       isChosen.push_back(fits || (!isChosen.empty() && isChosen.back()));
       const auto* group = dynamic_cast<const QovRyx::Group*>(&node);
       groups.push_back(group == nullptr ? "" : node.GetName());
@@ -178,13 +153,13 @@ class ContentBuilder {
       if (!group.empty()) part.mGroups.push_back(group);
     }
     part.mMeshInstance = FindMeshInstance(geometry);
-    if (arrays.Find(QovMesh::kCoordinates, part.mMeshInstance) == nullptr) {
+    if (arrays.Find(QovRyx::kCoordinates, part.mMeshInstance) == nullptr) {
       return Refuse(PartText(part) + ": it has no array Coordinates");
     }
     UniqueNames names;
     for (const auto& variable : geometry.GetVariables()) {
-      const std::string_view base = QovMesh::SplitName(variable.mName).mBase;
-      if (!QovMesh::IsMeshBase(base)) AddResult(variable, arrays, names, part);
+      const std::string_view base = QovRyx::SplitName(variable.mName).mBase;
+      if (!QovRyx::IsMeshBase(base)) AddResult(variable, arrays, names, part);
     }
     mContent.mParts.push_back(std::move(part));
   }
@@ -193,8 +168,8 @@ class ContentBuilder {
   /// steps share.
   std::string FindMeshInstance(const Geometry& geometry) const {
     for (const auto& variable : geometry.GetVariables()) {
-      const QovMesh::ArrayName name = QovMesh::SplitName(variable.mName);
-      if (name.mBase != QovMesh::kCoordinates) continue;
+      const QovRyx::ArrayName name = QovRyx::SplitName(variable.mName);
+      if (name.mBase != QovRyx::kCoordinates) continue;
       if (name.mInstance.empty()) return {};
       const bool isChosen =
           std::any_of(mContent.mSteps.begin(), mContent.mSteps.end(),
@@ -220,8 +195,8 @@ class ContentBuilder {
 
   void AddResult(const Geometry::VarStruct& variable, const QovMesh::MeshArrays& arrays,
                  UniqueNames& names, ExportPart& part) {
-    const QovMesh::ArrayName name = QovMesh::SplitName(variable.mName);
-    if (!mResultPatterns.Accept({std::string(name.mBase), variable.mName})) {
+    const QovRyx::ArrayName name = QovRyx::SplitName(variable.mName);
+    if (!Accept(mResultWords, {std::string(name.mBase), variable.mName})) {
       return Omit(WhereText(part, variable) + ": not chosen");
     }
     ExportResult result;
@@ -336,7 +311,7 @@ class ContentBuilder {
     const QovRyx::SetColumns sets = node.GetColumns();
     for (std::size_t i = 0; i < sets.size(); ++i) {
       const std::string name(sets[i].mName);
-      if (!mSetPatterns.Accept({name})) Omit("node set " + Shown(name) + ": not chosen");
+      if (!Accept(mSetWords, {name})) Omit("node set " + Shown(name) + ": not chosen");
     }
   }
 
@@ -382,9 +357,9 @@ class ContentBuilder {
   QovMesh::StepTable mTable;
   QovMesh::PlacementRule mRule;
   QovRyx::ValueOwners mOwners;
-  Patterns mNodePatterns;
-  Patterns mResultPatterns;
-  Patterns mSetPatterns;
+  SelectionWords mNodeWords;
+  SelectionWords mResultWords;
+  SelectionWords mSetWords;
   std::map<std::size_t, std::size_t> mChosenSteps;  ///< From the table to ExportContent::mSteps.
   std::string mRefusal;  ///< The first chosen thing that cannot be written.
   ExportContent mContent;

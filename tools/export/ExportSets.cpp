@@ -15,7 +15,7 @@ namespace {
 /// Returns the array of node ids of a part; null if it has none for each point.
 const QovRyx::NumericArray* FindNodeIds(const ExportPart& part) {
   const QovMesh::MeshArrays arrays(*part.mpGeometry);
-  const auto* variable = arrays.Find(QovMesh::kNodeIds, part.mMeshInstance);
+  const auto* variable = arrays.Find(QovRyx::kNodeIds, part.mMeshInstance);
   const std::uint64_t numPoints = arrays.Count(part.mMeshInstance).mNumPoints;
   if (variable == nullptr || variable->mValues.GetNumElements() != numPoints) return nullptr;
   return &variable->mValues;

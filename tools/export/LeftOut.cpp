@@ -10,7 +10,7 @@
 
 #include "Plural.h"
 #include "Terminal.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 #include "mesh/MeshArrays.h"
 
 namespace Qov::Tools {
@@ -21,8 +21,8 @@ std::set<std::string_view> FindMeshInstances(const ExportContent& content,
                                              const QovRyx::Geometry& geometry) {
   std::set<std::string_view> instances;
   for (const auto& variable : geometry.GetVariables()) {
-    const QovMesh::ArrayName name = QovMesh::SplitName(variable.mName);
-    if (QovMesh::IsMeshBase(name.mBase) && IsChosen(content, name.mInstance)) {
+    const QovRyx::ArrayName name = QovRyx::SplitName(variable.mName);
+    if (QovRyx::IsMeshBase(name.mBase) && IsChosen(content, name.mInstance)) {
       instances.insert(name.mInstance);
     }
   }
@@ -88,7 +88,7 @@ void NotePartElementsLeftOut(const ExportTask& task) {
   std::uint64_t count = 0;
   for (const ExportPart& part : task.mContent.mParts) {
     for (const auto& variable : part.mpGeometry->GetVariables()) {
-      count += QovMesh::SplitName(variable.mName).mBase == QovMesh::kPartElements ? 1 : 0;
+      count += QovRyx::SplitName(variable.mName).mBase == QovRyx::kPartElements ? 1 : 0;
     }
   }
   if (count == 0) return;

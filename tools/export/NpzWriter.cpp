@@ -12,7 +12,7 @@
 #include "export/TableWriters.h"
 #include "export/UniqueNames.h"
 #include "export/ZipArchive.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 #include "mesh/MeshArrays.h"
 
 namespace Qov::Tools {
@@ -90,14 +90,14 @@ class NpzBuilder {
 
   /// Writes an array of the mesh as it is in the model, under its whole name.
   void WriteMeshArray(const std::string& folder, const QovRyx::Geometry::VarStruct& variable) {
-    const QovMesh::ArrayName name = QovMesh::SplitName(variable.mName);
-    if (!QovMesh::IsMeshBase(name.mBase) || !IsChosen(mTask.mContent, name.mInstance)) return;
+    const QovRyx::ArrayName name = QovRyx::SplitName(variable.mName);
+    if (!QovRyx::IsMeshBase(name.mBase) || !IsChosen(mTask.mContent, name.mInstance)) return;
     ExportResult array;
     array.mpVariable = &variable;
     array.mName = name.mInstance.empty() ? std::string(name.mBase)
                                          : fmt::format("{} ({})", name.mBase, name.mInstance);
     array.mWidth = std::max<std::size_t>(variable.mValues.GetWidth(), 1);
-    array.mIsUnsigned = name.mBase != QovMesh::kCoordinates;
+    array.mIsUnsigned = name.mBase != QovRyx::kCoordinates;
     WriteResult(folder, array);
   }
 
@@ -112,7 +112,7 @@ class NpzBuilder {
     Add<std::uint8_t>(folder + "VTK cell types", "|u1", types, 1);
     const QovMesh::MeshArrays arrays(*part.mpGeometry);
     std::vector<std::uint32_t> nodes;
-    arrays.Find(QovMesh::kConnectivity, part.mMeshInstance)->mValues.GetValues(nodes);
+    arrays.Find(QovRyx::kConnectivity, part.mMeshInstance)->mValues.GetValues(nodes);
     if (nodes != mesh.mNodes) {
       Add<std::uint32_t>(folder + "VTK connectivity", "<u4", mesh.mNodes, 1);
     }

@@ -19,7 +19,7 @@
 #include "export/CompressedBlocks.h"
 #include "export/UniqueNames.h"
 #include "export/XmlText.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 #include "mesh/MeshArrays.h"
 #include "mesh/SetMasks.h"
 
@@ -177,16 +177,16 @@ class GridLayout {
       return variable == nullptr ? nullptr : variable->mValues.GetLoader().get();
     };
     PartPlace place{true, mNumPoints, mNumNodes};
-    const void* coordinates = loader(QovMesh::kCoordinates);
+    const void* coordinates = loader(QovRyx::kCoordinates);
     if (coordinates != nullptr && !HasPointResults(part)) {
       const auto [found, isNew] =
-          mShared.try_emplace({coordinates, loader(QovMesh::kNodeIds), part.mSetNodes}, mNumPoints);
+          mShared.try_emplace({coordinates, loader(QovRyx::kNodeIds), part.mSetNodes}, mNumPoints);
       place.mOwnsPoints = isNew;
       place.mFirstPoint = found->second;
     }
     if (place.mOwnsPoints) mNumPoints += counts.mNumPoints;
     mNumCells += counts.mNumCells;
-    if (const auto* nodes = arrays.Find(QovMesh::kConnectivity, part.mMeshInstance)) {
+    if (const auto* nodes = arrays.Find(QovRyx::kConnectivity, part.mMeshInstance)) {
       mNumNodes += nodes->mValues.GetNumElements();
     }
     mPlaces.push_back(place);
@@ -215,8 +215,8 @@ class VtuBuilder {
     AddResults(Placement::Point);
     AddResults(Placement::Cell);
     AddFieldResults();
-    AddIds(QovMesh::kNodeIds, Section::Point);
-    AddIds(QovMesh::kElementIds, Section::Cell);
+    AddIds(QovRyx::kNodeIds, Section::Point);
+    AddIds(QovRyx::kElementIds, Section::Cell);
     if (mParts.size() > 1) AddPartNumbers();
     AddSets();
     WriteHeader();

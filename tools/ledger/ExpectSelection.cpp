@@ -9,7 +9,7 @@
 #include "ExpectedLinks.h"
 #include "MergedNames.h"
 #include "diagnostics/Pattern.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
@@ -32,12 +32,12 @@ bool IsListed(const Words& words, const std::string& name) {
 
 bool IsChosen(const Selection& selection, const std::string& name) {
   const std::string instance = InstancePartOf(name);
-  const std::string base(QovMesh::SplitName(name).mBase);
+  const std::string base(QovRyx::SplitName(name).mBase);
   if (!instance.empty()) {
     if (!selection.mInstances.empty() && !Fits(selection.mInstances, instance)) return false;
     if (Fits(selection.mWithoutInstances, instance)) return false;
   }
-  if (QovMesh::IsMeshBase(base)) {
+  if (QovRyx::IsMeshBase(base)) {
     return !IsListed(selection.mWithoutResults, base) && !IsListed(selection.mWithoutResults, name);
   }
   if (Fits(selection.mWithoutResults, base) || Fits(selection.mWithoutResults, name)) return false;

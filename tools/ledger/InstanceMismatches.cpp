@@ -10,7 +10,7 @@
 #include "ErrorText.h"
 #include "InputFile.h"
 #include "check/Finding.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 #include "model/LinkFollower.h"
 #include "model/TimeAttribute.h"
 
@@ -42,7 +42,7 @@ std::string DescribeMismatch(const Entry& first, const Entry& other) {
 std::optional<std::uint64_t> CountItemsOf(const QovRyx::Geometry& geometry, std::string_view base,
                                           LinkFollower<Result>& follower) {
   for (const Result& result : geometry.GetVariables()) {
-    if (QovMesh::SplitName(result.mName).mBase != base) continue;
+    if (QovRyx::SplitName(result.mName).mBase != base) continue;
     const Result* values = follower.FindOwner(result);
     if (values == nullptr) return std::nullopt;
     const std::uint64_t width = std::max<std::uint64_t>(values->mValues.GetWidth(), 1);
@@ -132,11 +132,11 @@ Mismatches FindMeshMismatches(const QovRyx::NodeTree& first, const QovRyx::NodeT
     const Entry* entry = first.FindNode(id);
     const QovRyx::Geometry* twin = entry == nullptr ? nullptr : QovRyx::AsGeometry(*entry);
     if (twin == nullptr) return;
-    for (const std::string_view base : {QovMesh::kCoordinates, QovMesh::kConnectivity}) {
+    for (const std::string_view base : {QovRyx::kCoordinates, QovRyx::kConnectivity}) {
       const auto count = CountItemsOf(geometry, base, otherLinks);
       const auto wanted = CountItemsOf(*twin, base, firstLinks);
       if (!count || !wanted || *count == *wanted) continue;
-      const char* unit = base == QovMesh::kCoordinates ? "points" : "element corners";
+      const char* unit = base == QovRyx::kCoordinates ? "points" : "element corners";
       Add(mismatches, id,
           fmt::format("{} has {} {}, in the first model {}", Quoted(geometry.GetName()), *count,
                       unit, *wanted));

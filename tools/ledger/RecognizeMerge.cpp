@@ -11,7 +11,7 @@
 #include "InstanceMismatches.h"
 #include "Plural.h"
 #include "Qov/Ryx/FileArrangement.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
@@ -262,7 +262,7 @@ std::vector<ValueCount> CountValues(const ExpectedModel& model, std::size_t numI
   std::vector<ValueCount> counts(numInputs);
   for (const auto& [id, node] : model.mNodes) {
     for (const ExpectedResult& result : node.mResults) {
-      const bool isMesh = QovMesh::IsMeshBase(QovMesh::SplitName(result.mName).mBase);
+      const bool isMesh = QovRyx::IsMeshBase(QovRyx::SplitName(result.mName).mBase);
       if (result.mpValues == nullptr || result.mpFound == nullptr || isMesh) continue;
       ValueCount& count = counts[result.mInput];
       if (result.mSound) ++count.mSame;

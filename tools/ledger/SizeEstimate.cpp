@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "ContainerInfo.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 #include "model/StreamNames.h"
 
 namespace Qov::Tools {
@@ -62,7 +62,7 @@ std::vector<std::uint64_t> ArraysByInput(const MergeRequest& request, const Expe
   std::vector<std::uint64_t> sizes(inputs.size());
   const auto isStoredBefore = [&](const ExpectedResult& result) {
     return request.mShare && IsInstanceMode(request.mMode) && inputs[result.mInput].mNumber > 1 &&
-           QovMesh::IsMeshBase(QovMesh::SplitName(result.mName).mBase);
+           QovRyx::IsMeshBase(QovRyx::SplitName(result.mName).mBase);
   };
   for (const auto& [id, node] : model.mNodes) {
     for (const ExpectedResult& result : node.mResults) {

@@ -16,7 +16,7 @@
 #include "Qov/Jbf/JbFile.h"
 #include "check/Finding.h"
 #include "check/UnreadContent.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 #include "model/StreamNames.h"
 
 namespace Qov::Tools {
@@ -107,7 +107,7 @@ void ContentWarnings::FindSameNames() {
 }
 
 bool IsMeshArray(const std::string& name) {
-  return QovMesh::IsMeshBase(QovMesh::SplitName(name).mBase);
+  return QovRyx::IsMeshBase(QovRyx::SplitName(name).mBase);
 }
 
 /// Returns the number of results of each input that the output contains, without mesh arrays.

@@ -13,7 +13,7 @@
 #include "ResultPattern.h"
 #include "VerifiedValues.h"
 #include "diagnostics/Utf8.h"
-#include "mesh/ArrayNames.h"
+#include "merge/ArrayNames.h"
 
 namespace Qov::Tools {
 namespace {
@@ -47,7 +47,7 @@ std::vector<ValueStatistics> SummarizeComponents(const std::vector<std::uint32_t
 }  // namespace
 
 bool ResultStatistics::IsChosen(const Variable& result) {
-  if (mPatterns.empty()) return !QovMesh::IsMeshBase(QovMesh::SplitName(result.mName).mBase);
+  if (mPatterns.empty()) return !QovRyx::IsMeshBase(QovRyx::SplitName(result.mName).mBase);
   bool isChosen = false;
   for (std::size_t i = 0; i < mPatterns.size(); ++i) {
     if (!MatchesResult(result.mName, mPatterns[i])) continue;

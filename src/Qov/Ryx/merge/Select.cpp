@@ -9,7 +9,7 @@
 #include "ArrayNames.h"
 #include "Qov/Ryx/ModelEdits.h"
 #include "Qov/Util/Raise.h"
-#include "diagnostics/Pattern.h"
+#include "SelectionWords.h"
 #include "diagnostics/Printable.h"
 
 namespace QovRyx {
@@ -21,60 +21,10 @@ constexpr const char* kSource = "include/Qov/Ryx/Selection";
   Qov::Util::Raise(kSource, Qov::Util::Exception::ErrorType::ElementNotFound, text);
 }
 
-/// One list of a selection. Remembers which of its words fit something.
-class Words {
- public:
-  /// `noun` is the kind of items.
-  Words(const std::vector<std::string>& words, const char* noun)
-      : mWords(words), mHasFitted(words.size(), false), mNoun(noun) {}
-
-  bool IsEmpty() const { return mWords.empty(); }
-
-  /// Returns true if `fits(word)` is true for one of the words.
-  template <class Fits>
-  bool Test(Fits fits) {
-    bool fitsOne = false;
-    for (std::size_t i = 0; i < mWords.size(); ++i) {
-      if (!fits(mWords[i])) continue;
-      mHasFitted[i] = true;
-      fitsOne = true;
-    }
-    return fitsOne;
-  }
-
-  /// Raises ElementNotFound if there are words, but none fits anything.
-  void RequireAny() const {
-    if (mWords.empty() || std::find(mHasFitted.begin(), mHasFitted.end(), true) != mHasFitted.end())
-      return;
-    std::string text = std::string("No ") + mNoun + " matches ";
-    for (std::size_t i = 0; i < mWords.size(); ++i) {
-      text += (i == 0 ? "" : " or ") + Qov::Util::Quote(mWords[i]);
-    }
-    RaiseNotFound(text);
-  }
-
-  /// Appends a line for each word that fits nothing.
-  void NoteUnused(const char* effect, std::vector<std::string>& notes) const {
-    for (std::size_t i = 0; i < mWords.size(); ++i) {
-      if (mHasFitted[i]) continue;
-      notes.push_back(Qov::Util::Quote(mWords[i]) + effect + ": no " + mNoun + " matches it");
-    }
-  }
-
- private:
-  const std::vector<std::string>& mWords;
-  std::vector<bool> mHasFitted;
-  const char* mNoun;
-};
-
-bool FitsName(const std::string& word, const std::string& name) {
-  return word == name || Qov::Util::MatchesPattern(name, word);
-}
-
 /// The lists for one kind of items: those that are chosen, and those that are not.
 struct WordLists {
-  Words mWith;
-  Words mWithout;
+  SelectionWords mWith;
+  SelectionWords mWithout;
 
   WordLists(const std::vector<std::string>& with, const std::vector<std::string>& without,
             const char* noun)
