@@ -5,6 +5,7 @@
 #include <set>
 #include <vector>
 
+#include "Target.h"
 #include "support/ModelCompare.h"
 
 namespace Qov::Fuzz {
@@ -68,6 +69,15 @@ bool ReadArrays(const QovRyx::Tree& tree) {
   }
   for (QovJbf::StreamReader* reader : readers) reader->Verify();
   return true;
+}
+
+bool LoadWithArrays(QovRyx::Tree& tree, const std::string& path) {
+  bool isSmall = false;
+  const bool isSound = Accepts([&] {
+    Load(tree, path);
+    isSmall = ReadArrays(tree);
+  });
+  return isSound && isSmall;
 }
 
 std::optional<std::string> Describe(const QovRyx::Tree& tree) {

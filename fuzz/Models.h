@@ -29,6 +29,9 @@ void Load(QovRyx::Tree& tree, const std::string& path);
 /// take more than 16 MiB, because a few hundred bytes may decompress to many megabytes.
 bool ReadArrays(const QovRyx::Tree& tree);
 
+/// Does both. Returns false for a model that is refused or too large.
+bool LoadWithArrays(QovRyx::Tree& tree, const std::string& path);
+
 /// Describes a model completely, for comparisons. Returns nothing if its arrays, linked ones
 /// included, take more than 16 MiB.
 std::optional<std::string> Describe(const QovRyx::Tree& tree);

@@ -76,12 +76,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static MemoryFile file;
   file.SetContent(data, size);
   QovRyx::Tree tree(false);
-  bool isRead = false;
-  const bool isSound = Accepts([&] {
-    Load(tree, file.GetPath());
-    isRead = ReadArrays(tree);
-  });
-  if (!isSound || !isRead) return 0;
+  if (!LoadWithArrays(tree, file.GetPath())) return 0;
   // Every 16th model is written to files, because that takes most of the time.
   const bool onlyCounts = size % 16 != 0;
   const Folder folder;

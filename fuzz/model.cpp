@@ -21,12 +21,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static MemoryFile copy;
   file.SetContent(data, size);
   QovRyx::Tree tree(false);
-  bool isRead = false;
-  const bool isSound = Accepts([&] {
-    Load(tree, file.GetPath());
-    isRead = ReadArrays(tree);
-  });
-  if (!isSound || !isRead) return 0;
+  if (!LoadWithArrays(tree, file.GetPath())) return 0;
   Require(Accepts([&] { Save(tree, copy.GetPath()); }), "a loaded model can be saved");
   QovRyx::Tree again(false);
   Require(Accepts([&] {
