@@ -46,8 +46,8 @@ class TemporaryOutput {
   void Flush();
   /// Flushes the file, if that was not done, and its folder, and gives the file its name. All of it
   /// must have been written to the descriptor or the path. Raises ElementExists if `overwrite` was
-  /// false and another program has made a file of that name meanwhile, and WriteError. The output
-  /// is as before then, except if only the folder cannot be flushed.
+  /// false and another program has made a file of that name, and WriteError. After an error the
+  /// output is as before, unless only the folder could not be flushed.
   void Commit();
 
  private:

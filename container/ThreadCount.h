@@ -9,10 +9,10 @@ namespace QovJbf {
 /// The largest number of threads that compress.
 inline constexpr unsigned kMostThreads = 256;
 
-/// Returns the number of threads that compress blocks of `blockSize` bytes. `wanted`, or if that is
-/// 0 the variable RYXMERGE_THREADS, sets it. Without both it is the number of processors, but at
-/// most the number of threads whose data fit into half of the free memory. In both cases the
-/// threads with their stacks must fit into half of the free address space.
+/// Returns the number of threads that compress blocks of `blockSize` bytes. `wanted` sets it, or
+/// the environment variable RYXMERGE_THREADS if `wanted` is 0. Without both it is the number of
+/// processors, but at most the number of threads whose data fit into half of the free memory. In
+/// both cases the threads with their stacks must fit into half of the free address space.
 unsigned GetThreadCount(std::uint64_t blockSize,
                         const SystemResources& resources = SystemResources(), unsigned wanted = 0);
 

@@ -78,8 +78,8 @@ std::array<double, 2> ExtremeEigenvalues(const Moments& m) {
   return {mean + 2 * radius * std::cos(angle), mean + 2 * radius * std::cos(angle + third)};
 }
 
-/// Returns third over first singular value of the nodes of a cell; nothing if they lie on one point
-/// or nowhere.
+/// Returns the third singular value of the nodes of a cell divided by the first one. Returns
+/// nothing if all nodes are at one point, or if a coordinate is not a number.
 std::optional<double> Flatness(std::span<const std::uint32_t> nodes,
                                std::span<const float> points) {
   const auto [greatest, least] = ExtremeEigenvalues(MomentsOf(nodes, points));
@@ -163,7 +163,7 @@ double RingDefect(std::span<const std::uint32_t> nodes, std::span<const float> p
     return Vector{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
   };
   double turn = 0;
-  Vector axis{};  // of the first corner
+  Vector axis{};  // direction around which the first corner turns
   for (std::size_t i = 0; i < n; ++i) {
     const Vector a = side(i);
     const Vector b = side(i + 1);

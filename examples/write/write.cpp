@@ -30,7 +30,7 @@ enum Kind : std::uint32_t {
 
 constexpr std::uint32_t kNumElements = 20;
 constexpr std::uint32_t kNumNodes = 2 * (kNumElements + 1);
-constexpr float kSize = 5.0F;  // of an element, in mm
+constexpr float kSize = 5.0F;  // size of an element, in mm
 
 /// Adds a node as the last child of `parent`. Returns its id.
 std::uint32_t Add(QovRyx::Tree& tree, std::uint32_t parent, QovRyx::NodePointer node) {

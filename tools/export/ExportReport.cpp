@@ -14,7 +14,7 @@
 namespace Qov::Tools {
 namespace {
 
-constexpr std::size_t kWidthLimit = 60;  // of a column
+constexpr std::size_t kWidthLimit = 60;  // largest width of a column
 
 const char* PlacementText(QovMesh::Placement placement) {
   switch (placement) {

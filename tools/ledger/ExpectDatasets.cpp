@@ -26,7 +26,7 @@ bool ShiftIds(Entry& entry, std::uint32_t base) {
   return true;
 }
 
-/// Returns false, for callers that end then.
+/// Adds the obstacle that there are not enough ids. Returns false, which callers return.
 bool AddIdObstacle(const InputFile& input, const Entry& entry, std::uint32_t base,
                    std::vector<Obstacle>& obstacles) {
   const std::string text =

@@ -7,7 +7,7 @@
 
 namespace Qov::Tools {
 
-/// How much of a ledger is printed.
+/// The amount of a ledger that is printed.
 enum class Detail {
   Summary,  ///< Inputs that are treated alike are printed once.
   Full,

@@ -20,7 +20,8 @@ struct BlockSizeLimiter {
   std::uint32_t mLimit = 0;            ///< A block of this size or more gets no more bytes.
 };
 
-/// How the blocks of a file are written. The bytes do not depend on the number of threads.
+/// The settings with which the blocks of a file are written. The bytes do not depend on the number
+/// of threads.
 struct WriteSettings {
   int mLevel = 6;                 ///< Compression level of zlib, from 1 to 9.
   std::uint32_t mBlockLimit = 0;  ///< Limit of every stream; 0 for the default of Index.

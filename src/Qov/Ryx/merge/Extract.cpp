@@ -33,8 +33,8 @@ void Edit(Tree& tree, const ExtractRequest& request, ExtractReport& report, Merg
   }
 }
 
-/// Raises WriteError if the disk has much less room than the share `kept` of the input takes. Half
-/// of that size is enough to begin, because arrays are compressed differently well.
+/// Raises WriteError if the disk has less room than half of the share `kept` of the input. Only
+/// half is required, because the chosen arrays may compress better than the others.
 void CheckRoomFor(const ExtractRequest& request, double kept) {
   std::error_code error;
   const auto size = static_cast<double>(std::filesystem::file_size(request.mInput, error));

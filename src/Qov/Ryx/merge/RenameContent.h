@@ -13,7 +13,8 @@ struct RenameCounts {
 };
 
 /// Renames nodes and results as `request` asks, all at the same time, so that two names can be
-/// exchanged. Raises the errors of Extract about names; some of them may have been changed then.
+/// exchanged. Raises the errors of Extract about names. After an error, some names may have
+/// changed.
 RenameCounts RenameContent(NodeTree& nodes, const ExtractRequest& request);
 
 }  // namespace QovRyx

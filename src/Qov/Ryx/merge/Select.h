@@ -18,7 +18,7 @@ struct SelectionCounts {
 };
 
 /// Removes everything that the selection does not choose. Links follow as in RemoveContent. Raises
-/// ElementNotFound for a selection that fits nothing; the tree is unchanged then.
+/// ElementNotFound for a selection that fits nothing, before the tree is changed.
 SelectionCounts ApplySelection(Tree& tree, const Selection& selection);
 
 }  // namespace QovRyx

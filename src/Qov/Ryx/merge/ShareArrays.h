@@ -15,7 +15,7 @@ namespace QovRyx {
 /// possible if all equal arrays are in memory or in files of the older layouts.
 ///
 /// Names, kinds, flags and attributes stay as they are. Links to a result that becomes a link lead
-/// directly to the owner. Raises the errors of FindEqualArrays; the tree is unchanged then.
+/// directly to the owner. Raises the errors of FindEqualArrays before the tree is changed.
 SharedArrays ShareEqualArrays(Tree& tree, const SearchLimits& limits = {});
 
 }  // namespace QovRyx

@@ -96,7 +96,7 @@ class LinkUpdate {
   std::uint64_t GetNumReplaced() const { return mNumReplaced; }
 
  private:
-  /// Returns true if the target of a link is not removed, false if it is or if there is no target.
+  /// Returns true if a link has a target that is not removed.
   bool IsKept(const ResultLink& link) const {
     return FindTarget(mNodes, link) != nullptr && mPlaces.Find(link.GetPlace());
   }
