@@ -159,6 +159,15 @@ Outline MakeOutline(const CellShape& shape, std::span<const std::uint8_t> corner
   return outline;
 }
 
+/// The nodes of an edge of a polygon, ascending.
+using Edge = std::pair<std::uint32_t, std::uint32_t>;
+
+// Bits of Surface::mTriangleEdges.
+constexpr std::uint8_t kFirstEdge = 1;
+constexpr std::uint8_t kSecondEdge = 2;
+constexpr std::uint8_t kThirdEdge = 4;
+constexpr std::uint8_t kAllEdges = kFirstEdge | kSecondEdge | kThirdEdge;
+
 class SurfaceBuilder {
  public:
   explicit SurfaceBuilder(const Mesh& mesh) : mMesh(mesh) {}
@@ -205,9 +214,12 @@ class SurfaceBuilder {
     }
   }
 
-  void AddTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint64_t cell) {
+  /// `edges` is a value of Surface::mTriangleEdges.
+  void AddTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint8_t edges,
+                   std::uint64_t cell) {
     if (a == b || b == c || c == a) return;
     mSurface.mTriangles.insert(mSurface.mTriangles.end(), {a, b, c});
+    mSurface.mTriangleEdges.push_back(edges);
     mSurface.mTriangleCells.push_back(static_cast<std::uint32_t>(cell));
   }
 
@@ -223,21 +235,45 @@ class SurfaceBuilder {
     const std::size_t inner = outline.mIsQuadratic ? n : 0;  // where the inner polygon begins
     if (outline.mIsQuadratic) {
       for (std::size_t i = 0; i < n; ++i) {
-        AddTriangle(nodes[i], nodes[n + i], nodes[n + (i + n - 1) % n], cell);
+        AddTriangle(nodes[i], nodes[n + i], nodes[n + (i + n - 1) % n], kFirstEdge | kThirdEdge,
+                    cell);
       }
     }
-    if (n == 3) return AddTriangle(nodes[inner], nodes[inner + 1], nodes[inner + 2], cell);
+    const std::uint8_t all = outline.mIsQuadratic ? 0 : kAllEdges;
+    if (n == 3) return AddTriangle(nodes[inner], nodes[inner + 1], nodes[inner + 2], all, cell);
     const std::span<const std::uint32_t, 4> quad(nodes.data() + inner, 4);
     const std::size_t a = IsFirstDiagonalInside(quad, mMesh.mPoints) ? 0 : 1;
-    AddTriangle(quad[a], quad[a + 1], quad[a + 2], cell);
-    AddTriangle(quad[a], quad[a + 2], quad[(a + 3) % 4], cell);
+    const std::uint32_t fourth = quad[(a + 3) % 4];
+    // If one triangle has shrunk to a line, the diagonal is an edge.
+    const bool isFirstFlat = quad[a + 1] == quad[a] || quad[a + 1] == quad[a + 2];
+    const bool isSecondFlat = fourth == quad[a] || fourth == quad[a + 2];
+    AddTriangle(quad[a], quad[a + 1], quad[a + 2],
+                all & (isSecondFlat ? kAllEdges : kFirstEdge | kSecondEdge), cell);
+    AddTriangle(quad[a], quad[a + 2], fourth,
+                all & (isFirstFlat ? kAllEdges : kSecondEdge | kThirdEdge), cell);
+  }
+
+  /// Finds the edges of the polygon in mCorners, a triangle, from `corner` on.
+  std::uint8_t FindEdges(std::size_t corner) const {
+    std::uint8_t edges = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+      const Edge edge = std::minmax({mCorners[corner + i], mCorners[corner + (i + 1) % 3]});
+      if (!std::binary_search(mEdges.begin(), mEdges.end(), edge)) continue;
+      edges = static_cast<std::uint8_t>(edges | 1U << i);
+    }
+    return edges;
   }
 
   void AddPolygon(std::span<const std::uint32_t> nodes, std::uint64_t cell) {
     mCorners.clear();
     if (!TriangulatePolygon(nodes, mMesh.mPoints, mCorners)) ++mSurface.mNumDoubtfulPolygons;
+    mEdges.clear();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+      mEdges.emplace_back(std::minmax({nodes[i], nodes[(i + 1) % nodes.size()]}));
+    }
+    std::sort(mEdges.begin(), mEdges.end());
     for (std::size_t i = 0; i < mCorners.size(); i += 3) {
-      AddTriangle(mCorners[i], mCorners[i + 1], mCorners[i + 2], cell);
+      AddTriangle(mCorners[i], mCorners[i + 1], mCorners[i + 2], FindEdges(i), cell);
     }
   }
 
@@ -314,6 +350,7 @@ class SurfaceBuilder {
   const Mesh& mMesh;
   Surface mSurface;
   std::vector<std::uint32_t> mCorners;  ///< Of the triangles of one polygon.
+  std::vector<Edge> mEdges;             ///< Of the same polygon, sorted.
 };
 
 }  // namespace

@@ -12,7 +12,10 @@ namespace QovMesh {
 struct Surface {
   std::vector<std::uint32_t> mTriangles;      ///< Three points of the mesh for each triangle.
   std::vector<std::uint32_t> mTriangleCells;  ///< The cell that each triangle belongs to.
-  std::vector<std::uint32_t> mLines;          ///< Two points of the mesh for each line.
+  /// Bits 0, 1 and 2 of each triangle: the edge from its first, second or third point to the next
+  /// is an edge of a face. The other edges are diagonals of a face.
+  std::vector<std::uint8_t> mTriangleEdges;
+  std::vector<std::uint32_t> mLines;  ///< Two points of the mesh for each line.
   std::vector<std::uint32_t> mLineCells;
   /// Polygons whose triangles may not cover them exactly (TriangulatePolygon).
   std::uint64_t mNumDoubtfulPolygons = 0;

@@ -144,6 +144,36 @@ std::pair<double, double> Areas(const std::vector<float>& points, CellKind kind)
   return areas;
 }
 
+TEST(OuterSurface, EdgesOfFacesAreTheirOutlineWithoutDiagonals) {
+  struct Row {
+    CellKind mKind;
+    std::vector<std::uint32_t> mNodes;
+    std::set<std::set<std::uint32_t>> mEdges;
+  };
+  const std::vector<Row> rows = {
+      {CellKind::Triangle, {0, 1, 2}, {{0, 1}, {1, 2}, {0, 2}}},
+      {CellKind::Quad, {0, 1, 2, 3}, {{0, 1}, {1, 2}, {2, 3}, {0, 3}}},
+      {CellKind::Quad, {0, 1, 1, 3}, {{0, 1}, {1, 3}, {0, 3}}},
+      {CellKind::Polygon, {0, 1, 2, 3, 4}, {{0, 1}, {1, 2}, {2, 3}, {3, 4}, {0, 4}}},
+      {CellKind::QuadraticTriangle,
+       {0, 2, 4, 1, 3, 5},
+       {{0, 1}, {1, 2}, {2, 3}, {3, 4}, {4, 5}, {0, 5}}}};
+  for (const Row& row : rows) {
+    Mesh mesh;
+    mesh.mPoints = {0, 0, 0, 2, 0, 0, 3, 2, 0, 1, 3, 0, 0, 2, 0, -0.2F, 1, 0};
+    mesh.mNodes = row.mNodes;
+    mesh.mRuns = {{0, 1, 0, static_cast<std::uint32_t>(row.mNodes.size()), row.mKind}};
+    const Surface surface = FindOuterSurface(mesh);
+    ASSERT_EQ(surface.mTriangleEdges.size(), surface.mTriangleCells.size());
+    std::set<std::set<std::uint32_t>> edges;
+    for (std::size_t i = 0; i < surface.mTriangles.size(); ++i) {
+      if ((surface.mTriangleEdges[i / 3] >> i % 3 & 1) == 0) continue;
+      edges.insert({surface.mTriangles[i], surface.mTriangles[i / 3 * 3 + (i + 1) % 3]});
+    }
+    EXPECT_EQ(edges, row.mEdges);
+  }
+}
+
 TEST(OuterSurface, ConcaveCellsKeepTheirShape) {
   using testing::Pair;
   const std::vector<float> dart = {0, 0, 0, 2, -2, 0, 1, 0, 0, 2, 2, 0};

@@ -19,9 +19,10 @@ bool IsFinite(const QovMesh::Mesh& mesh, std::uint32_t point) {
 }
 
 /// Removes the shapes with a corner that is not finite; returns their number.
+/// `pEdges` has one item for each shape, or is null.
 std::uint64_t RemoveNotFinite(const QovMesh::Mesh& mesh, std::size_t numCorners,
-                              std::vector<std::uint32_t>& points,
-                              std::vector<std::uint32_t>& cells) {
+                              std::vector<std::uint32_t>& points, std::vector<std::uint32_t>& cells,
+                              std::vector<std::uint8_t>* pEdges) {
   std::size_t numKept = 0;
   const std::size_t numShapes = cells.size();
   for (std::size_t i = 0; i < numShapes; ++i) {
@@ -31,10 +32,12 @@ std::uint64_t RemoveNotFinite(const QovMesh::Mesh& mesh, std::size_t numCorners,
       continue;
     }
     std::copy(first, last, points.begin() + static_cast<std::ptrdiff_t>(numKept * numCorners));
+    if (pEdges != nullptr) (*pEdges)[numKept] = (*pEdges)[i];
     cells[numKept++] = cells[i];
   }
   points.resize(numKept * numCorners);
   cells.resize(numKept);
+  if (pEdges != nullptr) pEdges->resize(numKept);
   return numShapes - numKept;
 }
 
@@ -55,8 +58,9 @@ QovMesh::Surface FindPartSurface(const QovMesh::Mesh& mesh, const std::string& n
   };
   QovMesh::Surface surface = QovMesh::FindOuterSurface(mesh);
   const std::uint64_t numTriangles =
-      RemoveNotFinite(mesh, 3, surface.mTriangles, surface.mTriangleCells);
-  const std::uint64_t numLines = RemoveNotFinite(mesh, 2, surface.mLines, surface.mLineCells);
+      RemoveNotFinite(mesh, 3, surface.mTriangles, surface.mTriangleCells, &surface.mTriangleEdges);
+  const std::uint64_t numLines =
+      RemoveNotFinite(mesh, 2, surface.mLines, surface.mLineCells, nullptr);
   if (numTriangles + numLines != 0) {
     note(fmt::format("not written, because a coordinate is not finite: {}, {}",
                      Plural(numTriangles, "triangle"), Plural(numLines, "line")));
