@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -22,6 +21,7 @@
 #include "export/ExportFormat.h"
 #include "export/ExportReport.h"
 #include "ledger/MergeRequest.h"
+#include "picture/ResultScalars.h"
 
 namespace Qov::Tools {
 namespace {
@@ -77,19 +77,6 @@ void AddKind(const std::string& text, QovMesh::KindChoices& kinds) {
     Util::Raise(kSource, ErrorType::InvalidEnumeration,
                 fmt::format("--cells gives two kinds for {}", Plural(numNodes, "node")));
   }
-}
-
-/// Returns the component that a word names; nothing for the length.
-std::optional<std::size_t> ComponentOf(const std::string& word) {
-  if (word == "magnitude") return std::nullopt;
-  if (word.size() == 1 && word >= "x" && word <= "z") {
-    return static_cast<std::size_t>(word[0] - 'x');
-  }
-  std::size_t number = 0;
-  const auto [stop, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-  if (error == std::errc() && stop == word.data() + word.size() && number > 0) return number - 1;
-  Util::Raise(kSource, ErrorType::InvalidEnumeration,
-              "--component takes x, y, z, magnitude or a number from 1, not " + Util::Quote(word));
 }
 
 /// Returns true if a model cannot be read because the file is a view-point file.
@@ -166,14 +153,14 @@ void ExportCommand::CheckOptions(ExportFormat format) const {
     Util::Raise(kSource, ErrorType::InvalidMethod,
                 "--result is for .glb files; --results chooses the results of other formats");
   }
-  ComponentOf(mComponent);
+  ParseComponent(mComponent);
 }
 
 void ExportCommand::Write(ExportReport& report) {
   const ExportTask task{report.mTree, report.mContent, mRequest.mKinds, report.mNotes,
                         report.mResultsLeftOut};
   OutputSet outputs(mOverwrite, mDryRun);
-  WriteExport(report.mFormat, task, {mResult, ComponentOf(mComponent)}, mOutputPath, outputs);
+  WriteExport(report.mFormat, task, {mResult, ParseComponent(mComponent)}, mOutputPath, outputs);
   outputs.CommitAll();
   RemoveRepeated(report.mNotes);
   report.mIsWritten = !mDryRun;

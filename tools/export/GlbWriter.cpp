@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -14,10 +13,7 @@
 
 #include "Json.h"
 #include "Palette.h"
-#include "Plural.h"
 #include "Qov/Util/Raise.h"
-#include "Suggestion.h"
-#include "Terminal.h"
 #include "export/LeftOut.h"
 #include "export/PartSurface.h"
 #include "export/SpilledBytes.h"
@@ -26,7 +22,6 @@ namespace Qov::Tools {
 namespace {
 
 using ErrorType = Util::Exception::ErrorType;
-using QovMesh::Placement;
 
 constexpr const char* kSource = "tools/export/GlbWriter";
 constexpr std::uint32_t kNumColours = 256;  // the texture has one more texel, for no value
@@ -36,17 +31,6 @@ constexpr int kArrayBuffer = 34962;
 constexpr int kElementBuffer = 34963;
 constexpr int kTriangles = 4;
 constexpr int kLines = 1;
-
-/// The values that colour a part, one for each point or cell.
-struct Scalars {
-  Placement mPlacement = Placement::Field;
-  std::vector<float> mValues;
-};
-
-struct Range {
-  float mLeast = std::numeric_limits<float>::infinity();
-  float mGreatest = -std::numeric_limits<float>::infinity();
-};
 
 class GlbBuilder {
  public:
@@ -62,102 +46,33 @@ class GlbBuilder {
     for (const ExportPart& part : mTask.mContent.mParts) AddPart(part);
     AddMaterial();
     WriteFile();
-    NoteUncoloured();
+    if (!mColour.mResult.empty()) NoteUncoloured(mTask.mContent, mColour.mResult, mTask.mNotes);
     NoteResultsLeftOut(mTask,
                        [&](const ExportResult& result) { return result.mName == mColour.mResult; });
     NoteSetsLeftOut(mTask);
   }
 
  private:
+  /// Returns the result that colours the part; null if there is none.
   const ExportResult* FindResult(const ExportPart& part) const {
-    for (const ExportResult& result : part.mResults) {
-      if (result.mName == mColour.mResult && result.mPlacement != Placement::Field) return &result;
-    }
-    return nullptr;
-  }
-
-  Scalars LoadScalars(const ExportPart& part) const {
-    const ExportResult* result = mColour.mResult.empty() ? nullptr : FindResult(part);
-    if (result == nullptr) return {};
-    std::vector<std::uint32_t> bits;
-    LoadValues(*result, bits);
-    const std::size_t width = result->mWidth;
-    if (mColour.mComponent && *mColour.mComponent >= width) {
-      Util::Raise(kSource, ErrorType::ElementNotFound,
-                  fmt::format("result {} of {} has {}: choose another --component",
-                              Escape(result->mName, {}), Escape(part.mName, {}),
-                              Plural(width, "component")));
-    }
-    const auto value = [&](std::size_t i) {
-      return result->mIsUnsigned ? static_cast<float>(bits[i]) : std::bit_cast<float>(bits[i]);
-    };
-    Scalars scalars{result->mPlacement, {}};
-    for (std::size_t i = 0; i + width <= bits.size(); i += width) {
-      if (mColour.mComponent || width == 1) {
-        scalars.mValues.push_back(value(i + mColour.mComponent.value_or(0)));
-        continue;
-      }
-      double sum = 0;
-      for (std::size_t k = 0; k < width; ++k) sum += std::pow(double{value(i + k)}, 2);
-      scalars.mValues.push_back(static_cast<float>(std::sqrt(sum)));
-    }
-    return scalars;
+    return mColour.mResult.empty() ? nullptr : FindPlacedResult(part, mColour.mResult);
   }
 
   void FindRange() {
     bool isKnown = false;
     for (const ExportPart& part : mTask.mContent.mParts) {
-      isKnown = isKnown || FindResult(part) != nullptr;
-      for (const float value : LoadScalars(part).mValues) {
-        if (!std::isfinite(value)) continue;
-        mRange.mLeast = std::min(mRange.mLeast, value);
-        mRange.mGreatest = std::max(mRange.mGreatest, value);
-      }
+      const ExportResult* result = FindResult(part);
+      isKnown = isKnown || result != nullptr;
+      mRange.Include(LoadScalars(part, result, mColour.mComponent).mValues);
     }
-    if (!isKnown) RaiseUnknownResult();
+    if (!isKnown) RaiseUnknownResult(mTask.mContent, mColour.mResult, "ryx export --dry-run");
   }
 
-  [[noreturn]] void RaiseUnknownResult() const {
-    std::vector<std::string> names;
-    for (const ExportPart& part : mTask.mContent.mParts) {
-      for (const ExportResult& result : part.mResults) {
-        if (result.mPlacement != Placement::Field) names.push_back(result.mName);
-      }
-    }
-    std::string similar = Suggest(mColour.mResult, names);
-    for (const std::string& name : names) {  // the step is missing, or the end
-      if (similar.empty() && name.starts_with(mColour.mResult)) similar = name;
-    }
-    Util::Raise(kSource, ErrorType::ElementNotFound,
-                "no part has the result " + Escape(mColour.mResult, {}) + " at points or cells: " +
-                    (similar.empty() ? "" : "did you mean " + Escape(similar, {}) + "? ") +
-                    "\"ryx export --dry-run\" lists the names");
-  }
-
-  /// Tells how many parts are grey beside coloured ones.
-  void NoteUncoloured() const {
-    if (mColour.mResult.empty()) return;
-    const auto& parts = mTask.mContent.mParts;
-    const auto count = std::count_if(parts.begin(), parts.end(), [&](const ExportPart& part) {
-      return FindResult(part) == nullptr;
-    });
-    if (count == 0) return;
-    mTask.mNotes.push_back(
-        fmt::format("result {}: {} of {} geometries do not have it; they are grey",
-                    Escape(mColour.mResult, {}), count, parts.size()));
-  }
-
-  /// Returns the place of a value in the texture, 0 to 1. Values that differ by rounding only get
-  /// the middle.
+  /// Returns the place of a value in the texture, 0 to 1.
   float TexturePlace(float value) const {
     const double numTexels = kNumColours + 1;
     if (!std::isfinite(value)) return static_cast<float>((kNumColours + 0.5) / numTexels);
-    constexpr double kRounding = 4.0 * std::numeric_limits<float>::epsilon();
-    const double span = static_cast<double>(mRange.mGreatest) - mRange.mLeast;
-    const double greatest = std::max(std::abs(mRange.mGreatest), std::abs(mRange.mLeast));
-    const double share =
-        span > kRounding * greatest ? (static_cast<double>(value) - mRange.mLeast) / span : 0.5;
-    return static_cast<float>((0.5 + share * (kNumColours - 1)) / numTexels);
+    return static_cast<float>((0.5 + mRange.FindShare(value) * (kNumColours - 1)) / numTexels);
   }
 
   // ---- buffers
@@ -223,14 +138,14 @@ class GlbBuilder {
   /// between them.
   Vertices MakeVertices(const QovMesh::Mesh& mesh, const std::vector<std::uint32_t>& points,
                         const std::vector<std::uint32_t>& cells, std::size_t numCorners,
-                        const Scalars& scalars) const {
+                        const ResultScalars& scalars) const {
     constexpr std::uint32_t kUnused = std::numeric_limits<std::uint32_t>::max();
     std::vector<std::uint32_t> numbers(mesh.GetNumPoints(), kUnused);
     Vertices vertices;
     std::uint32_t next = 0;
     for (std::size_t i = 0; i < points.size(); i += numCorners) {
       const std::span corners(&points[i], numCorners);
-      const std::optional<float> value = OneValue(scalars, corners, cells[i / numCorners]);
+      const std::optional<float> value = scalars.FindShapeValue(corners, cells[i / numCorners]);
       for (const std::uint32_t point : corners) {
         std::uint32_t number = value ? kUnused : numbers[point];
         if (number == kUnused) {
@@ -247,18 +162,6 @@ class GlbBuilder {
       }
     }
     return vertices;
-  }
-
-  /// Returns the value of all corners of a shape: that of its cell, or NaN if a corner has no
-  /// value. Returns nothing if each corner has its own.
-  static std::optional<float> OneValue(const Scalars& scalars,
-                                       std::span<const std::uint32_t> corners, std::uint32_t cell) {
-    if (scalars.mValues.empty()) return std::nullopt;
-    if (scalars.mPlacement == Placement::Cell) return scalars.mValues[cell];
-    const bool isWhole = std::all_of(corners.begin(), corners.end(), [&](std::uint32_t point) {
-      return std::isfinite(scalars.mValues[point]);
-    });
-    return isWhole ? std::nullopt : std::optional(std::numeric_limits<float>::quiet_NaN());
   }
 
   Json MakePrimitive(const Vertices& vertices, int mode) {
@@ -278,7 +181,7 @@ class GlbBuilder {
   void AddPart(const ExportPart& part) {
     const QovMesh::Mesh& mesh = mMeshes.Get(part);
     const QovMesh::Surface surface = FindPartSurface(mesh, part.mName, mTask.mNotes);
-    const Scalars scalars = LoadScalars(part);
+    const ResultScalars scalars = LoadScalars(part, FindResult(part), mColour.mComponent);
     Json primitives = Json::array();
     const Vertices triangles =
         MakeVertices(mesh, surface.mTriangles, surface.mTriangleCells, 3, scalars);
@@ -334,7 +237,7 @@ class GlbBuilder {
     if (mColour.mResult.empty()) return;
     Json palette = material("result");
     palette["name"] = JsonText(mColour.mResult);
-    if (mRange.mLeast <= mRange.mGreatest) {
+    if (!mRange.IsEmpty()) {
       palette["extras"] = {{"least", JsonFloat(mRange.mLeast)},
                            {"greatest", JsonFloat(mRange.mGreatest)}};
     }
@@ -390,7 +293,7 @@ class GlbBuilder {
   MeshCache mMeshes;
   SafeOutput& mOutput;
   SpilledBytes mBytes;
-  Range mRange;
+  ScalarRange mRange;
   Json mDocument;
   std::vector<OpenGroup> mOpenGroups;
 };

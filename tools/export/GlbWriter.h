@@ -1,18 +1,16 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 
 #include "export/VtmWriter.h"
+#include "picture/ResultScalars.h"
 
 namespace Qov::Tools {
 
 /// The result that colours the surface.
 struct SurfaceColour {
   std::string mResult;  ///< Name of a result as ExportResult has it; empty for one colour.
-  /// The component to show, from 0; nothing for the length of vectors.
-  std::optional<std::size_t> mComponent;
+  Component mComponent;
 };
 
 /// Writes the outer surface of all parts as a binary glTF 2.0 file (.glb): a node for each group
