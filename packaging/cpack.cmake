@@ -36,6 +36,9 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libryxmerge-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}), zlib1g-dev")
+if(RYXMERGE_WITH_LIBDEFLATE)
+  string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", libdeflate-dev")
+endif()
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, g++, pkg-config")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "library for ryx model files (development files)
 A ryx model file holds a model for 3D viewing of simulation and design data.

@@ -18,6 +18,10 @@ write_basic_package_version_file(RyxMergeConfigVersion.cmake COMPATIBILITY SameM
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/RyxMergeConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/RyxMergeConfigVersion.cmake
         DESTINATION ${packageDirectory} COMPONENT development)
+if(RYXMERGE_WITH_LIBDEFLATE)
+  install(FILES ${PROJECT_SOURCE_DIR}/cmake/FindLibdeflate.cmake DESTINATION ${packageDirectory}
+          COMPONENT development)
+endif()
 foreach(export IN ITEMS RyxMergeTargets RyxMergeStaticTargets)
   install(EXPORT ${export} NAMESPACE RyxMerge:: DESTINATION ${packageDirectory}
           COMPONENT development)
@@ -25,6 +29,10 @@ endforeach()
 
 # pkg-config derives the prefix from the place of the file.
 file(RELATIVE_PATH pcPrefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+set(pcRequires zlib)
+if(RYXMERGE_WITH_LIBDEFLATE)
+  string(APPEND pcRequires ", libdeflate")
+endif()
 configure_file(RyxMerge.pc.in RyxMerge.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/RyxMerge.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -14,7 +14,7 @@ trap 'echo "FAILED: $current_step" >&2' ERR
 # shellcheck disable=SC2034  # used by the scripts
 build_packages=(
   g++ cmake ninja-build pkg-config
-  zlib1g-dev libxxhash-dev libboost-filesystem-dev libboost-system-dev
+  zlib1g-dev libdeflate-dev libxxhash-dev libboost-filesystem-dev libboost-system-dev
   libcli11-dev libfmt-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev
 )
