@@ -1,0 +1,2 @@
+const manifest = JSON.parse(document.getElementById("manifest").textContent);
+document.getElementById("title").textContent = manifest.title;
