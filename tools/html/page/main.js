@@ -1,2 +1,72 @@
-const manifest = JSON.parse(document.getElementById("manifest").textContent);
-document.getElementById("title").textContent = manifest.title;
+// Starts the page. `window.ryx` tells tests and scripts what the page shows.
+
+const ryx = window.ryx = {errors: [], firstFrame: null, state: null};
+
+function fail(error) {
+  const text = error instanceof Error ? error.message : String(error);
+  ryx.errors.push(text);
+  showMessage(`Error: ${text}`);
+}
+
+function showHeading(manifest) {
+  byId("title").textContent = manifest.title;
+  byId("program").textContent = `Written by ${manifest.program}. Works without a network.`;
+  byId("about").textContent = manifest.diff ? `Difference of ${manifest.diff.a} and ${manifest.diff.b}` : "";
+  byId("theme").onchange = event => { document.documentElement.dataset.theme = event.target.value; };
+}
+
+function showNotes(notes) {
+  byId("notes").hidden = !notes.length;
+  byId("note-list").replaceChildren(...notes.map(text => create("li", {textContent: text})));
+}
+
+async function startView(model) {
+  const controls = new Controls(model);
+  byId("model").hidden = false;
+  let view;
+  try {
+    view = new View(model, () => { if (view) controls.refresh().catch(fail); });
+  } catch (error) {
+    byId("model").hidden = true;
+    showMessage(`${error.message} The model cannot be drawn here; the tables below are complete.`);
+    return null;
+  }
+  controls.start(view);
+  byId("sections").append(create("a", {href: "#model", textContent: "Model"}));
+  ryx.state = () => stateOf(view, controls);
+  ryx.project = (part, point) => view.camera.project(view.items.find(i => i.part.index === part).mesh.scenePosition(point));
+  await view.start();
+  view.drawFirst();
+  ryx.firstFrame = performance.now();
+  byId("loading").hidden = true;
+  return view;
+}
+
+function stateOf(view, controls) {
+  return {
+    visibleParts: view.model.parts.filter(part => part.isVisible).map(part => part.name),
+    result: view.model.results[view.result]?.name ?? null, component: view.component, step: view.step,
+    range: view.range, edges: view.edges, isPlaying: Boolean(view.isPlaying), picked: controls.info,
+    camera: {right: view.camera.right, up: view.camera.up, target: view.camera.target,
+             halfHeight: view.camera.halfHeight}};
+}
+
+async function main() {
+  const manifest = JSON.parse(byId("manifest").textContent);
+  const model = new Model(manifest);
+  const notes = [...(manifest.notes ?? [])];
+  showHeading(manifest);
+  if (!model.parts.length && !manifest.report) notes.unshift("The model has no geometry that can be drawn.");
+  showNotes(notes);
+  let view = null;
+  const viewStart = model.parts.length ? startView(model) : Promise.resolve(null);
+  if (manifest.report) addReport(manifest.report);
+  if (manifest.diff) addDifferences(model, place => view?.showPlace(place).catch(fail));
+  addTables(manifest.tables ?? []);
+  view = await viewStart;
+}
+
+window.addEventListener("error", event => fail(event.error ?? event.message));
+window.addEventListener("unhandledrejection", event => fail(event.reason));
+document.addEventListener("securitypolicyviolation", event => fail(`blocked: ${event.violatedDirective}`));
+main().catch(fail);

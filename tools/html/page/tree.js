@@ -1,0 +1,116 @@
+// The tree of nodes. A check box shows and hides the parts of a node and of the nodes below it.
+
+const kGreatestOpenTree = 150;  // larger trees are folded at start
+
+class PartTree {
+  // Calls onChange() after the visibility of parts has changed.
+  constructor(container, model, onChange) {
+    this.model = model;
+    this.onChange = onChange;
+    this.items = new Map();
+    const roots = [];
+    model.nodes.forEach((node, index) => {
+      const item = {node, index, children: [], part: model.parts[node.part] ?? null};
+      const parent = this.items.get(node.parent);  // parents come before their children
+      (parent ? parent.children : roots).push(item);
+      this.items.set(node.id, item);
+    });
+    const placed = new Set([...this.items.values()].map(item => item.part));
+    for (const part of model.parts) {
+      if (!placed.has(part)) roots.push({node: {name: part.name, kind: "geometry"}, children: [], part});
+    }
+    this.roots = roots;
+    const isOpen = model.nodes.length <= kGreatestOpenTree;
+    container.append(this.list(roots, isOpen || roots.length === 1, isOpen));
+    this.refresh();
+  }
+
+  list(items, isOpen, isOpenBelow) {
+    const list = create("ul");
+    for (const item of items) list.append(this.row(item, isOpen, isOpenBelow));
+    return list;
+  }
+
+  // The rows below a node are made when it is unfolded.
+  row(item, isOpen, isOpenBelow) {
+    const {node, part, children} = item;
+    item.box = create("input", {type: "checkbox", onchange: () => this.set(item, item.box.checked)});
+    const label = create("label", {title: node.name}, item.box);
+    if (part) {
+      const swatch = create("span", {className: "swatch", "aria-hidden": "true"});
+      swatch.style.backgroundColor = `rgb(${part.colour.map(Number).join(",")})`;
+      label.append(swatch);
+    }
+    label.append(create("span", {className: "name", textContent: node.name || "(no name)"}));
+    if (node.kind !== "geometry") label.append(create("span", {className: "kind", textContent: node.kind}));
+    const row = create("div", {className: "node"});
+    const element = create("li", {}, row);
+    if (children.length) {
+      const fold = create("button", {type: "button", className: "fold", "aria-expanded": "false",
+                                     "aria-label": `Nodes below ${node.name}`});
+      let list = null;
+      const setOpen = open => {
+        fold.setAttribute("aria-expanded", open);
+        if (open && !list) element.append(list = this.list(children, isOpenBelow, isOpenBelow));
+        if (list) list.hidden = !open;
+        this.refresh();
+      };
+      fold.onclick = () => setOpen(fold.getAttribute("aria-expanded") !== "true");
+      row.append(fold);
+      if (isOpen) setOpen(true);
+    } else {
+      row.classList.add("leaf");
+    }
+    row.append(label);
+    return element;
+  }
+
+  // Calls visit for each part of an item and of those below it.
+  static forEachPart(item, visit) {
+    const open = [item];
+    while (open.length) {
+      const {part, children} = open.pop();
+      if (part) visit(part);
+      for (const child of children) open.push(child);
+    }
+  }
+
+  set(item, isVisible) {
+    PartTree.forEachPart(item, part => { part.isVisible = isVisible; });
+    this.changed();
+  }
+
+  // Shows only the parts that `accept` takes.
+  show(accept) {
+    for (const part of this.model.parts) part.isVisible = accept(part);
+    this.changed();
+  }
+
+  changed() {
+    this.refresh();
+    this.onChange();
+  }
+
+  // Sets the check boxes that exist, from the leaves up.
+  refresh() {
+    if (!this.roots) return;
+    const count = item => {
+      let all = item.part ? 1 : 0;
+      let visible = item.part?.isVisible ? 1 : 0;
+      for (const child of item.children) {
+        const [a, v] = count(child);
+        all += a;
+        visible += v;
+      }
+      if (item.box) {
+        item.box.disabled = all === 0;
+        item.box.checked = visible > 0 && visible === all;
+        item.box.indeterminate = visible > 0 && visible < all;
+      }
+      return [all, visible];
+    };
+    for (const root of this.roots) count(root);
+    const {parts} = this.model;
+    byId("part-count").textContent = `${parts.filter(p => p.isVisible).length} of ${parts.length}`;
+  }
+}
