@@ -42,6 +42,7 @@ std::unique_ptr<Command> MakeDiffCommand();
 std::unique_ptr<Command> MakeDumpCommand();
 std::unique_ptr<Command> MakeExportCommand();
 std::unique_ptr<Command> MakeExtractCommand();
+std::unique_ptr<Command> MakeHtmlCommand();
 std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeLsCommand();
 std::unique_ptr<Command> MakeMergeCommand();

@@ -19,12 +19,6 @@ using Paths = std::vector<std::string>;
 
 bool IsMagnitude(const StatisticsRow& row) { return row.mComponent == StatisticsRow::kMagnitude; }
 
-/// Returns "0", "1", ... or "magnitude"; empty for results without components.
-std::string ComponentText(const StatisticsRow& row) {
-  if (row.mWidth <= 1) return "";
-  return IsMagnitude(row) ? "magnitude" : fmt::format("{}", row.mComponent);
-}
-
 /// Returns true if all extremes are in the same node of the same file.
 template <class SameAs>
 bool AreAllSame(const Rows& rows, SameAs same) {
@@ -136,6 +130,11 @@ Json ExtremeJson(double value, const ValuePlace& place, const StatisticsRow& row
 }
 
 }  // namespace
+
+std::string ComponentText(const StatisticsRow& row) {
+  if (row.mWidth <= 1) return "";
+  return IsMagnitude(row) ? "magnitude" : fmt::format("{}", row.mComponent);
+}
 
 void PrintTables(const Rows& rows, const Paths& paths, Output& output) {
   constexpr std::size_t kWidestInPipe = 60;

@@ -9,6 +9,9 @@
 
 namespace Qov::Tools {
 
+/// Returns "0", "1", ... or "magnitude"; empty for results without components.
+std::string ComponentText(const StatisticsRow& row);
+
 /// Prints the figures as one table and the places of the extremes as another.
 void PrintTables(const std::vector<StatisticsRow>& rows, const std::vector<std::string>& paths,
                  Output& output);

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "export/ExportContent.h"
+#include "html/PageBuffers.h"
+
+namespace Qov::Tools {
+
+/// The values of a result at chosen points or cells, component after component.
+struct PageValues {
+  /// Reads the result. `positions` are those of the chosen items in the file. Raises the errors of
+  /// LoadValues.
+  PageValues(const ExportResult& result, std::span<const std::uint32_t> positions);
+
+  std::size_t mNumItems = 0;
+  std::size_t mWidth = 1;
+  std::vector<float> mValues;
+  std::uint64_t mNumRounded = 0;  ///< Integers that a float cannot represent.
+};
+
+/// Returns the values for the manifest, as numbers of 16 bits with their ranges.
+PageItem MakeFieldItem(const PageValues& values);
+
+/// Returns the exact values.
+PageBuffer CodeExactValues(const PageValues& values);
+
+}  // namespace Qov::Tools

@@ -1,0 +1,399 @@
+#include "html/PageWriter.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+#include "Palette.h"
+#include "Plural.h"
+#include "Qov/Util/Raise.h"
+#include "Terminal.h"
+#include "diagnostics/Utf8.h"
+#include "export/PartSurface.h"
+#include "html/Page.h"
+#include "html/PageBuffers.h"
+#include "html/PageField.h"
+#include "html/PageMesh.h"
+#include "html/PageTables.h"
+
+namespace Qov::Tools {
+namespace {
+
+using ErrorType = Util::Exception::ErrorType;
+using QovMesh::Placement;
+
+constexpr const char* kSource = "tools/html/PageWriter";
+/// Room for the notes in a page, and the greatest length of one, in bytes.
+constexpr std::size_t kNotesSize = std::size_t{32} * 1024;
+constexpr std::size_t kNoteSize = 1000;
+/// Greatest size of the manifest's members whose values are known late, without the notes.
+constexpr std::uint64_t kManifestFrame = 1000;
+
+/// A mesh in the page: where its values are in the arrays of the file.
+struct WrittenMesh {
+  std::vector<std::uint32_t> mPoints;
+  std::vector<std::uint32_t> mCells;
+  std::optional<std::size_t> mPosition;  ///< In the list of the part; nothing if it is left out.
+};
+
+/// Exact values, which are written last.
+struct ExactValues {
+  std::size_t mResult = 0;  ///< Position in the manifest, like the next one.
+  std::size_t mField = 0;
+  PageBuffer mBuffer;
+};
+
+class PageBuilder {
+ public:
+  PageBuilder(const QovRyx::Tree& tree, const ExportContent& content,
+              const QovMesh::KindChoices& kinds, const PageRequest& request, SafeOutput& output,
+              PageReport& report)
+      : mTree(tree),
+        mContent(content),
+        mRequest(request),
+        mOutput(output),
+        mReport(report),
+        mMeshes(kinds),
+        mBuffers(output, request.mLimit) {}
+
+  void Write(const Json& tables) {
+    for (const ExportPart& part : mContent.mParts)
+      mPartMeshes.push_back(ListMeshes(mContent, part));
+    mResults = GroupResults(mContent, mPartMeshes);
+    BeginManifest(tables);
+    AddParts();
+    AddResults();
+    AddExactValues();
+    NoteLeftOut();
+    WriteFile();
+  }
+
+ private:
+  void Note(std::string text) { mReport.mNotes.push_back(std::move(text)); }
+  void NoteLimit(const std::string& what) {
+    mReport.mIsComplete = false;
+    Note(fmt::format("left out, because --limit is {} bytes: {}", mRequest.mLimit, what));
+  }
+
+  // ---- the manifest without meshes and results
+
+  void BeginManifest(const Json& tables) {
+    mManifest = {{"format", 1},
+                 {"title", PageText(mRequest.mTitle)},
+                 {"program", "ryx " QOV_TOOLS_VERSION},
+                 {"notes", Json::array()},
+                 {"nodes", Json::array()},
+                 {"steps", StepsJson()},
+                 {"parts", Json::array()},
+                 {"results", Json::array()},
+                 {"show", Json::object()},
+                 {"range", nullptr},
+                 {"tables", tables},
+                 {"diff", nullptr},
+                 {"report", nullptr}};
+    ChooseShown();
+    const PageTemplate page = GetPageTemplate();
+    mBuffers.Spend(page.mBeforeTitle.size() + page.mBeforeManifest.size() +
+                   page.mBeforeBuffers.size() + page.mEnd.size() +
+                   EscapeElement(PageText(mRequest.mTitle)).size());
+    std::unordered_map<std::uint32_t, Json> parts;
+    for (const ExportPart& part : mContent.mParts) parts[part.mId] = mContent.mParts.size();
+    mBuffers.Spend(FormatManifest(MakeNodes(mTree, parts)).size());
+    mBuffers.Spend(FormatManifest(mManifest).size() + kManifestFrame + kNotesSize);
+    if (!mBuffers.IsOverdrawn()) return;
+    Util::Raise(kSource, ErrorType::OutOfBounds,
+                fmt::format("the page is larger than {} bytes without any geometry; give a greater "
+                            "--limit",
+                            mRequest.mLimit));
+  }
+
+  Json StepsJson() const {
+    Json steps = Json::array();
+    for (const QovMesh::Step& step : mContent.mSteps) {
+      steps.push_back({{"name", PageText(step.mName)},
+                       {"time", step.mTime ? JsonNumber(*step.mTime) : Json()}});
+    }
+    return steps;
+  }
+
+  std::size_t FindShownStep() const {
+    if (mRequest.mStep.empty()) return 0;
+    for (std::size_t i = 0; i < mContent.mSteps.size(); ++i) {
+      if (Escape(mContent.mSteps[i].mName, {}) == mRequest.mStep ||
+          fmt::format("{}", i + 1) == mRequest.mStep) {
+        return i;
+      }
+    }
+    Util::Raise(kSource, ErrorType::ElementNotFound,
+                "the page has no step " + Escape(mRequest.mStep, {}) +
+                    "; ryx export --dry-run lists the steps");
+  }
+
+  /// Moves the result that is shown first to the front of mOrder.
+  void ChooseShown() {
+    for (std::size_t i = 0; i < mResults.size(); ++i) mOrder.push_back(i);
+    std::size_t shown = 0;
+    if (!mRequest.mResult.empty()) {
+      while (shown < mResults.size() && Escape(mResults[shown].mName, {}) != mRequest.mResult) {
+        ++shown;
+      }
+      if (shown == mResults.size()) {
+        RaiseUnknownResult(mContent, mRequest.mResult, "ryx export --dry-run");
+      }
+      std::rotate(mOrder.begin(), mOrder.begin() + static_cast<std::ptrdiff_t>(shown),
+                  mOrder.begin() + static_cast<std::ptrdiff_t>(shown) + 1);
+    }
+    Json& show = mManifest["show"];
+    show = {{"result", nullptr}, {"component", 0}, {"step", FindShownStep()}};
+    if (mResults.empty()) return;
+    show["result"] = shown;
+    const std::size_t width = mResults[shown].mWidth;
+    if (mRequest.mComponent && *mRequest.mComponent >= width) {
+      Util::Raise(kSource, ErrorType::ElementNotFound,
+                  fmt::format("result {} has {}: choose another --component",
+                              Escape(mResults[shown].mName, {}), Plural(width, "component")));
+    }
+    if (mRequest.mComponent) {
+      show["component"] = *mRequest.mComponent;
+    } else if (width > 1) {
+      show["component"] = "magnitude";
+    }
+  }
+
+  // ---- meshes
+
+  void AddParts() {
+    mWritten.resize(mContent.mParts.size());
+    mPagePart.resize(mContent.mParts.size());
+    for (std::size_t i = 0; i < mContent.mParts.size(); ++i) {
+      const ExportPart& part = mContent.mParts[i];
+      PagePartCounts& counts = mReport.mParts.emplace_back();
+      counts.mId = part.mId;
+      counts.mName = part.mName;
+      Json meshes = Json::array();
+      std::uint64_t numLeftOut = 0;
+      for (const PartMesh& mesh : mPartMeshes[i]) {
+        Json json = AddMesh(part, mesh, counts, mWritten[i].emplace_back());
+        if (json.is_null()) {
+          ++numLeftOut;
+        } else {
+          mWritten[i].back().mPosition = meshes.size();
+          meshes.push_back(std::move(json));
+        }
+      }
+      if (numLeftOut != 0) {
+        NoteLimit(fmt::format("geometry {}{}", Escape(part.mName, {}),
+                              meshes.empty() ? "" : ": the meshes of some steps"));
+      }
+      if (meshes.empty()) continue;
+      AppendPart(i, std::move(meshes));
+    }
+  }
+
+  /// Returns the mesh for the manifest; null if it does not fit.
+  Json AddMesh(ExportPart part, const PartMesh& mesh, PagePartCounts& counts,
+               WrittenMesh& written) {
+    part.mMeshInstance = mesh.mInstance;
+    const QovMesh::Mesh& all = mMeshes.Get(part);
+    PageMesh surface(all, FindPartSurface(all, part.mName, mReport.mNotes));
+    PageItem item = MakeMeshItem(all, surface);
+    const bool isOfAllSteps = mesh.mSteps.size() == mContent.mSteps.size();
+    if (!isOfAllSteps) item.mJson["steps"] = mesh.mSteps;
+    Json json = mBuffers.Add(std::move(item));
+    if (json.is_null()) return json;
+    counts.mIsWritten = true;
+    counts.mNumPoints += surface.mPoints.size();
+    counts.mNumTriangles += surface.mTriangleCells.size();
+    counts.mNumLines += surface.mLineCells.size();
+    written.mPoints = std::move(surface.mPoints);
+    written.mCells = std::move(surface.mCells);
+    return json;
+  }
+
+  void AppendPart(std::size_t i, Json meshes) {
+    const ExportPart& part = mContent.mParts[i];
+    const std::size_t position = mManifest["parts"].size();
+    constexpr std::size_t kNumColours = 12;
+    const Colour colour = MakePalette(kNumColours)[position % kNumColours];
+    Json json = {{"node", part.mId}, {"name", PageText(part.mName)}, {"colour", colour}};
+    mBuffers.Spend(FormatManifest(json).size() + kPartFrame);
+    json["meshes"] = std::move(meshes);
+    mManifest["parts"].push_back(std::move(json));
+    mPagePart[i] = position;
+  }
+
+  // ---- results
+
+  void AddResults() {
+    mReport.mResults.resize(mResults.size());
+    for (const PageResult& result : mResults) {
+      Json components = Json::array();
+      for (std::size_t k = 0; k < result.mWidth; ++k) {
+        components.push_back(result.mWidth <= 3 ? std::string(1, "xyz"[k])
+                                                : fmt::format("{}", k + 1));
+      }
+      if (result.mWidth == 1) components[0] = "value";
+      mManifest["results"].push_back(
+          {{"name", PageText(result.mName)},
+           {"unit", result.mUnit.empty() ? Json() : Json(PageText(result.mUnit))},
+           {"placement", result.mPlacement == Placement::Point ? "point" : "cell"},
+           {"components", std::move(components)},
+           {"hasMagnitude", result.mWidth > 1},
+           {"fields", Json::array()}});
+    }
+    mBuffers.Spend(FormatManifest(mManifest["results"]).size());
+    for (const std::size_t i : mOrder) AddResult(i);
+  }
+
+  void AddResult(std::size_t i) {
+    PageResultCounts& counts = mReport.mResults[i];
+    counts.mName = mResults[i].mName;
+    std::uint64_t numRounded = 0;
+    for (const ResultField& field : mResults[i].mFields) {
+      ++counts.mNumArrays;
+      if (!mPagePart[field.mPart] || !mWritten[field.mPart][field.mMesh].mPosition || mIsFull ||
+          !AddField(i, field, numRounded)) {
+        ++counts.mNumLeftOut;
+      }
+    }
+    if (numRounded != 0) {
+      Note(fmt::format("result {}: {} above 2^24 rounded to floats", Escape(counts.mName, {}),
+                       Plural(numRounded, "integer")));
+    }
+  }
+
+  /// Returns false if the values do not fit. Then all later ones are left out, too.
+  bool AddField(std::size_t i, const ResultField& field, std::uint64_t& numRounded) {
+    const WrittenMesh& mesh = mWritten[field.mPart][field.mMesh];
+    const bool isOfPoints = mResults[i].mPlacement == Placement::Point;
+    const PageValues values(*field.mpResult, isOfPoints ? mesh.mPoints : mesh.mCells);
+    PageItem item = MakeFieldItem(values);
+    item.mJson["part"] = *mPagePart[field.mPart];
+    item.mJson["mesh"] = *mesh.mPosition;
+    item.mJson["step"] = field.mStep ? Json(*field.mStep) : Json();
+    Json json = mBuffers.Add(std::move(item));
+    mIsFull = json.is_null();
+    if (mIsFull) return false;
+    numRounded += values.mNumRounded;
+    Json& fields = mManifest["results"][i]["fields"];
+    KeepExactValues({i, fields.size(), values});
+    fields.push_back(std::move(json));
+    return true;
+  }
+
+  // ---- exact values
+
+  struct Candidate {
+    std::size_t mResult;
+    std::size_t mField;
+    const PageValues& mValues;
+  };
+
+  /// Compresses exact values, unless they are too large for what is left of kMostExactBytes.
+  void KeepExactValues(const Candidate& candidate) {
+    constexpr std::uint64_t kHopelessRatio = 16;
+    const std::uint64_t left = kMostExactBytes - mExactSize;
+    const std::uint64_t size = candidate.mValues.mValues.size() * sizeof(float);
+    if (size / kHopelessRatio > left) return;
+    PageBuffer buffer = CodeExactValues(candidate.mValues);
+    if (buffer.mCompressed.size() > left) return;
+    mExactSize += buffer.mCompressed.size();
+    mExact.push_back({candidate.mResult, candidate.mField, std::move(buffer)});
+  }
+
+  void AddExactValues() {
+    for (ExactValues& exact : mExact) {
+      PageItem item;
+      item.mJson = Json::object();
+      item.mBuffers.emplace_back("exact", std::move(exact.mBuffer));
+      Json json = mBuffers.Add(std::move(item));
+      if (json.is_null()) continue;
+      mManifest["results"][exact.mResult]["fields"][exact.mField]["exact"] = json["exact"];
+      ++mReport.mResults[exact.mResult].mNumExact;
+    }
+  }
+
+  void NoteLeftOut() {
+    std::uint64_t numRough = 0;
+    std::uint64_t numAll = 0;
+    for (const PageResultCounts& counts : mReport.mResults) {
+      numAll += counts.mNumArrays;
+      numRough += counts.mNumArrays - counts.mNumLeftOut - counts.mNumExact;
+      if (counts.mNumLeftOut == 0) continue;
+      NoteLimit(fmt::format("result {}: {} of {}", Escape(counts.mName, {}), counts.mNumLeftOut,
+                            Plural(counts.mNumArrays, "array")));
+    }
+    if (numRough != 0) {
+      Note(fmt::format("without exact values, with 16 bits only: {} of {} of results", numRough,
+                       Plural(numAll, "array")));
+    }
+  }
+
+  // ---- file
+
+  /// Returns the notes, cut to their room.
+  Json NotesForPage() const {
+    Json notes = Json::array();
+    std::size_t size = 0;
+    for (const std::string& note : mReport.mNotes) {
+      const std::string text = Shortened(note, kNoteSize);
+      size += FormatManifest(text).size() + 1;
+      if (size > kNotesSize) {
+        notes.push_back(Plural(mReport.mNotes.size() - notes.size(), "further note"));
+        break;
+      }
+      notes.push_back(text);
+    }
+    return notes;
+  }
+
+  void WriteFile() {
+    std::unordered_map<std::uint32_t, Json> parts;
+    for (std::size_t i = 0; i < mContent.mParts.size(); ++i) {
+      parts[mContent.mParts[i].mId] = mPagePart[i] ? Json(*mPagePart[i]) : Json();
+    }
+    mManifest["nodes"] = MakeNodes(mTree, parts);
+    mManifest["notes"] = NotesForPage();
+    const PageTemplate page = GetPageTemplate();
+    mOutput.Write(page.mBeforeTitle);
+    mOutput.Write(EscapeElement(PageText(mRequest.mTitle)));
+    mOutput.Write(page.mBeforeManifest);
+    mOutput.Write(FormatManifest(mManifest));
+    mOutput.Write(page.mBeforeBuffers);
+    mBuffers.CopyTo(mOutput);
+    mOutput.Write(page.mEnd);
+  }
+
+  static constexpr std::uint64_t kPartFrame = 40;
+
+  const QovRyx::Tree& mTree;
+  const ExportContent& mContent;
+  const PageRequest& mRequest;
+  SafeOutput& mOutput;
+  PageReport& mReport;
+  MeshCache mMeshes;
+  PageBuffers mBuffers;
+  Json mManifest;
+  std::vector<std::vector<PartMesh>> mPartMeshes;     ///< By position in the content.
+  std::vector<std::vector<WrittenMesh>> mWritten;     ///< Likewise.
+  std::vector<std::optional<std::size_t>> mPagePart;  ///< Likewise: position in the manifest.
+  std::vector<PageResult> mResults;
+  std::vector<std::size_t> mOrder;  ///< The order in which results are taken.
+  std::vector<ExactValues> mExact;
+  std::uint64_t mExactSize = 0;
+  bool mIsFull = false;
+};
+
+}  // namespace
+
+void WritePage(const QovRyx::Tree& tree, const ExportContent& content, const Json& tables,
+               const QovMesh::KindChoices& kinds, const PageRequest& request, SafeOutput& output,
+               PageReport& report) {
+  PageBuilder(tree, content, kinds, request, output, report).Write(tables);
+}
+
+}  // namespace Qov::Tools
