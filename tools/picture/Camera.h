@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -46,9 +48,12 @@ std::optional<StandardView> FindStandardView(std::string_view name);
 struct ScreenPoint {
   double mX = 0;
   double mY = 0;
-  /// 0 (farthest) to 1 (nearest), linear on the screen.
+  /// Above 0 (farthest) to 1 (nearest), linear on the screen.
   double mDepth = 0;
 };
+
+/// The depth of everything behind the box of an orthographic camera.
+inline constexpr double kLeastDepth = 1e-6;
 
 /// Maps places of the model to pixels. All arithmetic is in double, relative to the target, so that
 /// coordinates up to the limits of float do not overflow.
@@ -86,25 +91,42 @@ class Camera {
   /// Pixels for each unit of the model; in perspective, at the centre of the box.
   double GetScale() const { return mScale; }
 
-  /// Returns x, y and z relative to the target or the eye: x to the right and y up, both times the
-  /// scale; z is the distance toward the viewer.
-  Triple ToView(const float* point) const;
+  /// Rotates a direction: to the right, up, toward the viewer.
+  Triple Turn(const Triple& d) const {
+    return {d[0] * mRight[0] + d[1] * mRight[1] + d[2] * mRight[2],
+            d[0] * mUp[0] + d[1] * mUp[1] + d[2] * mUp[2],
+            d[0] * mBack[0] + d[1] * mBack[1] + d[2] * mBack[2]};
+  }
+  /// Returns x (to the right), y (up) and z (toward the viewer) relative to the target or the eye,
+  /// in units of the model.
+  Triple ToView(const Triple& point) const {
+    return Turn({point[0] - mTarget[0], point[1] - mTarget[1], point[2] - mTarget[2]});
+  }
   /// Maps the result of ToView to the screen. In perspective, z has to be at most -GetNear().
-  ScreenPoint ToScreen(const Triple& view) const;
+  ScreenPoint ToScreen(const Triple& view) const {
+    const double x = mViewport.mX + 0.5 * mViewport.mWidth;
+    const double y = mViewport.mY + 0.5 * mViewport.mHeight;
+    if (mIsPerspective) {
+      const double scale = mFocalLength / -view[2];
+      return {x + view[0] * scale, y - view[1] * scale, mNear / -view[2]};
+    }
+    const double depth = std::clamp(mDepthOffset + view[2] * mDepthScale, kLeastDepth, 1.0);
+    return {x + view[0] * mScale, y - view[1] * mScale, depth};
+  }
   /// The distance of the near plane from the eye, in perspective.
   double GetNear() const { return mNear; }
 
  private:
   Camera() = default;
-  void SetDepthRange(const Box& box);
 
   Triple mRight{};
   Triple mUp{};
   Triple mBack{};
   Triple mTarget{};  ///< The eye, in perspective.
   double mScale = 1;
-  double mNear = 0;
-  double mDepthScale = 0;
+  double mFocalLength = 1;  ///< In pixels; of perspective cameras.
+  double mNear = 1;         ///< Of perspective cameras.
+  double mDepthScale = 0;   ///< Of orthographic cameras, like the offset.
   double mDepthOffset = 0;
   bool mIsPerspective = false;
   Rectangle mViewport;
