@@ -27,6 +27,8 @@ struct ViewCorner {
   float mShade = 1;
 };
 
+double Dot(const Triple& a, const Triple& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+
 bool IsFinite(const Triple& v) { return std::isfinite(v[0] + v[1] + v[2]); }
 
 ViewCorner Between(const ViewCorner& a, const ViewCorner& b, double share) {
@@ -69,12 +71,7 @@ class Rasteriser::Implementation {
   void Draw(const ShadedSurface& surface, const ColourScale* pScale) {
     mpSurface = &surface;
     mpScale = surface.mValuesAt == ValuesAt::None ? nullptr : pScale;
-    const bool isTransparent = surface.mOpacity < 1;
-    if (mpScale != nullptr && isTransparent) {
-      mpPalette = &mPalettes.emplace_back(mpScale->GetPalette());
-    } else if (mpScale != nullptr) {
-      mpPalette = &mpScale->GetPalette();
-    }
+    if (mpScale != nullptr) ChoosePalette();
     DrawTriangles();
     DrawLines();
     if (surface.mDrawPoints) DrawPoints();
@@ -117,6 +114,13 @@ class Rasteriser::Implementation {
     return (t.mCorners[0].mDepth + t.mCorners[1].mDepth + t.mCorners[2].mDepth) / 3;
   }
 
+  /// The palettes are kept until Finish, for the transparent triangles.
+  void ChoosePalette() {
+    std::vector<Sample> palette;
+    for (const Colour colour : mpScale->GetPalette()) palette.push_back(PackColour(colour));
+    if (mPalettes.empty() || mPalettes.back() != palette) mPalettes.push_back(std::move(palette));
+  }
+
   // ---- points of the surface
 
   std::size_t GetNumPoints() const { return mpSurface->mPoints.size() / 3; }
@@ -141,41 +145,63 @@ class Rasteriser::Implementation {
   template <std::size_t N>
   void ChooseColour(std::array<ViewCorner, N>& corners, const std::uint32_t* points,
                     std::span<const std::uint32_t> cells, std::size_t shape, Paint& paint) const {
-    paint.mColour = mpSurface->mColour;
+    paint.mColour = PackColour(mpSurface->mColour);
     if (mpSurface->mValuesAt == ValuesAt::None) return;
-    paint.mColour = kNoValueColour;
+    paint.mColour = PackColour(kNoValueColour);
     if (mpScale == nullptr) return;
     if (mpSurface->mValuesAt == ValuesAt::Cell) {
-      if (shape < cells.size()) paint.mColour = mpScale->ColourAt(PlaceOf(cells[shape]));
+      if (shape < cells.size())
+        paint.mColour = PackColour(mpScale->ColourAt(PlaceOf(cells[shape])));
       return;
     }
     for (std::size_t i = 0; i < N; ++i) {
       corners[i].mPlace = PlaceOf(points[i]);
       if (!(corners[i].mPlace == corners[i].mPlace)) return;
     }
-    paint.mpPalette = mpPalette->data();
-    paint.mNumColours = mpPalette->size();
+    paint.mpPalette = mPalettes.back().data();
+    paint.mNumColours = mPalettes.back().size();
   }
 
   // ---- shapes
 
+  /// Draws the triangles that face the viewer first: those of solids hide the others, so that no
+  /// colours are computed for these.
   void DrawTriangles() {
     const auto& triangles = mpSurface->mTriangles;
     std::optional<SmoothNormals> normals;
     if (mpSurface->mSmooth) normals.emplace(mpSurface->mPoints, triangles, mCamera);
-    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-      const std::uint32_t* points = triangles.data() + i;
+    std::vector<std::uint32_t> facingAway;  // positions in the triangles
+    for (std::uint32_t i = 0; i < triangles.size() / 3; ++i) {
       std::array<ViewCorner, 3> c;
-      if (!View(points[0], c[0].mView) || !View(points[1], c[1].mView) ||
-          !View(points[2], c[2].mView)) {
-        continue;
+      if (!ViewTriangle(i, c)) continue;
+      const Triple normal = NormalOf(c[0].mView, c[1].mView, c[2].mView);
+      if (Dot(normal, ToViewer(c[0].mView)) > 0) {
+        DrawTriangle(i, c, normal, normals);
+      } else {
+        facingAway.push_back(i);
       }
-      Paint paint = MakePaint();
-      ChooseColour(c, points, mpSurface->mTriangleCells, i / 3, paint);
-      Shade(c, points, normals);
-      if (mpSurface->mEdges) paint.mEdges = EdgesOf(i / 3);
-      ClipTriangle(c, paint);
     }
+    for (const std::uint32_t i : facingAway) {
+      std::array<ViewCorner, 3> c;
+      ViewTriangle(i, c);
+      DrawTriangle(i, c, NormalOf(c[0].mView, c[1].mView, c[2].mView), normals);
+    }
+  }
+
+  bool ViewTriangle(std::size_t i, std::array<ViewCorner, 3>& c) const {
+    const std::uint32_t* points = mpSurface->mTriangles.data() + 3 * i;
+    return View(points[0], c[0].mView) && View(points[1], c[1].mView) &&
+           View(points[2], c[2].mView);
+  }
+
+  void DrawTriangle(std::size_t i, std::array<ViewCorner, 3>& c, const Triple& normal,
+                    const std::optional<SmoothNormals>& normals) {
+    const std::uint32_t* points = mpSurface->mTriangles.data() + 3 * i;
+    Paint paint = MakePaint();
+    ChooseColour(c, points, mpSurface->mTriangleCells, i, paint);
+    Shade(c, points, normal, normals);
+    if (mpSurface->mEdges) paint.mEdges = EdgesOf(i);
+    ClipTriangle(c, paint);
   }
 
   std::uint8_t EdgesOf(std::size_t triangle) const {
@@ -194,9 +220,8 @@ class Rasteriser::Implementation {
     return mCamera.IsPerspective() ? Triple{-view[0], -view[1], -view[2]} : Triple{0, 0, 1};
   }
 
-  void Shade(std::array<ViewCorner, 3>& c, const std::uint32_t* points,
+  void Shade(std::array<ViewCorner, 3>& c, const std::uint32_t* points, const Triple& normal,
              const std::optional<SmoothNormals>& normals) const {
-    const Triple normal = NormalOf(c[0].mView, c[1].mView, c[2].mView);
     if (!normals) {
       const float shade = Brightness(normal, ToViewer(c[0].mView));
       for (ViewCorner& corner : c) corner.mShade = shade;
@@ -255,7 +280,7 @@ class Rasteriser::Implementation {
       if (mCamera.IsPerspective() && !(c[0].mView[2] <= -mCamera.GetNear())) continue;
       Paint paint;
       ChooseColour(c, &i, {}, 0, paint);
-      if (paint.mpPalette != nullptr) paint.mColour = mpScale->ColourAt(c[0].mPlace);
+      if (paint.mpPalette != nullptr) paint.mColour = PackColour(mpScale->ColourAt(c[0].mPlace));
       ScreenCorner corner = ToScreen(c[0]);
       MoveNearer(corner);
       mSamples.FillDisc(corner, radius, paint.mColour);
@@ -337,11 +362,10 @@ class Rasteriser::Implementation {
   const Camera mCamera;
   SampleBuffer mSamples;
   std::vector<ScreenTriangle> mTransparent;
-  std::deque<std::vector<Colour>> mPalettes;  ///< Of transparent triangles.
+  std::deque<std::vector<Sample>> mPalettes;
   // The surface that is drawn now.
   const ShadedSurface* mpSurface = nullptr;
   const ColourScale* mpScale = nullptr;
-  const std::vector<Colour>* mpPalette = nullptr;
 };
 
 Rasteriser::Rasteriser(Image& image, const Camera& camera, int smoothing)

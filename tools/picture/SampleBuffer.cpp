@@ -1,5 +1,7 @@
 #include "picture/SampleBuffer.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cmath>
 #include <new>
@@ -8,19 +10,11 @@
 namespace Qov::Tools {
 namespace {
 
-/// Returns zeroed memory. The system provides its pages when they are written first, so that
-/// samples that nothing covers cost nothing.
-template <class T>
-T* AllocateZeroed(int width, int height) {
-  void* p =
-      std::calloc(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), sizeof(T));
-  if (p == nullptr) throw std::bad_alloc();
-  return static_cast<T*>(p);
-}
-
 /// Returns the first sample whose centre is at or after the coordinate, 0 to `size`.
 int FirstSample(double coordinate, int size) {
-  return static_cast<int>(std::ceil(std::clamp(coordinate, 0.0, double(size)) - 0.5));
+  const double place = std::clamp(coordinate, 0.0, static_cast<double>(size)) - 0.5;
+  const int whole = static_cast<int>(place);  // toward 0
+  return whole + static_cast<int>(place > whole);
 }
 
 /// A side of a triangle, from its upper to its lower end. Triangles that share a side compute the
@@ -92,25 +86,30 @@ struct Ramp {
   float At(int i) const { return mStart + static_cast<float>(i) * mPerSample; }
 };
 
-Colour Darken(Colour colour, float shade) {
-  const int factor = static_cast<int>(std::clamp(shade, 0.0F, 1.0F) * 256);
-  for (std::uint8_t& channel : colour) {
-    channel = static_cast<std::uint8_t>(static_cast<int>(channel) * factor >> 8);
-  }
-  return colour;
+Colour Unpack(Sample sample) {
+  return {static_cast<std::uint8_t>(sample >> 16U), static_cast<std::uint8_t>(sample >> 8U),
+          static_cast<std::uint8_t>(sample)};
+}
+
+/// Multiplies the channels; two of them at once.
+inline Sample Darken(Sample colour, float shade) {
+  const auto factor = static_cast<Sample>(static_cast<int>(std::clamp(shade, 0.0F, 1.0F) * 256));
+  const Sample redBlue = (colour & 0xFF00FFU) * factor >> 8U & 0xFF00FFU;
+  const Sample green = (colour & 0x00FF00U) * factor >> 8U & 0x00FF00U;
+  return 0xFF000000U | redBlue | green;
 }
 
 /// Computes the colours of a triangle's samples.
 class Painter {
  public:
-  Painter(const ScreenTriangle& triangle, const Planes& planes, float edgeWidth)
-      : mPaint(triangle.mPaint), mPlanes(planes), mEdgeReach(edgeWidth / 2) {
+  Painter(const ScreenTriangle& triangle, float edgeWidth)
+      : mPaint(triangle.mPaint), mPlanes(triangle), mEdgeReach(edgeWidth / 2) {
     const auto& c = triangle.mCorners;
-    mShade = planes.Through(c[0].mShade, c[1].mShade, c[2].mShade);
-    mPlace = planes.Through(c[0].mPlace, c[1].mPlace, c[2].mPlace);
+    mShade = mPlanes.Through(c[0].mShade, c[1].mShade, c[2].mShade);
+    mPlace = mPlanes.Through(c[0].mPlace, c[1].mPlace, c[2].mPlace);
     mHasEdges = mPaint.mEdges != 0 && mPaint.mEdgeStrength > 0;
     if (!mHasEdges) return;
-    for (std::size_t i = 0; i < 3; ++i) mDistances[i] = planes.DistanceFrom(i, mPaint.mEdges);
+    for (std::size_t i = 0; i < 3; ++i) mDistances[i] = mPlanes.DistanceFrom(i, mPaint.mEdges);
   }
 
   void StartRow(double x, double y) {
@@ -122,7 +121,7 @@ class Painter {
     for (std::size_t i = 0; i < 3; ++i) mDistanceRamps[i] = Ramp(mDistances[i], px, py);
   }
 
-  Colour ColourAt(int i, float depth) const {
+  Sample ColourAt(int i, float depth) const {
     float shade = mShadeRamp.At(i);
     if (mHasEdges && IsOnEdge(i)) shade *= 1 - kEdgeDarkness * mPaint.mEdgeStrength;
     return Darken(mPaint.mpPalette != nullptr ? ColourAtPlace(i, depth) : mPaint.mColour, shade);
@@ -131,7 +130,7 @@ class Painter {
  private:
   static constexpr float kEdgeDarkness = 0.7F;
 
-  Colour ColourAtPlace(int i, float depth) const {
+  Sample ColourAtPlace(int i, float depth) const {
     const float place = mPlaceRamp.At(i) / (mPaint.mIsPerspective ? depth : 1);
     const auto last = static_cast<float>(mPaint.mNumColours - 1);
     return mPaint.mpPalette[static_cast<std::size_t>(std::clamp(place, 0.0F, last))];
@@ -142,7 +141,7 @@ class Painter {
   }
 
   const Paint& mPaint;
-  const Planes& mPlanes;
+  const Planes mPlanes;
   float mEdgeReach;
   bool mHasEdges = false;
   Plane mShade, mPlace;
@@ -179,66 +178,73 @@ void ForEachSpan(const ScreenTriangle& triangle, int width, int height, Visitor 
 
 }  // namespace
 
+Sample PackColour(Colour colour) {
+  return 0xFF000000U | static_cast<Sample>(colour[0]) << 16U |
+         static_cast<Sample>(colour[1]) << 8U | colour[2];
+}
+
 SampleBuffer::SampleBuffer(int width, int height, int smoothing)
     : mSmoothing(smoothing),
       mWidth(width * smoothing),
       mHeight(height * smoothing),
       mFirstRow(mHeight),
-      mpDepths(AllocateZeroed<float>(mWidth, mHeight)),
-      mpSamples(AllocateZeroed<Sample>(mWidth, mHeight)) {}
+      mFirstColumn(mWidth),
+      mpSamples(MapZeroed(static_cast<std::size_t>(mWidth) * static_cast<std::size_t>(mHeight))) {}
 
-SampleBuffer::Sample SampleBuffer::Pack(Colour colour) {
-  return 0xFF000000U | static_cast<Sample>(colour[0]) << 16U |
-         static_cast<Sample>(colour[1]) << 8U | colour[2];
+void SampleBuffer::Unmap::operator()(DepthSample* p) const { munmap(p, mSize); }
+
+SampleBuffer::Samples SampleBuffer::MapZeroed(std::size_t numSamples) {
+  const std::size_t size = std::max<std::size_t>(numSamples, 1) * sizeof(DepthSample);
+  void* p = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (p == MAP_FAILED) throw std::bad_alloc();
+  madvise(p, size, MADV_HUGEPAGE);  // fewer page faults; without it everything works, too
+  return Samples(static_cast<DepthSample*>(p), Unmap{size});
 }
 
-Colour SampleBuffer::Unpack(Sample sample) {
-  return {static_cast<std::uint8_t>(sample >> 16U), static_cast<std::uint8_t>(sample >> 8U),
-          static_cast<std::uint8_t>(sample)};
+void SampleBuffer::MarkSpan(int y, int x0, int x1) {
+  mFirstRow = std::min(mFirstRow, y);
+  mEndRow = std::max(mEndRow, y + 1);
+  mFirstColumn = std::min(mFirstColumn, x0);
+  mEndColumn = std::max(mEndColumn, x1);
 }
 
-void SampleBuffer::MarkRows(int first, int end) {
-  mFirstRow = std::min(mFirstRow, first);
-  mEndRow = std::max(mEndRow, end);
+template <class StartRow, class Visitor>
+void SampleBuffer::ForEachNearer(const ScreenTriangle& triangle, StartRow startRow, Visitor visit) {
+  const auto& c = triangle.mCorners;
+  const Planes planes(triangle);
+  const Plane depths = planes.Through(c[0].mDepth, c[1].mDepth, c[2].mDepth);
+  ForEachSpan(triangle, mWidth, mHeight, [&](int y, int x0, int x1) {
+    const Ramp ramp(depths, planes.X(x0 + 0.5), planes.Y(y + 0.5));
+    startRow(x0 + 0.5, y + 0.5);
+    DepthSample* pSamples = &mpSamples[Position(x0, y)];
+    for (int i = 0; i < x1 - x0; ++i) {
+      const float depth = ramp.At(i);
+      if (depth > pSamples[i].mDepth) visit(pSamples[i], x0, y, i, depth);
+    }
+    MarkSpan(y, x0, x1);
+  });
 }
 
 void SampleBuffer::Fill(const ScreenTriangle& triangle) {
   const auto& c = triangle.mCorners;
-  const Planes planes(triangle);
-  const Plane depths = planes.Through(c[0].mDepth, c[1].mDepth, c[2].mDepth);
   const Paint& paint = triangle.mPaint;
   const bool isPlain = paint.mpPalette == nullptr && paint.mEdges == 0 &&
                        c[0].mShade == c[1].mShade && c[1].mShade == c[2].mShade;
   if (isPlain) {
-    const Sample colour = Pack(Darken(paint.mColour, c[0].mShade));
-    ForEachSpan(triangle, mWidth, mHeight, [&](int y, int x0, int x1) {
-      const Ramp ramp(depths, planes.X(x0 + 0.5), planes.Y(y + 0.5));
-      float* pDepth = &mpDepths[Position(x0, y)];
-      Sample* pSample = &mpSamples[Position(x0, y)];
-      for (int i = 0; i < x1 - x0; ++i) {
-        const float depth = ramp.At(i);
-        if (depth <= pDepth[i]) continue;
-        pDepth[i] = depth;
-        pSample[i] = colour;
-      }
-      MarkRows(y, y + 1);
-    });
+    const Sample colour = Darken(paint.mColour, c[0].mShade);
+    ForEachNearer(
+        triangle, [](double, double) {},
+        [=](DepthSample& sample, int, int, int, float depth) {
+          sample = {depth, colour};
+        });
     return;
   }
-  Painter painter(triangle, planes, static_cast<float>(mSmoothing));
-  ForEachSpan(triangle, mWidth, mHeight, [&](int y, int x0, int x1) {
-    const Ramp ramp(depths, planes.X(x0 + 0.5), planes.Y(y + 0.5));
-    painter.StartRow(x0 + 0.5, y + 0.5);
-    float* pDepth = &mpDepths[Position(x0, y)];
-    Sample* pSample = &mpSamples[Position(x0, y)];
-    for (int i = 0; i < x1 - x0; ++i) {
-      const float depth = ramp.At(i);
-      if (depth <= pDepth[i]) continue;
-      pDepth[i] = depth;
-      pSample[i] = Pack(painter.ColourAt(i, depth));
-    }
-    MarkRows(y, y + 1);
-  });
+  Painter painter(triangle, static_cast<float>(mSmoothing));
+  ForEachNearer(
+      triangle, [&](double x, double y) { painter.StartRow(x, y); },
+      [&](DepthSample& sample, int, int, int i, float depth) {
+        sample = {depth, painter.ColourAt(i, depth)};
+      });
 }
 
 Colour SampleBuffer::PixelOf(const Image& image, const Rectangle& viewport, int x, int y) const {
@@ -251,73 +257,76 @@ Colour SampleBuffer::PixelOf(const Image& image, const Rectangle& viewport, int 
 
 void SampleBuffer::Blend(const ScreenTriangle& triangle, const Image& image,
                          const Rectangle& viewport) {
-  const auto& c = triangle.mCorners;
-  const Planes planes(triangle);
-  const Plane depths = planes.Through(c[0].mDepth, c[1].mDepth, c[2].mDepth);
-  Painter painter(triangle, planes, static_cast<float>(mSmoothing));
-  ForEachSpan(triangle, mWidth, mHeight, [&](int y, int x0, int x1) {
-    const Ramp ramp(depths, planes.X(x0 + 0.5), planes.Y(y + 0.5));
-    painter.StartRow(x0 + 0.5, y + 0.5);
-    for (int i = 0; i < x1 - x0; ++i) {
-      const float depth = ramp.At(i);
-      const std::size_t position = Position(x0 + i, y);
-      if (depth <= mpDepths[position]) continue;
-      Sample& sample = mpSamples[position];
-      const Colour below = sample != 0 ? Unpack(sample) : PixelOf(image, viewport, x0 + i, y);
-      sample = Pack(MixColours(below, painter.ColourAt(i, depth), triangle.mPaint.mOpacity));
-    }
-    MarkRows(y, y + 1);
-  });
+  Painter painter(triangle, static_cast<float>(mSmoothing));
+  ForEachNearer(
+      triangle, [&](double x, double y) { painter.StartRow(x, y); },
+      [&](DepthSample& sample, int x, int y, int i, float depth) {
+        const Colour below =
+            sample.mColour != 0 ? Unpack(sample.mColour) : PixelOf(image, viewport, x + i, y);
+        const Colour colour = Unpack(painter.ColourAt(i, depth));
+        sample.mColour = PackColour(MixColours(below, colour, triangle.mPaint.mOpacity));
+      });
 }
 
-void SampleBuffer::FillDisc(const ScreenCorner& centre, double radius, Colour colour) {
+void SampleBuffer::FillDisc(const ScreenCorner& centre, double radius, Sample colour) {
   const int first = FirstSample(centre.mY - radius, mHeight);
   const int end = FirstSample(centre.mY + radius, mHeight);
   for (int y = first; y < end; ++y) {
     const double offset = y + 0.5 - centre.mY;
     const double half = std::sqrt(std::max(0.0, radius * radius - offset * offset));
+    const int x0 = FirstSample(centre.mX - half, mWidth);
     const int x1 = FirstSample(centre.mX + half, mWidth);
-    for (int x = FirstSample(centre.mX - half, mWidth); x < x1; ++x) {
-      float& depth = mpDepths[Position(x, y)];
-      if (centre.mDepth <= depth) continue;
-      depth = centre.mDepth;
-      mpSamples[Position(x, y)] = Pack(Darken(colour, centre.mShade));
+    for (int x = x0; x < x1; ++x) {
+      DepthSample& sample = mpSamples[Position(x, y)];
+      if (centre.mDepth > sample.mDepth) sample = {centre.mDepth, Darken(colour, centre.mShade)};
+    }
+    MarkSpan(y, x0, x1);
+  }
+}
+
+Colour SampleBuffer::MeanOf(const DepthSample* pFirst, Colour below) const {
+  const Sample background = PackColour(below);
+  Sample redBlue = 0;  // sums of two channels at once
+  Sample green = 0;
+  for (int y = 0; y < mSmoothing; ++y) {
+    for (int x = 0; x < mSmoothing; ++x) {
+      const Sample colour = pFirst[y * mWidth + x].mColour;
+      const Sample sample = colour != 0 ? colour : background;
+      redBlue += sample & 0xFF00FFU;
+      green += sample >> 8U & 0xFFU;
     }
   }
-  if (first < end) MarkRows(first, end);
+  const auto numSamples = static_cast<Sample>(mSmoothing * mSmoothing);
+  const auto mean = [=](Sample sum) {
+    return static_cast<std::uint8_t>((sum + numSamples / 2) / numSamples);
+  };
+  return {mean(redBlue >> 16U), mean(green), mean(redBlue & 0xFFFFU)};
+}
+
+bool SampleBuffer::IsEven(const DepthSample* pFirst) const {
+  const Sample first = pFirst->mColour;
+  for (int y = 0; y < mSmoothing; ++y) {
+    for (int x = 0; x < mSmoothing; ++x) {
+      if (pFirst[y * mWidth + x].mColour != first) return false;
+    }
+  }
+  return true;
 }
 
 void SampleBuffer::Resolve(Image& image, const Rectangle& viewport) const {
-  const int numSamples = mSmoothing * mSmoothing;
-  const int endRow = std::min((mEndRow + mSmoothing - 1) / mSmoothing, viewport.mHeight);
-  for (int y = mFirstRow / mSmoothing; y < endRow; ++y) {
-    const int pixelY = viewport.mY + y;
-    if (pixelY < 0 || pixelY >= image.GetHeight()) continue;
-    const int beginX = std::max(0, -viewport.mX);
-    const int endX = std::min(viewport.mWidth, image.GetWidth() - viewport.mX);
-    for (int x = beginX; x < endX; ++x) {
-      Colour& pixel = image.At(viewport.mX + x, pixelY);
-      const Sample* pFirst = &mpSamples[Position(x * mSmoothing, y * mSmoothing)];
-      const Sample first = *pFirst;
-      std::array<int, 3> sums{};
-      bool isEven = true;
-      for (int sy = 0; sy < mSmoothing; ++sy) {
-        for (int sx = 0; sx < mSmoothing; ++sx)
-          isEven = isEven && pFirst[sy * mWidth + sx] == first;
-      }
-      if (isEven) {
-        if (first != 0) pixel = Unpack(first);
-        continue;
-      }
-      for (int sy = 0; sy < mSmoothing; ++sy) {
-        for (int sx = 0; sx < mSmoothing; ++sx) {
-          const Sample sample = pFirst[sy * mWidth + sx];
-          const Colour colour = sample != 0 ? Unpack(sample) : pixel;
-          for (std::size_t k = 0; k < 3; ++k) sums[k] += colour[k];
-        }
-      }
-      for (std::size_t k = 0; k < 3; ++k) {
-        pixel[k] = static_cast<std::uint8_t>((sums[k] + numSamples / 2) / numSamples);
+  const auto endPixel = [&](int sample) { return (sample + mSmoothing - 1) / mSmoothing; };
+  const int firstX = std::max(mFirstColumn / mSmoothing, -viewport.mX);
+  const int endX = std::min(endPixel(mEndColumn), image.GetWidth() - viewport.mX);
+  const int firstY = std::max(mFirstRow / mSmoothing, -viewport.mY);
+  const int endY = std::min(endPixel(mEndRow), image.GetHeight() - viewport.mY);
+  for (int y = firstY; y < endY; ++y) {
+    for (int x = firstX; x < endX; ++x) {
+      Colour& pixel = image.At(viewport.mX + x, viewport.mY + y);
+      const DepthSample* pFirst = &mpSamples[Position(x * mSmoothing, y * mSmoothing)];
+      if (!IsEven(pFirst)) {
+        pixel = MeanOf(pFirst, pixel);
+      } else if (pFirst->mColour != 0) {
+        pixel = Unpack(pFirst->mColour);
       }
     }
   }

@@ -3,12 +3,15 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 
 #include "picture/Image.h"
 
 namespace Qov::Tools {
+
+/// A colour as 0xFFRRGGBB; 0 where nothing is.
+using Sample = std::uint32_t;
+Sample PackColour(Colour colour);
 
 /// A corner of a triangle. The centre of the upper left sample is (0.5, 0.5).
 struct ScreenCorner {
@@ -21,9 +24,9 @@ struct ScreenCorner {
 
 /// How triangles are coloured.
 struct Paint {
-  const Colour* mpPalette = nullptr;  ///< For colours by place; null for one colour.
+  const Sample* mpPalette = nullptr;  ///< For colours by place; null for one colour.
   std::size_t mNumColours = 0;
-  Colour mColour{};
+  Sample mColour = 0;
   float mOpacity = 1;
   std::uint8_t mEdges = 0;  ///< Bits 0, 1, 2: the edge after this corner is drawn.
   float mEdgeStrength = 0;  ///< 0: not visible, 1: the colour of edges.
@@ -50,36 +53,49 @@ class SampleBuffer {
   /// Mixes a transparent triangle in where nothing opaque is nearer. `image` is the background.
   void Blend(const ScreenTriangle& triangle, const Image& image, const Rectangle& viewport);
   /// Draws a disc that faces the viewer.
-  void FillDisc(const ScreenCorner& centre, double radius, Colour colour);
+  void FillDisc(const ScreenCorner& centre, double radius, Sample colour);
   /// Returns the depth of a sample; 0 where nothing is.
-  float GetDepth(int x, int y) const { return mpDepths[Position(x, y)]; }
+  float GetDepth(int x, int y) const { return mpSamples[Position(x, y)].mDepth; }
   /// Writes the means of the samples into the image, where anything is.
   void Resolve(Image& image, const Rectangle& viewport) const;
 
  private:
-  /// A colour of which the highest byte is 255; 0 if nothing is there.
-  using Sample = std::uint32_t;
-  struct Free {
-    void operator()(void* p) const { std::free(p); }
+  struct DepthSample {
+    float mDepth;
+    Sample mColour;
   };
-  template <class T>
-  using Array = std::unique_ptr<T[], Free>;
+  /// Zeroed memory of the system, which provides a page when it is written first. Samples that
+  /// nothing covers cost nothing.
+  struct Unmap {
+    std::size_t mSize = 0;
+    void operator()(DepthSample* p) const;
+  };
+  using Samples = std::unique_ptr<DepthSample[], Unmap>;
+  static Samples MapZeroed(std::size_t numSamples);
+
+  /// Calls `startRow(x, y)` for each row of the triangle, and `visit(sample, x, y, i, depth)` for
+  /// each of the row's samples that is nearer than what is there; `i` counts from `x`.
+  template <class StartRow, class Visitor>
+  void ForEachNearer(const ScreenTriangle& triangle, StartRow startRow, Visitor visit);
   std::size_t Position(int x, int y) const {
     return static_cast<std::size_t>(y) * static_cast<std::size_t>(mWidth) +
            static_cast<std::size_t>(x);
   }
-  void MarkRows(int first, int end);
-  static Sample Pack(Colour colour);
-  static Colour Unpack(Sample sample);
+  void MarkSpan(int y, int x0, int x1);
+  /// Returns true if all samples of a pixel, from its first, have one colour.
+  bool IsEven(const DepthSample* pFirst) const;
+  /// Returns the mean of the samples of a pixel; those that nothing covers count as `below`.
+  Colour MeanOf(const DepthSample* pFirst, Colour below) const;
   Colour PixelOf(const Image& image, const Rectangle& viewport, int x, int y) const;
 
   int mSmoothing;
   int mWidth;
   int mHeight;
-  int mFirstRow;  ///< Of what has been drawn.
+  int mFirstRow;  ///< Of what has been drawn, like the next ones.
   int mEndRow = 0;
-  Array<float> mpDepths;
-  Array<Sample> mpSamples;
+  int mFirstColumn;
+  int mEndColumn = 0;
+  Samples mpSamples;
 };
 
 }  // namespace Qov::Tools
