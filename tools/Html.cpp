@@ -18,6 +18,7 @@
 #include "diagnostics/Printable.h"
 #include "export/ContentOptions.h"
 #include "export/ExportContent.h"
+#include "html/PageDiff.h"
 #include "html/PageTables.h"
 #include "html/PageWriter.h"
 #include "picture/ResultScalars.h"
@@ -35,9 +36,10 @@ constexpr int kIncomplete = 1;
 constexpr const char* kFooter =
     "Writes one file that a browser shows without a network: the outer surface of the geometries,\n"
     "coloured by results, and tables of attributes, history and statistics.\n"
+    "--diff shows the results of model B minus those of model A, on the mesh of A.\n"
     "Patterns have *, ? and [...]. Nodes can be given by their ids, steps by their numbers.\n"
-    "Coordinates and results have 16 bits; results also have their exact values as long as these\n"
-    "take at most 1 MiB, compressed. SIZE is in bytes or has a unit, such as 500kB or 2MiB. A "
+    "Coordinates and results have 16 bits; results also have their exact values if these take at\n"
+    "most 1 MiB, compressed. SIZE is in bytes or has a unit, such as 500kB or 2MiB. A "
     "page\n"
     "that would be larger lacks exact values, then the last results, then the last geometries.\n"
     "\n"
@@ -56,12 +58,15 @@ class HtmlCommand : public Command {
 
  private:
   int Write(Output& output, Output& errors);
-  void CheckOutput() const;
+  void CheckOptions() const;
+  int WriteModel(const QovRyx::Tree& tree, ExportContent& content, const PageDiff* diff,
+                 Output& output, Output& errors);
   Json MakeDocument(const PageReport& report, const ExportContent& content,
                     std::uint64_t size) const;
   void Print(const PageReport& report, std::uint64_t size, Output& output) const;
 
   std::string mModel;
+  std::vector<std::string> mDiff;
   std::string mOutputPath;
   ContentOptions mContent;
   PageRequest mPage;
@@ -73,7 +78,11 @@ class HtmlCommand : public Command {
 
 void HtmlCommand::Declare(CLI::App& app) {
   mPage.mLimit = kUsualLimit;
-  app.add_option("MODEL", mModel, "Model file")->required();
+  CLI::Option* model = app.add_option("MODEL", mModel, "Model file");
+  app.add_option("--diff", mDiff, "Show the results of B minus those of A, which have one mesh")
+      ->type_name("A B")
+      ->expected(2)
+      ->excludes(model);
   app.add_option("-o,--output", mOutputPath, "Page to write")->type_name("OUT.html")->required();
   mContent.DeclareChoice(app);
   mContent.DeclareCells(app);
@@ -89,9 +98,15 @@ void HtmlCommand::Declare(CLI::App& app) {
   app.add_flag("--json", mJson, "Print one JSON document");
 }
 
-void HtmlCommand::CheckOutput() const {
-  std::error_code error;
-  if (std::filesystem::equivalent(mOutputPath, mModel, error)) {
+void HtmlCommand::CheckOptions() const {
+  if (mModel.empty() && mDiff.empty()) {
+    Util::Raise(kSource, ErrorType::InvalidMethod, "give a MODEL, or two with --diff");
+  }
+  std::vector<std::string> inputs = mDiff;
+  inputs.push_back(mModel);
+  for (const std::string& input : inputs) {
+    std::error_code error;
+    if (!std::filesystem::equivalent(mOutputPath, input, error)) continue;
     Util::Raise(kSource, ErrorType::MiscellaneousError,
                 Util::Quote(mOutputPath) + " is the model itself; choose another output");
   }
@@ -121,9 +136,34 @@ Json HtmlCommand::MakeDocument(const PageReport& report, const ExportContent& co
                                    {"arraysLeftOut", result.mNumLeftOut},
                                    {"arraysExact", result.mNumExact}});
   }
+  document["differences"] = Json::array();
+  for (const PageDifference& difference : report.mDifferences) {
+    document["differences"].push_back(
+        {{"result", JsonText(difference.mResult)},
+         {"step", difference.mStep.empty() ? Json() : Json(JsonText(difference.mStep))},
+         {"node", difference.mNode},
+         {"nodeName", JsonText(difference.mNodeName)},
+         {"item", NameOf(difference.mItem.mKind)},
+         {"number", difference.mItem.mNumber},
+         {"value", JsonFloat(difference.mValue)}});
+  }
   document["notes"] = report.mNotes;
   document["left_out"] = content.mOmissions;
   return document;
+}
+
+/// Prints the greatest difference of each result.
+void PrintDifferences(const PageReport& report, Output& output) {
+  const TextStyle& style = output.GetStyle();
+  const std::string* previous = nullptr;
+  for (const PageDifference& difference : report.mDifferences) {
+    if (previous != nullptr && *previous == difference.mResult) continue;
+    previous = &difference.mResult;
+    output.Line(fmt::format(
+        "Greatest difference of {}: {} at {} of {}{}", Escape(difference.mResult, style),
+        difference.mValue, ItemText(difference.mItem), Escape(difference.mNodeName, style),
+        difference.mStep.empty() ? "" : ", step " + Escape(difference.mStep, style)));
+  }
 }
 
 void HtmlCommand::Print(const PageReport& report, std::uint64_t size, Output& output) const {
@@ -140,6 +180,7 @@ void HtmlCommand::Print(const PageReport& report, std::uint64_t size, Output& ou
                           Escape(mOutputPath, output.GetStyle()), SizeText(size),
                           numParts == 1 ? "1 geometry" : fmt::format("{} geometries", numParts),
                           Plural(numTriangles, "triangle"), Plural(numResults, "result")));
+  PrintDifferences(report, output);
 }
 
 int HtmlCommand::Run(Output& output, Output& errors) {
@@ -151,21 +192,42 @@ int HtmlCommand::Run(Output& output, Output& errors) {
   }
 }
 
+/// Returns the name of a file without its folder.
+std::string FileName(const std::string& path) {
+  return std::filesystem::path(path).filename().string();
+}
+
 int HtmlCommand::Write(Output& output, Output& errors) {
   mContent.Finish();
   mPage.mComponent = ParseComponent(mComponent);
-  mPage.mTitle = std::filesystem::path(mModel).filename().string();
-  CheckOutput();
+  CheckOptions();
+  const ExportRequest& request = mContent.mRequest;
+  const std::string& path = mDiff.empty() ? mModel : mDiff[0];
   QovRyx::Tree tree(false);
-  if (!LoadForExport(GetName(), mModel, tree, errors)) return kTrouble;
-  const ExportContent content = ChooseContent(tree, mContent.mRequest, StepLayout::Meshes);
+  if (!LoadForExport(GetName(), path, tree, errors)) return kTrouble;
+  ExportContent content = ChooseContent(tree, request, StepLayout::Meshes);
+  if (mDiff.empty()) {
+    mPage.mTitle = FileName(mModel);
+    return WriteModel(tree, content, nullptr, output, errors);
+  }
+  QovRyx::Tree other(false);
+  if (!LoadForExport(GetName(), mDiff[1], other, errors)) return kTrouble;
+  const ExportContent otherContent = ChooseContent(other, request, StepLayout::Meshes);
+  PageDiff diff{FileName(mDiff[0]), FileName(mDiff[1]), {}};
+  mPage.mTitle = diff.mNameB + " minus " + diff.mNameA;
+  PairResults(content, otherContent, request.mKinds, diff);
+  return WriteModel(tree, content, &diff, output, errors);
+}
+
+int HtmlCommand::WriteModel(const QovRyx::Tree& tree, ExportContent& content, const PageDiff* diff,
+                            Output& output, Output& errors) {
   PageReport report;
   report.mNotes = content.mNotes;
   report.mIsComplete = content.mIsComplete;
   const Json tables = MakeTables(tree, mContent.mRequest.mResults, report.mNotes);
   QovJbf::RemoveOutputsOnSignals();
   OutputSet outputs(mOverwrite, mDryRun);
-  WritePage(tree, content, tables, mContent.mRequest.mKinds, mPage, outputs.Open(mOutputPath),
+  WritePage(tree, content, tables, mContent.mRequest.mKinds, mPage, diff, outputs.Open(mOutputPath),
             report);
   outputs.CommitAll();
   RemoveRepeated(report.mNotes);

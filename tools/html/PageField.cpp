@@ -17,8 +17,9 @@ Json RangeJson(const FiniteRange& range) {
   return Json::array({JsonFloat(range.mLeast), JsonFloat(range.mGreatest)});
 }
 
-/// Returns the range of the lengths of the vectors.
-Json LengthRangeJson(const PageValues& values) {
+/// Returns the lengths of vectors of several components, or the values themselves.
+std::vector<float> FindLengths(const PageValues& values) {
+  if (values.mWidth == 1) return values.mValues;
   std::vector<float> lengths(values.mNumItems);
   for (std::size_t i = 0; i < lengths.size(); ++i) {
     double sum = 0;
@@ -28,7 +29,7 @@ Json LengthRangeJson(const PageValues& values) {
     }
     lengths[i] = static_cast<float>(std::sqrt(sum));
   }
-  return RangeJson(FiniteRange(lengths));
+  return lengths;
 }
 
 /// Returns true if the differences of neighbours are mostly small, so that they compress better
@@ -66,6 +67,28 @@ PageValues::PageValues(const ExportResult& result, std::span<const std::uint32_t
   }
 }
 
+void PageValues::SubtractFrom(const PageValues& other) {
+  for (std::size_t i = 0; i < mValues.size(); ++i) mValues[i] = other.mValues[i] - mValues[i];
+}
+
+std::vector<std::pair<std::size_t, float>> PageValues::FindGreatest(std::size_t count) const {
+  const std::vector<float> lengths = FindLengths(*this);
+  std::vector<std::size_t> items;
+  for (std::size_t i = 0; i < lengths.size(); ++i) {
+    if (std::isfinite(lengths[i]) && lengths[i] != 0.0F) items.push_back(i);
+  }
+  const std::size_t numFound = std::min(count, items.size());
+  std::partial_sort(items.begin(), items.begin() + static_cast<std::ptrdiff_t>(numFound),
+                    items.end(), [&](std::size_t a, std::size_t b) {
+                      const float x = std::abs(lengths[a]);
+                      const float y = std::abs(lengths[b]);
+                      return x != y ? x > y : a < b;
+                    });
+  std::vector<std::pair<std::size_t, float>> greatest;
+  for (std::size_t i = 0; i < numFound; ++i) greatest.emplace_back(items[i], lengths[items[i]]);
+  return greatest;
+}
+
 PageItem MakeFieldItem(const PageValues& values) {
   PageItem item;
   Json& ranges = item.mJson["ranges"] = Json::array();
@@ -78,7 +101,8 @@ PageItem MakeFieldItem(const PageValues& values) {
     const std::vector<std::uint16_t> more = Quantize(component, range);
     codes.insert(codes.end(), more.begin(), more.end());
   }
-  item.mJson["magnitudeRange"] = values.mWidth > 1 ? LengthRangeJson(values) : Json();
+  item.mJson["magnitudeRange"] =
+      values.mWidth > 1 ? RangeJson(FiniteRange(FindLengths(values))) : Json();
   const bool isSmooth = IsSmooth(codes);
   for (std::size_t k = 0; isSmooth && k < values.mWidth; ++k) {
     TakeDifferences(std::span(codes).subspan(k * values.mNumItems, values.mNumItems));

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "export/ExportContent.h"
@@ -14,6 +16,12 @@ struct PageValues {
   /// Reads the result. `positions` are those of the chosen items in the file. Raises the errors of
   /// LoadValues.
   PageValues(const ExportResult& result, std::span<const std::uint32_t> positions);
+
+  /// Replaces the values by those of `other` minus them. Both have the same size.
+  void SubtractFrom(const PageValues& other);
+  /// Returns the items with the greatest absolute values, or lengths of vectors, that are not 0;
+  /// at most `count`, in descending order. Values keep their sign.
+  std::vector<std::pair<std::size_t, float>> FindGreatest(std::size_t count) const;
 
   std::size_t mNumItems = 0;
   std::size_t mWidth = 1;

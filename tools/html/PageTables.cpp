@@ -13,6 +13,7 @@
 #include "Terminal.h"
 #include "TreeWalk.h"
 #include "ValueText.h"
+#include "html/PageText.h"
 #include "stats/ResultStatistics.h"
 #include "stats/StatisticsReport.h"
 
@@ -149,38 +150,6 @@ TreeWalk::Ids FindShown(const QovRyx::NodeTree& nodes,
 }
 
 }  // namespace
-
-std::string PageText(std::string_view text) {
-  TextStyle style;
-  style.mUtf8 = true;
-  return Escape(text, style);
-}
-
-std::string FormatManifest(const Json& manifest) {
-  std::string text;
-  for (const char letter : manifest.dump(-1, ' ', true, Json::error_handler_t::replace)) {
-    if (letter == '<' || letter == '>' || letter == '&') {
-      text += fmt::format("\\u{:04x}", static_cast<unsigned>(letter));
-    } else {
-      text += letter;
-    }
-  }
-  return text;
-}
-
-std::string EscapeElement(const std::string& text) {
-  std::string escaped;
-  for (const char letter : text) {
-    if (letter == '<') {
-      escaped += "&lt;";
-    } else if (letter == '&') {
-      escaped += "&amp;";
-    } else {
-      escaped += letter;
-    }
-  }
-  return escaped;
-}
 
 Json MakeNodes(const QovRyx::Tree& tree, const std::unordered_map<std::uint32_t, Json>& parts) {
   const TreeWalk::Ids shown = FindShown(tree.GetNodes(), parts);

@@ -9,17 +9,6 @@
 
 namespace Qov::Tools {
 
-/// Returns a name or any other text of a model as the page shows it: characters that could mislead
-/// the reader and bytes that are not UTF-8 are \xNN.
-std::string PageText(std::string_view text);
-
-/// Returns the manifest as text without "<", ">" and "&", so that nothing in it can end its
-/// element. It is in ASCII.
-std::string FormatManifest(const Json& manifest);
-
-/// Returns the text for the content of an element.
-std::string EscapeElement(const std::string& text);
-
 /// Returns the groups, shapes and geometries above and including those of `parts`, parents before
 /// children. The value of `parts` is the member "part" of a geometry.
 Json MakeNodes(const QovRyx::Tree& tree, const std::unordered_map<std::uint32_t, Json>& parts);

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <unordered_map>
@@ -14,11 +16,12 @@
 #include "Terminal.h"
 #include "diagnostics/Utf8.h"
 #include "export/PartSurface.h"
-#include "html/Page.h"
 #include "html/PageBuffers.h"
 #include "html/PageField.h"
 #include "html/PageMesh.h"
+#include "html/PageResults.h"
 #include "html/PageTables.h"
+#include "html/PageText.h"
 
 namespace Qov::Tools {
 namespace {
@@ -32,6 +35,9 @@ constexpr std::size_t kNotesSize = std::size_t{32} * 1024;
 constexpr std::size_t kNoteSize = 1000;
 /// Greatest size of the manifest's members whose values are known late, without the notes.
 constexpr std::uint64_t kManifestFrame = 1000;
+
+/// Greatest size of a listed difference in the manifest.
+constexpr std::uint64_t kDifferenceSize = 150;
 
 /// A mesh in the page: where its values are in the arrays of the file.
 struct WrittenMesh {
@@ -47,14 +53,22 @@ struct ExactValues {
   PageBuffer mBuffer;
 };
 
+/// A difference of a result at an item of a mesh of the page.
+struct GreatestDifference {
+  const ResultField* mpField = nullptr;
+  std::size_t mItem = 0;
+  float mValue = 0.0F;
+};
+
 class PageBuilder {
  public:
   PageBuilder(const QovRyx::Tree& tree, const ExportContent& content,
-              const QovMesh::KindChoices& kinds, const PageRequest& request, SafeOutput& output,
-              PageReport& report)
+              const QovMesh::KindChoices& kinds, const PageRequest& request, const PageDiff* diff,
+              SafeOutput& output, PageReport& report)
       : mTree(tree),
         mContent(content),
         mRequest(request),
+        mpDiff(diff),
         mOutput(output),
         mReport(report),
         mMeshes(kinds),
@@ -68,6 +82,7 @@ class PageBuilder {
     AddParts();
     AddResults();
     AddExactValues();
+    if (mpDiff != nullptr) AddDifferences();
     NoteLeftOut();
     WriteFile();
   }
@@ -82,28 +97,16 @@ class PageBuilder {
   // ---- the manifest without meshes and results
 
   void BeginManifest(const Json& tables) {
-    mManifest = {{"format", 1},
-                 {"title", PageText(mRequest.mTitle)},
-                 {"program", "ryx " QOV_TOOLS_VERSION},
-                 {"notes", Json::array()},
-                 {"nodes", Json::array()},
-                 {"steps", StepsJson()},
-                 {"parts", Json::array()},
-                 {"results", Json::array()},
-                 {"show", Json::object()},
-                 {"range", nullptr},
-                 {"tables", tables},
-                 {"diff", nullptr},
-                 {"report", nullptr}};
+    mManifest = MakeManifest(mRequest.mTitle);
+    mManifest["steps"] = StepsJson();
+    mManifest["tables"] = tables;
     ChooseShown();
-    const PageTemplate page = GetPageTemplate();
-    mBuffers.Spend(page.mBeforeTitle.size() + page.mBeforeManifest.size() +
-                   page.mBeforeBuffers.size() + page.mEnd.size() +
-                   EscapeElement(PageText(mRequest.mTitle)).size());
+    mBuffers.Spend(GetFrameSize(mRequest.mTitle));
     std::unordered_map<std::uint32_t, Json> parts;
     for (const ExportPart& part : mContent.mParts) parts[part.mId] = mContent.mParts.size();
     mBuffers.Spend(FormatManifest(MakeNodes(mTree, parts)).size());
     mBuffers.Spend(FormatManifest(mManifest).size() + kManifestFrame + kNotesSize);
+    if (mpDiff != nullptr) mBuffers.Spend(mResults.size() * kMostGreatest * kDifferenceSize);
     if (!mBuffers.IsOverdrawn()) return;
     Util::Raise(kSource, ErrorType::OutOfBounds,
                 fmt::format("the page is larger than {} bytes without any geometry; give a greater "
@@ -270,7 +273,10 @@ class PageBuilder {
   bool AddField(std::size_t i, const ResultField& field, std::uint64_t& numRounded) {
     const WrittenMesh& mesh = mWritten[field.mPart][field.mMesh];
     const bool isOfPoints = mResults[i].mPlacement == Placement::Point;
-    const PageValues values(*field.mpResult, isOfPoints ? mesh.mPoints : mesh.mCells);
+    const auto& positions = isOfPoints ? mesh.mPoints : mesh.mCells;
+    PageValues values(*field.mpResult, positions);
+    if (mpDiff != nullptr)
+      values.SubtractFrom(PageValues(*mpDiff->mPairs.at(field.mpResult), positions));
     PageItem item = MakeFieldItem(values);
     item.mJson["part"] = *mPagePart[field.mPart];
     item.mJson["mesh"] = *mesh.mPosition;
@@ -279,30 +285,63 @@ class PageBuilder {
     mIsFull = json.is_null();
     if (mIsFull) return false;
     numRounded += values.mNumRounded;
+    if (mpDiff != nullptr) NoteGreatest(i, field, values);
     Json& fields = mManifest["results"][i]["fields"];
-    KeepExactValues({i, fields.size(), values});
+    KeepExactValues(i, fields.size(), values);
     fields.push_back(std::move(json));
     return true;
   }
 
+  // ---- differences
+
+  /// Keeps the greatest differences of a result.
+  void NoteGreatest(std::size_t result, const ResultField& field, const PageValues& values) {
+    std::vector<GreatestDifference>& list = mGreatest[result];
+    for (const auto& [item, value] : values.FindGreatest(kMostGreatest)) {
+      list.push_back({&field, item, value});
+    }
+    std::stable_sort(list.begin(), list.end(), [](const auto& a, const auto& b) {
+      return std::abs(a.mValue) > std::abs(b.mValue);
+    });
+    if (list.size() > kMostGreatest) list.resize(kMostGreatest);
+  }
+
+  void AddDifferences() {
+    Json list = Json::array();
+    ItemNames names(mTree.GetNodes());
+    for (const auto& [result, differences] : mGreatest) {
+      for (const GreatestDifference& difference : differences) {
+        const ResultField& field = *difference.mpField;
+        const std::vector<std::size_t>& steps = mPartMeshes[field.mPart][field.mMesh].mSteps;
+        list.push_back({{"result", result},
+                        {"part", *mPagePart[field.mPart]},
+                        {"step", field.mStep.value_or(steps.empty() ? 0 : steps[0])},
+                        {"index", difference.mItem},
+                        {"value", JsonFloat(difference.mValue)}});
+        const WrittenMesh& mesh = mWritten[field.mPart][field.mMesh];
+        const bool isOfPoints = mResults[result].mPlacement == Placement::Point;
+        const ExportPart& part = mContent.mParts[field.mPart];
+        const auto& positions = isOfPoints ? mesh.mPoints : mesh.mCells;
+        mReport.mDifferences.push_back(
+            {mResults[result].mName, field.mStep ? mContent.mSteps[*field.mStep].mName : "",
+             part.mId, part.mName,
+             names.Find(*part.mpGeometry, *field.mpResult->mpVariable, positions[difference.mItem]),
+             difference.mValue});
+      }
+    }
+    mManifest["diff"] = {{"a", PageText(mpDiff->mNameA)},
+                         {"b", PageText(mpDiff->mNameB)},
+                         {"greatest", std::move(list)}};
+  }
+
   // ---- exact values
 
-  struct Candidate {
-    std::size_t mResult;
-    std::size_t mField;
-    const PageValues& mValues;
-  };
-
-  /// Compresses exact values, unless they are too large for what is left of kMostExactBytes.
-  void KeepExactValues(const Candidate& candidate) {
-    constexpr std::uint64_t kHopelessRatio = 16;
-    const std::uint64_t left = kMostExactBytes - mExactSize;
-    const std::uint64_t size = candidate.mValues.mValues.size() * sizeof(float);
-    if (size / kHopelessRatio > left) return;
-    PageBuffer buffer = CodeExactValues(candidate.mValues);
-    if (buffer.mCompressed.size() > left) return;
-    mExactSize += buffer.mCompressed.size();
-    mExact.push_back({candidate.mResult, candidate.mField, std::move(buffer)});
+  /// Compresses exact values, unless those of all results take too much.
+  void KeepExactValues(std::size_t result, std::size_t field, const PageValues& values) {
+    if (mExactSize > kMostExactBytes) return;
+    mExact.push_back({result, field, CodeExactValues(values)});
+    mExactSize += mExact.back().mBuffer.mCompressed.size();
+    if (mExactSize > kMostExactBytes) mExact.clear();
   }
 
   void AddExactValues() {
@@ -358,21 +397,18 @@ class PageBuilder {
     }
     mManifest["nodes"] = MakeNodes(mTree, parts);
     mManifest["notes"] = NotesForPage();
-    const PageTemplate page = GetPageTemplate();
-    mOutput.Write(page.mBeforeTitle);
-    mOutput.Write(EscapeElement(PageText(mRequest.mTitle)));
-    mOutput.Write(page.mBeforeManifest);
-    mOutput.Write(FormatManifest(mManifest));
-    mOutput.Write(page.mBeforeBuffers);
+    WritePageBegin(mRequest.mTitle, mManifest, mOutput);
     mBuffers.CopyTo(mOutput);
-    mOutput.Write(page.mEnd);
+    WritePageEnd(mOutput);
   }
 
+  static constexpr std::size_t kMostGreatest = 5;  ///< Differences of a result that are listed.
   static constexpr std::uint64_t kPartFrame = 40;
 
   const QovRyx::Tree& mTree;
   const ExportContent& mContent;
   const PageRequest& mRequest;
+  const PageDiff* mpDiff;
   SafeOutput& mOutput;
   PageReport& mReport;
   MeshCache mMeshes;
@@ -383,6 +419,7 @@ class PageBuilder {
   std::vector<std::optional<std::size_t>> mPagePart;  ///< Likewise: position in the manifest.
   std::vector<PageResult> mResults;
   std::vector<std::size_t> mOrder;  ///< The order in which results are taken.
+  std::map<std::size_t, std::vector<GreatestDifference>> mGreatest;  ///< By result.
   std::vector<ExactValues> mExact;
   std::uint64_t mExactSize = 0;
   bool mIsFull = false;
@@ -391,9 +428,9 @@ class PageBuilder {
 }  // namespace
 
 void WritePage(const QovRyx::Tree& tree, const ExportContent& content, const Json& tables,
-               const QovMesh::KindChoices& kinds, const PageRequest& request, SafeOutput& output,
-               PageReport& report) {
-  PageBuilder(tree, content, kinds, request, output, report).Write(tables);
+               const QovMesh::KindChoices& kinds, const PageRequest& request, const PageDiff* diff,
+               SafeOutput& output, PageReport& report) {
+  PageBuilder(tree, content, kinds, request, diff, output, report).Write(tables);
 }
 
 }  // namespace Qov::Tools

@@ -4,10 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "ItemNames.h"
 #include "Json.h"
 #include "SafeOutput.h"
 #include "export/ExportContent.h"
-#include "html/PageResults.h"
+#include "html/PageDiff.h"
 #include "picture/ResultScalars.h"
 
 namespace Qov::Tools {
@@ -39,15 +40,27 @@ struct PagePartCounts {
   bool mIsWritten = false;
 };
 
+/// One of the greatest differences of a result.
+struct PageDifference {
+  std::string mResult;
+  std::string mStep;  ///< Empty for all steps.
+  std::uint32_t mNode = 0;
+  std::string mNodeName;
+  ItemName mItem;
+  float mValue = 0.0F;  ///< The length for vectors.
+};
+
 /// What is in a page, and what is not.
 struct PageReport {
   std::vector<PagePartCounts> mParts;
   std::vector<PageResultCounts> mResults;
+  std::vector<PageDifference> mDifferences;  ///< By result, each in descending order.
   std::vector<std::string> mNotes;
   bool mIsComplete = true;  ///< False if the limit keeps meshes or results out.
 };
 
-/// Exact values of the results in a page take at most this number of bytes, compressed.
+/// Exact values are in a page if those of all results take at most this number of bytes,
+/// compressed.
 inline constexpr std::uint64_t kMostExactBytes = 1U << 20U;
 
 /// Writes a page with the outer surfaces and the point and cell data of a content. `tables` is
@@ -56,11 +69,14 @@ inline constexpr std::uint64_t kMostExactBytes = 1U << 20U;
 /// A page that would exceed the limit lacks, in this order: exact values, results from the last one
 /// on, meshes from the last one on. The result that is shown first is taken as the first one.
 ///
+/// With `diff`, which may be null, the values are those of its B minus those of A, and the greatest
+/// differences are listed.
+///
 /// Adds the notes about the surfaces and what is left out to the report. Raises ElementNotFound if
 /// no part has the result that is to be shown first, or if there is no such step; OutOfBounds if
 /// the page exceeds the limit without meshes; and the errors of reading and writing.
 void WritePage(const QovRyx::Tree& tree, const ExportContent& content, const Json& tables,
-               const QovMesh::KindChoices& kinds, const PageRequest& request, SafeOutput& output,
-               PageReport& report);
+               const QovMesh::KindChoices& kinds, const PageRequest& request, const PageDiff* diff,
+               SafeOutput& output, PageReport& report);
 
 }  // namespace Qov::Tools
