@@ -16,12 +16,13 @@
 #include "container/TemporaryOutput.h"
 #include "ledger/FaultText.h"
 #include "ledger/WarningReport.h"
-#include "merge/InputList.h"
+#include "merge/InputOptions.h"
 #include "merge/InputProgress.h"
 #include "merge/MergeChecks.h"
 #include "merge/MergeJson.h"
 #include "merge/MergeRequestOptions.h"
 #include "merge/MergeText.h"
+#include "merge/PartOptions.h"
 
 namespace Qov::Tools {
 namespace {
@@ -54,17 +55,19 @@ class MergeCommand : public Command {
   int Run(Output& output, Output& errors) override;
 
  private:
-  void DeclareInputs(CLI::App& app);
   void CollectInputs();
   Detail GetDetail() const { return mDetails ? Detail::Full : Detail::Summary; }
   void CheckOutput() const;
   int Plan(Output& output) const;
-  int Merge(Output& output, Output& errors);
+  void RefuseChecksOfParts() const;
+  int CheckAndMerge(Output& output, Output& errors);
+  int MergeInParts(Output& output);
+  int Merge(const std::vector<Warning>& warnings, Output& output);
 
   QovRyx::MergeRequest mRequest;
   MergeRequestOptions mOptions;
-  std::vector<std::string> mLists;
-  bool mIsZeroSeparated = false;
+  InputOptions mInputs;
+  PartOptions mParts;
   bool mVerify = false;
   bool mStrict = false;
   bool mDryRun = false;
@@ -72,19 +75,10 @@ class MergeCommand : public Command {
   bool mJson = false;
 };
 
-void MergeCommand::DeclareInputs(CLI::App& app) {
-  app.add_option("INPUT", mRequest.mInputs, "Models, and view-point files (.vpt)");
-  app.add_option("--from", mLists,
-                 "Read paths of further inputs from FILE, one a line; - is "
-                 "standard input")
-      ->type_name("FILE")
-      ->allow_extra_args(false);
-  app.add_flag("-0,--null", mIsZeroSeparated, "Paths in FILE end with a zero byte, not a newline");
-}
-
 void MergeCommand::Declare(CLI::App& app) {
-  DeclareInputs(app);
+  mInputs.Declare(app, mRequest.mInputs, "Models, and view-point files (.vpt)");
   mOptions.Declare(app, mRequest);
+  mParts.Declare(app, mRequest);
   DeclareOutputSettings(app, mRequest.mOutput, mRequest.mSettings);
   app.add_flag("--verify", mVerify, "Compare the output with the inputs before it gets its name");
   app.add_flag("--strict", mStrict, "Do not start if there are warnings");
@@ -94,15 +88,8 @@ void MergeCommand::Declare(CLI::App& app) {
 }
 
 void MergeCommand::CollectInputs() {
-  for (const std::string& list : mLists) {
-    for (std::string& path : ReadInputList(list, mIsZeroSeparated ? '\0' : '\n')) {
-      mRequest.mInputs.push_back(std::move(path));
-    }
-  }
-  if (mRequest.mInputs.empty()) {
-    Util::Raise(kSource, ErrorType::ZeroLength,
-                "there are no inputs: name models, or a list of them with --from");
-  }
+  mInputs.ReadLists();
+  mParts.ReadStems(mRequest, mInputs.GetSeparator());
   mOptions.ArrangeInputs(mRequest);
 }
 
@@ -160,7 +147,16 @@ void PrintUnreadable(const std::vector<InputFile>& inputs, Output& errors) {
   }
 }
 
-int MergeCommand::Merge(Output& output, Output& errors) {
+/// Raises MiscellaneousError for options that check a merge as a whole.
+void MergeCommand::RefuseChecksOfParts() const {
+  if (!mVerify && !mStrict && !mDryRun) return;
+  Util::Raise(
+      kSource, ErrorType::MiscellaneousError,
+      "a merge in parts cannot be checked before it is joined: leave out --verify, --strict "
+      "and --dry-run, and use ryx verify with all inputs");
+}
+
+int MergeCommand::CheckAndMerge(Output& output, Output& errors) {
   CheckOutput();
   const MergePlan plan = PlanMerge(mRequest);
   if (!AllAreReadable(plan.mInputs)) {
@@ -173,6 +169,10 @@ int MergeCommand::Merge(Output& output, Output& errors) {
     errors.Line("ryx merge: nothing was merged, because of the warnings and --strict");
     return kFindings;
   }
+  return Merge(warnings, output);
+}
+
+int MergeCommand::Merge(const std::vector<Warning>& warnings, Output& output) {
   Listener listener(mRequest, mVerify);
   const QovRyx::MergeReport report = QovRyx::Merge(mRequest, &listener);
   if (mJson) {
@@ -188,10 +188,17 @@ int MergeCommand::Merge(Output& output, Output& errors) {
   return kSuccess;
 }
 
+int MergeCommand::MergeInParts(Output& output) {
+  RefuseChecksOfParts();
+  CheckOutput();
+  return Merge({}, output);
+}
+
 int MergeCommand::Run(Output& output, Output& errors) {
   try {
     CollectInputs();
-    return mDryRun ? Plan(output) : Merge(output, errors);
+    if (IsInParts(mRequest)) return MergeInParts(output);
+    return mDryRun ? Plan(output) : CheckAndMerge(output, errors);
   } catch (const std::exception& error) {
     errors.Line("ryx merge: " + DescribeErrorOfFile(error, errors.GetStyle()));
     return kTrouble;

@@ -22,6 +22,7 @@
 #include "ledger/VerifyOutput.h"
 #include "ledger/WarningReport.h"
 #include "ledger/Warnings.h"
+#include "merge/InputOptions.h"
 #include "merge/MergeChecks.h"
 #include "merge/MergeRequestOptions.h"
 
@@ -204,7 +205,7 @@ class VerifyCommand : public Command {
         ->capture_default_str()
         ->transform(WholeNumber());
     app.add_option("OUTPUT", mOutputPath, "The merged model")->required();
-    app.add_option("INPUT", mInputPaths, "The inputs of the merge")->required()->expected(1, -1);
+    mInputs.Declare(app, mInputPaths, "The inputs of the merge");
   }
   int Run(Output& output, Output& errors) override;
 
@@ -222,6 +223,7 @@ class VerifyCommand : public Command {
   bool mJson = false;
   std::size_t mLimit = kUsualLimit;
   std::string mOutputPath;
+  InputOptions mInputs;
   std::vector<std::string> mInputPaths;
 };
 
@@ -269,6 +271,7 @@ void VerifyCommand::Verify(MergeRequest& request, Verdict& verdict) {
 
 int VerifyCommand::Run(Output& output, Output& errors) {
   mMergeOptions.RefuseTogetherWith(mOptions);
+  mInputs.ReadLists();
   MergeRequest request = MakeMergeRequest(mOptions, mInputPaths, mOutputPath);
   mMergeRequest.mInputs = mInputPaths;
   mMergeRequest.mOutput = mOutputPath;

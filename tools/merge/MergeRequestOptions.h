@@ -20,6 +20,9 @@ class MergeRequestOptions {
   /// Declares the options. They are stored in `request`, which must exist as long as the parser.
   void Declare(CLI::App& app, QovRyx::MergeRequest& request);
 
+  /// Returns the options, in the order in which they are declared.
+  const std::vector<const CLI::Option*>& GetOptions() const { return mOptions; }
+
   /// Returns the name of the first option that is given, or an empty text.
   std::string FindGiven() const;
 

@@ -60,6 +60,17 @@ struct MergeRequest {
   /// Puts the contents of inputs that are dataset merges themselves below one root. Automatic then
   /// means Datasets, and Instances is an error.
   bool mJoin = false;
+  /// With MergedNames::Stem, the parts of the names, one for each model, instead of the stems of
+  /// the files. The caller makes them distinct.
+  std::vector<std::string> mStems;
+  /// If not empty, makes a part of a larger merge, of which this is the path of the first model.
+  /// mInputs are models that follow each other in that merge. The request must say mMode and, for
+  /// Instances, mNames.
+  std::string mPartOf;
+  /// Puts parts together, in the order of mInputs: the output equals the merge of all their models
+  /// with the same mMode and mViews. View-point files and the selection belong here, not to the
+  /// parts. The history has one entry for the whole merge.
+  bool mJoinParts = false;
   Selection mSelection;
   OutputSettings mSettings;
 };

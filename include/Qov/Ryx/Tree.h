@@ -116,6 +116,10 @@ class QOV_EXPORT Tree {
   const SequencerData& GetSequencerData() const { return mSequencerData; }
   /// Returns the programs that wrote the model, oldest first. Save adds this one.
   const std::vector<ModifierInfo>& GetModifiers() const { return mModifiers; }
+  /// Removes the last of them, if there is one.
+  void RemoveLastModifier() {
+    if (!mModifiers.empty()) mModifiers.pop_back();
+  }
   /// Counts of the data that was left out when files were read into this tree, by part of the file.
   struct Losses {
     QovJbf::ReadLosses mModel;  ///< Nodes, results and their attributes.

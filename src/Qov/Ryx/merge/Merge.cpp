@@ -8,6 +8,7 @@
 
 #include "MergeChoice.h"
 #include "MergeNotes.h"
+#include "MergeParts.h"
 #include "MergeSteps.h"
 #include "ModelMerge.h"
 #include "Qov/Log/Record.h"
@@ -78,6 +79,7 @@ class MergeRun {
       Qov::Util::Raise(kMergeSource, ErrorType::ElementNotFound, "There is no model to merge");
     }
     CheckSettings(mRequest.mSettings);
+    CheckPartRequest(mRequest, mModels.size());
     QovJbf::CheckIsNotAnInput(mRequest.mOutput, mRequest.mInputs);
     FormatHistoryDate();  // raises for an unusable SOURCE_DATE_EPOCH
     for (const std::string& path : mViewPointFiles) {
@@ -128,7 +130,7 @@ class MergeRun {
     mReport.mResults = counts.mResults;
     const std::string& path = output.GetTemporaryPath();
     Qov::Util::WithFileContext(mRequest.mOutput, [&] {
-      tree.Save(path, "", mRequest.mSettings);
+      tree.Save(path, HistoryCommentOf(mRequest), mRequest.mSettings);
       if (mpListener != nullptr) mpListener->CheckOutput(path);
       mReport.mOutputBytes = FileSize(path);
       output.Commit();

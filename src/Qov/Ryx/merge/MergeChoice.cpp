@@ -120,6 +120,11 @@ class Chooser {
 MergeChoice ChooseMerge(const MergeRequest& request, const std::vector<std::string>& models,
                         const BeforeModel& before) {
   using enum MergeMode;
+  if (request.mJoinParts) return {request.mMode, MergedNames::Keep, "the inputs are parts"};
+  if (!request.mPartOf.empty()) {
+    return {request.mMode, request.mMode == Instances ? request.mNames : MergedNames::Keep,
+            "the output is a part of a merge"};
+  }
   if (models.size() == 1 && request.mMode != Datasets) {
     const bool isOpen = request.mNames == MergedNames::Automatic;
     return {Instances, isOpen ? MergedNames::Keep : request.mNames, "there is one model"};

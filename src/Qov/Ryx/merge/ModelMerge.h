@@ -26,6 +26,10 @@ class ModelMerge {
   std::unique_ptr<Tree> MergeDatasets();
 
  private:
+  std::vector<ModelNaming> NameAll(MergedNames names) const;
+  std::unique_ptr<Tree> JoinInstances();
+  std::unique_ptr<Tree> StartPart(const std::vector<ModelNaming>& namings);
+  std::unique_ptr<Tree> Start(const std::vector<ModelNaming>& namings);
   void LoadFirst(Tree& tree);
   void AddInstance(Tree& master, const std::string& path, const ModelNaming& naming);
   void AddDataset(Tree& tree, const std::string& path);
