@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "OptionValues.h"
 #include "Plan.h"
 #include "Qov/Util/Raise.h"
 #include "ValueText.h"
@@ -22,6 +23,10 @@
 #include "ledger/Warnings.h"
 #include "merge/MergeChecks.h"
 #include "merge/MergeRequestOptions.h"
+#include "shards/ShardPlan.h"
+#include "shards/ShardReport.h"
+#include "shards/ShardScripts.h"
+#include "shards/ShardedMerge.h"
 
 namespace Qov::Tools {
 namespace {
@@ -35,8 +40,13 @@ constexpr const char* kFooter =
     "Exit status: 0 the merge can be done, 1 it would fail, or there are warnings and --strict is\n"
     "given, 2 failure.\n"
     "\n"
+    "With --shards and --slurm, the arguments of ryx merge follow --. Writes scripts into DIR "
+    "that\n"
+    "make the same model in parts: with Slurm (sh DIR/submit) or without (sh DIR/run-here).\n"
+    "\n"
     "Example: ryx plan --merge-as-instances --arrange-files run*.ryx all.ryx\n"
-    "         ryx plan --as auto --results Stress run*.ryx all.ryx";
+    "         ryx plan --as auto --results Stress run*.ryx all.ryx\n"
+    "         ryx plan --shards 8 --slurm jobs -- run*.ryx -o all.ryx";
 
 void Append(std::vector<Warning> more, std::vector<Warning>& warnings) {
   warnings.insert(warnings.end(), more.begin(), more.end());
@@ -191,12 +201,23 @@ class PlanCommand : public Command {
     app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
     app.add_flag("--details", mDetails, "Show equal inputs and equal warnings one by one");
     app.add_flag("--json", mJson, "Print one JSON document");
+    auto* shards = app.add_option("--shards", mNumShards, "Divide the merge into N parts")
+                       ->type_name("N")
+                       ->transform(WholeNumber());
+    auto* slurm = app.add_option("--slurm", mFolder, "Write the scripts of the parts into DIR")
+                      ->type_name("DIR");
+    shards->needs(slurm);
+    slurm->needs(shards);
     app.add_option("PATH", mPaths, "The inputs, and then the output")->required()->expected(2, -1);
   }
   int Run(Output& output, Output& errors) override;
 
  private:
   MergePlan MakePlanOfRyxMerge() const;
+  int PlanShards(Output& output) const;
+  void Print(const MergePlan& plan, Output& output) const {
+    PrintPlan(plan, mDetails ? Detail::Full : Detail::Summary, output);
+  }
 
   MergeOptions mOptions;
   MergeRequestOptions mMergeOptions;
@@ -204,6 +225,8 @@ class PlanCommand : public Command {
   bool mStrict = false;
   bool mDetails = false;
   bool mJson = false;
+  std::size_t mNumShards = 0;
+  std::string mFolder;
   std::vector<std::string> mPaths;
 };
 
@@ -215,7 +238,39 @@ MergePlan PlanCommand::MakePlanOfRyxMerge() const {
   return MakePlan(std::move(request), std::move(files), std::move(warnings));
 }
 
+/// Writes the scripts of a divided merge, if the merge can be done.
+int PlanCommand::PlanShards(Output& output) const {
+  if (!mOptions.GetNames().empty() || !mMergeOptions.FindGiven().empty()) {
+    Util::Raise("tools/Plan", Util::Exception::ErrorType::InvalidMethod,
+                "with --shards, the options of the merge stand after \"--\"");
+  }
+  CheckShardFolder(mFolder);
+  const ShardedMerge merge(mPaths);
+  QovRyx::CheckSettings(merge.GetRequest().mSettings);
+  const MergePlan plan = PlanMerge(merge.GetRequest());
+  const int status = StatusOf(plan, mStrict || merge.IsStrict());
+  std::optional<ShardPlan> shards;
+  if (status == kSuccess) {
+    shards = DivideMerge(merge, plan, mNumShards, mFolder);
+    WriteShardScripts(merge, *shards);
+  }
+  if (mJson) {
+    Json document = PlanJson(plan);
+    if (shards) document["shards"] = ShardsJson(*shards);
+    output.Line(FormatJson(document));
+    return status;
+  }
+  Print(plan, output);
+  if (shards) {
+    PrintShards(*shards, mNumShards, output);
+  } else {
+    output.Line("No scripts were written");
+  }
+  return status;
+}
+
 int PlanCommand::Run(Output& output, Output& /*errors*/) {
+  if (!mFolder.empty()) return PlanShards(output);
   mMergeOptions.RefuseTogetherWith(mOptions);
   mMergeRequest.mInputs.assign(mPaths.begin(), mPaths.end() - 1);
   mMergeRequest.mOutput = mPaths.back();
@@ -229,7 +284,7 @@ int PlanCommand::Run(Output& output, Output& /*errors*/) {
   if (mJson) {
     output.Line(FormatJson(PlanJson(plan)));
   } else {
-    PrintPlan(plan, mDetails ? Detail::Full : Detail::Summary, output);
+    Print(plan, output);
   }
   return StatusOf(plan, mStrict);
 }
