@@ -23,6 +23,10 @@ build_packages=(
 # shellcheck disable=SC2034
 reader_packages=(python3 python3-numpy python3-vtk9 python3-meshio)
 
+# scripts/cluster.sh runs these.
+# shellcheck disable=SC2034
+slurm_packages=(slurmctld slurmd slurm-client munge)
+
 step() {
   current_step="$*"
   printf '\n==> %s\n' "$*"
