@@ -16,6 +16,7 @@ build_packages=(
   g++ cmake ninja-build pkg-config
   zlib1g-dev libdeflate-dev libxxhash-dev libboost-filesystem-dev libboost-system-dev
   libcli11-dev libfmt-dev nlohmann-json3-dev
+  libpng-dev libfreetype-dev fonts-dejavu-core
   libgtest-dev libgmock-dev
 )
 

@@ -1,12 +1,8 @@
 #include "Palette.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <numbers>
-#include <string_view>
 
 namespace Qov::Tools {
 namespace {
@@ -49,18 +45,6 @@ Colour ColourAt(double place) {
   return {EncodeChannel(linear[0]), EncodeChannel(linear[1]), EncodeChannel(linear[2])};
 }
 
-void AppendBigEndian(std::string& bytes, std::uint32_t value) {
-  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift & 0xFFU);
-}
-
-void AppendChunk(std::string& png, std::string_view type, const std::string& data) {
-  AppendBigEndian(png, static_cast<std::uint32_t>(data.size()));
-  const std::string checked = std::string(type) + data;
-  png += checked;
-  AppendBigEndian(png, static_cast<std::uint32_t>(crc32_z(
-                           0, reinterpret_cast<const Bytef*>(checked.data()), checked.size())));
-}
-
 }  // namespace
 
 std::vector<Colour> MakePalette(std::size_t numColours) {
@@ -68,36 +52,6 @@ std::vector<Colour> MakePalette(std::size_t numColours) {
   const double last = numColours > 1 ? static_cast<double>(numColours - 1) : 1;
   for (std::size_t i = 0; i < numColours; ++i) colours[i] = ColourAt(static_cast<double>(i) / last);
   return colours;
-}
-
-std::string EncodePng(const std::vector<Colour>& pixels, std::uint32_t width) {
-  const auto height = static_cast<std::uint32_t>(pixels.size() / width);
-  std::string rows;
-  for (std::uint32_t y = 0; y < height; ++y) {
-    rows += '\0';  // no filter
-    for (std::uint32_t x = 0; x < width; ++x) {
-      for (const std::uint8_t channel : pixels[std::size_t{y} * width + x]) {
-        rows += static_cast<char>(channel);
-      }
-    }
-  }
-  uLongf size = compressBound(rows.size());
-  std::string compressed(size, '\0');
-  if (compress2(reinterpret_cast<Bytef*>(compressed.data()), &size,
-                reinterpret_cast<const Bytef*>(rows.data()), rows.size(),
-                Z_BEST_COMPRESSION) != Z_OK) {
-    throw std::bad_alloc();
-  }
-  compressed.resize(size);
-  std::string header;
-  AppendBigEndian(header, width);
-  AppendBigEndian(header, height);
-  for (const int byte : {8, 2, 0, 0, 0}) header += static_cast<char>(byte);  // 8 bits, RGB
-  std::string png("\x89PNG\r\n\x1A\n", 8);
-  AppendChunk(png, "IHDR", header);
-  AppendChunk(png, "IDAT", compressed);
-  AppendChunk(png, "IEND", {});
-  return png;
 }
 
 }  // namespace Qov::Tools

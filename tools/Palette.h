@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace Qov::Tools {
@@ -17,8 +16,5 @@ std::vector<Colour> MakePalette(std::size_t numColours);
 
 /// The colour of values that are not numbers.
 inline constexpr Colour kNoValueColour = {160, 160, 160};
-
-/// Returns a PNG file of `pixels`, row by row from the top.
-std::string EncodePng(const std::vector<Colour>& pixels, std::uint32_t width);
 
 }  // namespace Qov::Tools

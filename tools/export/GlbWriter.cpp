@@ -17,6 +17,7 @@
 #include "export/LeftOut.h"
 #include "export/PartSurface.h"
 #include "export/SpilledBytes.h"
+#include "picture/PngFile.h"
 
 namespace Qov::Tools {
 namespace {
@@ -246,9 +247,10 @@ class GlbBuilder {
     palette["extensions"]["KHR_materials_unlit"] = Json::object();
     mDocument["materials"].push_back(palette);
     mDocument["extensionsUsed"] = {"KHR_materials_unlit"};
-    std::vector<Colour> texels = MakePalette(kNumColours);
-    texels.push_back(kNoValueColour);
-    const std::string png = EncodePng(texels, kNumColours + 1);
+    Image texels(kNumColours + 1, 1, kNoValueColour);
+    const std::vector<Colour> colours = MakePalette(kNumColours);
+    std::copy(colours.begin(), colours.end(), &texels.At(0, 0));
+    const std::string png = EncodePng(texels);
     const std::size_t view = AddView(std::vector<char>(png.begin(), png.end()), 0);
     mDocument["images"].push_back({{"bufferView", view}, {"mimeType", "image/png"}});
     constexpr int kNearest = 9728;

@@ -26,7 +26,7 @@ float Brightness(const Triple& normal, const Triple& toViewer) {
   // differ.
   constexpr double kLightRight = -0.25;
   constexpr double kLightUp = 0.45;
-  constexpr double kAmbient = 0.45;
+  constexpr double kAmbient = 0.5;
   const Triple n = Normalise(normal);
   const Triple v = Normalise(toViewer);
   const double facing = Dot(n, v);
