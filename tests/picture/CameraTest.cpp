@@ -107,7 +107,7 @@ TEST(Camera, PerspectiveMakesNearThingsLarger) {
   camera.PlaceEye({0, -10, 0}, std::acos(-1) / 2, MakeBox(), kViewport);
   // With an angle of 90 degrees, half of the height is seen as large as the distance.
   EXPECT_NEAR(camera.Project({0, 0, 5})->mY, 150 - 100 * 5 / 10.0, 1e-9);
-  EXPECT_NEAR(camera.Project({0, -5, 5})->mY, 150 - 100, 1e-9);
+  EXPECT_NEAR(camera.Project({0, -3, 3.5})->mY, 150 - 100 * 3.5 / 7, 1e-9);
   EXPECT_GT(camera.Project({0, -2, 0})->mDepth, camera.Project({0, 2, 0})->mDepth);
   EXPECT_FALSE(camera.Project({0, -11, 0}));
 }

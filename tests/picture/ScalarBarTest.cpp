@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <set>
 #include <vector>
@@ -33,9 +34,10 @@ Rectangle DrawnArea(const Image& image) {
   return {left, top, right - left, bottom - top};
 }
 
+/// Returns true if there is a filled area of the colour, not only smooth edges of a text.
 bool HasColour(const Image& image, Colour colour) {
   const auto& pixels = image.GetPixels();
-  return std::find(pixels.begin(), pixels.end(), colour) != pixels.end();
+  return std::count(pixels.begin(), pixels.end(), colour) > 100;
 }
 
 TEST(ColourScale, MapsRangesToThePalette) {
@@ -50,7 +52,8 @@ TEST(ColourScale, MapsRangesToThePalette) {
   EXPECT_EQ(constant.ColourOf(2), constant.GetPalette().front());
   const ColourScale huge(-1.7e308, 1.7e308);
   EXPECT_EQ(huge.ColourOf(0), huge.GetPalette()[128]);
-  for (const auto& [low, high] : {std::pair{kNan, 1.0}, {1.0, 0.0}, {0.0, HUGE_VAL}}) {
+  for (const auto& [low, high] :
+       {std::pair{kNan, 1.0}, std::pair{1.0, 0.0}, std::pair{0.0, HUGE_VAL}}) {
     EXPECT_FALSE(ColourScale(low, high).HasRange());
     EXPECT_EQ(ColourScale(low, high).ColourOf(0.5), kNoValueColour);
   }
@@ -74,7 +77,7 @@ TEST(ScalarBar, StaysInsideOfItsAreaForAnyRange) {
   };
   for (const Row& row : rows) {
     for (const int height : {10, 60, 300}) {
-      const ColourScale scale(row.mLow, row.mHigh);
+      const ColourScale scale(row.mLow, row.mHigh, 16);
       const ScalarBar bar = {row.mTitle, "N/mm²", row.mNoValues};
       const int width = ScalarBarWidth(bar, scale, kText);
       Image image(static_cast<std::uint32_t>(width + 40), 400, kPaper);
@@ -85,7 +88,7 @@ TEST(ScalarBar, StaysInsideOfItsAreaForAnyRange) {
       if (height < 300) continue;
       EXPECT_GE(drawn.mY, 40) << row.mTitle;
       EXPECT_LE(drawn.mY + drawn.mHeight, 340) << row.mTitle;
-      EXPECT_EQ(HasColour(image, scale.GetPalette()[128]), row.mHasColours) << row.mTitle;
+      EXPECT_EQ(HasColour(image, scale.GetPalette()[8]), row.mHasColours) << row.mTitle;
       EXPECT_EQ(HasColour(image, kNoValueColour), row.mNoValues || !row.mHasColours) << row.mTitle;
     }
   }
@@ -102,7 +105,7 @@ TEST(Legend, ShowsAsManyEntriesAsFitAndCountsTheOthers) {
     const auto shown = static_cast<std::size_t>(
         std::count_if(entries.begin(), entries.end(),
                       [&](const LegendEntry& entry) { return HasColour(image, entry.mColour); }));
-    EXPECT_EQ(shown, height == 400 ? 12U : height == 100 ? 3U : 0U);
+    EXPECT_EQ(shown, height == 400 ? 12U : height == 100 ? 4U : 0U);
     if (height < 20) continue;
     const Rectangle drawn = DrawnArea(image);
     EXPECT_GE(drawn.mX, 30);
@@ -121,7 +124,7 @@ TEST(Legend, KeepsLabelsOfMarkersInsideOfTheImage) {
       Image image(400, 100, kPaper);
       DrawMarker(image, x, y, label, kText, kInk, {240, 240, 240});
       EXPECT_GE(DrawnArea(image).mWidth, std::min(length, 390));
-      EXPECT_TRUE(HasColour(image, {240, 240, 240}));
+      EXPECT_GT(DrawnArea(image).mHeight, LineHeight(kText));
     }
   }
 }
