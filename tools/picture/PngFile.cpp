@@ -33,8 +33,10 @@ bool Write(png_structp png, png_infop info, const Image& image, std::string& fil
                static_cast<png_uint_32>(image.GetHeight()), 8, PNG_COLOR_TYPE_RGB,
                PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL);
+  // Drawn pictures compress best without filters. Level 3 takes the time of level 1; level 6 takes
+  // twice the time and saves up to 40 % of the size.
   png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
-  png_set_compression_level(png, 1);
+  png_set_compression_level(png, 3);
   png_set_compression_buffer_size(png, 1U << 16U);
   png_write_info(png, info);
   for (int y = 0; y < image.GetHeight(); ++y) png_write_row(png, image.At(0, y).data());
