@@ -89,7 +89,8 @@ int PrintHelp(const std::string& topic, Output& output, Output& errors) {
 
 int ReportMisuse(const CLI::App& app, const CLI::ParseError& error, Output& errors) {
   const CLI::App& chosen = ChosenApp(app);
-  const std::vector<std::string> unknown = app.remaining(true);
+  std::vector<std::string> unknown = app.remaining(true);
+  std::erase(unknown, "--");  // the parser keeps it, but it is not an error
   const std::string text = unknown.empty()
                                ? Escape(error.what(), errors.GetStyle())
                                : DescribeUnknownWord(chosen, unknown.front(), errors.GetStyle());
