@@ -21,8 +21,8 @@
 #include "ledger/SizeEstimate.h"
 #include "ledger/WarningReport.h"
 #include "ledger/Warnings.h"
+#include "merge/CheckOptions.h"
 #include "merge/MergeChecks.h"
-#include "merge/MergeRequestOptions.h"
 #include "shards/ShardPlan.h"
 #include "shards/ShardReport.h"
 #include "shards/ShardScripts.h"
@@ -196,11 +196,7 @@ class PlanCommand : public Command {
   }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
-    DeclareMergeOptions(app, mOptions);
-    mMergeOptions.Declare(app, mMergeRequest);
-    app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
-    app.add_flag("--details", mDetails, "Show equal inputs and equal warnings one by one");
-    app.add_flag("--json", mJson, "Print one JSON document");
+    mOptions.Declare(app);
     auto* shards = app.add_option("--shards", mNumShards, "Divide the merge into N parts")
                        ->type_name("N")
                        ->transform(WholeNumber());
@@ -216,31 +212,27 @@ class PlanCommand : public Command {
   MergePlan MakePlanOfRyxMerge() const;
   int PlanShards(Output& output) const;
   void Print(const MergePlan& plan, Output& output) const {
-    PrintPlan(plan, mDetails ? Detail::Full : Detail::Summary, output);
+    PrintPlan(plan, mOptions.GetDetail(), output);
   }
 
-  MergeOptions mOptions;
-  MergeRequestOptions mMergeOptions;
-  QovRyx::MergeRequest mMergeRequest;
-  bool mStrict = false;
-  bool mDetails = false;
-  bool mJson = false;
+  CheckOptions mOptions;
   std::size_t mNumShards = 0;
   std::string mFolder;
   std::vector<std::string> mPaths;
 };
 
 MergePlan PlanCommand::MakePlanOfRyxMerge() const {
-  MergeRequest request = MakeMergeRequest(mOptions, mMergeRequest.mInputs, mMergeRequest.mOutput);
+  MergeRequest request =
+      MakeMergeRequest(mOptions.mOfRyxMerge, mOptions.mRequest.mInputs, mOptions.mRequest.mOutput);
   std::vector<Warning> warnings = FindOutputWarnings(request);
-  Append(FindRequestWarnings(mOptions, request), warnings);
+  Append(FindRequestWarnings(mOptions.mOfRyxMerge, request), warnings);
   std::vector<InputFile> files = LoadInputs(request);
   return MakePlan(std::move(request), std::move(files), std::move(warnings));
 }
 
 /// Writes the scripts of a divided merge, if the merge can be done.
 int PlanCommand::PlanShards(Output& output) const {
-  if (!mOptions.GetNames().empty() || !mMergeOptions.FindGiven().empty()) {
+  if (!mOptions.mOfRyxMerge.GetNames().empty() || mOptions.IsOfMerge()) {
     Util::Raise("tools/Plan", Util::Exception::ErrorType::InvalidMethod,
                 "with --shards, the options of the merge stand after \"--\"");
   }
@@ -248,13 +240,13 @@ int PlanCommand::PlanShards(Output& output) const {
   const ShardedMerge merge(mPaths);
   QovRyx::CheckSettings(merge.GetRequest().mSettings);
   const MergePlan plan = PlanMerge(merge.GetRequest());
-  const int status = StatusOf(plan, mStrict || merge.IsStrict());
+  const int status = StatusOf(plan, mOptions.mStrict || merge.IsStrict());
   std::optional<ShardPlan> shards;
   if (status == kSuccess) {
     shards = DivideMerge(merge, plan, mNumShards, mFolder);
     WriteShardScripts(merge, *shards);
   }
-  if (mJson) {
+  if (mOptions.mJson) {
     Json document = PlanJson(plan);
     if (shards) document["shards"] = ShardsJson(*shards);
     output.Line(FormatJson(document));
@@ -271,22 +263,22 @@ int PlanCommand::PlanShards(Output& output) const {
 
 int PlanCommand::Run(Output& output, Output& /*errors*/) {
   if (!mFolder.empty()) return PlanShards(output);
-  mMergeOptions.RefuseTogetherWith(mOptions);
-  mMergeRequest.mInputs.assign(mPaths.begin(), mPaths.end() - 1);
-  mMergeRequest.mOutput = mPaths.back();
-  mMergeOptions.ArrangeInputs(mMergeRequest);
-  const bool isOfRyxMerge = mMergeOptions.FindGiven().empty();
-  if (isOfRyxMerge && mMergeRequest.mInputs.size() < 2) {
+  mOptions.mOfMerge.RefuseTogetherWith(mOptions.mOfRyxMerge);
+  mOptions.mRequest.mInputs.assign(mPaths.begin(), mPaths.end() - 1);
+  mOptions.mRequest.mOutput = mPaths.back();
+  mOptions.mOfMerge.ArrangeInputs(mOptions.mRequest);
+  const bool isOfRyxMerge = !mOptions.IsOfMerge();
+  if (isOfRyxMerge && mOptions.mRequest.mInputs.size() < 2) {
     Util::Raise("tools/Plan", Util::Exception::ErrorType::InvalidMethod,
                 "RyxMerge needs two or more inputs: name them before the output");
   }
-  const MergePlan plan = isOfRyxMerge ? MakePlanOfRyxMerge() : PlanMerge(mMergeRequest);
-  if (mJson) {
+  const MergePlan plan = isOfRyxMerge ? MakePlanOfRyxMerge() : PlanMerge(mOptions.mRequest);
+  if (mOptions.mJson) {
     output.Line(FormatJson(PlanJson(plan)));
   } else {
     Print(plan, output);
   }
-  return StatusOf(plan, mStrict);
+  return StatusOf(plan, mOptions.mStrict);
 }
 
 }  // namespace

@@ -22,9 +22,9 @@
 #include "ledger/VerifyOutput.h"
 #include "ledger/WarningReport.h"
 #include "ledger/Warnings.h"
+#include "merge/CheckOptions.h"
 #include "merge/InputOptions.h"
 #include "merge/MergeChecks.h"
-#include "merge/MergeRequestOptions.h"
 
 namespace Qov::Tools {
 namespace {
@@ -196,11 +196,7 @@ class VerifyCommand : public Command {
   }
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
-    DeclareMergeOptions(app, mOptions);
-    mMergeOptions.Declare(app, mMergeRequest);
-    app.add_flag("--strict", mStrict, "Exit with 1 if there are warnings");
-    app.add_flag("--details", mDetails, "Show equal inputs and equal warnings one by one");
-    app.add_flag("--json", mJson, "Print one JSON document");
+    mOptions.Declare(app);
     app.add_option("--limit", mLimit, "Differences to show")
         ->capture_default_str()
         ->transform(WholeNumber());
@@ -210,17 +206,11 @@ class VerifyCommand : public Command {
   int Run(Output& output, Output& errors) override;
 
  private:
-  bool IsOfMerge() const { return !mMergeOptions.FindGiven().empty(); }
   void RecognizeProgram(const std::vector<InputFile>& inputs, const QovRyx::Tree& output,
                         MergeRequest& request);
   void Verify(MergeRequest& request, Verdict& verdict);
 
-  MergeOptions mOptions;
-  MergeRequestOptions mMergeOptions;
-  QovRyx::MergeRequest mMergeRequest;
-  bool mStrict = false;
-  bool mDetails = false;
-  bool mJson = false;
+  CheckOptions mOptions;
   std::size_t mLimit = kUsualLimit;
   std::string mOutputPath;
   InputOptions mInputs;
@@ -238,17 +228,20 @@ void PrintTrouble(const Verdict& verdict, Output& errors) {
 /// output fits it and not that of RyxMerge.
 void VerifyCommand::RecognizeProgram(const std::vector<InputFile>& inputs,
                                      const QovRyx::Tree& output, MergeRequest& request) {
-  if (!IsOfMerge() && (!mOptions.GetNames().empty() || FitsMerge(request, inputs, output))) return;
-  MergeRequest described = DescribeMerge(mMergeRequest);
+  if (!mOptions.IsOfMerge() &&
+      (!mOptions.mOfRyxMerge.GetNames().empty() || FitsMerge(request, inputs, output))) {
+    return;
+  }
+  MergeRequest described = DescribeMerge(mOptions.mRequest);
   try {
-    if (described.CountModels() != 0) ChooseMerge(mMergeRequest, described);
+    if (described.CountModels() != 0) ChooseMerge(mOptions.mRequest, described);
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception&) {
-    if (IsOfMerge()) throw;
+    if (mOptions.IsOfMerge()) throw;
     return;  // ryx merge would have failed, so that the output is not its own
   }
-  if (IsOfMerge() || FitsMerge(described, inputs, output)) request = std::move(described);
+  if (mOptions.IsOfMerge() || FitsMerge(described, inputs, output)) request = std::move(described);
 }
 
 void VerifyCommand::Verify(MergeRequest& request, Verdict& verdict) {
@@ -264,31 +257,31 @@ void VerifyCommand::Verify(MergeRequest& request, Verdict& verdict) {
     return;
   }
   if (isOfRyxMerge) verdict.mRecognized = RecognizeOtherMerge(request, inputs, output);
-  verdict.mWarnings = isOfRyxMerge ? FindRequestWarnings(mOptions, request)
-                                   : FindMergeWarnings(mMergeRequest, request);
+  verdict.mWarnings = isOfRyxMerge ? FindRequestWarnings(mOptions.mOfRyxMerge, request)
+                                   : FindMergeWarnings(mOptions.mRequest, request);
   Compare(request, inputs, output, verdict);
 }
 
 int VerifyCommand::Run(Output& output, Output& errors) {
-  mMergeOptions.RefuseTogetherWith(mOptions);
+  mOptions.mOfMerge.RefuseTogetherWith(mOptions.mOfRyxMerge);
   mInputs.ReadLists();
-  MergeRequest request = MakeMergeRequest(mOptions, mInputPaths, mOutputPath);
-  mMergeRequest.mInputs = mInputPaths;
-  mMergeRequest.mOutput = mOutputPath;
-  mMergeOptions.ArrangeInputs(mMergeRequest);
-  if (IsOfMerge()) request = DescribeMerge(mMergeRequest);
+  MergeRequest request = MakeMergeRequest(mOptions.mOfRyxMerge, mInputPaths, mOutputPath);
+  mOptions.mRequest.mInputs = mInputPaths;
+  mOptions.mRequest.mOutput = mOutputPath;
+  mOptions.mOfMerge.ArrangeInputs(mOptions.mRequest);
+  if (mOptions.IsOfMerge()) request = DescribeMerge(mOptions.mRequest);
   Verdict verdict(mLimit);
   Verify(request, verdict);
   PrintTrouble(verdict, errors);
-  if (mJson) {
+  if (mOptions.mJson) {
     output.Line(FormatJson(VerdictJson(request, verdict)));
   } else if (verdict.mTrouble.empty()) {
-    const Detail detail = mDetails ? Detail::Full : Detail::Summary;
+    const Detail detail = mOptions.GetDetail();
     PrintVerdict(request, verdict, detail, output);
     PrintWarnings(verdict.mWarnings, detail, output);
   }
   if (!verdict.mTrouble.empty()) return kTrouble;
-  const bool isRefused = mStrict && !verdict.mWarnings.empty();
+  const bool isRefused = mOptions.mStrict && !verdict.mWarnings.empty();
   return verdict.IsGood() && !isRefused ? kSuccess : kDiffers;
 }
 
