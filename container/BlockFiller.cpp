@@ -95,7 +95,7 @@ void BlockFiller::Stream(std::uint64_t k, std::uint64_t n, const Index::PieceSou
   const std::uint32_t limit = mTable.GetStream(mTable.GetItem(k).mName).mLimit;
   if (size > limit) mWriter.GetOutput().AllowExcess(size - limit);
   while (n > 0) {
-    const std::span<unsigned char> space = WaitForSpace(k);
+    const std::span<unsigned char> space = WaitForSpace(k, n);
     const std::size_t part = std::min<std::uint64_t>(n, space.size());
     source(space.data(), part);
     mTable.GetState(k).mRawSize += static_cast<std::uint32_t>(part);
@@ -104,10 +104,11 @@ void BlockFiller::Stream(std::uint64_t k, std::uint64_t n, const Index::PieceSou
   }
 }
 
-// Returns memory for the next bytes of block `k`. Writes finished blocks while there is none.
-std::span<unsigned char> BlockFiller::WaitForSpace(std::uint64_t k) {
+// Returns memory for some of the next `n` bytes of block `k`. Writes finished blocks while there is
+// none.
+std::span<unsigned char> BlockFiller::WaitForSpace(std::uint64_t k, std::uint64_t n) {
   while (true) {
-    const std::span<unsigned char> space = mWriter.GetOutput().GetSpace(k);
+    const std::span<unsigned char> space = mWriter.GetOutput().GetSpace(k, n);
     if (!space.empty()) return space;
     mWriter.GetOutput().Wait();
     mWriter.WriteReady(mpFile);

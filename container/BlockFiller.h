@@ -35,7 +35,7 @@ class BlockFiller {
   std::uint64_t FindRoom(std::uint64_t k, std::uint64_t n);
   void StreamBytes(std::uint64_t k, const void* bytes, std::uint64_t n);
   void Stream(std::uint64_t k, std::uint64_t n, const Index::PieceSource& source);
-  std::span<unsigned char> WaitForSpace(std::uint64_t k);
+  std::span<unsigned char> WaitForSpace(std::uint64_t k, std::uint64_t n);
 
   IndexTable& mTable;
   IndexWriter& mWriter;

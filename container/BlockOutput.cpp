@@ -15,11 +15,26 @@ namespace QovJbf {
 
 using Qov::Util::RaiseOutOfMemory;
 
-BlockOutput::BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length, int level)
+namespace {
+
+/// Returns the length of the chunks that hold `n` bytes.
+std::uint64_t RoundUp(std::uint64_t n) {
+  return (n + ChunkPool::kChunkSize - 1) / ChunkPool::kChunkSize * ChunkPool::kChunkSize;
+}
+
+}  // namespace
+
+BlockOutput::BlockOutput(unsigned threads, std::uint64_t blockSize, std::uint64_t length,
+                         const WriteSettings& settings)
     : mThreads(threads),
-      mMemory(GetCompressionMemory(threads, blockSize, length)),
+      mBlockSize(blockSize),
+      mCompressor(settings.mCompressor),
+      mMostAtOnce(RoundUp(settings.mMostAtOnce)),
+      mMemory(mCompressor == Compressor::Zlib
+                  ? GetCompressionMemory(threads, blockSize, length)
+                  : GetWholeBlockMemory(threads, std::min(blockSize, mMostAtOnce))),
       mMostMemory(std::max(mMemory, SystemResources().GetFreeMemory() / 2)),
-      mQueue(threads, mMemory, level) {}
+      mQueue(threads, mMemory, settings.mLevel, mCompressor) {}
 
 void BlockOutput::Add(std::uint64_t k, Block block, bool isCompressed) {
   if (!isCompressed) {
@@ -29,10 +44,19 @@ void BlockOutput::Add(std::uint64_t k, Block block, bool isCompressed) {
   }
   Entry& entry = GetEntry(k);
   entry.mRawSize = block.GetSize();
-  if (entry.mRawSize > 0) {
-    mQueue.Add(entry.mJob, Chunk(MallocBuffer(block.Detach()), 0, entry.mRawSize));
+  Chunk content;
+  if (entry.mRawSize > 0) content = Chunk(MallocBuffer(block.Detach()), 0, entry.mRawSize);
+  FinishJob(entry, std::move(content));
+}
+
+// Adds the last part, which can be empty.
+void BlockOutput::FinishJob(Entry& entry, Chunk part) {
+  if (part.mSize > 0 && part.mSize <= mMostAtOnce && !entry.mIsStreamed) {
+    mQueue.AddWhole(entry.mJob, std::move(part));
+  } else {
+    if (part.mSize > 0) mQueue.Add(entry.mJob, std::move(part));
+    mQueue.Finish(entry.mJob);
   }
-  mQueue.Finish(entry.mJob);
   SetWhole(entry);
 }
 
@@ -47,41 +71,65 @@ BlockOutput::Entry& BlockOutput::GetEntry(std::uint64_t k) {
   return entry;
 }
 
-std::span<unsigned char> BlockOutput::GetSpace(std::uint64_t k) {
+std::span<unsigned char> BlockOutput::GetSpace(std::uint64_t k, std::uint64_t n) {
   Entry& entry = GetEntry(k);
   if (entry.mFilling.GetSpace() == 0) {
-    if (!mQueue.HasRoom()) return {};
-    entry.mFilling = TakeChunk();
+    try {
+      if (!MakeSpace(entry, n)) return {};
+    } catch (const std::bad_alloc&) {
+      RaiseOutOfMemory(kIndexSource);
+    }
   }
   return {entry.mFilling.GetEnd(), entry.mFilling.GetSpace()};
 }
 
-Chunk BlockOutput::TakeChunk() {
-  try {
-    return mQueue.GetPool().Take();
-  } catch (const std::bad_alloc&) {
-    RaiseOutOfMemory(kIndexSource);
+// Returns false if there is no memory.
+bool BlockOutput::MakeSpace(Entry& entry, std::uint64_t n) {
+  if (mCompressor == Compressor::Fastest && !entry.mIsStreamed) {
+    if (entry.mRawSize + n <= mMostAtOnce) return Collect(entry, n);
+    entry.mIsStreamed = true;
+    if (entry.mFilling.mSize > 0) mQueue.Add(entry.mJob, std::move(entry.mFilling));
   }
+  if (!mQueue.HasRoom()) return false;
+  entry.mFilling = mQueue.GetPool().Take();
+  return true;
+}
+
+// Makes the chunk that holds the whole block large enough for `n` bytes more. Its capacity is a
+// multiple of the usual one, because zlib may have to continue after it.
+bool BlockOutput::Collect(Entry& entry, std::uint64_t n) {
+  const std::uint64_t capacity =
+      RoundUp(std::min(std::max(mBlockSize, entry.mRawSize + n), mMostAtOnce));
+  ChunkPool& pool = mQueue.GetPool();
+  if (entry.mFilling.mCapacity > 0) {
+    pool.Resize(entry.mFilling, capacity);
+    return true;
+  }
+  if (!mQueue.HasRoom(capacity)) return false;
+  entry.mFilling = capacity == ChunkPool::kChunkSize ? pool.Take() : pool.Take(capacity);
+  return true;
 }
 
 bool BlockOutput::Advance(std::uint64_t k, std::size_t n) {
   Entry& entry = GetEntry(k);
   entry.mFilling.mSize += n;
   entry.mRawSize += static_cast<std::uint32_t>(n);
-  if (entry.mFilling.GetSpace() > 0) return false;
+  const bool isCollected = mCompressor == Compressor::Fastest && !entry.mIsStreamed;
+  if (isCollected || entry.mFilling.GetSpace() > 0) return false;
   mQueue.Add(entry.mJob, std::move(entry.mFilling));
   return true;
 }
 
 void BlockOutput::Finish(std::uint64_t k) {
   Entry& entry = GetEntry(k);
-  if (entry.mFilling.mSize > 0) mQueue.Add(entry.mJob, std::move(entry.mFilling));
-  mQueue.Finish(entry.mJob);
-  SetWhole(entry);
+  FinishJob(entry, std::move(entry.mFilling));
 }
 
 void BlockOutput::AllowExcess(std::uint64_t excess) {
-  mQueue.RaiseBound(std::min(mMemory + (mThreads - 1) * excess, mMostMemory));
+  const std::uint64_t needed = mCompressor == Compressor::Zlib
+                                   ? (mThreads - 1) * excess
+                                   : GetWholeBlockMemory(mThreads, std::min(excess, mMostAtOnce));
+  mQueue.RaiseBound(std::min(mMemory + needed, mMostMemory));
 }
 
 bool BlockOutput::WriteFirst(std::FILE* file, std::uint64_t position) {

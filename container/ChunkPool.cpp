@@ -20,16 +20,36 @@ Chunk ChunkPool::Take() {
     mFree.pop_back();
     chunk.mSize = 0;
   }
-  mUsed += kChunkSize;
-  mMostUsed = std::max(mMostUsed, mUsed);
+  CountUsed(0, kChunkSize);
   return chunk;
 }
 
-void ChunkPool::Return(Chunk chunk) noexcept {
-  if (chunk.mCapacity != kChunkSize) return;
+Chunk ChunkPool::Take(std::size_t capacity) {
+  Chunk chunk;
+  Resize(chunk, capacity);
+  return chunk;
+}
+
+void ChunkPool::Resize(Chunk& chunk, std::size_t capacity) {
+  if (capacity == kChunkSize) ++capacity;  // Return identifies the chunks that are reused by it
+  void* resized = std::realloc(chunk.mData.get(), capacity);
+  if (resized == nullptr) throw std::bad_alloc();
+  static_cast<void>(chunk.mData.release());
+  chunk.mData.reset(static_cast<unsigned char*>(resized));
   const std::lock_guard lock(mMutex);
-  mUsed -= kChunkSize;
-  mFree.push_back(std::move(chunk));
+  CountUsed(std::exchange(chunk.mCapacity, capacity), capacity);
+}
+
+void ChunkPool::Return(Chunk chunk) noexcept {
+  if (chunk.mCapacity == 0) return;
+  const std::lock_guard lock(mMutex);
+  CountUsed(chunk.mCapacity, 0);
+  if (chunk.mCapacity == kChunkSize) mFree.push_back(std::move(chunk));
+}
+
+void ChunkPool::CountUsed(std::size_t before, std::size_t now) {
+  mUsed = mUsed - before + now;
+  mMostUsed = std::max(mMostUsed, mUsed);
 }
 
 std::size_t ChunkPool::GetUsed() const {

@@ -33,8 +33,8 @@ struct Chunk {
   std::size_t mSize = 0;
 };
 
-/// Chunks of one size, shared by all threads. Returned chunks are reused, so the pool never has
-/// more chunks than were in use at one time.
+/// Chunks, shared by all threads. Returned chunks of the usual size are reused, so the pool never
+/// has more of them than were in use at one time.
 class ChunkPool {
  public:
   /// A multiple of 32 KiB, by which deflate's window moves, so that deflate finds the same matches
@@ -43,6 +43,10 @@ class ChunkPool {
 
   /// Returns an empty chunk. Throws std::bad_alloc.
   Chunk Take();
+  /// Returns an empty chunk of another size, which is not reused. Throws std::bad_alloc.
+  Chunk Take(std::size_t capacity);
+  /// Changes the size of such a chunk and keeps its content. Throws std::bad_alloc.
+  void Resize(Chunk& chunk, std::size_t capacity);
   /// Takes a chunk back. Frees a chunk that is not from the pool.
   void Return(Chunk chunk) noexcept;
 
@@ -52,9 +56,11 @@ class ChunkPool {
   std::size_t GetMostUsed() const;
 
  private:
+  void CountUsed(std::size_t before, std::size_t now);
+
   mutable std::mutex mMutex;
   std::vector<Chunk> mFree;
-  std::size_t mNumChunks = 0;  ///< Number of chunks, in use or free.
+  std::size_t mNumChunks = 0;  ///< Number of chunks of the usual size, in use or free.
   std::size_t mUsed = 0;
   std::size_t mMostUsed = 0;
 };

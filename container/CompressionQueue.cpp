@@ -9,6 +9,7 @@
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
 #include "Sources.h"
+#include "WholeBlock.h"
 
 namespace QovJbf {
 
@@ -18,6 +19,7 @@ class CompressionQueue::Job {
   friend class CompressionQueue;
 
   std::deque<Chunk> mInput;
+  bool mIsAtOnce = false;  // the first part is the whole content
   bool mIsWhole = false;   // no more input
   bool mIsEnded = false;   // no more output
   bool mIsPosted = false;  // queued for a worker or in work
@@ -25,8 +27,9 @@ class CompressionQueue::Job {
   std::optional<BlockDeflater> mDeflater;
 };
 
-CompressionQueue::CompressionQueue(unsigned threads, std::uint64_t memory, int level)
-    : mLevel(level), mBound(memory), mWorkers(threads) {}
+CompressionQueue::CompressionQueue(unsigned threads, std::uint64_t memory, int level,
+                                   Compressor compressor)
+    : mLevel(level), mCompressor(compressor), mBound(memory), mWorkers(threads) {}
 
 CompressionQueue::~CompressionQueue() { mIsEnding = true; }
 
@@ -51,6 +54,23 @@ void CompressionQueue::Finish(const JobHandle& job) {
   Post(job);
 }
 
+void CompressionQueue::AddWhole(const JobHandle& job, Chunk content) {
+  if (mCompressor == Compressor::Zlib) {
+    Add(job, std::move(content));
+    Finish(job);
+    return;
+  }
+  {
+    const std::lock_guard lock(mMutex);
+    QOV_ASSERT(content.mSize > 0 && job->mInput.empty());
+    job->mInput.push_back(std::move(content));
+    job->mIsAtOnce = true;
+    job->mIsWhole = true;
+    ++mNumWaiting;
+  }
+  Post(job);
+}
+
 // Queues the job for a worker, unless a worker has it. That worker continues with the new input.
 void CompressionQueue::Post(const JobHandle& job) {
   {
@@ -66,9 +86,9 @@ CompressionQueue::Output CompressionQueue::TakeOutput(Job& job) {
   return {std::exchange(job.mOutput, {}), job.mIsEnded};
 }
 
-bool CompressionQueue::HasRoom() {
+bool CompressionQueue::HasRoom(std::size_t n) {
   const std::lock_guard lock(mMutex);
-  return mPool.GetUsed() + ChunkPool::kChunkSize <= mBound || mNumWaiting == 0 || mHasFailed;
+  return mPool.GetUsed() + n <= mBound || mNumWaiting == 0 || mHasFailed;
 }
 
 void CompressionQueue::RaiseBound(std::uint64_t memory) {
@@ -116,22 +136,41 @@ std::optional<Chunk> CompressionQueue::TakeInput(Job& job) {
 }
 
 void CompressionQueue::Compress(Job& job, Chunk part) {
-  if (!job.mDeflater) job.mDeflater.emplace(mPool, mLevel);
-  const bool isEnd = part.mSize == 0;
-  for (std::size_t at = 0; at < part.mSize && !mIsEnding; at += ChunkPool::kChunkSize) {
-    const std::size_t n = std::min(ChunkPool::kChunkSize, part.mSize - at);
-    Deliver(job, job.mDeflater->Add(part.mData.get() + at, n));
-  }
-  mPool.Return(std::move(part));
-  if (isEnd) {
-    Deliver(job, job.mDeflater->Finish());
-    job.mDeflater.reset();
+  const bool isEnd = part.mSize == 0 || job.mIsAtOnce;
+  if (job.mIsAtOnce) {
+    Chunk output = CompressAtOnce(part);
+    mPool.Return(std::move(part));
+    std::vector<Chunk> outputs;
+    outputs.push_back(std::move(output));
+    Deliver(job, std::move(outputs));
+  } else {
+    CompressWithZlib(job, part);
+    mPool.Return(std::move(part));
   }
   const std::lock_guard lock(mMutex);
   job.mIsEnded = isEnd;
   --mNumWaiting;
   ++mNumDelivered;
   mProgress.notify_all();
+}
+
+// Compresses a part, or ends the stream if the part is empty.
+void CompressionQueue::CompressWithZlib(Job& job, const Chunk& part) {
+  if (!job.mDeflater) job.mDeflater.emplace(mPool, mLevel);
+  for (std::size_t at = 0; at < part.mSize && !mIsEnding; at += ChunkPool::kChunkSize) {
+    const std::size_t n = std::min(ChunkPool::kChunkSize, part.mSize - at);
+    Deliver(job, job.mDeflater->Add(part.mData.get() + at, n));
+  }
+  if (part.mSize > 0) return;
+  Deliver(job, job.mDeflater->Finish());
+  job.mDeflater.reset();
+}
+
+Chunk CompressionQueue::CompressAtOnce(const Chunk& content) {
+  Chunk output = mPool.Take(GetWholeBound(content.mSize));
+  output.mSize = CompressWhole(mLevel, content.mData.get(), content.mSize, output.mData.get());
+  mPool.Resize(output, output.mSize);
+  return output;
 }
 
 void CompressionQueue::Deliver(Job& job, std::vector<Chunk> output) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "ChunkPool.h"
+#include "Qov/Jbf/Compressor.h"
 #include "WorkerPool.h"
 
 namespace QovJbf {
@@ -18,9 +19,12 @@ namespace QovJbf {
 /// Compresses blocks on worker threads, several blocks at a time, each block by one thread. One
 /// thread calls all methods. Workers get only chunks.
 ///
+/// Compressor::Fastest applies to blocks that are added whole (AddWhole); the others are compressed
+/// with zlib while they arrive.
+///
 /// The caller bounds the memory: it takes a chunk to fill only while HasRoom() is true. The chunks
-/// in use then exceed the bound at most by one output chunk for each block that is being
-/// compressed.
+/// in use then exceed the bound at most by the output of each block that is being compressed: one
+/// chunk, or the whole block with Compressor::Fastest.
 ///
 /// If a worker fails, because of memory or zlib, the next TakeOutput or Wait raises
 /// MemoryAllocationError.
@@ -32,7 +36,8 @@ class CompressionQueue {
 
   /// `memory` is the bound in bytes. With fewer than two threads, Add and Finish compress on the
   /// calling thread.
-  CompressionQueue(unsigned threads, std::uint64_t memory, int level);
+  CompressionQueue(unsigned threads, std::uint64_t memory, int level,
+                   Compressor compressor = Compressor::Zlib);
   ~CompressionQueue();
 
   JobHandle Begin();
@@ -41,6 +46,8 @@ class CompressionQueue {
   void Add(const JobHandle& job, Chunk part);
   /// Ends the content.
   void Finish(const JobHandle& job);
+  /// Adds the whole content, which can have any size, and ends it.
+  void AddWhole(const JobHandle& job, Chunk content);
 
   struct Output {
     std::vector<Chunk> mChunks;  ///< The caller returns them to the pool.
@@ -49,8 +56,8 @@ class CompressionQueue {
   /// Returns the compressed bytes since the last call.
   Output TakeOutput(Job& job);
 
-  /// Returns false if the bound is reached and workers have work, so that Wait helps.
-  bool HasRoom();
+  /// Returns false if `n` bytes more exceed the bound and workers have work, so that Wait helps.
+  bool HasRoom(std::size_t n = ChunkPool::kChunkSize);
   /// Raises the bound to `memory` if that is larger.
   void RaiseBound(std::uint64_t memory);
   /// Waits until a worker has made progress. Returns at once if one has since the last call, or if
@@ -63,10 +70,13 @@ class CompressionQueue {
   void Run(Job& job);
   std::optional<Chunk> TakeInput(Job& job);
   void Compress(Job& job, Chunk part);
+  void CompressWithZlib(Job& job, const Chunk& part);
+  Chunk CompressAtOnce(const Chunk& content);
   void Deliver(Job& job, std::vector<Chunk> output);
   void RaiseIfFailed() const;
 
   const int mLevel;
+  const Compressor mCompressor;
   ChunkPool mPool;
   std::mutex mMutex;
   std::condition_variable mProgress;

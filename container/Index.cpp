@@ -103,8 +103,8 @@ void Index::StopWriting() {
 }
 
 void Index::SetWriting(const WriteSettings& settings) {
-  mpState->mTable.SetBlockLimit(settings.mBlockLimit);
-  mpState->mWriter.SetWriting(settings.mLevel, settings.mThreads);
+  mpState->mTable.SetBlockLimit(settings.mBlockLimit, settings.mUsualBlockLimit);
+  mpState->mWriter.SetWriting(settings);
 }
 
 void Index::LimitThreads(unsigned most) { mpState->mWriter.LimitThreads(most); }

@@ -100,7 +100,7 @@ IndexStream& IndexTable::MakeStream(const std::string& name) {
   const auto [position, isNew] = mStreams.try_emplace(name);
   if (isNew) {
     position->second.mLimit =
-        mBlockLimit != 0 ? mBlockLimit : ReadSizeVariable(kLimitVariable, kDefaultBlockLimit);
+        mBlockLimit != 0 ? mBlockLimit : ReadSizeVariable(kLimitVariable, mUsualBlockLimit);
   }
   return position->second;
 }

@@ -55,7 +55,10 @@ class IndexTable {
   IndexStream& MakeStream(const std::string& name);
   std::map<std::string, IndexStream>& GetStreams() { return mStreams; }
   /// Sets the limit of streams that are created later; 0 is the default.
-  void SetBlockLimit(std::uint32_t limit) { mBlockLimit = limit; }
+  void SetBlockLimit(std::uint32_t limit, std::uint32_t usual) {
+    mBlockLimit = limit;
+    if (usual != 0) mUsualBlockLimit = usual;
+  }
   std::uint64_t GetStreamLength(const std::string& name) const;
   void AddFlags(const std::string& name, std::uint8_t flags);
 
@@ -96,7 +99,8 @@ class IndexTable {
   std::vector<BlockState> mStates;  ///< One for each item.
   std::map<std::string, IndexStream> mStreams;
   std::uint8_t mNextId = 1;
-  std::uint32_t mBlockLimit = 0;  ///< 0 for the default.
+  std::uint32_t mBlockLimit = 0;                        ///< 0 for the default.
+  std::uint32_t mUsualBlockLimit = kDefaultBlockLimit;  ///< Without the environment variable.
   std::uint64_t mIndexPosition = kRootPosition;
   std::uint64_t mIndexLength = 0;
   std::size_t mNumPositioned = 0;  ///< Number of items at the front with a valid mPosition.

@@ -27,8 +27,10 @@ BlockOutput& IndexWriter::GetOutput() {
     for (const auto& [name, stream] : mTable.GetStreams()) {
       blockSize = std::max(blockSize, stream.mLimit);
     }
-    mNumThreads = std::min(GetThreadCount(blockSize, SystemResources(), mThreads), mMostThreads);
-    mpOutput = std::make_unique<BlockOutput>(mNumThreads, blockSize, mExpectedLength, mLevel);
+    const unsigned threads =
+        GetThreadCount(blockSize, SystemResources(), mSettings.mThreads, mSettings.mCompressor);
+    mNumThreads = std::min(threads, mMostThreads);
+    mpOutput = std::make_unique<BlockOutput>(mNumThreads, blockSize, mExpectedLength, mSettings);
   }
   return *mpOutput;
 }

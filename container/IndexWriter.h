@@ -23,10 +23,7 @@ class IndexWriter {
   IndexWriter& operator=(const IndexWriter&) = delete;
 
   void SetExpectedLength(std::uint64_t length) { mExpectedLength = length; }
-  void SetWriting(int level, unsigned threads) {
-    mLevel = level;
-    mThreads = threads;
-  }
+  void SetWriting(const WriteSettings& settings) { mSettings = settings; }
   void LimitThreads(unsigned most) { mMostThreads = most; }
   unsigned GetNumThreads() const { return mNumThreads; }
   /// Returns the blocks that are being compressed.
@@ -53,8 +50,7 @@ class IndexWriter {
   IndexTable& mTable;
   std::uint64_t mFirstOpen = 0;           ///< The items before it are frozen or index blocks.
   std::unique_ptr<BlockOutput> mpOutput;  ///< Null until it is needed.
-  int mLevel = WriteSettings().mLevel;
-  unsigned mThreads = 0;  ///< The requested number, 0 for the default.
+  WriteSettings mSettings;
   unsigned mMostThreads = std::numeric_limits<unsigned>::max();
   unsigned mNumThreads = 1;
   std::uint64_t mExpectedLength = 0;  ///< Number of bytes of the streamed blocks, 0 if unknown.

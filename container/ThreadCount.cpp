@@ -35,13 +35,15 @@ unsigned GetThreadsFromEnvironment() {
 
 }  // namespace
 
-unsigned GetThreadCount(std::uint64_t blockSize, const SystemResources& resources,
-                        unsigned wanted) {
+unsigned GetThreadCount(std::uint64_t blockSize, const SystemResources& resources, unsigned wanted,
+                        Compressor compressor) {
   if (wanted == 0) wanted = GetThreadsFromEnvironment();
   const std::uint64_t memory = wanted != 0 ? kUnlimited : resources.GetFreeMemory() / 2;
   const std::uint64_t space = resources.GetFreeAddressSpace() / 2;
   const auto fits = [&](unsigned threads) {
-    const std::uint64_t needed = GetCompressionMemory(threads, blockSize);
+    const std::uint64_t needed = compressor == Compressor::Zlib
+                                     ? GetCompressionMemory(threads, blockSize)
+                                     : GetWholeBlockMemory(threads, blockSize);
     return needed <= memory && needed + threads * GetThreadSpace() <= space;
   };
   unsigned threads = std::min(wanted != 0 ? wanted : resources.CountProcessors(), kMostThreads);
@@ -67,6 +69,11 @@ std::uint64_t GetCompressionMemory(unsigned threads, std::uint64_t blockSize,
   const std::uint64_t lead = GetLead(threads, blockSize, length);
   return std::max(queued - std::min(queued, 2 * lead),
                   threads * kLeastChunks * ChunkPool::kChunkSize);
+}
+
+std::uint64_t GetWholeBlockMemory(unsigned threads, std::uint64_t blockSize) {
+  return 2 * (std::uint64_t{threads} + 1) *
+         std::max<std::uint64_t>(blockSize, ChunkPool::kChunkSize);
 }
 
 }  // namespace QovJbf

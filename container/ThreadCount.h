@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "Qov/Jbf/Compressor.h"
 #include "SystemResources.h"
 
 namespace QovJbf {
@@ -14,7 +15,8 @@ inline constexpr unsigned kMostThreads = 256;
 /// processors, but at most the number of threads whose data fit into half of the free memory. In
 /// both cases the threads with their stacks must fit into half of the free address space.
 unsigned GetThreadCount(std::uint64_t blockSize,
-                        const SystemResources& resources = SystemResources(), unsigned wanted = 0);
+                        const SystemResources& resources = SystemResources(), unsigned wanted = 0,
+                        Compressor compressor = Compressor::Zlib);
 
 /// Returns the number of bytes of address space that a thread takes.
 std::uint64_t GetThreadSpace();
@@ -29,5 +31,10 @@ std::uint64_t GetThreadSpace();
 /// fewer bytes are queued before it, and still end at the same time.
 std::uint64_t GetCompressionMemory(unsigned threads, std::uint64_t blockSize,
                                    std::uint64_t length = 0);
+
+/// Returns the number of bytes that keep `threads` threads busy with Compressor::Fastest: each of
+/// them has a block and its compressed form in memory. One block more is filled meanwhile, and one
+/// waits to be written.
+std::uint64_t GetWholeBlockMemory(unsigned threads, std::uint64_t blockSize);
 
 }  // namespace QovJbf

@@ -105,5 +105,44 @@ TEST(CompressionQueueTest, EqualsASingleCallAndKeepsItsMemoryBound) {
   }
 }
 
+TEST(CompressionQueueTest, CompressesWholeBlocksWithoutExceedingItsMemory) {
+  constexpr std::size_t kSize = 5 * kChunk + 7;
+  constexpr std::uint64_t kBound = 4 * kSize;
+  std::string first;
+  for (const unsigned threads : {1U, 3U}) {
+    CompressionQueue queue(threads, kBound, kLevel, Compressor::Fastest);
+    std::deque<CompressionQueue::JobHandle> jobs;
+    std::string stream;
+    const auto takeFirst = [&] {
+      CompressionQueue::Output output = queue.TakeOutput(*jobs.front());
+      for (Chunk& chunk : output.mChunks) {
+        stream.append(reinterpret_cast<const char*>(chunk.mData.get()), chunk.mSize);
+        queue.GetPool().Return(std::move(chunk));
+      }
+      if (output.mIsLast) jobs.pop_front();
+      return output.mIsLast;
+    };
+    for (unsigned i = 0; i < 9; ++i) {
+      do {
+        while (!jobs.empty() && takeFirst()) {
+        }
+        if (!queue.HasRoom(kSize)) queue.Wait();
+      } while (!queue.HasRoom(kSize));
+      Chunk chunk = queue.GetPool().Take(kSize);
+      chunk.mSize = kSize;
+      MixedBytes(kSize, i).copy(reinterpret_cast<char*>(chunk.mData.get()), kSize);
+      jobs.push_back(queue.Begin());
+      queue.AddWhole(jobs.back(), std::move(chunk));
+    }
+    while (!jobs.empty()) {
+      if (!takeFirst()) queue.Wait();
+    }
+    if (first.empty()) first = stream;
+    EXPECT_TRUE(stream == first) << threads;  // StreamedBlocksTest decompresses them
+    EXPECT_LE(queue.GetPool().GetMostUsed(), kBound + threads * (kSize + 1000));
+    EXPECT_EQ(queue.GetPool().GetUsed(), 0U);
+  }
+}
+
 }  // namespace
 }  // namespace QovJbf

@@ -46,8 +46,9 @@ class StreamedBlocksTest : public testing::Test {
     EXPECT_EQ(done, bytes.size());
   }
 
-  std::string BytesOf(bool isStreamed) {
+  std::string BytesOf(bool isStreamed, const WriteSettings& settings = {}) {
     WriteContainer(mPath, [&](JbFile& file) {
+      file.GetIndex().SetWriting(settings);
       if (isStreamed) file.CompressWhileFilling(kStream);
       Fill(file);
     });
@@ -70,6 +71,35 @@ TEST_F(StreamedBlocksTest, AreEqualForAnyNumberOfThreads) {
         if (expected.empty()) expected = bytes;
         EXPECT_TRUE(bytes == expected) << threads << " threads, " << limit.value_or("no");
       }
+    }
+  }
+}
+
+TEST_F(StreamedBlocksTest, HaveTheSameContentWithTheFastCompressor) {
+  const auto readContent = [this] {
+    JbFile file;
+    file.OpenFile(mPath, "rb");
+    const auto reader = file.OpenStreamReader(kStream);
+    std::string content(reader->GetLength(), '\0');
+    reader->ReadVerified(0, content.data(), content.size());
+    return content;
+  };
+  BytesOf(true);
+  const std::string expected = readContent();
+  for (const char* limit : {"100", "300000", "1000000"}) {
+    const ScopedEnvironment blockSize(kLimitVariable, limit);
+    for (const std::uint32_t mostAtOnce : {WriteSettings().mMostAtOnce, 500000U}) {
+      WriteSettings settings{.mCompressor = Compressor::Fastest, .mMostAtOnce = mostAtOnce};
+      std::string first;
+      for (const unsigned threads : {1U, 3U}) {
+        settings.mThreads = threads;
+        for (const bool isStreamed : {false, true}) {
+          const std::string bytes = BytesOf(isStreamed, settings);
+          if (first.empty()) first = bytes;
+          EXPECT_TRUE(bytes == first) << threads << " threads, " << limit;
+        }
+      }
+      EXPECT_TRUE(readContent() == expected) << limit;
     }
   }
 }

@@ -114,7 +114,8 @@ TEST_F(BlockCopiesTest, KeepBlocksNeedsTheWholeBlock) {
       geometry.EditVariable(1).mValues = NumericArray::Of(Ramp(kNumNodes, 5.0F));
     }
     gDeflated = 0;
-    tree.Save(mDir / "saved.ryx", "", {.mThreads = 1, .mKeepBlocks = keepsBlocks});
+    tree.Save(mDir / "saved.ryx", "",
+              {.mCompressor = QovJbf::Compressor::Zlib, .mThreads = 1, .mKeepBlocks = keepsBlocks});
     const std::uint64_t numDeflated = gDeflated;
     EXPECT_EQ(DescribeModel(mDir / "saved.ryx"), DescribeModel(tree));
     return numDeflated;

@@ -43,6 +43,11 @@ TEST_F(OutputSettingsTest, ChangeTheStoredFormExceptTheThreads) {
   const ScopedEnvironment blockSize("TELMORAX_MAX_RYX_BLOCK_SIZE", "1024");
   EXPECT_EQ(Save({}), small);
   EXPECT_EQ(Save({.mBlockSize = 200U << 20}), usual);
+
+  Tree tree(false);
+  LoadTree(tree, mDir / "plate.ryx");
+  SaveTree(tree, mDir / "out.ryx");
+  EXPECT_EQ(Save({.mCompressor = QovJbf::Compressor::Zlib}), ReadFile(mDir / "out.ryx"));
 }
 
 TEST_F(OutputSettingsTest, ImpossibleValuesAreRefusedBeforeAnythingIsWritten) {

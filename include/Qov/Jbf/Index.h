@@ -10,6 +10,7 @@
 #include "Qov/Export.h"
 #include "Qov/Jbf/Block.h"
 #include "Qov/Jbf/BlockIo.h"
+#include "Qov/Jbf/Compressor.h"
 #include "Qov/Jbf/IndexItem.h"
 
 namespace QovJbf {
@@ -23,9 +24,14 @@ struct BlockSizeLimiter {
 /// The settings with which the blocks of a file are written. The bytes do not depend on the number
 /// of threads.
 struct WriteSettings {
-  int mLevel = 6;                 ///< Compression level of zlib, from 1 to 9.
-  std::uint32_t mBlockLimit = 0;  ///< Limit of every stream; 0 for the default of Index.
-  unsigned mThreads = 0;          ///< Threads that compress; 0 for the default of Index.
+  int mLevel = 6;                 ///< Compression level, from 1 to 9.
+  std::uint32_t mBlockLimit = 0;  ///< Limit of every stream; 0 for the default.
+  /// The default limit if TELMORAX_MAX_RYX_BLOCK_SIZE is not set; 0 for 200 MiB.
+  std::uint32_t mUsualBlockLimit = 0;
+  unsigned mThreads = 0;  ///< Threads that compress; 0 for the default of Index.
+  Compressor mCompressor = Compressor::Zlib;
+  /// The largest block, in bytes, that Compressor::Fastest compresses with libdeflate.
+  std::uint32_t mMostAtOnce = 128U << 20;
 };
 
 /// The streams of one container file.

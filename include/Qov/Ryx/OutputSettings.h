@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "Qov/Export.h"
+#include "Qov/Jbf/Compressor.h"
 
 namespace QovRyx {
 
@@ -10,10 +11,14 @@ namespace QovRyx {
 struct OutputSettings {
   /// Replaces an existing file. Otherwise an existing file raises ElementExists.
   bool mOverwrite = false;
-  /// Compression level of zlib, from 1 (fast) to 9 (small).
+  /// Compression level, from 1 (fast) to 9 (small).
   int mLevel = 6;
+  /// The default is the fast one. Choose Compressor::Zlib if the bytes of the file must not depend
+  /// on the version of libdeflate or on whether the library was built with it.
+  QovJbf::Compressor mCompressor = QovJbf::Compressor::Fastest;
   /// Uncompressed bytes of a full block, at least 1024; 0 for the default: the value of the
-  /// environment variable TELMORAX_MAX_RYX_BLOCK_SIZE, else 200 MiB.
+  /// environment variable TELMORAX_MAX_RYX_BLOCK_SIZE, else 8 MiB. A thread compresses one block at
+  /// a time, so small blocks occupy all threads.
   std::uint32_t mBlockSize = 0;
   /// Threads that compress, from 1 to 256. With 1, the calling thread compresses. 0 for the
   /// default: the value of the environment variable RYXMERGE_THREADS, else as many as the

@@ -13,6 +13,13 @@
 
 namespace QovRyx {
 
+namespace {
+
+/// The block size of files that are saved with OutputSettings.
+constexpr std::uint32_t kUsualBlockSize = 8U << 20;
+
+}  // namespace
+
 bool g_b217Ryx = false;
 
 Tree::Tree(bool recordMachine) {
@@ -62,8 +69,9 @@ void Tree::Save(const std::string& path, const std::string& comment,
                 const OutputSettings& settings) {
   CheckSettings(settings);
   const auto copying = settings.mKeepBlocks ? BlockCopying::IfWholeNeeded : BlockCopying::Never;
-  TreeSaver(*this, {settings.mLevel, settings.mBlockSize, settings.mThreads}, copying)
-      .Save(path, true, comment);
+  const QovJbf::WriteSettings write{settings.mLevel, settings.mBlockSize, kUsualBlockSize,
+                                    settings.mThreads, settings.mCompressor};
+  TreeSaver(*this, write, copying).Save(path, true, comment);
 }
 
 void Tree::AddShape(Tree& source, const std::uint32_t& shapeId, const std::string& groupName) {
