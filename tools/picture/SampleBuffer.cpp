@@ -91,9 +91,13 @@ Colour Unpack(Sample sample) {
           static_cast<std::uint8_t>(sample)};
 }
 
-/// Multiplies the channels; two of them at once.
-inline Sample Darken(Sample colour, float shade) {
-  const auto factor = static_cast<Sample>(static_cast<int>(std::clamp(shade, 0.0F, 1.0F) * 256));
+/// Returns a brightness, 0 to 1, as a factor for Darken.
+inline Sample FactorOf(float shade) {
+  return static_cast<Sample>(static_cast<int>(std::clamp(shade, 0.0F, 1.0F) * 256));
+}
+
+/// Multiplies the channels, two of them at once, by `factor` / 256.
+inline Sample Darken(Sample colour, Sample factor) {
   const Sample redBlue = (colour & 0xFF00FFU) * factor >> 8U & 0xFF00FFU;
   const Sample green = (colour & 0x00FF00U) * factor >> 8U & 0x00FF00U;
   return 0xFF000000U | redBlue | green;
@@ -105,26 +109,29 @@ class Painter {
   Painter(const ScreenTriangle& triangle, float edgeWidth)
       : mPaint(triangle.mPaint), mPlanes(triangle), mEdgeReach(edgeWidth / 2) {
     const auto& c = triangle.mCorners;
-    mShade = mPlanes.Through(c[0].mShade, c[1].mShade, c[2].mShade);
+    mIsFlat = c[0].mShade == c[1].mShade && c[1].mShade == c[2].mShade;
+    mFactor = FactorOf(c[0].mShade);
+    if (!mIsFlat) mShade = mPlanes.Through(c[0].mShade, c[1].mShade, c[2].mShade);
     mPlace = mPlanes.Through(c[0].mPlace, c[1].mPlace, c[2].mPlace);
     mHasEdges = mPaint.mEdges != 0 && mPaint.mEdgeStrength > 0;
     if (!mHasEdges) return;
+    mEdgeFactor = FactorOf(1 - kEdgeDarkness * mPaint.mEdgeStrength);
     for (std::size_t i = 0; i < 3; ++i) mDistances[i] = mPlanes.DistanceFrom(i, mPaint.mEdges);
   }
 
   void StartRow(double x, double y) {
     const double px = mPlanes.X(x);
     const double py = mPlanes.Y(y);
-    mShadeRamp = Ramp(mShade, px, py);
-    mPlaceRamp = Ramp(mPlace, px, py);
+    if (mPaint.mpPalette != nullptr) mPlaceRamp = Ramp(mPlace, px, py);
+    if (!mIsFlat) mShadeRamp = Ramp(mShade, px, py);
     if (!mHasEdges) return;
     for (std::size_t i = 0; i < 3; ++i) mDistanceRamps[i] = Ramp(mDistances[i], px, py);
   }
 
   Sample ColourAt(int i, float depth) const {
-    float shade = mShadeRamp.At(i);
-    if (mHasEdges && IsOnEdge(i)) shade *= 1 - kEdgeDarkness * mPaint.mEdgeStrength;
-    return Darken(mPaint.mpPalette != nullptr ? ColourAtPlace(i, depth) : mPaint.mColour, shade);
+    Sample factor = mIsFlat ? mFactor : FactorOf(mShadeRamp.At(i));
+    if (mHasEdges && IsOnEdge(i)) factor = factor * mEdgeFactor >> 8U;
+    return Darken(mPaint.mpPalette != nullptr ? ColourAtPlace(i, depth) : mPaint.mColour, factor);
   }
 
  private:
@@ -144,6 +151,9 @@ class Painter {
   const Planes mPlanes;
   float mEdgeReach;
   bool mHasEdges = false;
+  bool mIsFlat = false;  ///< The brightness is the same everywhere.
+  Sample mFactor = 0;
+  Sample mEdgeFactor = 0;
   Plane mShade, mPlace;
   std::array<Plane, 3> mDistances;
   Ramp mShadeRamp, mPlaceRamp;
@@ -231,7 +241,7 @@ void SampleBuffer::Fill(const ScreenTriangle& triangle) {
   const bool isPlain = paint.mpPalette == nullptr && paint.mEdges == 0 &&
                        c[0].mShade == c[1].mShade && c[1].mShade == c[2].mShade;
   if (isPlain) {
-    const Sample colour = Darken(paint.mColour, c[0].mShade);
+    const Sample colour = Darken(paint.mColour, FactorOf(c[0].mShade));
     ForEachNearer(
         triangle, [](double, double) {},
         [=](DepthSample& sample, int, int, int, float depth) {
@@ -278,7 +288,8 @@ void SampleBuffer::FillDisc(const ScreenCorner& centre, double radius, Sample co
     const int x1 = FirstSample(centre.mX + half, mWidth);
     for (int x = x0; x < x1; ++x) {
       DepthSample& sample = mpSamples[Position(x, y)];
-      if (centre.mDepth > sample.mDepth) sample = {centre.mDepth, Darken(colour, centre.mShade)};
+      if (centre.mDepth > sample.mDepth)
+        sample = {centre.mDepth, Darken(colour, FactorOf(centre.mShade))};
     }
     MarkSpan(y, x0, x1);
   }
