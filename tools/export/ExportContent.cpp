@@ -68,11 +68,11 @@ class ContentBuilder {
     ChooseSteps();
     AddParts();
     CheckMatches(mNodeWords, "ryx ls", mContent.mNotes);
-    CheckMatches(mResultWords, "ryx ls", mContent.mNotes);
+    if (!mRequest.mExactResults) CheckMatches(mResultWords, "ryx ls", mContent.mNotes);
     CheckMeshes();
     if (mContent.mParts.empty()) {
-      RaiseNotFound("the model has no geometry that can be written" +
-                    (mRefusal.empty() ? "" : ": " + mRefusal));
+      RaiseNotFound(fmt::format("the model has no geometry that can be {}{}", mRequest.mVerb,
+                                mRefusal.empty() ? "" : ": " + mRefusal));
     }
     AddSetNodes();
     CheckMatches(mSetWords, "ryx ls", mContent.mNotes);
@@ -88,7 +88,7 @@ class ContentBuilder {
   void Refuse(const std::string& text) {
     mContent.mIsComplete = false;
     if (mRefusal.empty()) mRefusal = text;
-    Note("not written: " + text);
+    Note(fmt::format("not {}: {}", mRequest.mVerb, text));
   }
 
   void ChooseSteps() {
@@ -103,6 +103,13 @@ class ContentBuilder {
       mContent.mSteps.push_back(steps[i]);
     }
     CheckMatches(words, "ryx export --dry-run", mContent.mNotes);
+  }
+
+  bool AcceptsResult(const Geometry::VarStruct& variable, const QovRyx::ArrayName& name) {
+    const auto& words = mRequest.mResults;
+    if (mRequest.mExactResults)
+      return std::find(words.begin(), words.end(), name.mBase) != words.end();
+    return Accept(mResultWords, {std::string(name.mBase), variable.mName});
   }
 
   /// Walks the tree from the top, so that a chosen node brings what is below it.
@@ -196,7 +203,7 @@ class ContentBuilder {
   void AddResult(const Geometry::VarStruct& variable, const QovMesh::MeshArrays& arrays,
                  UniqueNames& names, ExportPart& part) {
     const QovRyx::ArrayName name = QovRyx::SplitName(variable.mName);
-    if (!Accept(mResultWords, {std::string(name.mBase), variable.mName})) {
+    if (!AcceptsResult(variable, name)) {
       return Omit(WhereText(part, variable) + ": not chosen");
     }
     ExportResult result;

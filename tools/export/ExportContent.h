@@ -23,6 +23,9 @@ struct ExportRequest {
   std::vector<std::string> mSetNames;  ///< Patterns of names of node sets.
   bool mSets = true;
   QovMesh::KindChoices mKinds;
+  /// The results are base names, not patterns, and an empty list chooses none.
+  bool mExactResults = false;
+  const char* mVerb = "written";  ///< For messages: what happens to the content.
 };
 
 /// The way in which a format stores the steps of a model.

@@ -52,7 +52,7 @@ std::uint64_t CountCellsWithoutSurface(const QovMesh::Mesh& mesh) {
 }  // namespace
 
 QovMesh::Surface FindPartSurface(const QovMesh::Mesh& mesh, const std::string& name,
-                                 std::vector<std::string>& notes) {
+                                 std::vector<std::string>& notes, SurfaceUse use) {
   const auto note = [&](const std::string& text) {
     notes.push_back(fmt::format("geometry {}: {}", Escape(name, {}), text));
   };
@@ -62,17 +62,19 @@ QovMesh::Surface FindPartSurface(const QovMesh::Mesh& mesh, const std::string& n
   const std::uint64_t numLines =
       RemoveNotFinite(mesh, 2, surface.mLines, surface.mLineCells, nullptr);
   if (numTriangles + numLines != 0) {
-    note(fmt::format("not written, because a coordinate is not finite: {}, {}",
+    note(fmt::format("not {}, because a coordinate is not finite: {}, {}",
+                     use == SurfaceUse::Written ? "written" : "drawn",
                      Plural(numTriangles, "triangle"), Plural(numLines, "line")));
-  }
-  const std::uint64_t numPoints = CountCellsWithoutSurface(mesh);
-  if (numPoints != 0) {
-    note(fmt::format("not written, because points have no surface: {}", Plural(numPoints, "cell")));
   }
   if (surface.mNumDoubtfulPolygons != 0) {
     note(fmt::format("the triangles of {} may not cover {} exactly",
                      Plural(surface.mNumDoubtfulPolygons, "polygon"),
                      surface.mNumDoubtfulPolygons == 1 ? "it" : "them"));
+  }
+  if (use == SurfaceUse::Drawn) return surface;
+  const std::uint64_t numPoints = CountCellsWithoutSurface(mesh);
+  if (numPoints != 0) {
+    note(fmt::format("not written, because points have no surface: {}", Plural(numPoints, "cell")));
   }
   if (mesh.GetNumCells() == 0) note("it has no cells, so there is no surface to write");
   return surface;
