@@ -27,22 +27,39 @@ bool IsDisplayable(const std::array<double, 3>& colour) {
   return std::all_of(colour.begin(), colour.end(), [](double c) { return c >= 0 && c <= 1; });
 }
 
-/// Returns the colour at a place of the scale, 0 to 1: of the usual chroma, or of the
-/// greatest one below it that a screen can show.
+/// Returns the colour of a lightness and a hue in degrees: of the chroma, or of the greatest one
+/// below it that a screen can show.
+Colour MakeColour(double lightness, double mostChroma, double hue) {
+  const double angle = hue * std::numbers::pi / 180;
+  std::array<double, 3> linear{};
+  for (double chroma = mostChroma; chroma >= 0; chroma -= 0.001) {
+    linear = FromOklab(lightness, chroma * std::cos(angle), chroma * std::sin(angle));
+    if (IsDisplayable(linear)) break;
+  }
+  return {EncodeChannel(linear[0]), EncodeChannel(linear[1]), EncodeChannel(linear[2])};
+}
+
+/// Returns the colour at a place of the scale, 0 to 1.
 Colour ColourAt(double place) {
   constexpr double kDarkest = 0.28;
   constexpr double kLightest = 0.92;
   constexpr double kFirstHue = 285;  // degrees: blue
   constexpr double kLastHue = 105;   // yellow
   constexpr double kChroma = 0.17;
-  const double lightness = kDarkest + place * (kLightest - kDarkest);
-  const double hue = (kFirstHue + place * (kLastHue - kFirstHue)) * std::numbers::pi / 180;
-  std::array<double, 3> linear{};
-  for (double chroma = kChroma; chroma >= 0; chroma -= 0.001) {
-    linear = FromOklab(lightness, chroma * std::cos(hue), chroma * std::sin(hue));
-    if (IsDisplayable(linear)) break;
-  }
-  return {EncodeChannel(linear[0]), EncodeChannel(linear[1]), EncodeChannel(linear[2])};
+  return MakeColour(kDarkest + place * (kLightest - kDarkest), kChroma,
+                    kFirstHue + place * (kLastHue - kFirstHue));
+}
+
+/// Returns the colour at a place of the scale around 0, -1 to 1.
+Colour DivergingColourAt(double place) {
+  constexpr double kDarkest = 0.42;
+  constexpr double kLightest = 0.94;
+  constexpr double kNegativeHue = 260;  // degrees: blue
+  constexpr double kPositiveHue = 28;   // red
+  constexpr double kChroma = 0.2;
+  const double distance = std::abs(place);
+  return MakeColour(kLightest - distance * (kLightest - kDarkest), kChroma * distance,
+                    place < 0 ? kNegativeHue : kPositiveHue);
 }
 
 }  // namespace
@@ -51,6 +68,15 @@ std::vector<Colour> MakePalette(std::size_t numColours) {
   std::vector<Colour> colours(numColours);
   const double last = numColours > 1 ? static_cast<double>(numColours - 1) : 1;
   for (std::size_t i = 0; i < numColours; ++i) colours[i] = ColourAt(static_cast<double>(i) / last);
+  return colours;
+}
+
+std::vector<Colour> MakeDivergingPalette(std::size_t numColours) {
+  std::vector<Colour> colours(numColours);
+  const double last = numColours > 1 ? static_cast<double>(numColours - 1) : 1;
+  for (std::size_t i = 0; i < numColours; ++i) {
+    colours[i] = DivergingColourAt(2 * static_cast<double>(i) / last - 1);
+  }
   return colours;
 }
 

@@ -14,6 +14,10 @@ using Colour = std::array<std::uint8_t, 3>;
 /// grows in equal steps, so that equal differences of a value look equal.
 std::vector<Colour> MakePalette(std::size_t numColours);
 
+/// Returns the colours of a scale from blue over light grey to red, for values around 0. The
+/// lightness falls in equal steps from the middle to both ends.
+std::vector<Colour> MakeDivergingPalette(std::size_t numColours);
+
 /// The colour of values that are not numbers.
 inline constexpr Colour kNoValueColour = {160, 160, 160};
 

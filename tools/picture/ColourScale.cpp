@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace Qov::Tools {
 
@@ -11,6 +12,11 @@ ColourScale::ColourScale(double low, double high, std::size_t numColours)
       mHigh(high),
       mHasRange(std::isfinite(low) && std::isfinite(high) && low <= high),
       mPalette(MakePalette(numColours == 0 ? 1 : numColours)) {}
+
+ColourScale::ColourScale(double low, double high, std::vector<Colour> palette)
+    : ColourScale(low, high, 1) {
+  mPalette = std::move(palette);
+}
 
 float ColourScale::PlaceOf(double value) const {
   constexpr float kNoPlace = std::numeric_limits<float>::quiet_NaN();

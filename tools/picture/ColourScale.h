@@ -13,6 +13,8 @@ class ColourScale {
   /// `numColours` is the number of steps. If `low` is greater than `high` or one of them is not
   /// finite, there is no range: all values have the colour of no value.
   ColourScale(double low, double high, std::size_t numColours = 256);
+  /// Takes other colours than those of MakePalette; at least one.
+  ColourScale(double low, double high, std::vector<Colour> palette);
 
   bool HasRange() const { return mHasRange; }
   double GetLow() const { return mLow; }
