@@ -46,6 +46,7 @@ std::unique_ptr<Command> MakeHtmlCommand();
 std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeLsCommand();
 std::unique_ptr<Command> MakeMergeCommand();
+std::unique_ptr<Command> MakePictureCommand();
 std::unique_ptr<Command> MakePlanCommand();
 std::unique_ptr<Command> MakeSampleCommand();
 std::unique_ptr<Command> MakeStatsCommand();

@@ -76,13 +76,16 @@ std::vector<std::string> FindFiles(const std::vector<std::string>& arguments) {
   return files;
 }
 
-/// Returns the words that can be the value of an option or argument.
+/// Returns the words that can be the value of an option or argument: the fixed ones, then names.
 std::vector<std::string> Values(const CLI::App& app, const CLI::Option& option,
                                 const std::vector<std::string>& arguments) {
   const NameSource source = FindNameSource(option.get_name());
-  if (source == NameSource::None) return Choices(option);
   if (source == NameSource::Subcommands) return SubcommandNames(app);
-  return ListNames(source, FindFiles(arguments));
+  std::vector<std::string> values = Choices(option);
+  if (source == NameSource::None) return values;
+  const std::vector<std::string> names = ListNames(source, FindFiles(arguments));
+  values.insert(values.end(), names.begin(), names.end());
+  return values;
 }
 
 /// Returns all words that can follow `before`.

@@ -16,6 +16,7 @@ namespace {
 /// The arguments whose values are names, for all subcommands.
 constexpr auto kArguments = std::to_array<std::pair<std::string_view, NameSource>>({
     {"--attributes", NameSource::Nodes},
+    {"--deform", NameSource::Results},
     {"--instances", NameSource::Instances},
     {"--material", NameSource::Nodes},
     {"--name", NameSource::Nodes},
@@ -28,8 +29,10 @@ constexpr auto kArguments = std::to_array<std::pair<std::string_view, NameSource
     {"--results", NameSource::Results},
     {"--root-a", NameSource::Nodes},
     {"--root-b", NameSource::Nodes},
+    {"--step", NameSource::Instances},
     {"--stream", NameSource::Streams},
     {"--tolerance", NameSource::Results},
+    {"--view", NameSource::Views},
     {"--view-point", NameSource::Views},
     {"--without-instances", NameSource::Instances},
     {"--without-nodes", NameSource::Nodes},
