@@ -44,7 +44,6 @@ function findEdges(mesh, triangleCells) {
   }
   const cells = [];
   const outline = [];
-  const kinds = {cells, outline};
   for (let p = 0; p < info.numPoints; ++p) {
     for (let i = starts[p]; i < starts[p + 1]; ++i) {
       const end = ends[i];
@@ -67,5 +66,5 @@ function findEdges(mesh, triangleCells) {
       if (!isSameCell || cosine < kFaceCosine) cells.push(p, end);
     }
   }
-  return {cells: Uint32Array.from(kinds.cells), outline: Uint32Array.from(kinds.outline)};
+  return {cells: Uint32Array.from(cells), outline: Uint32Array.from(outline)};
 }

@@ -8,14 +8,12 @@ async function describePicked(view) {
   const info = {part: part.name, partNode: part.node, element: null, elementPosition: null};
   info.nodePosition = await read("pointPositions", point);
   info.node = await read("pointIds", point) ?? (info.nodePosition === null ? null : info.nodePosition + 1);
-  info.hasNodeIds = Boolean(mesh.info.pointIds);
   let cell = null;
   if (triangle !== undefined) cell = await read("triangleCells", triangle);
   else if (line !== undefined) cell = await read("lineCells", line);
   if (cell !== null) {
     info.elementPosition = await read("cellPositions", cell);
     info.element = await read("cellIds", cell) ?? (info.elementPosition === null ? null : info.elementPosition + 1);
-    info.hasElementIds = Boolean(mesh.info.cellIds);
   }
   const {at, resolution} = mesh.position(point);
   info.coordinates = at.map((x, k) => roundedText(x, resolution[k]));
@@ -48,8 +46,7 @@ function precisionText({isExact, resolutions, component}) {
   return `display precision, in steps of ${Number(step.toPrecision(2))}`;
 }
 
-const numberText = (id, position, hasIds) => (
-  hasIds ? `${id} (position ${position} in the file)` : `${id} (counted from 1; the file has no ids)`);
+const numberText = (id, position) => `${id} (position ${position} in the file)`;
 
 function showPicked(info) {
   const list = create("dl");
@@ -66,8 +63,8 @@ function showPicked(info) {
     }
   }
   add("Part", info.part);
-  if (info.element !== null) add("Element", numberText(info.element, info.elementPosition, info.hasElementIds));
-  if (info.node !== null) add("Nearest node", numberText(info.node, info.nodePosition, info.hasNodeIds));
+  if (info.element !== null) add("Element", numberText(info.element, info.elementPosition));
+  if (info.node !== null) add("Nearest node", numberText(info.node, info.nodePosition));
   add("Coordinates", `${info.coordinates.join(", ")} (display precision)`);
   byId("picked").replaceChildren(list);
 }

@@ -75,7 +75,7 @@ function addDifferences(model, show) {
   const rows = greatest.map(({result, part, step, value}) => [
     model.results[result]?.name, model.parts[part]?.name, stepText(model.steps[step], step),
     value === null ? "not a number" : exactText(value)]);
-  addSection(`Differences of ${a} and ${b}`, rows.length, true, () => makeTable(
+  addSection(`Greatest differences of ${b} minus ${a}`, rows.length, true, () => makeTable(
       {title: "Greatest differences", columns: ["Result", "Part", "Step", "Difference"], rows},
       i => greatest[i].index === null ? null : create("button", {
         type: "button", textContent: "Show", "aria-label": `Show row ${i + 1}`,
