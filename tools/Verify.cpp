@@ -2,8 +2,10 @@
 
 #include <CLI/App.hpp>
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,7 +14,11 @@
 #include "OptionValues.h"
 #include "Plural.h"
 #include "Qov/Util/FileContext.h"
+#include "Qov/Util/Raise.h"
+#include "SafeOutput.h"
 #include "check/UnreadContent.h"
+#include "diagnostics/Printable.h"
+#include "html/ReportPage.h"
 #include "ledger/ExpectModel.h"
 #include "ledger/FaultText.h"
 #include "ledger/LedgerJson.h"
@@ -125,6 +131,39 @@ const char* ProgramOf(const MergeRequest& request) {
   return request.mMode.IsOfRyxMerge() ? "" : "by ryx merge ";
 }
 
+/// Returns the verdict in one sentence.
+std::string VerdictText(const Verdict& verdict) {
+  if (!verdict.IsGood()) return "Not OK: " + Plural(verdict.mFaults.GetCount(), "difference");
+  return HasWarningOfLoss(verdict.mWarnings)
+             ? "OK: all values match. The warnings list data that the merge leaves out."
+             : "OK: nothing is missing and all values match.";
+}
+
+/// Writes the page of --html.
+void WriteReport(const Verdict& verdict, const std::string& output, SafeOutput& page) {
+  using Kind = MergeReport::Kind;
+  MergeReport report;
+  report.mPath = output;
+  report.mVerdict = VerdictText(verdict);
+  report.mVerdict.erase(0, report.mVerdict.find(": ") + 2);  // the page shows if it is OK
+  report.mIsOk = verdict.IsGood();
+  for (const Fault& fault : verdict.mFaults.GetFirst()) {
+    report.mLines.emplace_back(Kind::Error, FaultText(fault, {}));
+  }
+  const std::uint64_t hidden = verdict.mFaults.GetCount() - verdict.mFaults.GetFirst().size();
+  if (hidden != 0) report.mLines.emplace_back(Kind::Error, fmt::format("and {} more", hidden));
+  for (const Warning& warning : verdict.mWarnings) {
+    const std::string path = warning.mPath.empty() ? "" : warning.mPath + ": ";
+    report.mLines.emplace_back(Kind::Warning,
+                               Escape(path + warning.mText + ". " + warning.mRemedy, {}));
+  }
+  if (!verdict.mRecognized.empty()) {
+    report.mNotes.push_back("The output was " + Escape(verdict.mRecognized, {}));
+  }
+  WriteReportPage(report, verdict.mLedger, page);
+  page.Commit();
+}
+
 void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Detail detail,
                   Output& output) {
   const TextStyle& style = output.GetStyle();
@@ -138,14 +177,9 @@ void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Detail de
   }
   PrintLedger(verdict.mLedger, request.mOutput, detail, output);
   output.Line();
-  if (verdict.IsGood()) {
-    output.Line(HasWarningOfLoss(verdict.mWarnings)
-                    ? "OK: all values match. The warnings list data that the merge leaves out."
-                    : "OK: nothing is missing and all values match.");
-    return;
-  }
+  output.Line(VerdictText(verdict));
+  if (verdict.IsGood()) return;
   const std::uint64_t count = verdict.mFaults.GetCount();
-  output.Line("Not OK: " + Plural(count, "difference"));
   for (const Fault& fault : verdict.mFaults.GetFirst()) {
     output.Line("  " + FaultText(fault, style));
   }
@@ -197,6 +231,9 @@ class VerifyCommand : public Command {
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     mOptions.Declare(app);
+    CLI::Option* page = app.add_option("--html", mPagePath, "Write a page for a browser too")
+                            ->type_name("OUT.html");
+    app.add_flag("--overwrite", mOverwrite, "Replace an existing page")->needs(page);
     app.add_option("--limit", mLimit, "Differences to show")
         ->capture_default_str()
         ->transform(WholeNumber());
@@ -209,8 +246,11 @@ class VerifyCommand : public Command {
   void RecognizeProgram(const std::vector<InputFile>& inputs, const QovRyx::Tree& output,
                         MergeRequest& request);
   void Verify(MergeRequest& request, Verdict& verdict);
+  void OpenPage(std::optional<SafeOutput>& page) const;
 
   CheckOptions mOptions;
+  std::string mPagePath;
+  bool mOverwrite = false;
   std::size_t mLimit = kUsualLimit;
   std::string mOutputPath;
   InputOptions mInputs;
@@ -262,6 +302,20 @@ void VerifyCommand::Verify(MergeRequest& request, Verdict& verdict) {
   Compare(request, inputs, output, verdict);
 }
 
+/// Opens the page of --html. Refuses to replace one of the models.
+void VerifyCommand::OpenPage(std::optional<SafeOutput>& page) const {
+  std::vector<std::string> models = mInputPaths;
+  models.push_back(mOutputPath);
+  for (const std::string& model : models) {
+    std::error_code error;
+    if (!std::filesystem::equivalent(mPagePath, model, error)) continue;
+    Util::Raise("tools/Verify", Util::Exception::ErrorType::MiscellaneousError,
+                Util::Quote(mPagePath) + " is one of the models; choose another page");
+  }
+  QovJbf::RemoveOutputsOnSignals();
+  page.emplace(mPagePath, mOverwrite);
+}
+
 int VerifyCommand::Run(Output& output, Output& errors) {
   mOptions.mOfMerge.RefuseTogetherWith(mOptions.mOfRyxMerge);
   mInputs.ReadLists();
@@ -270,9 +324,12 @@ int VerifyCommand::Run(Output& output, Output& errors) {
   mOptions.mRequest.mOutput = mOutputPath;
   mOptions.mOfMerge.ArrangeInputs(mOptions.mRequest);
   if (mOptions.IsOfMerge()) request = DescribeMerge(mOptions.mRequest);
+  std::optional<SafeOutput> page;  // opened first, so that a comparison is not done in vain
+  if (!mPagePath.empty()) OpenPage(page);
   Verdict verdict(mLimit);
   Verify(request, verdict);
   PrintTrouble(verdict, errors);
+  if (verdict.mTrouble.empty() && page) WriteReport(verdict, mOutputPath, *page);
   if (mOptions.mJson) {
     output.Line(FormatJson(VerdictJson(request, verdict)));
   } else if (verdict.mTrouble.empty()) {

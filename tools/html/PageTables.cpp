@@ -13,41 +13,13 @@
 #include "Terminal.h"
 #include "TreeWalk.h"
 #include "ValueText.h"
+#include "html/PageTable.h"
 #include "html/PageText.h"
 #include "stats/ResultStatistics.h"
 #include "stats/StatisticsReport.h"
 
 namespace Qov::Tools {
 namespace {
-
-/// Rows that a table has at most.
-constexpr std::size_t kMostRows = 5000;
-
-/// A table that counts its rows and keeps the first ones.
-class Table {
- public:
-  Table(const char* title, std::vector<const char*> columns)
-      : mTitle(title), mColumns(std::move(columns)) {}
-
-  void Add(std::vector<std::string> cells) {
-    if (++mCount <= kMostRows) mRows.push_back(std::move(cells));
-  }
-  /// Appends the table, unless it is empty.
-  void AppendTo(Json& tables, std::vector<std::string>& notes) {
-    if (mCount == 0) return;
-    if (mCount > kMostRows) {
-      notes.push_back(fmt::format("table \"{}\": left out: {}, because a table has at most {} rows",
-                                  mTitle, Plural(mCount - kMostRows, "row"), kMostRows));
-    }
-    tables.push_back({{"title", mTitle}, {"columns", mColumns}, {"rows", std::move(mRows)}});
-  }
-
- private:
-  const char* mTitle;
-  std::vector<const char*> mColumns;
-  std::vector<std::vector<std::string>> mRows;
-  std::uint64_t mCount = 0;
-};
 
 std::string AttributeText(const QovUtil::AttributeValue& value) {
   const auto* text = std::get_if<std::string>(&value);
@@ -64,8 +36,8 @@ std::string AttributeText(const QovUtil::AttributeValue& value) {
 }
 
 void AddAttributes(const QovRyx::Tree& tree, Json& tables, std::vector<std::string>& notes) {
-  Table groups("Attributes of groups", {"Group", "Attribute", "Value"});
-  Table results("Attributes of results", {"Geometry", "Result", "Attribute", "Value"});
+  PageTable groups("Attributes of groups", {"Group", "Attribute", "Value"});
+  PageTable results("Attributes of results", {"Geometry", "Result", "Attribute", "Value"});
   TreeWalk walk(tree.GetNodes());
   while (const auto step = walk.Next()) {
     if (step->mEntry == nullptr || step->mAgain || step->mEntry->mData == nullptr) continue;
@@ -89,8 +61,8 @@ void AddAttributes(const QovRyx::Tree& tree, Json& tables, std::vector<std::stri
 }
 
 void AddHistory(const QovRyx::Tree& tree, Json& tables, std::vector<std::string>& notes) {
-  Table table("History",
-              {"Program", "Version", "Version of the file", "Date", "Host", "User", "Comment"});
+  PageTable table("History",
+                  {"Program", "Version", "Version of the file", "Date", "Host", "User", "Comment"});
   for (const QovRyx::ModifierInfo& entry : tree.GetModifiers()) {
     table.Add({PageText(entry.mApplication), PageText(entry.mApplicationVersion),
                PageText(entry.mFileVersion), PageText(entry.mDate), PageText(entry.mHost),
@@ -107,8 +79,9 @@ void AddStatistics(const QovRyx::Tree& tree, const std::vector<std::string>& pat
                    std::vector<std::string>& notes) {
   ResultStatistics statistics(patterns);
   statistics.Add(0, tree.GetNodes());
-  Table table("Statistics of results", {"Result", "Component", "Values", "NaN", "Least", "Least at",
-                                        "Greatest", "Greatest at", "Mean", "Root mean square"});
+  PageTable table("Statistics of results",
+                  {"Result", "Component", "Values", "NaN", "Least", "Least at", "Greatest",
+                   "Greatest at", "Mean", "Root mean square"});
   for (const StatisticsRow& row : statistics.GetRows()) {
     const ArrayStatistics& range = row.mValues.GetRange();
     std::vector<std::string> cells{PageText(row.mResult), ComponentText(row),

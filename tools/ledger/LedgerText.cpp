@@ -55,7 +55,7 @@ void PrintTallies(const InputLedger& input, Output& output) {
     if (tally == InputTally{}) continue;
     table.AddRow({NameOf(static_cast<Item>(i)), CountOrNothing(tally.mFound),
                   CountOrNothing(tally.mCopied), CountOrNothing(Sum(tally.mDropped)),
-                  RulesText(tally.mDropped, tally.mFound, tally.mCopied)});
+                  DropsText(tally)});
   }
   PrintTable(table, output);
 }
@@ -84,14 +84,14 @@ void PrintOutputTallies(const Ledger& ledger, Output& output) {
     const OutputTally& tally = ledger.mOutput[i];
     if (tally == OutputTally{}) continue;
     table.AddRow({NameOf(static_cast<Item>(i)), CountOrNothing(tally.mCopied),
-                  CountOrNothing(Sum(tally.mMade)), CountOrNothing(tally.mFound),
-                  RulesText(tally.mMade, tally.mFound, tally.mCopied)});
+                  CountOrNothing(Sum(tally.mMade)), CountOrNothing(tally.mFound), MadeText(tally)});
   }
   PrintTable(table, output);
 }
 
-/// Prints an explanation of each word in the last columns of the tables.
-void PrintLegend(const Ledger& ledger, Output& output) {
+}  // namespace
+
+std::map<std::string, std::string> ExplainRules(const Ledger& ledger) {
   std::map<std::string, std::string> legend;
   for (const InputLedger& input : ledger.mInputs) {
     for (const InputTally& tally : input.mTallies) {
@@ -104,6 +104,22 @@ void PrintLegend(const Ledger& ledger, Output& output) {
   if (ledger.mOutput[static_cast<std::size_t>(Item::UnknownNode)].mFound != 0) {
     legend[NameOf(Item::UnknownNode)] = "only their names and tree positions are read and written";
   }
+  return legend;
+}
+
+std::string DropsText(const InputTally& tally) {
+  return RulesText(tally.mDropped, tally.mFound, tally.mCopied);
+}
+
+std::string MadeText(const OutputTally& tally) {
+  return RulesText(tally.mMade, tally.mFound, tally.mCopied);
+}
+
+namespace {
+
+/// Prints an explanation of each word in the last columns of the tables.
+void PrintLegend(const Ledger& ledger, Output& output) {
+  const std::map<std::string, std::string> legend = ExplainRules(ledger);
   if (legend.empty()) return;
   output.Line();
   for (const auto& [name, explanation] : legend) {
