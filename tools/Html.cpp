@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include <CLI/App.hpp>
-#include <CLI/Validators.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <memory>
@@ -11,6 +10,7 @@
 
 #include "Command.h"
 #include "ErrorText.h"
+#include "OptionValues.h"
 #include "Plural.h"
 #include "Qov/Util/Raise.h"
 #include "SafeOutput.h"
@@ -91,7 +91,7 @@ void HtmlCommand::Declare(CLI::App& app) {
       ->type_name("WHICH");
   app.add_option("--step", mPage.mStep, "Step or load case that is shown first")->type_name("STEP");
   app.add_option("--limit", mPage.mLimit, "Greatest size of the page; default 50 MB")
-      ->transform(CLI::AsSizeValue(true).description(""))
+      ->transform(SizeValue())
       ->option_text("SIZE");
   app.add_flag("--dry-run", mDryRun, "Write nothing, and show what would be written and what not");
   app.add_flag("--overwrite", mOverwrite, "Replace an existing page");
@@ -224,7 +224,8 @@ int HtmlCommand::WriteModel(const QovRyx::Tree& tree, ExportContent& content, co
   PageReport report;
   report.mNotes = content.mNotes;
   report.mIsComplete = content.mIsComplete;
-  const Json tables = MakeTables(tree, mContent.mRequest.mResults, report.mNotes);
+  Json tables = Json::array();  // with --diff they would be those of A
+  if (diff == nullptr) tables = MakeTables(tree, mContent.mRequest.mResults, report.mNotes);
   QovJbf::RemoveOutputsOnSignals();
   OutputSet outputs(mOverwrite, mDryRun);
   WritePage(tree, content, tables, mContent.mRequest.mKinds, mPage, diff, outputs.Open(mOutputPath),

@@ -83,6 +83,7 @@ class PageBuilder {
     AddResults();
     AddExactValues();
     if (mpDiff != nullptr) AddDifferences();
+    NoteFieldData();
     NoteLeftOut();
     WriteFile();
   }
@@ -353,6 +354,20 @@ class PageBuilder {
       if (json.is_null()) continue;
       mManifest["results"][exact.mResult]["fields"][exact.mField]["exact"] = json["exact"];
       ++mReport.mResults[exact.mResult].mNumExact;
+    }
+  }
+
+  /// Notes results that belong neither to points nor to cells.
+  void NoteFieldData() {
+    std::uint64_t count = 0;
+    for (const ExportPart& part : mContent.mParts) {
+      count += static_cast<std::uint64_t>(std::count_if(
+          part.mResults.begin(), part.mResults.end(),
+          [](const ExportResult& result) { return result.mPlacement == Placement::Field; }));
+    }
+    if (count != 0) {
+      Note(fmt::format("not drawn, because they belong neither to points nor to cells: {}",
+                       Plural(count, "result")));
     }
   }
 
