@@ -1,6 +1,7 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "InputLayout.h"
@@ -8,9 +9,11 @@
 #include "Models.h"
 #include "Target.h"
 #include "export/ExportFormat.h"
+#include "html/PageTables.h"
+#include "html/PageWriter.h"
 
-/// Exports a model in every format. A model that can be read and has something to export can be
-/// exported.
+/// Exports a model in every format, and as a page. A model that can be read and has something to
+/// export can be exported.
 namespace {
 
 using namespace Qov::Fuzz;
@@ -68,6 +71,25 @@ void Export(const QovRyx::Tree& tree, const std::string& path, bool onlyCounts) 
           "a model that can be read can be exported");
 }
 
+void WriteHtml(const QovRyx::Tree& tree, const std::string& path, bool onlyCounts) {
+  std::optional<ExportContent> content;
+  const ExportRequest request;
+  if (!Accepts([&] { content = ChooseContent(tree, request, StepLayout::Meshes); })) return;
+  if (!IsSmall(*content)) return;
+  PageRequest page;
+  page.mTitle = "fuzz";
+  page.mLimit = 50'000'000;
+  PageReport report;
+  OutputSet outputs(false, onlyCounts);
+  Require(Accepts([&] {
+            WritePage(tree, *content, MakeTables(tree, {}, report.mNotes), request.mKinds, page,
+                      nullptr, outputs.Open(path), report);
+            outputs.CommitAll();
+          }),
+          "a model that can be read can be shown");
+  Require(outputs.GetNumBytes() <= page.mLimit, "the limit of a page holds");
+}
+
 }  // namespace
 
 const InputLayout Qov::Fuzz::kInputLayout{};
@@ -83,5 +105,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   for (const char* ending : {"vtu", "vtm", "pvd", "glb", "stl", "ply", "csv", "npz", "case"}) {
     Export(tree, folder.GetPath() / (std::string("model.") + ending), onlyCounts);
   }
+  WriteHtml(tree, folder.GetPath() / "model.html", onlyCounts);
   return 0;
 }
