@@ -1,6 +1,6 @@
 #include "BlockCache.h"
 
-#include <cstdlib>
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 
@@ -21,11 +21,9 @@ bool BlockCache::Read(const void* owner, std::size_t block, std::uint64_t within
 }
 
 MallocBuffer BlockCache::MakeRoom(std::uint64_t size) {
-  if (size > kMaxBytes) return nullptr;
-  while (!mEntries.empty() && mNumBytes + GetCost(size) > kMaxBytes) {
-    Drop(std::prev(mEntries.end()));
-  }
-  return MallocBuffer(static_cast<unsigned char*>(std::malloc(size > 0 ? size : 1)));
+  if (size > mMost) return nullptr;
+  DropBefore(GetCost(size));
+  return TryToAllocate(size);
 }
 
 void BlockCache::Add(const void* owner, std::size_t block, MallocBuffer content,
@@ -35,6 +33,11 @@ void BlockCache::Add(const void* owner, std::size_t block, MallocBuffer content,
   mNumBytes += GetCost(size);
 }
 
+void BlockCache::SetSize(std::uint64_t numBytes) {
+  mMost = std::min(kMaxBytes, numBytes);
+  DropBefore(0);
+}
+
 void BlockCache::DropAll(const void* owner) {
   for (auto place = mPlaces.lower_bound({owner, 0});
        place != mPlaces.end() && place->first.first == owner;) {
@@ -42,6 +45,10 @@ void BlockCache::DropAll(const void* owner) {
     ++place;
     Drop(entry);
   }
+}
+
+void BlockCache::DropBefore(std::uint64_t cost) {
+  while (!mEntries.empty() && mNumBytes + cost > mMost) Drop(std::prev(mEntries.end()));
 }
 
 void BlockCache::Drop(Entries::iterator entry) {

@@ -29,6 +29,8 @@ class BlockCache {
   MallocBuffer MakeRoom(std::uint64_t size);
   /// Adds a block. `content` is the memory that MakeRoom returned for `size`.
   void Add(const void* owner, std::size_t block, MallocBuffer content, std::uint64_t size);
+  /// Sets the size of the cache, at most kMaxBytes.
+  void SetSize(std::uint64_t numBytes);
   /// Drops all blocks of `owner`.
   void DropAll(const void* owner);
 
@@ -44,9 +46,12 @@ class BlockCache {
   /// Returns the size plus an allowance for the cache's own data, because blocks can be tiny.
   static std::uint64_t GetCost(std::uint64_t size) { return size + 256; }
   void Drop(Entries::iterator entry);
+  /// Drops blocks until a block with these costs fits.
+  void DropBefore(std::uint64_t cost);
 
   Entries mEntries;  ///< The most recently used block comes first.
   std::map<Key, Entries::iterator> mPlaces;
+  std::uint64_t mMost = kMaxBytes;
   std::uint64_t mNumBytes = 0;
 };
 

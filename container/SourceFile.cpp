@@ -1,5 +1,8 @@
 #include "SourceFile.h"
 
+#include <fcntl.h>
+
+#include <exception>
 #include <list>
 #include <utility>
 
@@ -32,6 +35,15 @@ void SourceFile::Read(std::uint64_t position, void* target, std::size_t n) {
     open.push_front(this);
   }
   ReadAt(kStreamReaderSource, mFile, position, target, n);
+}
+
+int SourceFile::Duplicate() {
+  try {
+    if (mFile == nullptr) Open();
+  } catch (const std::exception&) {
+    return -1;
+  }
+  return ::fcntl(::fileno(mFile), F_DUPFD_CLOEXEC, 0);
 }
 
 void SourceFile::Open() {

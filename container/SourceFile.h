@@ -28,6 +28,10 @@ class SourceFile {
   /// changed since it was first opened.
   void Read(std::uint64_t position, void* target, std::size_t n);
 
+  /// Returns another descriptor of the file, which the caller closes, or -1. Opens the file if
+  /// necessary. Never raises.
+  int Duplicate();
+
   const FileIdentity& GetIdentity() const { return mIdentity; }
   std::uint64_t GetLength() const { return mIdentity.GetSize(); }
   const std::string& GetPath() const { return mIdentity.GetPath(); }

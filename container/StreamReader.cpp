@@ -12,8 +12,10 @@
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
+#include "ReadAhead.h"
 #include "SourceFile.h"
 #include "Sources.h"
+#include "WholeBlock.h"
 
 namespace QovJbf {
 
@@ -25,6 +27,9 @@ constexpr std::uint64_t kMaxDiscarded = 4;
 /// The number of readers that may have an inflater. An inflater takes up to 72 KiB, and a merge
 /// keeps one for each input whose block it has read in part.
 constexpr std::size_t kMostInflaters = 8192;
+/// A block is decompressed as a whole if its content and its compressed form have at most this many
+/// bytes together.
+constexpr std::uint64_t kMostWhole = std::uint64_t{160} << 20;
 
 }  // namespace
 
@@ -34,6 +39,7 @@ struct StreamReader::State {
 
   ~State() {
     CloseInflater();
+    ReadAhead::Forget(*mpReader);
     BlockCache::Instance().DropAll(this);
   }
 
@@ -49,12 +55,14 @@ struct StreamReader::State {
   void CloseInflater();
   void CountDiscarded(std::size_t i, std::uint32_t n);
   bool IsWorthCaching(std::size_t i) const;
+  bool InflateWhole(std::size_t i, unsigned char* content);
   bool CacheBlock(std::size_t i);
   void VerifyLastRead();
   void VerifyBlock(std::size_t i, bool mayCache);
   template <class InflateToEnd>
   void RunToEnd(std::size_t i, InflateToEnd inflateToEnd);
 
+  const StreamReader* mpReader = nullptr;
   std::shared_ptr<SourceFile> mpSource;
   std::vector<StoredBlock> mBlocks;
   std::vector<std::uint64_t> mStarts;  // uncompressed offsets of the blocks, and the length
@@ -106,6 +114,10 @@ void StreamReader::State::ReadFromBlock(std::size_t i, std::uint32_t within, uns
                                         std::uint32_t n) {
   if (!mBlocks[i].mCompressed) {
     mpSource->Read(mBlocks[i].mPosition + within, target, n);
+    return;
+  }
+  if (ReadAhead::Read(*mpReader, i, within, target, n)) {
+    mChecksums[i] = Checksum::Matches;
     return;
   }
   if (BlockCache::Instance().Read(this, i, within, target, n)) return;
@@ -181,6 +193,18 @@ void StreamReader::State::RunToEnd(std::size_t i, InflateToEnd inflateToEnd) {
   }
 }
 
+// Decompresses a block as a whole. Returns false if it is damaged, or if it and its compressed form
+// are too large to be in memory at the same time. BlockInflater decompresses it then.
+bool StreamReader::State::InflateWhole(std::size_t i, unsigned char* content) {
+  const StoredBlock& block = mBlocks[i];
+  if (std::uint64_t{block.mSize} + GetRawLength(i) > kMostWhole) return false;
+  const MallocBuffer stored = TryToAllocate(block.mSize);
+  if (!stored) return false;
+  mpSource->Read(block.mPosition, stored.get(), block.mSize);
+  return DecompressWhole(stored.get() + kRawLengthSize, block.mSize - kRawLengthSize, content,
+                         GetRawLength(i)) != 0;
+}
+
 // Decompresses the block into the cache, which verifies it. Returns false and does nothing if the
 // cache or the memory is too small.
 bool StreamReader::State::CacheBlock(std::size_t i) {
@@ -188,7 +212,11 @@ bool StreamReader::State::CacheBlock(std::size_t i) {
   MallocBuffer content = BlockCache::Instance().MakeRoom(length);
   if (!content) return false;
   CloseInflater();
-  RunToEnd(i, [&] { mpInflater->Read(content.get(), length); });
+  if (InflateWhole(i, content.get())) {
+    mChecksums[i] = Checksum::Matches;
+  } else {
+    RunToEnd(i, [&] { mpInflater->Read(content.get(), length); });
+  }
   BlockCache::Instance().Add(this, i, std::move(content), length);
   return true;
 }
@@ -205,12 +233,17 @@ void StreamReader::State::VerifyLastRead() {
 void StreamReader::State::VerifyBlock(std::size_t i, bool mayCache) {
   if (!mBlocks[i].mCompressed || mChecksums[i] == Checksum::Matches) return;
   if (mChecksums[i] == Checksum::Differs) throw DamagedBlock();
+  if (ReadAhead::IsSound(*mpReader, i)) {
+    mChecksums[i] = Checksum::Matches;
+    return;
+  }
   if (mayCache && CacheBlock(i)) return;
   RunToEnd(i, [this] { mpInflater->SkipToEnd(); });
 }
 
 StreamReader::StreamReader(std::shared_ptr<SourceFile> source, std::vector<StoredBlock> blocks)
     : mpState(std::make_unique<State>()) {
+  mpState->mpReader = this;
   mpState->mpSource = std::move(source);
   mpState->mBlocks = std::move(blocks);
   mpState->mStarts.reserve(mpState->mBlocks.size() + 1);
@@ -282,6 +315,12 @@ void StreamReader::ReadStored(const BlockExtent& block, std::uint64_t begin, voi
   if (hasLength && std::memcmp(target, &block.mRawLength, kRawLengthSize) != 0) {
     Qov::Util::Raise(kStreamReaderSource, Qov::Util::Exception::ErrorType::MismatchError);
   }
+}
+
+int StreamReader::DuplicateHandle() const { return mpState->mpSource->Duplicate(); }
+
+std::uint64_t StreamReader::GetPosition(std::size_t block) const {
+  return mpState->mBlocks[block].mPosition;
 }
 
 bool StreamReader::ReadsFrom(const std::string& path) const { return GetIdentity().IsFileAt(path); }

@@ -21,6 +21,16 @@ int __wrap_inflate(z_streamp stream, int flush) {
   gInflated += stream->total_out - before;
   return result;
 }
+
+// DecompressWhole
+std::size_t __real__ZN6QovJbf15DecompressWholeEPKvmPvm(const void* stream, std::size_t mostBytes,
+                                                       void* content, std::size_t n);
+
+std::size_t __wrap__ZN6QovJbf15DecompressWholeEPKvmPvm(const void* stream, std::size_t mostBytes,
+                                                       void* content, std::size_t n) {
+  gInflated += n;
+  return __real__ZN6QovJbf15DecompressWholeEPKvmPvm(stream, mostBytes, content, n);
+}
 }
 
 namespace QovJbf {

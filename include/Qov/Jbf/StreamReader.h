@@ -12,6 +12,7 @@
 
 namespace QovJbf {
 
+class ReadAhead;
 class SourceFile;
 
 /// Reads one stream of a container file without holding all of it in memory.
@@ -100,6 +101,13 @@ class QOV_EXPORT StreamReader {
   const FileIdentity& GetIdentity() const;
 
  private:
+  friend class ReadAhead;
+
+  /// Returns another handle of the open file, or -1.
+  int DuplicateHandle() const;
+  /// Returns the position of a block in the file.
+  std::uint64_t GetPosition(std::size_t block) const;
+
   struct State;
   std::unique_ptr<State> mpState;
 };
