@@ -6,6 +6,7 @@
 
 #include "ErrorText.h"
 #include "VerifiedValues.h"
+#include "model/ReadPlan.h"
 
 namespace Qov::Tools {
 namespace {
@@ -52,15 +53,22 @@ Loaders FindShown(const QovRyx::NodeTree& nodes, const NodeFilter& filter) {
 ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter,
                                  const TextStyle& style) {
   const Loaders shown = FindShown(nodes, filter);
+  std::vector<const Geometry::VarStruct*> results;
+  QovJbf::ReadAhead::Parts parts;
   for (const bool integerKinds : {true, false}) {  // in stored order
     QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const Geometry& geometry) {
       for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
         const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();
         if (variable.mLink.IsLinked() || !shown.contains(loader)) continue;
         if (variable.IsIntegerKind() != integerKinds) continue;
-        mEntries.emplace(loader, MakeEntry(variable, style));
+        results.push_back(&variable);
+        QovRyx::AddPart(variable.mValues, parts);
       }
     });
+  }
+  const QovJbf::ReadAhead ahead(parts);
+  for (const Geometry::VarStruct* result : results) {
+    mEntries.emplace(result->mValues.GetLoader().get(), MakeEntry(*result, style));
   }
 }
 

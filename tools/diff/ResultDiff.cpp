@@ -14,6 +14,7 @@
 #include "VerifiedValues.h"
 #include "compare/Attributes.h"
 #include "compare/NameMatching.h"
+#include "model/ReadPlan.h"
 
 namespace Qov::Tools {
 namespace {
@@ -151,6 +152,14 @@ void ResultDiff::CompareAllValues() {
     return key(left) < key(right);
   });
   const QovRyx::ProgressReport progress(CountBytesToCompare());
+  QovJbf::ReadAhead::Parts parts;
+  for (const Task& task : mTasks) {
+    const auto& [nodes, a, b, positionA, positionB] = task.mResults;
+    if (a->mLink.IsLinked() || b->mLink.IsLinked()) continue;
+    QovRyx::AddPart(a->mValues, parts);
+    QovRyx::AddPart(b->mValues, parts);
+  }
+  const QovJbf::ReadAhead ahead(parts);
   std::multimap<std::size_t, ModelDifference> found;
   for (const Task& task : mTasks) {
     QovRyx::ProgressReport::Advance(task.mResults.mA->mValues.GetSize());

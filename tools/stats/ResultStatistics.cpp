@@ -14,6 +14,7 @@
 #include "VerifiedValues.h"
 #include "diagnostics/Utf8.h"
 #include "merge/ArrayNames.h"
+#include "model/ReadPlan.h"
 
 namespace Qov::Tools {
 namespace {
@@ -121,6 +122,9 @@ void ResultStatistics::Add(std::size_t file, const QovRyx::NodeTree& nodes) {
   for (const Task& task : tasks) numBytes += task.mpResult->mValues.GetSize();
   const QovRyx::ProgressReport progress(numBytes);
   mHolders.assign(mRows.size(), {nullptr, nullptr});
+  QovJbf::ReadAhead::Parts parts;
+  for (const Task& task : tasks) QovRyx::AddPart(task.mpResult->mValues, parts);
+  const QovJbf::ReadAhead ahead(parts);
   Array array;
   std::size_t numComponents = 0;
   for (const Task& task : tasks) {

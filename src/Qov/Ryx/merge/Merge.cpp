@@ -21,11 +21,15 @@
 #include "diagnostics/Printable.h"
 #include "model/HeavyPass.h"
 #include "model/HistoryDate.h"
+#include "model/ReadPlan.h"
 
 namespace QovRyx {
 namespace {
 
 using ErrorType = Qov::Util::Exception::ErrorType;
+
+/// Bytes of blocks that are read ahead while other blocks are compressed.
+constexpr std::uint64_t kSaveMemory = std::uint64_t{96} << 20;
 
 std::uint64_t FileSize(const std::string& path) {
   struct stat status {};
@@ -130,11 +134,19 @@ class MergeRun {
     mReport.mResults = counts.mResults;
     const std::string& path = output.GetTemporaryPath();
     Qov::Util::WithFileContext(mRequest.mOutput, [&] {
-      tree.Save(path, HistoryCommentOf(mRequest), mRequest.mSettings);
+      {
+        const QovJbf::ReadAhead ahead(PlanSave(tree), kSaveMemory);
+        tree.Save(path, HistoryCommentOf(mRequest), mRequest.mSettings);
+      }
       if (mpListener != nullptr) mpListener->CheckOutput(path);
       mReport.mOutputBytes = FileSize(path);
       output.Commit();
     });
+  }
+
+  /// Copied blocks are not read.
+  QovJbf::ReadAhead::Parts PlanSave(const Tree& tree) const {
+    return mRequest.mSettings.mKeepBlocks ? QovJbf::ReadAhead::Parts() : PlanReads(tree.GetNodes());
   }
 
   const MergeRequest& mRequest;
