@@ -90,6 +90,10 @@ class ShareArraysTest : public testing::Test {
   Tree mTree{false};
 };
 
+/// The parameter is the number of arrays that are kept in memory.
+class KeptArraysTest : public ShareArraysTest, public testing::WithParamInterface<std::uint64_t> {};
+INSTANTIATE_TEST_SUITE_P(Arrays, KeptArraysTest, testing::Values(0, 1, 3, 100));
+
 TEST_F(ShareArraysTest, LinksLeadToTheFirstResultInTheOrderOfSave) {
   Tree model(false);
   Geometry& first = AddGeometry(model, {Values(1), Values(2), Values(1), Values(3)});
@@ -168,8 +172,9 @@ TEST_F(ShareArraysTest, ComparesBitsNotNumbers) {
 }
 
 /// All arrays of a length have the same hash, and few bytes are compared at a time.
-TEST_F(ShareArraysTest, EqualHashesOfDifferentArraysChangeNothing) {
+TEST_P(KeptArraysTest, EqualHashesOfDifferentArraysChangeNothing) {
   SearchLimits limits;
+  limits.mKept = GetParam() * kSize;
   limits.mHashMask = 0;
   limits.mMemory = 1500;
   std::vector<float> late = Ramp(kNumValues, 3);
@@ -192,6 +197,7 @@ TEST_F(ShareArraysTest, GivesUpWhenTooMuchIsSkipped) {
   AddGeometry(model, Repeat(2, 5));
   SearchLimits limits;
   limits.mMemory = 500;
+  limits.mKept = 0;
   limits.mSkips = {1, 0};
   const SharedArrays shared = Share(model, limits);
   EXPECT_GT(shared.mNotCompared, 0U);

@@ -11,10 +11,12 @@
 #include <tuple>
 #include <utility>
 
+#include "KeptArrays.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Util/FileContext.h"
 #include "container/SystemResources.h"
 #include "model/HeavyPass.h"
+#include "model/ReadPlan.h"
 
 namespace QovRyx {
 namespace {
@@ -26,6 +28,8 @@ constexpr std::uint64_t kPieceSize = std::uint64_t{256} << 10;
 /// A group of equal hashes is compared again without the arrays that are equal to its first one, at
 /// most this often. More different arrays have the same hash only on purpose.
 constexpr int kMostRounds = 16;
+/// Bytes of blocks that are read ahead.
+constexpr std::uint64_t kReadAheadMemory = std::uint64_t{152} << 20;
 
 std::uint64_t GetNumBytes(const NumericArray& array) {
   return array.GetNumElements() * kElementSize;
@@ -78,7 +82,6 @@ class ArraySearch {
   EqualArrays Run();
 
  private:
-  using Hash = std::pair<std::uint64_t, std::uint64_t>;
   /// The file and the offset of an array. Arrays in memory have file 0.
   using Place = std::pair<std::size_t, std::uint64_t>;
   struct Group {
@@ -103,7 +106,8 @@ class ArraySearch {
   template <class KeyOf>
   Groups GroupBy(std::vector<std::size_t> arrays, KeyOf keyOf) const;
   Groups GroupByHash(const Groups& groups);
-  Hash MakeHash(const NumericArray& array);
+  KeptArrays::Key Hash(std::size_t i, KeptArrays& kept);
+  void SetEqual(std::size_t kept, std::size_t other);
   Groups Compare(Groups groups);
   void CompareWindows(std::vector<Window>& windows);
   void CompareWith(const Window& window, std::size_t array);
@@ -122,6 +126,7 @@ class ArraySearch {
   std::vector<StreamReader*> mReaders;                ///< Files of arrays that were read.
   SkippedBytes mSkipped;
   StoredBytes mBytes;
+  std::map<std::size_t, std::vector<std::size_t>> mEqualToKept;
   std::vector<bool> mDiffers;  ///< True for arrays that differ from the first of their group.
   EqualArrays mResult;
 };
@@ -204,33 +209,67 @@ ArraySearch::Groups ArraySearch::GroupByHash(const Groups& groups) {
   }
   std::sort(order.begin(), order.end());
   const ProgressReport report(numBytes);
-  std::vector<Hash> hashes(mArrays.size());
+  QovJbf::ReadAhead::Parts reads;
+  for (const auto& [place, i] : order) AddPart(At(i), reads);
+  const QovJbf::ReadAhead ahead(reads, kReadAheadMemory);
+  KeptArrays kept(mLimits.mKept);
+  std::vector<KeptArrays::Key> hashes(mArrays.size());
   for (const auto& [place, i] : order) {
     StreamReader* reader = place.first == 0 ? nullptr : &At(i).GetLoader()->GetReader();
     if (reader != nullptr && (mReaders.empty() || mReaders.back() != reader)) {
       mReaders.push_back(reader);
       mSkipped.Watch(*reader);
     }
-    if (!IsGivenUp(i)) hashes[i] = MakeHash(At(i));
+    if (!IsGivenUp(i)) hashes[i] = Hash(i, kept);
   }
   Groups equal;
   for (const Group& group : groups) {
-    Groups parts =
-        GroupBy(DropGivenUp(group).mArrays, [&hashes](std::size_t i) { return hashes[i]; });
+    std::vector<std::size_t> rest = DropGivenUp(group).mArrays;
+    std::erase_if(rest, [this](std::size_t i) { return mResult.mFirst[i] != i; });
+    Groups parts = GroupBy(std::move(rest), [&hashes](std::size_t i) { return hashes[i]; });
     std::move(parts.begin(), parts.end(), std::back_inserter(equal));
   }
   return equal;
 }
 
-ArraySearch::Hash ArraySearch::MakeHash(const NumericArray& array) {
+/// Returns the hash of an array. Sets its first equal array if that is kept, and keeps it
+/// otherwise.
+KeptArrays::Key ArraySearch::Hash(std::size_t i, KeptArrays& kept) {
+  const NumericArray& array = At(i);
+  const std::uint64_t size = GetNumBytes(array);
+  const bool canKeep = size <= mLimits.mKept;
+  KeptArrays::Bytes all;
+  if (canKeep) all.reserve(size);
   XXH3_state_t state;
   XXH3_128bits_reset(&state);
-  mBytes.ForEachPiece(array, 0, GetNumBytes(array), [&state](const void* bytes, std::size_t n) {
+  mBytes.ForEachPiece(array, 0, size, [&](const unsigned char* bytes, std::size_t n) {
     XXH3_128bits_update(&state, bytes, n);
+    if (canKeep) all.insert(all.end(), bytes, bytes + n);
     return true;
   });
   const XXH128_hash_t hash = XXH3_128bits_digest(&state);
-  return {hash.high64 & mLimits.mHashMask, hash.low64 & mLimits.mHashMask};
+  const KeptArrays::Key key{array.GetSize(), array.GetWidth(), hash.high64 & mLimits.mHashMask,
+                            hash.low64 & mLimits.mHashMask};
+  if (!canKeep) return key;
+  if (const auto same = kept.Find(key, all)) {
+    SetEqual(*same, i);
+  } else {
+    kept.Add(key, i, std::move(all));
+  }
+  return key;
+}
+
+/// Makes two arrays equal, of which the first one may already be equal to another. The earlier one
+/// becomes the first one of both.
+void ArraySearch::SetEqual(std::size_t kept, std::size_t other) {
+  std::size_t& first = mResult.mFirst[kept];
+  if (other < first) {
+    for (std::size_t& i : mEqualToKept[kept]) mResult.mFirst[i] = other;
+    first = other;
+  } else {
+    mResult.mFirst[other] = first;
+  }
+  mEqualToKept[kept].push_back(other);
 }
 
 /// Compares the first array of each group with the others. Returns the groups of those that differ

@@ -14,6 +14,8 @@ namespace QovRyx {
 struct SearchLimits {
   /// Bytes of arrays that are in memory to be compared. Less is used if less is free.
   std::uint64_t mMemory = std::uint64_t{256} << 20;
+  /// Bytes of arrays that are kept in memory while the others are hashed.
+  std::uint64_t mKept = std::uint64_t{48} << 20;
   /// Bytes that the search may skip in a file.
   SkipLimit mSkips;
   /// The bits of both halves of the hash that are used.
@@ -31,11 +33,12 @@ struct EqualArrays {
 /// are not equal to any other.
 ///
 /// Arrays of which another one has the same size and width are hashed, each file in stored order.
-/// Arrays with equal hashes are compared byte by byte. The first one of each group is in memory
-/// then, in parts if it is large, and the others are read in stored order. A file is therefore
-/// decompressed twice, more often only if it has more than SearchLimits::mMemory of arrays that are
-/// first in their groups. An array that is stored in another form than Save writes, for example by
-/// an older version, is in memory as a whole, one at a time.
+/// An array whose hash has occurred before is compared byte by byte with that array, if it is kept
+/// in memory (KeptArrays). So a file is usually decompressed once. Arrays with equal hashes that
+/// were not compared that way are compared afterwards: the first one of each group is in memory
+/// then, in parts if it is large, and the others are read in stored order. An array that is stored
+/// in another form than Save writes, for example by an older version, is in memory as a whole, one
+/// at a time.
 ///
 /// Raises the errors of StreamReader::Read and VerifyBefore, because the arrays that were read are
 /// verified, and ReadError if a file has changed.
