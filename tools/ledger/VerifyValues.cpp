@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
+#include <utility>
 
 #include "ErrorText.h"
 #include "Qov/Ryx/Progress.h"
@@ -12,6 +14,7 @@
 #include "compare/Sets.h"
 #include "compare/Values.h"
 #include "model/LinkFollower.h"
+#include "model/ReadPlan.h"
 
 namespace Qov::Tools {
 namespace {
@@ -56,10 +59,129 @@ std::uint64_t CountValueBytes(const ExpectedModel& model) {
   return numBytes;
 }
 
+/// Compares the values of all results in the order in which the inputs store them, because an input
+/// can have blocks that are too large to be decompressed more than once.
+class ArrayVerifier {
+ public:
+  ArrayVerifier(ExpectedModel& model, const QovRyx::NodeTree& output) {
+    for (const bool integerKinds : {true, false}) CollectArrays(model, integerKinds);
+    CollectLinks(model, output);
+  }
+
+  /// Reports the faults in the order of the model.
+  void Verify(FaultReporter& reporter);
+
+ private:
+  struct Task {
+    const ExpectedNode* mpNode;
+    ExpectedResult* mpExpected;
+    const Result* mpOwner;  ///< Has the values in the output; null for a link without a target.
+    bool mIsLink;           ///< True if the result is a link to an equal result in the output.
+    std::string mFault;
+
+    const Result* GetWanted() const { return mpExpected->mpValues; }
+  };
+  /// Values of owners of links. Several links have the same owner.
+  struct OwnerValues {
+    Values mValues;
+    std::string mError;
+  };
+  static constexpr std::uint64_t kMostOwnerBytes = std::uint64_t{32} << 20;
+
+  void CollectArrays(ExpectedModel& model, bool integerKinds);
+  void CollectLinks(ExpectedModel& model, const QovRyx::NodeTree& output);
+  std::vector<Task*> SortByPlace();
+  QovJbf::ReadAhead::Parts PlanReads(const std::vector<Task*>& order) const;
+  std::string FindFault(const Task& task, const std::string& inputPath);
+  std::string FindLinkFault(const Task& task, const std::string& inputPath);
+  const OwnerValues& ReadOwner(const Result& owner);
+
+  std::vector<Task> mTasks;
+  std::map<const Result*, OwnerValues> mOwners;
+  std::uint64_t mNumOwnerBytes = 0;
+};
+
+void ArrayVerifier::CollectArrays(ExpectedModel& model, bool integerKinds) {
+  for (auto& [id, node] : model.mNodes) {
+    for (ExpectedResult& expected : node.mResults) {
+      const Result* found = expected.mpFound;
+      if (found == nullptr || found->mLink.IsLinked() || expected.mLink.IsLinked()) continue;
+      if (found->IsIntegerKind() != integerKinds) continue;
+      mTasks.push_back({&node, &expected, found, false, ""});
+    }
+  }
+}
+
+void ArrayVerifier::CollectLinks(ExpectedModel& model, const QovRyx::NodeTree& output) {
+  QovRyx::LinkFollower<Result> follower = QovRyx::FollowLinks(output);
+  for (auto& [id, node] : model.mNodes) {
+    for (ExpectedResult& expected : node.mResults) {
+      if (expected.mMade != MadeRule::StoredOnce || expected.mpFound == nullptr) continue;
+      mTasks.push_back({&node, &expected, follower.FindOwner(*expected.mpFound), true, ""});
+    }
+  }
+}
+
+std::vector<ArrayVerifier::Task*> ArrayVerifier::SortByPlace() {
+  using Place = std::pair<std::size_t, std::uint64_t>;
+  std::map<const QovJbf::StreamReader*, std::size_t> files;
+  std::vector<std::pair<Place, Task*>> places;
+  for (Task& task : mTasks) {
+    const QovRyx::DataLoader* loader =
+        task.GetWanted() == nullptr ? nullptr : task.GetWanted()->mValues.GetLoader().get();
+    Place place;
+    if (loader != nullptr) {
+      const auto [file, isNew] = files.try_emplace(&loader->GetReader(), files.size() + 1);
+      place = {file->second, loader->GetOffset()};
+    }
+    places.emplace_back(place, &task);
+  }
+  std::stable_sort(places.begin(), places.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::vector<Task*> order;
+  order.reserve(places.size());
+  for (const auto& [place, task] : places) order.push_back(task);
+  return order;
+}
+
+QovJbf::ReadAhead::Parts ArrayVerifier::PlanReads(const std::vector<Task*>& order) const {
+  QovJbf::ReadAhead::Parts parts;
+  std::set<const Result*> owners;
+  for (const Task* task : order) {
+    if (task->GetWanted() != nullptr) QovRyx::AddPart(task->GetWanted()->mValues, parts);
+    const Result* owner = task->mpOwner;
+    if (owner != nullptr && (!task->mIsLink || owners.insert(owner).second)) {
+      QovRyx::AddPart(owner->mValues, parts);
+    }
+  }
+  return parts;
+}
+
+void ArrayVerifier::Verify(FaultReporter& reporter) {
+  const std::vector<Task*> order = SortByPlace();
+  {
+    const QovJbf::ReadAhead ahead(PlanReads(order));
+    for (Task* task : order) {
+      const std::string& inputPath = reporter.GetInputPath(task->mpExpected->mInput);
+      task->mFault = task->mIsLink ? FindLinkFault(*task, inputPath) : FindFault(*task, inputPath);
+    }
+  }
+  for (const Task& task : mTasks) {
+    const std::uint8_t width = task.GetWanted() == nullptr ? QovRyx::NumericArray().GetWidth()
+                                                           : task.GetWanted()->mValues.GetWidth();
+    if (!task.mIsLink && width != task.mpOwner->mValues.GetWidth()) {
+      reporter.Report(*task.mpNode, *task.mpExpected, "has items of another width");
+    }
+    if (!task.mFault.empty()) reporter.Report(*task.mpNode, *task.mpExpected, task.mFault);
+  }
+}
+
 /// Returns the fault of the values of a result; empty if there is none.
-std::string FindValueFault(const QovRyx::NumericArray& wanted, const Result& result,
-                           const std::string& inputPath) {
-  const QovRyx::NumericArray& found = result.mValues;
+std::string ArrayVerifier::FindFault(const Task& task, const std::string& inputPath) {
+  const QovRyx::NumericArray none;
+  const QovRyx::NumericArray& wanted =
+      task.GetWanted() != nullptr ? task.GetWanted()->mValues : none;
+  const QovRyx::NumericArray& found = task.mpOwner->mValues;
   if (wanted.GetNumElements() != found.GetNumElements()) {
     return fmt::format("has {} values, should have {}", found.GetNumElements(),
                        wanted.GetNumElements());
@@ -70,97 +192,56 @@ std::string FindValueFault(const QovRyx::NumericArray& wanted, const Result& res
   Util::WithFileContext(inputPath, [&] { wanted.GetValues(wantedValues); });
   const std::string error = TryToRead([&] { found.GetValues(foundValues); });
   if (!error.empty()) return error;
-  return DescribeValueDifference(wantedValues, foundValues, result.HoldsUnsigned(),
+  return DescribeValueDifference(wantedValues, foundValues, task.mpOwner->HoldsUnsigned(),
                                  wanted.GetWidth());
 }
 
-void VerifyArray(const ExpectedNode& node, ExpectedResult& expected, FaultReporter& reporter) {
-  const QovRyx::NumericArray none;
-  const QovRyx::NumericArray& wanted =
-      expected.mpValues != nullptr ? expected.mpValues->mValues : none;
-  if (wanted.GetWidth() != expected.mpFound->mValues.GetWidth()) {
-    reporter.Report(node, expected, "has items of another width");
-  }
-  const std::string fault =
-      FindValueFault(wanted, *expected.mpFound, reporter.GetInputPath(expected.mInput));
-  if (!fault.empty()) reporter.Report(node, expected, fault);
+/// Returns true if the types of both values are the same. A removed owner can leave its values to a
+/// result with another kind. The kind word of a result without a kind has no high byte.
+bool HasSameType(const Result& wanted, const Result& owner) {
+  return wanted.mKindHighByte == owner.mKindHighByte || owner.mKind == QovRyx::Geometry::kNoKind ||
+         (wanted.HoldsUnsigned() && owner.HoldsUnsigned());
 }
 
-void VerifyArrays(ExpectedModel& model, bool integerKinds, FaultReporter& reporter) {
-  for (auto& [id, node] : model.mNodes) {
-    for (ExpectedResult& expected : node.mResults) {
-      const Result* found = expected.mpFound;
-      if (found == nullptr || found->mLink.IsLinked() || expected.mLink.IsLinked()) continue;
-      if (found->IsIntegerKind() == integerKinds) VerifyArray(node, expected, reporter);
-    }
+/// Returns the fault of a result that is a link to an equal result in the output; empty if there is
+/// none.
+std::string ArrayVerifier::FindLinkFault(const Task& task, const std::string& inputPath) {
+  const Result* owner = task.mpOwner;
+  const Result* wanted = task.GetWanted();
+  if (owner == nullptr) return "is linked";
+  const OwnerValues& found = ReadOwner(*owner);
+  if (!found.mError.empty()) return found.mError;
+  if (wanted == nullptr) return "is linked";
+  if (!HasSameFlags(wanted, *owner) || !HasSameType(*wanted, *owner)) {
+    return "is linked to a result with other flags";
   }
+  if (wanted->mValues.GetWidth() != owner->mValues.GetWidth()) {
+    return "is linked to a result with items of another width";
+  }
+  Values values;
+  QovRyx::ProgressReport::Advance(wanted->mValues.GetSize());
+  Util::WithFileContext(inputPath, [&] { wanted->mValues.GetValues(values); });
+  if (values.size() != found.mValues.size()) {
+    return fmt::format("is linked to a result with {} values, should have {}", found.mValues.size(),
+                       values.size());
+  }
+  return DescribeValueDifference(values, found.mValues, task.mpExpected->mpFound->HoldsUnsigned(),
+                                 wanted->mValues.GetWidth());
 }
 
-/// Compares the values of results that are links to equal results in the output. Groups them by
-/// the owner of the values, so that the values of an owner are read once.
-class StoredOnceVerifier {
- public:
-  StoredOnceVerifier(ExpectedModel& model, const QovRyx::NodeTree& output)
-      : mFollower(QovRyx::FollowLinks(output)) {
-    for (auto& [id, node] : model.mNodes) {
-      for (ExpectedResult& expected : node.mResults) {
-        if (expected.mMade != MadeRule::StoredOnce || expected.mpFound == nullptr) continue;
-        mLinks[mFollower.FindOwner(*expected.mpFound)].push_back({&node, &expected});
-      }
-    }
+/// Reads the values of an owner, or returns those that are in memory.
+const ArrayVerifier::OwnerValues& ArrayVerifier::ReadOwner(const Result& owner) {
+  const auto known = mOwners.find(&owner);
+  if (known != mOwners.end()) return known->second;
+  if (mNumOwnerBytes + owner.mValues.GetSize() > kMostOwnerBytes) {
+    mOwners.clear();
+    mNumOwnerBytes = 0;
   }
-
-  void Verify(FaultReporter& reporter) const {
-    for (const auto& [owner, links] : mLinks) {
-      Values found;
-      std::string error;
-      if (owner != nullptr) error = TryToRead([&] { owner->mValues.GetValues(found); });
-      for (const auto& [node, expected] : links) {
-        const std::string fault =
-            error.empty() ? FindFault(owner, *expected, found, reporter) : error;
-        if (!fault.empty()) reporter.Report(*node, *expected, fault);
-      }
-    }
-  }
-
- private:
-  /// A removed owner can leave its values to a result with another kind. The kind word of a result
-  /// without a kind has no high byte.
-  static bool HasSameType(const Result& wanted, const Result& owner) {
-    return wanted.mKindHighByte == owner.mKindHighByte ||
-           owner.mKind == QovRyx::Geometry::kNoKind ||
-           (wanted.HoldsUnsigned() && owner.HoldsUnsigned());
-  }
-
-  static std::string FindFault(const Result* owner, const ExpectedResult& expected,
-                               const Values& found, const FaultReporter& reporter) {
-    const Result* wanted = expected.mpValues;
-    if (owner == nullptr || wanted == nullptr) return "is linked";
-    if (!HasSameFlags(wanted, *owner) || !HasSameType(*wanted, *owner)) {
-      return "is linked to a result with other flags";
-    }
-    if (wanted->mValues.GetWidth() != owner->mValues.GetWidth()) {
-      return "is linked to a result with items of another width";
-    }
-    Values values;
-    QovRyx::ProgressReport::Advance(wanted->mValues.GetSize());
-    Util::WithFileContext(reporter.GetInputPath(expected.mInput),
-                          [&] { wanted->mValues.GetValues(values); });
-    if (values.size() != found.size()) {
-      return fmt::format("is linked to a result with {} values, should have {}", found.size(),
-                         values.size());
-    }
-    return DescribeValueDifference(values, found, expected.mpFound->HoldsUnsigned(),
-                                   wanted->mValues.GetWidth());
-  }
-
-  struct Link {
-    const ExpectedNode* mpNode;
-    ExpectedResult* mpExpected;
-  };
-  QovRyx::LinkFollower<Result> mFollower;
-  std::map<const Result*, std::vector<Link>> mLinks;
-};
+  mNumOwnerBytes += owner.mValues.GetSize();
+  OwnerValues& read = mOwners[&owner];
+  read.mError = TryToRead([&] { owner.mValues.GetValues(read.mValues); });
+  return read;
+}
 
 void CompareSets(ExpectedNode& node, const QovRyx::SetColumns& wanted,
                  const QovRyx::SetColumns& found, FaultReporter& reporter) {
@@ -198,9 +279,7 @@ void VerifySets(ExpectedNode& node, const QovRyx::NodeTree& outputNodes, FaultRe
 
 void VerifyValues(ExpectedModel& model, const QovRyx::NodeTree& output, FaultReporter& reporter) {
   const QovRyx::ProgressReport progress(CountValueBytes(model));
-  VerifyArrays(model, true, reporter);  // the integer kinds are stored first
-  VerifyArrays(model, false, reporter);
-  StoredOnceVerifier(model, output).Verify(reporter);
+  ArrayVerifier(model, output).Verify(reporter);
   for (auto& [id, node] : model.mNodes) {
     if (node.mSound || node.mNumSoundSets != 0) VerifySets(node, output, reporter);
   }
