@@ -10,11 +10,15 @@
 #include "Plural.h"
 #include "Qov/Util/Raise.h"
 #include "container/ContainerFormat.h"
+#include "container/WholeBlock.h"
 
 namespace Qov::Tools {
 namespace {
 
 constexpr const char* kSource = "tools/check/BlockVerdict";
+/// A block is decompressed as a whole if its content and its compressed form have at most this many
+/// bytes together.
+constexpr std::uint64_t kMostWhole = std::uint64_t{160} << 20;
 
 /// Raises MemoryAllocationError if zlib had no memory, because that is not a fault of the file.
 void RaiseIfMemoryIsShort(int result) {
@@ -85,6 +89,33 @@ std::string Inflation::Run(std::uint64_t limit, QovJbf::Block* content) {
 }
 
 }  // namespace
+
+BlockVerdict InflateWholeBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
+                               QovJbf::MallocBuffer& content) {
+  BlockVerdict verdict;
+  if (size < QovJbf::kRawLengthSize) return InflateBlock(file, position, size);
+  file.Read(position, &verdict.mRawLength, QovJbf::kRawLengthSize);
+  const auto numStored = static_cast<std::uint32_t>(size - QovJbf::kRawLengthSize);
+  if (verdict.mRawLength > QovJbf::GetLargestContent(numStored) ||
+      std::uint64_t{size} + verdict.mRawLength > kMostWhole) {
+    return InflateBlock(file, position, size);
+  }
+  const QovJbf::MallocBuffer stored = QovJbf::TryToAllocate(numStored);
+  content = QovJbf::TryToAllocate(verdict.mRawLength);
+  if (!stored || !content) {
+    content.reset();
+    return InflateBlock(file, position, size);
+  }
+  file.Read(position + QovJbf::kRawLengthSize, stored.get(), numStored);
+  const std::size_t length =
+      QovJbf::DecompressWhole(stored.get(), numStored, content.get(), verdict.mRawLength);
+  if (length == 0) {
+    content.reset();
+    return InflateBlock(file, position, size);
+  }
+  verdict.mNumTrailing = static_cast<std::uint32_t>(numStored - length);
+  return verdict;
+}
 
 BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
                           QovJbf::Block* content) {

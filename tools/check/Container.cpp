@@ -29,6 +29,10 @@ bool LooksLikeRoot(std::uint32_t length, std::uint32_t count) {
   return count != 0 && length == QovJbf::GetItemListSize(count);
 }
 
+/// Bytes of the heavy stream that are kept after its blocks are checked, so that its arrays can be
+/// checked without decompressing them again.
+constexpr std::uint64_t kMostHeavyBytes = std::uint64_t{64} << 20;
+
 /// Reads bytes that must be inside the file.
 QovJbf::Block ReadPlain(FileBytes& file, std::uint64_t position, std::uint32_t size) {
   QovJbf::Block content;
@@ -267,7 +271,16 @@ void Container::CheckBlock(std::size_t k, std::uint64_t position) {
   const bool isCompressed = (block.mFlags & QovJbf::BlockFlag::kCompressed) != 0;
   BlockVerdict verdict{isCompressed ? 0 : block.mSize, false, "", 0};
   const bool isInFile = mBytes.Holds(position, block.mSize);
-  if (isInFile && isCompressed) verdict = InflateBlock(mBytes, position, block.mSize);
+  if (isInFile && isCompressed) {
+    QovJbf::MallocBuffer content;
+    verdict = InflateWholeBlock(mBytes, position, block.mSize, content);
+    const bool isKept = content && stream.mName == QovRyx::kHeavyData &&
+                        mNumHeavyBytes + verdict.mRawLength <= kMostHeavyBytes;
+    if (isKept) {
+      mNumHeavyBytes += verdict.mRawLength;
+      mHeavyContents.emplace(position, std::move(content));
+    }
+  }
   if (verdict.mNumTrailing != 0) {
     mFindings.Warning("block-rest", AtBlock(k, position),
                       Plural(verdict.mNumTrailing, "byte", "follow") + " the compressed data.");

@@ -11,6 +11,7 @@
 #include "check/FileBytes.h"
 #include "check/Finding.h"
 #include "check/StreamCursor.h"
+#include "container/ReadAhead.h"
 
 namespace Qov::Tools {
 
@@ -37,6 +38,8 @@ class Container {
   /// Reports streams that readers keep in memory and that decompress to more than the limit of
   /// the readers. Returns true if they do.
   bool ReportExpansion(std::initializer_list<std::string> streams);
+  /// Returns blocks of the heavy stream that Check has decompressed. The caller may take them.
+  QovJbf::ReadAhead::Contents& GetHeavyContents() { return mHeavyContents; }
   /// Returns a cursor over the stream; over no bytes if the stream is missing.
   StreamCursor OpenStream(const std::string& name);
 
@@ -81,6 +84,8 @@ class Container {
   std::vector<Stream> mStreams;
   std::unordered_map<std::string, std::uint32_t> mStreamsByName;
   std::uint64_t mFirstBlock = 0;
+  QovJbf::ReadAhead::Contents mHeavyContents;
+  std::uint64_t mNumHeavyBytes = 0;  ///< Bytes of these blocks.
 };
 
 }  // namespace Qov::Tools

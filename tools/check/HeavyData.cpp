@@ -98,12 +98,16 @@ class InlinePlaces {
 class HeavySweep {
  public:
   HeavySweep(Container& container, MeshCheck& meshes, Findings& findings)
-      : mCursor(container.OpenStream(QovRyx::kHeavyData)), mMeshes(meshes), mFindings(findings) {}
+      : mContainer(container),
+        mCursor(container.OpenStream(QovRyx::kHeavyData)),
+        mMeshes(meshes),
+        mFindings(findings) {}
 
   void Run(ModelContent& model);
 
  private:
   void Collect(StoredNode& node);
+  QovJbf::ReadAhead::Parts PlanReads() const;
   void CheckShape(const StoredNode& node, std::size_t variable);
   void Visit(Extent& extent);
   bool CheckStart(const Extent& extent);
@@ -113,6 +117,7 @@ class HeavySweep {
   void VisitSets(Extent& extent);
   void ReadValues(const Extent& extent);
 
+  Container& mContainer;
   StreamCursor mCursor;
   MeshCheck& mMeshes;
   Findings& mFindings;
@@ -158,6 +163,11 @@ void HeavySweep::Run(ModelContent& model) {
   for (StoredNode& node : model.mNodes) Collect(node);
   std::stable_sort(mExtents.begin(), mExtents.end());
   const QovRyx::ProgressReport progress(mCursor.GetLength());
+  QovJbf::ReadAhead ahead(PlanReads());
+  if (mCursor.GetReader() != nullptr) {
+    ahead.Provide(*mCursor.GetReader(), mContainer.GetHeavyContents());
+  }
+  mContainer.GetHeavyContents().clear();
   for (Extent& extent : mExtents) {
     Visit(extent);
     QovRyx::ProgressReport::Advance(extent.mEnd - std::min(extent.mOffset, extent.mEnd));
@@ -165,6 +175,24 @@ void HeavySweep::Run(ModelContent& model) {
   if (!model.mIsComplete || mReached >= mCursor.GetLength() || mCursor.IsCutShort()) return;
   mFindings.Warning("stream-rest", Place::InStream(mCursor.GetName(), mReached),
                     Plural(mCursor.GetLength() - mReached, "byte", "follow") + " the last array.");
+}
+
+/// Returns the blocks that hold the arrays to read. The cursor reads pieces that are longer than an
+/// array.
+QovJbf::ReadAhead::Parts HeavySweep::PlanReads() const {
+  QovJbf::ReadAhead::Parts parts;
+  const QovJbf::StreamReader* reader = mCursor.GetReader();
+  std::uint64_t end = 0;
+  for (const Extent& extent : mExtents) {
+    if (!extent.mIsWanted || reader == nullptr) continue;
+    for (std::uint64_t at = std::max(extent.mOffset, end); at < extent.mEnd; at = end) {
+      const auto block = reader->FindBlock(at, 1);
+      if (!block) break;
+      end = block->mStart + block->mRawLength;
+      parts.push_back({reader, block->mStart, block->mRawLength});
+    }
+  }
+  return parts;
 }
 
 void HeavySweep::Visit(Extent& extent) {

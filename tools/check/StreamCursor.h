@@ -26,6 +26,8 @@ class StreamCursor {
                std::uint64_t sound)
       : mName(std::move(name)), mpReader(std::move(reader)), mLength(length), mSound(sound) {}
 
+  /// Returns null if no bytes are readable.
+  const QovJbf::StreamReader* GetReader() const { return mpReader.get(); }
   const std::string& GetName() const { return mName; }
   std::uint64_t GetPosition() const { return mPosition; }
   /// Returns the length of the whole stream, including bytes that cannot be read.
