@@ -197,13 +197,13 @@ class PlanCommand : public Command {
   const char* GetFooter() const override { return kFooter; }
   void Declare(CLI::App& app) override {
     mOptions.Declare(app);
-    auto* shards = app.add_option("--shards", mNumShards, "Divide the merge into N parts")
-                       ->type_name("N")
-                       ->transform(WholeNumber());
+    mpShards = app.add_option("--shards", mNumShards, "Divide the merge into N parts")
+                   ->type_name("N")
+                   ->transform(WholeNumber());
     auto* slurm = app.add_option("--slurm", mFolder, "Write the scripts of the parts into DIR")
                       ->type_name("DIR");
-    shards->needs(slurm);
-    slurm->needs(shards);
+    mpShards->needs(slurm);
+    slurm->needs(mpShards);
     app.add_option("PATH", mPaths, "The inputs, and then the output")->required()->expected(2, -1);
   }
   int Run(Output& output, Output& errors) override;
@@ -216,6 +216,7 @@ class PlanCommand : public Command {
   }
 
   CheckOptions mOptions;
+  CLI::Option* mpShards = nullptr;
   std::size_t mNumShards = 0;
   std::string mFolder;
   std::vector<std::string> mPaths;
@@ -262,7 +263,7 @@ int PlanCommand::PlanShards(Output& output) const {
 }
 
 int PlanCommand::Run(Output& output, Output& /*errors*/) {
-  if (!mFolder.empty()) return PlanShards(output);
+  if (mpShards->count() != 0) return PlanShards(output);
   mOptions.mOfMerge.RefuseTogetherWith(mOptions.mOfRyxMerge);
   mOptions.mRequest.mInputs.assign(mPaths.begin(), mPaths.end() - 1);
   mOptions.mRequest.mOutput = mPaths.back();

@@ -162,6 +162,10 @@ TEST_F(RyxRecords, ProbeRecordsOfLegacyBuildsAreReportedBeforeAndAfterAMerge) {
     ASSERT_EQ(Merge(options, {legacy, plain}), 0);
     EXPECT_THAT(FindingsOf(mOutput), HasSubstr("is that of a merge"));
   }
+  const Strings divide{"plan", "--shards", "2", "--slurm", mDir / "jobs"};
+  const Strings inputs{"--", legacy, plain, "-o", mDir / "new.ryx"};
+  EXPECT_THAT(Run(Joined(divide, inputs)).mErr, HasSubstr("because an old program wrote them"));
+  EXPECT_EQ(Run(Joined(divide, Joined(inputs, {"--views", "none"}))).mStatus, 0);
 }
 
 }  // namespace

@@ -288,6 +288,38 @@ TEST_F(Merging, PartialMergesGiveTheMergeOfAllInputs) {
   }
 }
 
+/// A dangling link in a part may lead to a result when the parts are joined.
+TEST_F(Merging, PartsGiveTheModelOfOneMerge) {
+  for (std::uint32_t i = 0; i != 5; ++i) {
+    Add("i" + std::to_string(i), [i](Tree& tree) {
+      BuildLinked(tree, "1", i);
+      for (const std::uint32_t position : {9, 99}) {
+        dynamic_cast<Geometry&>(*tree.GetNodes().GetReqNode(2).mData)
+            .AppendVariable(MakeLinked("Dangling|1", {3, position}));
+      }
+    });
+  }
+  const Names all = mRequest.mInputs;
+  mRequest.mSettings.mOverwrite = true;
+  for (const MergeMode mode : {MergeMode::Instances, MergeMode::Datasets}) {
+    mRequest.mMode = mode;
+    mRequest.mNames = MergedNames::Number;
+    mRequest.mFirstNumber = 1;
+    const std::string expected = DescribeModel(MergeTo("one.ryx", all));
+    mRequest.mPartOf = all[0];
+    Names parts;
+    for (const auto& [first, last] : {std::pair(0, 2), std::pair(2, 3), std::pair(3, 5)}) {
+      mRequest.mFirstNumber = 1 + static_cast<std::uint64_t>(first);
+      parts.push_back(
+          MergeTo("part" + std::to_string(first), {all.begin() + first, all.begin() + last}));
+    }
+    mRequest.mPartOf.clear();
+    mRequest.mJoinParts = true;
+    EXPECT_EQ(DescribeModel(MergeTo("joined.ryx", parts)), expected);
+    mRequest.mJoinParts = false;
+  }
+}
+
 TEST_F(Merging, TakesTheRequestedViews) {
   const auto plateWithPath = [](const std::string& path, std::size_t numViews) {
     return [=](Tree& tree) {

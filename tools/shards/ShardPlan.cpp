@@ -26,8 +26,9 @@ std::uint64_t SizeOf(const std::string& path) {
 /// Cuts a list of models where the sum of their sizes passes the next fraction of the total.
 std::vector<Shard> Divide(const std::vector<std::string>& models, std::size_t number) {
   std::vector<std::uint64_t> sizes;
+  sizes.reserve(models.size());
   for (const std::string& model : models) sizes.push_back(SizeOf(model));
-  const double total = static_cast<double>(std::accumulate(sizes.begin(), sizes.end(), 0ULL));
+  const auto total = static_cast<double>(std::accumulate(sizes.begin(), sizes.end(), 0ULL));
   std::vector<Shard> shards;
   double sum = 0;
   for (std::size_t i = 0; i < models.size(); ++i) {
@@ -66,6 +67,7 @@ void CheckViewWriters(const ShardedMerge& merge, const MergePlan& plan) {
 }  // namespace
 
 void CheckShardFolder(const std::string& folder) {
+  if (folder.empty()) Refuse("--slurm needs the name of a folder");
   const fs::file_status status = fs::symlink_status(folder);
   if (!fs::exists(status)) return;
   if (fs::is_directory(folder) && fs::is_empty(folder)) return;

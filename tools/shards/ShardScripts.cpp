@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "SafeOutput.h"
+#include "ShellText.h"
 #include "merge/MergeText.h"
 
 namespace Qov::Tools {
@@ -17,7 +18,7 @@ namespace {
 /// The beginning of each script. {} is the folder, quoted.
 constexpr const char* kSourceSettings = ". {}/settings || exit 2\n";
 
-constexpr std::string_view kFunctions = R"(
+constexpr std::string_view kFunctions = R"sh(
 if [ -z "${RYXMERGE_THREADS:-}" ] && [ -n "${SLURM_CPUS_PER_TASK:-}" ]; then
   export RYXMERGE_THREADS="$SLURM_CPUS_PER_TASK"
 fi
@@ -40,12 +41,12 @@ missing() {
     missing_shard=$((missing_shard + 1))
   done
 }
-)";
+)sh";
 
-constexpr std::string_view kShard = R"(
+constexpr std::string_view kShard = R"sh(
 shard=${1:-${SLURM_ARRAY_TASK_ID:-}}
 if ! is_shard "$shard"; then
-  complain "usage: sh $folder/shard K, with K from 1 to $num_shards"
+  complain "usage: sh $shown_folder/shard K, with K from 1 to $num_shards"
   exit 2
 fi
 part=$folder/parts/$shard.ryx
@@ -59,18 +60,18 @@ status=0
 . "$folder/commands/shard-$shard" || status=$?
 if [ "$status" -ne 0 ]; then
   rm -f "$folder/parts/.$shard.ryx."*
-  complain "shard $shard of $num_shards FAILED with status $status; its inputs are in $folder/lists/$shard"
-  complain "Repeat it: sh $folder/run-here $shard, or sbatch --array=$shard $folder/shard"
+  complain "shard $shard of $num_shards FAILED with status $status; its inputs are in $shown_folder/lists/$shard"
+  complain "Repeat it: sh $shown_folder/run-here $shard, or sbatch --array=$shard $shown_folder/shard"
   exit "$status"
 fi
 rm -f "$folder/joined"
-)";
+)sh";
 
-constexpr std::string_view kJoin = R"(
+constexpr std::string_view kJoin = R"sh(
 lacking=$(missing)
 if [ -n "$lacking" ]; then
   complain "join: the parts of these shards are missing:$lacking"
-  complain "Make them: sh $folder/run-here$lacking, or sh $folder/submit"
+  complain "Make them: sh $shown_folder/run-here$lacking, or sh $shown_folder/submit"
   exit 2
 fi
 if [ -e "$folder/joined" ] && [ -e "$output" ]; then
@@ -81,15 +82,15 @@ say "join of $num_shards parts"
 status=0
 . "$folder/commands/join" || status=$?
 if [ "$status" -ne 0 ]; then
-  complain "join FAILED with status $status. Repeat it: sh $folder/run-here, or sh $folder/submit"
+  complain "join FAILED with status $status. Repeat it: sh $shown_folder/run-here, or sh $shown_folder/submit"
   exit "$status"
 fi
 : >"$folder/joined"
-)";
+)sh";
 
-constexpr std::string_view kVerify = R"(
+constexpr std::string_view kVerify = R"sh(
 if ! [ -e "$folder/joined" ]; then
-  complain "verify: the parts are not joined. Join them: sh $folder/run-here, or sh $folder/submit"
+  complain "verify: the parts are not joined. Join them: sh $shown_folder/run-here, or sh $shown_folder/submit"
   exit 2
 fi
 status=0
@@ -98,26 +99,22 @@ if [ "$status" -ne 0 ]; then
   complain "verify FAILED with status $status: do not use $output"
   exit "$status"
 fi
-say "The folder $folder is not needed any more."
-)";
+say "The folder $shown_folder is not needed any more."
+)sh";
 
-constexpr std::string_view kSubmit = R"(
+constexpr std::string_view kSubmit = R"sh(
 if ! command -v sbatch >/dev/null; then
-  complain "submit: there is no sbatch here; without Slurm: sh $folder/run-here"
+  complain "submit: there is no sbatch here; without Slurm: sh $shown_folder/run-here"
   exit 2
 fi
 cd "$folder" || exit 2
+count() { echo $#; }
 after=
 lacking=$(missing)
 if [ -n "$lacking" ]; then
   array=$(printf '%s' "${lacking# }" | tr ' ' ',')
-  case $lacking in
-    " 1 "*" $num_shards") # all of them, if there are as many
-      # shellcheck disable=SC2086 # numbers
-      set_count() { count=$#; } && set_count $lacking
-      [ "$count" -ne "$num_shards" ] || array=1-$num_shards
-      ;;
-  esac
+  # shellcheck disable=SC2086 # numbers
+  [ "$(count $lacking)" -ne "$num_shards" ] || array=1-$num_shards
   job=$(sbatch --parsable --job-name=ryx-shard --array="$array" --output=logs/shard-%a.log "$@" shard) || exit 2
   say "shards $array: job ${job%%;*}"
   after=afterok:${job%%;*}
@@ -129,11 +126,11 @@ job=$(sbatch --parsable --job-name=ryx-verify --output=logs/verify.log \
   --dependency="afterok:${job%%;*}" --kill-on-invalid-dep=yes "$@" verify) || exit 2
 say "verify: job ${job%%;*}"
 say "The jobs write to $folder/logs. If a shard fails, submit again: only missing parts are made."
-)";
+)sh";
 
-constexpr std::string_view kRunHere = R"(
+constexpr std::string_view kRunHere = R"sh(
 usage() {
-  complain "usage: sh $folder/run-here [-j JOBS] [SHARD...]"
+  complain "usage: sh $shown_folder/run-here [-j JOBS] [SHARD...]"
   exit 2
 }
 
@@ -157,6 +154,7 @@ if [ $# -eq 0 ]; then
   # shellcheck disable=SC2046 # numbers
   set -- $(missing)
 fi
+[ "$jobs" -le $# ] || jobs=$#
 if [ "$jobs" -gt 1 ] && [ -z "${RYXMERGE_THREADS:-}" ]; then
   RYXMERGE_THREADS=$(($(getconf _NPROCESSORS_ONLN) / jobs))
   [ "$RYXMERGE_THREADS" -gt 0 ] || RYXMERGE_THREADS=1
@@ -175,12 +173,19 @@ work() {
   done
 }
 
-worker=1
-while [ "$worker" -le "$jobs" ]; do
-  work "$worker" "$@" &
-  worker=$((worker + 1))
-done
-wait
+if [ "$jobs" -eq 1 ]; then
+  work 1 "$@"
+else
+  # Shells start jobs in the background with SIGINT ignored.
+  trap 'trap - INT TERM; kill 0' INT
+  worker=1
+  while [ "$worker" -le "$jobs" ]; do
+    work "$worker" "$@" &
+    worker=$((worker + 1))
+  done
+  wait
+  trap - INT
+fi
 failed=
 for shard; do
   [ -e "$folder/parts/$shard.ryx" ] || failed="$failed $shard"
@@ -193,21 +198,7 @@ fi
 [ -z "${threads_of_jobs:-}" ] || unset RYXMERGE_THREADS
 sh "$folder/join" || exit
 sh "$folder/verify"
-)";
-
-/// Returns a word that the shell reads as this text.
-std::string QuoteForShell(std::string_view text) {
-  const bool isPlain = text.find_first_not_of(
-                           "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
-                           "0123456789_-+=:,./@") == text.npos;
-  if (isPlain && !text.empty()) return std::string(text);
-  std::string quoted = "'";
-  for (const char byte : text) {
-    if (byte == '\'') quoted += "'\\'";
-    quoted += byte;
-  }
-  return quoted + "'";
-}
+)sh";
 
 /// Returns the text of a list for --from -0.
 std::string ListText(const std::vector<std::string>& paths) {
@@ -283,14 +274,29 @@ class ScriptWriter {
 
   std::string Settings() const {
     namespace fs = std::filesystem;
-    return fmt::format(
-        "# The settings and functions of the scripts in this folder, which read this file. "
-        "Do not move the folder.\n"
-        "# shellcheck shell=sh disable=SC2034\n"
-        "ryx=${{RYX:-{}}}\nfolder={}\noutput={}\nnum_shards={}\ncd {} || exit 2\n{}",
-        QuoteForShell(fs::read_symlink("/proc/self/exe").string()), QuoteForShell(mShards.mFolder),
-        QuoteForShell(mMerge.GetRequest().mOutput), mShards.mShards.size(),
-        QuoteForShell(fs::current_path().string()), kFunctions);
+    const std::string program = fs::read_symlink("/proc/self/exe").string();
+    const std::string folder = QuoteForShell(mShards.mFolder);
+    return "# The settings and functions of the scripts in this folder, which read this file. Do "
+           "not "
+           "move the folder.\n"
+           "# shellcheck shell=sh disable=SC1003,SC2034\n"
+           "ryx=${RYX:-" +
+           QuoteForShell(program) +
+           "}\n"
+           "folder=" +
+           folder +
+           "\n"
+           "shown_folder=" +
+           QuoteForShell(folder) +
+           "\n"
+           "output=" +
+           QuoteForShell(mMerge.GetRequest().mOutput) +
+           "\n"
+           "num_shards=" +
+           std::to_string(mShards.mShards.size()) +
+           "\n"
+           "cd " +
+           QuoteForShell(fs::current_path().string()) + " || exit 2\n" + std::string(kFunctions);
   }
 
   std::vector<std::string> Slice(const std::vector<std::string>& list, const Shard& shard) const {
@@ -317,7 +323,7 @@ class ScriptWriter {
       }
     }
     command.Quoted(mMerge.RepeatPartOptions());
-    command.Raw("--from=\"$folder/lists/$shard\" -0 --output=\"$part\"");
+    command.Raw(R"(--from="$folder/lists/$shard" -0 --output="$part")");
     WriteFile("commands/shard-" + number, Commented("Makes part " + number + ".", command));
   }
 
@@ -330,7 +336,7 @@ class ScriptWriter {
     WriteFile("lists/join", ListText(parts));
     CommandText command("\"$ryx\" merge --join-parts");
     command.Quoted({ModeOption()}).Quoted(mMerge.RepeatJoinOptions());
-    command.Raw("--from=\"$folder/lists/join\" -0 --output=\"$output\"");
+    command.Raw(R"(--from="$folder/lists/join" -0 --output="$output")");
     return Commented("Joins the parts.", command);
   }
 
@@ -339,7 +345,7 @@ class ScriptWriter {
     // A mode makes the options those of ryx merge.
     if (mMerge.GetRequest().mMode == QovRyx::MergeMode::Automatic) command.Quoted({"--as=auto"});
     command.Quoted(mMerge.RepeatContentOptions());
-    command.Raw("--from=\"$folder/lists/all\" -0 -- \"$output\"");
+    command.Raw(R"(--from="$folder/lists/all" -0 -- "$output")");
     return Commented("Compares the output with the inputs, as they were given.", command);
   }
 

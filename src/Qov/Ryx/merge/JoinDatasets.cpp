@@ -38,14 +38,22 @@ class IdShift {
     }
     if (Geometry* geometry = AsGeometry(entry)) {
       for (std::size_t i = 0; i != geometry->GetVariables().size(); ++i) {
-        ResultLink& link = geometry->EditVariable(i).mLink;
-        const auto [node, position] = link.GetPlace();
-        link.MoveTo({(*this)(node), position});
+        ShiftLink(geometry->EditVariable(i).mLink);
       }
     }
   }
 
  private:
+  /// Shifts the place of a dangling link too, because otherwise it could be that of a result of
+  /// another model. A dangling link can hold any number; one that cannot be shifted stays as it is.
+  void ShiftLink(ResultLink& link) const {
+    const auto [node, position] = link.GetPlace();
+    if (!link.IsLinked() || node >= std::numeric_limits<std::uint32_t>::max() - mBase) return;
+    ResultLink shifted({(*this)(node), position});
+    if (!link.HasTarget()) shifted.LoseTarget();
+    link = shifted;
+  }
+
   std::uint32_t mBase;
 };
 
