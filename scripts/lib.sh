@@ -28,6 +28,10 @@ reader_packages=(python3 python3-numpy python3-vtk9 python3-meshio)
 # shellcheck disable=SC2034
 slurm_packages=(slurmctld slurmd slurm-client munge)
 
+# The test in tests/page opens pages with these packages. It is skipped if one is missing.
+# shellcheck disable=SC2034
+browser_packages=(chromium chromium-driver python3-selenium)
+
 step() {
   current_step="$*"
   printf '\n==> %s\n' "$*"

@@ -34,7 +34,14 @@ async function startView(model) {
   controls.start(view);
   byId("sections").append(create("a", {href: "#model", textContent: "Model"}));
   ryx.state = () => stateOf(view, controls);
-  ryx.project = (part, point) => view.camera.project(view.items.find(i => i.part.index === part).mesh.scenePosition(point));
+  ryx.draw = () => view.draw();
+  const meshOf = part => view.items.find(item => item.part.index === part).mesh;
+  ryx.project = (part, point) => view.camera.project(meshOf(part).scenePosition(point));
+  ryx.middle = (part, triangle) => {
+    const corners = meshOf(part).triangles.subarray(3 * triangle, 3 * triangle + 3);
+    const places = [...corners].map(point => ryx.project(part, point));
+    return [0, 1].map(k => (places[0][k] + places[1][k] + places[2][k]) / 3);
+  };
   await view.start();
   view.drawFirst();
   ryx.firstFrame = performance.now();
@@ -46,7 +53,7 @@ function stateOf(view, controls) {
   return {
     visibleParts: view.model.parts.filter(part => part.isVisible).map(part => part.name),
     result: view.model.results[view.result]?.name ?? null, component: view.component, step: view.step,
-    range: view.range, edges: view.edges, isPlaying: Boolean(view.isPlaying), picked: controls.info,
+    isReady: view.updates === view.lastUpdate, range: view.range, edges: view.edges, isPlaying: Boolean(view.isPlaying), picked: controls.info,
     camera: {right: view.camera.right, up: view.camera.up, target: view.camera.target,
              halfHeight: view.camera.halfHeight}};
 }

@@ -90,6 +90,7 @@ class View {
     }));
     if (update !== this.updates) return;
     this.items = items;
+    this.lastUpdate = update;
     this.moved();
     this.onChange();
     this.addEdges();
