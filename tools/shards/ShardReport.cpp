@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Plural.h"
+#include "ShellText.h"
 #include "ValueText.h"
 
 namespace Qov::Tools {
@@ -15,7 +16,7 @@ void PrintShards(const ShardPlan& shards, std::size_t wanted, Output& output) {
   const auto largest =
       std::max_element(shards.mShards.begin(), shards.mShards.end(),
                        [](const Shard& a, const Shard& b) { return a.mBytes < b.mBytes; });
-  const std::string folder = Escape(shards.mFolder, output.GetStyle());
+  const std::string folder = Escape(QuoteForShell(shards.mFolder), output.GetStyle());
   output.Line();
   if (number < wanted) {
     output.Line(fmt::format("Only {}, because there are {}", Plural(number, "shard"),
