@@ -29,7 +29,7 @@ class ColourScale {
   Colour ColourAt(float place) const {
     if (!(place == place)) return kNoValueColour;
     if (place <= 0) return mPalette.front();
-    const float last = static_cast<float>(mPalette.size() - 1);
+    const auto last = static_cast<float>(mPalette.size() - 1);
     return place >= last ? mPalette.back() : mPalette[static_cast<std::size_t>(place)];
   }
   Colour ColourOf(double value) const { return ColourAt(PlaceOf(value)); }

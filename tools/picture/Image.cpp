@@ -104,7 +104,7 @@ Colour MixColours(Colour first, Colour second, float share) {
   return mixed;
 }
 
-Colour InkFor(Colour background) {
+Colour InkFor(const Colour& background) {
   const int brightness = 299 * background[0] + 587 * background[1] + 114 * background[2];
   return brightness > 128 * 1000 ? Colour{0, 0, 0} : Colour{255, 255, 255};
 }

@@ -62,6 +62,6 @@ class Image {
 Colour MixColours(Colour first, Colour second, float share);
 
 /// Returns black or white, whichever can be read better on the background.
-Colour InkFor(Colour background);
+Colour InkFor(const Colour& background);
 
 }  // namespace Qov::Tools

@@ -14,8 +14,8 @@ namespace {
 constexpr const char* kSource = "tools/picture/PngFile";
 
 void AppendBytes(png_structp png, png_bytep bytes, std::size_t size) {
-  auto& file = *static_cast<std::string*>(png_get_io_ptr(png));
   try {
+    auto& file = *static_cast<std::string*>(png_get_io_ptr(png));
     file.append(reinterpret_cast<const char*>(bytes), size);
   } catch (const std::bad_alloc&) {
     png_error(png, "out of memory");

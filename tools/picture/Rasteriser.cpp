@@ -128,7 +128,7 @@ class Rasteriser::Implementation {
   /// Returns false for points that do not exist or are not finite.
   bool View(std::uint32_t point, Triple& view) const {
     if (point >= GetNumPoints()) return false;
-    const float* p = mpSurface->mPoints.data() + std::size_t{3} * point;
+    const auto p = mpSurface->mPoints.subspan(std::size_t{3} * point, 3);
     view = mCamera.ToView({p[0], p[1], p[2]});
     return IsFinite(view);
   }

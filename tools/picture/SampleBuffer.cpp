@@ -107,10 +107,12 @@ inline Sample Darken(Sample colour, Sample factor) {
 class Painter {
  public:
   Painter(const ScreenTriangle& triangle, float edgeWidth)
-      : mPaint(triangle.mPaint), mPlanes(triangle), mEdgeReach(edgeWidth / 2) {
+      : mPaint(triangle.mPaint),
+        mPlanes(triangle),
+        mEdgeReach(edgeWidth / 2),
+        mFactor(FactorOf(triangle.mCorners[0].mShade)) {
     const auto& c = triangle.mCorners;
     mIsFlat = c[0].mShade == c[1].mShade && c[1].mShade == c[2].mShade;
-    mFactor = FactorOf(c[0].mShade);
     if (!mIsFlat) mShade = mPlanes.Through(c[0].mShade, c[1].mShade, c[2].mShade);
     mPlace = mPlanes.Through(c[0].mPlace, c[1].mPlace, c[2].mPlace);
     mHasEdges = mPaint.mEdges != 0 && mPaint.mEdgeStrength > 0;
@@ -150,9 +152,9 @@ class Painter {
   const Paint& mPaint;
   const Planes mPlanes;
   float mEdgeReach;
+  Sample mFactor;
   bool mHasEdges = false;
   bool mIsFlat = false;  ///< The brightness is the same everywhere.
-  Sample mFactor = 0;
   Sample mEdgeFactor = 0;
   Plane mShade, mPlace;
   std::array<Plane, 3> mDistances;
@@ -163,8 +165,8 @@ class Painter {
 /// Calls `visit(y, x0, x1)` for the samples x0 to x1 of each row that the triangle covers.
 template <class Visitor>
 void ForEachSpan(const ScreenTriangle& triangle, int width, int height, Visitor visit) {
-  std::array<const ScreenCorner*, 3> c = {&triangle.mCorners[0], &triangle.mCorners[1],
-                                          &triangle.mCorners[2]};
+  const ScreenCorner* pFirst = triangle.mCorners.data();
+  std::array<const ScreenCorner*, 3> c = {pFirst, pFirst + 1, pFirst + 2};  // the highest first
   if (c[1]->mY < c[0]->mY) std::swap(c[0], c[1]);
   if (c[2]->mY < c[1]->mY) std::swap(c[1], c[2]);
   if (c[1]->mY < c[0]->mY) std::swap(c[0], c[1]);

@@ -70,6 +70,7 @@ class SampleBuffer {
     std::size_t mSize = 0;
     void operator()(DepthSample* p) const;
   };
+  // NOLINTNEXTLINE(modernize-avoid-c-arrays): the size is not constant
   using Samples = std::unique_ptr<DepthSample[], Unmap>;
   static Samples MapZeroed(std::size_t numSamples);
 

@@ -59,7 +59,7 @@ SmoothNormals::SmoothNormals(std::span<const float> points,
 }
 
 void SmoothNormals::Add(std::uint32_t point, const Triple& unit) {
-  float* sum = mNormals.data() + std::size_t{3} * point;
+  const auto sum = std::span(mNormals).subspan(std::size_t{3} * point, 3);
   // The triangles of shells may be ordered either way round.
   const double side = Dot({sum[0], sum[1], sum[2]}, unit) < 0 ? -1 : 1;
   for (std::size_t k = 0; k < 3; ++k) sum[k] += static_cast<float>(side * unit[k]);
@@ -67,7 +67,7 @@ void SmoothNormals::Add(std::uint32_t point, const Triple& unit) {
 
 Triple SmoothNormals::At(std::uint32_t point, const Triple& normal) const {
   constexpr double kCosineOfSharp = 0.866;
-  const float* sum = mNormals.data() + std::size_t{3} * point;
+  const auto sum = std::span(mNormals).subspan(std::size_t{3} * point, 3);
   const Triple mean = Normalise({sum[0], sum[1], sum[2]});
   return std::abs(Dot(mean, Normalise(normal))) < kCosineOfSharp ? normal : mean;
 }

@@ -17,27 +17,30 @@ constexpr int kCurveSteps = 4;
 
 bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; }
 
+/// Returns the number of bytes of a character by its first byte; 0 if none begins with it.
+std::size_t LengthOf(unsigned char first) {
+  if (first < 0x80) return 1;
+  if (first < 0xC2) return 0;
+  if (first < 0xE0) return 2;
+  if (first < 0xF0) return 3;
+  return first < 0xF5 ? 4 : 0;
+}
+
 /// Removes the first character of a text and returns it; kNoCharacter for a byte that is not UTF-8.
 std::uint32_t TakeCharacter(std::string_view& text) {
   const auto first = static_cast<unsigned char>(text.front());
-  const std::size_t length = first < 0x80   ? 1
-                             : first < 0xC2 ? 0
-                             : first < 0xE0 ? 2
-                             : first < 0xF0 ? 3
-                             : first < 0xF5 ? 4
-                                            : 0;
-  const bool isWhole =
-      length != 0 && length <= text.size() &&
-      std::all_of(text.begin() + 1, text.begin() + static_cast<int>(length), IsContinuation);
-  if (!isWhole) {
-    text.remove_prefix(1);
+  const std::size_t length = LengthOf(first);
+  const std::string_view bytes = text.substr(0, std::max<std::size_t>(length, 1));
+  text.remove_prefix(bytes.size());
+  const std::string_view further = bytes.substr(1);
+  if (length != bytes.size() || !std::all_of(further.begin(), further.end(), IsContinuation)) {
+    text = {further.data(), further.size() + text.size()};
     return kNoCharacter;
   }
   std::uint32_t character = length == 1 ? first : first & (0x7FU >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    character = character << 6U | (static_cast<unsigned char>(text[i]) & 0x3FU);
+  for (const char c : further) {
+    character = character << 6U | (static_cast<unsigned char>(c) & 0x3FU);
   }
-  text.remove_prefix(length);
   return character;
 }
 
@@ -140,46 +143,64 @@ class Coverage {
 double ClampSize(double size) { return std::clamp(size, 4.0, 400.0); }
 double ScaleOf(double size) { return ClampSize(size) / kFont.mUnits; }
 
-/// Draws a glyph whose origin is at `x` on the base line `y`.
-void DrawGlyph(Image& image, const Glyph* pGlyph, double x, int baseLine, double scale,
-               Colour colour) {
-  const auto segments = SegmentsOf(pGlyph);
-  double left = 0;
-  double right = 0;
-  double top = 0;
-  double bottom = 0;
-  for (const GlyphSegment& s : segments) {
-    for (const double px : {s.mX0, s.mIsCurve ? s.mX1 : s.mX0, s.mX2}) {
-      left = std::min(left, px * scale);
-      right = std::max(right, px * scale);
-    }
-    for (const double py : {s.mY0, s.mIsCurve ? s.mY1 : s.mY0, s.mY2}) {
-      top = std::max(top, py * scale);
-      bottom = std::min(bottom, py * scale);
+struct Place {
+  double mX = 0;
+  double mY = 0;
+};
+
+/// Returns a place of a segment: 0 is its start, 1 its end.
+Place PlaceOn(const GlyphSegment& s, double share) {
+  if (!s.mIsCurve) return {s.mX0 + (s.mX2 - s.mX0) * share, s.mY0 + (s.mY2 - s.mY0) * share};
+  const double rest = 1 - share;
+  const auto at = [=](double p0, double p1, double p2) {
+    return rest * rest * p0 + 2 * rest * share * p1 + share * share * p2;
+  };
+  return {at(s.mX0, s.mX1, s.mX2), at(s.mY0, s.mY1, s.mY2)};
+}
+
+/// The extent of an outline, with its origin, in units of the font.
+struct Extent {
+  explicit Extent(std::span<const GlyphSegment> segments) {
+    for (const GlyphSegment& s : segments) {
+      Include(s.mX0, s.mY0);
+      Include(s.mX2, s.mY2);
+      if (s.mIsCurve) Include(s.mX1, s.mY1);
     }
   }
-  const int originX = static_cast<int>(std::floor(x + left));
-  const int originY = baseLine - static_cast<int>(std::ceil(top));
-  Coverage coverage(static_cast<int>(std::ceil(x + right)) - originX + 2,
-                    static_cast<int>(std::ceil(top) + std::ceil(-bottom)) + 1);
-  const auto toX = [&](double px) { return x + px * scale - originX; };
-  const auto toY = [&](double py) { return baseLine - py * scale - originY; };
-  for (const GlyphSegment& s : segments) {
-    double fromX = s.mX0;
-    double fromY = s.mY0;
-    const int steps = s.mIsCurve ? kCurveSteps : 1;
+  void Include(int x, int y) {
+    mLeft = std::min(mLeft, x);
+    mRight = std::max(mRight, x);
+    mBottom = std::min(mBottom, y);
+    mTop = std::max(mTop, y);
+  }
+
+  int mLeft = 0;
+  int mRight = 0;
+  int mBottom = 0;
+  int mTop = 0;
+};
+
+/// Draws a glyph whose origin is at `x` on the base line `y`.
+void DrawGlyph(Image& image, const Glyph* pGlyph, double x, int y, double scale, Colour colour) {
+  const auto segments = SegmentsOf(pGlyph);
+  const Extent extent(segments);
+  const int left = static_cast<int>(std::floor(x + extent.mLeft * scale));
+  const int right = static_cast<int>(std::ceil(x + extent.mRight * scale)) + 2;
+  const int top = y - static_cast<int>(std::ceil(extent.mTop * scale));
+  const int bottom = y + static_cast<int>(std::ceil(-extent.mBottom * scale)) + 1;
+  Coverage coverage(right - left, bottom - top);
+  for (const GlyphSegment& segment : segments) {
+    const int steps = segment.mIsCurve ? kCurveSteps : 1;
+    Place from = PlaceOn(segment, 0);
     for (int i = 1; i <= steps; ++i) {
-      const double t = static_cast<double>(i) / steps;
-      const double u = 1 - t;
-      const double px = s.mIsCurve ? u * u * s.mX0 + 2 * u * t * s.mX1 + t * t * s.mX2 : s.mX2;
-      const double py = s.mIsCurve ? u * u * s.mY0 + 2 * u * t * s.mY1 + t * t * s.mY2 : s.mY2;
-      coverage.AddLine(toX(fromX), toY(fromY), toX(px), toY(py));
-      fromX = px;
-      fromY = py;
+      const Place to = PlaceOn(segment, static_cast<double>(i) / steps);
+      coverage.AddLine(x + from.mX * scale - left, y - from.mY * scale - top,
+                       x + to.mX * scale - left, y - to.mY * scale - top);
+      from = to;
     }
   }
   coverage.ForEachPixel(
-      [&](int px, int py, float cover) { image.Blend(originX + px, originY + py, colour, cover); });
+      [&](int px, int py, float cover) { image.Blend(left + px, top + py, colour, cover); });
 }
 
 }  // namespace
@@ -194,6 +215,7 @@ int LineHeight(double size) {
   return static_cast<int>(std::ceil((kFont.mAscender - kFont.mDescender) * ScaleOf(size)));
 }
 
+// NOLINTNEXTLINE(readability-function-size): a place, a text and its look
 void DrawText(Image& image, double x, double y, std::string_view text, double size, Colour colour,
               Align align) {
   const double scale = ScaleOf(size);
@@ -223,6 +245,7 @@ std::string CutText(std::string_view text, double size, double width) {
   return std::string(text.substr(0, length)).append(kEllipsis);
 }
 
+// NOLINTNEXTLINE(readability-function-size): a place, a text and its look
 void DrawLabel(Image& image, double x, double y, std::string_view text, double size, Colour ink,
                Colour paper) {
   constexpr int kPadding = 3;

@@ -18,10 +18,10 @@ bool IsPlain(double greatest) {
 }
 
 std::string Format(double value, bool isPlain, int decimals) {
-  if (value == 0) value = 0;  // not "-0"
   if (value == 0 && !isPlain) return "0";
-  return isPlain ? fmt::format("{:.{}f}", value, decimals)
-                 : fmt::format("{:.{}e}", value, decimals);
+  const double unsignedZero = value == 0 ? 0 : value;  // not "-0"
+  return isPlain ? fmt::format("{:.{}f}", unsignedZero, decimals)
+                 : fmt::format("{:.{}e}", unsignedZero, decimals);
 }
 
 std::vector<std::string> FormatAll(std::span<const double> values, bool isPlain, int decimals) {
