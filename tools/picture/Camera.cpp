@@ -105,9 +105,13 @@ Camera::Camera(StandardView view)
                             kStandardViews[static_cast<std::size_t>(view)].mUp)) {}
 
 Camera Camera::FromDirections(const Triple& direction, const Triple& up) {
-  const Triple forward = Normalise(direction);
-  const Triple right = Normalise(Cross(forward, Normalise(up)));
-  if (Dot(right, right) < 0.5) return Camera(StandardView::Front);
+  Triple forward = Normalise(direction);
+  Triple right = Normalise(Cross(forward, Normalise(up)));
+  if (Dot(right, right) < 0.5) {
+    const ViewDirections& front = kStandardViews[0];
+    forward = front.mDirection;
+    right = Cross(forward, front.mUp);
+  }
   Camera camera;
   camera.mBack = {-forward[0], -forward[1], -forward[2]};
   camera.mRight = right;

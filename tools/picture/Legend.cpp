@@ -26,6 +26,7 @@ void DrawRing(Image& image, double x, double y, double radius, double width, Col
 }
 
 /// Draws a line from a place with a head at its end.
+// NOLINTNEXTLINE(readability-function-size): places and their look
 void DrawArrow(Image& image, double x, double y, double dx, double dy, Colour colour,
                double width) {
   const double length = std::hypot(dx, dy);
@@ -74,6 +75,7 @@ void DrawLegend(Image& image, const Rectangle& area, std::span<const LegendEntry
            ink);
 }
 
+// NOLINTNEXTLINE(readability-function-size): places and their look
 void DrawMarker(Image& image, double x, double y, std::string_view label, double textSize,
                 Colour ink, Colour paper) {
   if (!(std::abs(x) < 1e6 && std::abs(y) < 1e6)) return;

@@ -27,6 +27,7 @@ void IgnoreWarning(png_structp /*png*/, png_const_charp /*text*/) {}
 /// Writes the image; returns false after an error. Has no objects with destructors, because the
 /// library leaves it with longjmp.
 bool Write(png_structp png, png_infop info, const Image& image, std::string& file) {
+  // NOLINTNEXTLINE(cert-err52-cpp): the library reports errors in this way only
   if (setjmp(png_jmpbuf(png)) != 0) return false;
   png_set_write_fn(png, &file, AppendBytes, nullptr);
   png_set_IHDR(png, info, static_cast<png_uint_32>(image.GetWidth()),
