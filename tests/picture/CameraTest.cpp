@@ -56,7 +56,10 @@ TEST(Camera, StandardViewsShowTheExpectedFace) {
 
 /// Expects all corners of the box to be inside of the viewport, and to fill most of it.
 void ExpectFit(const Camera& camera, const Box& box) {
-  double left = 1e9, right = -1e9, top = 1e9, bottom = -1e9;
+  double left = 1e9;
+  double right = -1e9;
+  double top = 1e9;
+  double bottom = -1e9;
   for (int i = 0; i < 8; ++i) {
     Triple corner;
     for (std::size_t k = 0; k < 3; ++k)

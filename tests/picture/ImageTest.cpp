@@ -98,7 +98,7 @@ TEST(Text, DrawsABoxForEachUnknownCharacterOrByte) {
 
 TEST(Text, IsCutBetweenCharacters) {
   const std::string name = "Łożysko głównego wału";
-  for (double width = 15; width < 250; width += 3) {
+  for (int width = 15; width < 250; width += 3) {
     const std::string cut = CutText(name, 14, width);
     EXPECT_LE(MeasureText(cut, 14), width);
     if (cut == name) continue;

@@ -21,7 +21,10 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 /// Returns the smallest rectangle around what has been drawn.
 Rectangle DrawnArea(const Image& image) {
-  int left = image.GetWidth(), right = 0, top = image.GetHeight(), bottom = 0;
+  int left = image.GetWidth();
+  int right = 0;
+  int top = image.GetHeight();
+  int bottom = 0;
   for (int y = 0; y < image.GetHeight(); ++y) {
     for (int x = 0; x < image.GetWidth(); ++x) {
       if (image.At(x, y) == kPaper) continue;
