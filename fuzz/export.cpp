@@ -11,9 +11,10 @@
 #include "export/ExportFormat.h"
 #include "html/PageTables.h"
 #include "html/PageWriter.h"
+#include "picture/DrawPicture.h"
 
-/// Exports a model in every format, and as a page. A model that can be read and has something to
-/// export can be exported.
+/// Exports a model in every format, writes it as a page and draws it. A model that can be read and
+/// has something to export can be exported, shown and drawn.
 namespace {
 
 using namespace Qov::Fuzz;
@@ -90,6 +91,27 @@ void WriteHtml(const QovRyx::Tree& tree, const std::string& path, bool onlyCount
   Require(outputs.GetNumBytes() <= page.mLimit, "the limit of a page holds");
 }
 
+/// Draws the first result that has a value for each point or cell.
+void Draw(const QovRyx::Tree& tree) {
+  std::optional<ExportContent> content;
+  if (!Accepts([&] { content = ChooseContent(tree, {}, StepLayout::Meshes); })) return;
+  if (!IsSmall(*content)) return;
+  PictureRequest request;
+  request.mWidth = 64;
+  request.mHeight = 64;
+  for (const ExportPart& part : content->mParts) {
+    for (const ExportResult& result : part.mResults) {
+      if (!request.mResults.empty() || result.mPlacement == QovMesh::Placement::Field) continue;
+      request.mResults.push_back(Escape(result.mpVariable->mName, {}));
+    }
+  }
+  PictureReport report;
+  Require(Accepts([&] {
+            DrawPicture({tree, "model"}, request, report);
+          }),
+          "a model that can be read can be drawn");
+}
+
 }  // namespace
 
 const InputLayout Qov::Fuzz::kInputLayout{};
@@ -106,5 +128,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Export(tree, folder.GetPath() / (std::string("model.") + ending), onlyCounts);
   }
   WriteHtml(tree, folder.GetPath() / "model.html", onlyCounts);
+  Draw(tree);
   return 0;
 }

@@ -171,7 +171,7 @@ bool PictureCommand::LoadModels(Output& errors) {
 Image PictureCommand::Draw(PictureReport& report) const {
   std::vector<NamedModel> models;
   for (std::size_t i = 0; i < mPaths.size(); ++i) {
-    models.push_back({mTrees[i], std::filesystem::path(mPaths[i]).filename().string()});
+    models.push_back({mTrees[i], std::filesystem::path(mPaths[i]).stem().string()});
   }
   if (mDiff) return DrawDifference(models[0], models[1], mRequest, report);
   if (mSheet) return DrawSheet(models, mRequest, report);

@@ -17,8 +17,8 @@
 namespace Qov::Tools {
 namespace {
 
-/// Height of texts in pixels, by the size of the image.
-double ChooseTextSize(const PictureRequest& request) {
+/// Returns the height of texts in pixels for an image.
+double ChooseImageTextSize(const PictureRequest& request) {
   return std::clamp(std::min(request.mWidth, request.mHeight) / 48.0, 10.0, 48.0);
 }
 
@@ -40,7 +40,7 @@ class PanelPainter {
         mPanels(panels),
         mImage(request.mWidth, request.mHeight, request.mBackground),
         mInk(InkFor(request.mBackground)),
-        mTextSize(ChooseTextSize(request)),
+        mTextSize(ChooseImageTextSize(request)),
         mMargin(std::max(2, static_cast<int>(mTextSize / 2))) {}
 
   Image Draw() {
@@ -52,7 +52,7 @@ class PanelPainter {
     column.mHeight -= mAxes.mHeight;
     const int before = area.mWidth;
     if (mPanels.HasOneScale() && !panels[0].mScene.mResult.empty()) {
-      area.mWidth = DrawBar(panels[0], column);
+      area.mWidth = DrawBar(panels[0], column, mTextSize);
     } else if (panels.size() == 1 && panels[0].mScene.mResult.empty()) {
       area.mWidth = DrawLegend(column);
     }
@@ -69,18 +69,17 @@ class PanelPainter {
   }
 
   /// Draws a scalar bar at the right end of the area. Returns the width of the rest.
-  int DrawBar(const Panel& panel, const Rectangle& area) {
+  int DrawBar(const Panel& panel, const Rectangle& area, double textSize) {
     const ColourScale& colours = mPanels.GetColours(panel);
     ScalarBar bar;
     bar.mTitle = Escape(panel.mScene.mResult, {});
     if (!panel.mComponent.empty()) bar.mTitle += ", " + Escape(panel.mComponent, {});
-    if (mPanels.IsDifference()) bar.mTitle = "difference of " + bar.mTitle;
     bar.mUnit = Escape(panel.mUnit, {});
     bar.mNoValues = mPanels.LacksValues();
-    const int width = std::min(ScalarBarWidth(bar, colours, mTextSize), area.mWidth * 2 / 5);
+    const int width = std::min(ScalarBarWidth(bar, colours, textSize), area.mWidth * 2 / 5);
     const int rest = area.mWidth - width - mMargin;
     DrawScalarBar(mImage, {area.mX + rest + mMargin, area.mY, width, area.mHeight}, bar, colours,
-                  mTextSize, mInk);
+                  textSize, mInk);
     return rest;
   }
 
@@ -136,15 +135,22 @@ class PanelPainter {
     }
   }
 
+  /// Returns the size of texts that belong to a panel, which is less in small panels.
+  double ChooseTextSize(const Rectangle& panel) const {
+    if (mPanels.GetPanels().size() == 1) return mTextSize;
+    return std::clamp(std::min(panel.mWidth, panel.mHeight) / 12.0, 9.0, std::max(9.0, mTextSize));
+  }
+
   void DrawPanel(const Panel& panel, Rectangle area) {
+    const double textSize = ChooseTextSize(area);
     if (!panel.mCaption.empty()) {
-      const int height = LineHeight(mTextSize);
-      DrawText(mImage, area.mX, area.mY, CutText(panel.mCaption, mTextSize, area.mWidth), mTextSize,
+      const int height = LineHeight(textSize);
+      DrawText(mImage, area.mX, area.mY, CutText(panel.mCaption, textSize, area.mWidth), textSize,
                mInk);
       area.mY += height;
       area.mHeight -= height;
     }
-    if (!mPanels.HasOneScale()) area.mWidth = DrawBar(panel, area);
+    if (!mPanels.HasOneScale()) area.mWidth = DrawBar(panel, area, textSize);
     area.mWidth = std::max(area.mWidth, 1);
     area.mHeight = std::max(area.mHeight, 1);
     PanelModel& model = mPanels.GetModel(panel);

@@ -68,7 +68,16 @@ void Panels::Compare(const NamedModel& other) {
   const ModelView view(other.mTree, "iso", mReport.mNotes);
   mpOther = std::make_unique<ModelScenes>(ChooseScenes(other.mTree, mRequest, view, true));
   ShowDifference(mPanels[0].mScene, mpOther->mScenes[0]);
-  mPanels[0].mCaption = other.mName + " minus " + mModels[0].mName;
+  const auto describe = [](const std::string& model, const Scene& scene) {
+    return scene.mStep.empty() ? model : fmt::format("{} ({})", model, scene.mStep);
+  };
+  mPanels[0].mCaption = fmt::format("{} minus {}", describe(other.mName, mpOther->mScenes[0]),
+                                    describe(mModels[0].mName, mPanels[0].mScene));
+  const std::string& first = mPanels[0].mScene.mStep;
+  const std::string& second = mpOther->mScenes[0].mStep;
+  if (first == second) return;
+  mReport.mNotes.push_back(fmt::format("step {} of the second model is compared with step {}",
+                                       Escape(second, {}), Escape(first, {})));
 }
 
 void Panels::Measure() {
@@ -126,7 +135,7 @@ void Panels::MakeCaptions() {
     if (!panel.mCaption.empty()) words.push_back(panel.mCaption);
     if (mModels.size() > 1) words.push_back(GetModel(panel).mName);
     if (results.size() > 1) words.push_back(scene.mResult);
-    if (!scene.mStep.empty()) words.push_back(scene.mStep);
+    if (!scene.mStep.empty() && !IsDifference()) words.push_back(scene.mStep);
     if (!scene.mDeform.empty()) {
       words.push_back(
           fmt::format("deformed: {} x {}", scene.mDeform, ShortNumber(GetModel(panel).mScale)));

@@ -16,8 +16,14 @@ std::string ColourText(const Colour& colour) {
   return fmt::format("#{:02x}{:02x}{:02x}", colour[0], colour[1], colour[2]);
 }
 
+/// Returns the shortest number that reads back as the value, which is often a float.
+Json ShortJson(double value) {
+  const auto single = static_cast<float>(value);
+  return double{single} == value ? JsonFloat(single) : JsonNumber(value);
+}
+
 Json RangeJson(double low, double high) {
-  return {{"least", JsonNumber(low)}, {"greatest", JsonNumber(high)}};
+  return {{"least", ShortJson(low)}, {"greatest", ShortJson(high)}};
 }
 
 Json PartJson(const ReportedPart& part) {
@@ -32,13 +38,13 @@ Json PartJson(const ReportedPart& part) {
 }
 
 Json LargestJson(const LargestDifference& largest) {
-  return {{"value", JsonNumber(largest.mValue)},
-          {"geometry", JsonText(largest.mPart)},
-          {"at", largest.mIsCell ? "element" : "node"},
-          {"id", largest.mHasId ? Json(largest.mId) : Json(nullptr)},
-          {"place",
-           {JsonNumber(largest.mPlace[0]), JsonNumber(largest.mPlace[1]),
-            JsonNumber(largest.mPlace[2])}}};
+  return {
+      {"value", ShortJson(largest.mValue)},
+      {"geometry", JsonText(largest.mPart)},
+      {"at", largest.mIsCell ? "element" : "node"},
+      {"id", largest.mHasId ? Json(largest.mId) : Json(nullptr)},
+      {"place",
+       {ShortJson(largest.mPlace[0]), ShortJson(largest.mPlace[1]), ShortJson(largest.mPlace[2])}}};
 }
 
 Json TextOrNull(const std::string& text) {
@@ -58,8 +64,7 @@ Json PanelJson(const ReportedPanel& panel) {
                    {"geometries", Json::array()}};
   if (panel.mRange) document["range"] = RangeJson(panel.mRange->first, panel.mRange->second);
   if (panel.mValues) {
-    document["values"] = {{"least", JsonFloat(panel.mValues->mLeast)},
-                          {"greatest", JsonFloat(panel.mValues->mGreatest)}};
+    document["values"] = RangeJson(panel.mValues->mLeast, panel.mValues->mGreatest);
   }
   if (panel.mLargest) document["largest"] = LargestJson(*panel.mLargest);
   for (const ReportedPart& part : panel.mParts) document["geometries"].push_back(PartJson(part));
