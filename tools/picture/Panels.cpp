@@ -135,7 +135,9 @@ void Panels::MakeCaptions() {
     if (!panel.mCaption.empty()) words.push_back(panel.mCaption);
     if (mModels.size() > 1) words.push_back(GetModel(panel).mName);
     if (results.size() > 1) words.push_back(scene.mResult);
-    if (!scene.mStep.empty() && !IsDifference()) words.push_back(scene.mStep);
+    const bool usesStep = !scene.mResult.empty() || !scene.mDeform.empty() ||
+                          mPanels.size() > mModels.size();  // a sheet of steps
+    if (usesStep && !scene.mStep.empty() && !IsDifference()) words.push_back(scene.mStep);
     if (!scene.mDeform.empty()) {
       words.push_back(
           fmt::format("deformed: {} x {}", scene.mDeform, ShortNumber(GetModel(panel).mScale)));

@@ -137,7 +137,8 @@ class SceneChooser {
   }
 
   void NoteSteps(const ExportContent& content) {
-    if (!mOnlyFirst || content.mSteps.size() < 2) return;
+    const bool usesStep = !mResults.front().empty() || !mDeform.empty();
+    if (!mOnlyFirst || !usesStep || content.mSteps.size() < 2) return;
     mScenes.mNotes.push_back(fmt::format(
         "the picture shows step {} of {} steps: --step chooses another, --sheet shows all",
         Escape(mScenes.mScenes.front().mStep, {}), content.mSteps.size()));
