@@ -26,7 +26,6 @@ class Controls {
     this.startResult();
     this.startSteps();
     this.startRange();
-    paintBarColours();
   }
 
   startResult() {
@@ -84,7 +83,7 @@ class Controls {
     byId("play").setAttribute("aria-pressed", Boolean(view.isPlaying));
     byId("edges").value = view.edges;
     byId("result-note").textContent = this.noteText();
-    showBar(result ? titleOf(result, view.component) : "", view.range);
+    showBar(result ? titleOf(result, view.component) : "", view.range, view.isSigned);
     await this.refreshPicked();
   }
 

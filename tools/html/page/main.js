@@ -11,7 +11,6 @@ function fail(error) {
 function showHeading(manifest) {
   byId("title").textContent = manifest.title;
   byId("program").textContent = `Written by ${manifest.program}. Works without a network.`;
-  byId("about").textContent = manifest.diff ? `Difference: ${manifest.diff.b} minus ${manifest.diff.a}` : "";
   byId("theme").onchange = event => { document.documentElement.dataset.theme = event.target.value; };
 }
 

@@ -1,7 +1,9 @@
-// The scale of colours: dark blue over green to yellow, with equal steps of OKLab lightness. The
-// pictures of `ryx picture` have the same scale (Palette.cpp).
+// Scales of colours with equal steps of OKLab lightness: dark blue over green to yellow, and blue
+// over light grey to red for values around 0. The pictures of `ryx picture` have the same scales
+// (Palette.cpp).
 
 const kNoValueColour = [160, 160, 160];
+const kNumColours = 256;
 
 function encodeChannel(linear) {
   const c = Math.min(Math.max(linear, 0), 1);
@@ -17,20 +19,35 @@ function fromOklab(lightness, a, b) {
           -0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s];
 }
 
-function colourAt(place) {
-  const lightness = 0.28 + place * (0.92 - 0.28);
-  const hue = (285 + place * (105 - 285)) * Math.PI / 180;
-  let linear;
-  for (let chroma = 0.17; chroma >= 0; chroma -= 0.001) {
-    linear = fromOklab(lightness, chroma * Math.cos(hue), chroma * Math.sin(hue));
+// Returns the colour of a lightness and a hue in degrees, with the greatest chroma up to a limit
+// that a screen can show.
+function makeColour(lightness, greatestChroma, hue) {
+  const angle = hue * Math.PI / 180;
+  let linear = [0, 0, 0];
+  for (let chroma = greatestChroma; chroma >= 0; chroma -= 0.001) {
+    linear = fromOklab(lightness, chroma * Math.cos(angle), chroma * Math.sin(angle));
     if (linear.every(c => c >= 0 && c <= 1)) break;
   }
   return linear.map(encodeChannel);
 }
 
-// Returns red, green, blue and 255 of each colour, one after the other.
-function makePalette(numColours) {
-  const bytes = new Uint8Array(4 * numColours);
-  for (let i = 0; i < numColours; ++i) bytes.set([...colourAt(i / (numColours - 1)), 255], 4 * i);
+// Returns the colour at a place of the scale, 0 to 1.
+function colourAt(place) {
+  return makeColour(0.28 + place * (0.92 - 0.28), 0.17, 285 + place * (105 - 285));
+}
+
+// Returns the colour at a place of the scale around 0, -1 to 1.
+function signedColourAt(place) {
+  const distance = Math.abs(place);
+  return makeColour(0.94 - distance * (0.94 - 0.42), 0.2 * distance, place < 0 ? 260 : 28);
+}
+
+// Returns red, green, blue and 255 of each colour of a scale, one after the other.
+function makePalette(isSigned) {
+  const bytes = new Uint8Array(4 * kNumColours);
+  for (let i = 0; i < kNumColours; ++i) {
+    const place = i / (kNumColours - 1);
+    bytes.set([...(isSigned ? signedColourAt(2 * place - 1) : colourAt(place)), 255], 4 * i);
+  }
   return bytes;
 }

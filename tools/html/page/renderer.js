@@ -78,10 +78,15 @@ class Renderer {
                         "uNoValue", "uMode", "uShade"]) {
       this.uniforms[name] = gl.getUniformLocation(this.program, name);
     }
-    gl.bindTexture(gl.TEXTURE_2D, gl.createTexture());
-    gl.texImage2D(gl.TEXTURE_2D, 0, gl.RGBA, 256, 1, 0, gl.RGBA, gl.UNSIGNED_BYTE, makePalette(256));
-    gl.texParameteri(gl.TEXTURE_2D, gl.TEXTURE_MIN_FILTER, gl.LINEAR);
-    gl.texParameteri(gl.TEXTURE_2D, gl.TEXTURE_WRAP_S, gl.CLAMP_TO_EDGE);
+    this.palettes = [false, true].map(isSigned => {
+      const texture = gl.createTexture();
+      gl.bindTexture(gl.TEXTURE_2D, texture);
+      gl.texImage2D(gl.TEXTURE_2D, 0, gl.RGBA, kNumColours, 1, 0, gl.RGBA, gl.UNSIGNED_BYTE,
+                    makePalette(isSigned));
+      gl.texParameteri(gl.TEXTURE_2D, gl.TEXTURE_MIN_FILTER, gl.LINEAR);
+      gl.texParameteri(gl.TEXTURE_2D, gl.TEXTURE_WRAP_S, gl.CLAMP_TO_EDGE);
+      return texture;
+    });
     gl.enable(gl.DEPTH_TEST);
     gl.depthFunc(gl.LEQUAL);
     gl.blendFuncSeparate(gl.SRC_ALPHA, gl.ONE_MINUS_SRC_ALPHA, gl.ONE,
@@ -177,8 +182,9 @@ class Renderer {
   }
 
   // Draws items {mesh, colour, field, range}. `range` is the least and greatest value of the field;
-  // `shown` those of the palette. `edges` is "none", "outline" or "cells".
-  draw(items, camera, shown, edges) {
+  // `shown` those of the palette. `isSigned` chooses the palette around 0. `edges` is
+  // "none", "outline" or "cells".
+  draw(items, camera, {shown, isSigned, edges}) {
     const gl = this.gl;
     const u = this.uniforms;
     if (gl.isContextLost()) return;
@@ -186,6 +192,7 @@ class Renderer {
     gl.clearColor(0, 0, 0, 0);
     gl.clear(gl.COLOR_BUFFER_BIT | gl.DEPTH_BUFFER_BIT);
     gl.useProgram(this.program);
+    gl.bindTexture(gl.TEXTURE_2D, this.palettes[isSigned ? 1 : 0]);
     const {right, up, back, target} = camera;
     gl.uniformMatrix3fv(u.uRotation, false, [0, 1, 2].flatMap(k => [right[k], up[k], back[k]]));
     const depth = 1 / (1.05 * (Math.hypot(...target) + Math.sqrt(3)));

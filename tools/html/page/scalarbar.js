@@ -1,19 +1,22 @@
 // The scale of colours with ticks, and the axes of the model.
 
-function paintBarColours() {
-  const palette = makePalette(256);
+function paintBarColours(isSigned) {
+  const palette = makePalette(isSigned);
   const canvas = byId("bar-colours");
   const context = canvas.getContext("2d");
-  const image = context.createImageData(1, 256);
-  for (let i = 0; i < 256; ++i) image.data.set(palette.subarray(4 * i, 4 * i + 4), 4 * (255 - i));
+  const image = context.createImageData(1, kNumColours);
+  for (let i = 0; i < kNumColours; ++i) {
+    image.data.set(palette.subarray(4 * i, 4 * i + 4), 4 * (kNumColours - 1 - i));
+  }
   context.putImageData(image, 0, 0);
 }
 
 // Shows the bar of a range with a title; hides it if the range is null.
-function showBar(title, range) {
+function showBar(title, range, isSigned) {
   const bar = byId("bar");
   bar.hidden = !range;
   if (!range) return;
+  paintBarColours(isSigned);
   byId("bar-title").textContent = title;
   const [low, high] = range;
   const ticks = ticksOf(low, high, bar.clientHeight > 200 ? 6 : 4);

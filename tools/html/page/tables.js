@@ -75,8 +75,8 @@ function addDifferences(model, show) {
   const rows = greatest.map(({result, part, step, value}) => [
     model.results[result]?.name, model.parts[part]?.name, stepText(model.steps[step], step),
     value === null ? "not a number" : exactText(value)]);
-  addSection(`Greatest differences of ${b} minus ${a}`, rows.length, true, () => makeTable(
-      {title: "Greatest differences", columns: ["Result", "Part", "Step", "Difference"], rows},
+  addSection("Greatest differences", rows.length, true, () => makeTable(
+      {title: `Greatest differences of ${b} minus ${a}`, columns: ["Result", "Part", "Step", "Difference"], rows},
       i => greatest[i].index === null ? null : create("button", {
         type: "button", textContent: "Show", "aria-label": `Show row ${i + 1}`,
         onclick: () => show(greatest[i])})));

@@ -54,7 +54,8 @@ class View {
   }
 
   draw() {
-    this.renderer.draw(this.items, this.camera, this.range ?? [0, 0], this.edges);
+    this.renderer.draw(this.items, this.camera,
+                       {shown: this.range ?? [0, 0], isSigned: this.isSigned, edges: this.edges});
     showAxes(this.camera);
     this.placeMarker();
   }
@@ -72,8 +73,17 @@ class View {
     if (this.result === null) return null;
     if (this.rangeKind === "own" && this.ownRange) return this.ownRange;
     const ofStep = field => (field.step ?? this.step) === this.step;
-    return this.model.rangeOf(this.result, this.component,
-                              this.rangeKind === "step" ? ofStep : undefined);
+    const range = this.model.rangeOf(this.result, this.component,
+                                     this.rangeKind === "step" ? ofStep : undefined);
+    if (!range || !this.isSigned) return range;
+    const greatest = Math.max(...range.map(Math.abs));
+    return [-greatest, greatest];
+  }
+
+  // Returns true if the values are differences of both signs; their scale has 0 in its middle.
+  get isSigned() {
+    if (!this.model.manifest.diff || this.result === null) return false;
+    return (this.model.rangeOf(this.result, this.component)?.[0] ?? 0) < 0;
   }
 
   // Loads what is visible and draws it. A later call replaces an earlier one.
