@@ -6,8 +6,8 @@ const kKeyPan = 40;          // pixels
 const kKeyZoom = 1.25;
 const kViewKeys = ["iso", "front", "back", "left", "right", "top", "bottom"];
 
-// Connects a canvas with an object that has camera, moved(), pickAt(x, y), fit(), setView(name),
-// nextEdges(), changeStep(difference) and togglePlay().
+// Connects a canvas with an object that has camera, moved(), rotate(right, down), pickAt(x, y),
+// fit(), setView(name), nextEdges(), changeStep(difference) and togglePlay().
 function listen(canvas, target) {
   const pointers = new Map();
   let start = null;  // null after a drag
@@ -42,7 +42,7 @@ function listen(canvas, target) {
     } else if (event.shiftKey || event.buttons & 6) {
       camera.pan(dx, dy);
     } else {
-      camera.rotate(dx * 0.008, dy * 0.008);
+      target.rotate(dx * 0.008, dy * 0.008);
     }
     target.moved();
   });
@@ -80,7 +80,7 @@ function listen(canvas, target) {
     const view = kViewKeys[event.key];
     const action = actions[event.key.length === 1 ? event.key.toLowerCase() : event.key];
     if (arrow && event.shiftKey) camera.pan(kKeyPan * arrow[0], kKeyPan * arrow[1]);
-    else if (arrow) camera.rotate(kTurn * arrow[0], kTurn * arrow[1]);
+    else if (arrow) target.rotate(kTurn * arrow[0], kTurn * arrow[1]);
     else if (view) target.setView(view);
     else if (action) action();
     else return;

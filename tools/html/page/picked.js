@@ -37,12 +37,14 @@ function valueText({components, resolutions}, component) {
   }
   const value = components[component];
   if (Number.isNaN(value)) return "not a number";
-  return resolutions ? roundedText(value, resolutions[component]) : exactText(value);
+  return resolutions?.[component] > 0 ? roundedText(value, resolutions[component]) : exactText(value);
 }
 
+// A component with one value everywhere has no steps, and is exact.
 function precisionText({isExact, resolutions, component}) {
   if (isExact) return component === "magnitude" ? "from values of full precision" : "full precision";
   const step = component === "magnitude" ? Math.max(...resolutions) : resolutions[component];
+  if (!(step > 0)) return "full precision";
   return `display precision, in steps of ${Number(step.toPrecision(2))}`;
 }
 

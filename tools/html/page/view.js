@@ -158,8 +158,14 @@ class View {
     this.moved();
   }
 
+  rotate(right, down) {
+    this.camera.rotate(right, down);
+    byId("view-name").value = "";
+  }
+
   setView(name) {
     this.camera.setView(name);
+    byId("view-name").value = name;
     this.fit();
   }
 
