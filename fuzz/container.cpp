@@ -6,6 +6,7 @@
 #include "MemoryFile.h"
 #include "Qov/Jbf/JbFile.h"
 #include "Target.h"
+#include "container/ReadAhead.h"
 
 /// Opens a container and reads every stream to its end, through a StreamReader and through the
 /// blocks.
@@ -14,6 +15,7 @@ namespace {
 using namespace Qov::Fuzz;
 
 constexpr std::size_t kPiece = 100'000;
+constexpr std::uint64_t kLongest = 10'000'000;  ///< Bytes of streams that are read as a whole.
 
 std::size_t CountBlocks(QovJbf::JbFile& file, const std::string& name) {
   const auto& items = file.GetIndex().GetItems();
@@ -51,6 +53,24 @@ void ReadThrough(QovJbf::JbFile& file, const std::string& name) {
   Require(areBlocksSound || hasEmptyBlocks, "both ways of reading accept the same blocks");
 }
 
+/// Reads a stream piece by piece with zlib, and then with blocks that are decompressed ahead as a
+/// whole. The second way must accept what the first one accepts. It may accept more: see
+/// WholeBlock.h.
+void ReadAheadThrough(QovJbf::JbFile& file, const std::string& name) {
+  const auto reader = file.OpenStreamReader(name);
+  const std::uint64_t length = reader->GetLength();
+  if (length == 0 || length > kLongest) return;
+  std::vector<std::uint8_t> pieces(length);
+  reader->Read(0, pieces.data(), length);
+  reader->Verify();
+  const auto wholeReader = file.OpenStreamReader(name);
+  const QovJbf::ReadAhead ahead({{wholeReader.get(), 0, length}});
+  std::vector<std::uint8_t> whole(length);
+  Require(Accepts([&] { wholeReader->ReadVerified(0, whole.data(), length); }),
+          "a block that zlib accepts can be decompressed ahead");
+  Require(pieces == whole, "blocks that are decompressed ahead have the same bytes");
+}
+
 void ReadContainer(const std::string& path) {
   QovJbf::JbFile file;
   file.OpenFile(path, "rb");
@@ -64,6 +84,7 @@ void ReadContainer(const std::string& path) {
     // These are parts of the index. They are not streams with positions.
     if (name.starts_with("\vIndex Block ") || name.starts_with("\vEmpty Block ")) continue;
     Accepts([&] { ReadThrough(file, name); });
+    Accepts([&] { ReadAheadThrough(file, name); });
   }
 }
 
