@@ -59,8 +59,9 @@ std::uint64_t CountValueBytes(const ExpectedModel& model) {
   return numBytes;
 }
 
-/// Compares the values of all results in the order in which the inputs store them, because an input
-/// can have blocks that are too large to be decompressed more than once.
+/// Compares the values of all results. If the output has small blocks, the order is that in which
+/// the inputs store them, because the blocks of inputs can be large. Otherwise it is the order of
+/// the output.
 class ArrayVerifier {
  public:
   ArrayVerifier(ExpectedModel& model, const QovRyx::NodeTree& output) {
@@ -86,11 +87,14 @@ class ArrayVerifier {
     Values mValues;
     std::string mError;
   };
+  static constexpr std::uint32_t kMostSmallBlock = std::uint32_t{32} << 20;
   static constexpr std::uint64_t kMostOwnerBytes = std::uint64_t{32} << 20;
 
   void CollectArrays(ExpectedModel& model, bool integerKinds);
   void CollectLinks(ExpectedModel& model, const QovRyx::NodeTree& output);
-  std::vector<Task*> SortByPlace();
+  bool HasSmallBlocks() const;
+  std::vector<Task*> SortByOutput();
+  std::vector<Task*> SortByInput();
   QovJbf::ReadAhead::Parts PlanReads(const std::vector<Task*>& order) const;
   std::string FindFault(const Task& task, const std::string& inputPath);
   std::string FindLinkFault(const Task& task, const std::string& inputPath);
@@ -122,7 +126,30 @@ void ArrayVerifier::CollectLinks(ExpectedModel& model, const QovRyx::NodeTree& o
   }
 }
 
-std::vector<ArrayVerifier::Task*> ArrayVerifier::SortByPlace() {
+/// Returns true if blocks of the output can be decompressed more than once.
+bool ArrayVerifier::HasSmallBlocks() const {
+  return std::all_of(mTasks.begin(), mTasks.end(), [](const Task& task) {
+    const auto* loader =
+        task.mpOwner == nullptr ? nullptr : task.mpOwner->mValues.GetLoader().get();
+    if (loader == nullptr) return true;
+    const auto block = loader->GetReader().FindBlock(loader->GetOffset(), 1);
+    return !block || block->mRawLength <= kMostSmallBlock;
+  });
+}
+
+/// Returns the links after all others, those of an owner together.
+std::vector<ArrayVerifier::Task*> ArrayVerifier::SortByOutput() {
+  std::vector<Task*> order;
+  order.reserve(mTasks.size());
+  for (Task& task : mTasks) order.push_back(&task);
+  std::stable_sort(order.begin(), order.end(), [](const Task* a, const Task* b) {
+    return std::pair(a->mIsLink, a->mIsLink ? a->mpOwner : nullptr) <
+           std::pair(b->mIsLink, b->mIsLink ? b->mpOwner : nullptr);
+  });
+  return order;
+}
+
+std::vector<ArrayVerifier::Task*> ArrayVerifier::SortByInput() {
   using Place = std::pair<std::size_t, std::uint64_t>;
   std::map<const QovJbf::StreamReader*, std::size_t> files;
   std::vector<std::pair<Place, Task*>> places;
@@ -158,7 +185,7 @@ QovJbf::ReadAhead::Parts ArrayVerifier::PlanReads(const std::vector<Task*>& orde
 }
 
 void ArrayVerifier::Verify(FaultReporter& reporter) {
-  const std::vector<Task*> order = SortByPlace();
+  const std::vector<Task*> order = HasSmallBlocks() ? SortByInput() : SortByOutput();
   {
     const QovJbf::ReadAhead ahead(PlanReads(order));
     for (Task* task : order) {
