@@ -1,6 +1,7 @@
 #include "FileAccess.h"
 
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <limits>
@@ -53,6 +54,19 @@ void WriteAt(const char* source, std::FILE* file, std::uint64_t position, const 
              std::size_t n, unsigned long line) {
   SeekToWrite(source, file, position, line);
   if (std::fwrite(data, 1, n, file) != n) RaiseWriteFailure(source, errno, line);
+}
+
+std::uint64_t CopyInFileSystem(int source, std::uint64_t from, int target, std::uint64_t to,
+                               std::uint64_t n) {
+  auto begin = static_cast<off_t>(from);
+  auto end = static_cast<off_t>(to);
+  std::uint64_t done = 0;
+  while (done < n) {
+    const ssize_t part = ::copy_file_range(source, &begin, target, &end, n - done, 0);
+    if (part <= 0) break;
+    done += static_cast<std::uint64_t>(part);
+  }
+  return done;
 }
 
 void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,

@@ -23,6 +23,12 @@ void SeekToWrite(const char* source, std::FILE* file, std::uint64_t position,
 void WriteAt(const char* source, std::FILE* file, std::uint64_t position, const void* data,
              std::size_t n, unsigned long line = __builtin_LINE());
 
+/// Lets the file system copy up to `n` bytes between two files, which can share them then. Returns
+/// the number of copied bytes, which is less than `n` if the file system cannot do that or fails.
+/// The positions of the descriptors stay the same.
+std::uint64_t CopyInFileSystem(int source, std::uint64_t from, int target, std::uint64_t to,
+                               std::uint64_t n);
+
 /// Raises ReadError if a file of `fileLength` bytes does not have `n` bytes at `position`.
 void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,
                  std::uint64_t n, unsigned long line = __builtin_LINE());

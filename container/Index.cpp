@@ -64,11 +64,12 @@ void Index::Put(const std::string& name, std::uint64_t n, const PieceSource& sou
   mpState->mFiller.Put(name, n, source);
 }
 
-void Index::PutStoredBlock(const std::string& name, std::uint32_t rawLength,
-                           std::uint32_t storedSize, bool isCompressed, const PieceSource& source,
-                           std::FILE* file) {
-  mpState->mWriter.PutStoredBlock(name, rawLength, storedSize, isCompressed, source, file);
+void Index::PutStoredBlock(const std::string& name, StreamReader& reader,
+                           const StreamReader::BlockExtent& block, bool check, std::FILE* file) {
+  mpState->mWriter.PutStoredBlock(name, reader, block, check, file);
 }
+
+void Index::FinishChecks() { mpState->mWriter.FinishChecks(); }
 
 void Index::Get(const std::string& name, void* target, std::uint64_t n) {
   mpState->mReader.Get(name, target, n);

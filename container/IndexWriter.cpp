@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "BlockChecks.h"
 #include "BlockOutput.h"
 #include "FileAccess.h"
-#include "MallocBuffer.h"
 #include "Qov/Log/Record.h"
 #include "Qov/Util/Raise.h"
 #include "Sources.h"
@@ -35,7 +35,10 @@ BlockOutput& IndexWriter::GetOutput() {
   return *mpOutput;
 }
 
-void IndexWriter::StopWriting() { mpOutput.reset(); }
+void IndexWriter::StopWriting() {
+  mpOutput.reset();
+  mpChecks.reset();
+}
 
 void IndexWriter::WriteBuffer(std::uint64_t k, std::FILE* file) {
   HandOver(k);
@@ -152,26 +155,36 @@ std::uint64_t IndexWriter::FindFirstOpen() {
   return mFirstOpen;
 }
 
-void IndexWriter::PutStoredBlock(const std::string& name, std::uint32_t rawLength,
-                                 std::uint32_t storedSize, bool isCompressed,
-                                 const Index::PieceSource& source, std::FILE* file) {
-  constexpr std::size_t kPieceSize = std::size_t{1024} * 1024;
+void IndexWriter::PutStoredBlock(const std::string& name, StreamReader& reader,
+                                 const StreamReader::BlockExtent& block, bool check,
+                                 std::FILE* file) {
   WriteAllHandedOver(file);
   const std::uint64_t k = mTable.AddBlock(name);
   if (FindFirstOpen() < k) Raise(kIndexSource, ErrorType::NotImplemented);
   IndexItem& item = mTable.GetItem(k);
   item.mFlags |= BlockFlag::kFreezeWhenFull;
-  if (isCompressed) item.mFlags |= BlockFlag::kCompressed;
+  if (block.mCompressed) item.mFlags |= BlockFlag::kCompressed;
   mTable.GetState(k).mFrozen = true;
-  mTable.GetState(k).mRawSize = rawLength;
-  mTable.SetSize(k, storedSize);
-  const MallocBuffer piece = AllocateBuffer(kIndexSource, kPieceSize);
-  for (std::uint64_t done = 0; done < storedSize;) {
-    const std::size_t n = std::min<std::uint64_t>(kPieceSize, storedSize - done);
-    source(piece.get(), n);
-    WriteAt(kIndexSource, file, mTable.GetPosition(k) + done, piece.get(), n);
-    done += n;
+  mTable.GetState(k).mRawSize = block.mRawLength;
+  mTable.SetSize(k, block.mStoredSize);
+  if (check && block.mCompressed) GetChecks().Add(reader, block);
+  reader.CopyStored(block, file, mTable.GetPosition(k));
+}
+
+BlockChecks& IndexWriter::GetChecks() {
+  if (!mpChecks) {
+    const unsigned threads =
+        GetThreadCount(ChunkPool::kChunkSize, SystemResources(), mSettings.mThreads);
+    mNumThreads = std::min(threads, mMostThreads);
+    mpChecks = std::make_unique<BlockChecks>(mNumThreads);
   }
+  return *mpChecks;
+}
+
+void IndexWriter::FinishChecks() {
+  if (!mpChecks) return;
+  mpChecks->Finish();
+  mpChecks.reset();
 }
 
 }  // namespace QovJbf

@@ -10,6 +10,7 @@
 
 namespace QovJbf {
 
+class BlockChecks;
 class BlockOutput;
 
 /// Writes the blocks of a table to the file, without gaps and in the order of their items. The
@@ -34,8 +35,9 @@ class IndexWriter {
   void WriteIndexBuffer(std::uint64_t k, std::FILE* file);
   void WriteAllBuffers(std::FILE* file);
   void FlushFrozen(std::FILE* file);
-  void PutStoredBlock(const std::string& name, std::uint32_t rawLength, std::uint32_t storedSize,
-                      bool isCompressed, const Index::PieceSource& source, std::FILE* file);
+  void PutStoredBlock(const std::string& name, StreamReader& reader,
+                      const StreamReader::BlockExtent& block, bool check, std::FILE* file);
+  void FinishChecks();
 
   /// Writes the bytes that are compressed and whose position is known.
   void WriteReady(std::FILE* file);
@@ -43,6 +45,7 @@ class IndexWriter {
   void WriteAllHandedOver(std::FILE* file);
 
  private:
+  BlockChecks& GetChecks();
   void HandOver(std::uint64_t k);
   void HandOverFull(IndexStream& stream);
   std::uint64_t FindFirstOpen();
@@ -50,6 +53,7 @@ class IndexWriter {
   IndexTable& mTable;
   std::uint64_t mFirstOpen = 0;           ///< The items before it are frozen or index blocks.
   std::unique_ptr<BlockOutput> mpOutput;  ///< Null until it is needed.
+  std::unique_ptr<BlockChecks> mpChecks;  ///< Null until it is needed.
   WriteSettings mSettings;
   unsigned mMostThreads = std::numeric_limits<unsigned>::max();
   unsigned mNumThreads = 1;

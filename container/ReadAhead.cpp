@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <functional>
 #include <queue>
 
@@ -18,9 +19,23 @@ namespace QovJbf {
 
 namespace {
 
+/// Blocks that are started or kept at a time. Each of them has a file handle until it is
+/// decompressed.
+constexpr std::size_t kMostStarted = 64;
+
 /// Returns the number of bytes that are in memory while the block is decompressed.
 std::uint64_t GetSize(const StreamReader::BlockExtent& extent) {
   return std::uint64_t{extent.mRawLength} + extent.mStoredSize;
+}
+
+/// Returns a closed descriptor if the file cannot be opened. The reader reports the reason when it
+/// reads the block itself.
+Descriptor OpenFile(const StreamReader& reader) {
+  try {
+    return Descriptor(reader.OpenDescriptor());
+  } catch (const std::exception&) {
+    return Descriptor(-1);
+  }
 }
 
 bool ReadFully(int file, std::uint64_t position, unsigned char* target, std::size_t n) {
@@ -115,7 +130,7 @@ void ReadAhead::Provide(const StreamReader& reader, Contents& contents) {
   for (std::size_t i = 0; i < mBlocks.size(); ++i) {
     Planned& planned = mBlocks[i];
     if (planned.mpReader != &reader || planned.mIsLeftOut) continue;
-    const auto content = contents.find(reader.GetPosition(planned.mExtent.mBlock));
+    const auto content = contents.find(reader.GetPosition(planned.mExtent));
     if (content == contents.end()) continue;
     planned.mpJob = std::make_shared<Job>(
         Job{Descriptor(-1), 0, 0, 0, std::move(content->second), Job::State::Sound});
@@ -201,6 +216,7 @@ void ReadAhead::DropPassed() {
 }
 
 bool ReadAhead::Fits(const Planned& planned) {
+  if (mStarted.size() >= kMostStarted) return false;
   std::uint64_t used = 0;
   const std::lock_guard lock(mMutex);
   for (const std::size_t i : mStarted) {
@@ -212,15 +228,15 @@ bool ReadAhead::Fits(const Planned& planned) {
 }
 
 void ReadAhead::Start(Planned& planned) {
-  Descriptor file(planned.mpReader->DuplicateHandle());
+  Descriptor file = OpenFile(*planned.mpReader);
   if (!file.IsOpen()) {
     planned.mIsLeftOut = true;
     return;
   }
   const StreamReader::BlockExtent& extent = planned.mExtent;
-  planned.mpJob = std::make_shared<Job>(
-      Job{std::move(file), planned.mpReader->GetPosition(extent.mBlock), extent.mStoredSize,
-          extent.mRawLength, nullptr, Job::State::Running});
+  planned.mpJob = std::make_shared<Job>(Job{std::move(file), planned.mpReader->GetPosition(extent),
+                                            extent.mStoredSize, extent.mRawLength, nullptr,
+                                            Job::State::Running});
   mStarted.push_back(static_cast<std::size_t>(&planned - mBlocks.data()));
   mWorkers.Post([this, job = planned.mpJob] { Run(*job); });
 }

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 
-#include <exception>
 #include <list>
 #include <utility>
 
@@ -27,6 +26,20 @@ SourceFile::SourceFile(FileIdentity identity) : mIdentity(std::move(identity)) {
 SourceFile::~SourceFile() { Close(); }
 
 void SourceFile::Read(std::uint64_t position, void* target, std::size_t n) {
+  Use();
+  ReadAt(kStreamReaderSource, mFile, position, target, n);
+}
+
+Descriptor SourceFile::OpenDescriptor() {
+  Use();
+  const auto duplicate = [this] { return ::fcntl(::fileno(mFile), F_DUPFD_CLOEXEC, 0); };
+  Descriptor descriptor(RetryWithFewerHandles(duplicate, [](int result) { return result != -1; }));
+  if (!descriptor.IsOpen()) Qov::Util::RaiseReadError(kStreamReaderSource);
+  return descriptor;
+}
+
+// Opens the file if it has no handle, and makes it the most recently used one.
+void SourceFile::Use() {
   std::list<SourceFile*>& open = GetOpenSources();
   if (mFile == nullptr) {
     Open();
@@ -34,16 +47,6 @@ void SourceFile::Read(std::uint64_t position, void* target, std::size_t n) {
     open.remove(this);
     open.push_front(this);
   }
-  ReadAt(kStreamReaderSource, mFile, position, target, n);
-}
-
-int SourceFile::Duplicate() {
-  try {
-    if (mFile == nullptr) Open();
-  } catch (const std::exception&) {
-    return -1;
-  }
-  return ::fcntl(::fileno(mFile), F_DUPFD_CLOEXEC, 0);
 }
 
 void SourceFile::Open() {

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "Descriptor.h"
 #include "Qov/Jbf/FileIdentity.h"
 
 namespace QovJbf {
@@ -28,9 +29,8 @@ class SourceFile {
   /// changed since it was first opened.
   void Read(std::uint64_t position, void* target, std::size_t n);
 
-  /// Returns another descriptor of the file, which the caller closes, or -1. Opens the file if
-  /// necessary. Never raises.
-  int Duplicate();
+  /// Returns a new descriptor of the file, which other threads may read from with pread.
+  Descriptor OpenDescriptor();
 
   const FileIdentity& GetIdentity() const { return mIdentity; }
   std::uint64_t GetLength() const { return mIdentity.GetSize(); }
@@ -40,6 +40,7 @@ class SourceFile {
   static bool CloseOldest();
 
  private:
+  void Use();
   void Open();
   void Close();
 

@@ -10,6 +10,7 @@
 #include "ContainerFormat.h"
 #include "FileAccess.h"
 #include "Qov/Jbf/BlockZlibUnCompressor.h"
+#include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
 #include "ReadAhead.h"
@@ -30,6 +31,8 @@ constexpr std::size_t kMostInflaters = 8192;
 /// A block is decompressed as a whole if its content and its compressed form have at most this many
 /// bytes together.
 constexpr std::uint64_t kMostWhole = std::uint64_t{160} << 20;
+/// Bytes that are copied at a time.
+constexpr std::uint64_t kPieceSize = std::uint64_t{1} << 20;
 
 }  // namespace
 
@@ -317,10 +320,33 @@ void StreamReader::ReadStored(const BlockExtent& block, std::uint64_t begin, voi
   }
 }
 
-int StreamReader::DuplicateHandle() const { return mpState->mpSource->Duplicate(); }
+void StreamReader::CopyStored(const BlockExtent& block, std::FILE* target, std::uint64_t position) {
+  std::uint64_t done = std::min<std::uint64_t>(block.mStoredSize, kRawLengthSize);
+  const MallocBuffer piece = AllocateBuffer(kStreamReaderSource, kPieceSize);
+  const auto copyPiece = [&](std::uint64_t begin, std::uint64_t n) {
+    Qov::Util::WithFileContext(GetPath(), [&] { ReadStored(block, begin, piece.get(), n); });
+    WriteAt(kIndexSource, target, position + begin, piece.get(), n);
+  };
+  copyPiece(0, done);  // compares the length of the content
+  if (std::fflush(target) == 0) {
+    const Descriptor source = mpState->mpSource->OpenDescriptor();
+    done += CopyInFileSystem(source.Get(), GetPosition(block) + done, ::fileno(target),
+                             position + done, block.mStoredSize - done);
+  }
+  for (; done < block.mStoredSize; done += std::min(kPieceSize, block.mStoredSize - done)) {
+    copyPiece(done, std::min(kPieceSize, block.mStoredSize - done));
+  }
+}
 
-std::uint64_t StreamReader::GetPosition(std::size_t block) const {
-  return mpState->mBlocks[block].mPosition;
+std::uint64_t StreamReader::GetPosition(const BlockExtent& block) const {
+  return mpState->mBlocks[block.mBlock].mPosition;
+}
+
+int StreamReader::OpenDescriptor() const { return mpState->mpSource->OpenDescriptor().Release(); }
+
+void StreamReader::SetVerified(const BlockExtent& block) {
+  mpState->mChecksums[block.mBlock] = State::Checksum::Matches;
+  mpState->mEndOfReads = std::max(mpState->mEndOfReads, block.mStart + block.mRawLength);
 }
 
 bool StreamReader::ReadsFrom(const std::string& path) const { return GetIdentity().IsFileAt(path); }

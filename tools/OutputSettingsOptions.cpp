@@ -1,5 +1,7 @@
 #include "OutputSettingsOptions.h"
 
+#include <map>
+
 #include "OptionValues.h"
 
 namespace Qov::Tools {
@@ -23,8 +25,12 @@ void DeclareOutputSettings(CLI::App& app, std::string& path, QovRyx::OutputSetti
                 "Uncompressed size of a block, at least 1024; default 8 MiB");
   DeclareNumber(app, "--threads", settings.mThreads, "N",
                 "Threads that compress; they do not change the output");
-  app.add_flag("--keep-blocks", settings.mKeepBlocks,
-               "Copy compressed blocks of the inputs if all their arrays are wanted");
+  const std::map<std::string, QovRyx::BlockKeeping> kinds = {
+      {"checked", QovRyx::BlockKeeping::Checked}, {"unchecked", QovRyx::BlockKeeping::Unchecked}};
+  app.add_flag("--keep-blocks{checked}", settings.mKeepBlocks,
+               "Copy compressed blocks of the inputs if all their arrays are wanted; "
+               "--keep-blocks=unchecked does not compare their checksums")
+      ->transform(CLI::CheckedTransformer(kinds));
 }
 
 }  // namespace Qov::Tools

@@ -56,6 +56,9 @@ constexpr Mode kModes[] = {
     {"copies",
      [](const Paths& paths) { return QovRyx::merge_as_datasets(paths.mModels, paths.mOutput); },
      "1"},
+    {"checked_copies",
+     [](const Paths& paths) { return QovRyx::merge_as_datasets(paths.mModels, paths.mOutput); },
+     "check"},
     {"views",
      [](const Paths& paths) {
        return QovRyx::merge_viewpoints_with_ryx(paths.mModels[0], paths.mViews, paths.mOutput);

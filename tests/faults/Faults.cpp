@@ -91,6 +91,19 @@ std::size_t __wrap_fwrite(const void* source, std::size_t size, std::size_t n, s
                                     : __real_fwrite(source, size, n, file);
 }
 
+ssize_t __real_pread(int file, void* target, std::size_t n, off_t position);
+ssize_t __wrap_pread(int file, void* target, std::size_t n, off_t position) {
+  return Fails(Call::Read, EIO) ? -1 : __real_pread(file, target, n, position);
+}
+
+ssize_t __real_copy_file_range(int source, off_t* from, int target, off_t* to, std::size_t n,
+                               unsigned flags);
+ssize_t __wrap_copy_file_range(int source, off_t* from, int target, off_t* to, std::size_t n,
+                               unsigned flags) {
+  return Fails(Call::Write, ENOSPC) ? -1
+                                    : __real_copy_file_range(source, from, target, to, n, flags);
+}
+
 int __real_fseeko(std::FILE* file, off_t offset, int whence);
 int __wrap_fseeko(std::FILE* file, off_t offset, int whence) {
   return Fails(Call::Seek, EIO) ? -1 : __real_fseeko(file, offset, whence);

@@ -1,10 +1,14 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <zlib.h>
 
 #include <atomic>
 #include <fstream>
+#include <map>
 
+#include "Qov/Jbf/JbFile.h"
+#include "support/CapturedErrors.h"
 #include "support/Errors.h"
+#include "support/Files.h"
 #include "support/ModelCompare.h"
 #include "support/ScopedEnvironment.h"
 #include "support/TempDir.h"
@@ -41,6 +45,8 @@ namespace Qov::Test {
 namespace {
 
 using namespace QovRyx;
+using QovJbf::JbFile;
+using testing::HasSubstr;
 
 constexpr std::size_t kNumNodes = 20000;
 constexpr std::uint64_t kArraySize = kNumNodes * 4;
@@ -54,9 +60,10 @@ class BlockCopiesTest : public testing::Test {
   }
 
   /// Saves with copied blocks and counts the bytes that zlib processes.
-  void SaveCopied(Tree& tree, const std::string& path) {
-    const ScopedEnvironment copy("RYXMERGE_COPY_BLOCKS", "1");
-    const ScopedEnvironment threads("RYXMERGE_THREADS", "1");
+  void SaveCopied(Tree& tree, const std::string& path, const char* mode = "1",
+                  const char* numThreads = "1") {
+    const ScopedEnvironment copy("RYXMERGE_COPY_BLOCKS", mode);
+    const ScopedEnvironment threads("RYXMERGE_THREADS", numThreads);
     gInflated = gDeflated = 0;
     SaveTree(tree, path);
   }
@@ -114,8 +121,9 @@ TEST_F(BlockCopiesTest, KeepBlocksNeedsTheWholeBlock) {
       geometry.EditVariable(1).mValues = NumericArray::Of(Ramp(kNumNodes, 5.0F));
     }
     gDeflated = 0;
-    tree.Save(mDir / "saved.ryx", "",
-              {.mCompressor = QovJbf::Compressor::Zlib, .mThreads = 1, .mKeepBlocks = keepsBlocks});
+    OutputSettings settings{.mCompressor = QovJbf::Compressor::Zlib, .mThreads = 1};
+    if (keepsBlocks) settings.mKeepBlocks = BlockKeeping::Checked;
+    tree.Save(mDir / "saved.ryx", "", settings);
     const std::uint64_t numDeflated = gDeflated;
     EXPECT_EQ(DescribeModel(mDir / "saved.ryx"), DescribeModel(tree));
     return numDeflated;
@@ -140,20 +148,81 @@ TEST_F(BlockCopiesTest, LeaveOutArraysThatMustBeShuffledAgain) {
   EXPECT_EQ(DescribeModel(mDir / "plain.ryx"), expected);
 }
 
-TEST_F(BlockCopiesTest, CheckOnlyLengths) {
+/// Writes a byte of a file and keeps the time of the file, by which changes are detected.
+void Overwrite(const std::string& path, std::streamoff at, char byte) {
+  const auto time = std::filesystem::last_write_time(path);
+  std::fstream(path, std::ios::in | std::ios::out | std::ios::binary).seekp(at).put(byte);
+  std::filesystem::last_write_time(path, time);
+}
+
+/// Returns the text of the error and the lines on standard error.
+template <class Action>
+std::string FailureOf(Action action) {
+  const CapturedErrors errors;
+  try {
+    action();
+  } catch (const std::exception& error) {
+    return std::string(error.what()) + "\n" + errors.Text();
+  }
+  return "no error";
+}
+
+TEST_F(BlockCopiesTest, AreCheckedAsIfTheyWereRead) {
+  std::map<std::string, std::string> saved;
+  for (const char* mode : {"0", "1", "check"}) {
+    for (const char* threads : {"1", "3"}) {
+      Tree tree(false);
+      MakeMergeRoot(tree);
+      for (const char* name : {"a.ryx", "b.ryx"}) MergeFile(tree, mDir / name);
+      SaveCopied(tree, mDir / "merged.ryx", mode, threads);
+      const std::string bytes = ReadFile(mDir / "merged.ryx");
+      EXPECT_TRUE(saved.try_emplace(mode, bytes).first->second == bytes) << mode << threads;
+    }
+  }
+  EXPECT_TRUE(saved["check"] == saved["1"]);
+  EXPECT_FALSE(saved["check"] == saved["0"]);
+
+  // Damages the compressed bytes and the checksum, then the length of the content.
+  const auto reader = [this] {
+    JbFile file;
+    file.OpenFile(mDir / "b.ryx", "rb");
+    return file.OpenStreamReader("Heavy Data");
+  }();
+  const auto block = reader->FindBlock(0, 1).value();
+  const auto begin = static_cast<std::streamoff>(reader->GetPosition(block));
+  for (const std::streamoff at : {begin + 4, begin + 1000, begin + block.mStoredSize - 1}) {
+    const std::string sound = ReadFile(mDir / "b.ryx");
+    Overwrite(mDir / "b.ryx", at, static_cast<char>(sound[static_cast<std::size_t>(at)] ^ 1));
+    const auto failure = [&](const char* mode, const char* threads) {
+      return FailureOf([&] {
+        Tree tree(false);
+        MakeMergeRoot(tree);
+        for (const char* name : {"a.ryx", "b.ryx"}) MergeFile(tree, mDir / name);
+        SaveCopied(tree, mDir / "damaged.ryx", mode, threads);
+      });
+    };
+    const std::string checked = failure("check", "1");
+    EXPECT_THAT(checked, HasSubstr("Damaged compressed block\nError -")) << at - begin;
+    EXPECT_EQ(failure("check", "3"), checked);
+    EXPECT_NE(failure("0", "1"), "no error");
+    EXPECT_EQ(failure("1", "1"), "no error");
+    WriteFile(mDir / "b.ryx", sound);
+  }
+  Tree tree(false);
+  Overwrite(mDir / "b.ryx", begin,
+            static_cast<char>(ReadFile(mDir / "b.ryx")[static_cast<std::size_t>(begin)] + 1));
+  LoadTree(tree, mDir / "b.ryx");
+  EXPECT_THAT(FailureOf([&] { SaveCopied(tree, mDir / "damaged.ryx", "check"); }),
+              HasSubstr("Damaged compressed block"));
+}
+
+TEST_F(BlockCopiesTest, WithoutACheckCompareOnlyLengths) {
   Tree tree(false);
   LoadTree(tree, mDir / "a.ryx");
-  const auto overwrite = [&](std::streamoff at, char byte) {
-    const auto time = std::filesystem::last_write_time(mDir / "a.ryx");
-    std::fstream(mDir / "a.ryx", std::ios::in | std::ios::out | std::ios::binary)
-        .seekp(at)
-        .put(byte);
-    std::filesystem::last_write_time(mDir / "a.ryx", time);  // otherwise the change is detected
-  };
-  overwrite(2800 + 1000, '?');
+  Overwrite(mDir / "a.ryx", 2800 + 1000, '?');
   EXPECT_NO_THROW(SaveCopied(tree, mDir / "copied.ryx"));
   EXPECT_ANY_THROW(DescribeModel(mDir / "copied.ryx"));
-  overwrite(2800, '?');  // the length of the content
+  Overwrite(mDir / "a.ryx", 2800, '?');  // the length of the content
   ExpectError(ErrorType::MismatchError, "", [&] { SaveCopied(tree, mDir / "copied.ryx"); });
 }
 

@@ -12,6 +12,7 @@
 #include "Qov/Jbf/BlockIo.h"
 #include "Qov/Jbf/Compressor.h"
 #include "Qov/Jbf/IndexItem.h"
+#include "Qov/Jbf/StreamReader.h"
 
 namespace QovJbf {
 
@@ -84,10 +85,15 @@ class QOV_EXPORT Index {
   /// Appends `n` raw bytes that `source` delivers in pieces. If `source` throws, the stream keeps
   /// the pieces before.
   void Put(const std::string& name, std::uint64_t n, const PieceSource& source);
-  /// Appends a block in its stored form and writes it to `file` at once. `source` delivers its
-  /// `storedSize` bytes. Raises NotImplemented if a block before it is not complete.
-  void PutStoredBlock(const std::string& name, std::uint32_t rawLength, std::uint32_t storedSize,
-                      bool isCompressed, const PieceSource& source, std::FILE* file);
+  /// Appends a block of `reader`, which must outlive the next call of FinishChecks, in its stored
+  /// form and writes it to `file` at once. With `check`, threads compare a compressed block with
+  /// its length and checksum meanwhile; if a block is damaged, a later call of this or FinishChecks
+  /// raises the error of StreamReader::Read. Raises NotImplemented if a block before it is not
+  /// complete.
+  void PutStoredBlock(const std::string& name, StreamReader& reader,
+                      const StreamReader::BlockExtent& block, bool check, std::FILE* file);
+  /// Waits until the blocks of PutStoredBlock are checked.
+  void FinishChecks();
   /// Reads raw bytes. Leaves `target` as it is if the stream does not exist or is exhausted.
   void Get(const std::string& name, void* target, std::uint64_t n);
   void Get(const std::string& name, void* target, std::uint64_t n, std::FILE* file);

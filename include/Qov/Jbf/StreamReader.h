@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -94,6 +95,17 @@ class QOV_EXPORT StreamReader {
   /// MismatchError if the stored length of the content has changed.
   void ReadStored(const BlockExtent& block, std::uint64_t begin, void* target, std::size_t n);
 
+  /// Writes the stored bytes of a block to `target` at `position`, without decompression. The file
+  /// system copies them if it can. Raises the errors of ReadStored, and WriteError.
+  void CopyStored(const BlockExtent& block, std::FILE* target, std::uint64_t position);
+  /// Returns the position of the stored bytes of a block in the file.
+  std::uint64_t GetPosition(const BlockExtent& block) const;
+  /// Returns a new descriptor of the file, which the caller closes and other threads may read with
+  /// pread.
+  int OpenDescriptor() const;
+  /// Notes that the block was verified elsewhere. Counts as reading it for GetEndOfReads.
+  void SetVerified(const BlockExtent& block);
+
   /// Returns true if `path` leads to the file that this reads (device and inode).
   bool ReadsFrom(const std::string& path) const;
   const std::string& GetPath() const;
@@ -101,13 +113,6 @@ class QOV_EXPORT StreamReader {
   const FileIdentity& GetIdentity() const;
 
  private:
-  friend class ReadAhead;
-
-  /// Returns another handle of the open file, or -1.
-  int DuplicateHandle() const;
-  /// Returns the position of a block in the file.
-  std::uint64_t GetPosition(std::size_t block) const;
-
   struct State;
   std::unique_ptr<State> mpState;
 };

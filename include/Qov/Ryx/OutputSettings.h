@@ -7,6 +7,18 @@
 
 namespace QovRyx {
 
+/// Tells if compressed blocks of the inputs are copied to the output. That is much faster than
+/// compressing their arrays. Only blocks are copied of which the output needs all content. They
+/// keep their level and their size.
+enum class BlockKeeping : std::uint8_t {
+  Never,
+  /// Copied blocks are decompressed to compare them with their lengths and checksums. A damaged
+  /// block raises the same error as reading its arrays.
+  Checked,
+  /// Copied blocks are not decompressed. Damage in an input gets into the output.
+  Unchecked
+};
+
 /// Settings for writing a model file. The bytes of the file do not depend on the number of threads.
 struct OutputSettings {
   /// Replaces an existing file. Otherwise an existing file raises ElementExists.
@@ -24,9 +36,7 @@ struct OutputSettings {
   /// default: the value of the environment variable RYXMERGE_THREADS, else as many as the
   /// processors and the free memory allow.
   unsigned mThreads = 0;
-  /// Copies compressed blocks of the inputs if all their arrays are wanted. Their checksums are not
-  /// verified, and they keep their level and their size.
-  bool mKeepBlocks = false;
+  BlockKeeping mKeepBlocks = BlockKeeping::Never;
 };
 
 /// Raises OutOfBounds, with a description that names the setting and its range, if a value is not

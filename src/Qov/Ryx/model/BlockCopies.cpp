@@ -7,32 +7,20 @@
 #include "HeavyPass.h"
 #include "ModelFormat.h"
 #include "Qov/Ryx/Progress.h"
-#include "Qov/Util/FileContext.h"
 #include "StreamNames.h"
 
 namespace QovRyx {
-namespace {
 
-void Append(QovJbf::JbFile& file, QovJbf::StreamReader& reader,
-            const QovJbf::StreamReader::BlockExtent& block) {
-  std::uint64_t done = 0;
-  const auto source = [&](void* target, std::size_t n) {
-    Qov::Util::WithFileContext(reader.GetPath(),
-                               [&] { reader.ReadStored(block, done, target, n); });
-    done += n;
-  };
-  file.GetIndex().PutStoredBlock(kHeavyData, block.mRawLength, block.mStoredSize, block.mCompressed,
-                                 source, file.GetStream());
+CopySettings GetCopySettings() {
+  const char* text = std::getenv("RYXMERGE_COPY_BLOCKS");
+  const std::string_view value = text == nullptr ? "" : text;
+  if (value == "1") return {BlockCopying::IfHalfNeeded, false};
+  if (value == "check") return {BlockCopying::IfHalfNeeded, true};
+  return {};
 }
 
-}  // namespace
-
-bool IsBlockCopyEnabled() {
-  const char* value = std::getenv("RYXMERGE_COPY_BLOCKS");
-  return value != nullptr && std::string_view(value) == "1";
-}
-
-BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle, BlockCopying copying) {
+BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle, const CopySettings& settings)
+    : mCheck(settings.mCheck) {
   ForEachGeometry(nodes, [this, shuffle](std::uint32_t, Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.GetVariables().size(); ++i) {
       Note(geometry.EditVariable(i), shuffle);
@@ -41,7 +29,7 @@ BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle, BlockCopying copying) {
   for (auto& [id, entry] : nodes) {
     if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) Note(*sets);
   }
-  DropUnprofitableCopies(copying);
+  DropUnprofitableCopies(settings.mCopying);
   CollectContent();
 }
 
@@ -105,10 +93,10 @@ void BlockCopies::CollectContent() {
 }
 
 void BlockCopies::CopyTo(QovJbf::JbFile& file) const {
-  const QovJbf::Index& index = file.GetIndex();
+  QovJbf::Index& index = file.GetIndex();
   for (const Copy& copy : mCopies) {
     const std::uint64_t start = index.HasStream(kHeavyData) ? index.GetStreamLength(kHeavyData) : 0;
-    Append(file, *copy.mpReader, copy.mExtent);
+    index.PutStoredBlock(kHeavyData, *copy.mpReader, copy.mExtent, mCheck, file.GetStream());
     for (const Array& array : copy.mArrays) {
       array.mpVariable->mOffset = start + (array.mOffset - copy.mExtent.mStart);
       ProgressReport::Advance(array.mpVariable->mValues.GetSize());
@@ -117,6 +105,7 @@ void BlockCopies::CopyTo(QovJbf::JbFile& file) const {
       sets->SetStoredOffset(start + (sets->GetSourceOffset() - copy.mExtent.mStart));
     }
   }
+  index.FinishChecks();
 }
 
 }  // namespace QovRyx

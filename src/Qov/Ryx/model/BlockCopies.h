@@ -19,7 +19,13 @@ enum class BlockCopying {
   IfWholeNeeded  ///< Blocks of which all content is needed.
 };
 
-/// Copies heavy blocks of the inputs to the output without decompressing them:
+/// Tells how blocks of the inputs are copied.
+struct CopySettings {
+  BlockCopying mCopying = BlockCopying::Never;
+  bool mCheck = false;  ///< Compares the copied blocks with their lengths and checksums.
+};
+
+/// Copies heavy blocks of the inputs to the output as they are stored:
 ///
 ///   input   block 7: | array a | array b | array c |       a, c: needed; b: dropped by the merge
 ///   output  block 2: | array a | array b | array c |       a at the start of block 2, c at the
@@ -36,10 +42,11 @@ enum class BlockCopying {
 class BlockCopies {
  public:
   /// Finds the blocks to copy. `shuffle` says if arrays are shuffled in the output.
-  BlockCopies(NodeTree& nodes, bool shuffle, BlockCopying copying);
+  BlockCopies(NodeTree& nodes, bool shuffle, const CopySettings& settings);
 
   /// Appends the blocks to the heavy stream of `file`, which has no open block, and sets the
-  /// offsets of their content.
+  /// offsets of their content. Raises the errors of StreamReader::Read for damaged blocks if blocks
+  /// are checked.
   void CopyTo(QovJbf::JbFile& file) const;
 
   /// Returns true for results and node sets whose bytes the copies contain.
@@ -71,13 +78,15 @@ class BlockCopies {
   void DropUnprofitableCopies(BlockCopying copying);
   void CollectContent();
 
+  bool mCheck;
   std::vector<Copy> mCopies;  ///< In the order of the first result of each.
   std::map<std::pair<QovJbf::StreamReader*, std::size_t>, std::size_t> mPlaces;
   std::unordered_set<const void*> mContent;
   std::uint64_t mNumBytes = 0;
 };
 
-/// Returns true if the environment variable RYXMERGE_COPY_BLOCKS is 1.
-bool IsBlockCopyEnabled();
+/// Returns the settings that the environment variable RYXMERGE_COPY_BLOCKS chooses: 1 copies blocks
+/// without a check, check copies and checks them.
+CopySettings GetCopySettings();
 
 }  // namespace QovRyx

@@ -46,8 +46,8 @@ HeavyPass::HeavyPass(QovJbf::JbFile& file, bool shuffle, std::uint64_t expectedL
   mFile.CompressWhileFilling(kHeavyData, expectedLength);
 }
 
-void HeavyPass::CopyBlocks(NodeTree& nodes, BlockCopying copying) {
-  mCopies.emplace(nodes, mShuffle, copying);
+void HeavyPass::CopyBlocks(NodeTree& nodes, const CopySettings& settings) {
+  mCopies.emplace(nodes, mShuffle, settings);
   mCopies->CopyTo(mFile);
   mExpectedLength -= std::min(mExpectedLength, mCopies->GetNumBytes());
   mFile.CompressWhileFilling(kHeavyData, mExpectedLength);

@@ -34,7 +34,7 @@ class HeavyPass {
 
   /// Copies whole blocks of the inputs (BlockCopies). Called before anything is saved. SaveArray
   /// and SaveNodeSets then skip the content of these blocks.
-  void CopyBlocks(NodeTree& nodes, BlockCopying copying);
+  void CopyBlocks(NodeTree& nodes, const CopySettings& settings);
   /// Writes the values of a result that is not linked, and sets its offset.
   void SaveArray(Geometry::VarStruct& variable);
   void SaveNodeSets(NodeSets& sets);

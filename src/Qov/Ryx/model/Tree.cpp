@@ -61,17 +61,18 @@ void Tree::SaveViewPathVec(QovJbf::JbFile& file) const {
 void Tree::Save(const std::string& path, bool create, const std::string& comment,
                 const SupportedFileFormats& format) {
   if (format != SupportedFileFormats::Ryx) return;
-  const auto copying = IsBlockCopyEnabled() ? BlockCopying::IfHalfNeeded : BlockCopying::Never;
-  TreeSaver(*this, {}, copying).Save(path, create, comment);
+  TreeSaver(*this, {}, GetCopySettings()).Save(path, create, comment);
 }
 
 void Tree::Save(const std::string& path, const std::string& comment,
                 const OutputSettings& settings) {
   CheckSettings(settings);
-  const auto copying = settings.mKeepBlocks ? BlockCopying::IfWholeNeeded : BlockCopying::Never;
   const QovJbf::WriteSettings write{settings.mLevel, settings.mBlockSize, kUsualBlockSize,
                                     settings.mThreads, settings.mCompressor};
-  TreeSaver(*this, write, copying).Save(path, true, comment);
+  CopySettings copies;
+  if (settings.mKeepBlocks != BlockKeeping::Never) copies.mCopying = BlockCopying::IfWholeNeeded;
+  copies.mCheck = settings.mKeepBlocks == BlockKeeping::Checked;
+  TreeSaver(*this, write, copies).Save(path, true, comment);
 }
 
 void Tree::AddShape(Tree& source, const std::uint32_t& shapeId, const std::string& groupName) {

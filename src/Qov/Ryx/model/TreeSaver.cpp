@@ -175,7 +175,7 @@ void TreeSaver::ClearDanglingLinks() {
 
 void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
   HeavyPass pass(file, shuffle, CountHeavyBytes(mTree.mNodes));
-  if (mCopying != BlockCopying::Never) pass.CopyBlocks(mTree.mNodes, mCopying);
+  if (mCopies.mCopying != BlockCopying::Never) pass.CopyBlocks(mTree.mNodes, mCopies);
   ForEachGeometry(mTree.mNodes, [&pass](std::uint32_t, Geometry& geometry) {
     geometry.SaveConnectivityBlocks(pass);
   });
@@ -188,9 +188,12 @@ void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
   for (QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
     Qov::Util::WithFileContext(reader->GetPath(), [this, reader] {
       reader->Verify();
-      // A wrong length of a skipped block would give an array the bytes of another one. With
-      // copied blocks the lengths are trusted, because verifying them means decompressing them.
-      if (mCopying == BlockCopying::Never) reader->VerifyBefore(reader->GetEndOfReads());
+      // A wrong length of a skipped block would give an array the bytes of another one. If copied
+      // blocks are not checked, the lengths are trusted, because verifying them means decompressing
+      // them.
+      if (mCopies.mCopying == BlockCopying::Never || mCopies.mCheck) {
+        reader->VerifyBefore(reader->GetEndOfReads());
+      }
     });
   }
 }

@@ -11,8 +11,8 @@ namespace QovRyx {
 /// Writes a tree to a file, for Tree::Save.
 class TreeSaver {
  public:
-  TreeSaver(Tree& tree, const QovJbf::WriteSettings& settings, BlockCopying copying)
-      : mTree(tree), mSettings(settings), mCopying(copying) {}
+  TreeSaver(Tree& tree, const QovJbf::WriteSettings& settings, const CopySettings& copies)
+      : mTree(tree), mSettings(settings), mCopies(copies) {}
 
   void Save(const std::string& path, bool create, const std::string& comment);
 
@@ -30,7 +30,7 @@ class TreeSaver {
 
   Tree& mTree;
   QovJbf::WriteSettings mSettings;
-  BlockCopying mCopying;
+  CopySettings mCopies;
 };
 
 }  // namespace QovRyx
