@@ -66,6 +66,14 @@ class ShareArraysTest : public testing::Test {
 
   /// Saves and loads a model, shares its arrays, and expects that a reader gets the same from the
   /// tree and from the saved file.
+  /// Saves and loads a model whose results have these values, in blocks of two arrays.
+  void LoadInBlocksOfTwo(const std::vector<NumericArray>& arrays) {
+    Tree model(false);
+    AddGeometry(model, arrays);
+    model.Save(mDir / "in.ryx", "", {.mBlockSize = 2 * kSize});
+    LoadTree(mTree, mDir / "in.ryx");
+  }
+
   SharedArrays Share(Tree& model, const SearchLimits& limits = {}) {
     SaveTree(model, mDir / "in.ryx");
     Tree same(false);
@@ -262,6 +270,19 @@ TEST_P(ShareRandomTest, ThreeCopiesTakeTheRoomOfOne) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, ShareRandomTest, testing::Range(1U, 21U));
+
+TEST_F(ShareArraysTest, KeepsBlocksOfWhichHalfIsStored) {
+  // Blocks: ab ac bc bd. The third one would store nothing.
+  LoadInBlocksOfTwo(
+      {Values(1), Values(2), Values(1), Values(3), Values(2), Values(3), Values(2), Values(4)});
+  const SharedArrays shared = ShareEqualArrays(mTree, {}, true);
+  EXPECT_EQ(shared.mKept, 2U);
+  EXPECT_EQ(shared.mLinked, 2U);
+  EXPECT_EQ(shared.mSavedBytes, 2 * kSize);
+  mTree.Save(mDir / "out.ryx", "", {.mKeepBlocks = BlockKeeping::Checked});
+  EXPECT_EQ(GetHeavySize(), 6 * kSize);
+  EXPECT_EQ(DescribeModel(mDir / "out.ryx"), DescribeModel(mTree));
+}
 
 }  // namespace
 }  // namespace Qov::Test

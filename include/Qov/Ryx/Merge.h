@@ -83,6 +83,9 @@ struct SharedArrays {
   /// Results that may be equal to others, but that were not compared because the order of their
   /// arrays would make that too slow.
   std::uint64_t mNotCompared = 0;
+  /// Results that keep their own copy of an equal array, because OutputSettings::mKeepBlocks copies
+  /// its block. A line of MergeReport::mNotes says so.
+  std::uint64_t mKept = 0;
 };
 
 /// The choices, counts and notes of a merge.

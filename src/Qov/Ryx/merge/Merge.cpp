@@ -69,7 +69,7 @@ class MergeRun {
     AddViewPointFiles(*tree);
     mNotes.CountLosses(tree->GetLosses());
     Select(*tree);
-    if (mRequest.mShare) mReport.mShared = ShareEqualArrays(*tree);
+    if (mRequest.mShare) Share(*tree);
     CheckRoom(*tree, numHeavyBytes);
     Save(*tree, output);
     mReport.mNotes = mNotes.GetLines();
@@ -115,6 +115,17 @@ class MergeRun {
     mReport.mResultsLeftOut = counts.mResultsLeftOut;
     mReport.mLinksReplaced = counts.mLinksReplaced;
     for (const std::string& note : counts.mNotes) mNotes.AddLine(note);
+  }
+
+  void Share(Tree& tree) {
+    const bool keepsBlocks = mRequest.mSettings.mKeepBlocks != BlockKeeping::Never;
+    mReport.mShared = ShareEqualArrays(tree, {}, keepsBlocks);
+    if (mReport.mShared.mKept == 0) return;
+    const std::string numKept = std::to_string(mReport.mShared.mKept);
+    mNotes.AddLine(
+        "Results that are stored again although their arrays are equal to others, "
+        "because their blocks are kept: " +
+        numKept);
   }
 
   /// Raises WriteError if the output, which stores as many bytes for each byte of arrays as the

@@ -8,6 +8,7 @@
 
 #include "MergeSteps.h"
 #include "Qov/Log/Record.h"
+#include "model/BlockCopies.h"
 #include "model/HeavyPass.h"
 #include "model/LinkFollower.h"
 #include "model/ModelFormat.h"
@@ -70,6 +71,55 @@ StoredArrays CountStored(const NodeTree& nodes) {
   });
   return stored;
 }
+
+/// Separates the arrays of copied blocks from the arrays that they are equal to.
+class BlockKeeper {
+ public:
+  BlockKeeper(NodeTree& nodes, const std::vector<Owner>& owners, std::vector<std::size_t>& first)
+      : mOwners(owners), mFirst(first), mCopies(nodes, true, {BlockCopying::IfWholeNeeded}) {}
+
+  /// Makes the arrays of all blocks that are worth copying the first ones of their groups. Returns
+  /// the number of those that were not.
+  std::uint64_t Run() {
+    for (std::size_t i = 0; i < mOwners.size(); ++i) Count(i);
+    std::uint64_t numKept = 0;
+    for (std::size_t i = 0; i < mOwners.size(); ++i) {
+      if (mFirst[i] == i || !mCopies.Contains(mOwners[i].mpResult)) continue;
+      const Usage& usage = mUsages.at(GetBlock(i));
+      if (2 * usage.mStored < usage.mAll) continue;
+      mFirst[i] = i;
+      ++numKept;
+    }
+    return numKept;
+  }
+
+ private:
+  using BlockOfFile = std::pair<const void*, std::size_t>;
+  struct Usage {
+    std::uint64_t mAll = 0;     ///< Bytes of the results of the block.
+    std::uint64_t mStored = 0;  ///< Bytes of those that would not be shared.
+  };
+
+  const DataLoader& GetLoader(std::size_t i) const {
+    return *mOwners[i].mpResult->mValues.GetLoader();
+  }
+  std::uint64_t GetSize(std::size_t i) const { return GetLoader(i).GetCount() * kElementSize; }
+  BlockOfFile GetBlock(std::size_t i) const {
+    const QovJbf::StreamReader& reader = GetLoader(i).GetReader();
+    return {&reader, reader.FindBlock(GetLoader(i).GetOffset(), GetSize(i))->mBlock};
+  }
+  void Count(std::size_t i) {
+    if (!mCopies.Contains(mOwners[i].mpResult)) return;
+    Usage& usage = mUsages[GetBlock(i)];
+    usage.mAll += GetSize(i);
+    if (mFirst[i] == i) usage.mStored += GetSize(i);
+  }
+
+  const std::vector<Owner>& mOwners;
+  std::vector<std::size_t>& mFirst;
+  BlockCopies mCopies;
+  std::map<BlockOfFile, Usage> mUsages;
+};
 
 /// Links and shares the arrays of a model.
 class Sharing {
@@ -164,7 +214,7 @@ class Sharing {
 
 }  // namespace
 
-SharedArrays ShareEqualArrays(Tree& tree, const SearchLimits& limits) {
+SharedArrays ShareEqualArrays(Tree& tree, const SearchLimits& limits, bool keepsBlocks) {
   NodeTree& nodes = tree.GetNodes();
   std::vector<Owner> owners = FindOwners(nodes);
   std::vector<const NumericArray*> arrays;
@@ -174,6 +224,7 @@ SharedArrays ShareEqualArrays(Tree& tree, const SearchLimits& limits) {
 
   const StoredArrays before = CountStored(nodes);
   SharedArrays shared;
+  if (keepsBlocks) shared.mKept = BlockKeeper(nodes, owners, equal.mFirst).Run();
   shared.mLinked = Sharing(nodes, std::move(owners), std::move(equal.mFirst)).Run();
   const StoredArrays after = CountStored(nodes);
   shared.mSharedBytes = after.mNumSharing;

@@ -14,8 +14,13 @@ namespace QovRyx {
 /// of an equal array, so that Save stores them once for up to kMostShares results. That is not
 /// possible if all equal arrays are in memory or in files of the older layouts.
 ///
+/// With `keepsBlocks`, arrays stay in the blocks that Save copies if BlockCopying::IfWholeNeeded
+/// applies, so that it can copy them. Blocks of which less than half would be stored are given up:
+/// their arrays are shared, and Save compresses the rest.
+///
 /// Names, kinds, flags and attributes stay as they are. Links to a result that becomes a link lead
 /// directly to the owner. Raises the errors of FindEqualArrays before the tree is changed.
-SharedArrays ShareEqualArrays(Tree& tree, const SearchLimits& limits = {});
+SharedArrays ShareEqualArrays(Tree& tree, const SearchLimits& limits = {},
+                              bool keepsBlocks = false);
 
 }  // namespace QovRyx
