@@ -13,7 +13,9 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 rows=(
   dataset_16m dataset_default instance_16m instance_default one_thread small_files
   outside_zlib growth_files growth_results memory_files memory_default memory_16m
-  reading open_files copying export_vtu export_memory surface
+  reading open_files copying copying_checked merge_kept merge_kept_shared merge_shared
+  merge_all merge_all_one_core merge_single verify checking block_size memory_merge
+  export_vtu export_memory surface
 )
 runs=5
 size=36         # cells along an edge: 57 MB of arrays a file
@@ -227,6 +229,106 @@ row_copying() {
     "$(versus wall RyxMerge "${instances[@]}" "${big[@]}" "$out" -- \
       bash -c "$concatenate" - "$data/floor.out" "${big[@]}")"
   unset RYXMERGE_COPY_BLOCKS
+}
+
+# ryx_versus_floor [FLOOR-PREFIX...] -- RYX-ARGUMENT...: the wall time of `ryx` divided by that of
+# the floor with one thread.
+ryx_versus_floor() {
+  local prefix=()
+  while [[ $1 != -- ]]; do prefix+=("$1"); shift; done
+  shift
+  use_big
+  versus wall "${prefix[@]}" ryx merge "${big[@]}" -o "$out" "$@" -- \
+    "${prefix[@]}" floor "$data/floor.out" "${big[@]}"
+}
+
+row_copying_checked() {
+  use_big
+  report "RyxMerge copies and checks blocks, wall / one-thread floor" "at most 0.06" \
+    "$(RYXMERGE_COPY_BLOCKS=check versus wall RyxMerge "${big[@]}" "$out" -- \
+      floor "$data/floor.out" "${big[@]}")"
+}
+row_merge_kept() {
+  report "\`ryx merge --keep-blocks --no-share\`, datasets, wall / one-thread floor" \
+    "at most 0.06" "$(ryx_versus_floor -- --as datasets --no-share --keep-blocks)"
+}
+row_merge_kept_shared() {
+  report "\`ryx merge --keep-blocks\`, which compares arrays, wall / one-thread floor" "-" \
+    "$(ryx_versus_floor -- --keep-blocks)"
+}
+row_merge_shared() {
+  report "\`ryx merge\`, 12 steps with a common mesh, wall / one-thread floor" "at most 0.28" \
+    "$(ryx_versus_floor --)"
+}
+row_merge_all() {
+  report "\`ryx merge --level 6 --no-share\`, wall / one-thread floor" "at most 0.28" \
+    "$(ryx_versus_floor -- --level 6 --no-share)"
+}
+row_merge_all_one_core() {
+  report "the same on one core" "at most 0.55" \
+    "$(ryx_versus_floor taskset -c 0 -- --level 6 --no-share)"
+}
+row_merge_single() {
+  use_big
+  local views
+  views=$(models plate)/plate.vpt
+  report "\`ryx merge\` of one model and a view-point file, wall / one-thread floor" \
+    "at most 0.35" "$(versus wall ryx merge "${big[0]}" "$views" -o "$out" -- \
+      floor "$data/floor.out" "${big[0]}")"
+}
+row_verify() {
+  use_big
+  local merged=$data/merged.ryx
+  ryx merge "${big[@]}" --overwrite -o "$merged" >/dev/null
+  report "\`ryx verify\` of that merge, wall / one plain inflate of inputs and output" \
+    "at most 0.35" "$(versus wall ryx verify "${big[@]}" "$merged" -- \
+      floor --inflate "${big[@]}" "$merged")"
+  rm "$merged"
+}
+# The blocks have the default size of `ryx merge`.
+row_checking() {
+  use_big
+  local model=$data/model.ryx other=$data/other.ryx command
+  ryx merge "${big[@]:0:6}" --no-share --overwrite -o "$model" >/dev/null
+  ryx merge "${big[@]:6:6}" --no-share --overwrite -o "$other" >/dev/null
+  for command in check ls stats; do
+    report "\`ryx $command\`, wall / one plain inflate" "at most 0.40" \
+      "$(versus wall ryx "$command" "$model" -- floor --inflate "$model")"
+  done
+  # The files differ, so that the status is 1.
+  # shellcheck disable=SC2016
+  report "\`ryx diff\`, wall / one plain inflate of both files" "at most 0.40" \
+    "$(versus wall bash -c 'ryx diff "$@" || (($? == 1))' - "$model" "$other" -- \
+      floor --inflate "$model" "$other")"
+  rm "$model" "$other"
+}
+row_block_size() {
+  use_big
+  local size usual
+  ryx merge "${big[@]}" --no-share --block-size $default_block --overwrite -o "$out" >/dev/null
+  usual=$(stat -c %s "$out")
+  for size in 2 4 8 16 32; do
+    ryx merge "${big[@]}" --no-share --block-size $((size << 20)) --overwrite -o "$out" >/dev/null
+    report "size with blocks of $size MiB / blocks of 200 MiB" \
+      "$([[ $size == 8 ]] && echo "at most 1.01" || echo -)" \
+      "$(awk -v a="$(stat -c %s "$out")" -v b="$usual" 'BEGIN {printf "%.4f", a / b}')"
+    report "wall with blocks of $size MiB / 8 MiB" "-" \
+      "$(versus wall ryx merge "${big[@]}" --no-share --block-size $((size << 20)) -o "$out" -- \
+        ryx merge "${big[@]}" --no-share -o "$out")"
+  done
+}
+row_memory_merge() {
+  use_big
+  local options
+  for options in "" "--level 6 --no-share" "--keep-blocks --no-share"; do
+    # shellcheck disable=SC2086  # words of the options
+    report "peak memory, \`ryx merge${options:+ $options}\`, 12 files / 3 files" "at most 1.10" \
+      "$(versus rss ryx merge "${big[@]}" $options -o "$out" -- \
+        ryx merge "${big[@]:0:3}" $options -o "$out")"
+    # shellcheck disable=SC2086
+    report "the same, 12 files" "at most 250 MB" \
+      "$(quotient "$(median_of rss ryx merge "${big[@]}" $options -o "$out")" 1000) MB"
+  done
 }
 
 # The model has 8 results; 5 of them are exported.
