@@ -245,10 +245,11 @@ void ReadAhead::Start(Planned& planned) {
 void ReadAhead::Run(Job& job) {
   bool isSound = false;
   {
+    const Descriptor file = std::move(job.mFile);
     const MallocBuffer stored = TryToAllocate(job.mStoredSize);
     MallocBuffer content = TryToAllocate(job.mRawLength);
     isSound = stored && content && job.mStoredSize >= kRawLengthSize &&
-              ReadFully(job.mFile.Get(), job.mPosition, stored.get(), job.mStoredSize) &&
+              ReadFully(file.Get(), job.mPosition, stored.get(), job.mStoredSize) &&
               std::memcmp(stored.get(), &job.mRawLength, kRawLengthSize) == 0 &&
               DecompressWhole(stored.get() + kRawLengthSize, job.mStoredSize - kRawLengthSize,
                               content.get(), job.mRawLength) != 0;
