@@ -43,7 +43,7 @@ class ReadAhead {
   /// decompressed blocks has kCacheSize meanwhile. If a block of the parts does not fit into
   /// kMemory, the cache keeps its size, so that the block is decompressed only once, and
   /// kLeastMemory is used.
-  static constexpr std::uint64_t kMemory = std::uint64_t{200} << 20;
+  static constexpr std::uint64_t kMemory = std::uint64_t{160} << 20;
   static constexpr std::uint64_t kLeastMemory = std::uint64_t{16} << 20;
   static constexpr std::uint64_t kCacheSize = std::uint64_t{16} << 20;
 

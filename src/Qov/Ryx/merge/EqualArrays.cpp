@@ -29,7 +29,7 @@ constexpr std::uint64_t kPieceSize = std::uint64_t{256} << 10;
 /// most this often. More different arrays have the same hash only on purpose.
 constexpr int kMostRounds = 16;
 /// Bytes of blocks that are read ahead.
-constexpr std::uint64_t kReadAheadMemory = std::uint64_t{152} << 20;
+constexpr std::uint64_t kReadAheadMemory = std::uint64_t{112} << 20;
 
 std::uint64_t GetNumBytes(const NumericArray& array) {
   return array.GetNumElements() * kElementSize;
