@@ -88,6 +88,8 @@ class ArrayVerifier {
     std::string mError;
   };
   static constexpr std::uint32_t kMostSmallBlock = std::uint32_t{32} << 20;
+  /// Less than usual, because values of owners are in memory too.
+  static constexpr std::uint64_t kReadAheadMemory = std::uint64_t{128} << 20;
   static constexpr std::uint64_t kMostOwnerBytes = std::uint64_t{32} << 20;
 
   void CollectArrays(ExpectedModel& model, bool integerKinds);
@@ -187,7 +189,7 @@ QovJbf::ReadAhead::Parts ArrayVerifier::PlanReads(const std::vector<Task*>& orde
 void ArrayVerifier::Verify(FaultReporter& reporter) {
   const std::vector<Task*> order = HasSmallBlocks() ? SortByInput() : SortByOutput();
   {
-    const QovJbf::ReadAhead ahead(PlanReads(order));
+    const QovJbf::ReadAhead ahead(PlanReads(order), kReadAheadMemory);
     for (Task* task : order) {
       const std::string& inputPath = reporter.GetInputPath(task->mpExpected->mInput);
       task->mFault = task->mIsLink ? FindLinkFault(*task, inputPath) : FindFault(*task, inputPath);
