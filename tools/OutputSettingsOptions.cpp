@@ -30,7 +30,14 @@ void DeclareOutputSettings(CLI::App& app, std::string& path, QovRyx::OutputSetti
   app.add_flag("--keep-blocks{checked}", settings.mKeepBlocks,
                "Copy compressed blocks of the inputs if all their arrays are wanted; "
                "--keep-blocks=unchecked does not compare their checksums")
-      ->transform(CLI::CheckedTransformer(kinds));
+      ->option_text("[=unchecked]")
+      ->transform(CLI::CheckedTransformer(kinds))
+      ->transform(CLI::Validator(
+          [](const std::string& text) {
+            const bool isKnown = text == "checked" || text == "unchecked";
+            return isKnown ? "" : "must be checked or unchecked, not " + text;
+          },
+          ""));
 }
 
 }  // namespace Qov::Tools
