@@ -41,7 +41,8 @@ constexpr const char* kFooter =
     "Coordinates and results have 16 bits; results also have their exact values if these take at\n"
     "most 1 MiB, compressed. SIZE is in bytes or has a unit, such as 500kB or 2MiB. A "
     "page\n"
-    "that would be larger lacks exact values, then the last results, then the last geometries.\n"
+    "that would be larger lacks exact values, then the last results, then geometries that do not "
+    "fit.\n"
     "\n"
     "Exit status: 0 all that was chosen is in the page, 1 some of it is not, 2 failure.\n"
     "\n"
@@ -199,6 +200,7 @@ std::string FileName(const std::string& path) {
 
 int HtmlCommand::Write(Output& output, Output& errors) {
   mContent.Finish();
+  mContent.mRequest.mVerb = "shown";
   mPage.mComponent = ParseComponent(mComponent);
   CheckOptions();
   const ExportRequest& request = mContent.mRequest;

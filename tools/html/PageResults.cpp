@@ -2,26 +2,16 @@
 
 #include <algorithm>
 #include <map>
-#include <string_view>
 #include <tuple>
-#include <variant>
 
 #include "export/UniqueNames.h"
 #include "mesh/MeshArrays.h"
+#include "picture/Scene.h"
 
 namespace Qov::Tools {
 namespace {
 
 using QovMesh::Placement;
-
-/// Returns the text attribute of that name; empty without one.
-std::string FindText(const ExportResult& result, std::string_view name) {
-  for (const auto& [key, value] : result.mpVariable->mAttributes) {
-    const auto* text = std::get_if<std::string>(&value);
-    if (key == name && text != nullptr) return *text;
-  }
-  return {};
-}
 
 /// Makes the names of the results of one part different from one another in each step.
 class StepNames {
@@ -77,11 +67,11 @@ std::vector<PageResult> GroupResults(const ExportContent& content,
     const StepNames names(content.mParts[part]);
     for (const ExportResult& result : content.mParts[part].mResults) {
       if (result.mPlacement == Placement::Field) continue;
-      const Key key{names.Get(result), FindText(result, "unit"), result.mPlacement, result.mWidth};
+      const Key key{names.Get(result), FindUnit(result), result.mPlacement, result.mWidth};
       const auto [found, isNew] = positions.try_emplace(key, results.size());
       if (isNew) {
         results.push_back(
-            {names.Get(result), FindText(result, "unit"), result.mPlacement, result.mWidth, {}});
+            {names.Get(result), FindUnit(result), result.mPlacement, result.mWidth, &result, {}});
       }
       for (std::size_t mesh = 0; mesh < meshes[part].size(); ++mesh) {
         if (!HasStep(meshes[part][mesh], result.mStep)) continue;

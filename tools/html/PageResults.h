@@ -32,6 +32,7 @@ struct PageResult {
   std::string mUnit;  ///< From the attribute "unit"; empty if there is none.
   QovMesh::Placement mPlacement = QovMesh::Placement::Point;
   std::size_t mWidth = 1;
+  const ExportResult* mpFirst = nullptr;  ///< One of them.
   std::vector<ResultField> mFields;
 };
 

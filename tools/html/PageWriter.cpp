@@ -10,7 +10,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "Palette.h"
 #include "Plural.h"
 #include "Qov/Util/Raise.h"
 #include "Terminal.h"
@@ -22,6 +21,8 @@
 #include "html/PageResults.h"
 #include "html/PageTables.h"
 #include "html/PageText.h"
+#include "picture/ColourScale.h"
+#include "picture/Scene.h"
 
 namespace Qov::Tools {
 namespace {
@@ -102,9 +103,13 @@ class PageBuilder {
     mManifest["steps"] = StepsJson();
     mManifest["tables"] = tables;
     ChooseShown();
+    AddResultHeads();
     mBuffers.Spend(GetFrameSize(mRequest.mTitle));
     std::unordered_map<std::uint32_t, Json> parts;
-    for (const ExportPart& part : mContent.mParts) parts[part.mId] = mContent.mParts.size();
+    for (const ExportPart& part : mContent.mParts) {
+      parts[part.mId] = mContent.mParts.size();
+      mBuffers.Spend(FormatManifest(PageText(part.mName)).size() + kPartFrame);
+    }
     mBuffers.Spend(FormatManifest(MakeNodes(mTree, parts)).size());
     mBuffers.Spend(FormatManifest(mManifest).size() + kManifestFrame + kNotesSize);
     if (mpDiff != nullptr) mBuffers.Spend(mResults.size() * kMostGreatest * kDifferenceSize);
@@ -113,6 +118,24 @@ class PageBuilder {
                 fmt::format("the page is larger than {} bytes without any geometry; give a greater "
                             "--limit",
                             mRequest.mLimit));
+  }
+
+  /// Adds the results to the manifest, without their values.
+  void AddResultHeads() {
+    for (const PageResult& result : mResults) {
+      Json components = Json::array();
+      for (std::size_t k = 0; k < result.mWidth; ++k) {
+        const std::string name = DescribeComponent(*result.mpFirst, k);
+        components.push_back(name.empty() ? "value" : PageText(name));
+      }
+      mManifest["results"].push_back(
+          {{"name", PageText(result.mName)},
+           {"unit", result.mUnit.empty() ? Json() : Json(PageText(result.mUnit))},
+           {"placement", result.mPlacement == Placement::Point ? "point" : "cell"},
+           {"components", std::move(components)},
+           {"hasMagnitude", result.mWidth > 1},
+           {"fields", Json::array()}});
+    }
   }
 
   Json StepsJson() const {
@@ -221,10 +244,8 @@ class PageBuilder {
   void AppendPart(std::size_t i, Json meshes) {
     const ExportPart& part = mContent.mParts[i];
     const std::size_t position = mManifest["parts"].size();
-    constexpr std::size_t kNumColours = 12;
-    const Colour colour = MakePalette(kNumColours)[position % kNumColours];
-    Json json = {{"node", part.mId}, {"name", PageText(part.mName)}, {"colour", colour}};
-    mBuffers.Spend(FormatManifest(json).size() + kPartFrame);
+    Json json = {
+        {"node", part.mId}, {"name", PageText(part.mName)}, {"colour", PartColour(position)}};
     json["meshes"] = std::move(meshes);
     mManifest["parts"].push_back(std::move(json));
     mPagePart[i] = position;
@@ -234,22 +255,6 @@ class PageBuilder {
 
   void AddResults() {
     mReport.mResults.resize(mResults.size());
-    for (const PageResult& result : mResults) {
-      Json components = Json::array();
-      for (std::size_t k = 0; k < result.mWidth; ++k) {
-        components.push_back(result.mWidth <= 3 ? std::string(1, "xyz"[k])
-                                                : fmt::format("{}", k + 1));
-      }
-      if (result.mWidth == 1) components[0] = "value";
-      mManifest["results"].push_back(
-          {{"name", PageText(result.mName)},
-           {"unit", result.mUnit.empty() ? Json() : Json(PageText(result.mUnit))},
-           {"placement", result.mPlacement == Placement::Point ? "point" : "cell"},
-           {"components", std::move(components)},
-           {"hasMagnitude", result.mWidth > 1},
-           {"fields", Json::array()}});
-    }
-    mBuffers.Spend(FormatManifest(mManifest["results"]).size());
     for (const std::size_t i : mOrder) AddResult(i);
   }
 
@@ -418,7 +423,7 @@ class PageBuilder {
   }
 
   static constexpr std::size_t kMostGreatest = 5;  ///< Differences of a result that are listed.
-  static constexpr std::uint64_t kPartFrame = 40;
+  static constexpr std::uint64_t kPartFrame = 120;
 
   const QovRyx::Tree& mTree;
   const ExportContent& mContent;

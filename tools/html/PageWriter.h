@@ -67,7 +67,7 @@ inline constexpr std::uint64_t kMostExactBytes = 1U << 20U;
 /// that of the manifest. Reads one mesh and one array at a time.
 ///
 /// A page that would exceed the limit lacks, in this order: exact values, results from the last one
-/// on, meshes from the last one on. The result that is shown first is taken as the first one.
+/// on, meshes that do not fit. The result that is shown first is taken as the first one.
 ///
 /// With `diff`, which may be null, the values are those of its B minus those of A, and the greatest
 /// differences are listed.
