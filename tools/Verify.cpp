@@ -19,6 +19,7 @@
 #include "check/UnreadContent.h"
 #include "diagnostics/Printable.h"
 #include "html/ReportPage.h"
+#include "html/ReportPictures.h"
 #include "ledger/ExpectModel.h"
 #include "ledger/FaultText.h"
 #include "ledger/LedgerJson.h"
@@ -160,6 +161,7 @@ void WriteReport(const Verdict& verdict, const std::string& output, SafeOutput& 
   if (!verdict.mRecognized.empty()) {
     report.mNotes.push_back("The output was " + Escape(verdict.mRecognized, {}));
   }
+  report.mPictures = DrawGeometries(output, report.mNotes);
   WriteReportPage(report, verdict.mLedger, page);
   page.Commit();
 }
