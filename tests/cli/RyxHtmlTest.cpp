@@ -216,7 +216,7 @@ TEST_F(RyxHtml, ReportOfAMergeHasItsLedgerAndFindings) {
   EXPECT_EQ(RunShell("ryx verify out.ryx sheet.ryx odd.ryx --html page.html >text").mStatus, 0);
   Json report = ReadPage().GetManifest()["report"];
   EXPECT_EQ(report["isOk"], true);
-  EXPECT_EQ(report["pictures"].size(), 4U);  // a triangle with a coordinate of NaN has none
+  EXPECT_EQ(report["pictures"].size(), 5U);
   EXPECT_THAT(report["pictures"][0]["png"].get<std::string>(), testing::StartsWith("iVBORw0KGgo"));
   EXPECT_THAT(report["counts"], testing::Contains(Json({"geometries", 5})));
   EXPECT_EQ(ReadPage().GetManifest()["tables"][0]["title"], "Output");
