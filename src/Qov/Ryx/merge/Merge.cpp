@@ -157,7 +157,8 @@ class MergeRun {
 
   /// Copied blocks are not read.
   QovJbf::ReadAhead::Parts PlanSave(const Tree& tree) const {
-    return mRequest.mSettings.mKeepBlocks ? QovJbf::ReadAhead::Parts() : PlanReads(tree.GetNodes());
+    const bool isCopied = mRequest.mSettings.mKeepBlocks != BlockKeeping::Never;
+    return isCopied ? QovJbf::ReadAhead::Parts() : PlanReads(tree.GetNodes());
   }
 
   const MergeRequest& mRequest;
