@@ -13,7 +13,9 @@
 namespace Qov::Tools {
 namespace {
 
+/// Returns the range; null if no value is finite.
 Json RangeJson(const FiniteRange& range) {
+  if (range.mIsEmpty) return nullptr;
   return Json::array({JsonFloat(range.mLeast), JsonFloat(range.mGreatest)});
 }
 
