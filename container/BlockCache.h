@@ -33,6 +33,8 @@ class BlockCache {
   void SetSize(std::uint64_t numBytes);
   /// Drops all blocks of `owner`.
   void DropAll(const void* owner);
+  /// Drops all blocks. They are decompressed again when they are needed.
+  void Clear();
 
  private:
   using Key = std::pair<const void*, std::size_t>;
