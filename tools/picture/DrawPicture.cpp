@@ -155,6 +155,7 @@ class PanelPainter {
     area.mHeight = std::max(area.mHeight, 1);
     PanelModel& model = mPanels.GetModel(panel);
     const Camera camera = model.mView.MakeCamera(model.mExtent.mBox, area);
+    model.mPainter.Prepare(panel.mScene, model.mScale, mReport.mNotes);
     std::vector<DrawnPart> drawn;
     std::optional<LargestDifference> largest;
     {

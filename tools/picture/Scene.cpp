@@ -12,6 +12,7 @@
 
 #include "Qov/Util/Raise.h"
 #include "Terminal.h"
+#include "container/BlockCache.h"
 #include "export/PartSurface.h"
 
 namespace Qov::Tools {
@@ -158,14 +159,19 @@ void ScenePainter::Clear() {
   mpMeshes->Clear();
   mpSurfaceGeometry = nullptr;
   mSurface = {};
+  mScalarsKey = {};
+  mScalars = {};
+  mPlacedKey = {};
   mPlaced = {};
+}
+
+bool ScenePainter::HasSurface(const ExportPart& part) const {
+  return mpSurfaceGeometry == part.mpGeometry && mSurfaceInstance == part.mMeshInstance;
 }
 
 const QovMesh::Surface& ScenePainter::FindSurface(const ExportPart& part, const QovMesh::Mesh& mesh,
                                                   std::vector<std::string>& notes) {
-  if (mpSurfaceGeometry == part.mpGeometry && mSurfaceInstance == part.mMeshInstance) {
-    return mSurface;
-  }
+  if (HasSurface(part)) return mSurface;
   mpSurfaceGeometry = nullptr;
   mSurface = {};
   mSurface = FindPartSurface(mesh, part.mName, notes, SurfaceUse::Drawn);
@@ -176,11 +182,14 @@ const QovMesh::Surface& ScenePainter::FindSurface(const ExportPart& part, const 
 
 const std::vector<float>& ScenePainter::PlacePoints(const Scene& scene, std::size_t part,
                                                     double scale, const QovMesh::Mesh& mesh) {
+  const Key key{&scene, part, scale};
+  if (mPlacedKey == key) return mPlaced;
   const Triple& offset = scene.mLooks[part].mOffset;
   const Displacements shifts = scene.mDeform.empty() || scale == 0
                                    ? Displacements{}
                                    : LoadDisplacements(scene.mContent.mParts[part], scene.mDeform);
   if (shifts.mWidth == 0 && offset == Triple{}) return mesh.mPoints;
+  mPlacedKey = {};
   mPlaced.resize(mesh.mPoints.size());
   for (std::size_t i = 0; i < mesh.GetNumPoints(); ++i) {
     const Triple shift = shifts.mWidth == 0 ? Triple{} : shifts.At(i);
@@ -189,6 +198,7 @@ const std::vector<float>& ScenePainter::PlacePoints(const Scene& scene, std::siz
           static_cast<float>(mesh.mPoints[3 * i + k] + offset[k] + scale * shift[k]);
     }
   }
+  mPlacedKey = key;
   return mPlaced;
 }
 
@@ -204,7 +214,7 @@ SceneExtent ScenePainter::Measure(const Scene& scene, double scale) {
       extent.mBox.Include(Triple{points[3 * std::size_t{point}], points[3 * std::size_t{point} + 1],
                                  points[3 * std::size_t{point} + 2]});
     }
-    const ResultScalars scalars = scene.mLoadScalars(part);
+    const ResultScalars& scalars = LoadScalars(scene, i);
     extent.mRange.Include(scalars.mValues);
     extent.mLacksValues |=
         scalars.mValues.empty() || !std::all_of(scalars.mValues.begin(), scalars.mValues.end(),
@@ -221,6 +231,25 @@ SceneExtent ScenePainter::Measure(const Scene& scene, double scale) {
   return extent;
 }
 
+void ScenePainter::Prepare(const Scene& scene, double scale, std::vector<std::string>& notes) {
+  if (scene.mContent.mParts.size() != 1 || scene.mLooks[0].mIsHidden) return;
+  const ExportPart& part = scene.mContent.mParts[0];
+  const QovMesh::Mesh& mesh = mpMeshes->Get(part);
+  LoadScalars(scene, 0);
+  PlacePoints(scene, 0, scale, mesh);
+  if (!HasSurface(part)) QovJbf::BlockCache::Instance().Clear();
+  FindSurface(part, mesh, notes);
+}
+
+const ResultScalars& ScenePainter::LoadScalars(const Scene& scene, std::size_t part) {
+  const Key key{&scene, part, 0};
+  if (mScalarsKey == key) return mScalars;
+  mScalarsKey = {};
+  mScalars = scene.mLoadScalars(scene.mContent.mParts[part]);
+  mScalarsKey = key;
+  return mScalars;
+}
+
 std::vector<DrawnPart> ScenePainter::Draw(const Scene& scene, double scale,
                                           const ColourScale& colours, Rasteriser& rasteriser,
                                           std::vector<std::string>& notes) {
@@ -231,7 +260,7 @@ std::vector<DrawnPart> ScenePainter::Draw(const Scene& scene, double scale,
     const QovMesh::Mesh& mesh = mpMeshes->Get(part);
     const QovMesh::Surface& found = FindSurface(part, mesh, notes);
     const std::vector<float>& points = PlacePoints(scene, i, scale, mesh);
-    const ResultScalars scalars = scene.mLoadScalars(part);
+    const ResultScalars& scalars = LoadScalars(scene, i);
     ShadedSurface surface = MakeLook(scene, i);
     surface.mPoints = points;
     surface.mTriangles = found.mTriangles;

@@ -79,6 +79,12 @@ class ScenePainter {
   /// deform.
   SceneExtent Measure(const Scene& scene, double scale);
 
+  /// Reads the only part of a scene and finds its surface. Call it before the Rasteriser is made:
+  /// finding a surface, the cache of blocks, which is cleared, and the samples of a large image
+  /// take most of the memory. Does nothing for scenes of several parts, whose meshes often share
+  /// arrays.
+  void Prepare(const Scene& scene, double scale, std::vector<std::string>& notes);
+
   /// Draws the scene and returns an item for each part. `colours` is for scenes with a result. Adds
   /// notes about what is not drawn.
   std::vector<DrawnPart> Draw(const Scene& scene, double scale, const ColourScale& colours,
@@ -93,6 +99,15 @@ class ScenePainter {
   void Clear();
 
  private:
+  /// A part of a scene whose data are kept.
+  struct Key {
+    const Scene* mpScene = nullptr;
+    std::size_t mPart = 0;
+    double mScale = 0;
+    friend bool operator==(const Key&, const Key&) = default;
+  };
+  const ResultScalars& LoadScalars(const Scene& scene, std::size_t part);
+  bool HasSurface(const ExportPart& part) const;
   const QovMesh::Surface& FindSurface(const ExportPart& part, const QovMesh::Mesh& mesh,
                                       std::vector<std::string>& notes);
   std::shared_ptr<MeshCache> mpMeshes;
@@ -100,6 +115,9 @@ class ScenePainter {
   const QovRyx::Geometry* mpSurfaceGeometry = nullptr;
   std::string mSurfaceInstance;
   QovMesh::Surface mSurface;
+  Key mScalarsKey;
+  ResultScalars mScalars;
+  Key mPlacedKey;
   std::vector<float> mPlaced;  ///< The points of a part that is moved or deformed.
 };
 
