@@ -36,6 +36,8 @@ void BlockCache::Add(const void* owner, std::size_t block, MallocBuffer content,
 void BlockCache::SetSize(std::uint64_t numBytes) {
   mMost = std::min(kMaxBytes, numBytes);
   DropBefore(0);
+}
+
 void BlockCache::Clear() {
   mPlaces.clear();
   mEntries.clear();
