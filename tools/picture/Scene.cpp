@@ -106,6 +106,15 @@ LoosePoints CollectLoosePoints(const QovMesh::Mesh& mesh, std::span<const float>
   return loose;
 }
 
+/// Includes each point that cells use once, because cells share most of them.
+void IncludeUsedPoints(const QovMesh::Mesh& mesh, std::span<const float> points, Box& box) {
+  std::vector<std::uint8_t> isUsed(mesh.GetNumPoints());
+  for (const std::uint32_t point : mesh.mNodes) isUsed[point] = 1;
+  for (std::size_t i = 0; i < isUsed.size(); ++i) {
+    if (isUsed[i] != 0) box.IncludeAll(points.subspan(3 * i, 3));
+  }
+}
+
 ValuesAt PlaceOf(const ResultScalars& scalars) {
   if (scalars.mValues.empty()) return ValuesAt::None;
   return scalars.mPlacement == Placement::Cell ? ValuesAt::Cell : ValuesAt::Point;
@@ -210,10 +219,7 @@ SceneExtent ScenePainter::Measure(const Scene& scene, double scale) {
     const QovMesh::Mesh& mesh = mpMeshes->Get(part);
     const std::vector<float>& points = PlacePoints(scene, i, scale, mesh);
     if (mesh.GetNumCells() == 0) extent.mBox.IncludeAll(points);
-    for (const std::uint32_t point : mesh.mNodes) {
-      extent.mBox.Include(Triple{points[3 * std::size_t{point}], points[3 * std::size_t{point} + 1],
-                                 points[3 * std::size_t{point} + 2]});
-    }
+    IncludeUsedPoints(mesh, points, extent.mBox);
     const ResultScalars& scalars = LoadScalars(scene, i);
     extent.mRange.Include(scalars.mValues);
     extent.mLacksValues |=
