@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/mman.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -15,8 +17,21 @@ struct FreeDeleter {
 /// A buffer that a block can take ownership of.
 using MallocBuffer = std::unique_ptr<unsigned char, FreeDeleter>;
 
+/// Size and alignment of a huge page of the system.
+inline constexpr std::uint64_t kHugePageSize = std::uint64_t{2} << 20;
+/// Buffers from this size on are made of huge pages, where the system has them, because the system
+/// clears and maps these several times faster.
+inline constexpr std::uint64_t kLeastHugeBuffer = 4 * kHugePageSize;
+
 /// Allocates a buffer. Returns null if there is no memory.
 inline MallocBuffer TryToAllocate(std::uint64_t size) {
+  if (size >= kLeastHugeBuffer) {
+    const std::uint64_t rounded = (size + kHugePageSize - 1) / kHugePageSize * kHugePageSize;
+    if (void* data = std::aligned_alloc(kHugePageSize, rounded)) {
+      ::madvise(data, rounded, MADV_HUGEPAGE);  // a failure only costs time
+      return MallocBuffer(static_cast<unsigned char*>(data));
+    }
+  }
   return MallocBuffer(static_cast<unsigned char*>(std::malloc(size > 0 ? size : 1)));
 }
 

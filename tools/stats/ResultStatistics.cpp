@@ -34,8 +34,13 @@ std::vector<ValueStatistics> SummarizeComponents(const std::vector<std::uint32_t
   };
   const bool isVector = numComponents == kVectorWidth;
   std::vector<ValueStatistics> components(numComponents + (isVector ? 1 : 0));
-  for (std::size_t i = 0; i < bits.size(); ++i) {
-    components[i % numComponents].Add(number(i), i / numComponents);
+  for (std::size_t component = 0; component < numComponents; ++component) {
+    ValueStatistics statistics;
+    std::size_t item = 0;
+    for (std::size_t i = component; i < bits.size(); i += numComponents) {
+      statistics.Add(number(i), item++);
+    }
+    components[component] = statistics;
   }
   for (std::size_t i = 0; isVector && i + kVectorWidth <= bits.size(); i += kVectorWidth) {
     const double square =
@@ -43,6 +48,17 @@ std::vector<ValueStatistics> SummarizeComponents(const std::vector<std::uint32_t
     components.back().Add(std::sqrt(square), i / kVectorWidth);
   }
   return components;
+}
+
+/// Adds the arrays that NameItems may read, so that their blocks are kept until then.
+void AddIds(const QovRyx::NodeTree& nodes, QovJbf::ReadAhead::Parts& parts) {
+  QovRyx::ForEachGeometry(nodes, [&parts](std::uint32_t, const QovRyx::Geometry& geometry) {
+    for (const QovRyx::Geometry::VarStruct& variable : geometry.GetVariables()) {
+      const std::string_view base = QovRyx::SplitName(variable.mName).mBase;
+      const bool isIds = base == QovRyx::kNodeIds || base == QovRyx::kElementIds;
+      if (isIds && !variable.mLink.IsLinked()) QovRyx::AddPart(variable.mValues, parts);
+    }
+  });
 }
 
 }  // namespace
@@ -124,6 +140,7 @@ void ResultStatistics::Add(std::size_t file, const QovRyx::NodeTree& nodes) {
   mHolders.assign(mRows.size(), {nullptr, nullptr});
   QovJbf::ReadAhead::Parts parts;
   for (const Task& task : tasks) QovRyx::AddPart(task.mpResult->mValues, parts);
+  AddIds(nodes, parts);
   const QovJbf::ReadAhead ahead(parts);
   Array array;
   std::size_t numComponents = 0;

@@ -5,12 +5,6 @@
 
 namespace Qov::Tools {
 
-void CompensatedSum::Add(double value) {
-  const double sum = mSum + value;
-  mErrors += std::fabs(mSum) >= std::fabs(value) ? (mSum - sum) + value : (value - sum) + mSum;
-  mSum = sum;
-}
-
 void CompensatedSum::Add(const CompensatedSum& other) {
   Add(other.mSum);
   mErrors += other.mErrors;
@@ -18,16 +12,6 @@ void CompensatedSum::Add(const CompensatedSum& other) {
 
 double CompensatedSum::Get() const {
   return std::isfinite(mSum) ? mSum + mErrors : mSum;  // after an infinity the errors are NaN
-}
-
-void ValueStatistics::Add(double value, std::uint64_t item) {
-  const bool isFirst = !mRange.HasRange();
-  if (isFirst || value < mRange.mMinimum) mLeastItem = item;
-  if (isFirst || value > mRange.mMaximum) mGreatestItem = item;
-  mRange.Add(value);
-  if (std::isnan(value)) return;
-  mSum.Add(value);
-  mSquares.Add(value * value);
 }
 
 ValueStatistics::Replaced ValueStatistics::Add(const ValueStatistics& other) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include "ArrayStatistics.h"
@@ -53,5 +54,23 @@ class ValueStatistics {
   CompensatedSum mSum;
   CompensatedSum mSquares;
 };
+
+// Inline, because they are called for each value.
+
+inline void CompensatedSum::Add(double value) {
+  const double sum = mSum + value;
+  mErrors += std::fabs(mSum) >= std::fabs(value) ? (mSum - sum) + value : (value - sum) + mSum;
+  mSum = sum;
+}
+
+inline void ValueStatistics::Add(double value, std::uint64_t item) {
+  const bool isFirst = !mRange.HasRange();
+  if (isFirst || value < mRange.mMinimum) mLeastItem = item;
+  if (isFirst || value > mRange.mMaximum) mGreatestItem = item;
+  mRange.Add(value);
+  if (std::isnan(value)) return;
+  mSum.Add(value);
+  mSquares.Add(value * value);
+}
 
 }  // namespace Qov::Tools
