@@ -12,8 +12,8 @@ std::vector<std::unique_ptr<Command>> MakeCommands() {
   commands.push_back(MakeDumpCommand());
   commands.push_back(MakeExportCommand());
   commands.push_back(MakePictureCommand());
-  commands.push_back(MakeExtractCommand());
   commands.push_back(MakeHtmlCommand());
+  commands.push_back(MakeExtractCommand());
   commands.push_back(MakeMergeCommand());
   commands.push_back(MakePlanCommand());
   commands.push_back(MakeVerifyCommand());

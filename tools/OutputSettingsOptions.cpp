@@ -1,6 +1,6 @@
 #include "OutputSettingsOptions.h"
 
-#include <map>
+#include <string>
 
 #include "OptionValues.h"
 
@@ -25,17 +25,19 @@ void DeclareOutputSettings(CLI::App& app, std::string& path, QovRyx::OutputSetti
                 "Uncompressed size of a block, at least 1024; default 8 MiB");
   DeclareNumber(app, "--threads", settings.mThreads, "N",
                 "Threads that compress; they do not change the output");
-  const std::map<std::string, QovRyx::BlockKeeping> kinds = {
-      {"checked", QovRyx::BlockKeeping::Checked}, {"unchecked", QovRyx::BlockKeeping::Unchecked}};
-  app.add_flag("--keep-blocks{checked}", settings.mKeepBlocks,
-               "Copy compressed blocks of the inputs if all their arrays are wanted; "
-               "--keep-blocks=unchecked does not compare their checksums")
+  const std::string help =
+      "Copy compressed blocks of the inputs if all their arrays are wanted; "
+      "--keep-blocks=unchecked does not compare their checksums";
+  app.add_flag("--keep-blocks{checked}", help)
       ->option_text("[=unchecked]")
-      ->transform(CLI::CheckedTransformer(kinds))
-      ->transform(CLI::Validator(
-          [](const std::string& text) {
-            const bool isKnown = text == "checked" || text == "unchecked";
-            return isKnown ? "" : "must be checked or unchecked, not " + text;
+      ->check(CLI::Validator(
+          [&settings](const std::string& word) {
+            if (word != "checked" && word != "unchecked") {
+              return "must be checked or unchecked, not " + word;
+            }
+            settings.mKeepBlocks =
+                word == "checked" ? QovRyx::BlockKeeping::Checked : QovRyx::BlockKeeping::Unchecked;
+            return std::string();
           },
           ""));
 }
