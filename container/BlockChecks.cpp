@@ -14,6 +14,7 @@
 #include "Qov/Util/FileContext.h"
 #include "Qov/Util/Raise.h"
 #include "RawLength.h"
+#include "SourceFile.h"
 #include "Sources.h"
 #include "WholeBlock.h"
 
@@ -84,7 +85,8 @@ struct BlockChecks::Check {
 };
 
 BlockChecks::BlockChecks(unsigned threads)
-    : mMostPending(std::clamp<std::size_t>(std::size_t{2} * threads, 1, 64)), mWorkers(threads) {
+    : mMostPending(std::clamp<std::size_t>(std::size_t{2} * threads, 1, CountWorkerHandles())),
+      mWorkers(threads) {
   mFree.reserve(threads);
 }
 
@@ -93,8 +95,10 @@ BlockChecks::~BlockChecks() { mIsEnding = true; }
 void BlockChecks::Add(StreamReader& reader, const StreamReader::BlockExtent& block) {
   if (mPending.size() == mMostPending) FinishFirst();
   const std::uint64_t position = reader.GetPosition(block) + kRawLengthSize;
+  int file = -1;
+  Qov::Util::WithFileContext(reader.GetPath(), [&] { file = reader.OpenDescriptor(); });
   const auto check = std::make_shared<Check>(
-      Check{&reader, block, Descriptor(reader.OpenDescriptor()), position,
+      Check{&reader, block, Descriptor(file), position,
             static_cast<std::uint32_t>(block.mStoredSize - kRawLengthSize), std::nullopt});
   mPending.push_back(check);
   mWorkers.Post([this, check] { Run(*check); });
@@ -127,6 +131,7 @@ void BlockChecks::Run(Check& check) {
   } catch (const std::bad_alloc&) {
     result = Z_MEM_ERROR;
   }
+  { const Descriptor closed = std::move(check.mFile); }
   const std::lock_guard lock(mMutex);
   check.mResult = result;
   mDone.notify_all();

@@ -19,7 +19,7 @@ namespace QovJbf {
 ///
 /// A block is decompressed as a whole (WholeBlock.h) while the blocks in memory need at most
 /// kMostMemory bytes, and otherwise piece by piece with zlib, which is slower. A block that
-/// libdeflate refuses is decompressed with zlib again, so the result is always that of zlib.
+/// libdeflate refuses is decompressed with zlib again, so errors are those of zlib.
 class BlockChecks {
  public:
   static constexpr std::uint64_t kMostMemory = std::uint64_t{176} << 20;

@@ -168,6 +168,7 @@ void IndexWriter::PutStoredBlock(const std::string& name, StreamReader& reader,
   mTable.GetState(k).mRawSize = block.mRawLength;
   mTable.SetSize(k, block.mStoredSize);
   if (check && block.mCompressed) GetChecks().Add(reader, block);
+  if (check && !block.mCompressed) reader.SetVerified(block);
   reader.CopyStored(block, file, mTable.GetPosition(k));
 }
 

@@ -19,9 +19,11 @@ using MallocBuffer = std::unique_ptr<unsigned char, FreeDeleter>;
 
 /// Size and alignment of a huge page of the system.
 inline constexpr std::uint64_t kHugePageSize = std::uint64_t{2} << 20;
-/// Buffers from this size on are made of huge pages, where the system has them, because the system
-/// clears and maps these several times faster.
-inline constexpr std::uint64_t kLeastHugeBuffer = 4 * kHugePageSize;
+/// Buffers of at least this size are made of huge pages, where the system has them, because the
+/// system clears and maps these several times faster. malloc takes them from the system one by one
+/// and returns them at once. Smaller buffers may come from its heap, which alignment would
+/// fragment.
+inline constexpr std::uint64_t kLeastHugeBuffer = std::uint64_t{33} << 20;
 
 /// Allocates a buffer. Returns null if there is no memory.
 inline MallocBuffer TryToAllocate(std::uint64_t size) {

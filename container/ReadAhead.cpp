@@ -6,11 +6,13 @@
 #include <cstring>
 #include <exception>
 #include <functional>
+#include <new>
 #include <queue>
 
 #include "BlockCache.h"
 #include "ContainerFormat.h"
 #include "Descriptor.h"
+#include "SourceFile.h"
 #include "SystemResources.h"
 #include "ThreadCount.h"
 #include "WholeBlock.h"
@@ -18,10 +20,6 @@
 namespace QovJbf {
 
 namespace {
-
-/// Blocks that are started or kept at a time. Each of them has a file handle until it is
-/// decompressed.
-constexpr std::size_t kMostStarted = 64;
 
 /// Returns the number of bytes that are in memory while the block is decompressed.
 std::uint64_t GetSize(const StreamReader::BlockExtent& extent) {
@@ -67,14 +65,21 @@ struct ReadAhead::Job {
 ReadAhead* ReadAhead::spCurrent = nullptr;
 
 ReadAhead::ReadAhead(const Parts& parts, std::uint64_t memory)
-    : mpPrevious(spCurrent), mMemory(memory), mCacheSize(kCacheSize), mWorkers(GetThreadCount(0)) {
+    : mpPrevious(spCurrent),
+      mMemory(memory),
+      mCacheSize(kCacheSize),
+      mMostStarted(CountWorkerHandles()),
+      mWorkers(GetThreadCount(0)) {
   const SystemResources resources;
   const std::uint64_t free = std::min(resources.GetFreeMemory(), resources.GetFreeAddressSpace());
   mMemory = std::min(mMemory, free / 4);
   for (std::size_t i = 0; i < parts.size(); ++i) Add(parts[i], i);
-  mCacheSize = HasLargeBlock() ? BlockCache::kMaxBytes : kCacheSize;
-  if (HasLargeBlock()) mMemory = std::min(mMemory, kLeastMemory);
   LeaveOutExcess();
+  if (mBlocks.empty() || LeavesOutLargeBlock()) {
+    mCacheSize = BlockCache::kMaxBytes;
+    mMemory = std::min(mMemory, kLeastMemory);
+    LeaveOutExcess();
+  }
   spCurrent = this;
   BlockCache::Instance().SetSize(mCacheSize);
 }
@@ -102,9 +107,11 @@ void ReadAhead::Add(const Part& part, std::size_t use) {
   }
 }
 
-bool ReadAhead::HasLargeBlock() const {
+/// Returns true if a block that is left out would not fit into the small cache.
+bool ReadAhead::LeavesOutLargeBlock() const {
   return std::any_of(mBlocks.begin(), mBlocks.end(), [](const Planned& planned) {
-    return planned.mExtent.mCompressed && GetSize(planned.mExtent) > kMemory;
+    return planned.mIsLeftOut && planned.mExtent.mCompressed &&
+           planned.mExtent.mRawLength > kCacheSize;
   });
 }
 
@@ -127,7 +134,7 @@ void ReadAhead::LeaveOutExcess() {
 }
 
 void ReadAhead::Provide(const StreamReader& reader, Contents& contents) {
-  for (std::size_t i = 0; i < mBlocks.size(); ++i) {
+  for (std::size_t i = 0; i < mBlocks.size() && mStarted.size() < mMostStarted; ++i) {
     Planned& planned = mBlocks[i];
     if (planned.mpReader != &reader || planned.mIsLeftOut) continue;
     const auto content = contents.find(reader.GetPosition(planned.mExtent));
@@ -216,7 +223,7 @@ void ReadAhead::DropPassed() {
 }
 
 bool ReadAhead::Fits(const Planned& planned) {
-  if (mStarted.size() >= kMostStarted) return false;
+  if (mStarted.size() >= mMostStarted) return false;
   std::uint64_t used = 0;
   const std::lock_guard lock(mMutex);
   for (const std::size_t i : mStarted) {
@@ -237,8 +244,12 @@ void ReadAhead::Start(Planned& planned) {
   planned.mpJob = std::make_shared<Job>(Job{std::move(file), planned.mpReader->GetPosition(extent),
                                             extent.mStoredSize, extent.mRawLength, nullptr,
                                             Job::State::Running});
-  mStarted.push_back(static_cast<std::size_t>(&planned - mBlocks.data()));
-  mWorkers.Post([this, job = planned.mpJob] { Run(*job); });
+  try {
+    mStarted.push_back(static_cast<std::size_t>(&planned - mBlocks.data()));
+    mWorkers.Post([this, job = planned.mpJob] { Run(*job); });
+  } catch (const std::bad_alloc&) {
+    LeaveOut(planned);  // nobody would end the job
+  }
 }
 
 /// Runs on a worker. The reader reports the reason of a failure when it reads the block itself.

@@ -40,9 +40,8 @@ class ReadAhead {
   using Parts = std::vector<Part>;
 
   /// Bytes of blocks, decompressed and compressed, that are in memory at a time. The cache of
-  /// decompressed blocks has kCacheSize meanwhile. If a block of the parts does not fit into
-  /// kMemory, the cache keeps its size, so that the block is decompressed only once, and
-  /// kLeastMemory is used.
+  /// decompressed blocks has kCacheSize meanwhile. If a block that does not fit into either is left
+  /// out, or if there are no parts, the cache keeps its size and kLeastMemory is used.
   static constexpr std::uint64_t kMemory = std::uint64_t{160} << 20;
   static constexpr std::uint64_t kLeastMemory = std::uint64_t{16} << 20;
   static constexpr std::uint64_t kCacheSize = std::uint64_t{16} << 20;
@@ -81,7 +80,7 @@ class ReadAhead {
   using Key = std::pair<const StreamReader*, std::size_t>;
 
   void Add(const Part& part, std::size_t use);
-  bool HasLargeBlock() const;
+  bool LeavesOutLargeBlock() const;
   void LeaveOutExcess();
   Planned* Find(const StreamReader& reader, std::size_t block);
   const unsigned char* GetContent(Planned& planned);
@@ -98,6 +97,7 @@ class ReadAhead {
   ReadAhead* mpPrevious;
   std::uint64_t mMemory;
   std::uint64_t mCacheSize;
+  std::size_t mMostStarted;      ///< Blocks that are started or kept at a time.
   std::vector<Planned> mBlocks;  ///< In the order of their first use.
   std::map<Key, std::size_t> mPlaces;
   std::size_t mPosition = 0;  ///< The latest first use of the blocks that were read.

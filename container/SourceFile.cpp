@@ -1,7 +1,10 @@
 #include "SourceFile.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <list>
 #include <utility>
 
@@ -30,12 +33,15 @@ void SourceFile::Read(std::uint64_t position, void* target, std::size_t n) {
   ReadAt(kStreamReaderSource, mFile, position, target, n);
 }
 
-Descriptor SourceFile::OpenDescriptor() {
-  Use();
+Descriptor SourceFile::DuplicateHandle() {
+  Use();  // the most recently used file is closed last
   const auto duplicate = [this] { return ::fcntl(::fileno(mFile), F_DUPFD_CLOEXEC, 0); };
-  Descriptor descriptor(RetryWithFewerHandles(duplicate, [](int result) { return result != -1; }));
-  if (!descriptor.IsOpen()) Qov::Util::RaiseReadError(kStreamReaderSource);
-  return descriptor;
+  int copy = duplicate();
+  while (copy == -1 && (errno == EMFILE || errno == ENFILE) && GetOpenSources().size() > 1) {
+    CloseOldest();
+    copy = duplicate();
+  }
+  return Descriptor(copy);
 }
 
 // Opens the file if it has no handle, and makes it the most recently used one.
@@ -79,6 +85,13 @@ void SourceFile::Close() {
   GetOpenSources().remove(this);
   std::fclose(mFile);
   mFile = nullptr;
+}
+
+std::size_t CountWorkerHandles() {
+  constexpr rlim_t kMost = 64;
+  struct rlimit limit {};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return 1;
+  return static_cast<std::size_t>(std::clamp<rlim_t>(limit.rlim_cur / 4, 1, kMost));
 }
 
 std::FILE* OpenSharingHandles(const std::string& path) {

@@ -29,8 +29,9 @@ class SourceFile {
   /// changed since it was first opened.
   void Read(std::uint64_t position, void* target, std::size_t n);
 
-  /// Returns a new descriptor of the file, which other threads may read from with pread.
-  Descriptor OpenDescriptor();
+  /// Returns a new descriptor of the file, which other threads may read from with pread. It is
+  /// closed if the process has no handles left. Raises the errors of Read.
+  Descriptor DuplicateHandle();
 
   const FileIdentity& GetIdentity() const { return mIdentity; }
   std::uint64_t GetLength() const { return mIdentity.GetSize(); }
@@ -47,6 +48,10 @@ class SourceFile {
   FileIdentity mIdentity;
   std::FILE* mFile = nullptr;
 };
+
+/// Returns the number of duplicated handles that workers may have at a time: a quarter of the
+/// handles of the process, from 1 to 64.
+std::size_t CountWorkerHandles();
 
 /// Returns the result of `open`. If `open` fails because the process has no handles left, closes
 /// handles of source files and calls it again.

@@ -329,9 +329,11 @@ void StreamReader::CopyStored(const BlockExtent& block, std::FILE* target, std::
   };
   copyPiece(0, done);  // compares the length of the content
   if (std::fflush(target) == 0) {
-    const Descriptor source = mpState->mpSource->OpenDescriptor();
-    done += CopyInFileSystem(source.Get(), GetPosition(block) + done, ::fileno(target),
-                             position + done, block.mStoredSize - done);
+    const Descriptor source = mpState->mpSource->DuplicateHandle();
+    if (source.IsOpen()) {
+      done += CopyInFileSystem(source.Get(), GetPosition(block) + done, ::fileno(target),
+                               position + done, block.mStoredSize - done);
+    }
   }
   for (; done < block.mStoredSize; done += std::min(kPieceSize, block.mStoredSize - done)) {
     copyPiece(done, std::min(kPieceSize, block.mStoredSize - done));
@@ -342,7 +344,11 @@ std::uint64_t StreamReader::GetPosition(const BlockExtent& block) const {
   return mpState->mBlocks[block.mBlock].mPosition;
 }
 
-int StreamReader::OpenDescriptor() const { return mpState->mpSource->OpenDescriptor().Release(); }
+int StreamReader::OpenDescriptor() const {
+  const int descriptor = mpState->mpSource->DuplicateHandle().Release();
+  if (descriptor == -1) Qov::Util::RaiseReadError(kStreamReaderSource);
+  return descriptor;
+}
 
 void StreamReader::SetVerified(const BlockExtent& block) {
   mpState->mChecksums[block.mBlock] = State::Checksum::Matches;

@@ -63,6 +63,7 @@ std::size_t CompressWhole(int level, const void* content, std::size_t n, void* s
 
 std::size_t DecompressWhole(const void* stream, std::size_t mostBytes, void* content,
                             std::size_t n) {
+  if (n == 0) return 0;  // uncompress2 would accept a content of one byte
   uLongf length = n;
   uLong streamLength = mostBytes;
   const int result = uncompress2(static_cast<Bytef*>(content), &length,

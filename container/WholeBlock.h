@@ -21,10 +21,11 @@ std::size_t CompressWhole(int level, const void* content, std::size_t n, void* s
 /// sound, its checksum is right and its content has exactly `n` bytes. It can be less than
 /// `mostBytes`, because bytes may follow the stream. Otherwise, also if there is no memory, returns
 /// 0; `content` is undefined then. BlockInflater tells the reason.
-/// libdeflate accepts a few streams that zlib
-/// refuses: Huffman codes that are incomplete, have no code for the end of the block, or have codes
-/// for symbols that deflate does not use. Compressors do not write them. Length and checksum of the
-/// content are compared for these streams too, so the content is as written.
+///
+/// libdeflate accepts a few streams that zlib refuses: codes with too many symbols, symbols that
+/// deflate does not use, the unused codeword of a code with one symbol, and repeats of code lengths
+/// that go too far. Compressors do not write them. Length and checksum of the content are compared
+/// for these streams too, so the content is as written.
 std::size_t DecompressWhole(const void* stream, std::size_t mostBytes, void* content,
                             std::size_t n);
 

@@ -16,7 +16,9 @@ void PrintShards(const ShardPlan& shards, std::size_t wanted, Output& output) {
   const auto largest =
       std::max_element(shards.mShards.begin(), shards.mShards.end(),
                        [](const Shard& a, const Shard& b) { return a.mBytes < b.mBytes; });
-  const std::string folder = Escape(QuoteForShell(shards.mFolder), output.GetStyle());
+  const std::string& path = shards.mFolder;
+  const bool isPrintable = Escape(path, output.GetStyle()) == path;
+  const std::string folder = isPrintable ? QuoteForShell(path) : Escape(path, output.GetStyle());
   output.Line();
   if (number < wanted) {
     output.Line(fmt::format("Only {}, because there are {}", Plural(number, "shard"),

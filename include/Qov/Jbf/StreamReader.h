@@ -101,7 +101,7 @@ class QOV_EXPORT StreamReader {
   /// Returns the position of the stored bytes of a block in the file.
   std::uint64_t GetPosition(const BlockExtent& block) const;
   /// Returns a new descriptor of the file, which the caller closes and other threads may read with
-  /// pread.
+  /// pread. Raises ReadError if the process has no handles left.
   int OpenDescriptor() const;
   /// Notes that the block was verified elsewhere. Counts as reading it for GetEndOfReads.
   void SetVerified(const BlockExtent& block);

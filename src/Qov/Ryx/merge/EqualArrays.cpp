@@ -224,8 +224,10 @@ ArraySearch::Groups ArraySearch::GroupByHash(const Groups& groups) {
   }
   Groups equal;
   for (const Group& group : groups) {
-    std::vector<std::size_t> rest = DropGivenUp(group).mArrays;
-    std::erase_if(rest, [this](std::size_t i) { return mResult.mFirst[i] != i; });
+    Group unequal = group;
+    std::erase_if(unequal.mArrays, [this](std::size_t i) { return mResult.mFirst[i] != i; });
+    if (unequal.mArrays.empty()) continue;
+    std::vector<std::size_t> rest = DropGivenUp(unequal).mArrays;
     Groups parts = GroupBy(std::move(rest), [&hashes](std::size_t i) { return hashes[i]; });
     std::move(parts.begin(), parts.end(), std::back_inserter(equal));
   }

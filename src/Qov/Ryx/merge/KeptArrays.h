@@ -46,7 +46,8 @@ class KeptArrays {
   std::uint64_t mMemory;
   std::uint64_t mNumBytes = 0;
   Entries mEntries;
-  std::vector<Entries::iterator> mSingles;  ///< Entries whose key has occurred once, oldest first.
+  std::vector<Entries::iterator>
+      mSingles;  ///< Their key had occurred once when they were added; oldest first.
   std::set<Key> mSeen;
 };
 
