@@ -104,7 +104,7 @@ class Model {
     this.parts = parts.map((info, index) => ({
       index, name: info.name, colour: info.colour, node: info.node, isVisible: true,
       meshes: info.meshes.map(mesh => new Mesh(this, mesh))}));
-    this.cache = new Map();  // buffer number -> values, least recently used first
+    this.cache = new Map();  // key of the buffer -> values, least recently used first
     this.cachedBytes = 0;
   }
 
@@ -125,18 +125,16 @@ class Model {
     return this.results[result].fields.some(field => (field.step ?? step) === step);
   }
 
+  // Equal bytes have one number, and may have several codings.
   async cached(buffer, numComponents = 1) {
-    let values = this.cache.get(buffer.data);
-    this.cache.delete(buffer.data);
-    if (!values) {
-      values = await decodeBuffer(buffer, numComponents);
-      this.cachedBytes += values.byteLength;
-    }
-    this.cache.set(buffer.data, values);
-    for (const [key, old] of this.cache) {
-      if (this.cachedBytes <= kCachedBytes || key === buffer.data) break;
+    const key = [buffer.data, buffer.coding, numComponents].join();
+    const values = this.cache.get(key) ?? await decodeBuffer(buffer, numComponents);
+    if (!this.cache.delete(key)) this.cachedBytes += values.byteLength;
+    this.cache.set(key, values);
+    for (const [oldKey, old] of this.cache) {
+      if (this.cachedBytes <= kCachedBytes || oldKey === key) break;
       this.cachedBytes -= old.byteLength;
-      this.cache.delete(key);
+      this.cache.delete(oldKey);
     }
     return values;
   }
