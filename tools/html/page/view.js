@@ -94,7 +94,7 @@ class View {
       await item.mesh.load();
       const field = this.model.fieldAt(result, item.part.index, item.meshIndex, step);
       const range = field ? fieldRange(field, component) ?? [0, 0] : null;
-      const values = field ? await this.valuesOf(item.mesh, field) : null;
+      const values = field ? await this.valuesOf(item.mesh, field, result, component) : null;
       const colour = result === null ? item.part.colour : kNoValueColour;
       return {...item, colour, range, field: values};
     }));
@@ -107,16 +107,13 @@ class View {
   }
 
   // Returns what the renderer needs of a field. It stays the same object until the choice changes.
-  async valuesOf(mesh, field) {
-    const {result, component} = this;
-    if (mesh.drawn?.of !== field || mesh.drawn.component !== component) {
-      const {placement} = this.model.results[result];
-      const [values, ...cells] = await Promise.all([
-        this.model.quantised(result, field, component),
-        ...(placement === "cell" ? [mesh.buffer("triangleCells"), mesh.buffer("lineCells")] : [])]);
-      mesh.drawn = {of: field, component, placement, values, cells};
-    }
-    return mesh.drawn;
+  async valuesOf(mesh, field, result, component) {
+    if (mesh.drawn?.of === field && mesh.drawn.component === component) return mesh.drawn;
+    const {placement} = this.model.results[result];
+    const [values, ...cells] = await Promise.all([
+      this.model.quantised(result, field, component),
+      ...(placement === "cell" ? [mesh.buffer("triangleCells"), mesh.buffer("lineCells")] : [])]);
+    return mesh.drawn = {of: field, component, placement, values, cells};
   }
 
   // Finds the edges of what is drawn, one mesh at a time, so that the page stays responsive.
