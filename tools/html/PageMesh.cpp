@@ -53,7 +53,7 @@ PageBuffer CodeIndices(const std::vector<std::uint32_t>& indices) {
 }
 
 /// Returns the ids of the used things; nothing if each id is the position plus 1, or if there are
-/// no ids.
+/// no ids. The members "hasPointIds" and "hasCellIds" tell these two apart.
 std::optional<PageBuffer> CodeIds(const std::vector<std::uint32_t>& ids,
                                   const std::vector<std::uint32_t>& used) {
   if (ids.empty()) return std::nullopt;
@@ -106,7 +106,9 @@ PageItem MakeMeshItem(const QovMesh::Mesh& mesh, const PageMesh& surface) {
   item.mJson = {{"steps", nullptr},
                 {"numPoints", surface.mPoints.size()},
                 {"numTriangles", surface.mTriangleCells.size()},
-                {"numLines", surface.mLineCells.size()}};
+                {"numLines", surface.mLineCells.size()},
+                {"hasPointIds", !mesh.mNodeIds.empty()},
+                {"hasCellIds", !mesh.mElementIds.empty()}};
   const bool hasLines = !surface.mLines.empty();
   const auto add = [&item](const char* name, std::optional<PageBuffer> buffer) {
     item.mBuffers.emplace_back(name, std::move(buffer));

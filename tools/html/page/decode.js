@@ -57,7 +57,7 @@ function readVariableLength(bytes, count, put) {
 }
 
 function decodeIntegers(bytes, count) {
-  const values = new Int32Array(count);
+  const values = new Uint32Array(count);
   let previous = 0;
   readVariableLength(bytes, count, (i, zigzag) => {
     previous = (previous + ((zigzag >>> 1) ^ -(zigzag & 1))) | 0;

@@ -5,15 +5,18 @@ async function describePicked(view) {
   const {model, picked, result, component, step} = view;
   const {part, mesh, meshIndex, point, triangle, line} = picked;
   const read = async (name, index) => (await mesh.buffer(name))?.[index] ?? null;
+  // Ids that are the positions plus 1 are not in the page.
+  const readId = async (name, index, position, hasIds) =>
+      hasIds && position !== null ? await read(name, index) ?? position + 1 : null;
   const info = {part: part.name, partNode: part.node, element: null, elementPosition: null};
   info.nodePosition = await read("pointPositions", point);
-  info.node = await read("pointIds", point) ?? (info.nodePosition === null ? null : info.nodePosition + 1);
+  info.node = await readId("pointIds", point, info.nodePosition, mesh.info.hasPointIds);
   let cell = null;
   if (triangle !== undefined) cell = await read("triangleCells", triangle);
   else if (line !== undefined) cell = await read("lineCells", line);
   if (cell !== null) {
     info.elementPosition = await read("cellPositions", cell);
-    info.element = await read("cellIds", cell) ?? (info.elementPosition === null ? null : info.elementPosition + 1);
+    info.element = await readId("cellIds", cell, info.elementPosition, mesh.info.hasCellIds);
   }
   const {at, resolution} = mesh.position(point);
   info.coordinates = at.map((x, k) => roundedText(x, resolution[k]));
@@ -48,7 +51,7 @@ function precisionText({isExact, resolutions, component}) {
   return `display precision, in steps of ${Number(step.toPrecision(2))}`;
 }
 
-const numberText = (id, position) => `${id} (position ${position} in the file)`;
+const numberText = (id, position) => `${id ?? "no id"} (position ${position} in the file)`;
 
 function showPicked(info) {
   const list = create("dl");
@@ -65,8 +68,8 @@ function showPicked(info) {
     }
   }
   add("Part", info.part);
-  if (info.element !== null) add("Element", numberText(info.element, info.elementPosition));
-  if (info.node !== null) add("Nearest node", numberText(info.node, info.nodePosition));
+  if (info.elementPosition !== null) add("Element", numberText(info.element, info.elementPosition));
+  if (info.nodePosition !== null) add("Nearest node", numberText(info.node, info.nodePosition));
   add("Coordinates", `${info.coordinates.join(", ")} (display precision)`);
   byId("picked").replaceChildren(list);
 }
