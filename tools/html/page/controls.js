@@ -83,7 +83,7 @@ class Controls {
     byId("play").setAttribute("aria-pressed", Boolean(view.isPlaying));
     byId("edges").value = view.edges;
     byId("result-note").textContent = this.noteText();
-    showBar(result ? titleOf(result, view.component) : "", view.range, view.isSigned);
+    showBar(result ? titleOf(result, view.component) : "", view.range, view.isCentred);
     await this.refreshPicked();
   }
 

@@ -55,7 +55,7 @@ class View {
 
   draw() {
     this.renderer.draw(this.items, this.camera,
-                       {shown: this.range ?? [0, 0], isSigned: this.isSigned, edges: this.edges});
+                       {shown: this.range ?? [0, 0], isSigned: this.isCentred, edges: this.edges});
     showAxes(this.camera);
     this.placeMarker();
   }
@@ -80,7 +80,14 @@ class View {
     return [-greatest, greatest];
   }
 
-  // Returns true if the values are differences of both signs; their scale has 0 in its middle.
+  // Returns true if 0 is the middle of a scale of both signs. A range of the user may have another.
+  get isCentred() {
+    const {range} = this;
+    return this.isSigned && range !== null && range[0] === -range[1];
+  }
+
+  // Returns true if the values are differences of both signs; their scale has 0 in its middle
+  // unless the user sets its range.
   get isSigned() {
     if (!this.model.manifest.diff || this.result === null) return false;
     return (this.model.rangeOf(this.result, this.component)?.[0] ?? 0) < 0;
