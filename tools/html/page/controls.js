@@ -67,6 +67,13 @@ class Controls {
     }
   }
 
+  // Shows a place of the list of differences, and its part.
+  showPlace(place) {
+    this.model.parts[place.part].isVisible = true;
+    this.tree.refresh();
+    return this.view.showPlace(place);
+  }
+
   // Shows the state of the view.
   async refresh() {
     const {model, view} = this;

@@ -19,6 +19,7 @@ function showNotes(notes) {
   byId("note-list").replaceChildren(...notes.map(text => create("li", {textContent: text})));
 }
 
+// Returns the controls of the view, null if the model cannot be drawn.
 async function startView(model) {
   const controls = new Controls(model);
   byId("model").hidden = false;
@@ -45,7 +46,7 @@ async function startView(model) {
   view.drawFirst();
   ryx.firstFrame = performance.now();
   byId("loading").hidden = true;
-  return view;
+  return controls;
 }
 
 function stateOf(view, controls) {
@@ -64,12 +65,12 @@ async function main() {
   showHeading(manifest);
   if (!model.parts.length && !manifest.report) notes.unshift("The model has no geometry that can be drawn.");
   showNotes(notes);
-  let view = null;
+  let controls = null;
   const viewStart = model.parts.length ? startView(model) : Promise.resolve(null);
   if (manifest.report) addReport(manifest.report);
-  if (manifest.diff) addDifferences(model, place => view?.showPlace(place).catch(fail));
+  if (manifest.diff) addDifferences(model, place => controls?.showPlace(place).catch(fail));
   addTables(manifest.tables ?? []);
-  view = await viewStart;
+  controls = await viewStart;
 }
 
 window.addEventListener("error", event => fail(event.error ?? event.message));

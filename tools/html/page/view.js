@@ -201,12 +201,15 @@ class View {
     if (this.isPlaying) this.play();
   }
 
-  // Changes the step until playing is stopped, more slowly if the user prefers reduced motion.
+  // Changes the step until playing is stopped, more slowly if the user prefers reduced motion. A
+  // later call ends an earlier one that still waits.
   async play() {
+    const run = this.run = {};
+    const isCurrent = () => this.isPlaying && this.run === run;
     const isReduced = matchMedia("(prefers-reduced-motion: reduce)").matches;
-    while (this.isPlaying) {
+    while (isCurrent()) {
       await new Promise(resolve => setTimeout(resolve, isReduced ? 1500 : 300));
-      if (this.isPlaying) await this.changeStep(1);
+      if (isCurrent()) await this.changeStep(1);
     }
   }
 
@@ -223,19 +226,21 @@ class View {
     this.onChange();
   }
 
-  // Shows a place of the list of differences.
+  // Shows a place of the list of differences. Its part is visible.
   async showPlace({result, part, step, index}) {
     const item = this.model.parts[part];
-    item.isVisible = true;
     this.step = step ?? this.step;
     const [mesh, meshIndex] = this.model.meshAt(item, this.step);
     await this.choose(result);
     if (!mesh) return;
     const picked = {part: item, mesh, meshIndex, point: index};
     if (this.model.results[result].placement === "cell") {
-      const triangle = (await mesh.buffer("triangleCells"))?.indexOf(index) ?? -1;
-      if (triangle < 0) return;
-      Object.assign(picked, {triangle, point: mesh.triangles[3 * triangle]});
+      const find = async name => (await mesh.buffer(name))?.indexOf(index) ?? -1;
+      const triangle = await find("triangleCells");
+      const line = triangle < 0 ? await find("lineCells") : -1;
+      if (triangle >= 0) Object.assign(picked, {triangle, point: mesh.triangles[3 * triangle]});
+      else if (line >= 0) Object.assign(picked, {line, point: mesh.lines[2 * line]});
+      else return;
     }
     this.picked = picked;
     this.camera.target = this.pickedPlace();
