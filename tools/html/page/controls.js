@@ -55,7 +55,7 @@ class Controls {
 
   startRange() {
     const {view} = this;
-    const ends = [byId("range-low"), byId("range-high")];
+    const ends = this.rangeEnds = [byId("range-low"), byId("range-high")];
     byId("range-kind").onchange = event => view.setRange(event.target.value, view.range);
     for (const end of ends) {
       end.onchange = () => {
@@ -94,15 +94,22 @@ class Controls {
     await this.refreshPicked();
   }
 
+  // Leaves an open list of components and a range that the user enters as they are.
   refreshResult(result) {
     const {view} = this;
-    fillSelect(byId("component"), [...result.components, ...(result.hasMagnitude ? ["Magnitude"] : [])],
-               [...result.components.keys(), ...(result.hasMagnitude ? ["magnitude"] : [])]);
+    if (this.listed !== result) {
+      this.listed = result;
+      fillSelect(byId("component"), [...result.components, ...(result.hasMagnitude ? ["Magnitude"] : [])],
+                 [...result.components.keys(), ...(result.hasMagnitude ? ["magnitude"] : [])]);
+    }
     byId("component").value = view.component;
     byId("range-kind").value = view.rangeKind;
+    if (this.rangeEnds.includes(document.activeElement)) return;
     const range = view.range ?? ["", ""];
-    byId("range-low").value = range[0];
-    byId("range-high").value = range[1];
+    this.rangeEnds.forEach((end, i) => {
+      end.value = range[i];
+      end.removeAttribute("aria-invalid");
+    });
   }
 
   noteText() {
