@@ -19,7 +19,7 @@ SKIPPED = 77  # SKIP_RETURN_CODE in CMakeLists.txt
 CHROMIUM, DRIVER = "/usr/bin/chromium", "/usr/bin/chromedriver"
 FLAGS = ("--headless --no-sandbox --use-gl=angle --use-angle=swiftshader "
          "--enable-unsafe-swiftshader --disable-quic --no-first-run --disable-background-networking "
-         "--disable-component-update --disable-sync --window-size=1280,800").split()
+         "--disable-component-update --disable-sync --disable-dev-shm-usage --window-size=1280,800").split()
 HOSTILE = '</script><script>window.evil=1</script><img src="http://a.invalid/x" onerror="evil=1">&amp;'
 
 try:

@@ -7,19 +7,22 @@ class PartTree {
   constructor(container, model, onChange) {
     this.model = model;
     this.onChange = onChange;
-    this.items = new Map();
+    this.items = [];  // parents come before their children
     const roots = [];
-    model.nodes.forEach((node, index) => {
-      const item = {node, index, children: [], part: model.parts[node.part] ?? null};
-      const parent = this.items.get(node.parent);  // parents come before their children
+    const itemOf = new Map();
+    const add = (node, part, parent = null) => {
+      const item = {node, part, parent, children: []};
       (parent ? parent.children : roots).push(item);
-      this.items.set(node.id, item);
-    });
-    const placed = new Set([...this.items.values()].map(item => item.part));
-    for (const part of model.parts) {
-      if (!placed.has(part)) roots.push({node: {name: part.name, kind: "geometry"}, children: [], part});
+      this.items.push(item);
+      return item;
+    };
+    for (const node of model.nodes) {
+      itemOf.set(node.id, add(node, model.parts[node.part] ?? null, itemOf.get(node.parent)));
     }
-    this.roots = roots;
+    const placed = new Set(this.items.map(item => item.part));
+    for (const part of model.parts) {
+      if (!placed.has(part)) add({name: part.name, kind: "geometry"}, part);
+    }
     const isOpen = model.nodes.length <= kGreatestOpenTree;
     container.append(this.list(roots, isOpen || roots.length === 1, isOpen));
     this.refresh();
@@ -91,25 +94,23 @@ class PartTree {
     this.onChange();
   }
 
-  // Sets the check boxes that exist, from the leaves up.
+  // Sets the check boxes that exist, from the leaves up; without recursion, as trees may be deep.
   refresh() {
-    if (!this.roots) return;
-    const count = item => {
-      let all = item.part ? 1 : 0;
-      let visible = item.part?.isVisible ? 1 : 0;
-      for (const child of item.children) {
-        const [a, v] = count(child);
-        all += a;
-        visible += v;
+    for (const item of this.items) {
+      item.numParts = item.part ? 1 : 0;
+      item.numVisible = item.part?.isVisible ? 1 : 0;
+    }
+    for (let i = this.items.length; i-- > 0;) {
+      const {parent, box, numParts, numVisible} = this.items[i];
+      if (parent) {
+        parent.numParts += numParts;
+        parent.numVisible += numVisible;
       }
-      if (item.box) {
-        item.box.disabled = all === 0;
-        item.box.checked = visible > 0 && visible === all;
-        item.box.indeterminate = visible > 0 && visible < all;
-      }
-      return [all, visible];
-    };
-    for (const root of this.roots) count(root);
+      if (!box) continue;
+      box.disabled = numParts === 0;
+      box.checked = numVisible > 0 && numVisible === numParts;
+      box.indeterminate = numVisible > 0 && numVisible < numParts;
+    }
     const {parts} = this.model;
     byId("part-count").textContent = `${parts.filter(p => p.isVisible).length} of ${parts.length}`;
   }
