@@ -73,6 +73,7 @@ class Pages(unittest.TestCase):
 
     def tearDown(self):
         """No page may write to the console, fail, or ask a network."""
+        self.assertEqual([], self.js("return ryx.errors"))
         self.assertEqual([], self.browser.get_log("browser"))
         for entry in self.browser.get_log("performance"):
             message = json.loads(entry["message"])["message"]
@@ -128,7 +129,7 @@ class Pages(unittest.TestCase):
         canvas = self.browser.find_element(By.ID, "canvas")
         x, y = place[0] - canvas.size["width"] / 2, place[1] - canvas.size["height"] / 2
         ActionChains(self.browser).move_to_element_with_offset(canvas, round(x), round(y)).click().perform()
-        self.wait(lambda: (self.state()["picked"] or {}).get("node"))
+        self.wait(lambda: (self.state()["picked"] or {}).get("nodePosition") is not None)
         return self.state()["picked"]
 
     def check_picked(self, model, picked, instance=True):
@@ -223,6 +224,12 @@ class Pages(unittest.TestCase):
         self.assertEqual([min(r[0] for r in ranges), max(r[1] for r in ranges)], whole)
         self.choose("range-low", "2")
         self.assertEqual([2, ranges[1][1]], self.state()["range"])
+        low = self.browser.find_element(By.ID, "range-low")
+        low.send_keys("7")
+        self.js("document.getElementById('next').click()")
+        self.assertEqual("27", low.get_attribute("value"))
+        self.js("document.getElementById('previous').click(); document.activeElement.blur()")
+        self.state()
         self.js("document.getElementById('play').click()")
         self.wait(lambda: self.state()["step"] == 1)
         self.js("document.getElementById('play').click()")
@@ -309,16 +316,30 @@ class Pages(unittest.TestCase):
                 mesh["triangles"] = mesh["lines"] = None
                 mesh["numTriangles"] = 0
 
+        def without_ids(manifest):
+            for mesh in manifest["parts"][0]["meshes"]:
+                mesh.update(hasPointIds=False, hasCellIds=False, pointIds=None, cellIds=None)
+
+        def deep(manifest):
+            manifest["nodes"] = [{"id": i, "parent": i - 1, "name": "", "kind": "group"} for i in range(20000)]
+
         def empty(manifest):
             manifest.update(parts=[], results=[], nodes=[], steps=[])
 
         for edit in (with_box([[0, 0, 0], [0, 0, 0]]), with_box([[-1e30] * 3, [1e30] * 3]),
-                     with_box([[1e308] * 3, [1.7e308] * 3]), with_box([[None] * 3, [None] * 3]), points_only):
+                     with_box([[1e308] * 3, [1.7e308] * 3]), with_box([[None] * 3, [None] * 3]), points_only, deep):
             self.open(self.write("plate.ryx", edit=edit))
             for key in ("f", "+", Keys.ENTER, Keys.ARROW_LEFT):
                 self.browser.find_element(By.ID, "canvas").send_keys(key)
             camera = self.state()["camera"]
             self.assertTrue(all(isinstance(x, (int, float)) for x in (*camera["target"], camera["halfHeight"])))
+        self.open(self.write("plate.ryx", edit=without_ids))
+        picked = self.click("middle", 0, 100)
+        self.assertEqual((None, None), (picked["node"], picked["element"]))
+        self.assertEqual(2, self.text("picked").count("no id (position"))
+        self.js("const s = document.getElementById('result');"  # the second before the first is drawn
+                "for (const v of [0, '']) { s.value = v; s.dispatchEvent(new Event('change')); }")
+        self.assertIsNone(self.state()["result"])
         self.open(self.write("plate.ryx", edit=empty), has_view=False)
         self.assertIn("no geometry", self.text("note-list"))
         self.assertIn("thickness", self.text("documents"))
@@ -351,9 +372,12 @@ class Pages(unittest.TestCase):
         rows = self.js("return JSON.parse(document.getElementById('manifest').textContent).diff.greatest")
         buttons = self.browser.find_elements(By.CSS_SELECTOR, "#documents td button")
         self.assertEqual(len([row for row in rows if row["index"] is not None]), len(buttons))
-        self.js("arguments[0].click()", buttons[-1])
+        boxes = "[...document.querySelectorAll('#tree .leaf input')]"
+        self.js(f"{boxes}.forEach(box => box.click()); arguments[0].click()", buttons[-1])
         self.wait(lambda: (self.state()["picked"] or {}).get("text"))
+        self.assertEqual(1, self.js(f"return {boxes}.filter(box => box.checked).length"))
         picked, row = self.state()["picked"], rows[-1]
+        self.assertEqual([picked["part"]], self.state()["visibleParts"])
         value = math.hypot(*picked["components"])
         self.assertAlmostEqual(abs(row["value"]), value, delta=1e-4 * value)
 
