@@ -108,6 +108,17 @@ TEST_F(Pictures, ShowPartsInTheirColoursUnlessTheViewHidesThem) {
   EXPECT_THAT(ErrorOf([&] { Draw(tree); }), HasSubstr("did you mean \"Half\""));
 }
 
+TEST_F(Pictures, OfANodeByItsIdLackPartsWithThatName) {
+  Tree tree(false);
+  AddCube(tree, "Cube", 0);
+  const std::uint32_t id = tree.GetNodes().GetCurrentId();
+  AddCube(tree, std::to_string(id), 2);
+  mRequest.mNodeIds = {id};
+  Draw(tree);
+  ASSERT_EQ(mReport.mPanels[0].mParts.size(), 1U);
+  EXPECT_EQ(mReport.mPanels[0].mParts[0].mName, "Cube");
+}
+
 TEST_F(Pictures, ColourValuesByOneRangeAndMissingOnesGrey) {
   Tree tree(false);
   AddHeat(AddCube(tree, "Warm", 0), "Heat", kHeat);

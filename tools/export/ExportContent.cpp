@@ -112,6 +112,12 @@ class ContentBuilder {
     return Accept(mResultWords, {std::string(name.mBase), variable.mName});
   }
 
+  bool AcceptsNode(std::uint32_t id, const QovRyx::Node& node) {
+    const auto& ids = mRequest.mNodeIds;
+    if (!ids.empty()) return std::find(ids.begin(), ids.end(), id) != ids.end();
+    return Accept(mNodeWords, {node.GetName(), fmt::format("{}", id)});
+  }
+
   /// Walks the tree from the top, so that a chosen node brings what is below it.
   void AddParts() {
     std::vector<std::string> groups;  // by depth; empty for nodes that are not groups
@@ -126,7 +132,7 @@ class ContentBuilder {
         continue;
       }
       const QovRyx::Node& node = *step->mEntry->mData;
-      const bool fits = Accept(mNodeWords, {node.GetName(), fmt::format("{}", step->mId)});
+      const bool fits = AcceptsNode(step->mId, node);
       isChosen.push_back(fits || (!isChosen.empty() && isChosen.back()));
       const auto* group = dynamic_cast<const QovRyx::Group*>(&node);
       groups.push_back(group == nullptr ? "" : node.GetName());

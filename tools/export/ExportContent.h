@@ -17,10 +17,11 @@ namespace Qov::Tools {
 
 /// The options of the user.
 struct ExportRequest {
-  std::vector<std::string> mNodes;     ///< Names or ids; a chosen node includes its descendants.
-  std::vector<std::string> mResults;   ///< Patterns of base names, or of whole names.
-  std::vector<std::string> mSteps;     ///< Patterns of step names, or their numbers, from 1.
-  std::vector<std::string> mSetNames;  ///< Patterns of names of node sets.
+  std::vector<std::string> mNodes;      ///< Names or ids; a chosen node includes its descendants.
+  std::vector<std::uint32_t> mNodeIds;  ///< Used instead of mNodes unless it is empty.
+  std::vector<std::string> mResults;    ///< Patterns of base names, or of whole names.
+  std::vector<std::string> mSteps;      ///< Patterns of step names; else numbers, from 1.
+  std::vector<std::string> mSetNames;   ///< Patterns of names of node sets.
   bool mSets = true;
   QovMesh::KindChoices mKinds;
   /// The results are base names, not patterns, and an empty list chooses none.

@@ -19,7 +19,7 @@ constexpr std::uint32_t kHeight = 360;
 
 ReportPicture DrawGeometry(const QovRyx::Tree& tree, std::uint32_t id, const std::string& name) {
   PictureRequest request;
-  request.mNodes = {fmt::format("{}", id)};
+  request.mNodeIds = {id};
   request.mWidth = kWidth;
   request.mHeight = kHeight;
   PictureReport report;
@@ -41,16 +41,18 @@ std::vector<ReportPicture> DrawGeometries(const std::string& path,
   tree.Load(path, ids, QovRyx::Tree::ReadMode::WithoutViews,
             QovRyx::Tree::SupportedFileFormats::Ryx);
   std::vector<ReportPicture> pictures;
+  std::size_t numTried = 0;
   std::uint64_t numLeftOut = 0;
   TreeWalk walk(tree.GetNodes());
   while (const auto step = walk.Next()) {
     if (step->mEntry == nullptr || step->mAgain) continue;
     const auto* geometry = dynamic_cast<const QovRyx::Geometry*>(step->mEntry->mData.get());
     if (geometry == nullptr) continue;
-    if (pictures.size() == kMostReportPictures) {
+    if (numTried == kMostReportPictures) {
       ++numLeftOut;
       continue;
     }
+    ++numTried;
     try {
       pictures.push_back(DrawGeometry(tree, step->mId, geometry->GetName()));
     } catch (const Util::Exception& error) {

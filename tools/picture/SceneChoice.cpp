@@ -69,6 +69,7 @@ class SceneChooser {
   ExportRequest MakeExportRequest() {
     ExportRequest wanted;
     wanted.mNodes = mRequest.mNodes;
+    wanted.mNodeIds = mRequest.mNodeIds;
     wanted.mSteps = mRequest.mSteps;
     wanted.mSets = false;
     wanted.mExactResults = true;
