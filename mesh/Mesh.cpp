@@ -191,6 +191,15 @@ Mesh LoadMesh(const QovRyx::Geometry& geometry, std::string_view instance,
   return mesh;
 }
 
+bool HaveEqualCells(const Mesh& first, const Mesh& second) {
+  const auto isEqual = [](const CellRun& a, const CellRun& b) {
+    return a.mNumCells == b.mNumCells && a.mNumNodes == b.mNumNodes;
+  };
+  return std::equal(first.mRuns.begin(), first.mRuns.end(), second.mRuns.begin(),
+                    second.mRuns.end(), isEqual) &&
+         first.mNodes == second.mNodes;
+}
+
 std::string DescribeDecision(const KindDecision& decision) {
   const auto plural = [](std::uint64_t n, const char* noun) {
     return fmt::format("{} {}{}", n, noun, n == 1 ? "" : "s");

@@ -49,6 +49,9 @@ struct Mesh {
 Mesh LoadMesh(const QovRyx::Geometry& geometry, std::string_view instance,
               const KindChoices& choices);
 
+/// Returns true if the cells have the same numbers of nodes and the same points.
+bool HaveEqualCells(const Mesh& first, const Mesh& second);
+
 /// Returns "640 cells with 8 nodes: hexahedron (number of nodes)".
 std::string DescribeDecision(const KindDecision& decision);
 

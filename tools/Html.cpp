@@ -218,6 +218,10 @@ int HtmlCommand::Write(Output& output, Output& errors) {
   PageDiff diff{FileName(mDiff[0]), FileName(mDiff[1]), {}};
   mPage.mTitle = diff.mNameB + " minus " + diff.mNameA;
   PairResults(content, otherContent, request.mKinds, diff);
+  for (const std::string& note : otherContent.mNotes) {
+    content.mNotes.push_back(Escape(diff.mNameB, {}) + ": " + note);
+  }
+  content.mIsComplete = content.mIsComplete && otherContent.mIsComplete;
   return WriteModel(tree, content, &diff, output, errors);
 }
 

@@ -173,9 +173,14 @@ TEST_F(Pictures, OfDifferencesMarkTheLargest) {
   Tree first(false);
   Tree second(false);
   Tree other(false);
+  Tree turned(false);
   AddHeat(AddCube(first, "Cube", 0), "Heat", kHeat);
   AddHeat(AddCube(second, "Cube", 0), "Heat", {0, 0, 0, 0, 10, 10, 3, 12});
   AddHeat(AddCube(other, "Ball", 0), "Heat", kHeat);
+  Geometry& cube = AddCube(turned, "Cube", 0);
+  cube.EditVariable(1).mValues =
+      NumericArray::Of(std::vector<std::uint32_t>{4, 5, 6, 7, 0, 1, 2, 3});
+  AddHeat(cube, "Heat", kHeat);
   mRequest.mResults = {"Heat"};
   const auto draw = [&](const Tree& a, const Tree& b) {
     mReport = {};
@@ -188,6 +193,7 @@ TEST_F(Pictures, OfDifferencesMarkTheLargest) {
   EXPECT_FLOAT_EQ(static_cast<float>(panel.mLargest->mValue), -7);
   EXPECT_EQ(panel.mRange, std::pair(-7.0, 7.0));
   EXPECT_THAT(ErrorOf([&] { draw(first, other); }), HasSubstr("has no geometry Cube"));
+  EXPECT_THAT(ErrorOf([&] { draw(first, turned); }), HasSubstr("cells of geometry Cube differ"));
 }
 
 /// Returns the share of pixels that differ visibly from those of a golden picture. Writes the

@@ -61,7 +61,7 @@ std::string CompareMeshes(ExportContent& a, const ExportPart& part, const Export
       return fmt::format("it has {} in A and {} in B", Plural(first.GetNumPoints(), "point"),
                          second.GetNumPoints());
     }
-    if (first.GetNumCells() != second.GetNumCells() || first.mNodes != second.mNodes) {
+    if (!QovMesh::HaveEqualCells(first, second)) {
       return "its cells differ between A and B";
     }
     if (first.mPoints != second.mPoints) {

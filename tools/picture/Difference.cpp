@@ -21,12 +21,6 @@ using QovMesh::Placement;
               "the models cannot be compared: " + text);
 }
 
-std::uint64_t CountCells(const ExportPart& part) {
-  std::uint64_t count = 0;
-  for (const auto& decision : part.mDecisions) count += decision.mNumCells;
-  return count;
-}
-
 const ExportPart& FindOther(const Scene& other, const ExportPart& part) {
   const auto found = std::find_if(
       other.mContent.mParts.begin(), other.mContent.mParts.end(), [&](const ExportPart& candidate) {
@@ -38,14 +32,16 @@ const ExportPart& FindOther(const Scene& other, const ExportPart& part) {
   return *found;
 }
 
-void CheckMeshes(const ExportPart& part, const ExportPart& other) {
+void CheckMeshes(const ExportPart& part, const QovMesh::Mesh& mesh, const QovMesh::Mesh& other) {
   const auto check = [&](std::uint64_t first, std::uint64_t second, const char* noun) {
     if (first == second) return;
     RaiseMismatch(fmt::format("geometry {} has {} in the first and {} in the second",
                               Escape(part.mName, {}), Plural(first, noun), second));
   };
-  check(part.mNumPoints, other.mNumPoints, "point");
-  check(CountCells(part), CountCells(other), "cell");
+  check(mesh.GetNumPoints(), other.GetNumPoints(), "point");
+  check(mesh.GetNumCells(), other.GetNumCells(), "cell");
+  if (QovMesh::HaveEqualCells(mesh, other)) return;
+  RaiseMismatch("the cells of geometry " + Escape(part.mName, {}) + " differ");
 }
 
 /// Returns the length of the differences of vectors.
@@ -113,12 +109,16 @@ std::string DescribePlace(const LargestDifference& largest) {
   return fmt::format("{} {} (from 0) of {}", largest.mIsCell ? "cell" : "point", largest.mId, part);
 }
 
-void ShowDifference(Scene& scene, const Scene& other) {
+void ShowDifference(Scene& scene, ScenePainter& painter, const Scene& other,
+                    MeshCache& otherMeshes) {
   if (scene.mContent.mParts.size() != other.mContent.mParts.size()) {
     RaiseMismatch(fmt::format("the first has {} chosen geometries and the second {}",
                               scene.mContent.mParts.size(), other.mContent.mParts.size()));
   }
-  for (const ExportPart& part : scene.mContent.mParts) CheckMeshes(part, FindOther(other, part));
+  for (const ExportPart& part : scene.mContent.mParts) {
+    CheckMeshes(part, painter.LoadMesh(part), otherMeshes.Get(FindOther(other, part)));
+  }
+  otherMeshes.Clear();
   const Component component = scene.mComponent;
   const std::string name = scene.mResult;
   scene.mLoadScalars = [&other, component, name](const ExportPart& part) {

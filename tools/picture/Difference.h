@@ -24,9 +24,11 @@ std::string DescribePlace(const LargestDifference& largest);
 
 /// Colours the parts of `scene` by the values of `other` minus its own values: the difference of a
 /// component, or the length of the difference of vectors. Parts of the same name belong together.
-/// Raises MismatchError if the parts, or their numbers of points, cells or values, differ.
-/// `other` has to exist as long as the scene.
-void ShowDifference(Scene& scene, const Scene& other);
+/// Raises MismatchError if the parts, their cells, or their numbers of points or values differ, and
+/// the errors of reading. `other` has to exist as long as the scene. `painter` and `otherMeshes`
+/// read the meshes; the latter is left empty.
+void ShowDifference(Scene& scene, ScenePainter& painter, const Scene& other,
+                    MeshCache& otherMeshes);
 
 /// Finds the largest absolute difference of a scene that shows one; nothing without a finite one.
 /// Reads the meshes and values once more. `painter` places the points.

@@ -67,7 +67,11 @@ void Panels::AddModel(const NamedModel& model, bool onlyFirst) {
 void Panels::Compare(const NamedModel& other) {
   const ModelView view(other.mTree, "iso", mReport.mNotes);
   mpOther = std::make_unique<ModelScenes>(ChooseScenes(other.mTree, mRequest, view, true));
-  ShowDifference(mPanels[0].mScene, mpOther->mScenes[0]);
+  for (const std::string& note : mpOther->mNotes) {
+    mReport.mNotes.push_back(Escape(other.mName, {}) + ": " + note);
+  }
+  mReport.mIsComplete = mReport.mIsComplete && mpOther->mIsComplete;
+  ShowDifference(mPanels[0].mScene, mModels[0].mPainter, mpOther->mScenes[0], *mpOther->mpMeshes);
   const auto describe = [](const std::string& model, const Scene& scene) {
     return scene.mStep.empty() ? model : fmt::format("{} ({})", model, scene.mStep);
   };
