@@ -61,6 +61,13 @@ Triple Rotate(const Quad& quad, const Triple& vector) {
   return rotated;
 }
 
+/// Returns true if `up` tells which side of a picture is up when the camera looks along
+/// `direction`.
+bool IsUsableUp(const Triple& up, const Triple& direction) {
+  const Triple side = Cross(direction, up);
+  return IsFinite(up) && Dot(side, side) > 1e-12 * Dot(direction, direction) * Dot(up, up);
+}
+
 /// Returns the saved view with that number or name.
 const ViewPoint& FindSavedView(const QovRyx::Tree& tree, const std::string& word) {
   std::vector<const ViewPoint*> views;
@@ -147,7 +154,8 @@ void ModelView::ReadCamera(const ViewPoint& view, std::vector<std::string>& note
   mEye = AsTriple(view.mPoint1);
   for (std::size_t k = 0; k < 3; ++k) mDirection[k] = target[k] - mEye[k];
   mUp = AsTriple(view.mPoint2);
-  if (Dot(mUp, mUp) == 0) mUp = {0, 0, 1};
+  if (!IsUsableUp(mUp, mDirection)) mUp = {0, 0, 1};
+  if (!IsUsableUp(mUp, mDirection)) mUp = {0, 1, 0};
   if (Rotates(turn)) {
     mDirection = Rotate(turn, mDirection);
     mUp = Rotate(turn, mUp);
