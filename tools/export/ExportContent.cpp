@@ -95,7 +95,7 @@ class ContentBuilder {
     SelectionWords words(mRequest.mSteps, "step");
     const auto& steps = mTable.GetSteps();
     for (std::size_t i = 0; i < steps.size(); ++i) {
-      if (!Accept(words, {steps[i].mName, fmt::format("{}", i + 1)})) {
+      if (!AcceptsStep(words, i)) {
         Omit("step " + Shown(steps[i].mName) + ": not chosen");
         continue;
       }
@@ -103,6 +103,20 @@ class ContentBuilder {
       mContent.mSteps.push_back(steps[i]);
     }
     CheckMatches(words, "ryx export --dry-run", mContent.mNotes);
+  }
+
+  /// Compares a word with the step's number only if the word fits no step's name.
+  bool AcceptsStep(SelectionWords& words, std::size_t position) const {
+    const auto& steps = mTable.GetSteps();
+    const std::string number = fmt::format("{}", position + 1);
+    const auto fits = [&](const std::string& word) {
+      const auto fitsNameOf = [&word](const QovMesh::Step& step) {
+        return QovRyx::FitsName(word, step.mName);
+      };
+      return fitsNameOf(steps[position]) || (QovRyx::FitsName(word, number) &&
+                                             std::none_of(steps.begin(), steps.end(), fitsNameOf));
+    };
+    return words.IsEmpty() || words.Test(fits);
   }
 
   bool AcceptsResult(const Geometry::VarStruct& variable, const QovRyx::ArrayName& name) {

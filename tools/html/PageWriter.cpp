@@ -149,11 +149,12 @@ class PageBuilder {
 
   std::size_t FindShownStep() const {
     if (mRequest.mStep.empty()) return 0;
-    for (std::size_t i = 0; i < mContent.mSteps.size(); ++i) {
-      if (Escape(mContent.mSteps[i].mName, {}) == mRequest.mStep ||
-          fmt::format("{}", i + 1) == mRequest.mStep) {
-        return i;
-      }
+    const auto& steps = mContent.mSteps;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      if (Escape(steps[i].mName, {}) == mRequest.mStep) return i;
+    }
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      if (fmt::format("{}", i + 1) == mRequest.mStep) return i;
     }
     Util::Raise(kSource, ErrorType::ElementNotFound,
                 "the page has no step " + Escape(mRequest.mStep, {}) +
