@@ -409,6 +409,7 @@ ExportContent TakeStep(const ExportContent& content, std::size_t step) {
       return result.mStep && *result.mStep != step;
     };
     std::erase_if(copy.mResults, isOther);
+    copy.mResults.shrink_to_fit();  // callers keep the contents of many steps
     const QovMesh::MeshArrays arrays(*part.mpGeometry);
     const std::string& name = content.mSteps[step].mName;
     if (arrays.HasOwnMesh(name, part.mMeshInstance)) copy.mMeshInstance = name;

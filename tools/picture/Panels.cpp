@@ -17,7 +17,6 @@
 namespace Qov::Tools {
 namespace {
 
-constexpr std::size_t kMostPanels = 100;
 constexpr std::size_t kNumColours = 256;
 /// Length of the longest displacement, in diagonals of the box, if the user leaves the scale open.
 constexpr double kVisibleShare = 0.1;
@@ -57,11 +56,11 @@ void Panels::AddModel(const NamedModel& model, bool onlyFirst) {
     mPanels.push_back(std::move(panel));
   }
   mModels.push_back({model.mName, std::move(view), ScenePainter(scenes.mpMeshes), {}, 0});
-  if (mPanels.size() <= kMostPanels) return;
+  if (mPanels.size() <= kMostScenes) return;
   Util::Raise(
       "tools/picture/Panels", Util::Exception::ErrorType::OutOfBounds,
       fmt::format("a sheet shows at most {} pictures: choose fewer models, results or steps",
-                  kMostPanels));
+                  kMostScenes));
 }
 
 void Panels::Compare(const NamedModel& other) {

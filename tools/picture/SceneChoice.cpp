@@ -60,7 +60,9 @@ class SceneChooser {
     mScenes.mIsComplete = content.mIsComplete;
     mScenes.mpMeshes = content.mpMeshes;
     if (mResults.empty()) mResults.emplace_back();
-    for (const std::string& result : mResults) AddScenes(content, result);
+    for (const std::string& result : mResults) {
+      if (!HasTooMany()) AddScenes(content, result);
+    }
     NoteSteps(content);
     return std::move(mScenes);
   }
@@ -103,13 +105,15 @@ class SceneChooser {
     const std::size_t before = mScenes.mScenes.size();
     if (content.mSteps.empty()) AddScene(content, result, "");
     for (std::size_t i = 0; i < content.mSteps.size(); ++i) {
-      if (mOnlyFirst && mScenes.mScenes.size() > before) break;
+      if (HasTooMany() || (mOnlyFirst && mScenes.mScenes.size() > before)) break;
       AddScene(TakeStep(content, i), result, content.mSteps[i].mName);
     }
     if (mScenes.mScenes.size() == before)
       RaiseUnknownResult(content, mMissing, "ryx export --dry-run");
     if (!result.empty()) NoteUncoloured(mScenes.mScenes.back().mContent, result, mScenes.mNotes);
   }
+
+  bool HasTooMany() const { return mScenes.mScenes.size() > kMostScenes; }
 
   /// Adds the scene of a step, unless the step lacks the result or the deformation.
   void AddScene(ExportContent content, const std::string& result, const std::string& step) {

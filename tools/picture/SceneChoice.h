@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +12,9 @@
 
 namespace Qov::Tools {
 
+/// Scenes that an image shows, at most.
+inline constexpr std::size_t kMostScenes = 100;
+
 /// The scenes of a model that a request chooses. They refer to the tree.
 struct ModelScenes {
   std::vector<Scene> mScenes;  ///< By result, then by step.
@@ -20,8 +24,8 @@ struct ModelScenes {
 };
 
 /// Returns a scene for each chosen result and each chosen step that has it; with `onlyFirst`, the
-/// first of them. Raises ElementNotFound for a result that no part has at points or cells, and the
-/// errors of ChooseContent.
+/// first of them. Stops at the first scene above kMostScenes. Raises ElementNotFound for a result
+/// that no part has at points or cells, and the errors of ChooseContent.
 ModelScenes ChooseScenes(const QovRyx::Tree& tree, const PictureRequest& request,
                          const ModelView& view, bool onlyFirst);
 
