@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <functional>
+#include <unordered_set>
 #include <utility>
 
 #include "Plural.h"
@@ -92,19 +93,12 @@ std::vector<std::string> NamesOf(const ExportPart& part) {
   return names;
 }
 
-/// Adds a note for the names that no part has.
+/// Adds a note for the names that are not among the known ones.
 template <class Map>
-void NoteUnknown(const Map& map, const Scene& scene, const char* what,
+void NoteUnknown(const Map& map, const std::unordered_set<std::string>& known, const char* what,
                  std::vector<std::string>& notes) {
-  const auto isKnown = [&](const std::string& name) {
-    return std::any_of(scene.mContent.mParts.begin(), scene.mContent.mParts.end(),
-                       [&](const ExportPart& part) {
-                         const auto names = NamesOf(part);
-                         return std::find(names.begin(), names.end(), name) != names.end();
-                       });
-  };
   const auto count = std::count_if(map.begin(), map.end(), [&](const auto& entry) {
-    return entry.second != typename Map::mapped_type{} && !isKnown(entry.first);
+    return entry.second != typename Map::mapped_type{} && !known.contains(entry.first);
   });
   if (count == 0) return;
   notes.push_back(fmt::format("the view {} {} that no drawn part has", what,
@@ -182,8 +176,12 @@ void ModelView::Apply(Scene& scene, std::vector<std::string>& notes) const {
       if (offset != mOffsets.end()) look.mOffset = offset->second;
     }
   }
-  NoteUnknown(mHidden, scene, "hides", notes);
-  NoteUnknown(mOffsets, scene, "moves", notes);
+  std::unordered_set<std::string> known;
+  for (const ExportPart& part : scene.mContent.mParts) {
+    for (std::string& name : NamesOf(part)) known.insert(std::move(name));
+  }
+  NoteUnknown(mHidden, known, "hides", notes);
+  NoteUnknown(mOffsets, known, "moves", notes);
 }
 
 Camera ModelView::MakeCamera(const Box& box, const Rectangle& viewport) const {
