@@ -124,8 +124,9 @@ void Panels::ChooseColours() {
       low = -high;
     }
     if (mRequest.mRange) std::tie(low, high) = *mRequest.mRange;
-    mColours.emplace(unit, isSigned ? ColourScale(low, high, MakeDivergingPalette(kNumColours))
-                                    : ColourScale(low, high, kNumColours));
+    const bool isCentred = isSigned && low == -high;  // the middle colour stands for 0
+    mColours.emplace(unit, isCentred ? ColourScale(low, high, MakeDivergingPalette(kNumColours))
+                                     : ColourScale(low, high, kNumColours));
   }
 }
 
