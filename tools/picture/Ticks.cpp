@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 namespace Qov::Tools {
@@ -78,7 +79,8 @@ std::vector<std::string> FormatTicks(std::span<const double> ticks) {
     auto texts = FormatAll(ticks, isPlain, decimals);
     bool isExact = true;
     for (std::size_t i = 0; i < ticks.size(); ++i) {
-      isExact = isExact && std::abs(std::stod(texts[i]) - ticks[i]) <= 1e-4 * gap;
+      isExact =
+          isExact && std::abs(std::strtod(texts[i].c_str(), nullptr) - ticks[i]) <= 1e-4 * gap;
     }
     if (isExact) return texts;
   }
