@@ -1,10 +1,8 @@
 #include "BlockChecks.h"
 
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <new>
 #include <optional>
 #include <utility>
@@ -22,20 +20,6 @@ namespace QovJbf {
 namespace {
 
 constexpr std::size_t kPieceSize = std::size_t{256} << 10;
-
-/// Reads `n` bytes. Returns false if that fails.
-bool ReadFully(const Descriptor& file, std::uint64_t position, unsigned char* target,
-               std::uint64_t n) {
-  while (n > 0) {
-    const ssize_t part = ::pread(file.Get(), target, n, static_cast<off_t>(position));
-    if (part < 0 && errno == EINTR) continue;
-    if (part <= 0) return false;
-    target += part;
-    position += static_cast<std::uint64_t>(part);
-    n -= static_cast<std::uint64_t>(part);
-  }
-  return true;
-}
 
 /// A zlib stream that is decompressed piece by piece. The content is not kept.
 class Inflation {

@@ -3,6 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
 
 namespace QovJbf {
@@ -28,5 +31,20 @@ class Descriptor {
  private:
   int mDescriptor;
 };
+
+/// Reads `n` bytes at a position. Returns false if that fails or if the file is shorter. Several
+/// threads can read from one descriptor.
+inline bool ReadFully(const Descriptor& file, std::uint64_t position, unsigned char* target,
+                      std::size_t n) {
+  while (n > 0) {
+    const ssize_t part = ::pread(file.Get(), target, n, static_cast<off_t>(position));
+    if (part < 0 && errno == EINTR) continue;
+    if (part <= 0) return false;
+    target += part;
+    position += static_cast<std::uint64_t>(part);
+    n -= static_cast<std::size_t>(part);
+  }
+  return true;
+}
 
 }  // namespace QovJbf

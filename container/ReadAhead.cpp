@@ -1,7 +1,5 @@
 #include "ReadAhead.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstring>
 #include <exception>
@@ -34,18 +32,6 @@ Descriptor OpenFile(const StreamReader& reader) {
   } catch (const std::exception&) {
     return Descriptor(-1);
   }
-}
-
-bool ReadFully(int file, std::uint64_t position, unsigned char* target, std::size_t n) {
-  while (n > 0) {
-    const ssize_t part = ::pread(file, target, n, static_cast<off_t>(position));
-    if (part < 0 && errno == EINTR) continue;
-    if (part <= 0) return false;
-    target += part;
-    position += static_cast<std::uint64_t>(part);
-    n -= static_cast<std::size_t>(part);
-  }
-  return true;
 }
 
 }  // namespace
@@ -260,7 +246,7 @@ void ReadAhead::Run(Job& job) {
     const MallocBuffer stored = TryToAllocate(job.mStoredSize);
     MallocBuffer content = TryToAllocate(job.mRawLength);
     isSound = stored && content && job.mStoredSize >= kRawLengthSize &&
-              ReadFully(file.Get(), job.mPosition, stored.get(), job.mStoredSize) &&
+              ReadFully(file, job.mPosition, stored.get(), job.mStoredSize) &&
               std::memcmp(stored.get(), &job.mRawLength, kRawLengthSize) == 0 &&
               DecompressWhole(stored.get() + kRawLengthSize, job.mStoredSize - kRawLengthSize,
                               content.get(), job.mRawLength) != 0;

@@ -28,9 +28,6 @@ constexpr std::uint64_t kMaxDiscarded = 4;
 /// The number of readers that may have an inflater. An inflater takes up to 72 KiB, and a merge
 /// keeps one for each input whose block it has read in part.
 constexpr std::size_t kMostInflaters = 8192;
-/// A block is decompressed as a whole if its content and its compressed form have at most this many
-/// bytes together.
-constexpr std::uint64_t kMostWhole = std::uint64_t{160} << 20;
 /// Bytes that are copied at a time.
 constexpr std::uint64_t kPieceSize = std::uint64_t{1} << 20;
 

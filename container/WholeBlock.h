@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 /// Compression and decompression of blocks that are in memory as a whole. Uses libdeflate if the
 /// library is built with it (RYXMERGE_WITH_LIBDEFLATE), else zlib. Streams are zlib streams in both
@@ -8,6 +9,10 @@
 ///
 /// All functions can be called by several threads at a time. They do not log.
 namespace QovJbf {
+
+/// Readers decompress a block as a whole if its content and its compressed form have at most this
+/// many bytes together.
+inline constexpr std::uint64_t kMostWhole = std::uint64_t{160} << 20;
 
 /// Returns the largest length of the stream of `n` bytes.
 std::size_t GetWholeBound(std::size_t n);

@@ -16,9 +16,6 @@ namespace Qov::Tools {
 namespace {
 
 constexpr const char* kSource = "tools/check/BlockVerdict";
-/// A block is decompressed as a whole if its content and its compressed form have at most this many
-/// bytes together.
-constexpr std::uint64_t kMostWhole = std::uint64_t{160} << 20;
 
 /// Raises MemoryAllocationError if zlib had no memory, because that is not a fault of the file.
 void RaiseIfMemoryIsShort(int result) {
@@ -97,7 +94,7 @@ BlockVerdict InflateWholeBlock(FileBytes& file, std::uint64_t position, std::uin
   file.Read(position, &verdict.mRawLength, QovJbf::kRawLengthSize);
   const auto numStored = static_cast<std::uint32_t>(size - QovJbf::kRawLengthSize);
   if (verdict.mRawLength > QovJbf::GetLargestContent(numStored) ||
-      std::uint64_t{size} + verdict.mRawLength > kMostWhole) {
+      std::uint64_t{size} + verdict.mRawLength > QovJbf::kMostWhole) {
     return InflateBlock(file, position, size);
   }
   const QovJbf::MallocBuffer stored = QovJbf::TryToAllocate(numStored);

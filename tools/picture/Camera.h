@@ -52,7 +52,7 @@ struct ScreenPoint {
   double mDepth = 0;
 };
 
-/// The depth of everything behind the box of an orthographic camera.
+/// The depth of all places that are farther away than the box of an orthographic camera.
 inline constexpr double kLeastDepth = 1e-6;
 
 /// Maps places of the model to pixels. All arithmetic is in double, relative to the target, so that
