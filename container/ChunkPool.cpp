@@ -26,12 +26,35 @@ Chunk ChunkPool::Take() {
 
 Chunk ChunkPool::Take(std::size_t capacity) {
   Chunk chunk;
-  Resize(chunk, capacity);
+  if (!TakeLarge(capacity, chunk)) Resize(chunk, capacity);
   return chunk;
 }
 
+/// Takes the smallest free chunk that is large enough. Returns false if there is none, and frees a
+/// smaller one instead.
+bool ChunkPool::TakeLarge(std::size_t capacity, Chunk& chunk) {
+  const std::lock_guard lock(mMutex);
+  auto best = mFreeLarge.end();
+  for (auto free = mFreeLarge.begin(); free != mFreeLarge.end(); ++free) {
+    const bool isBetter = best == mFreeLarge.end() || free->mCapacity < best->mCapacity;
+    if (free->mCapacity >= capacity && isBetter) best = free;
+  }
+  const bool isFound = best != mFreeLarge.end();
+  if (isFound) {
+    chunk = std::move(*best);
+    chunk.mSize = 0;
+    mFreeLarge.erase(best);
+    CountUsed(0, chunk.mCapacity);
+  } else if (!mFreeLarge.empty()) {
+    mFreeLarge.pop_back();
+  } else {
+    mFreeLarge.reserve(++mNumLarge);  // Return must not allocate
+  }
+  return isFound;
+}
+
 void ChunkPool::Resize(Chunk& chunk, std::size_t capacity) {
-  if (capacity == kChunkSize) ++capacity;  // Return identifies the chunks that are reused by it
+  if (capacity == kChunkSize) ++capacity;  // so that Return recognises it
   void* resized = std::realloc(chunk.mData.get(), capacity);
   if (resized == nullptr) throw std::bad_alloc();
   static_cast<void>(chunk.mData.release());
@@ -44,7 +67,7 @@ void ChunkPool::Return(Chunk chunk) noexcept {
   if (chunk.mCapacity == 0) return;
   const std::lock_guard lock(mMutex);
   CountUsed(chunk.mCapacity, 0);
-  if (chunk.mCapacity == kChunkSize) mFree.push_back(std::move(chunk));
+  (chunk.mCapacity == kChunkSize ? mFree : mFreeLarge).push_back(std::move(chunk));
 }
 
 void ChunkPool::CountUsed(std::size_t before, std::size_t now) {

@@ -33,8 +33,8 @@ struct Chunk {
   std::size_t mSize = 0;
 };
 
-/// Chunks, shared by all threads. Returned chunks of the usual size are reused, so the pool never
-/// has more of them than were in use at one time.
+/// Chunks, shared by all threads. Returned chunks are reused, so the pool never has more of them
+/// than were in use at one time.
 class ChunkPool {
  public:
   /// A multiple of 32 KiB, by which deflate's window moves, so that deflate finds the same matches
@@ -43,7 +43,8 @@ class ChunkPool {
 
   /// Returns an empty chunk. Throws std::bad_alloc.
   Chunk Take();
-  /// Returns an empty chunk of another size, which is not reused. Throws std::bad_alloc.
+  /// Returns an empty chunk of at least `capacity` bytes, more than kChunkSize. Throws
+  /// std::bad_alloc.
   Chunk Take(std::size_t capacity);
   /// Changes the size of such a chunk and keeps its content. Throws std::bad_alloc.
   void Resize(Chunk& chunk, std::size_t capacity);
@@ -56,11 +57,14 @@ class ChunkPool {
   std::size_t GetMostUsed() const;
 
  private:
+  bool TakeLarge(std::size_t capacity, Chunk& chunk);
   void CountUsed(std::size_t before, std::size_t now);
 
   mutable std::mutex mMutex;
   std::vector<Chunk> mFree;
-  std::size_t mNumChunks = 0;  ///< Number of chunks of the usual size, in use or free.
+  std::vector<Chunk> mFreeLarge;  ///< Chunks of other sizes.
+  std::size_t mNumChunks = 0;     ///< Number of chunks of the usual size, in use or free.
+  std::size_t mNumLarge = 0;      ///< The same of other sizes.
   std::size_t mUsed = 0;
   std::size_t mMostUsed = 0;
 };

@@ -169,7 +169,6 @@ void CompressionQueue::CompressWithZlib(Job& job, const Chunk& part) {
 Chunk CompressionQueue::CompressAtOnce(const Chunk& content) {
   Chunk output = mPool.Take(GetWholeBound(content.mSize));
   output.mSize = CompressWhole(mLevel, content.mData.get(), content.mSize, output.mData.get());
-  mPool.Resize(output, output.mSize);
   return output;
 }
 

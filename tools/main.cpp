@@ -1,3 +1,4 @@
+#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -6,8 +7,22 @@
 #include "Program.h"
 #include "StandardStreams.h"
 
+namespace {
+
+/// Makes malloc return large buffers, such as those of blocks, to the system at once. Otherwise it
+/// keeps some of them for each thread. Free memory for arrays is kept.
+void ReturnLargeBuffers() {
+  constexpr int kLeastLarge = 4 << 20;
+  constexpr int kMostKept = 16 << 20;
+  ::mallopt(M_MMAP_THRESHOLD, kLeastLarge);
+  ::mallopt(M_TRIM_THRESHOLD, kMostKept);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   Qov::OccupyStandardStreams();
+  ReturnLargeBuffers();
   std::signal(SIGPIPE, SIG_IGN);  // writing to a closed pipe returns an error instead
   std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is reported as an error
   Qov::Tools::Output output(stdout, Qov::Tools::DetectStyle(STDOUT_FILENO));
