@@ -9,6 +9,7 @@
 #include "model/HeavyPass.h"
 #include "model/LinkFollower.h"
 #include "model/StreamNames.h"
+#include "model/TreeSaver.h"
 #include "support/Errors.h"
 #include "support/Files.h"
 #include "support/ModelCompare.h"
@@ -64,8 +65,6 @@ class ShareArraysTest : public testing::Test {
     return arrays;
   }
 
-  /// Saves and loads a model, shares its arrays, and expects that a reader gets the same from the
-  /// tree and from the saved file.
   /// Saves and loads a model whose results have these values, in blocks of two arrays.
   void LoadInBlocksOfTwo(const std::vector<NumericArray>& arrays) {
     Tree model(false);
@@ -74,6 +73,8 @@ class ShareArraysTest : public testing::Test {
     LoadTree(mTree, mDir / "in.ryx");
   }
 
+  /// Saves and loads a model, saves it with shared arrays, and expects that a reader gets the same
+  /// from the tree and from the saved file.
   SharedArrays Share(Tree& model, const SearchLimits& limits = {}) {
     SaveTree(model, mDir / "in.ryx");
     Tree same(false);
@@ -81,13 +82,17 @@ class ShareArraysTest : public testing::Test {
     return ShareLoaded(DescribeResults(same), limits);
   }
   SharedArrays ShareLoaded(const std::string& before, const SearchLimits& limits = {}) {
-    const SharedArrays shared = ShareEqualArrays(mTree, limits);
+    const SharedArrays shared = SaveShared(mTree, limits);
     EXPECT_EQ(DescribeResults(mTree), before);
-    mTree.Save(mDir / "out.ryx", "", {.mBlockSize = 2000, .mThreads = 1});
     Tree saved(false);
     LoadTree(saved, mDir / "out.ryx");
     EXPECT_EQ(DescribeResults(saved), before);
     return shared;
+  }
+  SharedArrays SaveShared(Tree& tree, const SearchLimits& limits = {}, unsigned threads = 1) {
+    SharingSaver saver(limits);
+    SaveWith(saver, tree, mDir / "out.ryx", "", {.mBlockSize = 2000, .mThreads = threads});
+    return saver.GetShared();
   }
   std::uint64_t GetHeavySize() { return ReadStreams(mDir / "out.ryx")[kHeavyData].size(); }
   std::vector<std::string> Texts(std::uint32_t id) {
@@ -124,7 +129,7 @@ TEST_F(ShareArraysTest, LinksLeadToTheFirstResultInTheOrderOfSave) {
   EXPECT_EQ(shared.mSharedBytes, 1U);  // of different types
   EXPECT_EQ(shared.mSavedBytes, 3 * kSize);
   EXPECT_EQ(GetHeavySize(), 4 * kSize);
-  EXPECT_EQ(ShareEqualArrays(mTree).mLinked, 0U);
+  EXPECT_EQ(SaveShared(mTree).mLinked, 0U);
 }
 
 TEST_F(ShareArraysTest, FieldsThatALinkDoesNotStoreAreKept) {
@@ -150,9 +155,11 @@ TEST_F(ShareArraysTest, FieldsThatALinkDoesNotStoreAreKept) {
   EXPECT_EQ(shared.mSharedBytes, changes.size());
   EXPECT_EQ(GetHeavySize(), 2 * kSize);
 
-  // The bytes of arrays in memory cannot be shared.
-  EXPECT_EQ(ShareEqualArrays(model).mLinked, 1 + changes.size());
-  EXPECT_EQ(ShareEqualArrays(model).mSharedBytes, 0U);
+  // The bytes of arrays in memory cannot be shared before they are saved.
+  EXPECT_EQ(ShareBeforeCopying(model).mLinked, 1 + changes.size());
+  EXPECT_EQ(ShareBeforeCopying(model).mSharedBytes, 0U);
+  EXPECT_EQ(SaveShared(model).mSharedBytes, changes.size());
+  EXPECT_EQ(GetHeavySize(), 2 * kSize);
 }
 
 TEST_F(ShareArraysTest, BytesAreSharedUpToTheLimitOfLoad) {
@@ -196,7 +203,7 @@ TEST_P(KeptArraysTest, EqualHashesOfDifferentArraysChangeNothing) {
 
   AddGeometry(model, Repeat(1, 30));  // too many different ones
   const std::string before = DescribeResults(model);
-  EXPECT_GT(ShareEqualArrays(model, limits).mNotCompared, 10U);
+  EXPECT_GT(SaveShared(model, limits).mNotCompared, 10U);
   EXPECT_EQ(DescribeResults(model), before);
 }
 
@@ -239,7 +246,7 @@ TEST_F(ShareArraysTest, DamagedAndChangedInputsRaiseErrors) {
     bytes[at] = static_cast<char>(bytes[at] ^ 4);
     WriteFile(mDir / "b.ryx", bytes);
     std::filesystem::last_write_time(mDir / "b.ryx", time);  // otherwise the change is detected
-    EXPECT_ANY_THROW(ShareEqualArrays(tree)) << at;
+    EXPECT_ANY_THROW(SaveShared(tree)) << at;
     ForEachGeometry(tree.GetNodes(), [](std::uint32_t, const Geometry& geometry) {
       for (const auto& result : geometry.GetVariables()) EXPECT_FALSE(result.mLink.IsLinked());
     });
@@ -249,8 +256,7 @@ TEST_F(ShareArraysTest, DamagedAndChangedInputsRaiseErrors) {
   MakeMergeRoot(mTree);
   for (const char* name : {"a.ryx", "b.ryx"}) MergeFile(mTree, mDir / name);
   std::filesystem::last_write_time(mDir / "b.ryx", time + std::chrono::seconds(1));
-  ExpectError(ErrorType::ReadError, "changed while it was read",
-              [this] { ShareEqualArrays(mTree); });
+  ExpectError(ErrorType::ReadError, "changed while it was read", [this] { SaveShared(mTree); });
 }
 
 class ShareRandomTest : public ShareArraysTest,
@@ -265,7 +271,7 @@ TEST_P(ShareRandomTest, ThreeCopiesTakeTheRoomOfOne) {
   const SharedArrays shared = ShareLoaded(DescribeResults(mTree));
   EXPECT_GE(shared.mSavedBytes, 2 * CountHeavyBytes(model.GetNodes()));
   const std::string bytes = ReadStreams(mDir / "out.ryx")[kHeavyData];
-  mTree.Save(mDir / "out.ryx", "", {.mThreads = 3});
+  SaveShared(mTree, {}, 3);
   EXPECT_EQ(ReadStreams(mDir / "out.ryx")[kHeavyData], bytes);
 }
 
@@ -275,7 +281,7 @@ TEST_F(ShareArraysTest, KeepsBlocksOfWhichHalfIsStored) {
   // Blocks: ab ac bc bd. The third one would store nothing.
   LoadInBlocksOfTwo(
       {Values(1), Values(2), Values(1), Values(3), Values(2), Values(3), Values(2), Values(4)});
-  const SharedArrays shared = ShareEqualArrays(mTree, {}, true);
+  const SharedArrays shared = ShareBeforeCopying(mTree);
   EXPECT_EQ(shared.mKept, 2U);
   EXPECT_EQ(shared.mLinked, 2U);
   EXPECT_EQ(shared.mSavedBytes, 2 * kSize);

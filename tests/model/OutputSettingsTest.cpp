@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "model/StreamNames.h"
 #include "support/Errors.h"
 #include "support/Files.h"
 #include "support/ModelCompare.h"
+#include "support/RandomModel.h"
 #include "support/ScopedEnvironment.h"
+#include "support/Streams.h"
 #include "support/TempDir.h"
 
 namespace Qov::Test {
@@ -47,6 +50,21 @@ TEST_F(OutputSettingsTest, ChangeTheStoredFormExceptTheThreads) {
   LoadTree(tree, mDir / "plate.ryx");
   SaveTree(tree, mDir / "out.ryx");
   EXPECT_EQ(Save({.mCompressor = QovJbf::Compressor::Zlib}), ReadFile(mDir / "out.ryx"));
+}
+
+TEST_F(OutputSettingsTest, HeavyItemsAreSavedInTheOrderOfTheInputs) {
+  const auto heavy = [this](const char* name) { return ReadStreams(mDir / name)[kHeavyData]; };
+  for (const char* name : {"a.ryx", "b.ryx"}) {
+    Tree model(false);
+    RandomModel(name[0]).Fill(model);
+    SaveTree(model, mDir / name);
+  }
+  Tree tree(false);
+  MakeMergeRoot(tree);
+  for (const char* name : {"a.ryx", "b.ryx"}) MergeFile(tree, mDir / name);
+  tree.Save(mDir / "out.ryx", "", {.mBlockSize = 1024});
+  EXPECT_EQ(DescribeModel(mDir / "out.ryx"), DescribeModel(tree));
+  EXPECT_TRUE(heavy("out.ryx") == heavy("a.ryx") + heavy("b.ryx"));
 }
 
 TEST_F(OutputSettingsTest, ImpossibleValuesAreRefusedBeforeAnythingIsWritten) {

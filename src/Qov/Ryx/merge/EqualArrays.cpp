@@ -11,7 +11,7 @@
 #include <tuple>
 #include <utility>
 
-#include "KeptArrays.h"
+#include "MergeSteps.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Util/FileContext.h"
 #include "container/SystemResources.h"
@@ -64,7 +64,7 @@ class StoredBytes {
     for (std::uint64_t done = 0; done < size;) {
       const std::size_t n = std::min(size - done, kPieceSize);
       Read(array, begin + done, mPiece.data(), n);
-      ProgressReport::Advance(n);
+      ProgressReport::Advance(0);  // the task can be cancelled here
       if (!use(mPiece.data(), n)) return;
       done += n;
     }
@@ -76,10 +76,14 @@ class StoredBytes {
   std::vector<unsigned char> mPiece;
 };
 
-class ArraySearch {
+}  // namespace
+
+class ArraySearch::State {
  public:
-  ArraySearch(const std::vector<const NumericArray*>& arrays, const SearchLimits& limits);
-  EqualArrays Run();
+  State(Candidates arrays, const SearchLimits& limits);
+  std::vector<std::size_t> ListToRead() const;
+  Examined Examine(std::size_t i);
+  EqualArrays Finish();
 
  private:
   /// The file and the offset of an array. Arrays in memory have file 0.
@@ -105,8 +109,9 @@ class ArraySearch {
   Groups GroupBySize(std::vector<std::size_t> arrays) const;
   template <class KeyOf>
   Groups GroupBy(std::vector<std::size_t> arrays, KeyOf keyOf) const;
-  Groups GroupByHash(const Groups& groups);
-  KeptArrays::Key Hash(std::size_t i, KeptArrays& kept);
+  Groups GroupByHash();
+  KeptArrays::Key Hash(std::size_t i, KeptArrays::Bytes& bytes);
+  void Watch(std::size_t i);
   void SetEqual(std::size_t kept, std::size_t other);
   Groups Compare(Groups groups);
   void CompareWindows(std::vector<Window>& windows);
@@ -117,11 +122,15 @@ class ArraySearch {
   Group DropGivenUp(const Group& group);
   void Verify() const;
 
-  const NumericArray& At(std::size_t i) const { return *mArrays[i]; }
+  const NumericArray& At(std::size_t i) const { return *mArrays[i].mpArray; }
   Place GetPlace(std::size_t i) const;
 
-  const std::vector<const NumericArray*>& mArrays;
+  const Candidates mArrays;
   SearchLimits mLimits;
+  Groups mSizeGroups;         ///< Arrays of which others have the same size and width.
+  std::vector<bool> mIsRead;  ///< True for the arrays of these groups.
+  std::vector<KeptArrays::Key> mHashes;
+  KeptArrays mKept;
   std::map<const StreamReader*, std::size_t> mFiles;  ///< Numbers from 1, by first appearance.
   std::vector<StreamReader*> mReaders;                ///< Files of arrays that were read.
   SkippedBytes mSkipped;
@@ -131,17 +140,27 @@ class ArraySearch {
   EqualArrays mResult;
 };
 
-ArraySearch::ArraySearch(const std::vector<const NumericArray*>& arrays, const SearchLimits& limits)
-    : mArrays(arrays), mLimits(limits), mSkipped(limits.mSkips), mDiffers(arrays.size()) {
+ArraySearch::State::State(Candidates arrays, const SearchLimits& limits)
+    : mArrays(std::move(arrays)),
+      mLimits(limits),
+      mIsRead(mArrays.size()),
+      mHashes(mArrays.size()),
+      mKept(limits.mKept),
+      mSkipped(limits.mSkips),
+      mDiffers(mArrays.size()) {
   const QovJbf::SystemResources resources;
   const std::uint64_t free = std::min(resources.GetFreeMemory(), resources.GetFreeAddressSpace());
   mLimits.mMemory = std::min(mLimits.mMemory, std::max(free / 4, kPieceSize));
-  mResult.mFirst.resize(arrays.size());
+  mResult.mFirst.resize(mArrays.size());
   std::iota(mResult.mFirst.begin(), mResult.mFirst.end(), std::size_t{0});
+  mSizeGroups = GroupBySize(FindPlaces());
+  for (const Group& group : mSizeGroups) {
+    for (const std::size_t i : group.mArrays) mIsRead[i] = true;
+  }
 }
 
-EqualArrays ArraySearch::Run() {
-  Groups groups = GroupByHash(GroupBySize(FindPlaces()));
+EqualArrays ArraySearch::State::Finish() {
+  Groups groups = GroupByHash();
   for (int round = 0; round < kMostRounds && !groups.empty(); ++round) {
     groups = Compare(std::move(groups));
   }
@@ -153,7 +172,7 @@ EqualArrays ArraySearch::Run() {
 
 /// Returns the first array at each place. Other arrays at the place are equal to it without being
 /// read.
-std::vector<std::size_t> ArraySearch::FindPlaces() {
+std::vector<std::size_t> ArraySearch::State::FindPlaces() {
   using Source = std::tuple<const void*, std::uint64_t, std::uint64_t, int, int>;
   std::map<Source, std::size_t> places;
   std::vector<std::size_t> firsts;
@@ -173,7 +192,7 @@ std::vector<std::size_t> ArraySearch::FindPlaces() {
   return firsts;
 }
 
-ArraySearch::Place ArraySearch::GetPlace(std::size_t i) const {
+ArraySearch::State::Place ArraySearch::State::GetPlace(std::size_t i) const {
   const DataLoader* loader = At(i).GetLoader().get();
   if (loader == nullptr) return {0, 0};
   return {mFiles.at(&loader->GetReader()), loader->GetOffset()};
@@ -181,7 +200,8 @@ ArraySearch::Place ArraySearch::GetPlace(std::size_t i) const {
 
 /// Returns the groups of two or more arrays with equal keys.
 template <class KeyOf>
-ArraySearch::Groups ArraySearch::GroupBy(std::vector<std::size_t> arrays, KeyOf keyOf) const {
+ArraySearch::State::Groups ArraySearch::State::GroupBy(std::vector<std::size_t> arrays,
+                                                       KeyOf keyOf) const {
   std::sort(arrays.begin(), arrays.end(), [&keyOf](std::size_t a, std::size_t b) {
     return std::pair(keyOf(a), a) < std::pair(keyOf(b), b);
   });
@@ -195,75 +215,88 @@ ArraySearch::Groups ArraySearch::GroupBy(std::vector<std::size_t> arrays, KeyOf 
   return groups;
 }
 
-ArraySearch::Groups ArraySearch::GroupBySize(std::vector<std::size_t> arrays) const {
+ArraySearch::State::Groups ArraySearch::State::GroupBySize(std::vector<std::size_t> arrays) const {
   return GroupBy(std::move(arrays),
                  [this](std::size_t i) { return std::pair(At(i).GetSize(), At(i).GetWidth()); });
 }
 
-ArraySearch::Groups ArraySearch::GroupByHash(const Groups& groups) {
+std::vector<std::size_t> ArraySearch::State::ListToRead() const {
   std::vector<std::pair<Place, std::size_t>> order;
-  std::uint64_t numBytes = 0;
-  for (const Group& group : groups) {
-    for (const std::size_t i : group.mArrays) order.emplace_back(GetPlace(i), i);
-    numBytes += group.mArrays.size() * GetNumBytes(At(group.mArrays[0]));
+  for (std::size_t i = 0; i < mArrays.size(); ++i) {
+    if (mIsRead[i]) order.emplace_back(GetPlace(i), i);
   }
   std::sort(order.begin(), order.end());
-  const ProgressReport report(numBytes);
-  QovJbf::ReadAhead::Parts reads;
-  for (const auto& [place, i] : order) AddPart(At(i), reads);
-  const QovJbf::ReadAhead ahead(reads, kReadAheadMemory);
-  KeptArrays kept(mLimits.mKept);
-  std::vector<KeptArrays::Key> hashes(mArrays.size());
-  for (const auto& [place, i] : order) {
-    StreamReader* reader = place.first == 0 ? nullptr : &At(i).GetLoader()->GetReader();
-    if (reader != nullptr && (mReaders.empty() || mReaders.back() != reader)) {
-      mReaders.push_back(reader);
-      mSkipped.Watch(*reader);
-    }
-    if (!IsGivenUp(i)) hashes[i] = Hash(i, kept);
+  std::vector<std::size_t> arrays;
+  arrays.reserve(order.size());
+  for (const auto& [place, i] : order) arrays.push_back(i);
+  return arrays;
+}
+
+ArraySearch::Examined ArraySearch::State::Examine(std::size_t i) {
+  if (mResult.mFirst[i] != i) return {Verdict::Equal, nullptr};
+  if (!mIsRead[i]) return {};
+  Watch(i);
+  if (IsGivenUp(i)) return {};
+  Examined examined;
+  mHashes[i] = Hash(i, examined.mpBytes);
+  const auto same = examined.mpBytes ? mKept.Find(mHashes[i], examined.mpBytes) : std::nullopt;
+  if (same) {
+    SetEqual(*same, i);
+    examined.mVerdict = Verdict::Equal;
+  } else if (mKept.Add(mHashes[i], i, examined.mpBytes, mArrays[i].mIsLikely)) {
+    examined.mVerdict = Verdict::Undecided;
   }
+  return examined;
+}
+
+void ArraySearch::State::Watch(std::size_t i) {
+  const auto& loader = At(i).GetLoader();
+  if (!loader || (!mReaders.empty() && mReaders.back() == &loader->GetReader())) return;
+  mReaders.push_back(&loader->GetReader());
+  mSkipped.Watch(loader->GetReader());
+}
+
+/// Returns the groups of arrays that have equal hashes and are not known to be equal.
+ArraySearch::State::Groups ArraySearch::State::GroupByHash() {
   Groups equal;
-  for (const Group& group : groups) {
+  for (const Group& group : mSizeGroups) {
     Group unequal = group;
     std::erase_if(unequal.mArrays, [this](std::size_t i) { return mResult.mFirst[i] != i; });
     if (unequal.mArrays.empty()) continue;
     std::vector<std::size_t> rest = DropGivenUp(unequal).mArrays;
-    Groups parts = GroupBy(std::move(rest), [&hashes](std::size_t i) { return hashes[i]; });
+    Groups parts = GroupBy(std::move(rest), [this](std::size_t i) { return mHashes[i]; });
     std::move(parts.begin(), parts.end(), std::back_inserter(equal));
   }
   return equal;
 }
 
-/// Returns the hash of an array. Sets its first equal array if that is kept, and keeps it
-/// otherwise.
-KeptArrays::Key ArraySearch::Hash(std::size_t i, KeptArrays& kept) {
+/// Returns the hash of an array, and its bytes if they can be kept.
+KeptArrays::Key ArraySearch::State::Hash(std::size_t i, KeptArrays::Bytes& bytes) {
   const NumericArray& array = At(i);
   const std::uint64_t size = GetNumBytes(array);
-  const bool canKeep = size <= mLimits.mKept;
-  KeptArrays::Bytes all;
-  if (canKeep) all.reserve(size);
-  XXH3_state_t state;
-  XXH3_128bits_reset(&state);
-  mBytes.ForEachPiece(array, 0, size, [&](const unsigned char* bytes, std::size_t n) {
-    XXH3_128bits_update(&state, bytes, n);
-    if (canKeep) all.insert(all.end(), bytes, bytes + n);
-    return true;
-  });
-  const XXH128_hash_t hash = XXH3_128bits_digest(&state);
-  const KeptArrays::Key key{array.GetSize(), array.GetWidth(), hash.high64 & mLimits.mHashMask,
-                            hash.low64 & mLimits.mHashMask};
-  if (!canKeep) return key;
-  if (const auto same = kept.Find(key, all)) {
-    SetEqual(*same, i);
+  XXH128_hash_t hash;
+  if (size <= mLimits.mKept) {
+    auto all = std::make_shared<ArrayBytes>(QovJbf::AllocateBuffer(kMergeSource, size), size);
+    mBytes.Read(array, 0, all->mData.get(), size);
+    ProgressReport::Advance(0);
+    hash = XXH3_128bits(all->mData.get(), size);
+    bytes = std::move(all);
   } else {
-    kept.Add(key, i, std::move(all));
+    XXH3_state_t state;
+    XXH3_128bits_reset(&state);
+    mBytes.ForEachPiece(array, 0, size, [&state](const unsigned char* piece, std::size_t n) {
+      XXH3_128bits_update(&state, piece, n);
+      return true;
+    });
+    hash = XXH3_128bits_digest(&state);
   }
-  return key;
+  return {array.GetSize(), array.GetWidth(), hash.high64 & mLimits.mHashMask,
+          hash.low64 & mLimits.mHashMask};
 }
 
 /// Makes two arrays equal, of which the first one may already be equal to another. The earlier one
 /// becomes the first one of both.
-void ArraySearch::SetEqual(std::size_t kept, std::size_t other) {
+void ArraySearch::State::SetEqual(std::size_t kept, std::size_t other) {
   std::size_t& first = mResult.mFirst[kept];
   if (other < first) {
     for (std::size_t& i : mEqualToKept[kept]) mResult.mFirst[i] = other;
@@ -276,15 +309,10 @@ void ArraySearch::SetEqual(std::size_t kept, std::size_t other) {
 
 /// Compares the first array of each group with the others. Returns the groups of those that differ
 /// from it.
-ArraySearch::Groups ArraySearch::Compare(Groups groups) {
+ArraySearch::State::Groups ArraySearch::State::Compare(Groups groups) {
   std::sort(groups.begin(), groups.end(), [this](const Group& a, const Group& b) {
     return GetPlace(a.mArrays[0]) < GetPlace(b.mArrays[0]);
   });
-  std::uint64_t numBytes = 0;
-  for (const Group& group : groups) {
-    numBytes += (group.mArrays.size() - 1) * GetNumBytes(At(group.mArrays[0]));
-  }
-  const ProgressReport report(numBytes);
   std::vector<Window> windows;
   std::uint64_t room = mLimits.mMemory;
   for (Group& group : groups) {
@@ -304,7 +332,7 @@ ArraySearch::Groups ArraySearch::Compare(Groups groups) {
 }
 
 /// Compares these windows, except those of files that are given up, and removes them.
-void ArraySearch::CompareWindows(std::vector<Window>& windows) {
+void ArraySearch::State::CompareWindows(std::vector<Window>& windows) {
   std::vector<Comparison> order;
   for (Window& window : windows) {
     const std::vector<std::size_t>& arrays = window.mpGroup->mArrays;
@@ -323,7 +351,7 @@ void ArraySearch::CompareWindows(std::vector<Window>& windows) {
   windows.clear();
 }
 
-void ArraySearch::CompareWith(const Window& window, std::size_t array) {
+void ArraySearch::State::CompareWith(const Window& window, std::size_t array) {
   if (mDiffers[array] || IsGivenUp(array)) return;
   const unsigned char* expected = window.mBytes.data();
   mBytes.ForEachPiece(At(array), window.mBegin, window.mBytes.size(),
@@ -334,7 +362,7 @@ void ArraySearch::CompareWith(const Window& window, std::size_t array) {
                       });
 }
 
-ArraySearch::Groups ArraySearch::SetFirst(const Groups& groups) {
+ArraySearch::State::Groups ArraySearch::State::SetFirst(const Groups& groups) {
   Groups rest;
   for (const Group& group : groups) {
     const std::size_t first = group.mArrays[0];
@@ -360,13 +388,13 @@ ArraySearch::Groups ArraySearch::SetFirst(const Groups& groups) {
 }
 
 /// Returns true if too much of the array's file was skipped. Its reader is watched.
-bool ArraySearch::IsGivenUp(std::size_t i) const {
+bool ArraySearch::State::IsGivenUp(std::size_t i) const {
   const auto& loader = At(i).GetLoader();
   return loader && mSkipped.AreTooMany(loader->GetReader());
 }
 
 /// Returns the arrays of the files that are not given up. Counts the others.
-ArraySearch::Group ArraySearch::DropGivenUp(const Group& group) {
+ArraySearch::State::Group ArraySearch::State::DropGivenUp(const Group& group) {
   Group kept;
   for (const std::size_t i : group.mArrays) {
     if (!IsGivenUp(i)) kept.mArrays.push_back(i);
@@ -377,7 +405,7 @@ ArraySearch::Group ArraySearch::DropGivenUp(const Group& group) {
 }
 
 /// Verifies everything that was read, because Save does not read arrays that are shared.
-void ArraySearch::Verify() const {
+void ArraySearch::State::Verify() const {
   for (StreamReader* reader : mReaders) {
     Qov::Util::WithFileContext(reader->GetPath(), [reader] {
       reader->Verify();
@@ -387,11 +415,35 @@ void ArraySearch::Verify() const {
   }
 }
 
-}  // namespace
+ArraySearch::ArraySearch(Candidates arrays, const SearchLimits& limits)
+    : mpState(std::make_unique<State>(std::move(arrays), limits)) {}
 
-EqualArrays FindEqualArrays(const std::vector<const NumericArray*>& arrays,
-                            const SearchLimits& limits) {
-  return ArraySearch(arrays, limits).Run();
+ArraySearch::~ArraySearch() = default;
+
+std::vector<std::size_t> ArraySearch::ListToRead() const { return mpState->ListToRead(); }
+
+ArraySearch::Examined ArraySearch::Examine(std::size_t i) { return mpState->Examine(i); }
+
+EqualArrays ArraySearch::Finish() { return mpState->Finish(); }
+
+EqualArrays FindEqualArrays(const ArraySearch::Candidates& arrays, const SearchLimits& limits) {
+  ArraySearch search(arrays, limits);
+  const std::vector<std::size_t> order = search.ListToRead();
+  QovJbf::ReadAhead::Parts reads;
+  std::uint64_t numBytes = 0;
+  for (const std::size_t i : order) {
+    AddPart(*arrays[i].mpArray, reads);
+    numBytes += GetNumBytes(*arrays[i].mpArray);
+  }
+  const ProgressReport report(numBytes);
+  {
+    const QovJbf::ReadAhead ahead(reads, kReadAheadMemory);
+    for (const std::size_t i : order) {
+      search.Examine(i);
+      ProgressReport::Advance(GetNumBytes(*arrays[i].mpArray));
+    }
+  }
+  return search.Finish();
 }
 
 }  // namespace QovRyx

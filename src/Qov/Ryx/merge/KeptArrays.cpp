@@ -1,5 +1,6 @@
 #include "KeptArrays.h"
 
+#include <cstring>
 #include <utility>
 
 namespace QovRyx {
@@ -10,7 +11,11 @@ constexpr std::size_t kMostEqualKeys = 16;
 
 std::uint64_t CostOf(const KeptArrays::Bytes& bytes) {
   constexpr std::uint64_t kEntryCost = 256;  // about what the containers need
-  return bytes.size() + kEntryCost;
+  return bytes->mSize + kEntryCost;
+}
+
+bool AreEqual(const ArrayBytes& a, const ArrayBytes& b) {
+  return a.mSize == b.mSize && std::memcmp(a.mData.get(), b.mData.get(), a.mSize) == 0;
 }
 
 }  // namespace
@@ -18,29 +23,31 @@ std::uint64_t CostOf(const KeptArrays::Bytes& bytes) {
 std::optional<std::size_t> KeptArrays::Find(const Key& key, const Bytes& bytes) {
   const auto [begin, end] = mEntries.equal_range(key);
   for (auto entry = begin; entry != end; ++entry) {
-    if (entry->second.mBytes != bytes) continue;
-    entry->second.mIsRepeated = true;
+    if (!AreEqual(*entry->second.mBytes, *bytes)) continue;
+    entry->second.mIsPreferred = true;
     return entry->second.mArray;
   }
   return std::nullopt;
 }
 
-void KeptArrays::Add(const Key& key, std::size_t array, Bytes bytes) {
+bool KeptArrays::Add(const Key& key, std::size_t array, Bytes bytes, bool isLikely) {
   const bool isRepeated = !mSeen.insert(key).second;
-  if (mEntries.count(key) == kMostEqualKeys) return;
+  if (!bytes || mEntries.count(key) == kMostEqualKeys) return isRepeated;
   const std::uint64_t cost = CostOf(bytes);
-  while (isRepeated && mNumBytes + cost > mMemory && !mSingles.empty()) DropLastSingle();
-  if (mNumBytes + cost > mMemory) return;
+  const bool isPreferred = isRepeated || isLikely;
+  while (isPreferred && mNumBytes + cost > mMemory && !mOthers.empty()) DropLastOther();
+  if (mNumBytes + cost > mMemory) return isRepeated;
   mNumBytes += cost;
-  const auto entry = mEntries.insert({key, {array, std::move(bytes), isRepeated}});
-  if (!isRepeated) mSingles.push_back(entry);
+  const auto entry = mEntries.insert({key, {array, std::move(bytes), isPreferred}});
+  if (!isPreferred) mOthers.push_back(entry);
+  return isRepeated;
 }
 
-/// Drops the last entry of mSingles, unless its key has occurred again.
-void KeptArrays::DropLastSingle() {
-  const auto entry = mSingles.back();
-  mSingles.pop_back();
-  if (entry->second.mIsRepeated) return;
+/// Drops the last entry of mOthers, unless its array has repeated.
+void KeptArrays::DropLastOther() {
+  const auto entry = mOthers.back();
+  mOthers.pop_back();
+  if (entry->second.mIsPreferred) return;
   mNumBytes -= CostOf(entry->second.mBytes);
   mEntries.erase(entry);
 }

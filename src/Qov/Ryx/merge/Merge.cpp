@@ -21,15 +21,12 @@
 #include "diagnostics/Printable.h"
 #include "model/HeavyPass.h"
 #include "model/HistoryDate.h"
-#include "model/ReadPlan.h"
+#include "model/TreeSaver.h"
 
 namespace QovRyx {
 namespace {
 
 using ErrorType = Qov::Util::Exception::ErrorType;
-
-/// Bytes of blocks that are read ahead while other blocks are compressed.
-constexpr std::uint64_t kSaveMemory = std::uint64_t{96} << 20;
 
 std::uint64_t FileSize(const std::string& path) {
   struct stat status {};
@@ -69,7 +66,7 @@ class MergeRun {
     AddViewPointFiles(*tree);
     mNotes.CountLosses(tree->GetLosses());
     Select(*tree);
-    if (mRequest.mShare) Share(*tree);
+    if (mRequest.mShare && CopiesBlocks()) ShareBeforeCopying(*tree);
     CheckRoom(*tree, numHeavyBytes);
     Save(*tree, output);
     mReport.mNotes = mNotes.GetLines();
@@ -117,9 +114,10 @@ class MergeRun {
     for (const std::string& note : counts.mNotes) mNotes.AddLine(note);
   }
 
-  void Share(Tree& tree) {
-    const bool keepsBlocks = mRequest.mSettings.mKeepBlocks != BlockKeeping::Never;
-    mReport.mShared = ShareEqualArrays(tree, {}, keepsBlocks);
+  bool CopiesBlocks() const { return mRequest.mSettings.mKeepBlocks != BlockKeeping::Never; }
+
+  void ShareBeforeCopying(Tree& tree) {
+    mReport.mShared = QovRyx::ShareBeforeCopying(tree);
     if (mReport.mShared.mKept == 0) return;
     const std::string numKept = std::to_string(mReport.mShared.mKept);
     mNotes.AddLine(
@@ -130,8 +128,13 @@ class MergeRun {
 
   /// Raises WriteError if the output, which stores as many bytes for each byte of arrays as the
   /// inputs, does not fit onto the disk. `numHeavyBytes` is the size of the arrays of the inputs.
+  /// If equal arrays are found only while the model is saved, all that can be equal counts as
+  /// equal.
   void CheckRoom(const Tree& tree, std::uint64_t numHeavyBytes) {
-    const std::uint64_t numKept = std::min(CountHeavyBytes(tree.GetNodes()), numHeavyBytes);
+    const bool sharesLater = mRequest.mShare && !CopiesBlocks();
+    const std::uint64_t numStored =
+        sharesLater ? CountLeastStored(tree.GetNodes()) : CountHeavyBytes(tree.GetNodes());
+    const std::uint64_t numKept = std::min(numStored, numHeavyBytes);
     const double share =
         numHeavyBytes == 0 ? 1 : static_cast<double>(numKept) / static_cast<double>(numHeavyBytes);
     QovJbf::CheckRoom(mRequest.mOutput,
@@ -145,20 +148,19 @@ class MergeRun {
     mReport.mResults = counts.mResults;
     const std::string& path = output.GetTemporaryPath();
     Qov::Util::WithFileContext(mRequest.mOutput, [&] {
-      {
-        const QovJbf::ReadAhead ahead(PlanSave(tree), kSaveMemory);
-        tree.Save(path, HistoryCommentOf(mRequest), mRequest.mSettings);
-      }
+      SaveTo(path, tree);
       if (mpListener != nullptr) mpListener->CheckOutput(path);
       mReport.mOutputBytes = FileSize(path);
       output.Commit();
     });
   }
 
-  /// Copied blocks are not read.
-  QovJbf::ReadAhead::Parts PlanSave(const Tree& tree) const {
-    const bool isCopied = mRequest.mSettings.mKeepBlocks != BlockKeeping::Never;
-    return isCopied ? QovJbf::ReadAhead::Parts() : PlanReads(tree.GetNodes());
+  void SaveTo(const std::string& path, Tree& tree) {
+    const std::string comment = HistoryCommentOf(mRequest);
+    if (!mRequest.mShare || CopiesBlocks()) return tree.Save(path, comment, mRequest.mSettings);
+    SharingSaver saver;
+    SaveWith(saver, tree, path, comment, mRequest.mSettings);
+    mReport.mShared = saver.GetShared();
   }
 
   const MergeRequest& mRequest;

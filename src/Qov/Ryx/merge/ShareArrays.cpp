@@ -1,13 +1,19 @@
 #include "ShareArrays.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
+#include <set>
 #include <tuple>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "ArrayNames.h"
 #include "MergeSteps.h"
 #include "Qov/Log/Record.h"
+#include "Qov/Ryx/InstanceNames.h"
+#include "Qov/Ryx/Progress.h"
 #include "model/BlockCopies.h"
 #include "model/HeavyPass.h"
 #include "model/LinkFollower.h"
@@ -24,7 +30,7 @@ struct Owner {
   Result* mpResult;
 };
 
-/// Returns the results that are not linked, in the order of Save.
+/// Returns the results that are not linked, with integer kinds first.
 std::vector<Owner> FindOwners(NodeTree& nodes) {
   std::vector<Owner> owners;
   for (const bool integerKinds : {true, false}) {
@@ -125,21 +131,41 @@ class BlockKeeper {
 class Sharing {
  public:
   Sharing(NodeTree& nodes, std::vector<Owner> owners, std::vector<std::size_t> first)
-      : mNodes(nodes), mOwners(std::move(owners)), mFirst(std::move(first)) {}
+      : mNodes(nodes), mOwners(std::move(owners)), mFirst(std::move(first)) {
+    FindPrimaries();
+  }
 
   /// Returns the number of new links.
-  std::uint64_t Run() {
+  std::uint64_t Link() {
     const auto links = FindLinks();
-    FindPrimaries();
-    ShareBytes();
     for (const auto& [i, primary] : mLinked) {
-      Link(*mOwners[i].mpResult, mOwners[primary]);
+      LinkTo(mOwners[primary], *mOwners[i].mpResult);
     }
     for (const auto& [linked, owner, hasItsArray] : links) {
       if (owner->mLink.IsLinked()) linked->mLink = owner->mLink;
       if (hasItsArray) linked->mValues = owner->mValues;
     }
     return mLinked.size();
+  }
+
+  /// Gives all primaries of a group the place of one of them that Save can copy. Called before
+  /// Link.
+  void ShareBytes() {
+    for (const auto& [first, primaries] : mGroups) {
+      const DataLoader* source = nullptr;
+      for (const auto& [fields, i] : primaries) {
+        const NumericArray& values = At(i).mValues;
+        if (source == nullptr && CanCopyBytes(values, true)) source = values.GetLoader().get();
+      }
+      if (source == nullptr || primaries.size() == 1) continue;
+      const DataLoader place = *source;
+      for (const auto& [fields, i] : primaries) {
+        NumericArray& values = At(i).mValues;
+        // Each owner has its own loader, because ValueOwners identifies owners by their loaders.
+        values = NumericArray(values.GetSize(), values.GetWidth(),
+                              std::make_shared<const DataLoader>(place));
+      }
+    }
   }
 
  private:
@@ -179,26 +205,7 @@ class Sharing {
     }
   }
 
-  /// Gives all primaries of a group the place of one of them that Save can copy.
-  void ShareBytes() {
-    for (const auto& [first, primaries] : mGroups) {
-      const DataLoader* source = nullptr;
-      for (const auto& [fields, i] : primaries) {
-        const NumericArray& values = At(i).mValues;
-        if (source == nullptr && CanCopyBytes(values, true)) source = values.GetLoader().get();
-      }
-      if (source == nullptr || primaries.size() == 1) continue;
-      const DataLoader place = *source;
-      for (const auto& [fields, i] : primaries) {
-        NumericArray& values = At(i).mValues;
-        // Each owner has its own loader, because ValueOwners identifies owners by their loaders.
-        values = NumericArray(values.GetSize(), values.GetWidth(),
-                              std::make_shared<const DataLoader>(place));
-      }
-    }
-  }
-
-  static void Link(Result& result, const Owner& primary) {
+  static void LinkTo(const Owner& primary, Result& result) {
     result.mLink = ResultLink(primary.mPlace);
     result.mValues = primary.mpResult->mValues;
   }
@@ -212,28 +219,138 @@ class Sharing {
   std::vector<std::pair<std::size_t, std::size_t>> mLinked;  ///< New links and their targets.
 };
 
+/// Saves the arrays of owners, each of a group of equal ones once.
+class StoreOnce {
+ public:
+  StoreOnce(const std::vector<Owner>& owners, HeavyPass& pass)
+      : mOwners(owners), mPass(pass), mIsSaved(owners.size()) {}
+
+  /// Saves an array that was examined, if it differs from those before.
+  void SaveIfNew(std::size_t i, const ArraySearch::Examined& examined) {
+    if (examined.mVerdict != ArraySearch::Verdict::New) return;
+    Result& result = *mOwners[i].mpResult;
+    if (examined.mpBytes) {
+      mPass.SaveBytes(result, examined.mpBytes->mData.get(), examined.mpBytes->mSize);
+      mNumStored += examined.mpBytes->mSize;
+      mIsSaved[i] = true;
+    } else {
+      Save(i);
+    }
+  }
+
+  /// Gives all other results that are not linked the bytes of an equal array, or saves them.
+  void SaveRest(const std::vector<std::size_t>& first) {
+    std::map<std::size_t, const Result*> stored;
+    for (std::size_t i = 0; i < first.size(); ++i) {
+      if (mIsSaved[i]) stored.emplace(first[i], mOwners[i].mpResult);
+    }
+    for (std::size_t i = 0; i < first.size(); ++i) {
+      Result& result = *mOwners[i].mpResult;
+      if (mIsSaved[i]) continue;
+      if (result.mLink.IsLinked()) {
+        ProgressReport::Advance(result.mValues.GetSize());
+        continue;
+      }
+      const auto [equal, isNew] = stored.try_emplace(first[i], &result);
+      if (!isNew && mPass.Share(result, *equal->second)) {
+        ++mNumSharing;
+        continue;
+      }
+      Save(i);
+      equal->second = &result;
+    }
+  }
+
+  std::uint64_t GetNumStored() const { return mNumStored; }
+  std::uint64_t GetNumSharing() const { return mNumSharing; }
+
+ private:
+  void Save(std::size_t i) {
+    Result& result = *mOwners[i].mpResult;
+    mPass.SaveArray(result);
+    mNumStored += result.mValues.GetNumElements() * kElementSize;
+    mIsSaved[i] = true;
+  }
+
+  const std::vector<Owner>& mOwners;
+  HeavyPass& mPass;
+  std::vector<bool> mIsSaved;
+  std::uint64_t mNumStored = 0;   ///< Bytes.
+  std::uint64_t mNumSharing = 0;  ///< Results.
+};
+
+/// Returns the arrays of the owners. Several files often have the same mesh.
+ArraySearch::Candidates GetCandidates(const std::vector<Owner>& owners) {
+  ArraySearch::Candidates candidates;
+  candidates.reserve(owners.size());
+  for (const Owner& owner : owners) {
+    const bool isMesh = IsMeshBase(SplitName(owner.mpResult->mName).mBase);
+    candidates.push_back({&owner.mpResult->mValues, isMesh});
+  }
+  return candidates;
+}
+
+void Log(const SharedArrays& shared) {
+  Qov::Log::Trace(kMergeSource) << "Equal arrays: " << shared.mLinked << " linked, "
+                                << shared.mSharedBytes << " sharing bytes, " << shared.mSavedBytes
+                                << " bytes saved, " << shared.mNotCompared << " not compared";
+}
+
 }  // namespace
 
-SharedArrays ShareEqualArrays(Tree& tree, const SearchLimits& limits, bool keepsBlocks) {
+void SharingSaver::Save(NodeTree& nodes, const std::vector<HeavyItem>& items, HeavyPass& pass) {
+  if (!mNumBytesBefore) mNumBytesBefore = CountStored(nodes).mNumBytes;
+  const std::vector<Owner> owners = FindOwners(nodes);
+  std::unordered_map<const Result*, std::size_t> positions;
+  for (std::size_t i = 0; i < owners.size(); ++i) positions[owners[i].mpResult] = i;
+  ArraySearch search(GetCandidates(owners), mLimits);
+  StoreOnce store(owners, pass);
+  for (const HeavyItem& item : items) {
+    if (item.mpResult == nullptr) {
+      pass.Save(item);
+      continue;
+    }
+    const std::size_t i = positions.at(item.mpResult);
+    store.SaveIfNew(i, search.Examine(i));
+  }
+  const EqualArrays equal = search.Finish();
+  mShared.mNotCompared = equal.mNotCompared;
+  mShared.mLinked += Sharing(nodes, owners, equal.mFirst).Link();
+  store.SaveRest(equal.mFirst);
+  mShared.mSharedBytes = store.GetNumSharing();
+  mShared.mSavedBytes = *mNumBytesBefore - std::min(*mNumBytesBefore, store.GetNumStored());
+  Log(mShared);
+}
+
+SharedArrays ShareBeforeCopying(Tree& tree, const SearchLimits& limits) {
   NodeTree& nodes = tree.GetNodes();
   std::vector<Owner> owners = FindOwners(nodes);
-  std::vector<const NumericArray*> arrays;
-  arrays.reserve(owners.size());
-  for (const Owner& owner : owners) arrays.push_back(&owner.mpResult->mValues);
-  EqualArrays equal = FindEqualArrays(arrays, limits);
-
+  EqualArrays equal = FindEqualArrays(GetCandidates(owners), limits);
   const StoredArrays before = CountStored(nodes);
   SharedArrays shared;
-  if (keepsBlocks) shared.mKept = BlockKeeper(nodes, owners, equal.mFirst).Run();
-  shared.mLinked = Sharing(nodes, std::move(owners), std::move(equal.mFirst)).Run();
+  shared.mKept = BlockKeeper(nodes, owners, equal.mFirst).Run();
+  Sharing sharing(nodes, std::move(owners), std::move(equal.mFirst));
+  sharing.ShareBytes();
+  shared.mLinked = sharing.Link();
   const StoredArrays after = CountStored(nodes);
   shared.mSharedBytes = after.mNumSharing;
   shared.mSavedBytes = before.mNumBytes - after.mNumBytes;
   shared.mNotCompared = equal.mNotCompared;
-  Qov::Log::Trace(kMergeSource) << "Equal arrays: " << shared.mLinked << " linked, "
-                                << shared.mSharedBytes << " sharing bytes, " << shared.mSavedBytes
-                                << " bytes saved, " << shared.mNotCompared << " not compared";
+  Log(shared);
   return shared;
+}
+
+std::uint64_t CountLeastStored(const NodeTree& nodes) {
+  std::set<std::pair<std::uint64_t, std::uint8_t>> seen;
+  std::uint64_t numBytes = 0;
+  ForEachGeometry(nodes, [&](std::uint32_t, const Geometry& geometry) {
+    for (const Result& result : geometry.GetVariables()) {
+      const NumericArray& values = result.mValues;
+      if (result.mLink.IsLinked()) continue;
+      if (seen.emplace(values.GetSize(), values.GetWidth()).second) numBytes += values.GetSize();
+    }
+  });
+  return numBytes;
 }
 
 }  // namespace QovRyx

@@ -57,10 +57,9 @@ void HeavyPass::SaveArray(Geometry::VarStruct& variable) {
   if (IsCopied(&variable)) return;
   const auto& loader = variable.mValues.GetLoader();
   if (loader) mSkipped.Watch(loader->GetReader());
-  const QovJbf::Index& index = mFile.GetIndex();
-  variable.mOffset = index.HasStream(kHeavyData) ? index.GetStreamLength(kHeavyData) : 0;
+  variable.mOffset = GetEnd();
   if (CanCopyBytes(variable.mValues, mShuffle)) {
-    if (!ShareBytes(variable)) CopyStored(*variable.mValues.GetLoader());
+    if (!ShareSource(variable)) CopyStored(*variable.mValues.GetLoader());
   } else {
     StoreValues(variable.mValues);
   }
@@ -77,16 +76,39 @@ void HeavyPass::CheckOrder(const QovJbf::StreamReader& reader) const {
   });
 }
 
-/// Lets the result have bytes that are already in the output, if there are any. Returns false if
-/// its bytes must be written at its offset.
-bool HeavyPass::ShareBytes(Geometry::VarStruct& variable) {
-  const DataLoader& loader = *variable.mValues.GetLoader();
-  Place& place = mPlaces[{&loader.GetReader(), loader.GetOffset(), loader.GetCount()}];
-  if (place.mNumShares % kMostShares == 0) place.mOffset = *variable.mOffset;
-  if (place.mNumShares++ % kMostShares == 0) return false;
-  variable.mOffset = place.mOffset;
+void HeavyPass::SaveBytes(Geometry::VarStruct& variable, const void* bytes, std::uint64_t size) {
+  variable.mOffset = GetEnd();
+  StoreBytes(bytes, size);
+}
+
+/// Returns the number of bytes in the heavy stream.
+std::uint64_t HeavyPass::GetEnd() const {
+  const QovJbf::Index& index = mFile.GetIndex();
+  return index.HasStream(kHeavyData) ? index.GetStreamLength(kHeavyData) : 0;
+}
+
+bool HeavyPass::Share(Geometry::VarStruct& variable, const Geometry::VarStruct& saved) {
+  return saved.mOffset && ShareAt(variable, *saved.mOffset);
+}
+
+bool HeavyPass::ShareAt(Geometry::VarStruct& variable, std::uint64_t offset) {
+  std::uint64_t& numSharing = mNumSharing.try_emplace(offset, 1).first->second;
+  if (numSharing == kMostShares) return false;
+  ++numSharing;
+  variable.mOffset = offset;
   ProgressReport::Advance(variable.mValues.GetSize());
   return true;
+}
+
+/// Lets the result have bytes that were copied from the same place. Returns false if there are none
+/// and its bytes must be written at its offset.
+bool HeavyPass::ShareSource(Geometry::VarStruct& variable) {
+  const DataLoader& loader = *variable.mValues.GetLoader();
+  const Source source{&loader.GetReader(), loader.GetOffset(), loader.GetCount()};
+  const auto [copied, isNew] = mCopied.try_emplace(source, *variable.mOffset);
+  if (!isNew && ShareAt(variable, copied->second)) return true;
+  copied->second = *variable.mOffset;
+  return false;
 }
 
 /// Copies an array piece by piece, without holding it in memory.
@@ -104,10 +126,13 @@ void HeavyPass::CopyStored(const DataLoader& loader) {
 
 void HeavyPass::StoreValues(const NumericArray& array) {
   LoadStoredForm(array, mShuffle, mValues);
-  if (mValues.empty()) return;
+  StoreBytes(mValues.data(), mValues.size() * sizeof(std::uint32_t));
+}
+
+void HeavyPass::StoreBytes(const void* bytes, std::uint64_t size) {
+  if (size == 0) return;
   MarkBlocks();
-  const std::uint64_t size = mValues.size() * sizeof(std::uint32_t);
-  mFile.GetIndex().Put(kHeavyData, mValues.data(), size);
+  mFile.GetIndex().Put(kHeavyData, bytes, size);
   ProgressReport::Advance(size);
   mFile.GetIndex().FlushFrozen(mFile.GetStream());
 }
@@ -117,6 +142,15 @@ void HeavyPass::SaveNodeSets(NodeSets& sets) {
   MarkBlocks();
   sets.SaveDataBlocks(mFile, kHeavyData, false);
   mFile.GetIndex().FlushFrozen(mFile.GetStream());
+}
+
+void HeavyPass::Save(const HeavyItem& item) {
+  item.mpResult != nullptr ? SaveArray(*item.mpResult) : SaveNodeSets(*item.mpSets);
+}
+
+bool HeavyPass::IsCopied(const HeavyItem& item) const {
+  return item.mpResult != nullptr ? IsCopied(static_cast<const void*>(item.mpResult))
+                                  : IsCopied(static_cast<const void*>(item.mpSets));
 }
 
 /// Marks the blocks that exist. A block that the next array begins is marked with a later array.

@@ -11,6 +11,7 @@
 #include "Qov/Ryx/Geometry.h"
 #include "Qov/Ryx/NodeSets.h"
 #include "Qov/Ryx/Tree.h"
+#include "ReadPlan.h"
 #include "SkippedBytes.h"
 
 namespace QovRyx {
@@ -37,12 +38,24 @@ class HeavyPass {
   void CopyBlocks(NodeTree& nodes, const CopySettings& settings);
   /// Writes the values of a result that is not linked, and sets its offset.
   void SaveArray(Geometry::VarStruct& variable);
+  /// Does the same for a result whose values, in their stored form, the caller has read.
+  void SaveBytes(Geometry::VarStruct& variable, const void* bytes, std::uint64_t size);
+  /// Lets the result have the bytes of an equal one that is saved. Returns false and does nothing
+  /// if these bytes have too many results.
+  bool Share(Geometry::VarStruct& variable, const Geometry::VarStruct& saved);
   void SaveNodeSets(NodeSets& sets);
+  /// Saves a result or node sets.
+  void Save(const HeavyItem& item);
+  /// Returns true if CopyBlocks has copied the item.
+  bool IsCopied(const HeavyItem& item) const;
 
  private:
-  bool ShareBytes(Geometry::VarStruct& variable);
+  std::uint64_t GetEnd() const;
+  bool ShareAt(Geometry::VarStruct& variable, std::uint64_t offset);
+  bool ShareSource(Geometry::VarStruct& variable);
   void CopyStored(const DataLoader& loader);
   void StoreValues(const NumericArray& array);
+  void StoreBytes(const void* bytes, std::uint64_t size);
   void MarkBlocks();
   void CheckOrder(const QovJbf::StreamReader& reader) const;
   bool IsCopied(const void* content) const { return mCopies && mCopies->Contains(content); }
@@ -52,14 +65,12 @@ class HeavyPass {
   std::uint64_t mExpectedLength;
   std::optional<BlockCopies> mCopies;
 
-  /// The place of copied bytes in the output. Results that share bytes in an input share them in
-  /// the output.
-  struct Place {
-    std::uint64_t mOffset = 0;
-    std::uint64_t mNumShares = 0;
-  };
+  /// The offsets in the output of bytes that are copied from a place in an input. Results that
+  /// share bytes in an input share them in the output.
   using Source = std::tuple<const QovJbf::StreamReader*, std::uint64_t, std::uint64_t>;
-  std::map<Source, Place> mPlaces;
+  std::map<Source, std::uint64_t> mCopied;
+  /// The number of results at an offset of the output, if there is more than one.
+  std::map<std::uint64_t, std::uint64_t> mNumSharing;
   SkippedBytes mSkipped;
   std::vector<std::uint32_t> mValues;  ///< A buffer for the bits of an array of any type.
 };

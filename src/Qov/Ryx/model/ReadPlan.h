@@ -1,5 +1,8 @@
 #pragma once
 
+#include <vector>
+
+#include "Qov/Ryx/NodeSets.h"
 #include "Qov/Ryx/NumericArray.h"
 #include "Qov/Ryx/Tree.h"
 #include "container/ReadAhead.h"
@@ -9,7 +12,20 @@ namespace QovRyx {
 /// Adds the part of a file that holds the array, if it is in a file.
 void AddPart(const NumericArray& array, QovJbf::ReadAhead::Parts& parts);
 
-/// Returns the parts that hold the arrays of a model, in the order of Save.
-QovJbf::ReadAhead::Parts PlanReads(const NodeTree& nodes);
+/// A part of a model that the heavy stream of its file stores.
+struct HeavyItem {
+  Geometry::VarStruct* mpResult;  ///< A result that is not linked; null for node sets.
+  NodeSets* mpSets;               ///< Null for a result.
+};
+
+/// Returns the items of a model in the order in which its inputs store them: items in memory first,
+/// then those of each file by offset (docs/format.md, "Array order"). The files are in the order of
+/// their first item in the tree.
+std::vector<HeavyItem> ListByInput(NodeTree& nodes);
+
+/// Returns the parts that hold the items. An array of more than `largestReadOnce` bytes is read
+/// twice.
+QovJbf::ReadAhead::Parts PlanReads(const std::vector<HeavyItem>& items,
+                                   std::uint64_t largestReadOnce);
 
 }  // namespace QovRyx

@@ -13,13 +13,6 @@
 
 namespace QovRyx {
 
-namespace {
-
-/// The block size of files that are saved with OutputSettings.
-constexpr std::uint32_t kUsualBlockSize = 8U << 20;
-
-}  // namespace
-
 bool g_b217Ryx = false;
 
 Tree::Tree(bool recordMachine) {
@@ -66,13 +59,8 @@ void Tree::Save(const std::string& path, bool create, const std::string& comment
 
 void Tree::Save(const std::string& path, const std::string& comment,
                 const OutputSettings& settings) {
-  CheckSettings(settings);
-  const QovJbf::WriteSettings write{settings.mLevel, settings.mBlockSize, kUsualBlockSize,
-                                    settings.mThreads, settings.mCompressor};
-  CopySettings copies;
-  if (settings.mKeepBlocks != BlockKeeping::Never) copies.mCopying = BlockCopying::IfWholeNeeded;
-  copies.mCheck = settings.mKeepBlocks == BlockKeeping::Checked;
-  TreeSaver(*this, write, copies).Save(path, true, comment);
+  SaveAll saver;
+  SaveWith(saver, *this, path, comment, settings);
 }
 
 void Tree::AddShape(Tree& source, const std::uint32_t& shapeId, const std::string& groupName) {

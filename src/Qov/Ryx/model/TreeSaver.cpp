@@ -21,6 +21,10 @@ namespace QovRyx {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
+/// The block size of `OutputSettings` by default, in bytes.
+constexpr std::uint32_t kUsualBlockSize = 8U << 20;
+/// Bytes of blocks that are decompressed ahead while others are compressed.
+constexpr std::uint64_t kReadAheadMemory = std::uint64_t{128} << 20;
 
 std::string GetHostName() {
   std::array<char, 80> name{};
@@ -176,15 +180,7 @@ void TreeSaver::ClearDanglingLinks() {
 void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
   HeavyPass pass(file, shuffle, CountHeavyBytes(mTree.mNodes));
   if (mCopies.mCopying != BlockCopying::Never) pass.CopyBlocks(mTree.mNodes, mCopies);
-  ForEachGeometry(mTree.mNodes, [&pass](std::uint32_t, Geometry& geometry) {
-    geometry.SaveConnectivityBlocks(pass);
-  });
-  ForEachGeometry(mTree.mNodes,
-                  [&pass](std::uint32_t, Geometry& geometry) { geometry.SaveOtherBlocks(pass); });
-  // Node sets are saved here, because full blocks can still be written to the file.
-  for (auto& [id, entry] : mTree.mNodes) {
-    if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) pass.SaveNodeSets(*sets);
-  }
+  mpSaver == nullptr ? SaveByTree(pass) : SaveByInput(pass);
   for (QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
     Qov::Util::WithFileContext(reader->GetPath(), [this, reader] {
       reader->Verify();
@@ -196,6 +192,25 @@ void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
       }
     });
   }
+}
+
+void TreeSaver::SaveByTree(HeavyPass& pass) {
+  ForEachGeometry(mTree.mNodes, [&pass](std::uint32_t, Geometry& geometry) {
+    geometry.SaveConnectivityBlocks(pass);
+  });
+  ForEachGeometry(mTree.mNodes,
+                  [&pass](std::uint32_t, Geometry& geometry) { geometry.SaveOtherBlocks(pass); });
+  // Node sets are saved here, because full blocks can still be written to the file.
+  for (auto& [id, entry] : mTree.mNodes) {
+    if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) pass.SaveNodeSets(*sets);
+  }
+}
+
+void TreeSaver::SaveByInput(HeavyPass& pass) {
+  std::vector<HeavyItem> items = ListByInput(mTree.mNodes);
+  std::erase_if(items, [&pass](const HeavyItem& item) { return pass.IsCopied(item); });
+  const QovJbf::ReadAhead ahead(PlanReads(items, mpSaver->GetLargestReadOnce()), kReadAheadMemory);
+  mpSaver->Save(mTree.mNodes, items, pass);
 }
 
 void TreeSaver::FlushAndClose(QovJbf::JbFile& file, const std::string& comment) {
@@ -241,6 +256,17 @@ void TreeSaver::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment)
   CheckLoadable(file, kHistoryStreams, QovJbf::GetLoadLimit());
   file.AddBlockTransformation(kGlobalInformation, QovJbf::BlockFlag::kCompressed);
   Qov::Log::Trace(kSource) << "Global information saved.";
+}
+
+void SaveWith(HeavySaver& saver, Tree& tree, const std::string& path, const std::string& comment,
+              const OutputSettings& settings) {
+  CheckSettings(settings);
+  const QovJbf::WriteSettings write{settings.mLevel, settings.mBlockSize, kUsualBlockSize,
+                                    settings.mThreads, settings.mCompressor};
+  CopySettings copies;
+  if (settings.mKeepBlocks != BlockKeeping::Never) copies.mCopying = BlockCopying::IfWholeNeeded;
+  copies.mCheck = settings.mKeepBlocks == BlockKeeping::Checked;
+  TreeSaver(tree, write, copies, &saver).Save(path, true, comment);
 }
 
 }  // namespace QovRyx

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "HeavyPass.h"
+#include "ReadPlan.h"
+
+namespace QovRyx {
+
+/// Saves the heavy items of a model. Derived classes can leave out arrays that others are equal to.
+class HeavySaver {
+ public:
+  virtual ~HeavySaver() = default;
+
+  /// The largest array, in bytes, that Save reads once; larger ones are read twice.
+  virtual std::uint64_t GetLargestReadOnce() const = 0;
+  /// Saves the items, which are in the order in which their files store them. May make results of
+  /// `nodes` links to others. Called again, with the rest of the items, if memory was short.
+  virtual void Save(NodeTree& nodes, const std::vector<HeavyItem>& items, HeavyPass& pass) = 0;
+};
+
+/// Saves one item after the other.
+class SaveAll : public HeavySaver {
+ public:
+  std::uint64_t GetLargestReadOnce() const override {
+    return std::numeric_limits<std::uint64_t>::max();
+  }
+  void Save(NodeTree&, const std::vector<HeavyItem>& items, HeavyPass& pass) override {
+    for (const HeavyItem& item : items) pass.Save(item);
+  }
+};
+
+}  // namespace QovRyx
