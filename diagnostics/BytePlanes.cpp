@@ -1,5 +1,7 @@
 #include "BytePlanes.h"
 
+#include <cstring>
+
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
@@ -19,6 +21,20 @@ void JoinPlanesPlainly(const ConstPlanes& planes, std::size_t begin, std::size_t
     for (std::size_t b = 0; b < kElementSize; ++b) elements[kElementSize * i + b] = planes[b][i];
   }
 }
+
+namespace {
+
+void InterleaveThreePlainly(const unsigned char* components, std::size_t begin, std::size_t count,
+                            unsigned char* tuples) {
+  for (std::size_t i = begin; i < count; ++i) {
+    for (std::size_t c = 0; c < 3; ++c) {
+      std::memcpy(tuples + kElementSize * (3 * i + c), components + kElementSize * (c * count + i),
+                  kElementSize);
+    }
+  }
+}
+
+}  // namespace
 
 #ifdef __SSE2__
 
@@ -48,6 +64,21 @@ __m128i PackLowBytes(const Registers& elements) {
                            _mm_and_si128(elements.mParts[i + 1], mask));
   };
   return _mm_packus_epi16(packPair(0), packPair(2));
+}
+
+__m128 LoadFour(const unsigned char* bytes) { return _mm_castsi128_ps(Load(bytes)); }
+
+void StoreFour(unsigned char* bytes, __m128 value) { Store(bytes, _mm_castps_si128(value)); }
+
+/// Returns two copies of element kLeft of `left` and two of element kRight of `right`.
+template <int kLeft, int kRight>
+__m128 Pick(__m128 left, __m128 right) {
+  return _mm_shuffle_ps(left, right, _MM_SHUFFLE(kRight, kRight, kLeft, kLeft));
+}
+
+/// Returns elements 0 and 2 of `left`, and then of `right`.
+__m128 MergePairs(__m128 left, __m128 right) {
+  return _mm_shuffle_ps(left, right, _MM_SHUFFLE(2, 0, 2, 0));
 }
 
 }  // namespace
@@ -85,6 +116,23 @@ void JoinPlanes(const ConstPlanes& planes, std::size_t count, unsigned char* ele
   JoinPlanesPlainly(planes, i, count, elements);
 }
 
+/// Moves the elements as floats, which does not change their bits.
+void InterleaveThree(const unsigned char* components, std::size_t count, unsigned char* tuples) {
+  constexpr std::size_t kFour = 4;
+  std::size_t i = 0;
+  for (; i + kFour <= count; i += kFour) {
+    const unsigned char* const source = components + kElementSize * i;
+    const __m128 x = LoadFour(source);
+    const __m128 y = LoadFour(source + kElementSize * count);
+    const __m128 z = LoadFour(source + 2 * kElementSize * count);
+    unsigned char* const target = tuples + 3 * kElementSize * i;
+    StoreFour(target, MergePairs(Pick<0, 0>(x, y), Pick<0, 1>(z, x)));
+    StoreFour(target + 16, MergePairs(Pick<1, 1>(y, z), Pick<2, 2>(x, y)));
+    StoreFour(target + 32, MergePairs(Pick<2, 3>(z, x), Pick<3, 3>(y, z)));
+  }
+  InterleaveThreePlainly(components, i, count, tuples);
+}
+
 #else
 
 void SplitPlanes(const unsigned char* elements, std::size_t count, const Planes& planes) {
@@ -93,6 +141,10 @@ void SplitPlanes(const unsigned char* elements, std::size_t count, const Planes&
 
 void JoinPlanes(const ConstPlanes& planes, std::size_t count, unsigned char* elements) {
   JoinPlanesPlainly(planes, 0, count, elements);
+}
+
+void InterleaveThree(const unsigned char* components, std::size_t count, unsigned char* tuples) {
+  InterleaveThreePlainly(components, 0, count, tuples);
 }
 
 #endif

@@ -16,7 +16,11 @@ void SplitPlanes(const unsigned char* elements, std::size_t count, const Planes&
 /// Copies planes[b][i] to byte b of element i.
 void JoinPlanes(const ConstPlanes& planes, std::size_t count, unsigned char* elements);
 
-/// Do the same for the elements from `begin` on, one at a time.
+/// Makes `count` tuples of three elements. Element i of component c is element c * count + i of
+/// `components`.
+void InterleaveThree(const unsigned char* components, std::size_t count, unsigned char* tuples);
+
+/// Do the same as SplitPlanes and JoinPlanes for the elements from `begin` on, one at a time.
 void SplitPlanesPlainly(const unsigned char* elements, std::size_t begin, std::size_t count,
                         const Planes& planes);
 void JoinPlanesPlainly(const ConstPlanes& planes, std::size_t begin, std::size_t count,

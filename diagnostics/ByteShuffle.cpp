@@ -61,6 +61,7 @@ void ShuffleBytes(void* values, std::size_t size, std::size_t width) {
   if (count == 0) return;
   const auto tuples = CopyBytes(values, kElementSize * width * count);
   auto* planes = static_cast<unsigned char*>(values);
+  if (width == 1) return SplitPlanes(tuples.get(), count, GetPlanes(planes, count, 0, 0));
   const std::size_t tileSize = GetTileSize(width);
   std::vector<unsigned char> elements(kElementSize * tileSize);
   for (std::size_t begin = 0; begin < count; begin += tileSize) {
@@ -73,21 +74,34 @@ void ShuffleBytes(void* values, std::size_t size, std::size_t width) {
   }
 }
 
-void UnShuffleBytes(void* values, std::size_t size, std::size_t width) {
+/// Joins the planes of `n` tuples from tuple `begin` on, and writes the tuples to `tile`.
+/// `elements` has room for the tuples.
+void JoinTile(const unsigned char* planes, std::size_t width, std::size_t count, std::size_t begin,
+              std::size_t n, unsigned char* elements, unsigned char* tile) {
+  const bool areVectors = width == 3;
+  for (std::size_t component = 0; component < width; ++component) {
+    unsigned char* const joined = elements + (areVectors ? kElementSize * n * component : 0);
+    JoinPlanes(GetPlanes(planes, count, component, begin), n, joined);
+    if (!areVectors) Scatter(joined, width, n, tile + kElementSize * component);
+  }
+  if (areVectors) InterleaveThree(elements, n, tile);
+}
+
+/// Does not overlap its arguments. Copies the elements that do not fill a tuple.
+void UnShuffleBytes(const unsigned char* planes, std::size_t size, std::size_t width,
+                    void* values) {
   const std::size_t count = width == 0 ? 0 : size / width;
-  if (count == 0) return;
-  const auto planes = CopyBytes(values, kElementSize * width * count);
   auto* tuples = static_cast<unsigned char*>(values);
+  if (width == 1) return JoinPlanes(GetPlanes(planes, count, 0, 0), count, tuples);
+  const std::size_t numJoined = kElementSize * width * count;
+  std::copy(planes + numJoined, planes + kElementSize * size, tuples + numJoined);
+  if (count == 0) return;
   const std::size_t tileSize = GetTileSize(width);
-  std::vector<unsigned char> elements(kElementSize * tileSize);
+  std::vector<unsigned char> elements(kElementSize * width * tileSize);
   for (std::size_t begin = 0; begin < count; begin += tileSize) {
     const std::size_t n = std::min(tileSize, count - begin);
-    unsigned char* const tile = tuples + kElementSize * width * begin;
-    for (std::size_t component = 0; component < width; ++component) {
-      JoinPlanes(GetPlanes<const unsigned char>(planes.get(), count, component, begin), n,
-                 elements.data());
-      Scatter(elements.data(), width, n, tile + kElementSize * component);
-    }
+    JoinTile(planes, width, count, begin, n, elements.data(),
+             tuples + kElementSize * width * begin);
   }
 }
 
@@ -102,7 +116,17 @@ void ShuffleMultiVectorBytes(std::vector<T>& values, unsigned char width) {
 template <class T>
 void UnShuffleMultiVectorBytes(std::vector<T>& values, unsigned char width) {
   static_assert(sizeof(T) == kElementSize);
-  UnShuffleBytes(values.data(), values.size(), width);
+  const std::size_t count = width == 0 ? 0 : values.size() / width;
+  if (count == 0) return;
+  const auto planes = CopyBytes(values.data(), kElementSize * width * count);
+  UnShuffleBytes(planes.get(), width * count, width, values.data());
+}
+
+template <class T>
+void UnShuffleMultiVectorBytes(const unsigned char* shuffled, unsigned char width,
+                               std::vector<T>& values) {
+  static_assert(sizeof(T) == kElementSize);
+  UnShuffleBytes(shuffled, values.size(), width, values.data());
 }
 
 template <class T>
@@ -123,5 +147,8 @@ template void ShuffleMultiVectorBytes(std::vector<std::uint32_t>&, unsigned char
 template void ShuffleMultiVectorBytes(std::vector<float>&, unsigned char);
 template void UnShuffleMultiVectorBytes(std::vector<std::uint32_t>&, unsigned char);
 template void UnShuffleMultiVectorBytes(std::vector<float>&, unsigned char);
+template void UnShuffleMultiVectorBytes(const unsigned char*, unsigned char,
+                                        std::vector<std::uint32_t>&);
+template void UnShuffleMultiVectorBytes(const unsigned char*, unsigned char, std::vector<float>&);
 
 }  // namespace QovUtil

@@ -22,6 +22,10 @@ template <class T>
 void ShuffleMultiVectorBytes(std::vector<T>& values, unsigned char width);
 template <class T>
 void UnShuffleMultiVectorBytes(std::vector<T>& values, unsigned char width);
+/// Fills `values`, whose size is unchanged, from as many shuffled elements.
+template <class T>
+void UnShuffleMultiVectorBytes(const unsigned char* shuffled, unsigned char width,
+                               std::vector<T>& values);
 
 extern template void ShuffleVectorBytes(std::vector<std::uint32_t>&);
 extern template void ShuffleVectorBytes(std::vector<float>&);
@@ -31,5 +35,9 @@ extern template void ShuffleMultiVectorBytes(std::vector<std::uint32_t>&, unsign
 extern template void ShuffleMultiVectorBytes(std::vector<float>&, unsigned char);
 extern template void UnShuffleMultiVectorBytes(std::vector<std::uint32_t>&, unsigned char);
 extern template void UnShuffleMultiVectorBytes(std::vector<float>&, unsigned char);
+extern template void UnShuffleMultiVectorBytes(const unsigned char*, unsigned char,
+                                               std::vector<std::uint32_t>&);
+extern template void UnShuffleMultiVectorBytes(const unsigned char*, unsigned char,
+                                               std::vector<float>&);
 
 }  // namespace QovUtil

@@ -59,6 +59,9 @@ void ExpectShuffled(std::size_t size, unsigned char width) {
   const auto expected = ShuffledByDefinition(values, width);
   ShuffleMultiVectorBytes(values, width);
   EXPECT_EQ(Bytes(values), expected) << size << " elements, width " << int{width};
+  std::vector<T> restored(size);
+  UnShuffleMultiVectorBytes(expected.data(), width, restored);
+  EXPECT_EQ(Bytes(restored), before) << size << " elements, width " << int{width};
   UnShuffleMultiVectorBytes(values, width);
   EXPECT_EQ(Bytes(values), before) << size << " elements, width " << int{width};
 }
