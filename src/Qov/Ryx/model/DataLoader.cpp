@@ -4,12 +4,44 @@
 
 #include "Qov/Util/Assert.h"
 #include "Qov/Util/Raise.h"
+#include "container/MallocBuffer.h"
 #include "diagnostics/ByteShuffle.h"
 
 namespace QovRyx {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/DataLoader";
+
+/// Memory for the stored bytes of an array. The thread keeps it for its next array if it is small.
+class StoredBytes {
+ public:
+  explicit StoredBytes(std::size_t size);
+  ~StoredBytes() {
+    if (mMemory.mSize <= kMostKept) sKept = std::move(mMemory);
+  }
+  StoredBytes(const StoredBytes&) = delete;
+  StoredBytes& operator=(const StoredBytes&) = delete;
+
+  unsigned char* Get() const { return mMemory.mBytes.get(); }
+
+ private:
+  static constexpr std::size_t kMostKept = std::size_t{8} << 20;
+  struct Memory {
+    QovJbf::MallocBuffer mBytes;
+    std::size_t mSize = 0;
+  };
+  static thread_local Memory sKept;
+
+  Memory mMemory;
+};
+
+thread_local StoredBytes::Memory StoredBytes::sKept;
+
+StoredBytes::StoredBytes(std::size_t size) : mMemory(std::exchange(sKept, {})) {
+  if (mMemory.mSize >= size) return;
+  mMemory.mBytes.reset();  // before the new one is allocated
+  mMemory = {QovJbf::AllocateBuffer(kSource, size), size};
+}
 
 }  // namespace
 
@@ -28,11 +60,16 @@ void DataLoader::Load(std::vector<T>& values, bool verified) const {
   values.resize(mCount);
   if (mCount == 0) return;
   const std::size_t size = mCount * kElementSize;
-  Qov::Util::WithFileContext(mpReader->GetPath(), [&] {
-    verified ? mpReader->ReadVerified(mOffset, values.data(), size)
-             : mpReader->Read(mOffset, values.data(), size);
-  });
-  QovUtil::UnShuffleMultiVectorBytes(values, mShuffledWidth);
+  const auto read = [&](void* target) {
+    Qov::Util::WithFileContext(mpReader->GetPath(), [&] {
+      verified ? mpReader->ReadVerified(mOffset, target, size)
+               : mpReader->Read(mOffset, target, size);
+    });
+  };
+  if (mShuffledWidth == 0) return read(values.data());
+  const StoredBytes stored(size);
+  read(stored.Get());
+  QovUtil::UnShuffleMultiVectorBytes(stored.Get(), mShuffledWidth, values);
 }
 
 void DataLoader::VerifyPlace() const {
