@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -11,29 +11,29 @@ namespace Qov::Tools {
 struct ArrayStatistics {
   std::uint64_t mNumValues = 0;
   std::uint64_t mNumNaN = 0;
-  /// Range of the values that are numbers, including infinities; undefined if there are none.
+  /// Range of the values that are numbers, including infinities; undefined if there are none. If
+  /// several values are equal, such as 0 and -0, the first one.
   double mMinimum = std::numeric_limits<double>::infinity();
   double mMaximum = -std::numeric_limits<double>::infinity();
 
   bool HasRange() const { return mNumNaN < mNumValues; }
 
-  void Add(double value) {
-    ++mNumValues;
-    if (std::isnan(value)) {
-      ++mNumNaN;
-      return;
-    }
-    if (value < mMinimum) mMinimum = value;
-    if (value > mMaximum) mMaximum = value;
-  }
+  /// Whether other values have a new least or greatest value.
+  struct Replaced {
+    bool mLeast = false;
+    bool mGreatest = false;
+  };
+  /// Adds values that come after these.
+  Replaced Add(const ArrayStatistics& other);
 };
 
-/// Summarizes values of type uint32_t or float.
+/// Summarizes values of type uint32_t, float or double.
+template <class T>
+ArrayStatistics Summarize(const T* values, std::size_t count);
+
 template <class T>
 ArrayStatistics Summarize(const std::vector<T>& values) {
-  ArrayStatistics statistics;
-  for (const T value : values) statistics.Add(static_cast<double>(value));
-  return statistics;
+  return Summarize(values.data(), values.size());
 }
 
 }  // namespace Qov::Tools

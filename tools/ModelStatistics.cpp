@@ -13,19 +13,25 @@ namespace {
 
 using QovRyx::Geometry;
 
+/// The values of one array. Their memory is reused.
+struct Values {
+  std::vector<std::uint32_t> mIntegers;
+  std::vector<float> mFloats;
+};
+
 template <class T>
-ArrayStatistics ReadAndSummarize(const QovRyx::NumericArray& array) {
-  std::vector<T> values;
+ArrayStatistics ReadAndSummarize(const QovRyx::NumericArray& array, std::vector<T>& values) {
   ReadVerifiedValues(array, values);
   return Summarize(values);
 }
 
-ModelStatistics::Entry MakeEntry(const Geometry::VarStruct& variable, const TextStyle& style) {
+ModelStatistics::Entry MakeEntry(const Geometry::VarStruct& variable, const TextStyle& style,
+                                 Values& values) {
   ModelStatistics::Entry entry;
   entry.mIntegers = variable.HoldsUnsigned();
   try {
-    entry.mStatistics = entry.mIntegers ? ReadAndSummarize<std::uint32_t>(variable.mValues)
-                                        : ReadAndSummarize<float>(variable.mValues);
+    entry.mStatistics = entry.mIntegers ? ReadAndSummarize(variable.mValues, values.mIntegers)
+                                        : ReadAndSummarize(variable.mValues, values.mFloats);
   } catch (const std::exception& error) {
     entry.mError = DescribeError(error, style);
   }
@@ -67,8 +73,9 @@ ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter
     });
   }
   const QovJbf::ReadAhead ahead(parts);
+  Values values;
   for (const Geometry::VarStruct* result : results) {
-    mEntries.emplace(result->mValues.GetLoader().get(), MakeEntry(*result, style));
+    mEntries.emplace(result->mValues.GetLoader().get(), MakeEntry(*result, style, values));
   }
 }
 

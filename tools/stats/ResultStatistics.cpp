@@ -3,8 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <bit>
-#include <cmath>
 #include <exception>
 
 #include "ErrorText.h"
@@ -23,31 +21,6 @@ constexpr std::size_t kVectorWidth = 3;
 
 std::size_t CountComponents(const QovRyx::NumericArray& values) {
   return std::max<std::size_t>(values.GetWidth(), 1);
-}
-
-/// Returns the statistics of each component, and of the magnitude of vectors.
-std::vector<ValueStatistics> SummarizeComponents(const std::vector<std::uint32_t>& bits,
-                                                 std::size_t numComponents, bool integers) {
-  const auto number = [&](std::size_t i) {
-    return integers ? static_cast<double>(bits[i])
-                    : static_cast<double>(std::bit_cast<float>(bits[i]));
-  };
-  const bool isVector = numComponents == kVectorWidth;
-  std::vector<ValueStatistics> components(numComponents + (isVector ? 1 : 0));
-  for (std::size_t component = 0; component < numComponents; ++component) {
-    ValueStatistics statistics;
-    std::size_t item = 0;
-    for (std::size_t i = component; i < bits.size(); i += numComponents) {
-      statistics.Add(number(i), item++);
-    }
-    components[component] = statistics;
-  }
-  for (std::size_t i = 0; isVector && i + kVectorWidth <= bits.size(); i += kVectorWidth) {
-    const double square =
-        number(i) * number(i) + number(i + 1) * number(i + 1) + number(i + 2) * number(i + 2);
-    components.back().Add(std::sqrt(square), i / kVectorWidth);
-  }
-  return components;
 }
 
 /// Adds the arrays that NameItems may read, so that their blocks are kept until then.
@@ -118,14 +91,20 @@ std::size_t ResultStatistics::FindRow(const Variable& result, std::size_t compon
   return found->second;
 }
 
+template <class T>
+std::vector<ValueStatistics> ResultStatistics::ReadComponents(const QovRyx::NumericArray& array,
+                                                              std::vector<T>& values) {
+  ReadVerifiedValues(array, values);
+  return SummarizeComponents(values, CountComponents(array));
+}
+
 ResultStatistics::Array ResultStatistics::Read(const Task& task) {
   const QovRyx::NumericArray& values = task.mpResult->mValues;
   Array array;
   array.mpLoader = values.GetLoader().get();
   try {
-    std::vector<std::uint32_t> bits;
-    ReadVerifiedValues(values, bits);
-    array.mComponents = SummarizeComponents(bits, CountComponents(values), task.mIntegers);
+    array.mComponents =
+        task.mIntegers ? ReadComponents(values, mIntegers) : ReadComponents(values, mFloats);
   } catch (const std::exception& error) {
     array.mTrouble = ErrorText(error);
   }

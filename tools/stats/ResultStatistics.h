@@ -80,7 +80,10 @@ class ResultStatistics {
   std::vector<Task> CollectTasks(const QovRyx::NodeTree& nodes);
   std::vector<std::size_t> FindRows(const Variable& result, bool integers);
   std::size_t FindRow(const Variable& result, std::size_t component, bool integers);
-  static Array Read(const Task& task);
+  template <class T>
+  static std::vector<ValueStatistics> ReadComponents(const QovRyx::NumericArray& array,
+                                                     std::vector<T>& values);
+  Array Read(const Task& task);
   void AddArray(std::size_t file, const Task& task, const Array& array);
   void NameItems(std::size_t file, const QovRyx::NodeTree& nodes);
 
@@ -92,6 +95,8 @@ class ResultStatistics {
   /// Results of the current file with the least and greatest values, by row; null if another file
   /// has them.
   std::vector<std::pair<const Task*, const Task*>> mHolders;
+  std::vector<std::uint32_t> mIntegers;  ///< The values of one array. Its memory is reused.
+  std::vector<float> mFloats;
 };
 
 }  // namespace Qov::Tools

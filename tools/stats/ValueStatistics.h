@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "ArrayStatistics.h"
 
@@ -13,6 +15,8 @@ class CompensatedSum {
  public:
   void Add(double value);
   void Add(const CompensatedSum& other);
+  /// Adds a sum whose error is known.
+  void Add(double sum, double error);
   double Get() const;
 
  private:
@@ -24,14 +28,12 @@ class CompensatedSum {
 /// squares, and the sum of them, cannot exceed a double.
 class ValueStatistics {
  public:
-  /// Adds a value that belongs to an item of the array.
-  void Add(double value, std::uint64_t item);
+  /// Adds at most kBlockValues values of type uint32_t, float or double. The first belongs to
+  /// `item`, each other one to the next item.
+  template <class T>
+  void Add(const T* values, std::size_t count, std::uint64_t item);
 
-  /// Whether another array has a new least or greatest value.
-  struct Replaced {
-    bool mLeast = false;
-    bool mGreatest = false;
-  };
+  using Replaced = ArrayStatistics::Replaced;
   /// Adds the values of another array.
   Replaced Add(const ValueStatistics& other);
 
@@ -47,6 +49,8 @@ class ValueStatistics {
 
  private:
   double CountNumbers() const;
+  template <class T>
+  void AddNumbers(const T* numbers, std::size_t count, double largest);
 
   ArrayStatistics mRange;
   std::uint64_t mLeastItem = 0;
@@ -55,22 +59,18 @@ class ValueStatistics {
   CompensatedSum mSquares;
 };
 
-// Inline, because they are called for each value.
+/// Returns the statistics of each component of an array of tuples, and after them those of the
+/// lengths of vectors of three elements. T is uint32_t or float.
+template <class T>
+std::vector<ValueStatistics> SummarizeComponents(const std::vector<T>& values,
+                                                 std::size_t numComponents);
+
+// Inline, because it is called for each value.
 
 inline void CompensatedSum::Add(double value) {
   const double sum = mSum + value;
   mErrors += std::fabs(mSum) >= std::fabs(value) ? (mSum - sum) + value : (value - sum) + mSum;
   mSum = sum;
-}
-
-inline void ValueStatistics::Add(double value, std::uint64_t item) {
-  const bool isFirst = !mRange.HasRange();
-  if (isFirst || value < mRange.mMinimum) mLeastItem = item;
-  if (isFirst || value > mRange.mMaximum) mGreatestItem = item;
-  mRange.Add(value);
-  if (std::isnan(value)) return;
-  mSum.Add(value);
-  mSquares.Add(value * value);
 }
 
 }  // namespace Qov::Tools
