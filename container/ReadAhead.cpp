@@ -4,12 +4,14 @@
 #include <cstring>
 #include <exception>
 #include <functional>
+#include <iterator>
 #include <new>
 #include <queue>
 
 #include "BlockCache.h"
 #include "ContainerFormat.h"
 #include "Descriptor.h"
+#include "Qov/Util/Assert.h"
 #include "SourceFile.h"
 #include "SystemResources.h"
 #include "ThreadCount.h"
@@ -52,20 +54,16 @@ ReadAhead* ReadAhead::spCurrent = nullptr;
 
 ReadAhead::ReadAhead(const Parts& parts, std::uint64_t memory)
     : mpPrevious(spCurrent),
-      mMemory(memory),
-      mCacheSize(kCacheSize),
+      mMostMemory(memory),
+      mMemory(0),
+      mCacheSize(0),
       mMostStarted(CountWorkerHandles()),
+      mNext(mBlocks.end()),
       mWorkers(GetThreadCount(0)) {
   const SystemResources resources;
   const std::uint64_t free = std::min(resources.GetFreeMemory(), resources.GetFreeAddressSpace());
-  mMemory = std::min(mMemory, free / 4);
-  for (std::size_t i = 0; i < parts.size(); ++i) Add(parts[i], i);
-  LeaveOutExcess();
-  if (mBlocks.empty() || LeavesOutLargeBlock()) {
-    mCacheSize = BlockCache::kMaxBytes;
-    mMemory = std::min(mMemory, kLeastMemory);
-    LeaveOutExcess();
-  }
+  mMostMemory = std::min(mMostMemory, free / 4);
+  Plan(parts);
   spCurrent = this;
   BlockCache::Instance().SetSize(mCacheSize);
 }
@@ -76,6 +74,35 @@ ReadAhead::~ReadAhead() {
                                                        : mpPrevious->mCacheSize);
 }
 
+void ReadAhead::Append(const Parts& parts) {
+  QOV_ASSERT(spCurrent == this);
+  Plan(parts);
+  BlockCache::Instance().SetSize(mCacheSize);
+  StartNext();
+}
+
+/// Adds the blocks of the parts, and decides which of them are decompressed ahead.
+void ReadAhead::Plan(const Parts& parts) {
+  const Blocks::iterator firstNew = AddAll(parts);
+  mMemory = mMostMemory;
+  mCacheSize = kCacheSize;
+  LeaveOutExcess(firstNew);
+  if (!mBlocks.empty() && !NeedsCache()) return;
+  mCacheSize = BlockCache::kMaxBytes;
+  mMemory = std::min(mMostMemory, kLeastMemory);
+  LeaveOutExcess(mNext);
+}
+
+/// Returns the first block that was not planned before.
+ReadAhead::Blocks::iterator ReadAhead::AddAll(const Parts& parts) {
+  const std::size_t numBefore = mBlocks.size();
+  for (const Part& part : parts) Add(part, mNumParts++);
+  const Blocks::iterator firstNew =
+      std::prev(mBlocks.end(), static_cast<std::ptrdiff_t>(mBlocks.size() - numBefore));
+  if (mNext == mBlocks.end()) mNext = firstNew;
+  return firstNew;
+}
+
 void ReadAhead::Add(const Part& part, std::size_t use) {
   std::uint64_t offset = part.mOffset;
   const std::uint64_t end = offset + part.mSize;
@@ -83,10 +110,12 @@ void ReadAhead::Add(const Part& part, std::size_t use) {
     const auto extent = part.mpReader->FindBlock(offset, 1);
     if (!extent) return;
     const std::uint64_t partEnd = std::min(end, extent->mStart + extent->mRawLength);
-    const auto [place, isNew] =
-        mPlaces.try_emplace({part.mpReader, extent->mBlock}, mBlocks.size());
-    if (isNew) mBlocks.push_back({part.mpReader, *extent, use, use, 0, false, nullptr});
-    Planned& planned = mBlocks[place->second];
+    const auto [place, isNew] = mPlaces.try_emplace({part.mpReader, extent->mBlock}, mBlocks.end());
+    if (isNew) {
+      place->second = mBlocks.insert(mBlocks.end(),
+                                     {part.mpReader, *extent, use, use, 0, false, false, nullptr});
+    }
+    Planned& planned = *place->second;
     planned.mLastUse = use;
     planned.mUnread += partEnd - offset;
     offset = partEnd;
@@ -94,48 +123,56 @@ void ReadAhead::Add(const Part& part, std::size_t use) {
 }
 
 /// Returns true if a block that is left out would not fit into the small cache.
-bool ReadAhead::LeavesOutLargeBlock() const {
-  return std::any_of(mBlocks.begin(), mBlocks.end(), [](const Planned& planned) {
-    return planned.mIsLeftOut && planned.mExtent.mCompressed &&
-           planned.mExtent.mRawLength > kCacheSize;
-  });
+bool ReadAhead::NeedsCache() const {
+  return std::any_of(mBlocks.begin(), mBlocks.end(),
+                     [](const Planned& planned) { return planned.mNeedsCache; });
 }
 
-/// Leaves out blocks that do not fit into the memory together with those that are kept at the same
-/// time.
-void ReadAhead::LeaveOutExcess() {
+/// Leaves out blocks from `first` on that do not fit into the memory together with those that are
+/// kept at the same time. The blocks before `first` stay as they are.
+void ReadAhead::LeaveOutExcess(Blocks::iterator first) {
   using Kept = std::pair<std::size_t, std::uint64_t>;  // last use, bytes
   std::priority_queue<Kept, std::vector<Kept>, std::greater<>> kept;
   std::uint64_t numKept = 0;
-  for (Planned& planned : mBlocks) {
-    for (; !kept.empty() && kept.top().first < planned.mFirstUse; kept.pop()) {
+  const auto keep = [&](const Planned& planned) {
+    kept.emplace(planned.mLastUse, planned.mExtent.mRawLength);
+    numKept += planned.mExtent.mRawLength;
+  };
+  for (const Planned* started : mStarted) keep(*started);
+  bool isDecided = true;
+  for (Blocks::iterator planned = mNext; planned != mBlocks.end(); ++planned) {
+    isDecided = isDecided && planned != first;
+    if (planned->mpJob || (isDecided && planned->mIsLeftOut)) continue;
+    for (; !kept.empty() && kept.top().first < planned->mFirstUse; kept.pop()) {
       numKept -= kept.top().second;
     }
-    const StreamReader::BlockExtent& extent = planned.mExtent;
-    planned.mIsLeftOut = !extent.mCompressed || numKept + GetSize(extent) > mMemory;
-    if (planned.mIsLeftOut) continue;
-    kept.emplace(planned.mLastUse, extent.mRawLength);
-    numKept += extent.mRawLength;
+    const StreamReader::BlockExtent& extent = planned->mExtent;
+    if (!isDecided) {
+      planned->mIsLeftOut = !extent.mCompressed || numKept + GetSize(extent) > mMemory;
+      planned->mNeedsCache =
+          planned->mIsLeftOut && extent.mCompressed && extent.mRawLength > kCacheSize;
+    }
+    if (!planned->mIsLeftOut) keep(*planned);
   }
 }
 
 void ReadAhead::Provide(const StreamReader& reader, Contents& contents) {
-  for (std::size_t i = 0; i < mBlocks.size() && mStarted.size() < mMostStarted; ++i) {
-    Planned& planned = mBlocks[i];
+  for (Planned& planned : mBlocks) {
+    if (mStarted.size() >= mMostStarted) return;
     if (planned.mpReader != &reader || planned.mIsLeftOut) continue;
     const auto content = contents.find(reader.GetPosition(planned.mExtent));
     if (content == contents.end()) continue;
     planned.mpJob = std::make_shared<Job>(
         Job{Descriptor(-1), 0, 0, 0, std::move(content->second), Job::State::Sound});
-    mStarted.push_back(i);
+    mStarted.push_back(&planned);
     contents.erase(content);
   }
 }
 
 ReadAhead::Planned* ReadAhead::Find(const StreamReader& reader, std::size_t block) {
   const auto place = mPlaces.find({&reader, block});
-  if (place == mPlaces.end() || mBlocks[place->second].mIsLeftOut) return nullptr;
-  return &mBlocks[place->second];
+  if (place == mPlaces.end() || place->second->mIsLeftOut) return nullptr;
+  return &*place->second;
 }
 
 bool ReadAhead::Read(const StreamReader& reader, std::size_t block, std::uint32_t within,
@@ -158,9 +195,13 @@ bool ReadAhead::IsSound(const StreamReader& reader, std::size_t block) {
 
 void ReadAhead::Forget(const StreamReader& reader) {
   for (ReadAhead* ahead = spCurrent; ahead != nullptr; ahead = ahead->mpPrevious) {
-    for (auto place = ahead->mPlaces.lower_bound({&reader, 0});
-         place != ahead->mPlaces.end() && place->first.first == &reader; ++place) {
-      ahead->LeaveOut(ahead->mBlocks[place->second]);
+    auto place = ahead->mPlaces.lower_bound({&reader, 0});
+    while (place != ahead->mPlaces.end() && place->first.first == &reader) {
+      const Blocks::iterator planned = place->second;
+      ahead->LeaveOut(*planned);
+      if (ahead->mNext == planned) ++ahead->mNext;
+      ahead->mBlocks.erase(planned);
+      place = ahead->mPlaces.erase(place);
     }
   }
 }
@@ -182,8 +223,8 @@ const unsigned char* ReadAhead::GetContent(Planned& planned) {
 /// come before it.
 bool ReadAhead::StartNow(Planned& planned) {
   mPosition = std::max(mPosition, planned.mFirstUse);
-  for (; &mBlocks[mNext] != &planned; ++mNext) {
-    if (!mBlocks[mNext].mpJob) LeaveOut(mBlocks[mNext]);
+  for (; &*mNext != &planned; ++mNext) {
+    if (!mNext->mpJob) LeaveOut(*mNext);
   }
   StartNext();
   if (!planned.mpJob) LeaveOut(planned);
@@ -192,8 +233,8 @@ bool ReadAhead::StartNow(Planned& planned) {
 
 /// Starts blocks in the order of their first use, as long as there is memory.
 void ReadAhead::StartNext() {
-  for (; mNext < mBlocks.size(); ++mNext) {
-    Planned& planned = mBlocks[mNext];
+  for (; mNext != mBlocks.end(); ++mNext) {
+    Planned& planned = *mNext;
     if (planned.mIsLeftOut || planned.mpJob) continue;
     if (!Fits(planned)) DropPassed();
     if (!Fits(planned)) return;
@@ -203,8 +244,8 @@ void ReadAhead::StartNext() {
 
 /// Drops blocks whose last part was skipped.
 void ReadAhead::DropPassed() {
-  for (const std::size_t i : std::vector(mStarted)) {
-    if (mBlocks[i].mLastUse < mPosition) LeaveOut(mBlocks[i]);
+  for (Planned* started : std::vector(mStarted)) {
+    if (started->mLastUse < mPosition) LeaveOut(*started);
   }
 }
 
@@ -212,10 +253,9 @@ bool ReadAhead::Fits(const Planned& planned) {
   if (mStarted.size() >= mMostStarted) return false;
   std::uint64_t used = 0;
   const std::lock_guard lock(mMutex);
-  for (const std::size_t i : mStarted) {
-    const Planned& other = mBlocks[i];
-    used += other.mExtent.mRawLength;
-    if (other.mpJob->mState == Job::State::Running) used += other.mExtent.mStoredSize;
+  for (const Planned* started : mStarted) {
+    used += started->mExtent.mRawLength;
+    if (started->mpJob->mState == Job::State::Running) used += started->mExtent.mStoredSize;
   }
   return used + GetSize(planned.mExtent) <= mMemory;
 }
@@ -231,7 +271,7 @@ void ReadAhead::Start(Planned& planned) {
                                             extent.mStoredSize, extent.mRawLength, nullptr,
                                             Job::State::Running});
   try {
-    mStarted.push_back(static_cast<std::size_t>(&planned - mBlocks.data()));
+    mStarted.push_back(&planned);
     mWorkers.Post([this, job = planned.mpJob] { Run(*job); });
   } catch (const std::bad_alloc&) {
     LeaveOut(planned);  // nobody would end the job
@@ -262,7 +302,7 @@ void ReadAhead::LeaveOut(Planned& planned) {
   planned.mIsLeftOut = true;
   if (!planned.mpJob) return;
   planned.mpJob.reset();
-  std::erase(mStarted, static_cast<std::size_t>(&planned - mBlocks.data()));
+  std::erase(mStarted, &planned);
 }
 
 }  // namespace QovJbf

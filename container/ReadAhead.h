@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -28,6 +29,7 @@ namespace QovJbf {
 /// that would exceed the memory are left out: StreamReader reads them as usual. So are damaged
 /// blocks, so that the errors do not depend on this object. The parts are only a forecast: it is
 /// allowed, but slower, to read something else.
+/// Parts of further files can be appended while earlier ones are read.
 ///
 /// Objects are used by the thread that uses the readers. The latest one serves all readers.
 class ReadAhead {
@@ -50,6 +52,10 @@ class ReadAhead {
   ~ReadAhead();
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
+
+  /// Appends parts that are read after the earlier ones, and starts to decompress their blocks if
+  /// there is memory left. This object must be the latest one.
+  void Append(const Parts& parts);
 
   /// Decompressed blocks of a file, by their positions in it.
   using Contents = std::map<std::uint64_t, MallocBuffer>;
@@ -75,13 +81,17 @@ class ReadAhead {
     std::size_t mLastUse;
     std::uint64_t mUnread;       ///< Bytes of the parts that were not read.
     bool mIsLeftOut = false;     ///< True if the block is read as usual.
+    bool mNeedsCache = false;    ///< True if it was left out and the small cache cannot hold it.
     std::shared_ptr<Job> mpJob;  ///< Null before the start and after the end.
   };
+  using Blocks = std::list<Planned>;
   using Key = std::pair<const StreamReader*, std::size_t>;
 
+  Blocks::iterator AddAll(const Parts& parts);
   void Add(const Part& part, std::size_t use);
-  bool LeavesOutLargeBlock() const;
-  void LeaveOutExcess();
+  void Plan(const Parts& parts);
+  bool NeedsCache() const;
+  void LeaveOutExcess(Blocks::iterator first);
   Planned* Find(const StreamReader& reader, std::size_t block);
   const unsigned char* GetContent(Planned& planned);
   bool StartNow(Planned& planned);
@@ -95,14 +105,16 @@ class ReadAhead {
   static ReadAhead* spCurrent;
 
   ReadAhead* mpPrevious;
-  std::uint64_t mMemory;
+  std::uint64_t mMostMemory;
+  std::uint64_t mMemory;  ///< Bytes that are used now; mMostMemory or kLeastMemory.
   std::uint64_t mCacheSize;
-  std::size_t mMostStarted;      ///< Blocks that are started or kept at a time.
-  std::vector<Planned> mBlocks;  ///< In the order of their first use.
-  std::map<Key, std::size_t> mPlaces;
+  std::size_t mMostStarted;  ///< Blocks that are started or kept at a time.
+  Blocks mBlocks;            ///< Those of readers that exist, in the order of their first use.
+  std::map<Key, Blocks::iterator> mPlaces;
+  std::size_t mNumParts = 0;
   std::size_t mPosition = 0;  ///< The latest first use of the blocks that were read.
-  std::size_t mNext = 0;      ///< The first block that was not started.
-  std::vector<std::size_t> mStarted;
+  Blocks::iterator mNext;     ///< The first block that was not started.
+  std::vector<Planned*> mStarted;
   std::mutex mMutex;  ///< Guards the results of jobs.
   std::condition_variable mDone;
   WorkerPool mWorkers;  ///< Last, because its tasks use the members above.
