@@ -10,6 +10,7 @@
 #include "Command.h"
 #include "ModelInput.h"
 #include "ModelJson.h"
+#include "ModelQueue.h"
 #include "ModelReport.h"
 #include "OptionValues.h"
 
@@ -91,7 +92,7 @@ class FileLister {
       : mOptions(options), mOutput(output), mErrors(errors) {}
 
   /// Returns false if not all of the file could be read.
-  bool List(const std::string& path);
+  bool List(const std::string& path, const ModelQueue::Model& model);
   /// Finishes the listing after all files.
   void Close();
 
@@ -146,10 +147,10 @@ bool FileLister::AddJson(const QovRyx::Tree& tree, const NodeFilter& filter,
   return complete;
 }
 
-bool FileLister::List(const std::string& path) {
-  QovRyx::Tree tree(false);
+bool FileLister::List(const std::string& path, const ModelQueue::Model& model) {
+  const QovRyx::Tree& tree = model.mTree;
   mFiles.push_back({{"path", JsonText(path)}});
-  std::string trouble = LoadWhatCanBeRead(path, tree);
+  std::string trouble = model.mTrouble;
   const bool isShown = trouble.empty() || HoldsAnything(tree);
   if (isShown && !Show(path, tree) && trouble.empty()) trouble = "parts of it cannot be read";
   if (trouble.empty()) return true;
@@ -168,8 +169,13 @@ void FileLister::Close() {
 int LsCommand::Run(Output& output, Output& errors) {
   FileLister lister(mOptions, output, errors);
   int status = kSuccess;
+  ModelQueue models(mPaths, [this](const QovRyx::NodeTree& nodes) {
+    return mOptions.mHideResults
+               ? QovJbf::ReadAhead::Parts()
+               : ModelStatistics::PlanReads(nodes, NodeFilter(nodes, mOptions.mCriteria));
+  });
   for (const std::string& path : mPaths) {
-    if (!lister.List(path)) status = kTrouble;
+    if (!lister.List(path, *models.Take())) status = kTrouble;
   }
   lister.Close();
   return status;

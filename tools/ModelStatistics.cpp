@@ -54,27 +54,36 @@ Loaders FindShown(const QovRyx::NodeTree& nodes, const NodeFilter& filter) {
   return loaders;
 }
 
-}  // namespace
-
-ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter,
-                                 const TextStyle& style) {
+/// Returns the results whose arrays are read, in stored order.
+std::vector<const Geometry::VarStruct*> FindRead(const QovRyx::NodeTree& nodes,
+                                                 const NodeFilter& filter) {
   const Loaders shown = FindShown(nodes, filter);
   std::vector<const Geometry::VarStruct*> results;
-  QovJbf::ReadAhead::Parts parts;
-  for (const bool integerKinds : {true, false}) {  // in stored order
+  for (const bool integerKinds : {true, false}) {
     QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const Geometry& geometry) {
       for (const Geometry::VarStruct& variable : geometry.GetVariables()) {
         const QovRyx::DataLoader* loader = variable.mValues.GetLoader().get();
         if (variable.mLink.IsLinked() || !shown.contains(loader)) continue;
-        if (variable.IsIntegerKind() != integerKinds) continue;
-        results.push_back(&variable);
-        QovRyx::AddPart(variable.mValues, parts);
+        if (variable.IsIntegerKind() == integerKinds) results.push_back(&variable);
       }
     });
   }
-  const QovJbf::ReadAhead ahead(parts);
+  return results;
+}
+
+}  // namespace
+
+QovJbf::ReadAhead::Parts ModelStatistics::PlanReads(const QovRyx::NodeTree& nodes,
+                                                    const NodeFilter& filter) {
+  QovJbf::ReadAhead::Parts parts;
+  for (const auto* result : FindRead(nodes, filter)) QovRyx::AddPart(result->mValues, parts);
+  return parts;
+}
+
+ModelStatistics::ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter,
+                                 const TextStyle& style) {
   Values values;
-  for (const Geometry::VarStruct* result : results) {
+  for (const Geometry::VarStruct* result : FindRead(nodes, filter)) {
     mEntries.emplace(result->mValues.GetLoader().get(), MakeEntry(*result, style, values));
   }
 }

@@ -7,6 +7,7 @@
 #include "NodeFilter.h"
 #include "Qov/Ryx/Tree.h"
 #include "Terminal.h"
+#include "container/ReadAhead.h"
 
 namespace Qov::Tools {
 
@@ -20,6 +21,9 @@ class ModelStatistics {
     std::string mError;  ///< The reason why the array cannot be read, or empty.
   };
 
+  /// Returns the arrays that the constructor reads, in the order of reading.
+  static QovJbf::ReadAhead::Parts PlanReads(const QovRyx::NodeTree& nodes,
+                                            const NodeFilter& filter);
   /// Errors are escaped for `style`.
   ModelStatistics(const QovRyx::NodeTree& nodes, const NodeFilter& filter, const TextStyle& style);
 

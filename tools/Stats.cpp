@@ -2,12 +2,13 @@
 
 #include <CLI/App.hpp>
 #include <algorithm>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "Command.h"
-#include "ModelInput.h"
+#include "ModelQueue.h"
 #include "Plural.h"
 #include "stats/StatisticsReport.h"
 
@@ -63,11 +64,12 @@ void StatsCommand::Declare(CLI::App& app) {
 /// Returns the parts that could not be read.
 std::vector<StatisticsTrouble> StatsCommand::Read(ResultStatistics& statistics) const {
   std::vector<StatisticsTrouble> trouble;
+  ModelQueue models(mPaths,
+                    [&](const QovRyx::NodeTree& nodes) { return statistics.PlanReads(nodes); });
   for (std::size_t i = 0; i < mPaths.size(); ++i) {
-    QovRyx::Tree tree(false);
-    const std::string text = LoadWhatCanBeRead(mPaths[i], tree);
-    if (!text.empty()) trouble.push_back({i, text});
-    statistics.Add(i, tree.GetNodes());
+    const std::unique_ptr<ModelQueue::Model> model = models.Take();
+    if (!model->mTrouble.empty()) trouble.push_back({i, model->mTrouble});
+    statistics.Add(i, model->mTree.GetNodes());
   }
   trouble.insert(trouble.end(), statistics.GetTrouble().begin(), statistics.GetTrouble().end());
   return trouble;

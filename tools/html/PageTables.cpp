@@ -78,6 +78,7 @@ std::string PlaceText(const ValuePlace& place) {
 void AddStatistics(const QovRyx::Tree& tree, const std::vector<std::string>& patterns, Json& tables,
                    std::vector<std::string>& notes) {
   ResultStatistics statistics(patterns);
+  const QovJbf::ReadAhead ahead(statistics.PlanReads(tree.GetNodes()));
   statistics.Add(0, tree.GetNodes());
   PageTable table("Statistics of results",
                   {"Result", "Component", "Values", "NaN", "Least", "Least at", "Greatest",

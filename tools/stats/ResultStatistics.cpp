@@ -23,6 +23,12 @@ std::size_t CountComponents(const QovRyx::NumericArray& values) {
   return std::max<std::size_t>(values.GetWidth(), 1);
 }
 
+/// Returns where the array of a result is stored, for sorting.
+std::uint64_t GetOffset(const QovRyx::Geometry::VarStruct& result) {
+  const QovRyx::DataLoader* loader = result.mValues.GetLoader().get();
+  return loader == nullptr ? 0 : loader->GetOffset();
+}
+
 /// Adds the arrays that NameItems may read, so that their blocks are kept until then.
 void AddIds(const QovRyx::NodeTree& nodes, QovJbf::ReadAhead::Parts& parts) {
   QovRyx::ForEachGeometry(nodes, [&parts](std::uint32_t, const QovRyx::Geometry& geometry) {
@@ -57,13 +63,25 @@ std::vector<ResultStatistics::Task> ResultStatistics::CollectTasks(const QovRyx:
     }
   });
   std::stable_sort(tasks.begin(), tasks.end(), [](const Task& left, const Task& right) {
-    const auto offset = [](const Task& task) {
-      const QovRyx::DataLoader* loader = task.mpResult->mValues.GetLoader().get();
-      return loader == nullptr ? 0 : loader->GetOffset();
-    };
-    return offset(left) < offset(right);
+    return GetOffset(*left.mpResult) < GetOffset(*right.mpResult);
   });
   return tasks;
+}
+
+QovJbf::ReadAhead::Parts ResultStatistics::PlanReads(const QovRyx::NodeTree& nodes) {
+  std::vector<const Variable*> results;
+  QovRyx::ForEachGeometry(nodes, [&](std::uint32_t, const QovRyx::Geometry& geometry) {
+    for (const Variable& result : geometry.GetVariables()) {
+      if (IsChosen(result)) results.push_back(&result);
+    }
+  });
+  std::stable_sort(results.begin(), results.end(), [](const Variable* left, const Variable* right) {
+    return GetOffset(*left) < GetOffset(*right);
+  });
+  QovJbf::ReadAhead::Parts parts;
+  for (const Variable* result : results) QovRyx::AddPart(result->mValues, parts);
+  AddIds(nodes, parts);
+  return parts;
 }
 
 std::vector<std::size_t> ResultStatistics::FindRows(const Variable& result, bool integers) {
@@ -117,10 +135,6 @@ void ResultStatistics::Add(std::size_t file, const QovRyx::NodeTree& nodes) {
   for (const Task& task : tasks) numBytes += task.mpResult->mValues.GetSize();
   const QovRyx::ProgressReport progress(numBytes);
   mHolders.assign(mRows.size(), {nullptr, nullptr});
-  QovJbf::ReadAhead::Parts parts;
-  for (const Task& task : tasks) QovRyx::AddPart(task.mpResult->mValues, parts);
-  AddIds(nodes, parts);
-  const QovJbf::ReadAhead ahead(parts);
   Array array;
   std::size_t numComponents = 0;
   for (const Task& task : tasks) {
@@ -149,17 +163,32 @@ void ResultStatistics::AddArray(std::size_t file, const Task& task, const Array&
   }
 }
 
-/// Names the places of the extremes that this file has. The ids are read only for them.
+/// Names the places of the extremes that this file has. The ids are read only for them, and once
+/// for all results of a mesh.
 void ResultStatistics::NameItems(std::size_t file, const QovRyx::NodeTree& nodes) {
-  ItemNames names(nodes);
-  const auto find = [&](const Task* task, std::uint64_t item, ValuePlace& place) {
-    if (task == nullptr) return;
-    place = {file, task->mNode, task->mpGeometry->GetName(),
-             names.Find(*task->mpGeometry, *task->mpResult, item)};
+  struct Extreme {
+    const Task* mpTask;
+    std::uint64_t mItem;
+    ValuePlace* mpPlace;
   };
+  std::vector<Extreme> extremes;
   for (std::size_t i = 0; i < mRows.size(); ++i) {
-    find(mHolders[i].first, mRows[i].mValues.GetLeastItem(), mRows[i].mLeast);
-    find(mHolders[i].second, mRows[i].mValues.GetGreatestItem(), mRows[i].mGreatest);
+    StatisticsRow& row = mRows[i];
+    const auto& [least, greatest] = mHolders[i];
+    if (least != nullptr) extremes.push_back({least, row.mValues.GetLeastItem(), &row.mLeast});
+    if (greatest == nullptr) continue;
+    extremes.push_back({greatest, row.mValues.GetGreatestItem(), &row.mGreatest});
+  }
+  const auto mesh = [](const Extreme& extreme) {
+    const std::string_view name = extreme.mpTask->mpResult->mName;
+    return std::pair(extreme.mpTask->mNode, QovRyx::SplitName(name).mInstance);
+  };
+  std::stable_sort(extremes.begin(), extremes.end(),
+                   [&mesh](const Extreme& a, const Extreme& b) { return mesh(a) < mesh(b); });
+  ItemNames names(nodes);
+  for (const auto& [task, item, place] : extremes) {
+    *place = {file, task->mNode, task->mpGeometry->GetName(),
+              names.Find(*task->mpGeometry, *task->mpResult, item)};
   }
   mHolders.clear();
   if (!names.GetTrouble().empty()) mTrouble.push_back({file, names.GetTrouble()});

@@ -10,6 +10,7 @@
 
 #include "ItemNames.h"
 #include "Qov/Ryx/Tree.h"
+#include "container/ReadAhead.h"
 #include "stats/ValueStatistics.h"
 
 namespace Qov::Tools {
@@ -50,6 +51,8 @@ class ResultStatistics {
   explicit ResultStatistics(const std::vector<std::string>& patterns)
       : mPatterns(patterns), mIsUsed(patterns.size()) {}
 
+  /// Returns the arrays that Add may read, in the order of reading.
+  QovJbf::ReadAhead::Parts PlanReads(const QovRyx::NodeTree& nodes);
   /// Adds the results of a model. Reads their arrays in stored order.
   void Add(std::size_t file, const QovRyx::NodeTree& nodes);
 
