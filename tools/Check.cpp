@@ -3,6 +3,7 @@
 #include <CLI/App.hpp>
 #include <exception>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -127,10 +128,11 @@ int CheckCommand::Run(Output& output, Output& errors) {
   int status = kSuccess;
   Json document = MakeJsonDocument(GetName());
   Json& files = document["files"] = Json::array();
+  FileChecks checks(mPaths, mLimit == 0 ? SIZE_MAX : mLimit);
   for (const std::string& path : mPaths) {
-    FileReport report(mLimit == 0 ? SIZE_MAX : mLimit);
+    std::optional<FileReport> report;
     try {
-      CheckFile(path, report);
+      report = checks.CheckNext();
     } catch (const std::exception& error) {
       errors.Line(fmt::format("ryx check: {}: {}", Escape(path, errors.GetStyle()),
                               DescribeError(error, errors.GetStyle())));
@@ -140,11 +142,11 @@ int CheckCommand::Run(Output& output, Output& errors) {
       status = kTrouble;
       continue;
     }
-    if (report.mFindings.GetNumErrors() != 0) status = std::max(status, kFindings);
+    if (report->mFindings.GetNumErrors() != 0) status = std::max(status, kFindings);
     if (mJson) {
-      files.push_back(MakeJson(path, report));
+      files.push_back(MakeJson(path, *report));
     } else {
-      PrintReport(path, report, output);
+      PrintReport(path, *report, output);
     }
   }
   if (mJson) output.Line(FormatJson(document));

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <memory>
+#include <utility>
 
 #include "Plural.h"
 #include "Qov/Util/Raise.h"
@@ -87,31 +89,35 @@ std::string Inflation::Run(std::uint64_t limit, QovJbf::Block* content) {
 
 }  // namespace
 
-BlockVerdict InflateWholeBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
-                               QovJbf::MallocBuffer& content) {
-  BlockVerdict verdict;
-  if (size < QovJbf::kRawLengthSize) return InflateBlock(file, position, size);
-  file.Read(position, &verdict.mRawLength, QovJbf::kRawLengthSize);
+std::optional<std::uint32_t> ReadWholeLength(const QovJbf::Descriptor& file, std::uint64_t position,
+                                             std::uint32_t size) {
+  if (size < QovJbf::kRawLengthSize) return std::nullopt;
+  std::array<unsigned char, QovJbf::kRawLengthSize> bytes{};
+  if (!QovJbf::ReadFully(file, position, bytes.data(), bytes.size())) return std::nullopt;
+  const auto length = std::bit_cast<std::uint32_t>(bytes);
   const auto numStored = static_cast<std::uint32_t>(size - QovJbf::kRawLengthSize);
-  if (verdict.mRawLength > QovJbf::GetLargestContent(numStored) ||
-      std::uint64_t{size} + verdict.mRawLength > QovJbf::kMostWhole) {
-    return InflateBlock(file, position, size);
+  if (length > QovJbf::GetLargestContent(numStored) ||
+      std::uint64_t{size} + length > QovJbf::kMostWhole) {
+    return std::nullopt;
   }
+  return length;
+}
+
+std::optional<WholeBlock> InflateWholeBlock(const QovJbf::Descriptor& file, std::uint64_t position,
+                                            std::uint32_t size) {
+  const auto length = ReadWholeLength(file, position, size);
+  if (!length) return std::nullopt;
+  const auto numStored = static_cast<std::uint32_t>(size - QovJbf::kRawLengthSize);
   const QovJbf::MallocBuffer stored = QovJbf::TryToAllocate(numStored);
-  content = QovJbf::TryToAllocate(verdict.mRawLength);
-  if (!stored || !content) {
-    content.reset();
-    return InflateBlock(file, position, size);
+  QovJbf::MallocBuffer content = QovJbf::TryToAllocate(*length);
+  if (!stored || !content ||
+      !QovJbf::ReadFully(file, position + QovJbf::kRawLengthSize, stored.get(), numStored)) {
+    return std::nullopt;
   }
-  file.Read(position + QovJbf::kRawLengthSize, stored.get(), numStored);
-  const std::size_t length =
-      QovJbf::DecompressWhole(stored.get(), numStored, content.get(), verdict.mRawLength);
-  if (length == 0) {
-    content.reset();
-    return InflateBlock(file, position, size);
-  }
-  verdict.mNumTrailing = static_cast<std::uint32_t>(numStored - length);
-  return verdict;
+  const std::size_t numUsed =
+      QovJbf::DecompressWhole(stored.get(), numStored, content.get(), *length);
+  if (numUsed == 0) return std::nullopt;
+  return WholeBlock{*length, static_cast<std::uint32_t>(numStored - numUsed), std::move(content)};
 }
 
 BlockVerdict InflateBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "Qov/Jbf/Block.h"
@@ -19,10 +20,24 @@ struct BlockVerdict {
   std::uint32_t mNumTrailing = 0;  ///< Bytes of the block after its zlib stream.
 };
 
-/// Decompresses a block as a whole. Does the same as InflateBlock if the block is damaged or too
-/// large. Sets `content` if the block is sound and was decompressed as a whole.
-BlockVerdict InflateWholeBlock(FileBytes& file, std::uint64_t position, std::uint32_t size,
-                               QovJbf::MallocBuffer& content);
+/// The content of a sound block.
+struct WholeBlock {
+  std::uint32_t mRawLength = 0;
+  std::uint32_t mNumTrailing = 0;  ///< As in BlockVerdict.
+  QovJbf::MallocBuffer mContent;
+
+  BlockVerdict GetVerdict() const { return {mRawLength, false, "", mNumTrailing}; }
+};
+
+/// Reads the length of the content of a block. Returns nothing if the block cannot be decompressed
+/// as a whole, because it is too large or cannot have that content.
+std::optional<std::uint32_t> ReadWholeLength(const QovJbf::Descriptor& file, std::uint64_t position,
+                                             std::uint32_t size);
+/// Decompresses a block as a whole. Returns nothing if it is damaged or too large, or if there is
+/// no memory; InflateBlock tells the reason. Other threads may call it, because it does not raise
+/// errors.
+std::optional<WholeBlock> InflateWholeBlock(const QovJbf::Descriptor& file, std::uint64_t position,
+                                            std::uint32_t size);
 
 /// Decompresses and checks a block, which must be inside the file. Appends its content to `content`
 /// unless that is null; otherwise keeps only a few buffers in memory. Raises MemoryAllocationError

@@ -52,10 +52,15 @@ QovJbf::Block ReadPlain(FileBytes& file, std::uint64_t position, std::uint32_t s
 Container::Container(const std::string& path, Findings& findings)
     : mFindings(findings), mPath(path), mBytes(path) {}
 
-bool Container::Check() {
+bool Container::ListBlocks(BlocksAhead& ahead) {
   if (!CheckHeader() || !ReadIndex()) return false;
-  CheckBlocks();
-  return OpenForReading();
+  std::uint64_t position = mFirstBlock;
+  for (const StoredBlock& block : mBlocks) {
+    if (IsInflated(block, position)) ahead.Add(GetBlock(block, position));
+    position += block.mSize;
+  }
+  ahead.Start();
+  return true;
 }
 
 bool Container::OpenUnchecked() {
@@ -244,14 +249,15 @@ Place Container::AtBlock(std::size_t k, std::uint64_t position) const {
   return place;
 }
 
-void Container::CheckBlocks() {
+bool Container::CheckBlocks(BlocksAhead& ahead) {
   std::uint64_t position = mFirstBlock;
   for (std::size_t k = 0; k < mBlocks.size(); ++k) {
-    CheckBlock(k, position);
+    CheckBlock(k, position, ahead);
     position += mBlocks[k].mSize;
   }
   CheckEnd(position);
   CheckStreamNames();
+  return OpenForReading();
 }
 
 void Container::CheckStreamNames() {
@@ -264,23 +270,37 @@ void Container::CheckStreamNames() {
   }
 }
 
-void Container::CheckBlock(std::size_t k, std::uint64_t position) {
+/// Returns true if the block is compressed and inside the file.
+bool Container::IsInflated(const StoredBlock& block, std::uint64_t position) const {
+  return block.mSize != 0 && (block.mFlags & QovJbf::BlockFlag::kCompressed) != 0 &&
+         mBytes.Holds(position, block.mSize);
+}
+
+BlocksAhead::Block Container::GetBlock(const StoredBlock& block, std::uint64_t position) const {
+  return {mBytes.GetFile(), position, block.mSize};
+}
+
+/// Decompresses a block, and keeps its content if it is of the heavy stream and fits.
+BlockVerdict Container::Inflate(const StoredBlock& block, std::uint64_t position,
+                                BlocksAhead& ahead) {
+  std::optional<WholeBlock> whole = ahead.Take(GetBlock(block, position));
+  if (!whole) return InflateBlock(mBytes, position, block.mSize);
+  if (mStreams[block.mStream].mName == QovRyx::kHeavyData &&
+      mNumHeavyBytes + whole->mRawLength <= kMostHeavyBytes) {
+    mNumHeavyBytes += whole->mRawLength;
+    mHeavyContents.emplace(position, std::move(whole->mContent));
+  }
+  return whole->GetVerdict();
+}
+
+void Container::CheckBlock(std::size_t k, std::uint64_t position, BlocksAhead& ahead) {
   const StoredBlock& block = mBlocks[k];
   Stream& stream = mStreams[block.mStream];
   if (block.mSize == 0) return;
   const bool isCompressed = (block.mFlags & QovJbf::BlockFlag::kCompressed) != 0;
   BlockVerdict verdict{isCompressed ? 0 : block.mSize, false, "", 0};
   const bool isInFile = mBytes.Holds(position, block.mSize);
-  if (isInFile && isCompressed) {
-    QovJbf::MallocBuffer content;
-    verdict = InflateWholeBlock(mBytes, position, block.mSize, content);
-    const bool isKept = content && stream.mName == QovRyx::kHeavyData &&
-                        mNumHeavyBytes + verdict.mRawLength <= kMostHeavyBytes;
-    if (isKept) {
-      mNumHeavyBytes += verdict.mRawLength;
-      mHeavyContents.emplace(position, std::move(content));
-    }
-  }
+  if (IsInflated(block, position)) verdict = Inflate(block, position, ahead);
   if (verdict.mNumTrailing != 0) {
     mFindings.Warning("block-rest", AtBlock(k, position),
                       Plural(verdict.mNumTrailing, "byte", "follow") + " the compressed data.");

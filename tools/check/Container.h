@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Qov/Jbf/JbFile.h"
+#include "check/BlocksAhead.h"
 #include "check/FileBytes.h"
 #include "check/Finding.h"
 #include "check/StreamCursor.h"
@@ -22,8 +23,11 @@ class Container {
   /// Raises the errors of FileBytes, or FormatNotSupported for a file that is not a container.
   Container(const std::string& path, Findings& findings);
 
-  /// Returns false if the streams cannot be read.
-  bool Check();
+  /// Reads the list of blocks, and adds those that CheckBlocks decompresses to `ahead`. Returns
+  /// false if the list cannot be read.
+  bool ListBlocks(BlocksAhead& ahead);
+  /// Checks the listed blocks. Returns false if the streams cannot be read.
+  bool CheckBlocks(BlocksAhead& ahead);
   /// Opens the streams of a file that the programs can load, without checking its blocks. Returns
   /// false if the file is unfinished.
   bool OpenUnchecked();
@@ -38,7 +42,8 @@ class Container {
   /// Reports streams that readers keep in memory and that decompress to more than the limit of
   /// the readers. Returns true if they do.
   bool ReportExpansion(std::initializer_list<std::string> streams);
-  /// Returns blocks of the heavy stream that Check has decompressed. The caller may take them.
+  /// Returns blocks of the heavy stream that CheckBlocks has decompressed. The caller may take
+  /// them.
   QovJbf::ReadAhead::Contents& GetHeavyContents() { return mHeavyContents; }
   /// Returns a cursor over the stream; over no bytes if the stream is missing.
   StreamCursor OpenStream(const std::string& name);
@@ -68,8 +73,10 @@ class Container {
   void AppendItem(const QovJbf::IndexItem& item);
   void CheckItem(const QovJbf::IndexItem& item);
   Place AtBlock(std::size_t k, std::uint64_t position) const;
-  void CheckBlocks();
-  void CheckBlock(std::size_t k, std::uint64_t position);
+  bool IsInflated(const StoredBlock& block, std::uint64_t position) const;
+  BlocksAhead::Block GetBlock(const StoredBlock& block, std::uint64_t position) const;
+  void CheckBlock(std::size_t k, std::uint64_t position, BlocksAhead& ahead);
+  BlockVerdict Inflate(const StoredBlock& block, std::uint64_t position, BlocksAhead& ahead);
   void CheckEnd(std::uint64_t end);
   void CheckStreamNames();
   void Damage(Stream& stream, const std::string& code, const Place& place, std::string text);

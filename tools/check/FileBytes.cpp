@@ -1,5 +1,7 @@
 #include "check/FileBytes.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <filesystem>
 
@@ -18,20 +20,19 @@ FileBytes::FileBytes(const std::string& path) {
   if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
     Util::Raise(kSource, ErrorType::MiscellaneousError, "Not a regular file");
   }
-  mFile.open(path, std::ios::binary);
+  mpFile = std::make_shared<const QovJbf::Descriptor>(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   const int cause = errno;
   mLength = std::filesystem::file_size(path, error);
-  if (!mFile || error) {
+  if (!mpFile->IsOpen() || error) {
     Util::RaiseSystemFailure(kSource, ErrorType::MiscellaneousError,
                              "Unable to open file \"" + path + "\"", cause);
   }
 }
 
-void FileBytes::Read(std::uint64_t position, void* target, std::size_t n) {
-  mFile.clear();
-  mFile.seekg(static_cast<std::streamoff>(position));
-  mFile.read(static_cast<char*>(target), static_cast<std::streamsize>(n));
-  if (!mFile) Util::RaiseReadError(kSource);
+void FileBytes::Read(std::uint64_t position, void* target, std::size_t n) const {
+  if (!QovJbf::ReadFully(*mpFile, position, static_cast<unsigned char*>(target), n)) {
+    Util::RaiseReadError(kSource);
+  }
 }
 
 }  // namespace Qov::Tools

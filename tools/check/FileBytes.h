@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
+#include <memory>
 #include <string>
+
+#include "container/Descriptor.h"
 
 namespace Qov::Tools {
 
@@ -17,10 +19,12 @@ class FileBytes {
     return position <= mLength && size <= mLength - position;
   }
   /// Reads bytes that must be inside the file. Raises ReadError if that fails.
-  void Read(std::uint64_t position, void* target, std::size_t n);
+  void Read(std::uint64_t position, void* target, std::size_t n) const;
+  /// Returns the descriptor, which other threads may read from.
+  const std::shared_ptr<const QovJbf::Descriptor>& GetFile() const { return mpFile; }
 
  private:
-  std::ifstream mFile;
+  std::shared_ptr<const QovJbf::Descriptor> mpFile;
   std::uint64_t mLength = 0;
 };
 

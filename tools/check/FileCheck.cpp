@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <exception>
+#include <utility>
 
 #include "ErrorText.h"
 #include "ModelInput.h"
@@ -15,6 +17,8 @@
 #include "check/TreeLinks.h"
 #include "check/TreeRecords.h"
 #include "container/ContainerFormat.h"
+#include "container/SourceFile.h"
+#include "container/ThreadCount.h"
 #include "model/StreamNames.h"
 
 namespace Qov::Tools {
@@ -62,14 +66,11 @@ void CheckLoading(const std::string& path, Findings& findings) {
   }
 }
 
-}  // namespace
-
-void CheckFile(const std::string& path, FileReport& report) {
+/// Checks the content of a file whose blocks are listed.
+void CheckContent(const std::string& path, Container& container, BlocksAhead& ahead,
+                  FileReport& report) {
   Findings& findings = report.mFindings;
-  Container container(path, findings);
-  const bool hasStreams = container.Check();
-  report.mVersion = container.GetVersion();
-  if (!hasStreams) return;
+  if (!container.CheckBlocks(ahead)) return;
   report.mKind = FindKind(container);
   CheckParts(container, report);
   const bool hasViews = QovJbf::HasViews(container.GetVersion());
@@ -85,6 +86,57 @@ void CheckFile(const std::string& path, FileReport& report) {
   CheckViews(container, findings);
   const bool canLoad = report.mKind == FileReport::Kind::Model || hasViews;
   if (findings.GetNumErrors() == 0 && canLoad) CheckLoading(path, findings);
+}
+
+}  // namespace
+
+struct FileChecks::OpenFile {
+  explicit OpenFile(std::size_t limitPerCode) : mReport(limitPerCode) {}
+
+  FileReport mReport;
+  std::unique_ptr<Container> mpContainer;
+  bool mHasBlocks = false;
+  std::exception_ptr mpError;  ///< Raised when it is the turn of the file.
+};
+
+FileChecks::FileChecks(const std::vector<std::string>& paths, std::size_t limitPerCode)
+    : mPaths(paths), mLimitPerCode(limitPerCode), mNumAtOnce(1) {
+  constexpr std::size_t kMostOpen = 8;
+  const std::size_t numThreads = QovJbf::GetThreadCount(0);
+  if (numThreads > 1) {
+    mNumAtOnce = std::min({numThreads + 1, kMostOpen, QovJbf::CountWorkerHandles()});
+  }
+}
+
+FileChecks::~FileChecks() = default;
+
+FileReport FileChecks::CheckNext() {
+  while (mFiles.size() < mNumAtOnce && mNumOpened < mPaths.size()) OpenNext();
+  const std::string& path = mPaths[mNumOpened - mFiles.size()];
+  const std::unique_ptr<OpenFile> file = std::move(mFiles.front());
+  mFiles.pop_front();
+  if (file->mpError) std::rethrow_exception(file->mpError);
+  file->mReport.mVersion = file->mpContainer->GetVersion();
+  if (file->mHasBlocks) CheckContent(path, *file->mpContainer, mAhead, file->mReport);
+  return std::move(file->mReport);
+}
+
+void FileChecks::OpenNext() {
+  OpenFile& file = *mFiles.emplace_back(std::make_unique<OpenFile>(mLimitPerCode));
+  try {
+    file.mpContainer = std::make_unique<Container>(mPaths[mNumOpened++], file.mReport.mFindings);
+    file.mHasBlocks = file.mpContainer->ListBlocks(mAhead);
+  } catch (const std::exception&) {
+    file.mpError = std::current_exception();
+  }
+}
+
+void CheckFile(const std::string& path, FileReport& report) {
+  BlocksAhead ahead;
+  Container container(path, report.mFindings);
+  const bool hasBlocks = container.ListBlocks(ahead);
+  report.mVersion = container.GetVersion();
+  if (hasBlocks) CheckContent(path, container, ahead, report);
 }
 
 }  // namespace Qov::Tools

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <deque>
+#include <memory>
 #include <string>
+#include <vector>
 
+#include "check/BlocksAhead.h"
 #include "check/Finding.h"
 
 namespace Qov::Tools {
@@ -17,9 +22,33 @@ struct FileReport {
   Findings mFindings;
 };
 
-/// Checks all parts of a file. A check that has to stop does not stop the others. Keeps one array
-/// in memory at a time. The time is proportional to the uncompressed size of the file. Raises an
-/// error if the file cannot be read or is not a container.
+/// Checks files one after another. Decompresses the blocks of the next files on worker threads
+/// meanwhile.
+class FileChecks {
+ public:
+  FileChecks(const std::vector<std::string>& paths, std::size_t limitPerCode);
+  ~FileChecks();
+
+  /// Checks all parts of the next file. Call it once for each path. A check that has to stop does
+  /// not stop the others. Keeps one array in memory at a time. The time is proportional to the
+  /// uncompressed size of the file. Raises an error if the file cannot be read or is not a
+  /// container.
+  FileReport CheckNext();
+
+ private:
+  struct OpenFile;
+
+  void OpenNext();
+
+  const std::vector<std::string>& mPaths;
+  std::size_t mLimitPerCode;
+  std::size_t mNumAtOnce;
+  std::size_t mNumOpened = 0;  ///< Of mPaths.
+  BlocksAhead mAhead;
+  std::deque<std::unique_ptr<OpenFile>> mFiles;
+};
+
+/// Checks one file as FileChecks does.
 void CheckFile(const std::string& path, FileReport& report);
 
 }  // namespace Qov::Tools

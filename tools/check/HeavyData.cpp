@@ -94,6 +94,9 @@ class InlinePlaces {
   const StoredNode* mSets = nullptr;
 };
 
+/// Less than usual, because BlocksAhead decompresses blocks of the next files meanwhile.
+constexpr std::uint64_t kReadAheadMemory = std::uint64_t{80} << 20;
+
 /// Checks the items of the stream in one pass, in stored order.
 class HeavySweep {
  public:
@@ -163,7 +166,7 @@ void HeavySweep::Run(ModelContent& model) {
   for (StoredNode& node : model.mNodes) Collect(node);
   std::stable_sort(mExtents.begin(), mExtents.end());
   const QovRyx::ProgressReport progress(mCursor.GetLength());
-  QovJbf::ReadAhead ahead(PlanReads());
+  QovJbf::ReadAhead ahead(PlanReads(), kReadAheadMemory);
   if (mCursor.GetReader() != nullptr) {
     ahead.Provide(*mCursor.GetReader(), mContainer.GetHeavyContents());
   }

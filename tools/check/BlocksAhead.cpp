@@ -1,0 +1,68 @@
+#include "check/BlocksAhead.h"
+
+#include <exception>
+#include <utility>
+
+#include "container/ThreadCount.h"
+
+namespace Qov::Tools {
+
+BlocksAhead::BlocksAhead()
+    : mHasWorkers(QovJbf::GetThreadCount(0) > 1), mWorkers(QovJbf::GetThreadCount(0)) {}
+
+void BlocksAhead::Add(Block block) { mBlocks.push_back({std::move(block), 0, nullptr}); }
+
+void BlocksAhead::Start() {
+  for (; mHasWorkers && mNumPassed < mBlocks.size(); ++mNumPassed) {
+    Pending& next = mBlocks[mNumPassed];
+    const auto length =
+        ReadWholeLength(*next.mBlock.mpFile, next.mBlock.mPosition, next.mBlock.mSize);
+    if (!length) continue;
+    const std::uint64_t numBytes = std::uint64_t{*length} + next.mBlock.mSize;
+    if (numBytes > kMemory) continue;
+    {
+      const std::lock_guard lock(mMutex);
+      if (mNumStarted >= kMostStarted || mNumBytes + numBytes > kMemory) return;
+      mNumBytes += numBytes;
+    }
+    ++mNumStarted;
+    next.mRawLength = *length;
+    next.mpJob = std::make_shared<Job>();
+    mWorkers.Post([this, block = next.mBlock, job = next.mpJob] { Run(block, *job); });
+  }
+}
+
+/// Runs on a worker.
+void BlocksAhead::Run(const Block& block, Job& job) {
+  std::optional<WholeBlock> content =
+      InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize);
+  const std::lock_guard lock(mMutex);
+  job.mContent = std::move(content);
+  job.mIsDone = true;
+  mNumBytes -= block.mSize;
+  mDone.notify_all();
+}
+
+std::optional<WholeBlock> BlocksAhead::Take(const Block& block) {
+  while (!(mBlocks.front().mBlock == block)) TakeFirst();
+  const bool isStarted = mBlocks.front().mpJob != nullptr;
+  std::optional<WholeBlock> content = TakeFirst();
+  Start();
+  return isStarted ? std::move(content)
+                   : InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize);
+}
+
+/// Removes the first block, and returns its content if it was started.
+std::optional<WholeBlock> BlocksAhead::TakeFirst() {
+  const Pending first = std::move(mBlocks.front());
+  mBlocks.pop_front();
+  if (mNumPassed > 0) --mNumPassed;
+  if (!first.mpJob) return std::nullopt;
+  std::unique_lock lock(mMutex);
+  mDone.wait(lock, [&first] { return first.mpJob->mIsDone; });
+  --mNumStarted;
+  mNumBytes -= first.mRawLength;
+  return std::move(first.mpJob->mContent);
+}
+
+}  // namespace Qov::Tools
