@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Qov/Ryx/NumericArray.h"
+#include "StoredValues.h"
 
 namespace Qov::Tools {
 
@@ -13,6 +14,10 @@ template <class T>
 void ReadVerifiedValues(const QovRyx::NumericArray& array, std::vector<T>& values) {
   if (array.GetLoader()) array.GetLoader()->VerifyPlace();
   array.GetValues(values);
+}
+inline void ReadVerifiedValues(const QovRyx::NumericArray& array, StoredValues& values) {
+  if (array.GetLoader()) array.GetLoader()->VerifyPlace();
+  values.Read(array);
 }
 
 }  // namespace Qov::Tools

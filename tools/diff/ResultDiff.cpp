@@ -213,16 +213,18 @@ std::uint64_t ResultDiff::CountBytesToCompare() const {
 }
 
 ResultDiff::ArrayComparison ResultDiff::ReadAndCompare(const Variable& a, const Variable& b,
-                                                       bool integers,
-                                                       const Tolerance* tolerance) const {
+                                                       bool integers, const Tolerance* tolerance) {
   const char* side = "A";
   try {
-    std::vector<std::uint32_t> valuesA;
-    ReadVerifiedValues(a.mValues, valuesA);
+    ReadVerifiedValues(a.mValues, mValuesA);
     side = "B";
-    std::vector<std::uint32_t> valuesB;
-    ReadVerifiedValues(b.mValues, valuesB);
-    if (valuesA.size() != valuesB.size()) return {{}, {}, "the numbers of values differ"};
+    ReadVerifiedValues(b.mValues, mValuesB);
+    if (mValuesA.GetSize() != mValuesB.GetSize()) {
+      return {{}, {}, "the numbers of values differ"};
+    }
+    if (mValuesA.HasSameBytes(mValuesB)) return {};
+    const std::vector<std::uint32_t>& valuesA = mValuesA.GetValues();
+    const std::vector<std::uint32_t>& valuesB = mValuesB.GetValues();
     ArrayComparison comparison{CompareValues(valuesA, valuesB, integers, tolerance), {}, ""};
     if (mOptions.mComputesNorms && !comparison.mValues.IsEqual()) {
       comparison.mNorms = ComputeNorms(valuesA, valuesB, integers);

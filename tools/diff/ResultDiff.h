@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Qov/Ryx/ValueOwners.h"
+#include "StoredValues.h"
 #include "diff/NodeMatching.h"
 
 namespace Qov::Tools {
@@ -63,7 +64,7 @@ class ResultDiff {
   bool LeadToTheSame(const Variable& a, const Variable& b) const;
   std::uint64_t CountBytesToCompare() const;
   ArrayComparison ReadAndCompare(const Variable& a, const Variable& b, bool integers,
-                                 const Tolerance* tolerance) const;
+                                 const Tolerance* tolerance);
   ArrayComparison CompareValuesOnce(const Task& task);
   ModelDifference MakeValueDifference(const ResultPair& results, const ArrayComparison& comparison);
   void ReportOnly(const NodePair& pair, const Variable& variable, std::size_t position, bool inA);
@@ -78,6 +79,8 @@ class ResultDiff {
   DiffReport& mReport;
   std::unordered_map<std::uint32_t, Matched> mMatched;  ///< By the id of A's node.
   std::vector<Task> mTasks;
+  StoredValues mValuesA;
+  StoredValues mValuesB;
   std::optional<ItemNames> mItemNames;  ///< Of A.
   std::map<std::tuple<const QovRyx::DataLoader*, const QovRyx::DataLoader*, const Tolerance*, bool>,
            ArrayComparison>

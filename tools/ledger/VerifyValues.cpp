@@ -10,6 +10,7 @@
 #include "ErrorText.h"
 #include "Qov/Ryx/Progress.h"
 #include "Qov/Util/FileContext.h"
+#include "StoredValues.h"
 #include "VerifyResults.h"
 #include "compare/Sets.h"
 #include "compare/Values.h"
@@ -19,12 +20,12 @@
 namespace Qov::Tools {
 namespace {
 
-using Values = std::vector<std::uint32_t>;
-
 /// Returns an empty text if all values are the same, to the last bit.
-std::string DescribeValueDifference(const Values& wanted, const Values& found, bool integer,
+std::string DescribeValueDifference(StoredValues& wanted, StoredValues& found, bool integer,
                                     std::uint8_t width) {
-  const ValueComparison comparison = CompareValues(wanted, found, integer, nullptr);
+  if (wanted.HasSameBytes(found)) return "";
+  const ValueComparison comparison =
+      CompareValues(wanted.GetValues(), found.GetValues(), integer, nullptr);
   if (comparison.IsEqual()) return "";
   return fmt::format("{}: {}, should be {}", DescribeDifference(comparison, width),
                      ElementText(comparison.mBitsB, integer),
@@ -84,12 +85,13 @@ class ArrayVerifier {
   };
   /// Values of owners of links. Several links have the same owner.
   struct OwnerValues {
-    Values mValues;
+    StoredValues mValues;
     std::string mError;
   };
   static constexpr std::uint32_t kMostSmallBlock = std::uint32_t{32} << 20;
-  /// Less than usual, because values of owners are in memory too.
-  static constexpr std::uint64_t kReadAheadMemory = std::uint64_t{128} << 20;
+  /// More than usual: a block of 60 MB of an input is read while the next one is decompressed, and
+  /// the blocks of the output that have values of both are kept.
+  static constexpr std::uint64_t kReadAheadMemory = std::uint64_t{184} << 20;
   static constexpr std::uint64_t kMostOwnerBytes = std::uint64_t{32} << 20;
 
   void CollectArrays(ExpectedModel& model, bool integerKinds);
@@ -100,9 +102,11 @@ class ArrayVerifier {
   QovJbf::ReadAhead::Parts PlanReads(const std::vector<Task*>& order) const;
   std::string FindFault(const Task& task, const std::string& inputPath);
   std::string FindLinkFault(const Task& task, const std::string& inputPath);
-  const OwnerValues& ReadOwner(const Result& owner);
+  OwnerValues& ReadOwner(const Result& owner);
 
   std::vector<Task> mTasks;
+  StoredValues mWanted;
+  StoredValues mFound;
   std::map<const Result*, OwnerValues> mOwners;
   std::uint64_t mNumOwnerBytes = 0;
 };
@@ -215,14 +219,11 @@ std::string ArrayVerifier::FindFault(const Task& task, const std::string& inputP
     return fmt::format("has {} values, should have {}", found.GetNumElements(),
                        wanted.GetNumElements());
   }
-  Values wantedValues;
-  Values foundValues;
   QovRyx::ProgressReport::Advance(wanted.GetSize());
-  Util::WithFileContext(inputPath, [&] { wanted.GetValues(wantedValues); });
-  const std::string error = TryToRead([&] { found.GetValues(foundValues); });
+  Util::WithFileContext(inputPath, [&] { mWanted.Read(wanted); });
+  const std::string error = TryToRead([&] { mFound.Read(found); });
   if (!error.empty()) return error;
-  return DescribeValueDifference(wantedValues, foundValues, task.mpOwner->HoldsUnsigned(),
-                                 wanted.GetWidth());
+  return DescribeValueDifference(mWanted, mFound, task.mpOwner->HoldsUnsigned(), wanted.GetWidth());
 }
 
 /// Returns true if the types of both values are the same. A removed owner can leave its values to a
@@ -238,7 +239,7 @@ std::string ArrayVerifier::FindLinkFault(const Task& task, const std::string& in
   const Result* owner = task.mpOwner;
   const Result* wanted = task.GetWanted();
   if (owner == nullptr) return "is linked";
-  const OwnerValues& found = ReadOwner(*owner);
+  OwnerValues& found = ReadOwner(*owner);
   if (!found.mError.empty()) return found.mError;
   if (wanted == nullptr) return "is linked";
   if (!HasSameFlags(wanted, *owner) || !HasSameType(*wanted, *owner)) {
@@ -247,19 +248,18 @@ std::string ArrayVerifier::FindLinkFault(const Task& task, const std::string& in
   if (wanted->mValues.GetWidth() != owner->mValues.GetWidth()) {
     return "is linked to a result with items of another width";
   }
-  Values values;
   QovRyx::ProgressReport::Advance(wanted->mValues.GetSize());
-  Util::WithFileContext(inputPath, [&] { wanted->mValues.GetValues(values); });
-  if (values.size() != found.mValues.size()) {
-    return fmt::format("is linked to a result with {} values, should have {}", found.mValues.size(),
-                       values.size());
+  Util::WithFileContext(inputPath, [&] { mWanted.Read(wanted->mValues); });
+  if (mWanted.GetSize() != found.mValues.GetSize()) {
+    return fmt::format("is linked to a result with {} values, should have {}",
+                       found.mValues.GetSize(), mWanted.GetSize());
   }
-  return DescribeValueDifference(values, found.mValues, task.mpExpected->mpFound->HoldsUnsigned(),
+  return DescribeValueDifference(mWanted, found.mValues, task.mpExpected->mpFound->HoldsUnsigned(),
                                  wanted->mValues.GetWidth());
 }
 
 /// Reads the values of an owner, or returns those that are in memory.
-const ArrayVerifier::OwnerValues& ArrayVerifier::ReadOwner(const Result& owner) {
+ArrayVerifier::OwnerValues& ArrayVerifier::ReadOwner(const Result& owner) {
   const auto known = mOwners.find(&owner);
   if (known != mOwners.end()) return known->second;
   if (mNumOwnerBytes + owner.mValues.GetSize() > kMostOwnerBytes) {
@@ -268,7 +268,7 @@ const ArrayVerifier::OwnerValues& ArrayVerifier::ReadOwner(const Result& owner) 
   }
   mNumOwnerBytes += owner.mValues.GetSize();
   OwnerValues& read = mOwners[&owner];
-  read.mError = TryToRead([&] { owner.mValues.GetValues(read.mValues); });
+  read.mError = TryToRead([&] { read.mValues.Read(owner.mValues); });
   return read;
 }
 
