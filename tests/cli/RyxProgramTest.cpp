@@ -98,5 +98,36 @@ TEST_F(RyxCommandLine, ShellsGetCompletionsFromTheProgram) {
   }
 }
 
+/// The next files are read while one is shown.
+TEST_F(RyxCommandLine, ShowsManyFilesLikeSingleOnes) {
+  ASSERT_EQ(Run({"sample", mDir / "", "--size", "4", "--steps", "9"}).mStatus, 0);
+  std::vector<std::string> paths;
+  for (int i = 1; i <= 9; ++i) paths.push_back(mDir / ("run" + std::to_string(i) + ".ryx"));
+  std::string flipped = ReadFile(paths[2]);
+  for (std::size_t at = flipped.size() / 4; at < flipped.size(); at += 500) flipped[at] ^= 8;
+  WriteFile(paths[2], flipped);
+  WriteFile(paths[4], ReadFile(paths[4]).substr(0, 3000));
+  std::filesystem::remove(paths[5]);
+  for (const char* threads : {"1", "2", "8"}) {
+    mSurroundings.mEnvironment["RYXMERGE_THREADS"] = threads;
+    for (const std::string command : {"check", "ls"}) {
+      std::string output;
+      std::string errors;
+      std::vector<std::string> arguments{command};
+      for (const std::string& path : paths) {
+        const Outcome one = Run({command, path});
+        if (command == "ls" && !output.empty() && !one.mOut.empty()) output += "\n";
+        output += one.mOut;
+        errors += one.mErr;
+        arguments.push_back(path);
+      }
+      const Outcome all = Run(arguments);
+      EXPECT_EQ(all.mOut, output) << command << threads;
+      EXPECT_EQ(all.mErr, errors) << command << threads;
+      EXPECT_EQ(all.mStatus, 2) << command << threads;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace Qov::Test

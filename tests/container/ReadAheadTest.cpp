@@ -83,6 +83,22 @@ TEST_P(ReadAheadTest, ReadsTheSameBytesWhateverIsPlanned) {
   }
 }
 
+TEST_P(ReadAheadTest, ReadsAppendedParts) {
+  Open();
+  for (const std::uint64_t memory : {0U, 25000U, 60000U, 10000000U}) {
+    ReadAhead ahead({}, memory);
+    ahead.Append(Plan(4000, 25000));
+    for (int round = 0; round < 5; ++round) {
+      const ReadAhead::Parts parts = Plan(kBlock * 3, kBlock);
+      ahead.Append(parts);
+      for (const ReadAhead::Part& part : parts) ExpectContent(part, round % 2 == 0);
+      const auto file = static_cast<std::size_t>(round % 2);
+      mReaders[file].reset();
+      OpenReader(file);  // often at the same address
+    }
+  }
+}
+
 TEST_P(ReadAheadTest, OutlivesReaders) {
   Open();
   const ReadAhead ahead(Plan(kBlock, kBlock));
