@@ -1,6 +1,7 @@
 #include "ChunkPool.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -26,31 +27,37 @@ Chunk ChunkPool::Take() {
 
 Chunk ChunkPool::Take(std::size_t capacity) {
   Chunk chunk;
-  if (!TakeLarge(capacity, chunk)) Resize(chunk, capacity);
+  if (TakeLarge(capacity, chunk)) return chunk;
+  chunk = Chunk(TryToAllocate(capacity), capacity, 0);
+  if (!chunk.mData) throw std::bad_alloc();
+  const std::lock_guard lock(mMutex);
+  CountUsed(0, capacity);
   return chunk;
 }
 
-/// Takes the smallest free chunk that is large enough. Returns false if there is none, and frees a
-/// smaller one instead.
+/// Takes the smallest free chunk that is large enough, but not more than twice as large as needed.
+/// Returns false if there is none, and frees another one instead: one that is too small if
+/// possible.
 bool ChunkPool::TakeLarge(std::size_t capacity, Chunk& chunk) {
   const std::lock_guard lock(mMutex);
-  auto best = mFreeLarge.end();
-  for (auto free = mFreeLarge.begin(); free != mFreeLarge.end(); ++free) {
-    const bool isBetter = best == mFreeLarge.end() || free->mCapacity < best->mCapacity;
-    if (free->mCapacity >= capacity && isBetter) best = free;
-  }
-  const bool isFound = best != mFreeLarge.end();
-  if (isFound) {
+  const auto isSmaller = [](const Chunk& a, const Chunk& b) { return a.mCapacity < b.mCapacity; };
+  std::sort(mFreeLarge.begin(), mFreeLarge.end(), isSmaller);
+  const auto best =
+      std::find_if(mFreeLarge.begin(), mFreeLarge.end(),
+                   [capacity](const Chunk& free) { return free.mCapacity >= capacity; });
+  if (best != mFreeLarge.end() && best->mCapacity / 2 <= capacity) {
     chunk = std::move(*best);
     chunk.mSize = 0;
     mFreeLarge.erase(best);
     CountUsed(0, chunk.mCapacity);
-  } else if (!mFreeLarge.empty()) {
-    mFreeLarge.pop_back();
-  } else {
-    mFreeLarge.reserve(++mNumLarge);  // Return must not allocate
+    return true;
   }
-  return isFound;
+  if (mFreeLarge.empty()) {
+    mFreeLarge.reserve(++mNumLarge);  // Return must not allocate
+  } else {
+    mFreeLarge.erase(best == mFreeLarge.begin() ? best : std::prev(best));
+  }
+  return false;
 }
 
 void ChunkPool::Resize(Chunk& chunk, std::size_t capacity) {

@@ -26,6 +26,12 @@ std::uint64_t GetSize(const StreamReader::BlockExtent& extent) {
   return std::uint64_t{extent.mRawLength} + extent.mStoredSize;
 }
 
+/// Returns the size of the buffer for `n` bytes. Buffers of a few sizes are reused more often.
+std::size_t GetCapacity(std::uint32_t n) {
+  constexpr std::size_t kStep = std::size_t{1} << 20;
+  return (std::size_t{n} + kStep) / kStep * kStep;
+}
+
 /// Returns a closed descriptor if the file cannot be opened. The reader reports the reason when it
 /// reads the block itself.
 Descriptor OpenFile(const StreamReader& reader) {
@@ -46,9 +52,22 @@ struct ReadAhead::Job {
   std::uint64_t mPosition;
   std::uint32_t mStoredSize;
   std::uint32_t mRawLength;
-  MallocBuffer mContent;          ///< Used by the worker until the job is done.
+  Chunk mContent;                 ///< Used by the worker until the job is done.
   State mState = State::Running;  ///< Guarded by the mutex.
 };
+
+/// Returns the length of the content, or 0 if the block is damaged.
+std::uint32_t ReadAhead::Decompress(const Job& job, const Descriptor& file, unsigned char* stored,
+                                    unsigned char* content) {
+  const bool isRead = job.mStoredSize >= kRawLengthSize &&
+                      ReadFully(file, job.mPosition, stored, job.mStoredSize) &&
+                      std::memcmp(stored, &job.mRawLength, kRawLengthSize) == 0;
+  const std::size_t length =
+      isRead ? DecompressWhole(stored + kRawLengthSize, job.mStoredSize - kRawLengthSize, content,
+                               job.mRawLength)
+             : 0;
+  return length == 0 ? 0 : job.mRawLength;
+}
 
 ReadAhead* ReadAhead::spCurrent = nullptr;
 
@@ -163,7 +182,7 @@ void ReadAhead::Provide(const StreamReader& reader, Contents& contents) {
     const auto content = contents.find(reader.GetPosition(planned.mExtent));
     if (content == contents.end()) continue;
     planned.mpJob = std::make_shared<Job>(
-        Job{Descriptor(-1), 0, 0, 0, std::move(content->second), Job::State::Sound});
+        Job{Descriptor(-1), 0, 0, 0, Chunk(std::move(content->second), 0, 0), Job::State::Sound});
     mStarted.push_back(&planned);
     contents.erase(content);
   }
@@ -214,7 +233,7 @@ const unsigned char* ReadAhead::GetContent(Planned& planned) {
     std::unique_lock lock(mMutex);
     mDone.wait(lock, [&job] { return job->mState != Job::State::Running; });
   }
-  if (job->mState == Job::State::Sound) return job->mContent.get();
+  if (job->mState == Job::State::Sound) return job->mContent.mData.get();
   LeaveOut(planned);
   return nullptr;
 }
@@ -268,7 +287,7 @@ void ReadAhead::Start(Planned& planned) {
   }
   const StreamReader::BlockExtent& extent = planned.mExtent;
   planned.mpJob = std::make_shared<Job>(Job{std::move(file), planned.mpReader->GetPosition(extent),
-                                            extent.mStoredSize, extent.mRawLength, nullptr,
+                                            extent.mStoredSize, extent.mRawLength, Chunk(),
                                             Job::State::Running});
   try {
     mStarted.push_back(&planned);
@@ -280,20 +299,19 @@ void ReadAhead::Start(Planned& planned) {
 
 /// Runs on a worker. The reader reports the reason of a failure when it reads the block itself.
 void ReadAhead::Run(Job& job) {
-  bool isSound = false;
-  {
+  Chunk content;
+  try {
     const Descriptor file = std::move(job.mFile);
-    const MallocBuffer stored = TryToAllocate(job.mStoredSize);
-    MallocBuffer content = TryToAllocate(job.mRawLength);
-    isSound = stored && content && job.mStoredSize >= kRawLengthSize &&
-              ReadFully(file, job.mPosition, stored.get(), job.mStoredSize) &&
-              std::memcmp(stored.get(), &job.mRawLength, kRawLengthSize) == 0 &&
-              DecompressWhole(stored.get() + kRawLengthSize, job.mStoredSize - kRawLengthSize,
-                              content.get(), job.mRawLength) != 0;
-    if (isSound) job.mContent = std::move(content);
+    content = mBuffers.Take(GetCapacity(job.mRawLength));  // first, because it is the larger one
+    Chunk stored = mBuffers.Take(GetCapacity(job.mStoredSize));
+    content.mSize = Decompress(job, file, stored.mData.get(), content.mData.get());
+    mBuffers.Return(std::move(stored));
+  } catch (const std::bad_alloc&) {
+    content = Chunk();
   }
   const std::lock_guard lock(mMutex);
-  job.mState = isSound ? Job::State::Sound : Job::State::Failed;
+  job.mState = content.mSize > 0 ? Job::State::Sound : Job::State::Failed;
+  job.mContent = std::move(content);
   mDone.notify_all();
 }
 
@@ -301,6 +319,12 @@ void ReadAhead::Run(Job& job) {
 void ReadAhead::LeaveOut(Planned& planned) {
   planned.mIsLeftOut = true;
   if (!planned.mpJob) return;
+  {
+    const std::lock_guard lock(mMutex);
+    if (planned.mpJob->mState != Job::State::Running) {
+      mBuffers.Return(std::move(planned.mpJob->mContent));
+    }
+  }
   planned.mpJob.reset();
   std::erase(mStarted, &planned);
 }

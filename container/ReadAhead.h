@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "ChunkPool.h"
+#include "Descriptor.h"
 #include "MallocBuffer.h"
 #include "Qov/Jbf/StreamReader.h"
 #include "WorkerPool.h"
@@ -100,6 +102,8 @@ class ReadAhead {
   bool Fits(const Planned& planned);
   void Start(Planned& planned);
   void Run(Job& job);
+  static std::uint32_t Decompress(const Job& job, const Descriptor& file, unsigned char* stored,
+                                  unsigned char* content);
   void LeaveOut(Planned& planned);
 
   static ReadAhead* spCurrent;
@@ -117,6 +121,7 @@ class ReadAhead {
   std::vector<Planned*> mStarted;
   std::mutex mMutex;  ///< Guards the results of jobs.
   std::condition_variable mDone;
+  ChunkPool mBuffers;   ///< Buffers of blocks are reused, because the system clears new ones.
   WorkerPool mWorkers;  ///< Last, because its tasks use the members above.
 };
 
