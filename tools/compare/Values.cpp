@@ -28,6 +28,33 @@ bool IsLarger(double distance, double than) {
   return std::isnan(distance) || distance > than;
 }
 
+template <bool kIntegers>
+void CompareElements(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b,
+                     const Tolerance* tolerance, ValueComparison& comparison) {
+  std::uint64_t numDiffering = 0;
+  double largest = -1.0;  // less than all distances
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const bool differs = a[i] != b[i];
+    if (tolerance != nullptr && !kIntegers && differs &&
+        tolerance->Accepts(std::bit_cast<float>(a[i]), std::bit_cast<float>(b[i]))) {
+      continue;
+    }
+    numDiffering += differs ? 1 : 0;
+    const double numberA = Number(a[i], kIntegers);
+    const double numberB = Number(b[i], kIntegers);
+    // True for most elements, also for equal ones. False for NaNs.
+    if (std::fabs(numberA - numberB) <= largest || !differs) continue;
+    const double distance = Distance(numberA, numberB);
+    if (numDiffering > 1 && !IsLarger(distance, largest)) continue;
+    comparison.mPosition = i;
+    comparison.mBitsA = a[i];
+    comparison.mBitsB = b[i];
+    largest = distance;
+  }
+  comparison.mNumDiffering = numDiffering;
+  if (numDiffering != 0) comparison.mDifference = largest;
+}
+
 }  // namespace
 
 ValueComparison CompareValues(const std::vector<std::uint32_t>& a,
@@ -37,20 +64,8 @@ ValueComparison CompareValues(const std::vector<std::uint32_t>& a,
   ValueComparison comparison;
   comparison.mNumValues = a.size();
   comparison.mIntegers = integers;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (a[i] == b[i]) continue;
-    if (tolerance != nullptr && !integers &&
-        tolerance->Accepts(std::bit_cast<float>(a[i]), std::bit_cast<float>(b[i]))) {
-      continue;
-    }
-    const double distance = Distance(Number(a[i], integers), Number(b[i], integers));
-    const bool isFirst = comparison.mNumDiffering++ == 0;
-    if (!isFirst && !IsLarger(distance, comparison.mDifference)) continue;
-    comparison.mPosition = i;
-    comparison.mBitsA = a[i];
-    comparison.mBitsB = b[i];
-    comparison.mDifference = distance;
-  }
+  integers ? CompareElements<true>(a, b, tolerance, comparison)
+           : CompareElements<false>(a, b, tolerance, comparison);
   return comparison;
 }
 
