@@ -281,7 +281,7 @@ row_verify() {
   local merged=$data/merged.ryx
   ryx merge "${big[@]}" --overwrite -o "$merged" >/dev/null
   report "\`ryx verify\` of that merge, wall / one plain inflate of inputs and output" \
-    "at most 0.35" "$(versus wall ryx verify "${big[@]}" "$merged" -- \
+    "at most 0.35" "$(versus wall ryx verify "$merged" "${big[@]}" -- \
       floor --inflate "${big[@]}" "$merged")"
   rm "$merged"
 }
