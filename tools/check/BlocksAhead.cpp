@@ -1,6 +1,6 @@
 #include "check/BlocksAhead.h"
 
-#include <exception>
+#include <new>
 #include <utility>
 
 #include "container/ThreadCount.h"
@@ -25,10 +25,20 @@ void BlocksAhead::Start() {
       if (mNumStarted >= kMostStarted || mNumBytes + numBytes > kMemory) return;
       mNumBytes += numBytes;
     }
-    ++mNumStarted;
     next.mRawLength = *length;
+    Start(next);
+  }
+}
+
+void BlocksAhead::Start(Pending& next) {
+  try {
     next.mpJob = std::make_shared<Job>();
     mWorkers.Post([this, block = next.mBlock, job = next.mpJob] { Run(block, *job); });
+    ++mNumStarted;
+  } catch (const std::bad_alloc&) {
+    next.mpJob.reset();  // nobody would end the job
+    const std::lock_guard lock(mMutex);
+    mNumBytes -= std::uint64_t{next.mRawLength} + next.mBlock.mSize;
   }
 }
 

@@ -54,6 +54,7 @@ class BlocksAhead {
   static constexpr std::uint64_t kMemory = std::uint64_t{152} << 20;
   static constexpr std::size_t kMostStarted = 64;
 
+  void Start(Pending& next);
   void Run(const Block& block, Job& job);
   std::optional<WholeBlock> TakeFirst();
 
