@@ -1,5 +1,6 @@
 #include "ValueKernels.h"
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -120,6 +121,41 @@ QOV_IN_CLONE void SplitVectorsOf(const T* vectors, std::size_t count, VectorBloc
   }
 }
 
+template <class T>
+QOV_IN_CLONE double GetDistance(std::uint32_t a, std::uint32_t b) {
+  return std::fabs(static_cast<double>(std::bit_cast<T>(a)) -
+                   static_cast<double>(std::bit_cast<T>(b)));
+}
+
+template <class T>
+QOV_IN_CLONE BlockDifference FindDifferenceOf(const std::uint32_t* a, const std::uint32_t* b,
+                                              std::size_t count) {
+  std::array<std::uint32_t, kLanes> numDiffering{};
+  std::array<std::uint32_t, kLanes> hasNaN{};
+  std::array<double, kLanes> largest{};
+  std::size_t i = 0;
+  for (; i + kLanes <= count; i += kLanes) {
+    for (std::size_t k = 0; k < kLanes; ++k) {
+      const double distance = GetDistance<T>(a[i + k], b[i + k]);
+      numDiffering[k] += a[i + k] != b[i + k] ? 1 : 0;
+      hasNaN[k] |= distance != distance ? 1 : 0;
+      largest[k] = distance > largest[k] ? distance : largest[k];
+    }
+  }
+  BlockDifference difference{0, 0, false};
+  const auto add = [&difference](std::uint32_t differing, bool isNaN, double distance) {
+    difference.mNumDiffering += differing;
+    difference.mHasNaN = difference.mHasNaN || isNaN;
+    if (distance > difference.mLargest) difference.mLargest = distance;
+  };
+  for (std::size_t k = 0; k < kLanes; ++k) add(numDiffering[k], hasNaN[k] != 0, largest[k]);
+  for (; i < count; ++i) {
+    const double distance = GetDistance<T>(a[i], b[i]);
+    add(a[i] != b[i] ? 1 : 0, distance != distance, distance);
+  }
+  return difference;
+}
+
 }  // namespace
 
 QOV_CLONED ValueRange<float> FindRange(const float* values, std::size_t count) {
@@ -153,6 +189,18 @@ QOV_CLONED void SplitVectors(const float* vectors, std::size_t count, VectorBloc
 QOV_CLONED void SplitVectors(const std::uint32_t* vectors, std::size_t count,
                              VectorBlock<std::uint32_t>& block) {
   SplitVectorsOf(vectors, count, block);
+}
+
+template <>
+QOV_CLONED BlockDifference FindDifference<float>(const std::uint32_t* a, const std::uint32_t* b,
+                                                 std::size_t count) {
+  return FindDifferenceOf<float>(a, b, count);
+}
+template <>
+QOV_CLONED BlockDifference FindDifference<std::uint32_t>(const std::uint32_t* a,
+                                                         const std::uint32_t* b,
+                                                         std::size_t count) {
+  return FindDifferenceOf<std::uint32_t>(a, b, count);
 }
 
 }  // namespace Qov::Tools

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Loops over many values, for the statistics of arrays. Their results are the same on every
-/// processor.
+/// Loops over many values, for statistics and comparisons of arrays. Their results are the same on
+/// every processor.
 namespace Qov::Tools {
 
 /// The greatest number of values that are summed at a time.
@@ -40,6 +40,17 @@ struct LaneSums {
 LaneSums SumLanes(const float* values, std::size_t count, double largest);
 LaneSums SumLanes(const double* values, std::size_t count, double largest);
 LaneSums SumLanes(const std::uint32_t* values, std::size_t count, double largest);
+
+/// The differences of elements.
+struct BlockDifference {
+  std::size_t mNumDiffering;  ///< Elements with different bits.
+  double mLargest;            ///< The largest distance of two numbers that have one.
+  bool mHasNaN;               ///< True if two elements have no distance: a NaN, equal infinities.
+};
+
+/// Compares elements, which have the type T.
+template <class T>
+BlockDifference FindDifference(const std::uint32_t* a, const std::uint32_t* b, std::size_t count);
 
 /// The components of at most kBlockValues vectors, and their lengths.
 template <class T>

@@ -5,16 +5,15 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <span>
+#include <type_traits>
 
 #include "Qov/Util/Assert.h"
+#include "ValueKernels.h"
 #include "ValueText.h"
 
 namespace Qov::Tools {
 namespace {
-
-double Number(std::uint32_t bits, bool integer) {
-  return integer ? static_cast<double>(bits) : static_cast<double>(std::bit_cast<float>(bits));
-}
 
 double Distance(double a, double b) {
   if (std::isnan(a) && std::isnan(b)) return 0.0;
@@ -28,32 +27,56 @@ bool IsLarger(double distance, double than) {
   return std::isnan(distance) || distance > than;
 }
 
-template <bool kIntegers>
-void CompareElements(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b,
-                     const Tolerance* tolerance, ValueComparison& comparison) {
-  std::uint64_t numDiffering = 0;
-  double largest = -1.0;  // less than all distances
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    const bool differs = a[i] != b[i];
-    if (tolerance != nullptr && !kIntegers && differs &&
-        tolerance->Accepts(std::bit_cast<float>(a[i]), std::bit_cast<float>(b[i]))) {
-      continue;
+using Elements = std::span<const std::uint32_t>;
+
+/// Compares the elements of two arrays, a part at a time.
+template <class T>
+class ElementComparison {
+ public:
+  ElementComparison(const Tolerance* tolerance, ValueComparison& comparison)
+      : mTolerance(std::is_same_v<T, float> ? tolerance : nullptr), mComparison(comparison) {}
+
+  void Compare(Elements a, Elements b) {
+    for (std::size_t at = 0; at < a.size(); at += kBlockValues) {
+      const std::size_t n = std::min(kBlockValues, a.size() - at);
+      CompareBlock(at, a.subspan(at, n), b.subspan(at, n));
     }
-    numDiffering += differs ? 1 : 0;
-    const double numberA = Number(a[i], kIntegers);
-    const double numberB = Number(b[i], kIntegers);
-    // True for most elements, also for equal ones. False for NaNs.
-    if (std::fabs(numberA - numberB) <= largest || !differs) continue;
-    const double distance = Distance(numberA, numberB);
-    if (numDiffering > 1 && !IsLarger(distance, largest)) continue;
-    comparison.mPosition = i;
-    comparison.mBitsA = a[i];
-    comparison.mBitsB = b[i];
-    largest = distance;
+    if (mComparison.mNumDiffering != 0) mComparison.mDifference = mLargest;
   }
-  comparison.mNumDiffering = numDiffering;
-  if (numDiffering != 0) comparison.mDifference = largest;
-}
+
+ private:
+  void CompareBlock(std::size_t start, Elements a, Elements b) {
+    const BlockDifference difference = FindDifference<T>(a.data(), b.data(), a.size());
+    if (difference.mNumDiffering == 0) return;
+    const bool isPlain = mTolerance == nullptr && !difference.mHasNaN &&
+                         mComparison.mNumDiffering != 0 && difference.mLargest <= mLargest;
+    if (isPlain) {
+      mComparison.mNumDiffering += difference.mNumDiffering;
+      return;
+    }
+    for (std::size_t i = 0; i < a.size(); ++i) {
+      if (a[i] != b[i]) CompareElement(start + i, a[i], b[i]);
+    }
+  }
+
+  void CompareElement(std::size_t position, std::uint32_t a, std::uint32_t b) {
+    const bool isAccepted = mTolerance != nullptr &&
+                            mTolerance->Accepts(std::bit_cast<float>(a), std::bit_cast<float>(b));
+    if (isAccepted) return;
+    const double distance = Distance(Number(a), Number(b));
+    if (mComparison.mNumDiffering++ != 0 && !IsLarger(distance, mLargest)) return;
+    mComparison.mPosition = position;
+    mComparison.mBitsA = a;
+    mComparison.mBitsB = b;
+    mLargest = distance;
+  }
+
+  static double Number(std::uint32_t bits) { return static_cast<double>(std::bit_cast<T>(bits)); }
+
+  const Tolerance* mTolerance;
+  ValueComparison& mComparison;
+  double mLargest = 0.0;
+};
 
 }  // namespace
 
@@ -64,8 +87,8 @@ ValueComparison CompareValues(const std::vector<std::uint32_t>& a,
   ValueComparison comparison;
   comparison.mNumValues = a.size();
   comparison.mIntegers = integers;
-  integers ? CompareElements<true>(a, b, tolerance, comparison)
-           : CompareElements<false>(a, b, tolerance, comparison);
+  integers ? ElementComparison<std::uint32_t>(tolerance, comparison).Compare(a, b)
+           : ElementComparison<float>(tolerance, comparison).Compare(a, b);
   return comparison;
 }
 
