@@ -4,6 +4,8 @@
 #include <map>
 #include <utility>
 
+#include "container/ThreadCount.h"
+
 namespace QovRyx {
 namespace {
 
@@ -41,6 +43,22 @@ void AddSets(const NodeSets& sets, QovJbf::ReadAhead::Parts& parts) {
   parts.push_back(
       {reader, offset,
        isLast ? block->mStart + block->mRawLength - offset : sets.GetLeastStoredSize()});
+}
+
+/// Removes the parts of the first block.
+void LeaveOutFirstBlock(std::uint64_t largestReadOnce, QovJbf::ReadAhead::Parts& parts) {
+  constexpr std::uint32_t kLeastLarge = 16U << 20;
+  if (parts.empty() || QovJbf::GetThreadCount(0) == 1) return;
+  const QovJbf::StreamReader* reader = parts[0].mpReader;
+  const auto block = reader->FindBlock(parts[0].mOffset, 1);
+  if (!block || block->mRawLength < kLeastLarge) return;
+  const std::uint64_t end = block->mStart + block->mRawLength;
+  const auto rest = std::find_if(parts.begin(), parts.end(), [=](const auto& part) {
+    return part.mpReader != reader || part.mOffset + part.mSize > end;
+  });
+  const bool isReadOnce = std::all_of(
+      parts.begin(), rest, [=](const auto& part) { return part.mSize <= largestReadOnce; });
+  if (isReadOnce) parts.erase(parts.begin(), rest);
 }
 
 }  // namespace
@@ -84,6 +102,7 @@ QovJbf::ReadAhead::Parts PlanReads(const std::vector<HeavyItem>& items,
     AddPart(values, parts);
     if (values.GetNumElements() * kElementSize > largestReadOnce) AddPart(values, parts);
   }
+  LeaveOutFirstBlock(largestReadOnce, parts);
   return parts;
 }
 

@@ -23,8 +23,12 @@ struct HeavyItem {
 /// their first item in the tree.
 std::vector<HeavyItem> ListByInput(NodeTree& nodes);
 
-/// Returns the parts that hold the items. An array of more than `largestReadOnce` bytes is read
-/// twice.
+/// Returns the parts that hold the items, to be read ahead. An array of more than `largestReadOnce`
+/// bytes is read twice.
+///
+/// The first block is left out if it is large and no array in it is read twice: nothing else can be
+/// done while a worker decompresses it. Read piece by piece, it gives the other threads work at
+/// once.
 QovJbf::ReadAhead::Parts PlanReads(const std::vector<HeavyItem>& items,
                                    std::uint64_t largestReadOnce);
 
