@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <set>
 
@@ -21,8 +22,6 @@ namespace QovRyx {
 namespace {
 
 constexpr const char* kSource = "include/Qov/Ryx/Tree";
-/// The block size of `OutputSettings` by default, in bytes.
-constexpr std::uint32_t kUsualBlockSize = 8U << 20;
 /// Bytes of blocks that are decompressed ahead while others are compressed.
 constexpr std::uint64_t kReadAheadMemory = std::uint64_t{128} << 20;
 
@@ -101,6 +100,16 @@ std::set<QovJbf::StreamReader*> FindReaders(const NodeTree& nodes) {
     if (sets != nullptr && sets->GetReader() != nullptr) readers.insert(sets->GetReader());
   }
   return readers;
+}
+
+/// Returns the block size of `OutputSettings` by default, in bytes: whole MiB, from 1 to 8, so that
+/// there is work for many threads.
+std::uint32_t ChooseBlockSize(const NodeTree& nodes) {
+  constexpr std::uint64_t kFewBlocks = 32;
+  constexpr std::uint64_t kStep = std::uint64_t{1} << 20;
+  constexpr std::uint64_t kMost = 8 * kStep;
+  const std::uint64_t size = CountHeavyBytes(nodes) / kFewBlocks / kStep * kStep;
+  return static_cast<std::uint32_t>(std::clamp(size, kStep, kMost));
 }
 
 }  // namespace
@@ -261,8 +270,9 @@ void TreeSaver::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment)
 void SaveWith(HeavySaver& saver, Tree& tree, const std::string& path, const std::string& comment,
               const OutputSettings& settings) {
   CheckSettings(settings);
-  const QovJbf::WriteSettings write{settings.mLevel, settings.mBlockSize, kUsualBlockSize,
-                                    settings.mThreads, settings.mCompressor};
+  const QovJbf::WriteSettings write{settings.mLevel, settings.mBlockSize,
+                                    ChooseBlockSize(tree.GetNodes()), settings.mThreads,
+                                    settings.mCompressor};
   CopySettings copies;
   if (settings.mKeepBlocks != BlockKeeping::Never) copies.mCopying = BlockCopying::IfWholeNeeded;
   copies.mCheck = settings.mKeepBlocks == BlockKeeping::Checked;
