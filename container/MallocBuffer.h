@@ -23,7 +23,7 @@ inline constexpr std::uint64_t kHugePageSize = std::uint64_t{2} << 20;
 /// system clears and maps these several times faster. malloc takes them from the system one by one
 /// and returns them at once. Smaller buffers may come from its heap, which alignment would
 /// fragment.
-inline constexpr std::uint64_t kLeastHugeBuffer = std::uint64_t{33} << 20;
+inline constexpr std::uint64_t kLeastHugeBuffer = std::uint64_t{4} << 20;
 
 /// Allocates a buffer. Returns null if there is no memory.
 inline MallocBuffer TryToAllocate(std::uint64_t size) {
