@@ -20,14 +20,19 @@ using MallocBuffer = std::unique_ptr<unsigned char, FreeDeleter>;
 /// Size and alignment of a huge page of the system.
 inline constexpr std::uint64_t kHugePageSize = std::uint64_t{2} << 20;
 /// Buffers of at least this size are made of huge pages, where the system has them, because the
-/// system clears and maps these several times faster. malloc takes them from the system one by one
-/// and returns them at once. Smaller buffers may come from its heap, which alignment would
-/// fragment.
-inline constexpr std::uint64_t kLeastHugeBuffer = std::uint64_t{4} << 20;
+/// system clears and maps these several times faster. By default, they are so large that malloc
+/// always takes them from the system one by one and returns them at once. Smaller buffers may come
+/// from its heap, which alignment would fragment.
+inline std::uint64_t gLeastHugeBuffer = std::uint64_t{33} << 20;
+
+/// Makes malloc take all buffers of blocks from the system and return them at once, and makes them
+/// of huge pages. By default, malloc keeps some of them for each thread. Programs call it when they
+/// start.
+void ReturnLargeBuffers();
 
 /// Allocates a buffer. Returns null if there is no memory.
 inline MallocBuffer TryToAllocate(std::uint64_t size) {
-  if (size >= kLeastHugeBuffer) {
+  if (size >= gLeastHugeBuffer) {
     const std::uint64_t rounded = (size + kHugePageSize - 1) / kHugePageSize * kHugePageSize;
     if (void* data = std::aligned_alloc(kHugePageSize, rounded)) {
       ::madvise(data, rounded, MADV_HUGEPAGE);  // a failure only costs time

@@ -22,7 +22,7 @@ void DeclareOutputSettings(CLI::App& app, std::string& path, QovRyx::OutputSetti
   DeclareNumber(app, "--level", settings.mLevel, "LEVEL",
                 "Compression level, from 1 (fast) to 9 (small); default 6");
   DeclareNumber(app, "--block-size", settings.mBlockSize, "BYTES",
-                "Uncompressed size of a block, at least 1024; default 8 MiB");
+                "Uncompressed size of a block, at least 1024; default 1 to 8 MiB");
   DeclareNumber(app, "--threads", settings.mThreads, "N",
                 "Threads that compress; they do not change the output");
   const std::string help =

@@ -1,4 +1,3 @@
-#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -6,23 +5,11 @@
 
 #include "Program.h"
 #include "StandardStreams.h"
-
-namespace {
-
-/// Makes malloc return large buffers, such as those of blocks, to the system at once. Otherwise it
-/// keeps some of them for each thread. Free memory for arrays is kept.
-void ReturnLargeBuffers() {
-  constexpr int kLeastLarge = 4 << 20;
-  constexpr int kMostKept = 16 << 20;
-  ::mallopt(M_MMAP_THRESHOLD, kLeastLarge);
-  ::mallopt(M_TRIM_THRESHOLD, kMostKept);
-}
-
-}  // namespace
+#include "container/MallocBuffer.h"
 
 int main(int argc, char** argv) {
   Qov::OccupyStandardStreams();
-  ReturnLargeBuffers();
+  QovJbf::ReturnLargeBuffers();
   std::signal(SIGPIPE, SIG_IGN);  // writing to a closed pipe returns an error instead
   std::signal(SIGXFSZ, SIG_IGN);  // a file at its size limit is reported as an error
   Qov::Tools::Output output(stdout, Qov::Tools::DetectStyle(STDOUT_FILENO));
