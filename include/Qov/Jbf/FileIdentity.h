@@ -20,6 +20,8 @@ class QOV_EXPORT FileIdentity {
  public:
   /// Takes the identity of `file`, which was opened at `path`. Raises ReadError.
   FileIdentity(std::string path, std::FILE* file);
+  /// Does the same for a file descriptor.
+  FileIdentity(std::string path, int descriptor);
 
   const std::string& GetPath() const { return mPath; }
   /// Returns the size in bytes.
