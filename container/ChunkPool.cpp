@@ -26,6 +26,7 @@ Chunk ChunkPool::Take() {
 }
 
 Chunk ChunkPool::Take(std::size_t capacity) {
+  if (capacity == kChunkSize) ++capacity;  // so that Return recognises it
   Chunk chunk;
   if (TakeLarge(capacity, chunk)) return chunk;
   chunk = Chunk(TryToAllocate(capacity), capacity, 0);
@@ -36,8 +37,8 @@ Chunk ChunkPool::Take(std::size_t capacity) {
 }
 
 /// Takes the smallest free chunk that is large enough, but not more than twice as large as needed.
-/// Returns false if there is none, and frees another one instead: one that is too small if
-/// possible.
+/// Returns false if there is none, and frees as many bytes instead: the largest chunks that are too
+/// small, and otherwise a larger one.
 bool ChunkPool::TakeLarge(std::size_t capacity, Chunk& chunk) {
   const std::lock_guard lock(mMutex);
   const auto isSmaller = [](const Chunk& a, const Chunk& b) { return a.mCapacity < b.mCapacity; };
@@ -52,16 +53,24 @@ bool ChunkPool::TakeLarge(std::size_t capacity, Chunk& chunk) {
     CountUsed(0, chunk.mCapacity);
     return true;
   }
-  if (mFreeLarge.empty()) {
-    mFreeLarge.reserve(++mNumLarge);  // Return must not allocate
-  } else {
-    mFreeLarge.erase(best == mFreeLarge.begin() ? best : std::prev(best));
-  }
+  auto first = best;
+  auto last = best;
+  std::size_t freed = 0;
+  while (first != mFreeLarge.begin() && freed < capacity) freed += (--first)->mCapacity;
+  if (freed < capacity && last != mFreeLarge.end()) ++last;
+  mNumLarge -= static_cast<std::size_t>(last - first);
+  mFreeLarge.erase(first, last);
+  mFreeLarge.reserve(++mNumLarge);  // Return must not allocate
   return false;
 }
 
 void ChunkPool::Resize(Chunk& chunk, std::size_t capacity) {
-  if (capacity == kChunkSize) ++capacity;  // so that Return recognises it
+  if (capacity == kChunkSize) ++capacity;
+  if (chunk.mCapacity == kChunkSize) {
+    const std::lock_guard lock(mMutex);
+    mFreeLarge.reserve(++mNumLarge);
+    --mNumChunks;
+  }
   void* resized = std::realloc(chunk.mData.get(), capacity);
   if (resized == nullptr) throw std::bad_alloc();
   static_cast<void>(chunk.mData.release());

@@ -33,8 +33,8 @@ struct Chunk {
   std::size_t mSize = 0;
 };
 
-/// Chunks, shared by all threads. Returned chunks are reused, so the pool never has more of them
-/// than were in use at one time.
+/// Chunks, shared by all threads. Returned chunks are reused, or freed for chunks of other sizes,
+/// so the pool has about as many bytes as were in use at one time.
 class ChunkPool {
  public:
   /// A multiple of 32 KiB, by which deflate's window moves, so that deflate finds the same matches
@@ -43,10 +43,9 @@ class ChunkPool {
 
   /// Returns an empty chunk. Throws std::bad_alloc.
   Chunk Take();
-  /// Returns an empty chunk of at least `capacity` bytes, more than kChunkSize. Throws
-  /// std::bad_alloc.
+  /// Returns an empty chunk of at least `capacity` bytes. Throws std::bad_alloc.
   Chunk Take(std::size_t capacity);
-  /// Changes the size of such a chunk and keeps its content. Throws std::bad_alloc.
+  /// Changes the size of a chunk and keeps its content. Throws std::bad_alloc.
   void Resize(Chunk& chunk, std::size_t capacity);
   /// Takes a chunk back. Frees a chunk that is not from the pool.
   void Return(Chunk chunk) noexcept;

@@ -19,9 +19,12 @@ constexpr const char* kSource = "include/Qov/Jbf/FileIdentity";
 
 }  // namespace
 
-FileIdentity::FileIdentity(std::string path, std::FILE* file) : mPath(std::move(path)) {
+FileIdentity::FileIdentity(std::string path, std::FILE* file)
+    : FileIdentity(std::move(path), ::fileno(file)) {}
+
+FileIdentity::FileIdentity(std::string path, int descriptor) : mPath(std::move(path)) {
   struct stat status {};
-  if (::fstat(::fileno(file), &status) != 0) {
+  if (::fstat(descriptor, &status) != 0) {
     RaiseReadError(kSource);
   }
   mDevice = status.st_dev;

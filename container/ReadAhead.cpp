@@ -129,16 +129,28 @@ void ReadAhead::Add(const Part& part, std::size_t use) {
     const auto extent = part.mpReader->FindBlock(offset, 1);
     if (!extent) return;
     const std::uint64_t partEnd = std::min(end, extent->mStart + extent->mRawLength);
-    const auto [place, isNew] = mPlaces.try_emplace({part.mpReader, extent->mBlock}, mBlocks.end());
-    if (isNew) {
-      place->second = mBlocks.insert(mBlocks.end(),
-                                     {part.mpReader, *extent, use, use, 0, false, false, nullptr});
-    }
-    Planned& planned = *place->second;
+    Planned& planned = FindOrAdd(part, *extent, use);
     planned.mLastUse = use;
     planned.mUnread += partEnd - offset;
     offset = partEnd;
   }
+}
+
+/// Returns the block of a part.
+ReadAhead::Planned& ReadAhead::FindOrAdd(const Part& part, const StreamReader::BlockExtent& extent,
+                                         std::size_t use) {
+  const Key key{part.mpReader, extent.mBlock};
+  const auto place = mPlaces.find(key);
+  if (place != mPlaces.end()) return *place->second;
+  const auto added =
+      mBlocks.insert(mBlocks.end(), {part.mpReader, extent, use, use, 0, false, false, nullptr});
+  try {
+    mPlaces.emplace(key, added);
+  } catch (...) {
+    mBlocks.erase(added);
+    throw;
+  }
+  return *added;
 }
 
 /// Returns true if a block that is left out would not fit into the small cache.
@@ -168,8 +180,11 @@ void ReadAhead::LeaveOutExcess(Blocks::iterator first) {
     const StreamReader::BlockExtent& extent = planned->mExtent;
     if (!isDecided) {
       planned->mIsLeftOut = !extent.mCompressed || numKept + GetSize(extent) > mMemory;
-      planned->mNeedsCache =
-          planned->mIsLeftOut && extent.mCompressed && extent.mRawLength > kCacheSize;
+      // Blocks that are left out because another one needs the cache are no reason to keep it.
+      if (mMemory == mMostMemory) {
+        planned->mNeedsCache =
+            planned->mIsLeftOut && extent.mCompressed && extent.mRawLength > kCacheSize;
+      }
     }
     if (!planned->mIsLeftOut) keep(*planned);
   }
@@ -180,9 +195,9 @@ void ReadAhead::Provide(const StreamReader& reader, Contents& contents) {
     if (mStarted.size() >= mMostStarted) return;
     if (planned.mpReader != &reader || planned.mIsLeftOut) continue;
     const auto content = contents.find(reader.GetPosition(planned.mExtent));
-    if (content == contents.end()) continue;
+    if (content == contents.end() || content->second.mSize != planned.mExtent.mRawLength) continue;
     planned.mpJob = std::make_shared<Job>(
-        Job{Descriptor(-1), 0, 0, 0, Chunk(std::move(content->second), 0, 0), Job::State::Sound});
+        Job{Descriptor(-1), 0, 0, 0, std::move(content->second), Job::State::Sound});
     mStarted.push_back(&planned);
     contents.erase(content);
   }
@@ -286,10 +301,10 @@ void ReadAhead::Start(Planned& planned) {
     return;
   }
   const StreamReader::BlockExtent& extent = planned.mExtent;
-  planned.mpJob = std::make_shared<Job>(Job{std::move(file), planned.mpReader->GetPosition(extent),
-                                            extent.mStoredSize, extent.mRawLength, Chunk(),
-                                            Job::State::Running});
   try {
+    planned.mpJob = std::make_shared<Job>(
+        Job{std::move(file), planned.mpReader->GetPosition(extent), extent.mStoredSize,
+            extent.mRawLength, Chunk(), Job::State::Running});
     mStarted.push_back(&planned);
     mWorkers.Post([this, job = planned.mpJob] { Run(*job); });
   } catch (const std::bad_alloc&) {

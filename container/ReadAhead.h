@@ -60,7 +60,7 @@ class ReadAhead {
   void Append(const Parts& parts);
 
   /// Decompressed blocks of a file, by their positions in it.
-  using Contents = std::map<std::uint64_t, MallocBuffer>;
+  using Contents = std::map<std::uint64_t, Chunk>;
   /// Uses the blocks of `contents` that are planned for the reader instead of decompressing them.
   /// Called before the first read. The others stay in `contents`.
   void Provide(const StreamReader& reader, Contents& contents);
@@ -91,6 +91,7 @@ class ReadAhead {
 
   Blocks::iterator AddAll(const Parts& parts);
   void Add(const Part& part, std::size_t use);
+  Planned& FindOrAdd(const Part& part, const StreamReader::BlockExtent& extent, std::size_t use);
   void Plan(const Parts& parts);
   bool NeedsCache() const;
   void LeaveOutExcess(Blocks::iterator first);

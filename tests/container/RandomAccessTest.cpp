@@ -1,13 +1,15 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <atomic>
+
 #include "ContainerSupport.h"
 #include "container/BlockCache.h"
 #include "support/BuildKind.h"
 
 namespace {
 
-std::uint64_t gInflated = 0;
+std::atomic<std::uint64_t> gInflated = 0;
 
 }  // namespace
 

@@ -19,10 +19,10 @@ void BlocksAhead::Start() {
         ReadWholeLength(*next.mBlock.mpFile, next.mBlock.mPosition, next.mBlock.mSize);
     if (!length) continue;
     const std::uint64_t numBytes = std::uint64_t{*length} + next.mBlock.mSize;
-    if (numBytes > kMemory) continue;
     {
       const std::lock_guard lock(mMutex);
-      if (mNumStarted >= kMostStarted || mNumBytes + numBytes > kMemory) return;
+      const bool fits = mNumStarted == 0 || mNumBytes + numBytes <= kMemory;
+      if (mNumStarted >= kMostStarted || !fits) return;
       mNumBytes += numBytes;
     }
     next.mRawLength = *length;
@@ -57,9 +57,9 @@ std::optional<WholeBlock> BlocksAhead::Take(const Block& block) {
   while (!(mBlocks.front().mBlock == block)) TakeFirst();
   const bool isStarted = mBlocks.front().mpJob != nullptr;
   std::optional<WholeBlock> content = TakeFirst();
+  if (!isStarted) content = InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize);
   Start();
-  return isStarted ? std::move(content)
-                   : InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize);
+  return content;
 }
 
 /// Removes the first block, and returns its content if it was started.

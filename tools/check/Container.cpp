@@ -288,7 +288,8 @@ BlockVerdict Container::Inflate(const StoredBlock& block, std::uint64_t position
   if (mStreams[block.mStream].mName == QovRyx::kHeavyData &&
       mNumHeavyBytes + whole->mRawLength <= kMostHeavyBytes) {
     mNumHeavyBytes += whole->mRawLength;
-    mHeavyContents.emplace(position, std::move(whole->mContent));
+    mHeavyContents.emplace(position,
+                           QovJbf::Chunk(std::move(whole->mContent), 0, whole->mRawLength));
   }
   return whole->GetVerdict();
 }
@@ -335,12 +336,13 @@ bool Container::OpenForReading() {
   try {
     mFile.OpenFile(mPath, "rb");
     mFile.ReadIndex();
-    return true;
   } catch (const Util::Exception& error) {
     mFindings.Error("index", Place::InFile(kRootPosition),
                     fmt::format("The index cannot be read: {}.", error.GetLogMessage()));
     return false;
   }
+  mBytes.GetIdentity().CheckUnchanged(mFile.GetStream());
+  return true;
 }
 
 const Container::Stream* Container::FindStream(const std::string& name) const {

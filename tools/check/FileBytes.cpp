@@ -21,12 +21,11 @@ FileBytes::FileBytes(const std::string& path) {
     Util::Raise(kSource, ErrorType::MiscellaneousError, "Not a regular file");
   }
   mpFile = std::make_shared<const QovJbf::Descriptor>(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  const int cause = errno;
-  mLength = std::filesystem::file_size(path, error);
-  if (!mpFile->IsOpen() || error) {
+  if (!mpFile->IsOpen()) {
     Util::RaiseSystemFailure(kSource, ErrorType::MiscellaneousError,
-                             "Unable to open file \"" + path + "\"", cause);
+                             "Unable to open file \"" + path + "\"", errno);
   }
+  mIdentity.emplace(path, mpFile->Get());
 }
 
 void FileBytes::Read(std::uint64_t position, void* target, std::size_t n) const {

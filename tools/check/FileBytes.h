@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "Qov/Jbf/FileIdentity.h"
 #include "container/Descriptor.h"
 
 namespace Qov::Tools {
@@ -14,9 +16,11 @@ class FileBytes {
   /// Raises MiscellaneousError if this is not a readable regular file.
   explicit FileBytes(const std::string& path);
 
-  std::uint64_t GetLength() const { return mLength; }
+  std::uint64_t GetLength() const { return mIdentity->GetSize(); }
+  /// Returns the state of the file when it was opened.
+  const QovJbf::FileIdentity& GetIdentity() const { return *mIdentity; }
   bool Holds(std::uint64_t position, std::uint64_t size) const {
-    return position <= mLength && size <= mLength - position;
+    return position <= GetLength() && size <= GetLength() - position;
   }
   /// Reads bytes that must be inside the file. Raises ReadError if that fails.
   void Read(std::uint64_t position, void* target, std::size_t n) const;
@@ -25,7 +29,7 @@ class FileBytes {
 
  private:
   std::shared_ptr<const QovJbf::Descriptor> mpFile;
-  std::uint64_t mLength = 0;
+  std::optional<QovJbf::FileIdentity> mIdentity;
 };
 
 }  // namespace Qov::Tools

@@ -111,7 +111,12 @@ FileChecks::FileChecks(const std::vector<std::string>& paths, std::size_t limitP
 FileChecks::~FileChecks() = default;
 
 FileReport FileChecks::CheckNext() {
-  while (mFiles.size() < mNumAtOnce && mNumOpened < mPaths.size()) OpenNext();
+  if (mFiles.empty()) OpenNext();
+  try {
+    while (mFiles.size() < mNumAtOnce && mNumOpened < mPaths.size()) OpenNext();
+  } catch (const std::bad_alloc&) {
+    // The next file is opened at its turn.
+  }
   const std::string& path = mPaths[mNumOpened - mFiles.size()];
   const std::unique_ptr<OpenFile> file = std::move(mFiles.front());
   mFiles.pop_front();
@@ -123,8 +128,9 @@ FileReport FileChecks::CheckNext() {
 
 void FileChecks::OpenNext() {
   OpenFile& file = *mFiles.emplace_back(std::make_unique<OpenFile>(mLimitPerCode));
+  const std::string& path = mPaths[mNumOpened++];
   try {
-    file.mpContainer = std::make_unique<Container>(mPaths[mNumOpened++], file.mReport.mFindings);
+    file.mpContainer = std::make_unique<Container>(path, file.mReport.mFindings);
     file.mHasBlocks = file.mpContainer->ListBlocks(mAhead);
   } catch (const std::exception&) {
     file.mpError = std::current_exception();

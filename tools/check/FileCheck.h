@@ -30,9 +30,9 @@ class FileChecks {
   ~FileChecks();
 
   /// Checks all parts of the next file. Call it once for each path. A check that has to stop does
-  /// not stop the others. Keeps one array in memory at a time. The time is proportional to the
-  /// uncompressed size of the file. Raises an error if the file cannot be read or is not a
-  /// container.
+  /// not stop the others. Keeps one array, and at most 152 MiB of the next blocks, in memory.
+  /// The time is proportional to the uncompressed size of the file. Raises an error if the file
+  /// cannot be read, is not a container or has changed since its blocks were listed.
   FileReport CheckNext();
 
  private:
