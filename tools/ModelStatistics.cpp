@@ -1,5 +1,6 @@
 #include "ModelStatistics.h"
 
+#include <algorithm>
 #include <exception>
 #include <unordered_set>
 #include <vector>
@@ -68,6 +69,9 @@ std::vector<const Geometry::VarStruct*> FindRead(const QovRyx::NodeTree& nodes,
       }
     });
   }
+  std::stable_sort(results.begin(), results.end(), [](const auto* a, const auto* b) {
+    return a->mValues.GetLoader()->GetOffset() < b->mValues.GetLoader()->GetOffset();
+  });
   return results;
 }
 

@@ -51,6 +51,12 @@ struct BlockDifference {
 /// Compares elements, which have the type T.
 template <class T>
 BlockDifference FindDifference(const std::uint32_t* a, const std::uint32_t* b, std::size_t count);
+template <>
+BlockDifference FindDifference<float>(const std::uint32_t* a, const std::uint32_t* b,
+                                      std::size_t count);
+template <>
+BlockDifference FindDifference<std::uint32_t>(const std::uint32_t* a, const std::uint32_t* b,
+                                              std::size_t count);
 
 /// The components of at most kBlockValues vectors, and their lengths.
 template <class T>
