@@ -190,6 +190,7 @@ TEST_F(ShareArraysTest, ComparesBitsNotNumbers) {
 TEST_P(KeptArraysTest, EqualHashesOfDifferentArraysChangeNothing) {
   SearchLimits limits;
   limits.mKept = GetParam() * kSize;
+  limits.mWhole = limits.mKept;
   limits.mHashMask = 0;
   limits.mMemory = 1500;
   std::vector<float> late = Ramp(kNumValues, 3);

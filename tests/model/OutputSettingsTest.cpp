@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "model/StreamNames.h"
 #include "support/Errors.h"
 #include "support/Files.h"
@@ -65,6 +67,32 @@ TEST_F(OutputSettingsTest, HeavyItemsAreSavedInTheOrderOfTheInputs) {
   tree.Save(mDir / "out.ryx", "", {.mBlockSize = 1024});
   EXPECT_EQ(DescribeModel(mDir / "out.ryx"), DescribeModel(tree));
   EXPECT_TRUE(heavy("out.ryx") == heavy("a.ryx") + heavy("b.ryx"));
+}
+
+/// A reader in the order of the tree would decompress a large block again for each geometry.
+TEST_F(OutputSettingsTest, LargeBlocksOfManyInputsAreSavedInTheOrderOfTheTree) {
+  Tree tree(false);
+  Tree second(false);
+  for (const auto& [name, start, loaded] :
+       {std::tuple("a.ryx", 0.F, &tree), std::tuple("b.ryx", 1.F, &second)}) {
+    Tree model(false);
+    for (int i = 0; i < 10; ++i) {
+      AddNode<Geometry>(model, 1, "part")
+          .AppendVariable(MakeVariable(
+              "x", 12, NumericArray::Of(Ramp(1000, start + 2 * static_cast<float>(i)))));
+    }
+    SaveTree(model, mDir / name);
+    LoadTree(*loaded, mDir / name);
+  }
+  ForEachGeometry(tree.GetNodes(), [&second](std::uint32_t id, Geometry& geometry) {
+    geometry.AppendVariable(AsGeometry(second.GetNodes().GetReqNode(id))->GetVariables()[0]);
+  });
+  const auto heavy = [this](const char* name) { return ReadStreams(mDir / name)[kHeavyData]; };
+  SaveTree(tree, mDir / "by tree.ryx");
+  tree.Save(mDir / "out.ryx", "", {.mBlockSize = 1U << 20});
+  EXPECT_TRUE(heavy("out.ryx") == heavy("by tree.ryx"));
+  tree.Save(mDir / "out2.ryx", "", {.mBlockSize = 4000});  // an array each
+  EXPECT_TRUE(heavy("out2.ryx") == heavy("a.ryx") + heavy("b.ryx"));
 }
 
 TEST_F(OutputSettingsTest, ImpossibleValuesAreRefusedBeforeAnythingIsWritten) {

@@ -29,8 +29,8 @@ struct OutputSettings {
   /// on the version of libdeflate or on whether the library was built with it.
   QovJbf::Compressor mCompressor = QovJbf::Compressor::Fastest;
   /// Uncompressed bytes of a full block, at least 1024; 0 for the default: the value of the
-  /// environment variable TELMORAX_MAX_RYX_BLOCK_SIZE, else a 32nd of the arrays in whole MiB, from 1
-  /// to 8. A thread compresses one block at a time, so small blocks occupy all threads.
+  /// environment variable TELMORAX_MAX_RYX_BLOCK_SIZE, else a 32nd of the arrays in whole MiB, from
+  /// 1 to 8. A thread compresses one block at a time, so small blocks occupy all threads.
   std::uint32_t mBlockSize = 0;
   /// Threads that compress, from 1 to 256. With 1, the calling thread compresses. 0 for the
   /// default: the value of the environment variable RYXMERGE_THREADS, else as many as the

@@ -57,6 +57,12 @@ class StoredBytes {
     std::memcpy(target, reinterpret_cast<const unsigned char*>(mValues.data()) + begin, n);
   }
 
+  /// Frees the memory of an array that is not stored as Save stores it.
+  void Drop() {
+    mpLoaded = nullptr;
+    mValues = {};
+  }
+
   /// Calls `use(bytes, n)` for each piece of `size` bytes, as long as it returns true.
   template <class Use>
   void ForEachPiece(const NumericArray& array, std::uint64_t begin, std::uint64_t size, Use use) {
@@ -275,9 +281,10 @@ KeptArrays::Key ArraySearch::State::Hash(std::size_t i, KeptArrays::Bytes& bytes
   const NumericArray& array = At(i);
   const std::uint64_t size = GetNumBytes(array);
   XXH128_hash_t hash;
-  if (size <= mLimits.mKept) {
+  if (size <= mLimits.mWhole) {
     auto all = std::make_shared<ArrayBytes>(QovJbf::AllocateBuffer(kMergeSource, size), size);
     mBytes.Read(array, 0, all->mData.get(), size);
+    mBytes.Drop();
     ProgressReport::Advance(0);
     hash = XXH3_128bits(all->mData.get(), size);
     bytes = std::move(all);

@@ -18,6 +18,8 @@ struct SearchLimits {
   std::uint64_t mMemory = std::uint64_t{256} << 20;
   /// Bytes of arrays that are kept in memory while the others are hashed.
   std::uint64_t mKept = std::uint64_t{32} << 20;
+  /// The largest array that is read as a whole.
+  std::uint64_t mWhole = std::uint64_t{256} << 20;
   /// Bytes that the search may skip in a file.
   SkipLimit mSkips;
   /// The bits of both halves of the hash that are used.
@@ -40,7 +42,7 @@ struct EqualArrays {
 /// once. The other arrays with equal hashes are compared at the end: the first one of each group is
 /// in memory then, in parts if it is large, and the others are read in stored order. An array that
 /// is stored in another form than Save writes, for example by an older version, is in memory as a
-/// whole, one at a time.
+/// whole, twice if it is hashed, one at a time.
 class ArraySearch {
  public:
   struct Candidate {

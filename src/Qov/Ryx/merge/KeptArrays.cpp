@@ -34,6 +34,7 @@ bool KeptArrays::Add(const Key& key, std::size_t array, Bytes bytes, bool isLike
   const bool isRepeated = !mSeen.insert(key).second;
   if (!bytes || mEntries.count(key) == kMostEqualKeys) return isRepeated;
   const std::uint64_t cost = CostOf(bytes);
+  if (cost > mMemory) return isRepeated;
   const bool isPreferred = isRepeated || isLikely;
   while (isPreferred && mNumBytes + cost > mMemory && !mOthers.empty()) DropLastOther();
   if (mNumBytes + cost > mMemory) return isRepeated;

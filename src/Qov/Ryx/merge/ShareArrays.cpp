@@ -14,6 +14,7 @@
 #include "Qov/Log/Record.h"
 #include "Qov/Ryx/InstanceNames.h"
 #include "Qov/Ryx/Progress.h"
+#include "container/SystemResources.h"
 #include "model/BlockCopies.h"
 #include "model/HeavyPass.h"
 #include "model/LinkFollower.h"
@@ -297,6 +298,10 @@ void Log(const SharedArrays& shared) {
 }
 
 }  // namespace
+
+SharingSaver::SharingSaver(const SearchLimits& limits) : mLimits(limits) {
+  mLimits.mWhole = std::min(mLimits.mWhole, QovJbf::SystemResources().GetFreeMemory() / 4);
+}
 
 void SharingSaver::Save(NodeTree& nodes, const std::vector<HeavyItem>& items, HeavyPass& pass) {
   if (!mNumBytesBefore) mNumBytesBefore = CountStored(nodes).mNumBytes;

@@ -20,9 +20,9 @@ namespace QovRyx {
 /// directly to the owner. Save raises the errors of ArraySearch before the tree is changed.
 class SharingSaver : public HeavySaver {
  public:
-  explicit SharingSaver(const SearchLimits& limits = {}) : mLimits(limits) {}
+  explicit SharingSaver(const SearchLimits& limits = {});
 
-  std::uint64_t GetLargestReadOnce() const override { return mLimits.mKept; }
+  std::uint64_t GetLargestReadOnce() const override { return mLimits.mWhole; }
   void Save(NodeTree& nodes, const std::vector<HeavyItem>& items, HeavyPass& pass) override;
 
   /// Returns the counts of the last Save.

@@ -27,7 +27,7 @@ BlockCopies::BlockCopies(NodeTree& nodes, bool shuffle, const CopySettings& sett
     }
   });
   for (auto& [id, entry] : nodes) {
-    if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) Note(*sets);
+    if (auto* sets = dynamic_cast<NodeSets*>(entry.mData.get())) Note(*sets, settings.mCopying);
   }
   DropUnprofitableCopies(settings.mCopying);
   CollectContent();
@@ -45,14 +45,18 @@ void BlockCopies::Note(Geometry::VarStruct& variable, bool shuffle) {
   if (copy.mOffsets.insert(loader.GetOffset()).second) copy.mInArrays += size;
 }
 
-void BlockCopies::Note(NodeSets& sets) {
+void BlockCopies::Note(NodeSets& sets, BlockCopying copying) {
   if (sets.GetReader() == nullptr) return;
-  const std::uint64_t size = sets.GetLeastStoredSize();
-  const auto extent = sets.GetReader()->FindBlock(sets.GetSourceOffset(), size);
-  if (!extent || !extent->mIsLast) return;
-  Copy& copy = GetCopy(*sets.GetReader(), *extent);
   const std::uint64_t offset = sets.GetSourceOffset();
-  copy.mSetsStart = copy.mSets.empty() ? offset : std::min(copy.mSetsStart, offset);
+  std::uint64_t size = sets.GetLeastStoredSize();
+  const auto extent = sets.GetReader()->FindBlock(offset, size);
+  if (!extent || !extent->mIsLast) return;
+  if (copying == BlockCopying::IfWholeNeeded) {
+    size = Qov::Util::WithFileContext(sets.GetReader()->GetPath(),
+                                      [&sets] { return sets.GetStoredEnd(); }) -
+           offset;
+  }
+  Copy& copy = GetCopy(*sets.GetReader(), *extent);
   copy.mSets.push_back(&sets);
   copy.mShared += size;
   if (copy.mOffsets.insert(offset).second) copy.mInSets += size;
@@ -61,7 +65,7 @@ void BlockCopies::Note(NodeSets& sets) {
 BlockCopies::Copy& BlockCopies::GetCopy(QovJbf::StreamReader& reader,
                                         const QovJbf::StreamReader::BlockExtent& extent) {
   const auto [place, isNew] = mPlaces.try_emplace({&reader, extent.mBlock}, mCopies.size());
-  if (isNew) mCopies.push_back({&reader, extent, {}, {}, {}, 0, 0, 0, 0});
+  if (isNew) mCopies.push_back({&reader, extent, {}, {}, {}, 0, 0, 0});
   return mCopies[place->second];
 }
 
@@ -69,8 +73,7 @@ BlockCopies::Copy& BlockCopies::GetCopy(QovJbf::StreamReader& reader,
 bool BlockCopies::IsWorthwhile(const Copy& copy, BlockCopying copying) {
   const std::uint64_t length = copy.mExtent.mRawLength;
   if (copying == BlockCopying::IfHalfNeeded) return 2 * (copy.mInArrays + copy.mInSets) >= length;
-  const std::uint64_t end = copy.mExtent.mStart + length;
-  return copy.mInArrays + (copy.mSets.empty() ? 0 : end - copy.mSetsStart) >= length;
+  return copy.mInArrays + copy.mInSets >= length;
 }
 
 void BlockCopies::DropUnprofitableCopies(BlockCopying copying) {

@@ -37,8 +37,8 @@ struct CopySettings {
 /// it has there. All other arrays are written as usual, after the copies. So are the arrays of a
 /// block whose bytes are shared by more results than kMostShares allows.
 /// Node sets are needed from their block if it is the last one of its stream, because only then is
-/// it certain, without decompressing it, that they end inside it. They are the last content of
-/// their block, so everything after their start counts as needed.
+/// it certain, without decompressing it, that they end inside it. If all content must be needed,
+/// the sets are read to find their ends.
 class BlockCopies {
  public:
   /// Finds the blocks to copy. `shuffle` says if arrays are shuffled in the output.
@@ -66,13 +66,12 @@ class BlockCopies {
     std::vector<NodeSets*> mSets;
     std::set<std::uint64_t> mOffsets;  ///< Offsets of the needed content, which results may share.
     std::uint64_t mInArrays = 0;       ///< Bytes of the needed arrays.
-    std::uint64_t mInSets = 0;         ///< Least number of bytes of the needed node sets.
-    std::uint64_t mSetsStart = 0;      ///< Offset of the first needed node set.
+    std::uint64_t mInSets = 0;         ///< Bytes of the needed node sets, at least.
     std::uint64_t mShared = 0;         ///< Needed bytes, with shared bytes counted each time.
   };
 
   void Note(Geometry::VarStruct& variable, bool shuffle);
-  void Note(NodeSets& sets);
+  void Note(NodeSets& sets, BlockCopying copying);
   static bool IsWorthwhile(const Copy& copy, BlockCopying copying);
   Copy& GetCopy(QovJbf::StreamReader& reader, const QovJbf::StreamReader::BlockExtent& extent);
   void DropUnprofitableCopies(BlockCopying copying);

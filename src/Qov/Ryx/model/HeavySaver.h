@@ -14,9 +14,9 @@ class HeavySaver {
  public:
   virtual ~HeavySaver() = default;
 
-  /// The largest array, in bytes, that Save reads once; larger ones are read twice.
+  /// The largest array, in bytes, that Save reads once; larger ones may be read twice.
   virtual std::uint64_t GetLargestReadOnce() const = 0;
-  /// Saves the items, which are in the order in which their files store them. May make results of
+  /// Saves the items, in this order if they are stored. May make results of
   /// `nodes` links to others. Called again, with the rest of the items, if memory was short.
   virtual void Save(NodeTree& nodes, const std::vector<HeavyItem>& items, HeavyPass& pass) = 0;
 };

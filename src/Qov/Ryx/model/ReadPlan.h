@@ -18,13 +18,15 @@ struct HeavyItem {
   NodeSets* mpSets;               ///< Null for a result.
 };
 
-/// Returns the items of a model in the order in which its inputs store them: items in memory first,
-/// then those of each file by offset (docs/format.md, "Array order"). The files are in the order of
-/// their first item in the tree.
-std::vector<HeavyItem> ListByInput(NodeTree& nodes);
+/// Returns the items of a model in the order in which its inputs store them, so that each block of
+/// an input is decompressed once: items in memory first, then those of each file by offset. The
+/// files are in the order of their first item in the tree. Returns the order of the tree if the
+/// output, in blocks of `blockSize` bytes, would be slow to read in that order, as RyxMerge does
+/// (docs/format.md, "Array order").
+std::vector<HeavyItem> ListForSave(NodeTree& nodes, std::uint64_t blockSize);
 
 /// Returns the parts that hold the items, to be read ahead. An array of more than `largestReadOnce`
-/// bytes is read twice.
+/// bytes may be read twice.
 ///
 /// The first block is left out if it is large and no array in it is read twice: nothing else can be
 /// done while a worker decompresses it. Read piece by piece, it gives the other threads work at

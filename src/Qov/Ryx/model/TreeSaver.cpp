@@ -15,6 +15,7 @@
 #include "Qov/Util/Raise.h"
 #include "StreamGroups.h"
 #include "StreamNames.h"
+#include "container/Limits.h"
 #include "container/LoadLimit.h"
 #include "diagnostics/Printable.h"
 
@@ -216,7 +217,11 @@ void TreeSaver::SaveByTree(HeavyPass& pass) {
 }
 
 void TreeSaver::SaveByInput(HeavyPass& pass) {
-  std::vector<HeavyItem> items = ListByInput(mTree.mNodes);
+  const std::uint32_t blockSize =
+      mSettings.mBlockLimit != 0
+          ? mSettings.mBlockLimit
+          : QovJbf::ReadSizeVariable("TELMORAX_MAX_RYX_BLOCK_SIZE", mSettings.mUsualBlockLimit);
+  std::vector<HeavyItem> items = ListForSave(mTree.mNodes, blockSize);
   std::erase_if(items, [&pass](const HeavyItem& item) { return pass.IsCopied(item); });
   const QovJbf::ReadAhead ahead(PlanReads(items, mpSaver->GetLargestReadOnce()), kReadAheadMemory);
   mpSaver->Save(mTree.mNodes, items, pass);

@@ -13,8 +13,8 @@ namespace QovRyx {
 /// Writes a tree to a file, for Tree::Save.
 class TreeSaver {
  public:
-  /// With `saver`, which must outlive this object, the heavy items are saved in the order in which
-  /// the inputs store them, and blocks are decompressed ahead on workers. Without it, they are
+  /// With `saver`, which must outlive this object, the heavy items are saved in the order of
+  /// ListForSave, and blocks are decompressed ahead on workers. Without it, they are
   /// saved in the order of the tree.
   TreeSaver(Tree& tree, const QovJbf::WriteSettings& settings, const CopySettings& copies,
             HeavySaver* saver = nullptr)
