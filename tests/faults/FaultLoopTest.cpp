@@ -66,7 +66,7 @@ constexpr Mode kModes[] = {
 };
 
 /// Merges as `ryx merge --overwrite` does.
-int MergeSafely(const Paths& paths) {
+int MergeSafelyWith(QovJbf::Compressor compressor, const Paths& paths) {
   try {
     QovRyx::MergeRequest request;
     request.mInputs = {paths.mModels[0], paths.mModels[1], paths.mViews[0]};
@@ -74,6 +74,7 @@ int MergeSafely(const Paths& paths) {
     request.mMode = QovRyx::MergeMode::Instances;
     request.mNames = QovRyx::MergedNames::Stem;
     request.mSettings.mOverwrite = true;
+    request.mSettings.mCompressor = compressor;
     QovRyx::Merge(request);
     return 0;
   } catch (const std::exception& error) {
@@ -82,7 +83,13 @@ int MergeSafely(const Paths& paths) {
   }
 }
 
+int MergeSafely(const Paths& paths) { return MergeSafelyWith(QovJbf::Compressor::Fastest, paths); }
+int MergeSafelyWithZlib(const Paths& paths) {
+  return MergeSafelyWith(QovJbf::Compressor::Zlib, paths);
+}
+
 constexpr Mode kSafeModes[] = {{"safe", &MergeSafely, "0", true}};
+constexpr Mode kSafeZlibModes[] = {{"safe_zlib", &MergeSafelyWithZlib, "0", true}};
 
 struct Fault {
   const char* mName;
@@ -91,10 +98,10 @@ struct Fault {
   friend void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.mName; }
 };
 
-constexpr Fault kFaults[] = {
-    {"open", Call::Open},   {"close", Call::Close},   {"read", Call::Read},
-    {"write", Call::Write}, {"seek", Call::Seek},     {"tell", Call::Tell},
-    {"flush", Call::Flush}, {"memory", Call::Memory}, {"zlib", Call::Zlib}};
+constexpr Fault kFaults[] = {{"open", Call::Open},   {"close", Call::Close},  {"read", Call::Read},
+                             {"write", Call::Write}, {"seek", Call::Seek},    {"tell", Call::Tell},
+                             {"flush", Call::Flush}, {"memory", Call::Memory}};
+constexpr Fault kFaultsOfZlib[] = {{"zlib", Call::Zlib}};
 constexpr Fault kFaultsOfDisk[] = {{"sync", Call::Sync}, {"rename", Call::Rename}};
 
 class FaultLoop : public testing::TestWithParam<std::tuple<Mode, Fault, std::string>> {
@@ -191,6 +198,17 @@ std::string NameOf(const testing::TestParamInfo<FaultLoop::ParamType>& test) {
 
 INSTANTIATE_TEST_SUITE_P(Merges, FaultLoop,
                          testing::Combine(testing::ValuesIn(kModes), testing::ValuesIn(kFaults),
+                                          testing::Values(std::string("1"), std::string("2"))),
+                         NameOf);
+
+INSTANTIATE_TEST_SUITE_P(MergesWithZlib, FaultLoop,
+                         testing::Combine(testing::ValuesIn(kModes),
+                                          testing::ValuesIn(kFaultsOfZlib),
+                                          testing::Values(std::string("1"), std::string("2"))),
+                         NameOf);
+INSTANTIATE_TEST_SUITE_P(SafeMergesWithZlib, FaultLoop,
+                         testing::Combine(testing::ValuesIn(kSafeZlibModes),
+                                          testing::ValuesIn(kFaultsOfZlib),
                                           testing::Values(std::string("1"), std::string("2"))),
                          NameOf);
 
