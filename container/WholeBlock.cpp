@@ -63,10 +63,10 @@ std::size_t CompressWhole(int level, const void* content, std::size_t n, void* s
 
 std::size_t DecompressWhole(const void* stream, std::size_t mostBytes, void* content,
                             std::size_t n) {
-  if (n == 0) return 0;  // uncompress2 would accept a content of one byte
-  uLongf length = n;
+  Bytef more = 0;  // for one byte that should not be there, because uncompress2 needs room
+  uLongf length = n == 0 ? 1 : n;
   uLong streamLength = mostBytes;
-  const int result = uncompress2(static_cast<Bytef*>(content), &length,
+  const int result = uncompress2(n == 0 ? &more : static_cast<Bytef*>(content), &length,
                                  static_cast<const Bytef*>(stream), &streamLength);
   return result == Z_OK && length == n ? streamLength : 0;
 }
