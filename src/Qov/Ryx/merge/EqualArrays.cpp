@@ -276,7 +276,7 @@ ArraySearch::State::Groups ArraySearch::State::GroupByHash() {
   return equal;
 }
 
-/// Returns the hash of an array, and its bytes if they can be kept.
+/// Returns the hash of an array, and its bytes if it is read as a whole.
 KeptArrays::Key ArraySearch::State::Hash(std::size_t i, KeptArrays::Bytes& bytes) {
   const NumericArray& array = At(i);
   const std::uint64_t size = GetNumBytes(array);

@@ -13,14 +13,14 @@ namespace {
 constexpr const char* kSource = "include/Qov/Ryx/DataLoader";
 
 /// Memory for the stored bytes of an array. The thread keeps it for its next array if it is small.
-class StoredBytes {
+class ReadBuffer {
  public:
-  explicit StoredBytes(std::size_t size);
-  ~StoredBytes() {
+  explicit ReadBuffer(std::size_t size);
+  ~ReadBuffer() {
     if (mMemory.mSize <= kMostKept) sKept = std::move(mMemory);
   }
-  StoredBytes(const StoredBytes&) = delete;
-  StoredBytes& operator=(const StoredBytes&) = delete;
+  ReadBuffer(const ReadBuffer&) = delete;
+  ReadBuffer& operator=(const ReadBuffer&) = delete;
 
   unsigned char* Get() const { return mMemory.mBytes.get(); }
 
@@ -35,9 +35,9 @@ class StoredBytes {
   Memory mMemory;
 };
 
-thread_local StoredBytes::Memory StoredBytes::sKept;
+thread_local ReadBuffer::Memory ReadBuffer::sKept;
 
-StoredBytes::StoredBytes(std::size_t size) : mMemory(std::exchange(sKept, {})) {
+ReadBuffer::ReadBuffer(std::size_t size) : mMemory(std::exchange(sKept, {})) {
   if (mMemory.mSize >= size) return;
   mMemory.mBytes.reset();  // before the new one is allocated
   mMemory = {QovJbf::AllocateBuffer(kSource, size), size};
@@ -67,7 +67,7 @@ void DataLoader::Load(std::vector<T>& values, bool verified) const {
     });
   };
   if (mShuffledWidth == 0) return read(values.data());
-  const StoredBytes stored(size);
+  const ReadBuffer stored(size);
   read(stored.Get());
   QovUtil::UnShuffleMultiVectorBytes(stored.Get(), mShuffledWidth, values);
 }
