@@ -30,8 +30,8 @@ namespace QovJbf {
 /// A block is decompressed as a whole and only once. It is kept until its last part is read. Blocks
 /// that would exceed the memory are left out: StreamReader reads them as usual. So are damaged
 /// blocks, so that the errors do not depend on this object. The parts are only a forecast: it is
-/// allowed, but slower, to read something else.
-/// Parts of further files can be appended while earlier ones are read.
+/// allowed, but slower, to read something else. Parts of further files can be appended while
+/// earlier ones are read.
 ///
 /// Objects are used by the thread that uses the readers. The latest one serves all readers.
 class ReadAhead {

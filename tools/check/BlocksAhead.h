@@ -17,8 +17,8 @@ namespace Qov::Tools {
 /// Decompresses blocks on worker threads before their verdicts are needed. The blocks can be of
 /// several files. One thread calls all methods.
 ///
-/// Blocks that are too large for the memory are decompressed when they are taken, and with one
-/// thread all blocks are.
+/// A block that is too large for the memory is decompressed alone. With one thread, blocks are
+/// decompressed when they are taken.
 class BlocksAhead {
  public:
   struct Block {
@@ -50,7 +50,7 @@ class BlocksAhead {
     std::uint32_t mRawLength = 0;
     std::shared_ptr<Job> mpJob;  ///< Null if the block is not decompressed ahead.
   };
-  /// Blocks, decompressed and compressed, that are in memory at a time. Two blocks of 60 MB are.
+  /// Blocks, decompressed and compressed, that are in memory at a time, such as two of 60 MB.
   static constexpr std::uint64_t kMemory = std::uint64_t{152} << 20;
   static constexpr std::size_t kMostStarted = 64;
 
@@ -60,7 +60,8 @@ class BlocksAhead {
 
   bool mHasWorkers;
   std::deque<Pending> mBlocks;
-  std::size_t mNumPassed = 0;   ///< The first blocks of mBlocks, which are started or left out.
+  std::size_t mNumPassed = 0;   ///< The first blocks of mBlocks, which are started or left out,
+                                ///< because they cannot be decompressed as a whole.
   std::size_t mNumStarted = 0;  ///< Blocks with a job.
   std::mutex mMutex;            ///< Guards the jobs and mNumBytes.
   std::condition_variable mDone;

@@ -9,7 +9,8 @@
 
 namespace QovRyx {
 
-/// Stores equal arrays once while a model is saved. Each input is decompressed only once for it.
+/// Stores equal arrays once while a model is saved. Inputs are not decompressed again to find them,
+/// except for the arrays that ArraySearch::Finish compares.
 ///
 /// The first of equal arrays, with integer kinds before the others and otherwise in the order of
 /// the tree, is the owner. A result with an equal array becomes a link to it, if the type of the

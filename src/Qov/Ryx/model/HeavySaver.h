@@ -16,8 +16,8 @@ class HeavySaver {
 
   /// The largest array, in bytes, that Save reads once; larger ones may be read twice.
   virtual std::uint64_t GetLargestReadOnce() const = 0;
-  /// Saves the items in this order. May make results of `nodes` links to others instead. Called
-  /// again, with the results that are not linked then, if memory was short.
+  /// Saves the items, usually in this order. May make results of `nodes` links to others instead.
+  /// Called again, with the results that are not linked then, if memory was short.
   virtual void Save(NodeTree& nodes, const std::vector<HeavyItem>& items, HeavyPass& pass) = 0;
 };
 

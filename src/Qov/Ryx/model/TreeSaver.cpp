@@ -190,7 +190,7 @@ void TreeSaver::ClearDanglingLinks() {
 void TreeSaver::SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle) {
   HeavyPass pass(file, shuffle, CountHeavyBytes(mTree.mNodes));
   if (mCopies.mCopying != BlockCopying::Never) pass.CopyBlocks(mTree.mNodes, mCopies);
-  mpSaver == nullptr ? SaveByTree(pass) : SaveByInput(pass);
+  mpSaver == nullptr ? SaveByTree(pass) : SaveListed(pass);
   for (QovJbf::StreamReader* reader : FindReaders(mTree.mNodes)) {
     Qov::Util::WithFileContext(reader->GetPath(), [this, reader] {
       reader->Verify();
@@ -216,7 +216,7 @@ void TreeSaver::SaveByTree(HeavyPass& pass) {
   }
 }
 
-void TreeSaver::SaveByInput(HeavyPass& pass) {
+void TreeSaver::SaveListed(HeavyPass& pass) {
   const std::uint32_t blockSize =
       mSettings.mBlockLimit != 0
           ? mSettings.mBlockLimit

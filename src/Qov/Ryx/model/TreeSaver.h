@@ -31,7 +31,7 @@ class TreeSaver {
              const std::string& comment);
   void SaveHeavyBlocks(QovJbf::JbFile& file, bool shuffle);
   void SaveByTree(HeavyPass& pass);
-  void SaveByInput(HeavyPass& pass);
+  void SaveListed(HeavyPass& pass);
   void FlushAndClose(QovJbf::JbFile& file, const std::string& comment);
   void SaveTree(QovJbf::JbFile& file);
   void SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment);
