@@ -1,5 +1,6 @@
 #include "FileAccess.h"
 
+#include <fcntl.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -67,6 +68,11 @@ std::uint64_t CopyInFileSystem(int source, std::uint64_t from, int target, std::
     done += static_cast<std::uint64_t>(part);
   }
   return done;
+}
+
+void StartWriteback(std::FILE* file, std::uint64_t position, std::uint64_t n) {
+  static_cast<void>(::sync_file_range(::fileno(file), static_cast<off_t>(position),
+                                      static_cast<off_t>(n), SYNC_FILE_RANGE_WRITE));
 }
 
 void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,

@@ -29,6 +29,10 @@ void WriteAt(const char* source, std::FILE* file, std::uint64_t position, const 
 std::uint64_t CopyInFileSystem(int source, std::uint64_t from, int target, std::uint64_t to,
                                std::uint64_t n);
 
+/// Lets the kernel begin to write `n` bytes of the file to the disk, so that flushing the file
+/// takes less time. Failures are ignored, because it is only a hint.
+void StartWriteback(std::FILE* file, std::uint64_t position, std::uint64_t n);
+
 /// Raises ReadError if a file of `fileLength` bytes does not have `n` bytes at `position`.
 void CheckInFile(const char* source, std::uint64_t fileLength, std::uint64_t position,
                  std::uint64_t n, unsigned long line = __builtin_LINE());

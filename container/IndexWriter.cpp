@@ -70,6 +70,7 @@ void IndexWriter::WriteReady(std::FILE* file) {
     if (!mpOutput->IsWhole(k) && FindFirstOpen() < k) return;
     if (!mpOutput->WriteFirst(file, mTable.GetPosition(k))) return;
     mTable.SetSize(k, mpOutput->RemoveFirst());
+    EndBlock(k, file);
     if (mTable.HasFlag(k, BlockFlag::kCompressed)) {
       Trace(kIndexSource) << "Buffer length after transformations: " << mTable.GetItem(k).mSize;
     }
@@ -170,6 +171,13 @@ void IndexWriter::PutStoredBlock(const std::string& name, StreamReader& reader,
   if (check && block.mCompressed) GetChecks().Add(reader, block);
   if (check && !block.mCompressed) reader.SetVerified(block);
   reader.CopyStored(block, file, mTable.GetPosition(k));
+  EndBlock(k, file);
+}
+
+// Called when all bytes of a block are written.
+void IndexWriter::EndBlock(std::uint64_t k, std::FILE* file) const {
+  if (!mSettings.mStartsWriteback) return;
+  StartWriteback(file, mTable.GetPosition(k), mTable.GetItem(k).mSize);
 }
 
 BlockChecks& IndexWriter::GetChecks() {

@@ -48,6 +48,7 @@ class IndexWriter {
   BlockChecks& GetChecks();
   void HandOver(std::uint64_t k);
   void HandOverFull(IndexStream& stream);
+  void EndBlock(std::uint64_t k, std::FILE* file) const;
   std::uint64_t FindFirstOpen();
 
   IndexTable& mTable;

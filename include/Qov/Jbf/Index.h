@@ -33,6 +33,9 @@ struct WriteSettings {
   Compressor mCompressor = Compressor::Zlib;
   /// The largest block, in bytes, that Compressor::Fastest compresses with libdeflate.
   std::uint32_t mMostAtOnce = 128U << 20;
+  /// Lets the disk begin with each block when it is written, because the file is flushed at the
+  /// end.
+  bool mStartsWriteback = false;
 };
 
 /// The streams of one container file.

@@ -275,9 +275,12 @@ void TreeSaver::SaveGlobalInfo(QovJbf::JbFile& file, const std::string& comment)
 void SaveWith(HeavySaver& saver, Tree& tree, const std::string& path, const std::string& comment,
               const OutputSettings& settings) {
   CheckSettings(settings);
-  const QovJbf::WriteSettings write{settings.mLevel, settings.mBlockSize,
-                                    ChooseBlockSize(tree.GetNodes()), settings.mThreads,
-                                    settings.mCompressor};
+  const QovJbf::WriteSettings write{.mLevel = settings.mLevel,
+                                    .mBlockLimit = settings.mBlockSize,
+                                    .mUsualBlockLimit = ChooseBlockSize(tree.GetNodes()),
+                                    .mThreads = settings.mThreads,
+                                    .mCompressor = settings.mCompressor,
+                                    .mStartsWriteback = true};
   CopySettings copies;
   if (settings.mKeepBlocks != BlockKeeping::Never) copies.mCopying = BlockCopying::IfWholeNeeded;
   copies.mCheck = settings.mKeepBlocks == BlockKeeping::Checked;
