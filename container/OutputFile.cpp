@@ -43,6 +43,14 @@ bool IsRegular(int descriptor) {
         "Output file " + Quote(path) + " was removed or replaced while it was written");
 }
 
+/// Makes a regular file empty. A file that is empty is left alone: ext4 needs long to close a file
+/// that was truncated, because it allocates its blocks then.
+bool Truncate(const Descriptor& output) {
+  struct stat status {};
+  if (::fstat(output.Get(), &status) != 0) return false;
+  return !S_ISREG(status.st_mode) || status.st_size == 0 || ::ftruncate(output.Get(), 0) == 0;
+}
+
 /// Returns the file at `path`, whose lock was kept. Raises WriteError if the path leads to another
 /// file.
 Descriptor Reopen(const std::string& path, const Descriptor& kept) {
@@ -84,7 +92,7 @@ std::FILE* OpenOutput(const std::string& path, const char* mode) {
   Descriptor output = isKept ? Reopen(path, gpKeptLocks->at(path))
                              : OpenAndLock(path, O_RDWR | O_CLOEXEC | (isNew ? O_CREAT : 0));
   if (!output.IsOpen()) return nullptr;
-  if (isNew && IsRegular(output.Get()) && ::ftruncate(output.Get(), 0) != 0) return nullptr;
+  if (isNew && !Truncate(output)) return nullptr;
   std::FILE* file = ::fdopen(output.Get(), mode);
   if (file != nullptr) output.Release();
   return file;
