@@ -55,6 +55,9 @@ class ReadAhead {
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
 
+  /// Starts to decompress before the first read, as long as there is memory.
+  void Start() { StartNext(); }
+
   /// Appends parts that are read after the earlier ones, and starts to decompress their blocks if
   /// there is memory left. This object must be the latest one.
   void Append(const Parts& parts);

@@ -223,7 +223,8 @@ void TreeSaver::SaveListed(HeavyPass& pass) {
           : QovJbf::ReadSizeVariable("TELMORAX_MAX_RYX_BLOCK_SIZE", mSettings.mUsualBlockLimit);
   std::vector<HeavyItem> items = ListForSave(mTree.mNodes, blockSize);
   std::erase_if(items, [&pass](const HeavyItem& item) { return pass.IsCopied(item); });
-  const QovJbf::ReadAhead ahead(PlanReads(items, mpSaver->GetLargestReadOnce()), kReadAheadMemory);
+  QovJbf::ReadAhead ahead(PlanReads(items, mpSaver->GetLargestReadOnce()), kReadAheadMemory);
+  ahead.Start();
   mpSaver->Save(mTree.mNodes, items, pass);
 }
 
