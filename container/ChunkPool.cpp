@@ -1,7 +1,6 @@
 #include "ChunkPool.h"
 
 #include <algorithm>
-#include <iterator>
 #include <new>
 #include <utility>
 
@@ -36,10 +35,17 @@ Chunk ChunkPool::Take(std::size_t capacity) {
   return chunk;
 }
 
+Chunk ChunkPool::TakeForBlock(std::uint32_t n) {
+  constexpr std::size_t kStep = std::size_t{1} << 20;
+  return Take((std::size_t{n} + kStep) / kStep * kStep);
+}
+
 /// Takes the smallest free chunk that is large enough, but not more than twice as large as needed.
-/// Returns false if there is none, and frees as many bytes instead: the largest chunks that are too
-/// small, and otherwise a larger one.
+/// Returns false if there is none, and makes room for a new one: frees the smallest chunks, because
+/// large ones take longer to make.
 bool ChunkPool::TakeLarge(std::size_t capacity, Chunk& chunk) {
+  constexpr std::size_t kSpare = std::size_t{16}
+                                 << 20;  // so that a small chunk replaces no large one
   const std::lock_guard lock(mMutex);
   const auto isSmaller = [](const Chunk& a, const Chunk& b) { return a.mCapacity < b.mCapacity; };
   std::sort(mFreeLarge.begin(), mFreeLarge.end(), isSmaller);
@@ -53,13 +59,13 @@ bool ChunkPool::TakeLarge(std::size_t capacity, Chunk& chunk) {
     CountUsed(0, chunk.mCapacity);
     return true;
   }
-  auto first = best;
-  auto last = best;
-  std::size_t freed = 0;
-  while (first != mFreeLarge.begin() && freed < capacity) freed += (--first)->mCapacity;
-  if (freed < capacity && last != mFreeLarge.end()) ++last;
-  mNumLarge -= static_cast<std::size_t>(last - first);
-  mFreeLarge.erase(first, last);
+  std::size_t numBytes = mUsed + capacity;
+  const std::size_t most = std::max(mMostUsed, numBytes) + kSpare;
+  for (const Chunk& free : mFreeLarge) numBytes += free.mCapacity;
+  auto last = mFreeLarge.begin();
+  while (numBytes > most) numBytes -= (last++)->mCapacity;
+  mNumLarge -= static_cast<std::size_t>(last - mFreeLarge.begin());
+  mFreeLarge.erase(mFreeLarge.begin(), last);
   mFreeLarge.reserve(++mNumLarge);  // Return must not allocate
   return false;
 }
@@ -99,6 +105,16 @@ std::size_t ChunkPool::GetUsed() const {
 std::size_t ChunkPool::GetMostUsed() const {
   const std::lock_guard lock(mMutex);
   return mMostUsed;
+}
+
+std::shared_ptr<ChunkPool> GetBlockBuffers() {
+  static std::weak_ptr<ChunkPool> current;
+  std::shared_ptr<ChunkPool> buffers = current.lock();
+  if (!buffers) {
+    buffers = std::make_shared<ChunkPool>();
+    current = buffers;
+  }
+  return buffers;
 }
 
 }  // namespace QovJbf

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -34,7 +36,8 @@ struct Chunk {
 };
 
 /// Chunks, shared by all threads. Returned chunks are reused, or freed for chunks of other sizes,
-/// so the pool has about as many bytes as were in use at one time.
+/// so the pool has hardly more bytes than were in use at one time. Reuse saves time, because the
+/// system clears new memory.
 class ChunkPool {
  public:
   /// A multiple of 32 KiB, by which deflate's window moves, so that deflate finds the same matches
@@ -45,6 +48,9 @@ class ChunkPool {
   Chunk Take();
   /// Returns an empty chunk of at least `capacity` bytes. Throws std::bad_alloc.
   Chunk Take(std::size_t capacity);
+  /// Returns an empty chunk for a block of `n` bytes. Its capacity is rounded up, because chunks of
+  /// few sizes are reused more often. Throws std::bad_alloc.
+  Chunk TakeForBlock(std::uint32_t n);
   /// Changes the size of a chunk and keeps its content. Throws std::bad_alloc.
   void Resize(Chunk& chunk, std::size_t capacity);
   /// Takes a chunk back. Frees a chunk that is not from the pool.
@@ -67,5 +73,9 @@ class ChunkPool {
   std::size_t mUsed = 0;
   std::size_t mMostUsed = 0;
 };
+
+/// Returns the pool of the blocks that are decompressed ahead. It exists while somebody holds it.
+/// Called by the thread that reads.
+std::shared_ptr<ChunkPool> GetBlockBuffers();
 
 }  // namespace QovJbf

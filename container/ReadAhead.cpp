@@ -26,12 +26,6 @@ std::uint64_t GetSize(const StreamReader::BlockExtent& extent) {
   return std::uint64_t{extent.mRawLength} + extent.mStoredSize;
 }
 
-/// Returns the size of the buffer for `n` bytes. Buffers of a few sizes are reused more often.
-std::size_t GetCapacity(std::uint32_t n) {
-  constexpr std::size_t kStep = std::size_t{1} << 20;
-  return (std::size_t{n} + kStep) / kStep * kStep;
-}
-
 /// Returns a closed descriptor if the file cannot be opened. The reader reports the reason when it
 /// reads the block itself.
 Descriptor OpenFile(const StreamReader& reader) {
@@ -48,10 +42,17 @@ Descriptor OpenFile(const StreamReader& reader) {
 struct ReadAhead::Job {
   enum class State : std::uint8_t { Running, Sound, Failed };
 
+  Job(std::shared_ptr<ChunkPool> buffers, Descriptor file)
+      : mpBuffers(std::move(buffers)), mFile(std::move(file)) {}
+  ~Job() { mpBuffers->Return(std::move(mContent)); }
+  Job(const Job&) = delete;
+  Job& operator=(const Job&) = delete;
+
+  std::shared_ptr<ChunkPool> mpBuffers;
   Descriptor mFile;
-  std::uint64_t mPosition;
-  std::uint32_t mStoredSize;
-  std::uint32_t mRawLength;
+  std::uint64_t mPosition = 0;
+  std::uint32_t mStoredSize = 0;
+  std::uint32_t mRawLength = 0;
   Chunk mContent;                 ///< Used by the worker until the job is done.
   State mState = State::Running;  ///< Guarded by the mutex.
 };
@@ -78,6 +79,7 @@ ReadAhead::ReadAhead(const Parts& parts, std::uint64_t memory)
       mCacheSize(0),
       mMostStarted(CountWorkerHandles()),
       mNext(mBlocks.end()),
+      mpBuffers(GetBlockBuffers()),
       mWorkers(GetThreadCount(0)) {
   const SystemResources resources;
   const std::uint64_t free = std::min(resources.GetFreeMemory(), resources.GetFreeAddressSpace());
@@ -196,8 +198,9 @@ void ReadAhead::Provide(const StreamReader& reader, Contents& contents) {
     if (planned.mpReader != &reader || planned.mIsLeftOut) continue;
     const auto content = contents.find(reader.GetPosition(planned.mExtent));
     if (content == contents.end() || content->second.mSize != planned.mExtent.mRawLength) continue;
-    planned.mpJob = std::make_shared<Job>(
-        Job{Descriptor(-1), 0, 0, 0, std::move(content->second), Job::State::Sound});
+    planned.mpJob = std::make_shared<Job>(mpBuffers, Descriptor(-1));
+    planned.mpJob->mContent = std::move(content->second);
+    planned.mpJob->mState = Job::State::Sound;
     mStarted.push_back(&planned);
     contents.erase(content);
   }
@@ -302,9 +305,10 @@ void ReadAhead::Start(Planned& planned) {
   }
   const StreamReader::BlockExtent& extent = planned.mExtent;
   try {
-    planned.mpJob = std::make_shared<Job>(
-        Job{std::move(file), planned.mpReader->GetPosition(extent), extent.mStoredSize,
-            extent.mRawLength, Chunk(), Job::State::Running});
+    planned.mpJob = std::make_shared<Job>(mpBuffers, std::move(file));
+    planned.mpJob->mPosition = planned.mpReader->GetPosition(extent);
+    planned.mpJob->mStoredSize = extent.mStoredSize;
+    planned.mpJob->mRawLength = extent.mRawLength;
     mStarted.push_back(&planned);
     mWorkers.Post([this, job = planned.mpJob] { Run(*job); });
   } catch (const std::bad_alloc&) {
@@ -317,10 +321,10 @@ void ReadAhead::Run(Job& job) {
   Chunk content;
   try {
     const Descriptor file = std::move(job.mFile);
-    content = mBuffers.Take(GetCapacity(job.mRawLength));  // first, because it is the larger one
-    Chunk stored = mBuffers.Take(GetCapacity(job.mStoredSize));
+    content = mpBuffers->TakeForBlock(job.mRawLength);  // first, because it is the larger one
+    Chunk stored = mpBuffers->TakeForBlock(job.mStoredSize);
     content.mSize = Decompress(job, file, stored.mData.get(), content.mData.get());
-    mBuffers.Return(std::move(stored));
+    mpBuffers->Return(std::move(stored));
   } catch (const std::bad_alloc&) {
     content = Chunk();
   }
@@ -334,12 +338,6 @@ void ReadAhead::Run(Job& job) {
 void ReadAhead::LeaveOut(Planned& planned) {
   planned.mIsLeftOut = true;
   if (!planned.mpJob) return;
-  {
-    const std::lock_guard lock(mMutex);
-    if (planned.mpJob->mState != Job::State::Running) {
-      mBuffers.Return(std::move(planned.mpJob->mContent));
-    }
-  }
   planned.mpJob.reset();
   std::erase(mStarted, &planned);
 }

@@ -125,7 +125,7 @@ class ReadAhead {
   std::vector<Planned*> mStarted;
   std::mutex mMutex;  ///< Guards the results of jobs.
   std::condition_variable mDone;
-  ChunkPool mBuffers;   ///< Buffers of blocks are reused, because the system clears new ones.
+  std::shared_ptr<ChunkPool> mpBuffers;
   WorkerPool mWorkers;  ///< Last, because its tasks use the members above.
 };
 

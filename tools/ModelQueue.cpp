@@ -29,7 +29,7 @@ class KeptErrors {
 }  // namespace
 
 ModelQueue::ModelQueue(const std::vector<std::string>& paths, Plan plan)
-    : mPaths(paths), mPlan(std::move(plan)), mAhead({}, kReadAheadMemory) {
+    : mPaths(paths), mPlan(std::move(plan)), mAhead({}) {
   const std::size_t numThreads = QovJbf::GetThreadCount(0);
   mNumAtOnce = numThreads > 1 ? std::min(numThreads + 1, kMostLoaded) : 1;
 }

@@ -42,8 +42,6 @@ class ModelQueue {
   };
   /// More models do not make it faster, because the memory for blocks is limited.
   static constexpr std::size_t kMostLoaded = 8;
-  /// Two blocks of 60 MB that are decompressed and one that is read.
-  static constexpr std::uint64_t kReadAheadMemory = std::uint64_t{204} << 20;
 
   void LoadNext();
 

@@ -144,5 +144,35 @@ TEST(CompressionQueueTest, CompressesWholeBlocksWithoutExceedingItsMemory) {
   }
 }
 
+TEST(ChunkPoolTest, ReusesTheBestChunkAndKeepsLargeOnesForLater) {
+  constexpr std::size_t kMiB = std::size_t{1} << 20;
+  ChunkPool pool;
+  Chunk large = pool.Take(40 * kMiB);
+  Chunk middle = pool.Take(20 * kMiB);
+  const unsigned char* const largePlace = large.mData.get();
+  const unsigned char* const middlePlace = middle.mData.get();
+  pool.Return(std::move(large));
+  pool.Return(std::move(middle));
+  middle = pool.Take(15 * kMiB);
+  EXPECT_EQ(middle.mData.get(), middlePlace);
+  pool.Return(std::move(middle));
+  Chunk small = pool.Take(8 * kMiB);
+  EXPECT_EQ(small.mCapacity, 8 * kMiB) << "would waste more than half of another one";
+  large = pool.Take(36 * kMiB);
+  EXPECT_EQ(large.mData.get(), largePlace);
+  EXPECT_EQ(pool.GetUsed(), 48 * kMiB);
+  EXPECT_EQ(pool.GetMostUsed(), 60 * kMiB);
+}
+
+TEST(ChunkPoolTest, BuffersOfBlocksAreSharedWhileSomebodyHoldsThem) {
+  std::weak_ptr<ChunkPool> before;
+  {
+    const auto buffers = GetBlockBuffers();
+    EXPECT_EQ(GetBlockBuffers(), buffers);
+    before = buffers;
+  }
+  EXPECT_TRUE(before.expired());
+}
+
 }  // namespace
 }  // namespace QovJbf

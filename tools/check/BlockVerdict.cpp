@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "Plural.h"
@@ -104,19 +105,29 @@ std::optional<std::uint32_t> ReadWholeLength(const QovJbf::Descriptor& file, std
 }
 
 std::optional<WholeBlock> InflateWholeBlock(const QovJbf::Descriptor& file, std::uint64_t position,
-                                            std::uint32_t size) {
+                                            std::uint32_t size, QovJbf::ChunkPool& buffers) {
   const auto length = ReadWholeLength(file, position, size);
   if (!length) return std::nullopt;
   const auto numStored = static_cast<std::uint32_t>(size - QovJbf::kRawLengthSize);
-  const QovJbf::MallocBuffer stored = QovJbf::TryToAllocate(numStored);
-  QovJbf::MallocBuffer content = QovJbf::TryToAllocate(*length);
-  if (!stored || !content ||
-      !QovJbf::ReadFully(file, position + QovJbf::kRawLengthSize, stored.get(), numStored)) {
+  QovJbf::Chunk content;
+  QovJbf::Chunk stored;
+  std::size_t numUsed = 0;
+  try {
+    content = buffers.TakeForBlock(*length);
+    stored = buffers.TakeForBlock(numStored);
+    unsigned char* stream = stored.mData.get();
+    if (QovJbf::ReadFully(file, position + QovJbf::kRawLengthSize, stream, numStored)) {
+      numUsed = QovJbf::DecompressWhole(stream, numStored, content.mData.get(), *length);
+    }
+  } catch (const std::bad_alloc&) {
+    // The block is decompressed piece by piece.
+  }
+  buffers.Return(std::move(stored));
+  if (numUsed == 0) {
+    buffers.Return(std::move(content));
     return std::nullopt;
   }
-  const std::size_t numUsed =
-      QovJbf::DecompressWhole(stored.get(), numStored, content.get(), *length);
-  if (numUsed == 0) return std::nullopt;
+  content.mSize = *length;
   return WholeBlock{*length, static_cast<std::uint32_t>(numStored - numUsed), std::move(content)};
 }
 

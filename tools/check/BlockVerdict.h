@@ -6,7 +6,7 @@
 
 #include "Qov/Jbf/Block.h"
 #include "check/FileBytes.h"
-#include "container/MallocBuffer.h"
+#include "container/ChunkPool.h"
 
 namespace Qov::Tools {
 
@@ -24,7 +24,7 @@ struct BlockVerdict {
 struct WholeBlock {
   std::uint32_t mRawLength = 0;
   std::uint32_t mNumTrailing = 0;  ///< As in BlockVerdict.
-  QovJbf::MallocBuffer mContent;
+  QovJbf::Chunk mContent;
 
   BlockVerdict GetVerdict() const { return {mRawLength, false, "", mNumTrailing}; }
 };
@@ -33,11 +33,11 @@ struct WholeBlock {
 /// as a whole, because it is too large or cannot have that content.
 std::optional<std::uint32_t> ReadWholeLength(const QovJbf::Descriptor& file, std::uint64_t position,
                                              std::uint32_t size);
-/// Decompresses a block as a whole. Returns nothing if it is damaged or too large, or if there is
-/// no memory; InflateBlock tells the reason. Other threads may call it, because it does not raise
-/// errors.
+/// Decompresses a block as a whole, into a chunk of `buffers`. Returns nothing if it is damaged or
+/// too large, or if there is no memory; InflateBlock tells the reason. Other threads may call it,
+/// because it does not raise errors.
 std::optional<WholeBlock> InflateWholeBlock(const QovJbf::Descriptor& file, std::uint64_t position,
-                                            std::uint32_t size);
+                                            std::uint32_t size, QovJbf::ChunkPool& buffers);
 
 /// Decompresses and checks a block, which must be inside the file. Appends its content to `content`
 /// unless that is null; otherwise keeps only a few buffers in memory. Raises MemoryAllocationError

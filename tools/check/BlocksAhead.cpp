@@ -8,7 +8,9 @@
 namespace Qov::Tools {
 
 BlocksAhead::BlocksAhead()
-    : mHasWorkers(QovJbf::GetThreadCount(0) > 1), mWorkers(QovJbf::GetThreadCount(0)) {}
+    : mHasWorkers(QovJbf::GetThreadCount(0) > 1),
+      mpBuffers(QovJbf::GetBlockBuffers()),
+      mWorkers(QovJbf::GetThreadCount(0)) {}
 
 void BlocksAhead::Add(Block block) { mBlocks.push_back({std::move(block), 0, nullptr}); }
 
@@ -45,7 +47,7 @@ void BlocksAhead::Start(Pending& next) {
 /// Runs on a worker.
 void BlocksAhead::Run(const Block& block, Job& job) {
   std::optional<WholeBlock> content =
-      InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize);
+      InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize, *mpBuffers);
   const std::lock_guard lock(mMutex);
   job.mContent = std::move(content);
   job.mIsDone = true;
@@ -54,12 +56,19 @@ void BlocksAhead::Run(const Block& block, Job& job) {
 }
 
 std::optional<WholeBlock> BlocksAhead::Take(const Block& block) {
-  while (!(mBlocks.front().mBlock == block)) TakeFirst();
+  while (!(mBlocks.front().mBlock == block)) DropFirst();
   const bool isStarted = mBlocks.front().mpJob != nullptr;
   std::optional<WholeBlock> content = TakeFirst();
-  if (!isStarted) content = InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize);
+  if (!isStarted) {
+    content = InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize, *mpBuffers);
+  }
   Start();
   return content;
+}
+
+void BlocksAhead::DropFirst() {
+  std::optional<WholeBlock> content = TakeFirst();
+  if (content) mpBuffers->Return(std::move(content->mContent));
 }
 
 /// Removes the first block, and returns its content if it was started.

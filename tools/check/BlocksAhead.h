@@ -38,6 +38,7 @@ class BlocksAhead {
   /// Starts to decompress blocks as far as there is memory.
   void Start();
   /// Returns the same as InflateWholeBlock for a block that was added. Drops the blocks before it.
+  /// The chunk is of GetBlockBuffers().
   std::optional<WholeBlock> Take(const Block& block);
 
  private:
@@ -57,6 +58,7 @@ class BlocksAhead {
   void Start(Pending& next);
   void Run(const Block& block, Job& job);
   std::optional<WholeBlock> TakeFirst();
+  void DropFirst();
 
   bool mHasWorkers;
   std::deque<Pending> mBlocks;
@@ -66,6 +68,7 @@ class BlocksAhead {
   std::mutex mMutex;            ///< Guards the jobs and mNumBytes.
   std::condition_variable mDone;
   std::uint64_t mNumBytes = 0;  ///< Bytes of the blocks with a job.
+  std::shared_ptr<QovJbf::ChunkPool> mpBuffers;
   QovJbf::WorkerPool mWorkers;  ///< Last, because its tasks use the members above.
 };
 

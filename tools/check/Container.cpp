@@ -288,10 +288,17 @@ BlockVerdict Container::Inflate(const StoredBlock& block, std::uint64_t position
   if (mStreams[block.mStream].mName == QovRyx::kHeavyData &&
       mNumHeavyBytes + whole->mRawLength <= kMostHeavyBytes) {
     mNumHeavyBytes += whole->mRawLength;
-    mHeavyContents.emplace(position,
-                           QovJbf::Chunk(std::move(whole->mContent), 0, whole->mRawLength));
+    mHeavyContents.emplace(position, std::move(whole->mContent));
+  } else {
+    QovJbf::GetBlockBuffers()->Return(std::move(whole->mContent));
   }
   return whole->GetVerdict();
+}
+
+void Container::DropHeavyContents() {
+  const auto buffers = QovJbf::GetBlockBuffers();
+  for (auto& [position, content] : mHeavyContents) buffers->Return(std::move(content));
+  mHeavyContents.clear();
 }
 
 void Container::CheckBlock(std::size_t k, std::uint64_t position, BlocksAhead& ahead) {

@@ -45,6 +45,8 @@ class Container {
   /// Returns blocks of the heavy stream that CheckBlocks has decompressed. The caller may take
   /// them.
   QovJbf::ReadAhead::Contents& GetHeavyContents() { return mHeavyContents; }
+  /// Drops those that are left.
+  void DropHeavyContents();
   /// Returns a cursor over the stream; over no bytes if the stream is missing.
   StreamCursor OpenStream(const std::string& name);
 

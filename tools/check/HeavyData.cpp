@@ -170,7 +170,7 @@ void HeavySweep::Run(ModelContent& model) {
   if (mCursor.GetReader() != nullptr) {
     ahead.Provide(*mCursor.GetReader(), mContainer.GetHeavyContents());
   }
-  mContainer.GetHeavyContents().clear();
+  mContainer.DropHeavyContents();
   for (Extent& extent : mExtents) {
     Visit(extent);
     QovRyx::ProgressReport::Advance(extent.mEnd - std::min(extent.mOffset, extent.mEnd));

@@ -17,7 +17,7 @@ struct SearchLimits {
   /// Bytes of arrays that are in memory to be compared. Less is used if less is free.
   std::uint64_t mMemory = std::uint64_t{256} << 20;
   /// Bytes of arrays that are kept in memory while the others are hashed.
-  std::uint64_t mKept = std::uint64_t{32} << 20;
+  std::uint64_t mKept = std::uint64_t{24} << 20;
   /// The largest array that is read as a whole.
   std::uint64_t mWhole = std::uint64_t{256} << 20;
   /// Bytes that the search may skip in a file.
