@@ -44,8 +44,6 @@ Chunk ChunkPool::TakeForBlock(std::uint32_t n) {
 /// Returns false if there is none, and makes room for a new one: frees the smallest chunks, because
 /// large ones take longer to make.
 bool ChunkPool::TakeLarge(std::size_t capacity, Chunk& chunk) {
-  constexpr std::size_t kSpare = std::size_t{16}
-                                 << 20;  // so that a small chunk replaces no large one
   const std::lock_guard lock(mMutex);
   const auto isSmaller = [](const Chunk& a, const Chunk& b) { return a.mCapacity < b.mCapacity; };
   std::sort(mFreeLarge.begin(), mFreeLarge.end(), isSmaller);
@@ -60,7 +58,7 @@ bool ChunkPool::TakeLarge(std::size_t capacity, Chunk& chunk) {
     return true;
   }
   std::size_t numBytes = mUsed + capacity;
-  const std::size_t most = std::max(mMostUsed, numBytes) + kSpare;
+  const std::size_t most = std::max(mMostUsed, numBytes);
   for (const Chunk& free : mFreeLarge) numBytes += free.mCapacity;
   auto last = mFreeLarge.begin();
   while (numBytes > most) numBytes -= (last++)->mCapacity;

@@ -36,7 +36,7 @@ struct Chunk {
 };
 
 /// Chunks, shared by all threads. Returned chunks are reused, or freed for chunks of other sizes,
-/// so the pool has hardly more bytes than were in use at one time. Reuse saves time, because the
+/// so the pool has at most as many bytes as were in use at one time. Reuse saves time, because the
 /// system clears new memory.
 class ChunkPool {
  public:

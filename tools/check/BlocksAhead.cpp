@@ -23,7 +23,7 @@ void BlocksAhead::Start() {
     const std::uint64_t numBytes = std::uint64_t{*length} + next.mBlock.mSize;
     {
       const std::lock_guard lock(mMutex);
-      const bool fits = mNumStarted == 0 || mNumBytes + numBytes <= kMemory;
+      const bool fits = mNumStarted == 0 || mNumBytes + mNumKept + numBytes <= kMemory;
       if (mNumStarted >= kMostStarted || !fits) return;
       mNumBytes += numBytes;
     }
@@ -62,8 +62,19 @@ std::optional<WholeBlock> BlocksAhead::Take(const Block& block) {
   if (!isStarted) {
     content = InflateWholeBlock(*block.mpFile, block.mPosition, block.mSize, *mpBuffers);
   }
+  if (content) mNumKept += content->mRawLength;
   Start();
   return content;
+}
+
+void BlocksAhead::Return(WholeBlock content) {
+  mNumKept -= content.mRawLength;
+  mpBuffers->Return(std::move(content.mContent));
+}
+
+void BlocksAhead::DropKept() {
+  mNumKept = 0;
+  Start();
 }
 
 void BlocksAhead::DropFirst() {

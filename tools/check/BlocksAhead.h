@@ -38,8 +38,12 @@ class BlocksAhead {
   /// Starts to decompress blocks as far as there is memory.
   void Start();
   /// Returns the same as InflateWholeBlock for a block that was added. Drops the blocks before it.
-  /// The chunk is of GetBlockBuffers().
+  /// The content is of GetBlockBuffers().
   std::optional<WholeBlock> Take(const Block& block);
+  /// Takes a content back.
+  void Return(WholeBlock content);
+  /// Called when the caller has dropped all contents that it took.
+  void DropKept();
 
  private:
   struct Job {
@@ -51,7 +55,8 @@ class BlocksAhead {
     std::uint32_t mRawLength = 0;
     std::shared_ptr<Job> mpJob;  ///< Null if the block is not decompressed ahead.
   };
-  /// Blocks, decompressed and compressed, that are in memory at a time, such as two of 60 MB.
+  /// Blocks, decompressed and compressed, that are in memory at a time, such as two of 60 MB. Those
+  /// that were taken are counted until they are dropped.
   static constexpr std::uint64_t kMemory = std::uint64_t{152} << 20;
   static constexpr std::size_t kMostStarted = 64;
 
@@ -69,6 +74,7 @@ class BlocksAhead {
   std::condition_variable mDone;
   std::uint64_t mNumBytes = 0;  ///< Bytes of the blocks with a job.
   std::shared_ptr<QovJbf::ChunkPool> mpBuffers;
+  std::uint64_t mNumKept = 0;   ///< Bytes that were taken and not dropped.
   QovJbf::WorkerPool mWorkers;  ///< Last, because its tasks use the members above.
 };
 

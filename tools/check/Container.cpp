@@ -285,14 +285,15 @@ BlockVerdict Container::Inflate(const StoredBlock& block, std::uint64_t position
                                 BlocksAhead& ahead) {
   std::optional<WholeBlock> whole = ahead.Take(GetBlock(block, position));
   if (!whole) return InflateBlock(mBytes, position, block.mSize);
+  BlockVerdict verdict = whole->GetVerdict();
   if (mStreams[block.mStream].mName == QovRyx::kHeavyData &&
       mNumHeavyBytes + whole->mRawLength <= kMostHeavyBytes) {
     mNumHeavyBytes += whole->mRawLength;
     mHeavyContents.emplace(position, std::move(whole->mContent));
   } else {
-    QovJbf::GetBlockBuffers()->Return(std::move(whole->mContent));
+    ahead.Return(std::move(*whole));
   }
-  return whole->GetVerdict();
+  return verdict;
 }
 
 void Container::DropHeavyContents() {

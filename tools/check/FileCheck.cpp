@@ -111,6 +111,7 @@ FileChecks::FileChecks(const std::vector<std::string>& paths, std::size_t limitP
 FileChecks::~FileChecks() = default;
 
 FileReport FileChecks::CheckNext() {
+  mAhead.DropKept();
   if (mFiles.empty()) OpenNext();
   try {
     while (mFiles.size() < mNumAtOnce && mNumOpened < mPaths.size()) OpenNext();

@@ -89,9 +89,9 @@ class ArrayVerifier {
     std::string mError;
   };
   static constexpr std::uint32_t kMostSmallBlock = std::uint32_t{32} << 20;
-  /// More than usual: a block of 60 MB of an input is read while the next one is decompressed, and
-  /// the blocks of the output that have values of both are kept.
-  static constexpr std::uint64_t kReadAheadMemory = std::uint64_t{168} << 20;
+  /// Less than usual, because values of owners are in memory, too. A block of 60 MB of an input is
+  /// read while the next one is decompressed, beside the blocks of the output.
+  static constexpr std::uint64_t kReadAheadMemory = std::uint64_t{148} << 20;
   static constexpr std::uint64_t kMostOwnerBytes = std::uint64_t{32} << 20;
 
   void CollectArrays(ExpectedModel& model, bool integerKinds);
