@@ -70,6 +70,7 @@ std::optional<WholeBlock> BlocksAhead::Take(const Block& block) {
 void BlocksAhead::Return(WholeBlock content) {
   mNumKept -= content.mRawLength;
   mpBuffers->Return(std::move(content.mContent));
+  Start();
 }
 
 void BlocksAhead::DropKept() {
