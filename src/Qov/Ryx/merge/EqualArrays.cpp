@@ -282,7 +282,8 @@ KeptArrays::Key ArraySearch::State::Hash(std::size_t i, KeptArrays::Bytes& bytes
   const std::uint64_t size = GetNumBytes(array);
   XXH128_hash_t hash;
   if (size <= mLimits.mWhole) {
-    auto all = std::make_shared<ArrayBytes>(QovJbf::AllocateBuffer(kMergeSource, size), size);
+    auto all =
+        std::make_shared<ArrayBytes>(ArrayBytes{QovJbf::AllocateBuffer(kMergeSource, size), size});
     mBytes.Read(array, 0, all->mData.get(), size);
     mBytes.Drop();
     ProgressReport::Advance(0);
