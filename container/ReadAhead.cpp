@@ -326,7 +326,7 @@ void ReadAhead::Run(Job& job) {
     content.mSize = Decompress(job, file, stored.mData.get(), content.mData.get());
     mpBuffers->Return(std::move(stored));
   } catch (const std::bad_alloc&) {
-    content = Chunk();
+    mpBuffers->Return(std::exchange(content, Chunk()));
   }
   const std::lock_guard lock(mMutex);
   job.mState = content.mSize > 0 ? Job::State::Sound : Job::State::Failed;

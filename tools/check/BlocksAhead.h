@@ -73,8 +73,8 @@ class BlocksAhead {
   std::mutex mMutex;            ///< Guards the jobs and mNumBytes.
   std::condition_variable mDone;
   std::uint64_t mNumBytes = 0;  ///< Bytes of the blocks with a job.
-  std::shared_ptr<QovJbf::ChunkPool> mpBuffers;
   std::uint64_t mNumKept = 0;   ///< Bytes that were taken and not dropped.
+  std::shared_ptr<QovJbf::ChunkPool> mpBuffers;
   QovJbf::WorkerPool mWorkers;  ///< Last, because its tasks use the members above.
 };
 
