@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <limits>
@@ -21,6 +22,8 @@ namespace {
 
 constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kKilobyte = 1024;
+/// Groups of version 1 without a limit have one near 2^63.
+constexpr std::uint64_t kNoLimit = std::uint64_t{1} << 62;
 
 /// A file of the operating system. Its numbers are read in the C locale, because the process can
 /// have set another locale.
@@ -41,17 +44,32 @@ std::optional<std::uint64_t> ReadNumber(const std::string& path) {
   return static_cast<std::uint64_t>(number);
 }
 
-/// Returns the number after `key` in a file of lines "key number".
-std::optional<std::uint64_t> ReadEntry(const std::string& path, const std::string& key) {
+/// Returns the number after `key` in a line "key number", else nothing.
+std::optional<std::uint64_t> ParseEntry(const std::string& line, const char* key) {
+  if (!line.starts_with(key)) return std::nullopt;
+  std::istringstream rest(line.substr(std::strlen(key)));
+  rest.imbue(std::locale::classic());
+  std::uint64_t number = 0;
+  if ((rest.peek() != ' ' && rest.peek() != '\t') || !(rest >> number)) return std::nullopt;
+  return number;
+}
+
+/// Returns the numbers after `keys` in a file of lines "key number".
+template <std::size_t N>
+std::array<std::optional<std::uint64_t>, N> ReadEntries(const std::string& path,
+                                                        const std::array<const char*, N>& keys) {
+  std::array<std::optional<std::uint64_t>, N> numbers;
   SystemFile file(path);
   for (std::string line; std::getline(file, line);) {
-    if (!line.starts_with(key)) continue;
-    std::istringstream rest(line.substr(key.size()));
-    rest.imbue(std::locale::classic());
-    std::uint64_t number = 0;
-    if ((rest.peek() == ' ' || rest.peek() == '\t') && rest >> number) return number;
+    for (std::size_t i = 0; i < N; ++i) {
+      if (!numbers[i]) numbers[i] = ParseEntry(line, keys[i]);
+    }
   }
-  return std::nullopt;
+  return numbers;
+}
+
+std::optional<std::uint64_t> ReadEntry(const std::string& path, const char* key) {
+  return ReadEntries<1>(path, {key})[0];
 }
 
 /// A line of /proc/self/cgroup: "hierarchy:controller,controller:path". Version 2 has one hierarchy
@@ -121,9 +139,10 @@ std::uint64_t GetQuota(const std::string& folder) {
 std::uint64_t GetFreeMemoryOf(const std::string& folder) {
   auto limit = ReadNumber(folder + "/memory.max");
   if (!limit) limit = ReadNumber(folder + "/memory.limit_in_bytes");
+  if (!limit || *limit >= kNoLimit) return kUnlimited;
   auto used = ReadNumber(folder + "/memory.current");
   if (!used) used = ReadNumber(folder + "/memory.usage_in_bytes");
-  if (!limit || !used) return kUnlimited;
+  if (!used) return kUnlimited;
   const std::uint64_t cached = ReadEntry(folder + "/memory.stat", "inactive_file").value_or(0);
   const std::uint64_t needed = *used - std::min(*used, cached);
   return *limit - std::min(*limit, needed);
@@ -158,13 +177,14 @@ std::uint64_t SystemResources::GetFreeMemory() const {
 }
 
 std::uint64_t SystemResources::GetFreeAddressSpace() const {
+  const auto limits =
+      ReadEntries<2>(mRoot + "/proc/self/limits", {"Max address space", "Max data size"});
+  if (!limits[0] && !limits[1]) return kUnlimited;
+  const auto used = ReadEntries<2>(mRoot + "/proc/self/status", {"VmSize:", "VmData:"});
   std::uint64_t free = kUnlimited;
-  constexpr std::array kLimits{std::pair{"Max address space", "VmSize:"},
-                               std::pair{"Max data size", "VmData:"}};
-  for (const auto& [name, measure] : kLimits) {
-    const auto limit = ReadEntry(mRoot + "/proc/self/limits", name);
-    const auto used = ReadEntry(mRoot + "/proc/self/status", measure);
-    if (limit && used) free = std::min(free, *limit - std::min(*limit, *used * kKilobyte));
+  for (std::size_t i = 0; i < limits.size(); ++i) {
+    if (limits[i] && used[i])
+      free = std::min(free, *limits[i] - std::min(*limits[i], *used[i] * kKilobyte));
   }
   return free;
 }
