@@ -19,7 +19,7 @@
 namespace QovJbf {
 namespace {
 
-constexpr std::size_t kPieceSize = std::size_t{256} << 10;
+constexpr std::size_t kCheckPiece = std::size_t{256} << 10;
 
 /// A zlib stream that is decompressed piece by piece. The content is not kept.
 class Inflation {
@@ -54,7 +54,7 @@ class Inflation {
  private:
   z_stream mStream{};
   int mResult;
-  std::vector<unsigned char> mContent = std::vector<unsigned char>(kPieceSize);
+  std::vector<unsigned char> mContent = std::vector<unsigned char>(kCheckPiece);
 };
 
 }  // namespace
@@ -136,11 +136,11 @@ bool BlockChecks::MatchesAtOnce(const Check& check) {
 
 /// Returns Z_OK or the code of the error.
 int BlockChecks::InflatePiecewise(const Check& check) {
-  std::vector<unsigned char> piece(kPieceSize);
+  std::vector<unsigned char> piece(kCheckPiece);
   Inflation inflation;
   for (std::uint32_t done = 0; done < check.mStreamLength;) {
     const auto n =
-        static_cast<std::uint32_t>(std::min<std::size_t>(kPieceSize, check.mStreamLength - done));
+        static_cast<std::uint32_t>(std::min<std::size_t>(kCheckPiece, check.mStreamLength - done));
     if (!ReadFully(check.mFile, check.mPosition + done, piece.data(), n)) return Z_ERRNO;
     done += n;
     if (mIsEnding || !inflation.Add(piece.data(), n, check.mBlock.mRawLength)) break;

@@ -1,6 +1,7 @@
 #include "FileAccess.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -20,6 +21,11 @@ namespace {
 constexpr std::uint64_t kLargestOffset = std::numeric_limits<off_t>::max();
 
 }  // namespace
+
+std::uint64_t GetFileSize(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
 
 std::uint64_t GetFileLength(const char* source, std::FILE* file, unsigned long line) {
   if (file == nullptr || fseeko(file, 0, SEEK_END) != 0) RaiseReadError(source, line);

@@ -2,11 +2,15 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <string>
 
 /// Reading and writing a file at offsets. The functions raise ReadError ("Unable to read from
 /// file") or WriteError with `source` and the line of the caller. Reading a null `file` is a
 /// ReadError.
 namespace QovJbf {
+
+/// Returns the number of bytes of a file, 0 if it does not exist.
+std::uint64_t GetFileSize(const std::string& path);
 
 std::uint64_t GetFileLength(const char* source, std::FILE* file,
                             unsigned long line = __builtin_LINE());

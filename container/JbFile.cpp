@@ -28,7 +28,7 @@ using ErrorType = Qov::Util::Exception::ErrorType;
 
 namespace {
 
-void WriteBytes(std::FILE* file, const void* data, std::size_t n) {
+void WriteNext(std::FILE* file, const void* data, std::size_t n) {
   if (std::fwrite(data, 1, n, file) != n) {
     RaiseWriteError(kJbFileSource);
   }
@@ -129,8 +129,8 @@ void JbFile::WriteHeader() {
   if (mStream == nullptr || fseeko(mStream, 0, SEEK_SET) != 0) {
     RaiseWriteError(kJbFileSource);
   }
-  WriteBytes(mStream, kMagic.data(), kMagic.size());
-  WriteBytes(mStream, version.data(), version.size());
+  WriteNext(mStream, kMagic.data(), kMagic.size());
+  WriteNext(mStream, version.data(), version.size());
 }
 
 void JbFile::ReadIndex() {

@@ -29,7 +29,7 @@ constexpr std::uint64_t kMaxDiscarded = 4;
 /// keeps one for each input whose block it has read in part.
 constexpr std::size_t kMostInflaters = 8192;
 /// Bytes that are copied at a time.
-constexpr std::uint64_t kPieceSize = std::uint64_t{1} << 20;
+constexpr std::uint64_t kCopyPiece = std::uint64_t{1} << 20;
 
 }  // namespace
 
@@ -319,7 +319,7 @@ void StreamReader::ReadStored(const BlockExtent& block, std::uint64_t begin, voi
 
 void StreamReader::CopyStored(const BlockExtent& block, std::FILE* target, std::uint64_t position) {
   std::uint64_t done = std::min<std::uint64_t>(block.mStoredSize, kRawLengthSize);
-  const MallocBuffer piece = AllocateBuffer(kStreamReaderSource, kPieceSize);
+  const MallocBuffer piece = AllocateBuffer(kStreamReaderSource, kCopyPiece);
   const auto copyPiece = [&](std::uint64_t begin, std::uint64_t n) {
     Qov::Util::WithFileContext(GetPath(), [&] { ReadStored(block, begin, piece.get(), n); });
     WriteAt(kIndexSource, target, position + begin, piece.get(), n);
@@ -332,8 +332,8 @@ void StreamReader::CopyStored(const BlockExtent& block, std::FILE* target, std::
                                position + done, block.mStoredSize - done);
     }
   }
-  for (; done < block.mStoredSize; done += std::min(kPieceSize, block.mStoredSize - done)) {
-    copyPiece(done, std::min(kPieceSize, block.mStoredSize - done));
+  for (; done < block.mStoredSize; done += std::min(kCopyPiece, block.mStoredSize - done)) {
+    copyPiece(done, std::min(kCopyPiece, block.mStoredSize - done));
   }
 }
 

@@ -20,7 +20,6 @@ namespace QovJbf {
 
 namespace {
 
-constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kKilobyte = 1024;
 /// Groups of version 1 without a limit have one near 2^63.
 constexpr std::uint64_t kNoLimit = std::uint64_t{1} << 62;

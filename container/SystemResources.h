@@ -1,9 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
 
 namespace QovJbf {
+
+/// An amount without a limit.
+inline constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
 /// The processors and the memory that this process may use: those of the machine, or what its
 /// control groups (version 1 or 2) allow.
@@ -16,10 +20,10 @@ class SystemResources {
   /// part of their time. Returns at least 1.
   unsigned CountProcessors() const;
   /// Returns the number of bytes of memory that are available without swapping and within the
-  /// limits of the process. Returns UINT64_MAX if the system does not report them.
+  /// limits of the process. Returns kUnlimited if the system does not report them.
   std::uint64_t GetFreeMemory() const;
   /// Returns the number of bytes of address space that the limits of the process leave. Returns
-  /// UINT64_MAX if there are no limits.
+  /// kUnlimited if there are no limits.
   std::uint64_t GetFreeAddressSpace() const;
 
  private:

@@ -13,7 +13,6 @@ namespace QovJbf {
 namespace {
 
 constexpr const char* kThreadsVariable = "RYXMERGE_THREADS";
-constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
 /// Returns how many bytes more the first of several threads gets than the last, if they take blocks
 /// in turn. Returns at most half a block, because more makes no difference.

@@ -10,6 +10,8 @@
 #include <numeric>
 #include <optional>
 
+#include "mesh/Vectors.h"
+
 namespace QovMesh {
 namespace {
 
@@ -22,17 +24,10 @@ constexpr double kMixedShare = 0.05;
 /// Between 0 for cells that are convex rings and 1 for others.
 constexpr double kRingCut = 0.5;
 
-using Vector = std::array<double, 3>;
-
-Vector PointOf(std::span<const float> points, std::uint32_t node) {
-  const std::size_t i = std::size_t{3} * node;
-  return {points[i], points[i + 1], points[i + 2]};
-}
-
-double Distance(const Vector& a, const Vector& b) {
+double Distance(const Triple& a, const Triple& b) {
   // std::hypot of libstdc++ returns 0 for (0, 0, NaN). Squares of floats fit into doubles.
-  const Vector d = {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-  return std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+  const Triple d = Subtract(a, b);
+  return std::sqrt(Dot(d, d));
 }
 
 /// The upper triangle of a symmetric matrix: xx, yy, zz, xy, yz, zx.
@@ -40,14 +35,14 @@ using Moments = std::array<double, 6>;
 
 /// Returns the second moments of the nodes about their centre.
 Moments MomentsOf(std::span<const std::uint32_t> nodes, std::span<const float> points) {
-  Vector centre{};
+  Triple centre{};
   for (const std::uint32_t node : nodes) {
-    const Vector point = PointOf(points, node);
+    const Triple point = PointOf(points, node);
     for (std::size_t k = 0; k < 3; ++k) centre[k] += point[k] / static_cast<double>(nodes.size());
   }
   Moments moments{};
   for (const std::uint32_t node : nodes) {
-    const Vector p = PointOf(points, node);
+    const Triple p = PointOf(points, node);
     const double x = p[0] - centre[0];
     const double y = p[1] - centre[1];
     const double z = p[2] - centre[2];
@@ -97,10 +92,10 @@ NodeOrder UsualOrder(const CellShape& shape) {
 }
 
 /// Returns the middle of an edge of a cell.
-Vector MiddleOf(const CellEdge& edge, std::span<const std::uint32_t> nodes,
+Triple MiddleOf(const CellEdge& edge, std::span<const std::uint32_t> nodes,
                 std::span<const float> points) {
-  const Vector a = PointOf(points, nodes[edge[0]]);
-  const Vector b = PointOf(points, nodes[edge[1]]);
+  const Triple a = PointOf(points, nodes[edge[0]]);
+  const Triple b = PointOf(points, nodes[edge[1]]);
   return {(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2};
 }
 
@@ -115,7 +110,7 @@ std::optional<double> DistanceFromMiddle(std::span<const std::uint32_t> nodes,
     const double length =
         Distance(PointOf(points, nodes[edge[0]]), PointOf(points, nodes[edge[1]]));
     if (!(length > 0) || !std::isfinite(length)) continue;
-    const Vector node = PointOf(points, nodes[order[shape.mNumCorners + i]]);
+    const Triple node = PointOf(points, nodes[order[shape.mNumCorners + i]]);
     double off = Distance(MiddleOf(edge, nodes, points), node) / length;
     if (std::isnan(off)) off = std::numeric_limits<double>::infinity();
     if (!worst || off > *worst) worst = off;
@@ -131,13 +126,13 @@ std::optional<NodeOrder> FindOrder(const CellSample& sample, std::span<const flo
   std::vector<std::size_t> votes(numEdges * numEdges);  // by node, then by edge
   for (std::size_t first = 0; first < sample.mNodes.size(); first += sample.mNumNodes) {
     const auto nodes = std::span(sample.mNodes).subspan(first, sample.mNumNodes);
-    std::vector<Vector> middles;
+    std::vector<Triple> middles;
     for (const CellEdge& edge : shape.mEdges) middles.push_back(MiddleOf(edge, nodes, points));
     for (std::size_t i = 0; i < numEdges; ++i) {
-      const Vector node = PointOf(points, nodes[shape.mNumCorners + i]);
+      const Triple node = PointOf(points, nodes[shape.mNumCorners + i]);
       const auto nearest = std::min_element(
           middles.begin(), middles.end(),
-          [&](const Vector& a, const Vector& b) { return Distance(a, node) < Distance(b, node); });
+          [&](const Triple& a, const Triple& b) { return Distance(a, node) < Distance(b, node); });
       ++votes[i * numEdges + static_cast<std::size_t>(nearest - middles.begin())];
     }
   }
@@ -158,21 +153,17 @@ std::optional<NodeOrder> FindOrder(const CellSample& sample, std::span<const flo
 double RingDefect(std::span<const std::uint32_t> nodes, std::span<const float> points) {
   const std::size_t n = nodes.size();
   const auto side = [&](std::size_t i) {
-    const Vector a = PointOf(points, nodes[i % n]);
-    const Vector b = PointOf(points, nodes[(i + 1) % n]);
-    return Vector{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
+    return Subtract(PointOf(points, nodes[(i + 1) % n]), PointOf(points, nodes[i % n]));
   };
   double turn = 0;
-  Vector axis{};  // direction around which the first corner turns
+  Triple axis{};  // direction around which the first corner turns
   for (std::size_t i = 0; i < n; ++i) {
-    const Vector a = side(i);
-    const Vector b = side(i + 1);
-    const Vector normal = {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2],
-                           a[0] * b[1] - a[1] * b[0]};
+    const Triple a = side(i);
+    const Triple b = side(i + 1);
+    const Triple normal = Cross(a, b);
     if (i == 0) axis = normal;
-    if (axis[0] * normal[0] + axis[1] * normal[1] + axis[2] * normal[2] <= 0) return 1;
-    turn += std::atan2(std::hypot(normal[0], normal[1], normal[2]),
-                       a[0] * b[0] + a[1] * b[1] + a[2] * b[2]);
+    if (Dot(axis, normal) <= 0) return 1;
+    turn += std::atan2(std::hypot(normal[0], normal[1], normal[2]), Dot(a, b));
   }
   return std::abs(turn - 2 * std::numbers::pi) < 1 ? 0 : 1;
 }

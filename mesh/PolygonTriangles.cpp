@@ -5,23 +5,10 @@
 #include <cmath>
 #include <utility>
 
+#include "mesh/Vectors.h"
+
 namespace QovMesh {
 namespace {
-
-using Vector = std::array<double, 3>;
-
-Vector PointOf(std::span<const float> points, std::uint32_t node) {
-  const std::size_t i = std::size_t{3} * node;
-  return {points[i], points[i + 1], points[i + 2]};
-}
-
-Vector Minus(const Vector& a, const Vector& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
-
-Vector Cross(const Vector& a, const Vector& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
-double Dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
 /// A corner of a polygon in its plane.
 struct PlanePoint {
@@ -38,22 +25,22 @@ double Area(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c) {
 /// nothing if they have no area or are not finite.
 std::vector<PlanePoint> Project(std::span<const std::uint32_t> nodes,
                                 std::span<const float> points) {
-  const Vector origin = PointOf(points, nodes[0]);
-  Vector normal{};
+  const Triple origin = PointOf(points, nodes[0]);
+  Triple normal{};
   for (std::size_t i = 1; i + 1 < nodes.size(); ++i) {
-    const Vector area = Cross(Minus(PointOf(points, nodes[i]), origin),
-                              Minus(PointOf(points, nodes[i + 1]), origin));
+    const Triple area = Cross(Subtract(PointOf(points, nodes[i]), origin),
+                              Subtract(PointOf(points, nodes[i + 1]), origin));
     for (std::size_t k = 0; k < 3; ++k) normal[k] += area[k];
   }
   const double length = std::sqrt(Dot(normal, normal));
   if (!(length > 0) || !std::isfinite(length)) return {};
   for (double& component : normal) component /= length;
-  const Vector helper = std::abs(normal[0]) < 0.5 ? Vector{1, 0, 0} : Vector{0, 1, 0};
-  const Vector x = Cross(helper, normal);
-  const Vector y = Cross(normal, x);
+  const Triple helper = std::abs(normal[0]) < 0.5 ? Triple{1, 0, 0} : Triple{0, 1, 0};
+  const Triple x = Cross(helper, normal);
+  const Triple y = Cross(normal, x);
   std::vector<PlanePoint> corners;
   for (const std::uint32_t node : nodes) {
-    const Vector offset = Minus(PointOf(points, node), origin);
+    const Triple offset = Subtract(PointOf(points, node), origin);
     corners.push_back({Dot(offset, x), Dot(offset, y)});
   }
   return corners;
@@ -162,10 +149,10 @@ bool TriangulatePolygon(std::span<const std::uint32_t> nodes, std::span<const fl
 }
 
 bool IsFirstDiagonalInside(std::span<const std::uint32_t, 4> nodes, std::span<const float> points) {
-  const Vector a = PointOf(points, nodes[0]);
-  const Vector diagonal = Minus(PointOf(points, nodes[2]), a);
-  const Vector first = Cross(Minus(PointOf(points, nodes[1]), a), diagonal);
-  const Vector second = Cross(diagonal, Minus(PointOf(points, nodes[3]), a));
+  const Triple a = PointOf(points, nodes[0]);
+  const Triple diagonal = Subtract(PointOf(points, nodes[2]), a);
+  const Triple first = Cross(Subtract(PointOf(points, nodes[1]), a), diagonal);
+  const Triple second = Cross(diagonal, Subtract(PointOf(points, nodes[3]), a));
   return !(Dot(first, second) < 0);
 }
 

@@ -16,6 +16,8 @@ namespace Qov::Tools {
 inline constexpr int kSuccess = 0;
 inline constexpr int kFindings = 1;
 inline constexpr int kTrouble = 2;
+/// The exit status if a part of what was chosen cannot be written, drawn or shown.
+inline constexpr int kIncomplete = 1;
 
 /// A subcommand of the program.
 class Command {

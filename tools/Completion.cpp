@@ -77,8 +77,8 @@ std::vector<std::string> FindFiles(const std::vector<std::string>& arguments) {
 }
 
 /// Returns the words that can be the value of an option or argument: the fixed ones, then names.
-std::vector<std::string> Values(const CLI::App& app, const CLI::Option& option,
-                                const std::vector<std::string>& arguments) {
+std::vector<std::string> FindValues(const CLI::App& app, const CLI::Option& option,
+                                    const std::vector<std::string>& arguments) {
   const NameSource source = FindNameSource(option.get_name());
   if (source == NameSource::Subcommands) return SubcommandNames(app);
   std::vector<std::string> values = Choices(option);
@@ -95,11 +95,11 @@ std::vector<std::string> Followers(const CLI::App& app, const std::vector<std::s
   const CLI::App* subcommand = FindSubcommand(app, before.front());
   if (subcommand == nullptr) return {};
   const TypedWords typed = SortWords(*subcommand, {before.begin() + 1, before.end()});
-  if (typed.mpOption != nullptr) return Values(app, *typed.mpOption, typed.mArguments);
+  if (typed.mpOption != nullptr) return FindValues(app, *typed.mpOption, typed.mArguments);
   if (isOption) return KnownWords(*subcommand);
   const CLI::Option* argument = FindArgument(*subcommand, typed.mArguments.size());
   return argument == nullptr ? std::vector<std::string>()
-                             : Values(app, *argument, typed.mArguments);
+                             : FindValues(app, *argument, typed.mArguments);
 }
 
 }  // namespace

@@ -25,9 +25,6 @@ namespace {
 using ErrorType = Util::Exception::ErrorType;
 
 constexpr const char* kSource = "tools/Export";
-/// Status if a chosen geometry or result cannot be written.
-constexpr int kIncomplete = 1;
-
 constexpr const char* kFooter =
     "The ending of OUT determines the format:\n"
     "  .vtu         one VTK grid of all chosen geometries\n"

@@ -30,9 +30,6 @@ using ErrorType = Util::Exception::ErrorType;
 
 constexpr const char* kSource = "tools/Html";
 constexpr std::uint64_t kUsualLimit = 50'000'000;
-/// Status if a chosen geometry or result is not in the page.
-constexpr int kIncomplete = 1;
-
 constexpr const char* kFooter =
     "Writes one file that a browser shows without a network: the outer surface of the geometries,\n"
     "coloured by results, and tables of attributes, history and statistics.\n"

@@ -56,7 +56,7 @@ class MergeCommand : public Command {
 
  private:
   void CollectInputs();
-  Detail GetDetail() const { return mDetails ? Detail::Full : Detail::Summary; }
+  LedgerDetail GetDetail() const { return mDetails ? LedgerDetail::Full : LedgerDetail::Summary; }
   void CheckOutput() const;
   int Plan(Output& output) const;
   void RefuseChecksOfParts() const;

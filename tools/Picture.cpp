@@ -35,9 +35,6 @@ using ErrorType = Util::Exception::ErrorType;
 constexpr const char* kSource = "tools/Picture";
 /// Notes that a run prints; --json has all of them.
 constexpr std::size_t kMostNotes = 20;
-/// Status if a chosen geometry cannot be drawn.
-constexpr int kIncomplete = 1;
-
 constexpr const char* kFooter =
     "Without -o, the picture appears in the terminal, if that shows images (kitty or sixel\n"
     "graphics).\n"

@@ -72,7 +72,7 @@ std::uint64_t CountDuplicates(const ExpectedModel& model) {
 /// Prints a plan as text.
 class PlanReport {
  public:
-  PlanReport(const MergePlan& plan, Detail detail, Output& output)
+  PlanReport(const MergePlan& plan, LedgerDetail detail, Output& output)
       : mPlan(plan), mDetail(detail), mOutput(output) {}
 
   void Print();
@@ -85,7 +85,7 @@ class PlanReport {
   std::string Shown(const std::string& text) const { return Escape(text, mOutput.GetStyle()); }
 
   const MergePlan& mPlan;
-  Detail mDetail;
+  LedgerDetail mDetail;
   Output& mOutput;
 };
 
@@ -98,7 +98,7 @@ void PlanReport::PrintOrder() {
   constexpr std::size_t kMostShown = 20;
   constexpr std::size_t kShownAtEachEnd = 3;
   const std::size_t numInputs = mPlan.mInputs.size();
-  const bool showsAll = mDetail == Detail::Full || numInputs <= kMostShown;
+  const bool showsAll = mDetail == LedgerDetail::Full || numInputs <= kMostShown;
   std::size_t numHidden = 0;
   for (std::size_t i = 0; i < numInputs; ++i) {
     const InputFile& input = mPlan.mInputs[i];
@@ -304,7 +304,7 @@ MergePlan MakePlan(MergeRequest request, std::vector<InputFile> inputs,
   return plan;
 }
 
-void PrintPlan(const MergePlan& plan, Detail detail, Output& output) {
+void PrintPlan(const MergePlan& plan, LedgerDetail detail, Output& output) {
   PlanReport(plan, detail, output).Print();
 }
 

@@ -32,7 +32,7 @@ struct MergePlan {
 MergePlan MakePlan(MergeRequest request, std::vector<InputFile> inputs,
                    std::vector<Warning> warnings);
 
-void PrintPlan(const MergePlan& plan, Detail detail, Output& output);
+void PrintPlan(const MergePlan& plan, LedgerDetail detail, Output& output);
 
 /// Returns the plan as JSON (docs/json/plan.md).
 Json PlanJson(const MergePlan& plan);

@@ -166,7 +166,7 @@ void WriteReport(const Verdict& verdict, const std::string& output, SafeOutput& 
   page.Commit();
 }
 
-void PrintVerdict(const MergeRequest& request, const Verdict& verdict, Detail detail,
+void PrintVerdict(const MergeRequest& request, const Verdict& verdict, LedgerDetail detail,
                   Output& output) {
   const TextStyle& style = output.GetStyle();
   const std::string path = Escape(request.mOutput, style);
@@ -335,7 +335,7 @@ int VerifyCommand::Run(Output& output, Output& errors) {
   if (mOptions.mJson) {
     output.Line(FormatJson(VerdictJson(request, verdict)));
   } else if (verdict.mTrouble.empty()) {
-    const Detail detail = mOptions.GetDetail();
+    const LedgerDetail detail = mOptions.GetDetail();
     PrintVerdict(request, verdict, detail, output);
     PrintWarnings(verdict.mWarnings, detail, output);
   }

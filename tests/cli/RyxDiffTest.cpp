@@ -210,7 +210,6 @@ TEST_F(RyxDiff, ReportsOrderUnlessIgnored) {
 }
 
 TEST_F(RyxDiff, ComparesValuesBitForBitOrWithinATolerance) {
-  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   const float otherNaN = std::bit_cast<float>(0x7FC00001U);
   const float above = std::nextafter(std::nextafter(2.0F, 3.0F), 3.0F);

@@ -1,6 +1,5 @@
 #include <cmath>
 #include <filesystem>
-#include <limits>
 
 #include "PageReader.h"
 #include "ryxFixture.h"
@@ -10,10 +9,9 @@ namespace Qov::Test {
 namespace {
 
 using namespace QovRyx;
-using Json = nlohmann::json;
+using Tools::Json;
 using Integers = std::vector<std::uint32_t>;
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 /// Ends an element, a comment and a string, if it is not escaped.
 constexpr const char* kHostile =
     "</script><script>alert(1)</script>--><!--\"'&lt;\xFF\x01\xE2\x80\xA8";

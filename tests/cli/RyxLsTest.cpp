@@ -24,7 +24,6 @@ class RyxLs : public RyxProgram {
 };
 
 void BuildOddResults(Geometry& geometry) {
-  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   const auto add = [&geometry](const char* name, std::uint32_t kind, NumericArray values) {
     geometry.AppendVariable(MakeVariable(name, kind, std::move(values)));

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@
 #include "support/TempDir.h"
 
 namespace Qov::Test {
+
+inline constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
 /// Runs ryx, and shell commands, on files in a folder of its own.
 class RyxProgram : public testing::Test {

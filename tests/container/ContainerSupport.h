@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <random>
 #include <string>
 
@@ -42,6 +43,12 @@ inline void WriteContainer(const std::string& path,
   fill(file);
   file.GetIndex().WriteAllBuffersToFileStream(file.GetStream());
   file.CloseFile();
+}
+
+inline std::shared_ptr<QovJbf::StreamReader> OpenReader(const std::string& path) {
+  QovJbf::JbFile file;
+  file.OpenFile(path, "rb");
+  return file.OpenStreamReader(kStream);
 }
 
 /// Writes `content` as stream `name` in pieces of `piece` bytes, with these block flags.

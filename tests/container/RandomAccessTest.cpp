@@ -40,15 +40,6 @@ namespace {
 
 using namespace Qov::Test;
 
-constexpr const char* kStream = "Heavy Data";
-constexpr std::uint8_t kHeavy = BlockFlag::kCompressed | BlockFlag::kFreezeWhenFull;
-
-std::shared_ptr<StreamReader> OpenReader(const std::string& path) {
-  JbFile file;
-  file.OpenFile(path, "rb");
-  return file.OpenStreamReader(kStream);
-}
-
 /// Reading in any order must not decompress a whole block, or search all blocks, each time: it
 /// would take hours instead of a moment.
 TEST(RandomAccess, DoesNotDecompressABlockEachTime) {

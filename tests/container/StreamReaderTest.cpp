@@ -11,12 +11,6 @@ namespace {
 
 using namespace Qov::Test;
 
-std::shared_ptr<StreamReader> OpenReader(const std::string& path) {
-  JbFile file;
-  file.OpenFile(path, "rb");
-  return file.OpenStreamReader(kStream);
-}
-
 std::string ReadPart(StreamReader& reader, std::uint64_t offset, std::size_t n) {
   std::string part(n, '\0');
   reader.Read(offset, part.data(), n);

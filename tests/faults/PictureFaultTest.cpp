@@ -18,7 +18,7 @@ namespace {
 
 using Faults::Call;
 
-constexpr const char* kBefore = "a picture of before";
+constexpr const char* kPictureBefore = "a picture of before";
 
 /// Returns false after an error.
 bool Draw(const std::string& model, const std::string& path) {
@@ -60,13 +60,13 @@ TEST_P(PictureFaults, LeaveTheOldPictureOrMakeTheWholeNewOne) {
   bool hasFailed = true;
   std::size_t n = 1;
   for (; hasFailed; n += 1 + n / 8) {  // thousands of calls ask for memory
-    WriteFile(path, kBefore);
+    WriteFile(path, kPictureBefore);
     Faults::Arm(GetParam(), n, false);
     const bool isDrawn = Draw(model, path);
     hasFailed = Faults::Disarm();
     const std::string content = ReadFile(path);
     // The last calls are made when the new picture has its name.
-    ASSERT_TRUE(content == sound || (!isDrawn && content == kBefore)) << "call " << n;
+    ASSERT_TRUE(content == sound || (!isDrawn && content == kPictureBefore)) << "call " << n;
     ASSERT_EQ(std::distance(std::filesystem::directory_iterator(dir.GetPath()),
                             std::filesystem::directory_iterator()),
               2)

@@ -14,10 +14,10 @@
 namespace Qov::Tools {
 namespace {
 
-constexpr Colour kPaper = {255, 255, 255};
+constexpr Colour kSheet = {255, 255, 255};
 constexpr Colour kInk = {0, 0, 0};
 constexpr double kText = 14;
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 
 /// Returns the smallest rectangle around what has been drawn.
 Rectangle DrawnArea(const Image& image) {
@@ -27,7 +27,7 @@ Rectangle DrawnArea(const Image& image) {
   int bottom = 0;
   for (int y = 0; y < image.GetHeight(); ++y) {
     for (int x = 0; x < image.GetWidth(); ++x) {
-      if (image.At(x, y) == kPaper) continue;
+      if (image.At(x, y) == kSheet) continue;
       left = std::min(left, x);
       right = std::max(right, x + 1);
       top = std::min(top, y);
@@ -49,14 +49,14 @@ TEST(ColourScale, MapsRangesToThePalette) {
   EXPECT_EQ(scale.ColourOf(-9), scale.GetPalette().front());
   EXPECT_EQ(scale.ColourOf(2), scale.GetPalette()[128]);
   EXPECT_EQ(scale.ColourOf(6), scale.GetPalette().back());
-  EXPECT_EQ(scale.ColourOf(kNan), kNoValueColour);
+  EXPECT_EQ(scale.ColourOf(kNoNumber), kNoValueColour);
   const ColourScale constant(3, 3);
   EXPECT_EQ(constant.ColourOf(3), constant.GetPalette()[128]);
   EXPECT_EQ(constant.ColourOf(2), constant.GetPalette().front());
   const ColourScale huge(-1.7e308, 1.7e308);
   EXPECT_EQ(huge.ColourOf(0), huge.GetPalette()[128]);
   for (const auto& [low, high] :
-       {std::pair{kNan, 1.0}, std::pair{1.0, 0.0}, std::pair{0.0, HUGE_VAL}}) {
+       {std::pair{kNoNumber, 1.0}, std::pair{1.0, 0.0}, std::pair{0.0, HUGE_VAL}}) {
     EXPECT_FALSE(ColourScale(low, high).HasRange());
     EXPECT_EQ(ColourScale(low, high).ColourOf(0.5), kNoValueColour);
   }
@@ -83,7 +83,7 @@ TEST(ScalarBar, StaysInsideOfItsAreaForAnyRange) {
       const ColourScale scale(row.mLow, row.mHigh, 16);
       const ScalarBar bar = {row.mTitle, "N/mm²", row.mNoValues};
       const int width = ScalarBarWidth(bar, scale, kText);
-      Image image(static_cast<std::uint32_t>(width + 40), 400, kPaper);
+      Image image(static_cast<std::uint32_t>(width + 40), 400, kSheet);
       DrawScalarBar(image, {20, 40, width, height}, bar, scale, kText, kInk);
       const Rectangle drawn = DrawnArea(image);
       EXPECT_GE(drawn.mX, 20) << row.mTitle;
@@ -103,7 +103,7 @@ TEST(Legend, ShowsAsManyEntriesAsFitAndCountsTheOthers) {
     entries.push_back({"Part with a name that is too long " + std::to_string(i), PartColour(i)});
   }
   for (const int height : {400, 100, 30, 5}) {
-    Image image(300, 440, kPaper);
+    Image image(300, 440, kSheet);
     DrawLegend(image, {30, 20, 150, height}, entries, kText, kInk);
     const auto shown = static_cast<std::size_t>(
         std::count_if(entries.begin(), entries.end(),
@@ -124,7 +124,7 @@ TEST(Legend, KeepsLabelsOfMarkersInsideOfTheImage) {
   const int length = static_cast<int>(MeasureText(label, kText));
   for (const double x : {0.0, 200.0, 399.0}) {
     for (const double y : {0.0, 99.0}) {
-      Image image(400, 100, kPaper);
+      Image image(400, 100, kSheet);
       DrawMarker(image, x, y, label, kText, kInk, {240, 240, 240});
       EXPECT_GE(DrawnArea(image).mWidth, std::min(length, 390));
       EXPECT_GT(DrawnArea(image).mHeight, LineHeight(kText));

@@ -7,8 +7,8 @@
 namespace Qov::Tools {
 namespace {
 
-using Entry = QovRyx::NodeTree::Node;
-constexpr std::uint32_t kRootId = QovRyx::NodeTree::kRootId;
+using QovRyx::NodeTree;
+using Entry = NodeTree::Node;
 constexpr std::uint32_t kHighestId = std::numeric_limits<std::uint32_t>::max();
 
 std::vector<std::uint32_t*> IdsOf(Entry& entry) {
@@ -44,8 +44,8 @@ void ShiftLinks(std::vector<ExpectedResult>& results, std::uint32_t base) {
 
 /// Makes the root of an input the last child of the group that holds the models.
 void AttachRoot(ExpectedModel& model, Entry& root) {
-  Entry& group = model.mNodes[kRootId].mEntry;
-  root.mParent = kRootId;
+  Entry& group = model.mNodes[NodeTree::kRootId].mEntry;
+  root.mParent = NodeTree::kRootId;
   root.mPreviousSibling = group.mLastChild;
   if (group.mLastChild == 0) {
     group.mFirstChild = root.mId;
@@ -56,8 +56,8 @@ void AttachRoot(ExpectedModel& model, Entry& root) {
 }
 
 bool IsMergedDatasets(const InputFile& input) {
-  const auto* root =
-      dynamic_cast<const QovRyx::Group*>(input.GetNodes().GetReqNode(kRootId).mData.get());
+  const auto* root = dynamic_cast<const QovRyx::Group*>(
+      input.GetNodes().GetReqNode(NodeTree::kRootId).mData.get());
   const QovRyx::Group plain("");
   return root != nullptr && root->GetName() == "Merge" && root->TakesModels() &&
          root->mAttributes.empty() && root->mTranslation == plain.mTranslation &&
@@ -67,7 +67,7 @@ bool IsMergedDatasets(const InputFile& input) {
 /// Appends the children of the root of an input, with shifted ids, to those of the group.
 void AttachChildren(ExpectedModel& model, const Entry& root, std::uint32_t base) {
   if (root.mFirstChild == 0) return;
-  Entry& group = model.mNodes[kRootId].mEntry;
+  Entry& group = model.mNodes[NodeTree::kRootId].mEntry;
   model.mNodes[root.mFirstChild + base].mEntry.mPreviousSibling = group.mLastChild;
   if (group.mLastChild == 0) {
     group.mFirstChild = root.mFirstChild + base;
@@ -80,20 +80,20 @@ void AttachChildren(ExpectedModel& model, const Entry& root, std::uint32_t base)
 /// Adds the nodes of merged datasets without their root, whose id becomes that of the group.
 bool ExpectJoined(ExpectedModel& model, const InputFile& input, std::size_t position,
                   std::vector<Obstacle>& obstacles) {
-  const std::uint32_t base = model.mNodes.rbegin()->first - kRootId;
+  const std::uint32_t base = model.mNodes.rbegin()->first - NodeTree::kRootId;
   for (const auto& [id, entry] : input.GetNodes()) {
-    if (id == kRootId) {
+    if (id == NodeTree::kRootId) {
       model.Drop(position, ItemOf(entry), DropRule::JoinedRoot);
       continue;
     }
     ExpectedNode node = ExpectNode(position, entry);
-    const bool isBelowRoot = node.mEntry.mParent == kRootId;
+    const bool isBelowRoot = node.mEntry.mParent == NodeTree::kRootId;
     if (!ShiftIds(node.mEntry, base)) return AddIdObstacle(input, entry, base, obstacles);
-    if (isBelowRoot) node.mEntry.mParent = kRootId;
+    if (isBelowRoot) node.mEntry.mParent = NodeTree::kRootId;
     ShiftLinks(node.mResults, base);
     model.mNodes.emplace(node.mEntry.mId, std::move(node));
   }
-  AttachChildren(model, input.GetNodes().GetReqNode(kRootId), base);
+  AttachChildren(model, input.GetNodes().GetReqNode(NodeTree::kRootId), base);
   return true;
 }
 
@@ -104,9 +104,9 @@ bool ExpectDataset(ExpectedModel& model, const InputFile& input, std::size_t pos
   for (const auto& [id, entry] : input.GetNodes()) {
     ExpectedNode node = ExpectNode(position, entry);
     if (!ShiftIds(node.mEntry, base)) return AddIdObstacle(input, entry, base, obstacles);
-    if (node.mEntry.mParent == 0) node.mEntry.mParent = kRootId;
+    if (node.mEntry.mParent == 0) node.mEntry.mParent = NodeTree::kRootId;
     ShiftLinks(node.mResults, base);
-    if (id == kRootId) AttachRoot(model, node.mEntry);
+    if (id == NodeTree::kRootId) AttachRoot(model, node.mEntry);
     model.mNodes.emplace(node.mEntry.mId, std::move(node));
   }
   return true;
@@ -125,7 +125,7 @@ void ExpectDatasets(const std::vector<InputFile>& inputs, bool join, ExpectedMod
       }
       continue;
     }
-    model.mNodes[kRootId].mEntry.mId = kRootId;
+    model.mNodes[NodeTree::kRootId].mEntry.mId = NodeTree::kRootId;
     const bool isDone = isJoined ? ExpectJoined(model, inputs[i], i, obstacles)
                                  : ExpectDataset(model, inputs[i], i, obstacles);
     if (!isDone) return;

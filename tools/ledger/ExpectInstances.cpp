@@ -96,12 +96,13 @@ InstanceMerge::Starts InstanceMerge::FindStarts(const InputFile& input) {
   return starts;
 }
 
-Item ItemOf(const ExpectedResult& result) {
+Item ItemOfResult(const ExpectedResult& result) {
   return result.mLink.IsLinked() ? Item::LinkedResult : Item::Result;
 }
 
 void DropResults(ExpectedModel& model, const ExpectedNode& node, DropRule rule) {
-  for (const ExpectedResult& result : node.mResults) model.Drop(node.mInput, ItemOf(result), rule);
+  for (const ExpectedResult& result : node.mResults)
+    model.Drop(node.mInput, ItemOfResult(result), rule);
 }
 
 /// Drops the nodes and sets of a further model, because those of the first model are used.
@@ -147,7 +148,7 @@ void InstanceMerge::Append(ExpectedNode& source, ExpectedNode& target, const Sta
                            LinkFollower<Result>& follower) {
   for (ExpectedResult& result : source.mResults) {
     if (!IsTaken(result)) {
-      mModel.Drop(source.mInput, ItemOf(result), DropRule::NoInstancePart);
+      mModel.Drop(source.mInput, ItemOfResult(result), DropRule::NoInstancePart);
       continue;
     }
     if (result.mLink.IsLinked()) MoveLink(result, target, starts);

@@ -16,9 +16,8 @@ namespace {
 
 using Words = std::vector<std::string>;
 using QovRyx::Geometry;
+using QovRyx::NodeTree;
 using QovRyx::Selection;
-
-constexpr std::uint32_t kRootId = QovRyx::NodeTree::kRootId;
 
 bool Fits(const Words& words, const std::string& name) {
   return std::any_of(words.begin(), words.end(), [&name](const std::string& word) {
@@ -52,13 +51,14 @@ class NodeSelection {
       : mSelection(selection), mModel(model) {}
 
   std::set<std::uint32_t> FindKept() {
-    std::set<std::uint32_t> kept{kRootId};
+    std::set<std::uint32_t> kept{NodeTree::kRootId};
     for (const auto& [id, node] : mModel.mNodes) {
       bool isChosen = mSelection.mNodes.empty();
       bool isLeftOut = false;
       for (const std::uint32_t above : PathOf(id)) {
         isChosen = isChosen || IsNamed(mSelection.mNodes, above);
-        isLeftOut = isLeftOut || (above != kRootId && IsNamed(mSelection.mWithoutNodes, above));
+        isLeftOut =
+            isLeftOut || (above != NodeTree::kRootId && IsNamed(mSelection.mWithoutNodes, above));
       }
       if (!isChosen || isLeftOut) continue;
       for (const std::uint32_t above : PathOf(id)) kept.insert(above);
@@ -90,18 +90,17 @@ class NodeSelection {
 };
 
 /// Takes a node out of the list of its siblings.
-void Unhook(ExpectedModel& model, const QovRyx::NodeTree::Node& entry) {
-  const auto edit = [&model](std::uint32_t id, std::uint32_t QovRyx::NodeTree::Node::*member,
+void Unhook(ExpectedModel& model, const NodeTree::Node& entry) {
+  const auto edit = [&model](std::uint32_t id, std::uint32_t NodeTree::Node::*member,
                              std::uint32_t from, std::uint32_t to) {
     const auto node = model.mNodes.find(id);
     if (node == model.mNodes.end() || node->second.mEntry.*member != from) return;
     node->second.mEntry.*member = to;
   };
-  using Entry = QovRyx::NodeTree::Node;
-  edit(entry.mParent, &Entry::mFirstChild, entry.mId, entry.mNextSibling);
-  edit(entry.mParent, &Entry::mLastChild, entry.mId, entry.mPreviousSibling);
-  edit(entry.mPreviousSibling, &Entry::mNextSibling, entry.mId, entry.mNextSibling);
-  edit(entry.mNextSibling, &Entry::mPreviousSibling, entry.mId, entry.mPreviousSibling);
+  edit(entry.mParent, &NodeTree::Node::mFirstChild, entry.mId, entry.mNextSibling);
+  edit(entry.mParent, &NodeTree::Node::mLastChild, entry.mId, entry.mPreviousSibling);
+  edit(entry.mPreviousSibling, &NodeTree::Node::mNextSibling, entry.mId, entry.mNextSibling);
+  edit(entry.mNextSibling, &NodeTree::Node::mPreviousSibling, entry.mId, entry.mPreviousSibling);
 }
 
 /// Removes results, and lets links follow those that stay.

@@ -38,11 +38,11 @@ std::string KeyOf(const InputLedger& input) {
 
 }  // namespace
 
-std::vector<InputGroup> GroupInputs(const std::vector<InputLedger>& inputs, Detail detail) {
+std::vector<InputGroup> GroupInputs(const std::vector<InputLedger>& inputs, LedgerDetail detail) {
   std::vector<InputGroup> groups;
   std::unordered_map<std::string, std::size_t> known;
   for (std::size_t i = 0; i < inputs.size(); ++i) {
-    const bool canGroup = detail == Detail::Summary && !IsViewPointFile(inputs[i].mPath);
+    const bool canGroup = detail == LedgerDetail::Summary && !IsViewPointFile(inputs[i].mPath);
     const std::size_t like = canGroup ? known.try_emplace(KeyOf(inputs[i]), i).first->second : i;
     if (like != i && !groups.back().IsNew() && groups.back().mLike == like) {
       ++groups.back().mCount;

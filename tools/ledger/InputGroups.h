@@ -8,7 +8,7 @@
 namespace Qov::Tools {
 
 /// The amount of a ledger that is printed.
-enum class Detail {
+enum class LedgerDetail {
   Summary,  ///< Inputs that are treated alike are printed once.
   Full,
 };
@@ -26,7 +26,7 @@ struct InputGroup {
 /// Groups the inputs of a ledger. Two models have the same ledger if all their counts are equal and
 /// the same results are renamed and shared, whatever their instance parts are. View-point files are
 /// not grouped.
-std::vector<InputGroup> GroupInputs(const std::vector<InputLedger>& inputs, Detail detail);
+std::vector<InputGroup> GroupInputs(const std::vector<InputLedger>& inputs, LedgerDetail detail);
 
 /// Returns the number of each input among the models, from 1, and 0 for view-point files.
 std::vector<std::size_t> NumberModels(const std::vector<InputLedger>& inputs);

@@ -51,13 +51,6 @@ bool AllAddUp(const Tallies& tallies) {
                      [](const auto& tally) { return tally.AddsUp(); });
 }
 
-template <class Rule>
-std::uint64_t Sum(const std::map<Rule, std::uint64_t>& counts) {
-  std::uint64_t sum = 0;
-  for (const auto& [rule, count] : counts) sum += count;
-  return sum;
-}
-
 }  // namespace
 
 const char* NameOf(Item item) { return kItemNames[static_cast<std::size_t>(item)]; }

@@ -72,6 +72,14 @@ const char* NameOf(MadeRule rule);
 const char* Explain(DropRule rule);
 const char* Explain(MadeRule rule);
 
+/// Returns the sum of the counts of all rules.
+template <class Rule>
+std::uint64_t Sum(const std::map<Rule, std::uint64_t>& counts) {
+  std::uint64_t sum = 0;
+  for (const auto& [rule, count] : counts) sum += count;
+  return sum;
+}
+
 /// The numbers of items of one kind in an input.
 struct InputTally {
   std::uint64_t mFound = 0;

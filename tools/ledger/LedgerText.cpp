@@ -17,13 +17,6 @@ std::string CountOrNothing(std::uint64_t count) {
   return count == 0 ? "-" : fmt::format("{}", count);
 }
 
-template <class Rule>
-std::uint64_t Sum(const std::map<Rule, std::uint64_t>& counts) {
-  std::uint64_t sum = 0;
-  for (const auto& [rule, count] : counts) sum += count;
-  return sum;
-}
-
 /// Returns the counts of the rules and the difference to `found`, if there is any.
 template <class Rule>
 std::string RulesText(const std::map<Rule, std::uint64_t>& counts, std::uint64_t found,
@@ -151,7 +144,7 @@ void PrintLikeInputs(const Ledger& ledger, const InputGroup& group,
   output.Line(fmt::format("{}: as {} ({})", line, numbers[group.mLike], paths));
 }
 
-void PrintInputs(const Ledger& ledger, Detail detail, Output& output) {
+void PrintInputs(const Ledger& ledger, LedgerDetail detail, Output& output) {
   const std::vector<InputGroup> groups = GroupInputs(ledger.mInputs, detail);
   const std::vector<std::size_t> numbers = NumberModels(ledger.mInputs);
   std::vector<bool> hasLike(ledger.mInputs.size());
@@ -170,7 +163,7 @@ void PrintInputs(const Ledger& ledger, Detail detail, Output& output) {
 
 }  // namespace
 
-void PrintLedger(const Ledger& ledger, const std::string& outputPath, Detail detail,
+void PrintLedger(const Ledger& ledger, const std::string& outputPath, LedgerDetail detail,
                  Output& output) {
   const TextStyle& style = output.GetStyle();
   PrintInputs(ledger, detail, output);

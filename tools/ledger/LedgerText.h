@@ -11,7 +11,7 @@ namespace Qov::Tools {
 
 /// Prints the ledger of each input and of the output as tables, with the names that change. In a
 /// summary a line such as "3 to 500: as 2" stands for inputs with the ledger of an earlier one.
-void PrintLedger(const Ledger& ledger, const std::string& outputPath, Detail detail,
+void PrintLedger(const Ledger& ledger, const std::string& outputPath, LedgerDetail detail,
                  Output& output);
 
 /// Returns the counts of the rules by which items of an input are dropped, and of items that no

@@ -23,13 +23,13 @@ struct WarningGroup {
   std::size_t mCount = 1;
 };
 
-std::vector<WarningGroup> GroupWarnings(const std::vector<Warning>& warnings, Detail detail) {
+std::vector<WarningGroup> GroupWarnings(const std::vector<Warning>& warnings, LedgerDetail detail) {
   std::vector<WarningGroup> groups;
   std::map<std::tuple<std::string, std::string, std::string>, std::size_t> known;
   for (const Warning& warning : warnings) {
     const auto [found, isNew] =
         known.try_emplace({warning.mCode, warning.mText, warning.mRemedy}, groups.size());
-    if (isNew || detail == Detail::Full) {
+    if (isNew || detail == LedgerDetail::Full) {
       groups.push_back({&warning});
     } else {
       ++groups[found->second].mCount;
@@ -48,7 +48,7 @@ bool HasWarningOfLoss(const std::vector<Warning>& warnings) {
   });
 }
 
-void PrintWarnings(const std::vector<Warning>& warnings, Detail detail, Output& output) {
+void PrintWarnings(const std::vector<Warning>& warnings, LedgerDetail detail, Output& output) {
   if (warnings.empty()) return;
   const TextStyle& style = output.GetStyle();
   output.Line();

@@ -18,7 +18,7 @@ struct CheckOptions {
   void Declare(CLI::App& app);
 
   bool IsOfMerge() const { return !mOfMerge.FindGiven().empty(); }
-  Detail GetDetail() const { return mDetails ? Detail::Full : Detail::Summary; }
+  LedgerDetail GetDetail() const { return mDetails ? LedgerDetail::Full : LedgerDetail::Summary; }
 
   MergeOptions mOfRyxMerge;
   MergeRequestOptions mOfMerge;

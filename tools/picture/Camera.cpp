@@ -9,16 +9,6 @@ namespace {
 
 constexpr double kMargin = 0.04;  // of the viewport, at each side
 
-double Dot(const Triple& a, const Triple& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-Triple Subtract(const Triple& a, const Triple& b) {
-  return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-Triple Cross(const Triple& a, const Triple& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
 /// Returns the direction with length 1, or 0 if it has none.
 Triple Normalise(Triple v) {
   const double greatest = std::max({std::abs(v[0]), std::abs(v[1]), std::abs(v[2])});

@@ -1,19 +1,21 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
 
+#include "mesh/Vectors.h"
 #include "picture/Image.h"
 
 namespace Qov::Tools {
 
-/// x, y, z of a place or a direction.
-using Triple = std::array<double, 3>;
+using QovMesh::Cross;
+using QovMesh::Dot;
+using QovMesh::Subtract;
+using QovMesh::Triple;
 
 /// The smallest box around points. Coordinates that are not finite are ignored, with their point.
 class Box {

@@ -26,7 +26,6 @@ constexpr double kMostAngle = 3;
 Triple AsTriple(const QovRyx::Vector3& vector) { return {vector.mX, vector.mY, vector.mZ}; }
 double AsNumber(std::uint32_t bits) { return std::bit_cast<float>(bits); }
 
-double Dot(const Triple& a, const Triple& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 bool IsFinite(const Triple& a) {
   return std::all_of(a.begin(), a.end(), [](double c) { return std::isfinite(c); });
 }
@@ -45,10 +44,6 @@ bool Rotates(const Quad& quad) {
   constexpr double kTolerance = 1e-3;
   const double length = std::hypot(std::hypot(quad[0], quad[1]), std::hypot(quad[2], quad[3]));
   return std::abs(length - 1) < kTolerance && std::abs(quad[0]) < 1 - 1e-9;
-}
-
-Triple Cross(const Triple& a, const Triple& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
 Triple Rotate(const Quad& quad, const Triple& vector) {

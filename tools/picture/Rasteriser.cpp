@@ -27,8 +27,6 @@ struct ViewCorner {
   float mShade = 1;
 };
 
-double Dot(const Triple& a, const Triple& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
 bool IsFinite(const Triple& v) { return std::isfinite(v[0] + v[1] + v[2]); }
 
 ViewCorner Between(const ViewCorner& a, const ViewCorner& b, double share) {

@@ -7,8 +7,6 @@
 namespace Qov::Tools {
 namespace {
 
-double Dot(const Triple& a, const Triple& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
 Triple Scale(const Triple& a, double factor) {
   return {a[0] * factor, a[1] * factor, a[2] * factor};
 }
@@ -36,18 +34,13 @@ float Brightness(const Triple& normal, const Triple& toViewer) {
 }
 
 Triple NormalOf(const Triple& a, const Triple& b, const Triple& c) {
-  const Triple u = {b[0] - a[0], b[1] - a[1], b[2] - a[2]};
-  const Triple v = {c[0] - a[0], c[1] - a[1], c[2] - a[2]};
-  return {u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
+  return Cross(Subtract(b, a), Subtract(c, a));
 }
 
 SmoothNormals::SmoothNormals(std::span<const float> points,
                              std::span<const std::uint32_t> triangles, const Camera& camera)
     : mNormals(points.size()) {
-  const auto point = [&](std::uint32_t i) {
-    const float* p = points.data() + std::size_t{3} * i;
-    return Triple{p[0], p[1], p[2]};
-  };
+  const auto point = [&](std::uint32_t i) { return QovMesh::PointOf(points, i); };
   const std::size_t numPoints = points.size() / 3;
   for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
     const std::uint32_t* t = triangles.data() + i;

@@ -1,7 +1,5 @@
 #include "Qov/Ryx/Merge.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -17,6 +15,7 @@
 #include "Select.h"
 #include "ShareArrays.h"
 #include "ViewPointFiles.h"
+#include "container/FileAccess.h"
 #include "container/TemporaryOutput.h"
 #include "diagnostics/Printable.h"
 #include "model/HeavyPass.h"
@@ -27,11 +26,6 @@ namespace QovRyx {
 namespace {
 
 using ErrorType = Qov::Util::Exception::ErrorType;
-
-std::uint64_t FileSize(const std::string& path) {
-  struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
-}
 
 /// One call of Merge.
 class MergeRun {
@@ -86,7 +80,8 @@ class MergeRun {
     for (const std::string& path : mViewPointFiles) {
       Qov::Util::WithFileContext(path, [&] { CheckViewPointFile(path); });
     }
-    for (const std::string& path : mRequest.mInputs) mReport.mInputBytes += FileSize(path);
+    for (const std::string& path : mRequest.mInputs)
+      mReport.mInputBytes += QovJbf::GetFileSize(path);
   }
 
   void Announce(std::size_t input) {
@@ -150,7 +145,7 @@ class MergeRun {
     Qov::Util::WithFileContext(mRequest.mOutput, [&] {
       SaveTo(path, tree);
       if (mpListener != nullptr) mpListener->CheckOutput(path);
-      mReport.mOutputBytes = FileSize(path);
+      mReport.mOutputBytes = QovJbf::GetFileSize(path);
       output.Commit();
     });
   }

@@ -1,7 +1,5 @@
 #include "MergeSummary.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -9,16 +7,11 @@
 
 #include "MergeSteps.h"
 #include "Qov/Log/Record.h"
+#include "container/FileAccess.h"
 #include "model/LinkFollower.h"
 
 namespace QovRyx {
 namespace {
-
-/// Returns the size of a file in bytes, 0 if there is none.
-std::uint64_t FileSize(const std::string& path) {
-  struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
-}
 
 std::string SecondsSince(std::chrono::steady_clock::time_point start) {
   const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
@@ -64,7 +57,7 @@ void CountReplacedLinks(const Tree& tree, DroppedResults& dropped) {
   dropped.mLinkReplaced = numChanged - std::min(numChanged, numCounted);
 }
 
-void MergeSummary::AddInput(const std::string& path) { mBytesRead += FileSize(path); }
+void MergeSummary::AddInput(const std::string& path) { mBytesRead += QovJbf::GetFileSize(path); }
 
 void MergeSummary::AddViewsLeftOut(const std::string& path) {
   const std::optional<ViewCount> views = CountViews(path);
@@ -85,8 +78,8 @@ void MergeSummary::Log(const Operation& operation, const Tree& tree,
     LogNodes(tree);
     LogResults(tree);
     LogViews(tree);
-    Qov::Log::Trace(kMergeSource) << "Bytes: " << mBytesRead << " read, " << FileSize(output)
-                                  << " written";
+    Qov::Log::Trace(kMergeSource) << "Bytes: " << mBytesRead << " read, "
+                                  << QovJbf::GetFileSize(output) << " written";
   } catch (const std::exception&) {
     // There is not enough memory for a log line.
   }
