@@ -10,7 +10,10 @@ endif()
 if(RYXMERGE_SANITIZE)
   target_compile_options(qov_options INTERFACE -fsanitize=${RYXMERGE_SANITIZE}
                                                -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(qov_options INTERFACE -fsanitize=${RYXMERGE_SANITIZE})
+  # The loader would adjust millions of addresses at each start of a position-independent program.
+  target_link_options(qov_options INTERFACE
+    -fsanitize=${RYXMERGE_SANITIZE}
+    $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
 endif()
 
 if(RYXMERGE_COVERAGE)
