@@ -37,8 +37,9 @@ std::string RyxProgram::Normalized(std::string text) const {
   static const std::regex kDate(
       "[A-Z][a-z]{2} [A-Z][a-z]{2} [0-9]{2} [0-9:]{8} [0-9]{4} [^,\n]+|Time : [^\n]+");
   static const std::regex kLine("Line : [0-9]+");
-  // They depend on the library that compresses.
-  static const std::regex kSize("[0-9.]+ ([KM]iB|bytes) from|\"outputBytes\": [0-9]+");
+  // They depend on the library that compresses. An input can be the output of another merge.
+  static const std::regex kSize(
+      "[0-9.]+ ([KM]iB|bytes) from [0-9.]+ ([KM]iB|bytes) of inputs|\"outputBytes\": [0-9]+");
   text = std::regex_replace(std::regex_replace(text, kDate, "DATE"), kLine, "Line : N");
   return std::regex_replace(text, kSize, "SIZE");
 }
