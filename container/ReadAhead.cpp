@@ -80,6 +80,7 @@ ReadAhead::ReadAhead(const Parts& parts, std::uint64_t memory)
       mMostStarted(CountWorkerHandles()),
       mNext(mBlocks.end()),
       mpBuffers(GetBlockBuffers()),
+      mHasWorkers(GetThreadCount(0) > 1),
       mWorkers(GetThreadCount(0)) {
   const SystemResources resources;
   const std::uint64_t free = std::min(resources.GetFreeMemory(), resources.GetFreeAddressSpace());
@@ -263,20 +264,27 @@ bool ReadAhead::StartNow(Planned& planned) {
   for (; &*mNext != &planned; ++mNext) {
     if (!mNext->mpJob) LeaveOut(*mNext);
   }
+  if (StartIfItFits(planned)) ++mNext;
   StartNext();
   if (!planned.mpJob) LeaveOut(planned);
   return planned.mpJob != nullptr;
 }
 
-/// Starts blocks in the order of their first use, as long as there is memory.
+/// Starts blocks in the order of their first use, as long as there is memory. Without workers,
+/// blocks are decompressed when they are read, because earlier would only take memory.
 void ReadAhead::StartNext() {
-  for (; mNext != mBlocks.end(); ++mNext) {
-    Planned& planned = *mNext;
-    if (planned.mIsLeftOut || planned.mpJob) continue;
-    if (!Fits(planned)) DropPassed();
-    if (!Fits(planned)) return;
-    Start(planned);
-  }
+  if (!mHasWorkers) return;
+  while (mNext != mBlocks.end() && StartIfItFits(*mNext)) ++mNext;
+}
+
+/// Returns false if there is no memory for the block now. Returns true if there is nothing to
+/// start.
+bool ReadAhead::StartIfItFits(Planned& planned) {
+  if (planned.mIsLeftOut || planned.mpJob) return true;
+  if (!Fits(planned)) DropPassed();
+  if (!Fits(planned)) return false;
+  Start(planned);
+  return true;
 }
 
 /// Drops blocks whose last part was skipped.

@@ -55,7 +55,8 @@ class ReadAhead {
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
 
-  /// Starts to decompress before the first read, as long as there is memory.
+  /// Starts to decompress before the first read, as long as there is memory. Has no effect with one
+  /// thread, which decompresses blocks when they are read.
   void Start() { StartNext(); }
 
   /// Appends parts that are read after the earlier ones, and starts to decompress their blocks if
@@ -102,6 +103,7 @@ class ReadAhead {
   const unsigned char* GetContent(Planned& planned);
   bool StartNow(Planned& planned);
   void StartNext();
+  bool StartIfItFits(Planned& planned);
   void DropPassed();
   bool Fits(const Planned& planned);
   void Start(Planned& planned);
@@ -126,6 +128,7 @@ class ReadAhead {
   std::mutex mMutex;  ///< Guards the results of jobs.
   std::condition_variable mDone;
   std::shared_ptr<ChunkPool> mpBuffers;
+  bool mHasWorkers;     ///< False if there is one thread in all.
   WorkerPool mWorkers;  ///< Last, because its tasks use the members above.
 };
 
