@@ -1,11 +1,11 @@
-# qov_join_sources(TARGET)
+# qov_join_sources(KIND TARGET)
 #
-# With RYXMERGE_JOIN_SOURCES, compiles eight sources of the target at a time. That takes less than
-# half of the processor time: headers are parsed once, and templates are instantiated once. Names in
-# unnamed namespaces must then differ between these sources. Names that many sources have are made
-# different by macros.
-function(qov_join_sources target)
-  if(NOT RYXMERGE_JOIN_SOURCES)
+# KIND is TESTS or MODULES. With RYXMERGE_JOIN_SOURCES, compiles eight sources of the target at a
+# time: of test programs (TESTS), or of all targets (ALL). That takes less than half of the processor
+# time: headers are parsed once, and templates are instantiated once. Names in unnamed namespaces
+# must then differ between these sources. Names that many sources have are made different by macros.
+function(qov_join_sources kind target)
+  if(NOT RYXMERGE_JOIN_SOURCES STREQUAL kind AND NOT RYXMERGE_JOIN_SOURCES STREQUAL ALL)
     return()
   endif()
   string(CONCAT rename "#undef QOV_JOIN\n#undef QOV_NAME_IN\n"
