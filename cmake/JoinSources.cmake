@@ -1,9 +1,9 @@
 # qov_join_sources(KIND TARGET)
 #
-# KIND is TESTS or MODULES. With RYXMERGE_JOIN_SOURCES, compiles eight sources of the target at a
-# time: of test programs (TESTS), or of all targets (ALL). That takes less than half of the processor
-# time: headers are parsed once, and templates are instantiated once. Names in unnamed namespaces
-# must then differ between these sources. Names that many sources have are made different by macros.
+# KIND is TESTS or MODULES. If RYXMERGE_JOIN_SOURCES is that kind or ALL, eight sources of the target
+# are compiled at a time. That takes about half of the processor time, because headers are parsed
+# once and templates are instantiated once. Names in unnamed namespaces must then differ between
+# these sources. Macros make the names different that many sources have.
 function(qov_join_sources kind target)
   if(NOT RYXMERGE_JOIN_SOURCES STREQUAL kind AND NOT RYXMERGE_JOIN_SOURCES STREQUAL ALL)
     return()

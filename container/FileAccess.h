@@ -9,7 +9,7 @@
 /// ReadError.
 namespace QovJbf {
 
-/// Returns the number of bytes of a file, 0 if it does not exist.
+/// Returns the number of bytes of a file, 0 if it cannot be determined. Raises nothing.
 std::uint64_t GetFileSize(const std::string& path);
 
 std::uint64_t GetFileLength(const char* source, std::FILE* file,

@@ -80,7 +80,6 @@ ReadAhead::ReadAhead(const Parts& parts, std::uint64_t memory)
       mMostStarted(CountWorkerHandles()),
       mNext(mBlocks.end()),
       mpBuffers(GetBlockBuffers()),
-      mHasWorkers(GetThreadCount(0) > 1),
       mWorkers(GetThreadCount(0)) {
   const SystemResources resources;
   const std::uint64_t free = std::min(resources.GetFreeMemory(), resources.GetFreeAddressSpace());
@@ -273,11 +272,11 @@ bool ReadAhead::StartNow(Planned& planned) {
 /// Starts blocks in the order of their first use, as long as there is memory. Without workers,
 /// blocks are decompressed when they are read, because earlier would only take memory.
 void ReadAhead::StartNext() {
-  if (!mHasWorkers) return;
+  if (!mWorkers.HasThreads()) return;
   while (mNext != mBlocks.end() && StartIfItFits(*mNext)) ++mNext;
 }
 
-/// Returns false if there is no memory for the block now. Returns true if there is nothing to
+/// Returns false if there is no memory for the block now, true also if there is nothing to
 /// start.
 bool ReadAhead::StartIfItFits(Planned& planned) {
   if (planned.mIsLeftOut || planned.mpJob) return true;

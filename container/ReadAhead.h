@@ -128,7 +128,6 @@ class ReadAhead {
   std::mutex mMutex;  ///< Guards the results of jobs.
   std::condition_variable mDone;
   std::shared_ptr<ChunkPool> mpBuffers;
-  bool mHasWorkers;     ///< False if there is one thread in all.
   WorkerPool mWorkers;  ///< Last, because its tasks use the members above.
 };
 

@@ -24,6 +24,8 @@ class WorkerPool {
   WorkerPool& operator=(const WorkerPool&) = delete;
 
   void Post(std::function<void()> task);
+  /// Returns false if Post runs the tasks itself.
+  bool HasThreads() const { return mMostThreads > 0; }
 
  private:
   void StartThread();

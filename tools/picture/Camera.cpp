@@ -4,8 +4,14 @@
 #include <cmath>
 #include <utility>
 
+#include "mesh/Vectors.h"
+
 namespace Qov::Tools {
 namespace {
+
+using QovMesh::Cross;
+using QovMesh::Dot;
+using QovMesh::Subtract;
 
 constexpr double kMargin = 0.04;  // of the viewport, at each side
 

@@ -12,9 +12,6 @@
 
 namespace Qov::Tools {
 
-using QovMesh::Cross;
-using QovMesh::Dot;
-using QovMesh::Subtract;
 using QovMesh::Triple;
 
 /// The smallest box around points. Coordinates that are not finite are ignored, with their point.

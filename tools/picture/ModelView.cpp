@@ -13,10 +13,13 @@
 #include "Qov/Ryx/ViewPoint.h"
 #include "Terminal.h"
 #include "dump/Choice.h"
+#include "mesh/Vectors.h"
 
 namespace Qov::Tools {
 namespace {
 
+using QovMesh::Cross;
+using QovMesh::Dot;
 using QovRyx::ViewPoint;
 
 /// Angles that the camera can have, in radians.

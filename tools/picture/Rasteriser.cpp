@@ -8,11 +8,14 @@
 #include <optional>
 #include <vector>
 
+#include "mesh/Vectors.h"
 #include "picture/SampleBuffer.h"
 #include "picture/Shading.h"
 
 namespace Qov::Tools {
 namespace {
+
+using QovMesh::Dot;
 
 /// Lines, points and markers are drawn on top of a surface that they are part of: they are moved
 /// toward the viewer by this share of the depth.

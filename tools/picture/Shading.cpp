@@ -4,8 +4,15 @@
 #include <cmath>
 #include <cstddef>
 
+#include "mesh/Vectors.h"
+
 namespace Qov::Tools {
 namespace {
+
+using QovMesh::Cross;
+using QovMesh::Dot;
+using QovMesh::PointOf;
+using QovMesh::Subtract;
 
 Triple Scale(const Triple& a, double factor) {
   return {a[0] * factor, a[1] * factor, a[2] * factor};
@@ -40,7 +47,7 @@ Triple NormalOf(const Triple& a, const Triple& b, const Triple& c) {
 SmoothNormals::SmoothNormals(std::span<const float> points,
                              std::span<const std::uint32_t> triangles, const Camera& camera)
     : mNormals(points.size()) {
-  const auto point = [&](std::uint32_t i) { return QovMesh::PointOf(points, i); };
+  const auto point = [&](std::uint32_t i) { return PointOf(points, i); };
   const std::size_t numPoints = points.size() / 3;
   for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
     const std::uint32_t* t = triangles.data() + i;

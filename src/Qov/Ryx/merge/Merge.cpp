@@ -80,8 +80,9 @@ class MergeRun {
     for (const std::string& path : mViewPointFiles) {
       Qov::Util::WithFileContext(path, [&] { CheckViewPointFile(path); });
     }
-    for (const std::string& path : mRequest.mInputs)
+    for (const std::string& path : mRequest.mInputs) {
       mReport.mInputBytes += QovJbf::GetFileSize(path);
+    }
   }
 
   void Announce(std::size_t input) {
